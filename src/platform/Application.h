@@ -1,0 +1,70 @@
+#pragma once
+
+#include "base/Event.h"
+#include "platform/GroupChrome.h"
+#include "platform/Modifiers.h"
+#include "platform/Window.h"
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace ondrel::platform {
+
+struct KeyEvent {
+  static constexpr int tabKeyCode = 48;
+
+  int keyCode = 0; // tabKeyCode for Tab, 0 for all others
+  Modifiers modifiers;
+  std::string characters;                  // what the key types with its modifiers; empty for none
+  std::string charactersIgnoringModifiers; // without all but Shift
+};
+
+// The running application: its windows, its place among others, and what happens to it. Main thread only.
+class Application {
+ public:
+  virtual ~Application() = default;
+
+  virtual std::shared_ptr<Window> makeWindow(const WindowAttributes& attributes) = 0;
+  // Makes the chrome of each top-level from now on. Set once, before the first window.
+  virtual void setChromeFactory(GroupChromeFactory factory) = 0;
+
+  // All windows that are not closed, tabs included, in the order of their making.
+  virtual std::vector<std::shared_ptr<Window>> windows() const = 0;
+  // Front to back; of each group the selected tab comes first.
+  virtual std::vector<std::shared_ptr<Window>> orderedWindows() const = 0;
+  virtual std::shared_ptr<Window> keyWindow() const = 0;  // has the keyboard; none when another application has it
+  virtual std::shared_ptr<Window> mainWindow() const = 0; // the one in front of the program's own
+
+  virtual void activateIgnoringOtherApps() = 0;
+  virtual bool isActive() const = 0;
+  virtual void hide() = 0;
+  virtual void unhide() = 0;
+  virtual bool isHidden() const = 0;
+  virtual void terminate() = 0;
+  // The id of the application that has the foreground, where the desktop tells.
+  virtual std::optional<std::string> frontmostApplicationIdentifier() const = 0;
+
+  // Sees each key before the page and the menus; true consumes it.
+  using KeyMonitor = std::function<bool(const KeyEvent&)>;
+  virtual base::Subscription addKeyDownMonitor(KeyMonitor monitor) = 0;
+
+  base::Event<> willTerminate; // the windows are still there
+  base::Event<> willResignActive;
+  base::Event<> didResignActive;
+  base::Event<> didBecomeActive;
+  base::Event<std::shared_ptr<Window>> windowDidBecomeKey;
+  base::Event<std::shared_ptr<Window>> windowWillClose;
+  base::Event<> menuDidBeginTracking; // a menu with the program's commands opens
+  base::Event<> screensDidWake;
+
+  // A URL event: text of any scheme, any length, handed over by the desktop or a second start.
+  base::Event<const std::string&> urlReceived;
+  // The user started the program again: has it visible windows?
+  base::Event<bool> reopenRequested;
+  base::Event<> didFinishLaunching;
+};
+
+} // namespace ondrel::platform

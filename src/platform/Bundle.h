@@ -1,0 +1,15 @@
+#pragma once
+
+#include <string>
+
+namespace ondrel::platform {
+
+// What the program knows of itself, fixed when it was built.
+struct Bundle {
+  std::string identifier; // "org.velmora.Ondrel"
+  std::string displayName;
+  std::string shortVersion;
+  std::string buildNumber; // decimal
+};
+
+} // namespace ondrel::platform

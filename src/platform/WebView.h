@@ -1,0 +1,98 @@
+#pragma once
+
+#include "async/EventLoop.h"
+#include "async/Task.h"
+#include "base/Base64.h"
+#include "platform/FrameInfo.h"
+#include "platform/NativeView.h"
+#include "platform/UserScript.h"
+
+#include <boost/json/value.hpp>
+
+#include <expected>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace ondrel::platform {
+
+class Window;
+class WebViewDelegate;
+
+// Why an evaluation gave no value: the page threw, the value can't be carried over, the page or frame is gone,
+// or nothing answered in time.
+struct ScriptError {
+  enum class Kind { exception, unsupportedValue, gone, timedOut };
+  Kind kind = Kind::gone;
+  std::string message;
+};
+
+// null for undefined and null.
+using ScriptResult = std::expected<boost::json::value, ScriptError>;
+
+struct PrintSettings {
+  double marginTop = 20; // points
+  double marginBottom = 20;
+  double marginLeft = 20;
+  double marginRight = 20;
+  // Where to write a PDF without asking; absent: the platform's print panel shows.
+  std::optional<std::string> pdfPath;
+};
+
+enum class PrintResult { done, cancelled, failed };
+
+// One page of the web engine with its back-forward list. Main thread only. Shared: its view, the model that shows it
+// and running operations hold it; destroying the last reference ends its page.
+class WebView {
+ public:
+  virtual ~WebView() = default;
+
+  // Borrowed; must outlive its time as delegate, that is until setDelegate(nullptr).
+  virtual void setDelegate(WebViewDelegate* delegate) = 0;
+
+  // Adds a name under window.webkit.messageHandlers; a name that is there already is a programming error.
+  // Messages under other names are dropped.
+  virtual void addScriptMessageHandler(const std::string& name) = 0;
+  virtual void removeScriptMessageHandler(const std::string& name) = 0; // an unknown name is ignored
+
+  // Loads with the protocol's cache policy; fails with WebError::timedOut when nothing has been committed after 60 s.
+  virtual void load(const std::string& url) = 0;
+  virtual void reload() = 0;
+  virtual void stopLoading() = 0;
+  virtual void goBack() = 0;
+  virtual void goForward() = 0;
+
+  virtual std::optional<std::string> url() const = 0;
+  virtual std::optional<std::string> title() const = 0;
+  virtual bool canGoBack() const = 0;
+  virtual bool canGoForward() const = 0;
+  virtual bool isLoading() const = 0;
+
+  virtual double pageZoom() const = 0;
+  virtual void setPageZoom(double zoom) = 0;
+
+  // Runs source in the page's world: in the main frame, or in the given one. Never answers later than the deadline.
+  virtual async::Task<ScriptResult> evaluate(std::string source, std::optional<FrameInfo> frame,
+                                             async::Duration deadline) = 0;
+
+  // Back-forward list and scroll positions as opaque bytes of the engine; absent when there is nothing to keep.
+  virtual std::optional<base::Bytes> interactionState() = 0;
+  // False when the bytes are none of this engine's; the web view is then as it was.
+  virtual bool restoreInteractionState(const base::Bytes& state) = 0;
+
+  virtual async::Task<PrintResult> print(PrintSettings settings) = 0;
+
+  virtual NativeView nativeView() = 0;
+  // Makes the engine's inspector available to the user or not.
+  virtual void setInspectable(bool inspectable) = 0;
+};
+
+// Makes web views that share one persistent store of cookies and data.
+class WebViewFactory {
+ public:
+  virtual ~WebViewFactory() = default;
+  virtual std::shared_ptr<WebView> make(const std::vector<std::shared_ptr<const UserScript>>& scripts) = 0;
+};
+
+} // namespace ondrel::platform

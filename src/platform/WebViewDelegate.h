@@ -1,0 +1,93 @@
+#pragma once
+
+#include "base/Reply.h"
+#include "platform/FrameInfo.h"
+#include "platform/Modifiers.h"
+#include "platform/ScriptMessage.h"
+#include "platform/UserScript.h"
+#include "platform/WebError.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace ondrel::platform {
+
+class Download;
+class WebView;
+
+enum class NavigationType { linkActivated, formSubmitted, backForward, reload, formResubmitted, other };
+enum class NavigationPolicy { allow, cancel, download };
+
+struct NavigationAction {
+  NavigationType type = NavigationType::other;
+  Modifiers modifiers; // a click with the middle button counts as one with Command
+  std::optional<std::string> url;
+  bool shouldPerformDownload = false; // the page asked for a download, with the link's `download` attribute
+  bool isMainFrame = true;
+};
+
+struct NavigationResponse {
+  std::string url;
+  bool isHttp = false;
+  std::optional<std::string> contentDisposition; // the header's value as sent
+  std::string mimeType;
+  bool canShowMimeType = true;
+  bool isMainFrame = true;
+};
+
+// The page asked for a window of its own. makeWebView makes the engine's side of it, connected to its opener,
+// with these user scripts; call it at most once and during createWebView only.
+struct NewWindowRequest {
+  NavigationAction action;
+  std::function<std::shared_ptr<WebView>(std::vector<std::shared_ptr<const UserScript>>)> makeWebView;
+};
+
+struct OpenPanelParameters {
+  bool allowsMultipleSelection = false;
+  std::vector<std::string> mimeTypes; // what the page says it accepts; empty for anything
+};
+
+using PolicyReply = base::Reply<NavigationPolicy>;
+using DoneReply = base::Reply<bool>; // for an alert the value has no meaning
+using FilesReply = base::Reply<std::optional<std::vector<std::string>>>;
+
+// What a web view asks and tells. All calls come on the main thread, from the engine's own callbacks: the web view
+// stays alive during the call whatever the delegate does. Replies may be answered later; dropped, they are answered
+// safely (cancel, false, nothing).
+class WebViewDelegate {
+ public:
+  virtual ~WebViewDelegate() = default;
+
+  virtual void decidePolicy(const NavigationAction& action, PolicyReply reply) = 0;
+  virtual void decidePolicy(const NavigationResponse& response, PolicyReply reply) = 0;
+  virtual void didCommit() = 0;
+  virtual void didFinish() = 0;
+  virtual void didFail(const WebError& error) = 0;             // after the commit
+  virtual void didFailProvisional(const WebError& error) = 0; // before it
+
+  // An allowed navigation or response has turned into a download.
+  virtual void didBecomeDownload(std::shared_ptr<Download> download) = 0;
+
+  // The web view made by the request, or none to open no window. The engine holds the answer until its page is shown.
+  virtual std::shared_ptr<WebView> createWebView(NewWindowRequest request) = 0;
+
+  virtual void runAlertPanel(const std::string& message, DoneReply reply) = 0;
+  virtual void runConfirmPanel(const std::string& message, DoneReply reply) = 0;
+  virtual void runOpenPanel(const OpenPanelParameters& parameters, FilesReply reply) = 0;
+
+  virtual void didReceiveScriptMessage(const ScriptMessage& message) = 0;
+
+  // The page called window.close().
+  virtual void didClose() = 0;
+  // The web process is gone; the web view is blank until it loads again.
+  virtual void webProcessDidTerminate(bool crashed) = 0;
+
+  // Properties changed: canGoBack and canGoForward, the address, isLoading.
+  virtual void backForwardListDidChange() = 0;
+  virtual void urlDidChange() = 0;
+  virtual void loadingDidChange() {}
+};
+
+} // namespace ondrel::platform
