@@ -1,0 +1,100 @@
+#include "web/Coordinator.h"
+
+#include "async/sleep.h"
+#include "base/Text.h"
+#include "platform/Download.h"
+#include "platform/Panels.h"
+#include "platform/WebView.h"
+#include "web/DownloadItem.h"
+#include "web/WebServices.h"
+#include "web/WindowViewModel.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <chrono>
+
+namespace ondrel::web {
+
+namespace {
+
+// How long the row of a finished or failed download stays.
+constexpr std::chrono::seconds rowTime{4};
+
+std::string proposedFileName(const std::string& suggested) {
+  const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(
+      std::chrono::system_clock::now().time_since_epoch());
+  return base::safeFileName(suggested, fmt::format("download_{}", seconds.count()));
+}
+
+std::string fileNameOf(const std::string& path) { return path.substr(path.rfind('/') + 1); }
+
+} // namespace
+
+void Coordinator::didBecomeDownload(std::shared_ptr<platform::Download> download) {
+  auto* key = download.get();
+  auto& running = downloadItems_[key];
+  running.download = download;
+  running.subscriptions.push_back(key->finished.subscribe([this, key] { downloadDidFinish(key); }));
+  running.subscriptions.push_back(
+      key->failed.subscribe([this, key](const std::string& error) { downloadDidFail(key, error); }));
+  key->setDestinationHandler([this, key](platform::Download::DestinationRequest request,
+                                         platform::Download::DestinationReply reply) {
+    const auto found = downloadItems_.find(key);
+    if (found != downloadItems_.end())
+      scope_.spawn(chooseDestination(found->second.download, std::move(request.suggestedFileName),
+                                     std::move(request.mimeType), std::move(reply)));
+  });
+}
+
+async::Task<void> Coordinator::chooseDestination(std::shared_ptr<platform::Download> download,
+                                                 std::string suggestedName, std::optional<std::string> mimeType,
+                                                 base::Reply<std::optional<std::string>> reply) {
+  platform::SavePanel panel{proposedFileName(suggestedName), {}};
+  if (mimeType)
+    panel.mimeTypes.push_back(std::move(*mimeType));
+  auto path = co_await services_.panels.runSavePanel(std::move(panel), window());
+  const auto running = downloadItems_.find(download.get());
+  if (!path || running == downloadItems_.end()) {
+    downloadItems_.erase(download.get());
+    co_return;
+  }
+  const auto item = std::make_shared<DownloadItem>(fileNameOf(*path), *path, download);
+  running->second.item = item;
+  if (const auto viewModel = viewModel_.lock()) {
+    auto items = *viewModel->downloads;
+    items.push_back(item);
+    viewModel->downloads.set(std::move(items));
+  }
+  std::move(reply)(std::move(path));
+}
+
+void Coordinator::downloadDidFinish(platform::Download* download) {
+  const auto running = downloadItems_.extract(download);
+  if (running.empty() || !running.mapped().item)
+    return;
+  const auto item = running.mapped().item;
+  item->markFinished();
+  scope_.spawn(retire(item));
+}
+
+void Coordinator::downloadDidFail(platform::Download* download, const std::string& error) {
+  const auto running = downloadItems_.extract(download);
+  if (running.empty() || !running.mapped().item)
+    return;
+  const auto item = running.mapped().item;
+  item->markFailed(error);
+  scope_.spawn(retire(item));
+}
+
+async::Task<void> Coordinator::retire(std::shared_ptr<DownloadItem> item) {
+  const bool sleptThrough = co_await async::sleep(rowTime);
+  const auto viewModel = viewModel_.lock();
+  if (!sleptThrough || !viewModel)
+    co_return;
+  auto items = *viewModel->downloads;
+  std::erase(items, item);
+  viewModel->downloads.set(std::move(items));
+}
+
+} // namespace ondrel::web

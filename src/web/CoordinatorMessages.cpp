@@ -1,0 +1,177 @@
+#include "web/Coordinator.h"
+
+#include "async/sleep.h"
+#include "base/Url.h"
+#include "platform/Application.h"
+#include "platform/WebView.h"
+#include "platform/Window.h"
+#include "settings/AppSettings.h"
+#include "web/WebServices.h"
+#include "web/WebViewConfiguration.h"
+#include "web/WindowViewModel.h"
+
+#include <algorithm>
+
+namespace ondrel::web {
+
+namespace {
+
+// How long the page gets to hand a message to the server, and the user to take a discarded draft back.
+constexpr std::chrono::milliseconds sendGrace{1000};
+constexpr std::chrono::milliseconds discardGrace{1500};
+
+} // namespace
+
+// Who may send a message: any frame of any page can call the handler, so those that act are reached from the
+// service's own origin only, and those that describe the page from its main frame too.
+enum class Trust { anyFrame, mainFrameOrService, serviceOnly };
+
+struct Coordinator::Route {
+  std::string_view type;
+  Trust trust;
+  void (Coordinator::*handle)(const ScriptMessageFields&, const Message&); // none: nothing receives it yet
+};
+
+const Coordinator::Route Coordinator::routes[] = {
+    {"titleChange", Trust::mainFrameOrService, &Coordinator::titleChange},
+    {"mouseover", Trust::mainFrameOrService, &Coordinator::mouseover},
+    {"print", Trust::serviceOnly, &Coordinator::print},
+    {"composeReady", Trust::serviceOnly, &Coordinator::composeReady},
+    {"compose", Trust::serviceOnly, &Coordinator::compose},
+    {"sendClicked", Trust::serviceOnly, &Coordinator::sendClicked},
+    {"discardClicked", Trust::serviceOnly, &Coordinator::discardClicked},
+    {"discardUndone", Trust::serviceOnly, &Coordinator::discardUndone},
+    {"consoleLog", Trust::anyFrame, &Coordinator::consoleLog},
+    {"ondrelMessageChanged", Trust::serviceOnly, nullptr},
+    {"ondrelHighlightContainersChanged", Trust::serviceOnly, nullptr},
+    {"ondrelHighlightHostReady", Trust::serviceOnly, nullptr},
+    {"ondrelHighlightCreate", Trust::serviceOnly, nullptr},
+    {"ondrelHighlightRemove", Trust::serviceOnly, nullptr},
+    {"ondrelHighlightClearOrphaned", Trust::serviceOnly, nullptr},
+    {"ondrelMailboxMarkersReady", Trust::serviceOnly, nullptr},
+    {"ondrelFilesAutoShare", Trust::serviceOnly, &Coordinator::filesAutoShare},
+};
+
+void Coordinator::didReceiveScriptMessage(const platform::ScriptMessage& message) {
+  if (message.name != scriptMessageHandlerName) {
+    forward(message);
+    return;
+  }
+  const auto fields = ScriptMessageFields::from(message.body);
+  const auto* type = fields ? fields->find("type") : nullptr;
+  const auto* route = type ? std::ranges::find(routes, *type, &Route::type) : std::end(routes);
+  if (route == std::end(routes)) {
+    forward(message);
+    return;
+  }
+  if (!isTrusted(*route, message)) {
+    scriptLogger_.debug("A message of type {} from a frame of {} was dropped", route->type, message.frame.origin);
+    return;
+  }
+  if (route->handle)
+    (this->*route->handle)(*fields, message);
+}
+
+bool Coordinator::isTrusted(const Route& route, const Message& message) const {
+  if (route.trust == Trust::anyFrame || (route.trust == Trust::mainFrameOrService && message.frame.isMainFrame))
+    return true;
+  return services_.settings.isServiceOrigin(message.frame.origin);
+}
+
+void Coordinator::forward(const Message& message) {
+  if (const auto viewModel = viewModel_.lock(); viewModel && viewModel->onScriptMessage)
+    viewModel->onScriptMessage(message.name, message.body);
+}
+
+void Coordinator::titleChange(const ScriptMessageFields& fields, const Message&) {
+  const auto viewModel = viewModel_.lock();
+  if (const auto* title = fields.find("title"); viewModel && title)
+    viewModel->title.set(*title);
+}
+
+void Coordinator::mouseover(const ScriptMessageFields& fields, const Message&) {
+  const auto viewModel = viewModel_.lock();
+  const auto* href = fields.find("href");
+  if (!viewModel || !href)
+    return;
+  const auto& site = services_.settings.site();
+  const auto holds = [href](const std::string& part) { return !part.empty() && href->contains(part); };
+  // The text of an earlier external link stays in the bar then.
+  if (services_.settings.get(settings::keys::hideInternalLinks) &&
+      (holds(site.serviceDomainFragment) || holds(site.userContentDomainSuffix)))
+    return;
+  viewModel->mouseOverString.set(*href);
+}
+
+void Coordinator::print(const ScriptMessageFields&, const Message& message) {
+  scope_.spawn(printWithPanel(message.webView));
+}
+
+async::Task<void> Coordinator::printWithPanel(std::weak_ptr<platform::WebView> weakWebView) {
+  const auto webView = weakWebView.lock();
+  if (!webView || (!window() && !services_.application.keyWindow()))
+    co_return;
+  co_await webView->print(platform::PrintSettings{});
+}
+
+void Coordinator::composeReady(const ScriptMessageFields&, const Message&) {
+  if (const auto viewModel = viewModel_.lock())
+    scope_.spawn(viewModel->setComposeInWindow(services_.settings.get(settings::keys::composeInNewWindow)));
+}
+
+void Coordinator::compose(const ScriptMessageFields& fields, const Message&) {
+  const auto* address = fields.find("targetAddress");
+  if (!address || address->empty()) {
+    scriptLogger_.error("JS log: Cannot create a target address");
+    return;
+  }
+  const auto url = base::Url::parse(*address);
+  if (!url) {
+    scriptLogger_.error("JS compose: invalid targetAddress URL: {}", *address);
+    return;
+  }
+  auto viewModel = WindowViewModel::make(services_);
+  viewModel->urlString.set(url->absoluteString());
+  viewModel->webViewConfiguration = services_.scripts.composeConfiguration();
+  viewModel->toolbarVisible.set(false);
+  viewModel->openInNewWindow = openInNewWindow_;
+  if (openInNewWindow_)
+    openInNewWindow_(std::move(viewModel), true);
+}
+
+void Coordinator::sendClicked(const ScriptMessageFields&, const Message& message) {
+  sendClickedTask_.cancel();
+  sendClickedTask_ = scope_.spawn(closeWindowAfter(sendGrace, message.webView));
+}
+
+void Coordinator::discardClicked(const ScriptMessageFields&, const Message& message) {
+  discardClickedTask_.cancel();
+  discardClickedTask_ = scope_.spawn(closeWindowAfter(discardGrace, message.webView));
+}
+
+void Coordinator::discardUndone(const ScriptMessageFields&, const Message&) { discardClickedTask_.cancel(); }
+
+async::Task<void> Coordinator::closeWindowAfter(std::chrono::milliseconds delay,
+                                                std::weak_ptr<platform::WebView> webView) {
+  const bool sleptThrough = co_await async::sleep(delay);
+  if (!sleptThrough || webView.expired())
+    co_return;
+  if (const auto window = this->window())
+    window->close();
+}
+
+void Coordinator::consoleLog(const ScriptMessageFields& fields, const Message&) {
+  if (const auto* text = fields.find("message"))
+    scriptLogger_.debug("JS log: {}", *text);
+}
+
+void Coordinator::filesAutoShare(const ScriptMessageFields& fields, const Message&) {
+  const auto* status = fields.find("status");
+  if (status && *status == "success")
+    return;
+  const auto* filename = fields.find("filename");
+  const auto* reason = fields.find("reason");
+  scriptLogger_.error("files-auto-share failed for {}: {}", filename ? *filename : "the file", reason ? *reason : "");
+}
+
+} // namespace ondrel::web

@@ -1,0 +1,139 @@
+#include "web/Coordinator.h"
+
+#include "async/sleep.h"
+#include "base/Text.h"
+#include "base/Url.h"
+#include "platform/WebView.h"
+#include "platform/Workspace.h"
+#include "settings/AppSettings.h"
+#include "web/LoadRetry.h"
+#include "web/MailURL.h"
+#include "web/WebServices.h"
+#include "web/WebViewConfiguration.h"
+#include "web/WindowViewModel.h"
+
+namespace ondrel::web {
+
+using platform::Modifiers;
+using platform::NavigationPolicy;
+
+namespace {
+
+bool hostEndsWith(const base::Url& url, const std::string& suffix) {
+  return !suffix.empty() && (url.host()->ends_with(suffix) || url.hostWithPort().ends_with(suffix));
+}
+
+} // namespace
+
+void Coordinator::decidePolicy(const platform::NavigationAction& action, platform::PolicyReply reply) {
+  const auto& modifiers = action.modifiers;
+  if (action.type == platform::NavigationType::linkActivated && modifiers.contains(Modifiers::command) && action.url) {
+    const auto& open = modifiers.contains(Modifiers::option) ? openInNewWindow_ : openInNewTab_;
+    if (open)
+      open(newViewModel(*action.url), modifiers.contains(Modifiers::shift));
+    std::move(reply)(NavigationPolicy::cancel);
+    return;
+  }
+  std::move(reply)(action.shouldPerformDownload ? NavigationPolicy::download : NavigationPolicy::allow);
+}
+
+void Coordinator::decidePolicy(const platform::NavigationResponse& response, platform::PolicyReply reply) {
+  const bool isAttachment = response.isHttp && response.contentDisposition &&
+                            base::lowercasedAscii(*response.contentDisposition).starts_with("attachment");
+  std::move(reply)(isAttachment || !response.canShowMimeType ? NavigationPolicy::download : NavigationPolicy::allow);
+}
+
+void Coordinator::didCommit() {
+  if (const auto viewModel = viewModel_.lock())
+    viewModel->pageProblem.set({});
+  updatePageState();
+}
+
+void Coordinator::didFinish() {
+  retryTask_.cancel();
+  retryTask_ = {};
+  retryDelay_ = firstRetryDelay;
+  updatePageState();
+  const auto viewModel = viewModel_.lock();
+  if (!viewModel)
+    return;
+  const auto title = webView_->title().value_or("");
+  viewModel->title.set(title.empty() ? "New Tab" : title);
+  viewModel->pageProblem.set({});
+}
+
+void Coordinator::didFail(const platform::WebError& error) { failed("didFail", error); }
+
+void Coordinator::didFailProvisional(const platform::WebError& error) {
+  failed("didFailProvisionalNavigation", error);
+}
+
+void Coordinator::failed(std::string_view label, const platform::WebError& error) {
+  if (error.isCancelled() || error.isInterruptedByPolicy())
+    return;
+  uiLogger_.error("{}: navigation failed — {} {} {}", label, error.domain, error.code, error.description);
+  if (const auto viewModel = viewModel_.lock())
+    viewModel->pageProblem.set({PageProblem::Kind::loadFailed, error.description});
+  scheduleRetry();
+}
+
+void Coordinator::scheduleRetry() {
+  retryTask_.cancel();
+  const auto delay = retryDelay_;
+  retryDelay_ = nextRetryDelay(delay);
+  retryTask_ = scope_.spawn(retryAfter(delay));
+}
+
+async::Task<void> Coordinator::retryAfter(std::chrono::seconds delay) {
+  const bool sleptThrough = co_await async::sleep(delay);
+  if (!sleptThrough)
+    co_return;
+  if (const auto viewModel = viewModel_.lock())
+    viewModel->loadURL();
+}
+
+std::shared_ptr<platform::WebView> Coordinator::createWebView(platform::NewWindowRequest request) {
+  const auto url = request.action.url ? base::Url::parse(*request.action.url) : std::nullopt;
+  if (!url || !url->scheme() || !url->host()) {
+    uiLogger_.debug("createWebViewWith: no URL / scheme / host — url={}", request.action.url.value_or("nil"));
+    return nullptr;
+  }
+  const auto& address = url->absoluteString();
+  uiLogger_.debug("createWebViewWith: url={}", address);
+
+  // The engine's side is made when it is known to be wanted: a web view is dear, and most answers are none.
+  const auto open = [&](const OpenClosure& closure) {
+    auto webView = request.makeWebView(services_.scripts.popupScripts(*configuration_));
+    auto viewModel = newViewModel(address);
+    viewModel->toolbarVisible.set(false);
+    viewModel->prebuiltWebView = webView;
+    if (closure)
+      closure(viewModel, true);
+    return webView;
+  };
+
+  if (hostEndsWith(*url, services_.settings.site().userContentDomainSuffix)) {
+    if (address.contains("download=")) {
+      // The page's link to a file of a message: it is fetched and saved under the page's title.
+      if (webView_->title())
+        return nullptr;
+    } else {
+      uiLogger_.info("Show the raw value in a new window");
+      services_.workspace.open(address);
+    }
+  }
+  const bool sameOrigin = *url->scheme() + "://" + url->hostWithPort() + "/" == services_.settings.baseURL();
+  if (const auto viewModel = viewModel_.lock(); viewModel && viewModel->isComposeURL()) {
+    webView_->load(address);
+    return nullptr;
+  }
+  if (containsMail(address))
+    return open(openInNewWindow_);
+  if (!sameOrigin) {
+    services_.workspace.open(address);
+    return nullptr;
+  }
+  return open(openInNewTab_);
+}
+
+} // namespace ondrel::web

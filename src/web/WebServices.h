@@ -1,0 +1,28 @@
+#pragma once
+
+namespace ondrel::platform {
+class Application;
+class Panels;
+class WebViewFactory;
+class Workspace;
+} // namespace ondrel::platform
+
+namespace ondrel::settings {
+class AppSettings;
+}
+
+namespace ondrel::web {
+
+class PageScripts;
+
+// What every tab stands on. Made once; outlives all tabs.
+struct WebServices {
+  settings::AppSettings& settings;
+  const PageScripts& scripts;
+  platform::Application& application;
+  platform::WebViewFactory& webViews;
+  platform::Panels& panels;
+  platform::Workspace& workspace;
+};
+
+} // namespace ondrel::web

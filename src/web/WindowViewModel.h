@@ -1,0 +1,125 @@
+#pragma once
+
+#include "async/Task.h"
+#include "base/Base64.h"
+#include "base/Observable.h"
+#include "platform/FrameInfo.h"
+#include "platform/WebView.h"
+#include "web/WebViewConfiguration.h"
+
+#include <boost/json/value.hpp>
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace ondrel::platform {
+class Window;
+}
+
+namespace ondrel::web {
+
+class DownloadItem;
+struct WebServices;
+
+// What keeps a tab from showing its page.
+struct PageProblem {
+  enum class Kind { none, loadFailed, processTerminated };
+  Kind kind = Kind::none;
+  std::string description;
+
+  bool operator==(const PageProblem&) const = default;
+};
+
+// The whole state of one browser window, which is one tab: what toolbar, menus and session need to know about its
+// page, and the operations on it. Always owned by a shared_ptr. Main thread only. A missing web view is no error:
+// each operation then quietly does nothing.
+class WindowViewModel : public std::enable_shared_from_this<WindowViewModel> {
+ public:
+  using OpenClosure = std::function<void(std::shared_ptr<WindowViewModel>, bool activate)>;
+
+  // `services` outlives all view models.
+  static std::shared_ptr<WindowViewModel> make(const WebServices& services);
+
+  // The page zoom of this window, written at each zoom step and restored from the session. Not clamped.
+  base::Observable<double> initialPageZoom{1.0};
+  std::shared_ptr<const WebViewConfiguration> webViewConfiguration;
+  base::Observable<bool> toolbarVisible{true};
+  base::Observable<std::string> urlString; // as last reported or requested
+  base::Observable<std::string> title{std::string("New Tab")};
+  base::Observable<std::string> mouseOverString; // the hovered link
+  base::Observable<bool> canGoBack{false};
+  base::Observable<bool> canGoForward{false};
+  base::Observable<bool> canZoomIn{true};
+  base::Observable<bool> canZoomOut{true};
+  base::Observable<bool> isZoomDefault{true};
+  static constexpr double zoomStep = 0.05;
+
+  std::weak_ptr<platform::Window> window;
+  std::shared_ptr<platform::WebView> liveWebView() const { return webView_.lock(); }
+  void setWebView(const std::shared_ptr<platform::WebView>& webView);
+  // The web view has come or gone.
+  base::Event<> webViewChanged;
+
+  // The engine's state to apply once, when the web view is made; until then it is the tab's state.
+  std::optional<base::Bytes> restorationData;
+  // A restored tab makes its web view only when it is shown.
+  bool loadsWhenShown = false;
+  // Something else than the restored page was asked for before there was a web view.
+  bool loadsURLAfterRestoring = false;
+  // A web view that the engine has made for a popup already; used once.
+  std::shared_ptr<platform::WebView> prebuiltWebView;
+
+  // Sees messages that no handler of the program's takes.
+  std::function<void(const std::string& name, const boost::json::value& body)> onScriptMessage;
+
+  std::int64_t highlightGeneration = 0; // bumped whenever the message in view changes
+  std::optional<std::string> highlightCurrentInternalId;
+  std::optional<std::string> highlightCurrentThreadId;
+  std::int64_t highlightContainerCount = 0;
+  std::optional<std::int64_t> highlightFocusedContainerIndex;
+  std::optional<platform::FrameInfo> highlightContentFrame;
+
+  OpenClosure openInNewWindow;
+  OpenClosure openInNewTab;
+
+  base::Observable<std::vector<std::shared_ptr<DownloadItem>>> downloads;
+
+  base::Observable<bool> isLoading{false};
+  base::Observable<PageProblem> pageProblem{};
+
+  // Loads what urlString holds, with "https://" where there is no scheme.
+  void loadURL();
+  // urlString becomes the address, and a live web view loads it.
+  void show(const std::string& url);
+  void goBack();
+  void goForward();
+  // Loads again; after a failed load or a lost web process, what urlString holds.
+  void reload();
+
+  // In the main frame, or in the given one. null when there is no web view.
+  async::Task<platform::ScriptResult> evaluate(std::string source, std::optional<platform::FrameInfo> frame = {});
+  async::Task<void> setComposeInWindow(bool composeInWindow);
+
+  void zoomIn();
+  void zoomOut();
+  void zoomToActualSize();
+  // Brings enablement and the live web view in line with initialPageZoom.
+  void applyZoom();
+
+  async::Task<void> exportPDF();
+
+  // The page composes a message.
+  bool isComposeURL() const;
+
+ private:
+  explicit WindowViewModel(const WebServices& services);
+
+  const WebServices& services_;
+  std::weak_ptr<platform::WebView> webView_;
+};
+
+} // namespace ondrel::web
