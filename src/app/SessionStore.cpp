@@ -1,0 +1,53 @@
+#include "app/SessionStore.h"
+
+#include "platform/FileStore.h"
+
+#include <utility>
+
+namespace ondrel::app {
+
+SessionStore::SessionStore(platform::Directories& directories, platform::FileStore& files)
+    : directories_(directories), files_(files) {}
+
+std::optional<std::string> SessionStore::path() const {
+  auto folder = directories_.applicationSupport();
+  if (!folder)
+    return std::nullopt;
+  return *folder + "/session.json";
+}
+
+void SessionStore::save(const PersistedSession& session) {
+  const auto file = path();
+  if (!file) {
+    logger_.error("SessionStore: failed to resolve Application Support URL");
+    return;
+  }
+  if (std::exchange(fileIsDamaged_, false)) {
+    if (const auto kept = files_.keepAside(*file))
+      logger_.notice("SessionStore: the unreadable session is kept as {}", *kept);
+    else
+      logger_.error("SessionStore: the unreadable session could not be kept: {}", kept.error().description);
+  }
+  if (const auto written = files_.writeAtomically(*file, session.encoded()); !written)
+    logger_.error("SessionStore: save failed: {}", written.error().description);
+}
+
+std::optional<PersistedSession> SessionStore::load() {
+  const auto file = path();
+  if (!file)
+    return std::nullopt;
+  const auto text = files_.read(*file);
+  if (!text) {
+    fileIsDamaged_ = !text.error().notFound;
+    return std::nullopt;
+  }
+  auto session = PersistedSession::decode(*text);
+  if (!session) {
+    logger_.error("SessionStore: decode failed: {}", session.error());
+    fileIsDamaged_ = true;
+    return std::nullopt;
+  }
+  return std::move(*session);
+}
+
+} // namespace ondrel::app

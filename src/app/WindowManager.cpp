@@ -1,0 +1,215 @@
+#include "app/WindowManager.h"
+
+#include "base/Url.h"
+#include "platform/Application.h"
+#include "platform/WebView.h"
+#include "settings/AppSettings.h"
+#include "web/MailURL.h"
+#include "web/WebServices.h"
+#include "web/WindowViewModel.h"
+
+#include <algorithm>
+
+namespace ondrel::app {
+
+using platform::TabbingMode;
+using web::WindowViewModel;
+using WindowPtr = std::shared_ptr<platform::Window>;
+using ViewModelPtr = std::shared_ptr<WindowViewModel>;
+
+namespace {
+
+constexpr std::string_view tabbingIdentifier = "ondrel";
+constexpr std::string_view windowIdentifier = "ondrel-browser";
+
+// A lone window is shown with tabs disallowed, which stops the platform from merging it into a group on its own, and
+// may be merged by the user from the next turn on.
+async::Task<void> preferTabs(std::weak_ptr<platform::Window> weakWindow) {
+  if (const auto window = weakWindow.lock())
+    window->setTabbingMode(TabbingMode::preferred);
+  co_return;
+}
+
+} // namespace
+
+WindowPtr WindowManager::makeWindow(const ViewModelPtr& viewModel) {
+  viewModel->openInNewWindow = [this](ViewModelPtr opened, bool activate) { showAlone(makeWindow(opened), activate); };
+  viewModel->openInNewTab = [this](ViewModelPtr opened, bool activate) {
+    if (const auto key = application_.keyWindow())
+      openTab(opened, key, activate);
+    else
+      showAlone(makeWindow(opened), activate);
+  };
+  platform::WindowAttributes attributes;
+  attributes.tabbingIdentifier = tabbingIdentifier;
+  attributes.identifier = windowIdentifier;
+  auto window = application_.makeWindow(attributes);
+  viewModel->window = window;
+  windowViewModels_.push_back({window, viewModel, nullptr});
+  // Looked up again: filling the window may open others.
+  auto content = contentFactory_(viewModel, window);
+  const auto made = std::ranges::find(windowViewModels_, window, &Entry::window);
+  if (made != windowViewModels_.end())
+    made->content = std::move(content);
+  windowViewModelsChanged_.emit();
+  return window;
+}
+
+ViewModelPtr WindowManager::newViewModel() const { return WindowViewModel::make(webServices_); }
+
+void WindowManager::showAlone(const WindowPtr& window, bool activate) {
+  window->setTabbingMode(TabbingMode::disallowed);
+  if (activate)
+    window->makeKeyAndOrderFront();
+  else
+    window->orderFront();
+  scope_.spawn(preferTabs(window));
+}
+
+void WindowManager::openTab(const ViewModelPtr& viewModel, const WindowPtr& neighbour, bool activate) {
+  const auto window = makeWindow(viewModel);
+  window->setTabbingMode(TabbingMode::preferred);
+  neighbour->addTabbedWindow(window);
+  if (activate)
+    window->makeKeyAndOrderFront();
+}
+
+void WindowManager::openMainWindow() { showAlone(makeWindow(newViewModel())); }
+
+void WindowManager::reopenWindow() {
+  const auto window = makeWindow(newViewModel());
+  if (lastClosedWindowFrame_)
+    window->setFrame(*lastClosedWindowFrame_);
+  showAlone(window);
+}
+
+void WindowManager::newTab() {
+  const auto key = application_.keyWindow();
+  if (!key) {
+    openMainWindow();
+    return;
+  }
+  key->setTabbingMode(TabbingMode::preferred);
+  key->setTabbingIdentifier(std::string(tabbingIdentifier));
+  openTab(newViewModel(), key, true);
+}
+
+void WindowManager::openURL(const std::string& url) {
+  application_.activateIgnoringOtherApps();
+  const auto windows = candidates();
+  if (windows.empty()) {
+    const auto viewModel = newViewModel();
+    viewModel->urlString.set(url);
+    showAlone(makeWindow(viewModel));
+    return;
+  }
+  // Here the key window has no preference: a message goes where mail is shown.
+  auto chosen = std::ranges::find_if(
+      windows, [](const ActiveWindow& window) { return web::containsMail(*window.second->urlString); });
+  if (chosen == windows.end())
+    chosen = windows.begin();
+  chosen->second->show(url);
+  chosen->first->deminiaturize();
+  chosen->first->makeKeyAndOrderFront();
+}
+
+bool WindowManager::loadInActiveWindow(const std::string& url) {
+  const auto active = activeWindow();
+  if (!active)
+    return false;
+  active->second->show(url);
+  active->first->deminiaturize();
+  active->first->makeKeyAndOrderFront();
+  return true;
+}
+
+void WindowManager::openInNewTabOrWindow(const std::string& url) {
+  application_.activateIgnoringOtherApps();
+  const auto viewModel = newViewModel();
+  viewModel->urlString.set(url);
+  if (const auto active = activeWindow())
+    openTab(viewModel, active->first, true);
+  else
+    showAlone(makeWindow(viewModel));
+}
+
+const WindowManager::Entry* WindowManager::entry(const platform::Window* window) const {
+  const auto found =
+      std::ranges::find_if(windowViewModels_, [window](const Entry& each) { return each.window.get() == window; });
+  return found == windowViewModels_.end() ? nullptr : &*found;
+}
+
+std::vector<WindowManager::ActiveWindow> WindowManager::candidates() const {
+  std::vector<ActiveWindow> result;
+  for (const auto& window : application_.windows())
+    if (const auto* found = entry(window.get()))
+      result.emplace_back(found->window, found->viewModel);
+  return result;
+}
+
+std::optional<WindowManager::ActiveWindow> WindowManager::activeWindow() const {
+  const auto windows = candidates();
+  const auto key = application_.keyWindow();
+  const ActiveWindow* firstWithMail = nullptr;
+  for (const auto& candidate : windows) {
+    if (!web::containsMail(*candidate.second->urlString))
+      continue;
+    if (candidate.first == key)
+      return candidate;
+    if (!firstWithMail)
+      firstWithMail = &candidate;
+  }
+  if (firstWithMail)
+    return *firstWithMail;
+  if (windows.empty())
+    return std::nullopt;
+  return windows.front();
+}
+
+ViewModelPtr WindowManager::viewModel(const WindowPtr& window) const {
+  const auto* found = window ? entry(window.get()) : nullptr;
+  return found ? found->viewModel : nullptr;
+}
+
+ViewModelPtr WindowManager::keyViewModel() const { return viewModel(application_.keyWindow()); }
+
+bool WindowManager::mainWindowContainsMail() const {
+  const auto main = viewModel(application_.mainWindow());
+  return main && web::containsMail(*main->urlString);
+}
+
+bool WindowManager::hasComposeWindow() const {
+  return std::ranges::any_of(windowViewModels_, [](const Entry& each) { return each.viewModel->isComposeURL(); });
+}
+
+std::optional<std::string> WindowManager::currentAccountParameter() const {
+  for (const auto& each : windowViewModels_)
+    if (const auto url = base::Url::parse(*each.viewModel->urlString))
+      if (auto account = url->queryItem("u"))
+        return account;
+  return std::nullopt;
+}
+
+void WindowManager::printActive() {
+  const auto evaluatePrint = [](ViewModelPtr viewModel) -> async::Task<void> {
+    [[maybe_unused]] const auto ignored = co_await viewModel->evaluate("window.print()");
+  };
+  if (auto viewModel = keyViewModel())
+    scope_.spawn(evaluatePrint(std::move(viewModel)));
+}
+
+void WindowManager::exportPDFActive() {
+  if (const auto viewModel = keyViewModel())
+    scope_.spawn(viewModel->exportPDF());
+}
+
+void WindowManager::environmentChanged() {
+  const auto& base = settings_.baseURL();
+  std::vector<ViewModelPtr> viewModels;
+  for (const auto& each : windowViewModels_)
+    viewModels.push_back(each.viewModel);
+  for (const auto& viewModel : viewModels)
+    viewModel->show(base);
+}
+
+} // namespace ondrel::app

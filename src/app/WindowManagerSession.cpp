@@ -1,0 +1,103 @@
+#include "app/WindowManager.h"
+
+#include "app/SessionStore.h"
+#include "platform/Application.h"
+#include "platform/WebView.h"
+#include "web/WindowViewModel.h"
+
+#include <set>
+
+namespace ondrel::app {
+
+using platform::TabbingMode;
+using web::WindowViewModel;
+
+namespace {
+
+PersistedTab persisted(const WindowViewModel& viewModel) {
+  PersistedTab tab;
+  tab.urlString = *viewModel.urlString;
+  tab.title = *viewModel.title;
+  tab.toolbarVisible = *viewModel.toolbarVisible;
+  // A tab without a web view is a restored one that nobody has looked at: what was restored is its state.
+  if (const auto webView = viewModel.liveWebView()) {
+    tab.interactionState = webView->interactionState();
+    tab.pageZoom = webView->pageZoom();
+  } else {
+    tab.interactionState = viewModel.restorationData;
+    tab.pageZoom = *viewModel.initialPageZoom;
+  }
+  return tab;
+}
+
+} // namespace
+
+PersistedSession WindowManager::snapshot() const {
+  PersistedSession session;
+  std::set<const platform::Window*> seen;
+  for (const auto& window : application_.windows()) {
+    if (seen.contains(window.get()))
+      continue;
+    const auto group = window->tabGroup();
+    const auto members = group ? group->windows() : std::vector{window};
+    PersistedWindow saved;
+    for (const auto& member : members) {
+      seen.insert(member.get());
+      if (const auto* registered = entry(member.get()))
+        saved.tabs.push_back(persisted(*registered->viewModel));
+    }
+    if (saved.tabs.empty())
+      continue;
+    if (!members.empty()) {
+      const auto frame = members.front()->frame();
+      saved.frame = PersistedFrame{frame.x, frame.y, frame.width, frame.height};
+    }
+    session.windows.push_back(std::move(saved));
+  }
+  return session;
+}
+
+void WindowManager::save() {
+  // Before the restoring there is nothing to save but the loss of what is on disk.
+  if (hasRestored_ && !isTerminating_)
+    sessionStore_.save(snapshot());
+}
+
+void WindowManager::restore() {
+  const auto session = sessionStore_.load();
+  hasRestored_ = true;
+  if (!session || session->windows.empty()) {
+    openMainWindow();
+    return;
+  }
+  for (const auto& window : session->windows)
+    if (!window.tabs.empty())
+      restoreWindow(window);
+}
+
+void WindowManager::restoreWindow(const PersistedWindow& saved) {
+  const auto first = makeWindow(viewModelFor(saved.tabs.front()));
+  if (const auto& frame = saved.frame)
+    first->setFrame({frame->x, frame->y, frame->width, frame->height});
+  showAlone(first);
+  auto previous = first;
+  for (std::size_t i = 1; i < saved.tabs.size(); ++i) {
+    const auto next = makeWindow(viewModelFor(saved.tabs[i]));
+    next->setTabbingMode(TabbingMode::preferred);
+    previous->addTabbedWindow(next);
+    previous = next;
+  }
+}
+
+std::shared_ptr<WindowViewModel> WindowManager::viewModelFor(const PersistedTab& tab) const {
+  auto viewModel = newViewModel();
+  viewModel->urlString.set(tab.urlString);
+  viewModel->title.set(tab.title);
+  viewModel->restorationData = tab.interactionState;
+  viewModel->initialPageZoom.set(tab.pageZoom);
+  viewModel->toolbarVisible.set(tab.toolbarVisible);
+  viewModel->loadsWhenShown = true;
+  return viewModel;
+}
+
+} // namespace ondrel::app

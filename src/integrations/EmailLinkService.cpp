@@ -1,0 +1,32 @@
+#include "integrations/EmailLinkService.h"
+
+#include "app/WindowManager.h"
+#include "base/Url.h"
+#include "platform/Application.h"
+#include "web/RowSelector.h"
+#include "web/WindowViewModel.h"
+
+namespace ondrel::integrations {
+
+EmailLinkService::EmailLinkService(platform::Application& application, app::WindowManager& windowManager,
+                                   const web::WebServices& webServices)
+    : application_(application), windowManager_(windowManager), webServices_(webServices) {}
+
+void EmailLinkService::navigate(const std::string& url, const std::optional<std::string>& emailId) {
+  application_.activateIgnoringOtherApps();
+  if (const auto active = windowManager_.activeWindow()) {
+    active->second->show(url);
+    active->first->deminiaturize();
+    active->first->makeKeyAndOrderFront();
+    if (emailId) {
+      const auto parsed = base::Url::parse(url);
+      const auto last = parsed ? parsed->lastPathComponent() : std::string();
+      scope_.spawn(web::selectRow(*emailId, last.substr(0, last.find('.')), active->second, webServices_));
+    }
+  } else {
+    windowManager_.openURL(url);
+  }
+  logger_.info("Navigated to FastMail URL: {}", url);
+}
+
+} // namespace ondrel::integrations

@@ -1,0 +1,37 @@
+#include "program/OndrelApp.h"
+
+#include "program/DefaultClientAlert.h"
+
+namespace ondrel::program {
+
+namespace {
+
+// Set while the program runs inside a test runner, which wants windows and nothing else.
+constexpr std::string_view testVariable = "XCTestConfigurationFilePath";
+
+constexpr unsigned shortestAlertDelay = 60;
+constexpr unsigned alertDelaySpread = 60;
+
+} // namespace
+
+OndrelApp::OndrelApp(const PlatformAbilities& platform, settings::Site site, const web::PageScripts& scripts,
+                     const ContentFactoryMaker& makeContentFactory)
+    : settings_(platform.defaults, std::move(site)),
+      webServices_{settings_, scripts, platform.application, platform.webViews, platform.panels, platform.workspace},
+      sessionStore_(platform.directories, platform.files),
+      appDelegate_(platform.application, platform.bundle, platform.defaults, platform.directories, platform.files,
+                   lifecycle_),
+      windowManager_(platform.application, settings_, sessionStore_, platform.clipboard, webServices_,
+                     makeContentFactory(webServices_)),
+      emailLinkService_(platform.application, windowManager_, webServices_) {
+  appDelegate_.setWindowManager(&windowManager_);
+  if (platform.hasEnvironmentVariable(testVariable))
+    return;
+  if (settings_.get(settings::keys::defaultClientCheck)) {
+    const std::chrono::seconds delay{shortestAlertDelay + platform.randomUpTo(alertDelaySpread)};
+    scope_.spawn(askToBecomeDefault(delay, platform.bundle, platform.application, platform.workspace, platform.panels,
+                                    settings_, lifecycle_));
+  }
+}
+
+} // namespace ondrel::program

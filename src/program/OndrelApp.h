@@ -1,0 +1,70 @@
+#pragma once
+
+#include "app/BrowserContent.h"
+#include "app/SessionStore.h"
+#include "app/WindowManager.h"
+#include "async/Scope.h"
+#include "base/Log.h"
+#include "integrations/EmailLinkService.h"
+#include "platform/Bundle.h"
+#include "program/AppDelegate.h"
+#include "program/AppLifecycleService.h"
+#include "settings/AppSettings.h"
+#include "web/WebServices.h"
+#include "web/WebViewConfiguration.h"
+
+#include <functional>
+#include <string_view>
+
+namespace ondrel::platform {
+class Clipboard;
+class Directories;
+class FileStore;
+} // namespace ondrel::platform
+
+namespace ondrel::program {
+
+// The platform's abilities that the program stands on; all outlive it.
+struct PlatformAbilities {
+  platform::Bundle bundle;
+  platform::Application& application;
+  platform::UserDefaults& defaults;
+  platform::Directories& directories;
+  platform::FileStore& files;
+  platform::WebViewFactory& webViews;
+  platform::Panels& panels;
+  platform::Workspace& workspace;
+  platform::Clipboard& clipboard;
+  // The value of an environment variable is set.
+  std::function<bool(std::string_view name)> hasEnvironmentVariable;
+  // A number from 0 to `most`, uniformly.
+  std::function<unsigned(unsigned most)> randomUpTo;
+};
+
+// The root: owns the long-lived objects for the life of the process and makes them in a fixed order.
+class OndrelApp {
+ public:
+  using ContentFactoryMaker = std::function<app::BrowserContentFactory(const web::WebServices&)>;
+
+  OndrelApp(const PlatformAbilities& platform, settings::Site site, const web::PageScripts& scripts,
+            const ContentFactoryMaker& makeContentFactory);
+
+  settings::AppSettings& settings() { return settings_; }
+  app::WindowManager& windowManager() { return windowManager_; }
+  integrations::EmailLinkService& emailLinkService() { return emailLinkService_; }
+  AppLifecycleService& lifecycle() { return lifecycle_; }
+  const web::WebServices& webServices() const { return webServices_; }
+
+ private:
+  const base::Logger logger_{"system"};
+  settings::AppSettings settings_;
+  web::WebServices webServices_;
+  app::SessionStore sessionStore_;
+  AppLifecycleService lifecycle_;
+  AppDelegate appDelegate_;
+  app::WindowManager windowManager_;
+  integrations::EmailLinkService emailLinkService_;
+  async::Scope scope_;
+};
+
+} // namespace ondrel::program
