@@ -1,0 +1,138 @@
+#include "AsyncTest.h"
+
+#include "async/Deadline.h"
+#include "async/Future.h"
+#include "async/Signal.h"
+
+// What holds at each place where a task can wait: it ends when it is cancelled there, and goes when its scope
+// goes.
+namespace ondrel::async {
+namespace {
+
+struct World {
+  std::optional<Resolver<int>> resolver;
+  Signal signal;
+};
+
+Task<bool> waitInSleep(World*) {
+  co_return co_await sleep(1h);
+}
+
+Task<bool> waitForFuture(World* world) {
+  auto [resolver, future] = makeFuture<int>();
+  world->resolver = std::move(resolver);
+  const auto value = co_await std::move(future);
+  co_return value.has_value();
+}
+
+Task<bool> waitForSignal(World* world) {
+  co_return co_await world->signal.wait();
+}
+
+Task<bool> waitNested(World* world) {
+  const Held held;
+  const bool answer = co_await waitForFuture(world);
+  co_return answer;
+}
+
+Task<bool> waitInDeadline(World* world) {
+  const Held held;
+  const std::optional<bool> answer = co_await withDeadline(1h, waitNested(world));
+  co_return answer.value_or(false);
+}
+
+struct Kind {
+  const char* name;
+  Task<bool> (*wait)(World*);
+};
+
+class WaitTest : public AsyncTest, public testing::WithParamInterface<Kind> {
+ protected:
+  static Task<void> work(Kind kind, World* world, Lines* log) {
+    const Held held;
+    log->push_back("begun");
+    const bool first = co_await kind.wait(world);
+    const bool told = co_await cancelled();
+    const bool second = co_await kind.wait(world);
+    log->push_back(first || second || !told ? "not cancelled" : "cancelled");
+  }
+  void SetUp() override { handle = spawn(work(GetParam(), &world, &log)); }
+  void TearDown() override {
+    EXPECT_TRUE(handle.done());
+    EXPECT_EQ(held(), 0);
+    EXPECT_EQ(loop.now(), TimePoint{});
+    EXPECT_EQ(loop.pendingTimers(), 0u);
+    EXPECT_TRUE(!world.resolver || world.resolver->abandoned());
+    world.signal.send();
+    loop.runUntilIdle();
+  }
+
+  World world;
+  TaskHandle handle;
+};
+
+TEST_P(WaitTest, answersCancelledOnALaterTurn) {
+  loop.runUntilIdle();
+  handle.cancel();
+  handle.cancel();
+  EXPECT_EQ(log, Lines{"begun"}) << "resumed from inside cancel()";
+  EXPECT_FALSE(handle.done());
+  loop.runUntilIdle();
+  EXPECT_EQ(log, (Lines{"begun", "cancelled"}));
+  EXPECT_EQ(owner->scope.active(), 0u);
+}
+
+TEST_P(WaitTest, goesWithItsScope) {
+  loop.runUntilIdle();
+  EXPECT_GE(held(), 1);
+  owner.reset();
+  EXPECT_EQ(log, Lines{"begun"});
+}
+
+TEST_P(WaitTest, goesWithItsScopeBetweenCancelAndItsTurn) {
+  loop.runUntilIdle();
+  handle.cancel();
+  owner.reset();
+  loop.runUntilIdle();
+  EXPECT_EQ(log, Lines{"begun"});
+}
+
+TEST_P(WaitTest, neverRunsWhenCancelledBeforeItsFirstTurn) {
+  owner->scope.cancelAll();
+  EXPECT_EQ(owner->scope.active(), 1u);
+  loop.runUntilIdle();
+  EXPECT_EQ(log, Lines{});
+  EXPECT_EQ(owner->scope.active(), 0u);
+}
+
+INSTANTIATE_TEST_SUITE_P(Kinds, WaitTest,
+                         testing::Values(Kind{"sleep", waitInSleep}, Kind{"future", waitForFuture},
+                                         Kind{"signal", waitForSignal}, Kind{"nested", waitNested},
+                                         Kind{"deadline", waitInDeadline}),
+                         [](const auto& info) { return info.param.name; });
+
+using SleepTest = AsyncTest;
+
+TEST_F(SleepTest, lastsExactly) {
+  spawn(sleeper(&log, "long", 90s));
+  spawn(sleeper(&log, "past", -1s));
+  loop.runUntilIdle();
+  EXPECT_EQ(log, Lines{"past slept"});
+  loop.advance(90s - 1ns);
+  EXPECT_EQ(log.size(), 1u);
+  loop.advance(1ns);
+  EXPECT_EQ(log.back(), "long slept");
+}
+
+TEST_F(SleepTest, isCancelledEvenAfterItsTimerFired) {
+  TaskHandle handle = spawn(sleeper(&log, "late", 1s));
+  loop.runUntilIdle();
+  loop.runUntil([&] { return loop.pendingTimers() == 0; }, 1s);
+  EXPECT_TRUE(log.empty());
+  handle.cancel();
+  loop.runUntilIdle();
+  EXPECT_EQ(log, Lines{"late cancelled"});
+}
+
+} // namespace
+} // namespace ondrel::async
