@@ -1,0 +1,39 @@
+#pragma once
+
+#include "demo/FaultPlan.h"
+#include "demo/GLibPointers.h"
+#include "demo/HttpServer.h"
+
+#include <list>
+
+namespace ondrel::demo {
+
+/// Stands before the handlers of a server and carries out the faults of its plan.
+class FaultGate {
+ public:
+  explicit FaultGate(HttpServer::Handler next) : next_(std::move(next)) {}
+  ~FaultGate();
+  FaultGate(const FaultGate&) = delete;
+  FaultGate& operator=(const FaultGate&) = delete;
+
+  FaultPlan& plan() { return plan_; }
+  void pass(SoupServerMessage* message);
+  /// Closes the connections of the requests that were met with silence or are being delayed.
+  void dropHeld();
+
+ private:
+  struct Held {
+    FaultGate* gate;
+    ObjectPtr<SoupServerMessage> message;
+    guint timer = 0; // 0: held until dropped
+  };
+
+  void hold(SoupServerMessage* message, std::optional<std::chrono::milliseconds> delay);
+  void letGo(Held* held);
+
+  FaultPlan plan_;
+  HttpServer::Handler next_;
+  std::list<Held> held_;
+};
+
+} // namespace ondrel::demo

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "demo/MailStore.h"
+#include "demo/Router.h"
+#include "demo/SignIn.h"
+
+namespace ondrel::demo {
+
+/// What the pages of the web application ask for as JSON, under /data/. Signed out, every answer is 401.
+class MailDataSurface {
+ public:
+  MailDataSurface(MailStore& store, const SignIn& signIn) : store_(store), signIn_(signIn) {}
+  void addTo(Router& router);
+
+ private:
+  void add(Router& router, const char* method, const char* path, void (MailDataSurface::*answer)(Exchange&));
+  void mailboxes(Exchange& exchange);
+  void list(Exchange& exchange);
+  void thread(Exchange& exchange);
+  void read(Exchange& exchange);
+  void move(Exchange& exchange);
+  void send(Exchange& exchange);
+
+  MailStore& store_;
+  const SignIn& signIn_;
+};
+
+} // namespace ondrel::demo

@@ -1,0 +1,165 @@
+#include "demo/SampleMail.h"
+
+#include "demo/Resources.h"
+#include "demo/SampleConversations.h"
+
+#include <fmt/core.h>
+
+#include <array>
+#include <cstdint>
+
+namespace ondrel::demo {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr std::array people{"Nadia Okafor",    "Henrik Solberg",      "Ines Carvalho",   "Tomasz Wilk",
+                            "Mei-Lin Zhao",    "Rafael Ortega",       "Priya Raman",     "Jonas Lindqvist",
+                            "Amélie Fournier", "Kofi Mensah",         "Sanne de Wit",    "Oliver Brandt",
+                            "Leila Haddad",    "Marco Bellini",       "Yuki Tanabe",     "Greta Holm",
+                            "Parish library",  "River Street Bakery", "City rowing club"};
+
+constexpr std::array topics{"the garden fence",      "Thursday's rehearsal", "the autumn timetable",
+                            "your bicycle",          "the reading circle",   "the printer upstairs",
+                            "our trip to the coast", "the winter coats",     "the choir recording",
+                            "the new heating",       "seed potatoes",        "the kitchen shelf",
+                            "the boat house key",    "Sunday lunch",         "the photo evening"};
+
+constexpr std::array openings{"Something about {}", "Re: {}",      "Question on {}", "News of {}",
+                              "{}: what next?",     "Notes on {}", "Change to {}",   "Thanks for {}",
+                              "Reminder: {}",       "A word on {}"};
+
+constexpr std::array sentences{"I walked past this morning and everything was still where we left it.",
+                               "Could you bring the long ladder when you come over at the weekend?",
+                               "The rain has stopped, so there is no reason to wait any longer.",
+                               "My sister says hello and asks whether the recipe worked out.",
+                               "We need two more people for the early shift, otherwise it is all settled.",
+                               "Let me know before Wednesday, because the shop closes at noon that day.",
+                               "There was a short delay at the bridge, and the rest of the way was quiet.",
+                               "I have put the papers in the blue folder on the second shelf.",
+                               "If it gets too late we can always take the last tram home.",
+                               "The children painted a sign for the gate, and it is rather good.",
+                               "Nobody has used the small room since spring, so it may be dusty.",
+                               "I will be at my desk until five and on the train after that.",
+                               "The old lamp flickers again; perhaps it only wants a new switch.",
+                               "Please keep the receipt, the club pays half of it back.",
+                               "There is soup on the stove and bread in the tin.",
+                               "We counted forty chairs, which should be plenty for the evening."};
+
+// The sample mail has to be the same everywhere, which the distributions of <random> don't promise.
+class Dice {
+ public:
+  unsigned below(unsigned limit) {
+    state_ = state_ * 6364136223846793005u + 1442695040888963407u;
+    return static_cast<unsigned>(state_ >> 33) % limit;
+  }
+  template <class Range>
+  const auto& oneOf(const Range& range) {
+    return range[below(static_cast<unsigned>(range.size()))];
+  }
+
+ private:
+  std::uint64_t state_ = 20251120;
+};
+
+Address personCalled(std::string_view name) {
+  std::string local;
+  for (const char c : name) {
+    if (c == ' ') {
+      local += '.';
+    } else if (c >= 'A' && c <= 'Z') {
+      local += static_cast<char>(c - 'A' + 'a');
+    } else if ((c >= 'a' && c <= 'z') || c == '-') {
+      local += c;
+    }
+  }
+  return {std::string(name), local + "@example.org"};
+}
+
+std::string sampleBody(Dice& dice) {
+  std::string html;
+  const auto paragraphs = 1 + dice.below(4);
+  for (unsigned p = 0; p < paragraphs; ++p) {
+    html += "<p>";
+    const auto count = 1 + dice.below(4);
+    for (unsigned s = 0; s < count; ++s) {
+      html += (s ? " " : "") + std::string(dice.oneOf(sentences));
+    }
+    html += "</p>\n";
+  }
+  return html;
+}
+
+void addGenerated(MailStore& store, Dice& dice, const std::string& mailboxId, unsigned threads,
+                  std::chrono::sys_seconds newest) {
+  auto time = newest;
+  for (unsigned i = 0; i < threads; ++i) {
+    time -= std::chrono::minutes(20 + dice.below(300));
+    const auto threadId = store.newThreadId();
+    auto subject = fmt::format(fmt::runtime(dice.oneOf(openings)), dice.oneOf(topics));
+    if (subject[0] >= 'a' && subject[0] <= 'z') {
+      subject[0] = static_cast<char>(subject[0] - 'a' + 'A');
+    }
+    const auto messages = dice.below(5) == 0 ? 2 + dice.below(3) : 1;
+    const auto from = personCalled(dice.oneOf(people));
+    for (unsigned m = 0; m < messages; ++m) {
+      Email email;
+      email.id = store.newEmailId();
+      email.threadId = threadId;
+      email.messageId = email.id + "@mail.example.org";
+      email.subject = subject;
+      const bool isReply = m % 2 == 1;
+      email.from = isReply || mailboxId == "sent" ? demoUser() : from;
+      email.to = {isReply || mailboxId == "sent" ? from : demoUser()};
+      email.receivedAt = time - std::chrono::minutes(7) * (messages - 1 - m);
+      email.mailboxId = mailboxId;
+      email.unread = mailboxId == "inbox" && i < 40 && dice.below(3) == 0;
+      email.html = sampleBody(dice);
+      if (dice.below(18) == 0) {
+        const bool isText = dice.below(2) == 0;
+        email.blobIds = {isText ? attachSample(store, "notes.txt", fmt::format("Notes {}.txt", i))
+                                : attachSample(store, "plan.pdf", fmt::format("Plan {}.pdf", i))};
+      }
+      store.add(std::move(email));
+    }
+  }
+}
+
+} // namespace
+
+Address demoUser() {
+  return {"Robin Ashworth", "robin@demo.example"};
+}
+
+std::string attachSample(MailStore& store, const std::string& sampleFile, const std::string& name) {
+  const auto type = sampleFile.ends_with(".pdf")   ? "application/pdf"
+                    : sampleFile.ends_with(".png") ? "image/png"
+                                                   : "text/plain; charset=utf-8";
+  const auto id = store.newBlobId();
+  store.addBlob({id, name, type, resource("attachments/" + sampleFile).value_or("")});
+  return id;
+}
+
+void fillWithSampleMail(MailStore& store) {
+  store.addMailbox({"inbox", "Inbox", "inbox"});
+  store.addMailbox({"archive", "Archive", "archive"});
+  store.addMailbox({"drafts", "Drafts", "drafts"});
+  store.addMailbox({"sent", "Sent", "sent"});
+  store.addMailbox({"junk", "Spam", "junk"});
+  store.addMailbox({"trash", "Trash", "trash"});
+  store.addMailbox({"highlighted", "Highlighted", ""});
+  store.addMailbox({"house", "House & garden", ""});
+
+  const std::chrono::sys_seconds newest =
+      std::chrono::sys_days(std::chrono::year(2025) / 11 / 20) + 9h + 41min;
+  addSampleConversations(store, newest);
+  Dice dice;
+  addGenerated(store, dice, "inbox", 2400, newest - 30h);
+  addGenerated(store, dice, "archive", 300, newest - 24h * 40);
+  addGenerated(store, dice, "sent", 120, newest - 20h);
+  addGenerated(store, dice, "junk", 12, newest - 15h);
+  addGenerated(store, dice, "house", 60, newest - 24h * 3);
+}
+
+} // namespace ondrel::demo

@@ -1,0 +1,15 @@
+#pragma once
+
+#include <cstdint>
+#include <expected>
+#include <string>
+
+namespace ondrel::demo {
+
+/// The address file that points the program at a service on this port. JSON, for people to read as well.
+std::string siteFileFor(std::uint16_t webPort);
+
+/// Writes a whole file, for the user alone. An error is one line of text.
+std::expected<void, std::string> writeFile(const std::string& path, const std::string& text);
+
+} // namespace ondrel::demo

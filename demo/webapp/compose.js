@@ -1,0 +1,138 @@
+import {send} from "/app/data.js";
+import {h, icon} from "/app/dom.js";
+import {toast} from "/app/toast.js";
+
+/**
+ * The compose page. Everything it listens to is inside its element, which may be moved about in the
+ * document.
+ */
+export class Compose {
+  #controller;
+  #isMinimal;
+
+  /**
+   * The controller has `draft`, leaveCompose() and goCompose(fields). In the minimal form there is no other
+   * page to go back to: the page closes itself when it is done, by leaving for the mailbox.
+   */
+  constructor(controller, fields, isMinimal) {
+    this.#controller = controller;
+    this.#isMinimal = isMinimal;
+    this.to = input("to", "To", fields.to);
+    this.subject = input("subject", "Subject", fields.subject);
+    this.editor = h("div", {
+      class: "v-RichText-input",
+      contenteditable: "true",
+      role: "textbox",
+      "aria-multiline": "true",
+      "aria-label": "Message",
+    });
+    this.editor.append(...paragraphs(fields));
+    this.element =
+        h("section", {id: "compose", class: "v-Compose"},
+          h("header", {class: "v-Bar v-Compose-bar"},
+            h("button",
+              {class: "v-Button is-icon", type: "button", title: "Close", onclick: () => this.#close()},
+              icon("close")),
+            h("h1", {}, "New message"), h("span", {class: "u-grow"}),
+            h("button", {class: "v-Button s-discard", type: "button", onclick: () => this.#discard()},
+              "Discard"),
+            h("button", {class: "v-Button is-primary s-send", type: "button", onclick: () => this.#send()},
+              "Send")),
+          h("div", {class: "v-Compose-fields"}, this.to.row, this.subject.row), this.editor);
+    this.element.addEventListener("input", () => this.#tellDraft());
+    this.element.addEventListener("keydown", (event) => {
+      if (event.key === "Escape") {
+        event.stopPropagation();
+        this.#close();
+      } else if (event.key === "Enter" && (event.ctrlKey || event.metaKey)) {
+        this.element.querySelector(".s-send").click();
+      }
+    });
+    this.#tellDraft();
+  }
+
+  focus() {
+    (this.to.input.value ? (this.subject.input.value ? this.editor : this.subject.input) : this.to.input)
+        .focus();
+  }
+
+  #recipients() {
+    return this.to.input.value.split(",").map((address) => address.trim()).filter(Boolean);
+  }
+
+  #tellDraft() {
+    this.#controller.draft = {to: this.#recipients(), subject: this.subject.input.value};
+  }
+
+  #fields() {
+    return {to: this.to.input.value, subject: this.subject.input.value, html: this.editor.innerHTML};
+  }
+
+  async #send() {
+    const to = this.#recipients();
+    if (to.length === 0) {
+      toast("Who is this for? Add a recipient.");
+      this.to.input.focus();
+      return;
+    }
+    if (!this.subject.input.value.trim() && !confirm("Send this message without a subject?")) {
+      return;
+    }
+    this.element.inert = true;
+    try {
+      await send({...this.#fields(), to});
+    } catch (error) {
+      this.element.inert = false;
+      toast("The message could not be sent. Try again in a moment.");
+      console.error("send failed:", String(error));
+      return;
+    }
+    toast("Message sent", {onExpire: () => this.#isMinimal && this.#controller.leaveCompose()});
+    if (!this.#isMinimal) {
+      this.#controller.leaveCompose();
+    }
+  }
+
+  #discard() {
+    const fields = this.#fields();
+    if (this.#isMinimal) {
+      this.element.inert = true;
+      toast("Discarded draft", {
+        action: "Undo",
+        onAction: () => {
+          this.element.inert = false;
+        },
+        onExpire: () => this.#controller.leaveCompose(),
+      });
+    } else {
+      toast("Discarded draft", {action: "Undo", onAction: () => this.#controller.restoreDraft(fields)});
+      this.#controller.leaveCompose();
+    }
+  }
+
+  #close() {
+    const isEmpty = !this.to.input.value && !this.subject.input.value && !this.editor.textContent.trim();
+    isEmpty ? this.#controller.leaveCompose() : this.#discard();
+  }
+}
+
+function input(name, label, value) {
+  const element =
+      h("input", {type: "text", name, "aria-label": label, autocomplete: "off", value: value ?? ""});
+  return {input: element, row: h("label", {class: "v-Compose-row"}, h("span", {}, label), element)};
+}
+
+function paragraphs({html, body, quote}) {
+  if (html) {
+    const holder = h("div");
+    holder.innerHTML = html;
+    return [...holder.childNodes];
+  }
+  const lines = (body ?? "").split("\n").map((line) => h("p", {}, line || h("br")));
+  if (!quote) {
+    return lines;
+  }
+  const quoted = h("blockquote", {type: "cite"});
+  quoted.innerHTML = quote.html;
+  return [...lines, h("p", {}, quote.intro), quoted];
+}

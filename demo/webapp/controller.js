@@ -1,0 +1,35 @@
+// The global object of the application, kept true to what is shown. Others read it and may replace its goX
+// functions, so the application itself calls those through the object, in the event that asks for them.
+
+import {toast} from "/app/toast.js";
+
+/** `actions` has go(url, state), composeUrl(), messageUrl(message), reveal(message). */
+export function installFastMail(actions) {
+  const open = (fields) => actions.go(actions.composeUrl(), fields ? {fields} : null);
+  const appController = {
+    message: null,
+    draft: null,
+    isConversationVisible: false,
+    goMessage: (message) => actions.reveal(message),
+    goCompose: (fields) => open(fields),
+    goNewCompose: (fields) => open(fields),
+    goCreateMaskedEmail: () => {
+      const words = ["amber", "birch", "cedar", "dune", "ember", "fjord", "grove", "heron"];
+      const pick = () => words[Math.floor(Math.random() * words.length)];
+      const number = Math.floor(1000 + 9000 * Math.random());
+      toast(`Masked address made: ${pick()}.${pick()}${number}@masked.example`);
+    },
+  };
+  window.FastMail = {router: {app: "mail", title: "", appController}};
+  return window.FastMail;
+}
+
+/** A message as the global object shows it. */
+export function messageRecord(message, index) {
+  return {
+    id: () => message.id,
+    get: (name) => message[name],
+    threadId: message.threadId,
+    index,  // of the thread's row in the mailbox; null when it has none there
+  };
+}
