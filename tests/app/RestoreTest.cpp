@@ -1,0 +1,113 @@
+#include "support/TestShell.h"
+
+#include <gtest/gtest.h>
+
+namespace ondrel::app {
+namespace {
+
+using Calls = std::vector<std::string>;
+
+PersistedTab tab(const std::string& name, std::optional<base::Bytes> state, double zoom = 1.0, bool toolbar = true) {
+  return {"https://app.example.com/mail/" + name, name, std::move(state), zoom, toolbar};
+}
+
+class RestoreTest : public testing::Test {
+ protected:
+  void startWith(const PersistedSession& session) {
+    shell.files.files["/data/session.json"] = session.encoded();
+    shell.start();
+  }
+  PersistedSession saveNow() {
+    shell.application.willResignActive.emit();
+    shell.settle();
+    return *PersistedSession::decode(shell.files.files["/data/session.json"]);
+  }
+  std::shared_ptr<web::WindowViewModel> model(std::size_t index) {
+    return shell.manager->viewModel(shell.application.all.at(index));
+  }
+
+  support::TestShell shell;
+};
+
+TEST_F(RestoreTest, BringsWindowsAndTabsBackInOrder) {
+  startWith({{{{tab("a", base::Bytes{1}), tab("b", base::Bytes{2}, 1.15), tab("c", {})}, PersistedFrame{5, 6, 700, 500}},
+              {{}, std::nullopt},
+              {{tab("d", {}, 0.9, false)}, std::nullopt}}});
+  ASSERT_EQ(shell.application.all.size(), 4U);
+  const auto& first = shell.application.all.at(0);
+  EXPECT_EQ(first->calls, (Calls{"setFrame", "mode 2", "key", "mode 1"}));
+  EXPECT_EQ(first->frame(), (platform::Rect{5, 6, 700, 500}));
+  const auto tabs = first->tabGroup()->windows();
+  ASSERT_EQ(tabs.size(), 3U);
+  EXPECT_EQ(*shell.manager->viewModel(tabs[2])->title, "c");
+  EXPECT_EQ(*model(3)->initialPageZoom, 0.9);
+  EXPECT_FALSE(*model(3)->toolbarVisible);
+}
+
+TEST_F(RestoreTest, OnlyTheTabInFrontGetsAWebView) {
+  const PersistedSession session{{{{tab("a", base::Bytes{1}, 1.15), tab("b", base::Bytes{2}, 0.85), tab("c", {}, 1.05)},
+                                   PersistedFrame{5, 6, 700, 500}}}};
+  startWith(session);
+  ASSERT_EQ(shell.webViews.made.size(), 1U);
+  const auto front = shell.webView(model(0));
+  EXPECT_EQ(front->restored, (std::vector<base::Bytes>{{1}}));
+  EXPECT_TRUE(front->loads.empty()) << "the state brings the page back";
+  front->zoom = 1.15; // as the view sets it when it appears
+
+  for (int i = 0; i < 3; ++i)
+    EXPECT_EQ(saveNow(), session) << "any number of saves keeps what nobody has looked at";
+
+  shell.application.setKey(shell.application.all.at(2));
+  shell.showKeyWindow();
+  EXPECT_EQ(shell.webView(model(2))->loads, (Calls{"https://app.example.com/mail/c"})) << "no state: it loads its address";
+  shell.application.setKey(shell.application.all.at(1));
+  shell.showKeyWindow();
+  EXPECT_EQ(shell.webView(model(1))->restored, (std::vector<base::Bytes>{{2}}));
+  EXPECT_EQ(model(1)->restorationData, std::nullopt);
+}
+
+TEST_F(RestoreTest, ATabNotShownYetTakesANewAddressWithItsHistory) {
+  startWith({{{{tab("a", base::Bytes{1}), tab("b", base::Bytes{2})}, std::nullopt}}});
+  shell.settings.fastmailEnvironmentDidChange.emit();
+  shell.settle();
+  shell.application.setKey(shell.application.all.at(1));
+  shell.showKeyWindow();
+  const auto view = shell.webView(model(1));
+  EXPECT_EQ(view->restored.size(), 1U);
+  EXPECT_EQ(view->loads, (Calls{"https://app.example.com/"}));
+}
+
+TEST_F(RestoreTest, AStateOfAnotherEngineLeavesTheTabBlankUntilItIsReloaded) {
+  shell.webViews.acceptsState = false;
+  startWith({{{{tab("a", base::Bytes{9})}, std::nullopt}}});
+  const auto view = shell.webView(model(0));
+  EXPECT_TRUE(view->loads.empty());
+  model(0)->reload();
+  EXPECT_EQ(view->loads, (Calls{"https://app.example.com/mail/a"}));
+  EXPECT_EQ(view->reloads, 0);
+}
+
+TEST_F(RestoreTest, DamagedOrEmptySessionsOpenAFreshWindow) {
+  for (const auto* text : {R"({"windows":[]})", "", "{\"windows\":[{\"tabs\":", "null"}) {
+    support::TestShell fresh;
+    fresh.files.files["/data/session.json"] = text;
+    fresh.start();
+    EXPECT_EQ(fresh.application.all.size(), 1U) << text;
+  }
+  startWith({{{{}, std::nullopt}}});
+  EXPECT_TRUE(shell.application.all.empty()) << "a file with nothing but empty windows opens none";
+}
+
+TEST_F(RestoreTest, GroupsAreSavedOnceAndForeignWindowsNot) {
+  startWith({{{{tab("a", {}), tab("b", {})}, std::nullopt}}});
+  shell.application.makeWindow({400, 300, "", "files"});
+  shell.manager->openMainWindow();
+  const auto session = saveNow();
+  ASSERT_EQ(session.windows.size(), 2U);
+  EXPECT_EQ(session.windows[0].tabs.size(), 2U);
+  EXPECT_EQ(session.windows[1].tabs.size(), 1U);
+  EXPECT_EQ(session.windows[1].frame->width, 870);
+}
+
+} // namespace
+} // namespace ondrel::app

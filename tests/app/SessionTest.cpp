@@ -1,0 +1,104 @@
+#include "app/PersistedSession.h"
+#include "app/SessionStore.h"
+#include "support/FakeDesktop.h"
+#include "support/LogCapture.h"
+
+#include <gtest/gtest.h>
+
+namespace ondrel::app {
+namespace {
+
+PersistedSession sample() {
+  PersistedTab first{"https://app.example.com/mail/", "Inbox \"x\"\n", base::Bytes{0, 255, 7}, 1.1, true};
+  PersistedTab second{"", "", std::nullopt, 1.0, false};
+  return {{{{first, second}, PersistedFrame{-10.5, 0, 870, 768}}, {{second}, std::nullopt}}};
+}
+
+TEST(PersistedSession, SurvivesItsFile) {
+  const auto text = sample().encoded();
+  EXPECT_EQ(PersistedSession::decode(text), sample());
+  EXPECT_TRUE(text.contains(R"("interactionState":"AP8H")")) << text;
+  EXPECT_TRUE(text.contains(R"("pageZoom":1.1,)")) << text;
+  EXPECT_EQ(text.find("\"frame\""), text.rfind("\"frame\"")) << "an absent frame leaves its key out";
+  EXPECT_EQ(PersistedSession{}.encoded(), R"({"windows":[]})");
+}
+
+TEST(PersistedSession, IsReadWholeOrNotAtAll) {
+  const std::string tab = R"("urlString":"u","title":"t","pageZoom":1,"toolbarVisible":true)";
+  const auto window = [](const std::string& content) { return R"({"windows":[{"tabs":[{)" + content + "}]}]}"; };
+  const std::pair<std::string, bool> cases[] = {
+      {R"({"windows":[]})", true},
+      {R"({"windows":[{"tabs":[]}]})", true},
+      {R"({"windows":[],"later":{"x":1}})", true},
+      {window(tab), true},
+      {window(tab + R"(,"interactionState":null)"), true},
+      {window(tab + R"(,"interactionState":"not base64")"), false},
+      {window(tab + R"(,"interactionState":7)"), false},
+      {window(R"("urlString":"u","title":"t","toolbarVisible":true)"), false},
+      {window(R"("urlString":"u","title":"t","pageZoom":1)"), false},
+      {window(R"("urlString":"u","title":"t","pageZoom":"1","toolbarVisible":true)"), false},
+      {window(R"("urlString":"u","title":"t","pageZoom":1,"toolbarVisible":1)"), false},
+      {window(R"("urlString":null,"title":"t","pageZoom":1,"toolbarVisible":true)"), false},
+      {R"({"windows":[{"tabs":[],"frame":{"x":1,"y":2,"width":3}}]})", false},
+      {R"({"windows":[{"tabs":[],"frame":{"x":1,"y":2,"width":3,"height":1e3}}]})", true},
+      {R"({"windows":{}})", false},
+      {R"({"windows":[[]]})", false},
+      {"{}", false},
+      {"[]", false},
+      {"", false},
+      {R"({"windows":[{"ta)", false},
+      {std::string(100000, '['), false},
+      {"{\"windows\":\xFF}", false},
+  };
+  for (const auto& [text, good] : cases)
+    EXPECT_EQ(PersistedSession::decode(text).has_value(), good) << text.substr(0, 200);
+}
+
+class SessionStoreTest : public testing::Test {
+ protected:
+  static constexpr auto path = "/data/session.json";
+  support::LogCapture log;
+  support::FakeFiles files;
+  SessionStore store{files, files};
+};
+
+TEST_F(SessionStoreTest, WritesAndReadsItsFile) {
+  EXPECT_EQ(store.load(), std::nullopt);
+  EXPECT_TRUE(log.lines().empty()) << "a first start is nothing to speak of";
+  store.save(sample());
+  EXPECT_EQ(store.load(), sample());
+}
+
+TEST_F(SessionStoreTest, KeepsADamagedFileAside) {
+  files.files[path] = "{\"windows\"";
+  EXPECT_EQ(store.load(), std::nullopt);
+  EXPECT_TRUE(log.anyStartsWith("error system: SessionStore: decode failed: "));
+  EXPECT_EQ(files.files[path], "{\"windows\"") << "it stays until something takes its place";
+  store.save({});
+  store.save({});
+  EXPECT_EQ(files.files["/data/session.json.damaged-1"], "{\"windows\"");
+  EXPECT_EQ(files.files[path], R"({"windows":[]})");
+  EXPECT_EQ(files.files.size(), 2U);
+}
+
+TEST_F(SessionStoreTest, AnUnreadableFileIsKeptToo) {
+  files.files[path] = "secret";
+  files.unreadable = path;
+  EXPECT_EQ(store.load(), std::nullopt);
+  EXPECT_TRUE(log.lines().empty());
+  store.save({});
+  EXPECT_EQ(files.files["/data/session.json.damaged-1"], "secret");
+}
+
+TEST_F(SessionStoreTest, SaysWhyASaveFailed) {
+  files.full = true;
+  store.save({});
+  EXPECT_EQ(log.count("error system: SessionStore: save failed: no space left on device"), 1);
+  files.support = std::nullopt;
+  store.save({});
+  EXPECT_EQ(log.count("error system: SessionStore: failed to resolve Application Support URL"), 1);
+  EXPECT_EQ(store.load(), std::nullopt);
+}
+
+} // namespace
+} // namespace ondrel::app

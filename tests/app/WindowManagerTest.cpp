@@ -1,0 +1,271 @@
+#include "support/TestShell.h"
+
+#include "web/MailURL.h"
+
+#include <boost/json/value.hpp>
+#include <gtest/gtest.h>
+
+namespace ondrel::app {
+namespace {
+
+using namespace std::chrono_literals;
+using platform::KeyEvent;
+using platform::Modifiers;
+using support::FakeWindow;
+using Calls = std::vector<std::string>;
+
+class WindowManagerTest : public testing::Test {
+ protected:
+  std::shared_ptr<FakeWindow> window(std::size_t index) { return shell.application.all.at(index); }
+  std::shared_ptr<web::WindowViewModel> model(std::size_t index) { return shell.manager->viewModel(window(index)); }
+  std::string saved() { return shell.files.files["/data/session.json"]; }
+  bool press(int keyCode, std::uint32_t flags, const std::string& text = "") {
+    const bool consumed = shell.application.keyMonitor({keyCode, {flags}, text, text});
+    shell.settle();
+    return consumed;
+  }
+
+  support::TestShell shell;
+};
+
+TEST_F(WindowManagerTest, OpensALoneWindowThatMayBeMergedLater) {
+  shell.start();
+  ASSERT_EQ(shell.application.all.size(), 1U);
+  EXPECT_EQ(window(0)->calls, (Calls{"mode 2", "key", "mode 1"}));
+  EXPECT_EQ(window(0)->attributes.identifier, "ondrel-browser");
+  EXPECT_EQ(window(0)->attributes.tabbingIdentifier, "ondrel");
+  EXPECT_EQ(window(0)->frame().width, 870);
+  EXPECT_EQ(shell.webView(model(0))->loads, (Calls{"https://app.example.com/"}));
+}
+
+TEST_F(WindowManagerTest, NewTabsStandBehindTheKeyWindow) {
+  shell.start();
+  shell.manager->newTab();
+  shell.application.setKey(window(0));
+  shell.manager->newTab();
+  const auto tabs = window(0)->tabGroup()->windows();
+  ASSERT_EQ(tabs.size(), 3U);
+  EXPECT_EQ(tabs[1], window(2)) << "directly behind the key window, not at the end";
+  EXPECT_EQ(window(2)->calls, (Calls{"mode 1", "key"}));
+  shell.application.key = nullptr;
+  shell.manager->newTab();
+  EXPECT_EQ(window(3)->tabGroup(), nullptr) << "without a key window it is a window of its own";
+}
+
+TEST_F(WindowManagerTest, ChoosesTheActiveWindow) {
+  shell.start();
+  shell.manager->openMainWindow();
+  shell.manager->openMainWindow();
+  EXPECT_EQ(shell.manager->activeWindow()->first, window(0)) << "no mail anywhere: the first";
+  model(1)->urlString.set("https://app.example.com/mail/Inbox/");
+  model(2)->urlString.set("https://app.example.com/mail/Sent/");
+  EXPECT_EQ(shell.manager->activeWindow()->first, window(2)) << "the key window shows mail";
+  shell.application.setKey(window(0));
+  EXPECT_EQ(shell.manager->activeWindow()->first, window(1)) << "the key window doesn't: the first that does";
+
+  shell.application.setKey(window(2));
+  shell.manager->openURL("https://app.example.com/mail/Inbox/T.M");
+  EXPECT_EQ(*model(1)->urlString, "https://app.example.com/mail/Inbox/T.M") << "here the key window has no preference";
+  EXPECT_TRUE(shell.manager->loadInActiveWindow("https://app.example.com/mail/x"));
+  EXPECT_EQ(shell.webView(model(1))->loads.back(), "https://app.example.com/mail/x") << "openURL made it key";
+  EXPECT_EQ(window(1)->calls.back(), "key");
+}
+
+TEST_F(WindowManagerTest, AWindowThatIsNoBrowserCountsForNothing) {
+  shell.start();
+  window(0)->close();
+  shell.settle();
+  shell.application.makeWindow({400, 300, "", "files"});
+  EXPECT_EQ(shell.manager->activeWindow(), std::nullopt);
+  EXPECT_FALSE(shell.manager->loadInActiveWindow("https://app.example.com/mail/x"));
+  shell.manager->openInNewTabOrWindow("https://app.example.com/mail/compose?u=1");
+  EXPECT_EQ(shell.application.all.size(), 2U);
+  EXPECT_EQ(*model(1)->urlString, "https://app.example.com/mail/compose?u=1");
+  EXPECT_TRUE(shell.manager->hasComposeWindow());
+  EXPECT_EQ(shell.manager->currentAccountParameter(), "1");
+  EXPECT_TRUE(shell.manager->mainWindowContainsMail());
+}
+
+TEST_F(WindowManagerTest, ComposeAddresses) {
+  const std::pair<const char*, bool> cases[] = {
+      {"https://a/mail/compose", true},    {"https://a/mail/Inbox/compose?u=1", true}, {"https://a/compose", false},
+      {"https://a/mail/composer", false},  {"https://a/mail/x?y=/compose", true},      {"https://a/mail/compose/", false},
+  };
+  for (const auto& [url, compose] : cases)
+    EXPECT_EQ(web::isComposeURL(url), compose) << url;
+}
+
+TEST_F(WindowManagerTest, TheLastClosedWindowLeavesItsFrame) {
+  shell.start();
+  shell.manager->newTab();
+  window(1)->setFrame({1, 2, 333, 444});
+  window(0)->close();
+  shell.settle();
+  EXPECT_EQ(shell.manager->lastClosedWindowFrame(), std::nullopt);
+  window(0)->close();
+  shell.settle();
+  EXPECT_EQ(saved(), R"({"windows":[]})");
+  EXPECT_TRUE(shell.webViews.made.at(0).expired()) << "the web view goes with its window";
+  shell.manager->reopenWindow();
+  EXPECT_EQ(window(0)->calls, (Calls{"setFrame", "mode 2", "key"}));
+  EXPECT_EQ(window(0)->frame(), (platform::Rect{1, 2, 333, 444}));
+}
+
+TEST_F(WindowManagerTest, KeysSelectTabs) {
+  shell.start();
+  EXPECT_FALSE(press(0, Modifiers::command, "1")) << "a window without tabs passes the key on";
+  shell.manager->newTab();
+  shell.manager->newTab();
+  const auto tabs = window(0)->tabGroup()->windows();
+  const auto keyAfter = [&](std::uint32_t flags, const std::string& text) {
+    shell.application.setKey(tabs[0]);
+    const bool consumed = press(0, flags, text);
+    return consumed ? std::ranges::find(tabs, shell.application.key) - tabs.begin() : -1;
+  };
+  EXPECT_EQ(keyAfter(Modifiers::command, "2"), 1);
+  EXPECT_EQ(keyAfter(Modifiers::option, "3"), 2);
+  EXPECT_EQ(keyAfter(Modifiers::command | 0x42, "9"), 2) << "the last one; low bits don't count";
+  EXPECT_EQ(keyAfter(Modifiers::command, "5"), -1);
+  EXPECT_EQ(keyAfter(Modifiers::command, "0"), -1);
+  EXPECT_EQ(keyAfter(Modifiers::command | Modifiers::control, "2"), -1);
+  EXPECT_EQ(keyAfter(0, "2"), -1);
+  EXPECT_EQ(keyAfter(Modifiers::command, ""), -1);
+
+  EXPECT_TRUE(press(KeyEvent::tabKeyCode, Modifiers::control));
+  EXPECT_TRUE(press(KeyEvent::tabKeyCode, Modifiers::control | Modifiers::shift));
+  const auto& calls = std::static_pointer_cast<FakeWindow>(shell.application.key)->calls;
+  EXPECT_EQ((Calls{calls.end() - 2, calls.end()}), (Calls{"next", "previous"}));
+  EXPECT_FALSE(press(KeyEvent::tabKeyCode, 0));
+  shell.application.key = nullptr;
+  EXPECT_TRUE(press(KeyEvent::tabKeyCode, Modifiers::control)) << "consumed even then";
+}
+
+TEST_F(WindowManagerTest, ReadsMessageLinksFromTheClipboard) {
+  shell.start();
+  const std::string good = "https://app.example.com/mail/Inbox/T.M?u=1";
+  const std::pair<std::optional<std::string>, bool> cases[] = {
+      {good, true},
+      {std::nullopt, false},
+      {"https://beta.example.com/mail/Inbox/T.M", false},
+      {"https://app.example.com/settings/", false},
+      {" " + good, false},
+      {good + " and more", false},
+  };
+  for (const auto& [text, recognised] : cases) {
+    shell.clipboard.text = text;
+    shell.application.menuDidBeginTracking.emit();
+    shell.settle();
+    EXPECT_EQ(shell.manager->clipboardFastMailURL->has_value(), recognised) << text.value_or("none");
+  }
+  shell.clipboard.text = good;
+  EXPECT_FALSE(press(0, Modifiers::command | Modifiers::shift, "F")) << "the menu's item shall see it too";
+  EXPECT_EQ(*shell.manager->clipboardFastMailURL, good);
+}
+
+TEST_F(WindowManagerTest, FollowsTheKeyWindowsPage) {
+  shell.start();
+  EXPECT_FALSE(*shell.manager->activeURLContainsMail);
+  const auto webView = shell.webView(model(0));
+  webView->answer = [](const std::string&) { return boost::json::value(true); };
+  model(0)->urlString.set("https://app.example.com/mail/Inbox/T.M");
+  shell.settle();
+  EXPECT_TRUE(*shell.manager->activeURLContainsMail);
+  EXPECT_TRUE(*shell.manager->isConversationVisible);
+  EXPECT_EQ(webView->evaluations, (Calls{"globalThis.FastMail?.router?.appController?.isConversationVisible ?? false"}));
+
+  struct {
+    platform::ScriptResult answer;
+    bool loading;
+  } const misses[] = {{boost::json::value("true"), false},
+                      {std::unexpected(platform::ScriptError{}), false},
+                      {boost::json::value(true), true}};
+  int step = 0;
+  for (const auto& miss : misses) {
+    webView->answer = [](const std::string&) { return boost::json::value(true); };
+    webView->loading = false;
+    model(0)->urlString.set("https://app.example.com/mail/Inbox/" + std::to_string(++step));
+    shell.settle();
+    ASSERT_TRUE(*shell.manager->isConversationVisible);
+    webView->answer = [&miss](const std::string&) { return miss.answer; };
+    webView->loading = miss.loading;
+    model(0)->urlString.set("https://app.example.com/mail/Inbox/" + std::to_string(++step));
+    shell.settle();
+    EXPECT_FALSE(*shell.manager->isConversationVisible) << step;
+  }
+
+  shell.manager->newTab();
+  shell.settle();
+  EXPECT_FALSE(*shell.manager->activeURLContainsMail) << "the new key window is not at the mail application yet";
+  model(1)->urlString.set("https://app.example.com/mail/");
+  shell.settle();
+  EXPECT_TRUE(*shell.manager->activeURLContainsMail) << "the second change is followed as well";
+}
+
+TEST_F(WindowManagerTest, SavesTwoSecondsAfterTheLastChange) {
+  shell.start();
+  shell.loop.advance(3s);
+  const auto before = shell.files.writes;
+  for (int i = 0; i < 5; ++i) {
+    model(0)->urlString.set("https://app.example.com/mail/" + std::to_string(i));
+    shell.loop.advance(1900ms);
+  }
+  EXPECT_EQ(shell.files.writes, before) << "it keeps changing";
+  shell.loop.advance(99ms);
+  EXPECT_EQ(shell.files.writes, before);
+  shell.loop.advance(1ms);
+  EXPECT_EQ(shell.files.writes, before + 1);
+  EXPECT_TRUE(saved().contains("/mail/4"));
+  model(0)->urlString.set("https://app.example.com/mail/last");
+  shell.application.willResignActive.emit();
+  shell.settle();
+  EXPECT_TRUE(saved().contains("/mail/last")) << "leaving the application saves at once";
+}
+
+TEST_F(WindowManagerTest, TheEndSavesWhatIsOpenAndNothingAfterIt) {
+  shell.start();
+  shell.manager->newTab();
+  shell.application.willTerminate.emit();
+  const auto session = PersistedSession::decode(saved());
+  ASSERT_TRUE(session);
+  EXPECT_EQ(session->windows.at(0).tabs.size(), 2U);
+  const auto text = saved();
+  window(1)->close();
+  window(0)->close();
+  shell.settle();
+  EXPECT_EQ(saved(), text) << "the windows close because the program ends";
+}
+
+TEST_F(WindowManagerTest, AnEndBeforeTheRestoringLosesNothing) {
+  shell.files.files["/data/session.json"] = "kept";
+  shell.manager = std::make_unique<WindowManager>(shell.application, shell.settings, shell.sessionStore,
+                                                  shell.clipboard, shell.services, BrowserContentFactory());
+  shell.application.willTerminate.emit();
+  EXPECT_EQ(saved(), "kept");
+}
+
+TEST_F(WindowManagerTest, ChangesTheEnvironmentOfAllTabs) {
+  shell.start();
+  shell.manager->newTab();
+  shell.settings.setEnvironment(settings::FastmailEnvironment::beta);
+  shell.settings.fastmailEnvironmentDidChange.emit();
+  shell.settle();
+  for (std::size_t i = 0; i < 2; ++i) {
+    EXPECT_EQ(*model(i)->urlString, "https://beta.example.com/");
+    EXPECT_EQ(shell.webView(model(i))->loads.back(), "https://beta.example.com/");
+  }
+}
+
+TEST_F(WindowManagerTest, SurvivesTheManagersEndWithWorkPending) {
+  shell.start();
+  model(0)->urlString.set("https://app.example.com/mail/x");
+  shell.manager->refreshClipboardURL();
+  shell.loop.advance(1s);
+  shell.manager.reset();
+  const auto writes = shell.files.writes;
+  shell.loop.advance(10s);
+  EXPECT_EQ(shell.files.writes, writes);
+  EXPECT_TRUE(shell.webViews.made.at(0).expired());
+}
+
+} // namespace
+} // namespace ondrel::app

@@ -1,0 +1,151 @@
+#pragma once
+
+#include "platform/Application.h"
+
+#include <algorithm>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace ondrel::support {
+
+class FakeApplication;
+
+// The tabs of one top-level, in order.
+struct FakeGroup final : platform::WindowGroup {
+  std::vector<std::weak_ptr<platform::Window>> members;
+  std::weak_ptr<platform::Window> selected;
+
+  std::vector<std::shared_ptr<platform::Window>> windows() const override {
+    std::vector<std::shared_ptr<platform::Window>> result;
+    for (const auto& member : members)
+      if (auto window = member.lock())
+        result.push_back(std::move(window));
+    return result;
+  }
+  std::shared_ptr<platform::Window> selectedWindow() const override { return selected.lock(); }
+};
+
+class FakeWindow final : public platform::Window, public std::enable_shared_from_this<FakeWindow> {
+ public:
+  FakeWindow(FakeApplication& application, const platform::WindowAttributes& attributes)
+      : attributes(attributes), application_(application),
+        frame_{100, 50, attributes.contentWidth, attributes.contentHeight} {}
+
+  std::string identifier() const override { return attributes.identifier; }
+  void setTitle(const std::string& text) override { title = text; }
+  void setBusy(bool value) override { busy = value; }
+  void setContent(platform::NativeView) override {}
+  platform::Rect frame() const override { return frame_; }
+  void setFrame(const platform::Rect& frame) override {
+    frame_ = frame;
+    calls.push_back("setFrame");
+  }
+  platform::TabbingMode tabbingMode() const override { return mode_; }
+  void setTabbingMode(platform::TabbingMode mode) override {
+    mode_ = mode;
+    calls.push_back("mode " + std::to_string(static_cast<int>(mode)));
+  }
+  std::string tabbingIdentifier() const override { return attributes.tabbingIdentifier; }
+  void setTabbingIdentifier(const std::string& identifier) override { attributes.tabbingIdentifier = identifier; }
+  void addTabbedWindow(std::shared_ptr<platform::Window> window) override;
+  std::shared_ptr<platform::WindowGroup> tabGroup() const override {
+    return group && group->windows().size() > 1 ? group : nullptr;
+  }
+  void selectNextTab() override { calls.push_back("next"); }
+  void selectPreviousTab() override { calls.push_back("previous"); }
+  void makeKeyAndOrderFront() override;
+  void orderFront() override {
+    visible = true;
+    calls.push_back("front");
+  }
+  bool isVisible() const override { return visible; }
+  bool isMiniaturized() const override { return false; }
+  void deminiaturize() override { calls.push_back("deminiaturize"); }
+  void performClose() override { close(); }
+  void close() override;
+
+  platform::WindowAttributes attributes;
+  std::shared_ptr<FakeGroup> group = std::make_shared<FakeGroup>();
+  std::string title;
+  bool busy = false;
+  bool visible = false;
+  bool closed = false;
+  std::vector<std::string> calls;
+
+ private:
+  FakeApplication& application_;
+  platform::Rect frame_;
+  platform::TabbingMode mode_ = platform::TabbingMode::automatic;
+};
+
+class FakeApplication final : public platform::Application {
+ public:
+  std::shared_ptr<platform::Window> makeWindow(const platform::WindowAttributes& attributes) override {
+    auto window = std::make_shared<FakeWindow>(*this, attributes);
+    window->group->members.push_back(window);
+    all.push_back(window);
+    return window;
+  }
+  void setChromeFactory(platform::GroupChromeFactory) override {}
+  std::vector<std::shared_ptr<platform::Window>> windows() const override { return {all.begin(), all.end()}; }
+  std::vector<std::shared_ptr<platform::Window>> orderedWindows() const override { return windows(); }
+  std::shared_ptr<platform::Window> keyWindow() const override { return key; }
+  std::shared_ptr<platform::Window> mainWindow() const override { return key ? key : main; }
+  void activateIgnoringOtherApps() override { ++activations; }
+  bool isActive() const override { return key != nullptr; }
+  void hide() override { hidden = true; }
+  void unhide() override { hidden = false; }
+  bool isHidden() const override { return hidden; }
+  void terminate() override { willTerminate.emit(); }
+  std::optional<std::string> frontmostApplicationIdentifier() const override { return frontmost; }
+  base::Subscription addKeyDownMonitor(KeyMonitor monitor) override {
+    keyMonitor = std::move(monitor);
+    return base::Subscription([this] { keyMonitor = nullptr; });
+  }
+
+  void setKey(const std::shared_ptr<platform::Window>& window) {
+    key = window;
+    if (window)
+      windowDidBecomeKey.emit(window);
+  }
+  std::shared_ptr<FakeWindow> last() const { return all.empty() ? nullptr : all.back(); }
+
+  std::vector<std::shared_ptr<FakeWindow>> all;
+  std::shared_ptr<platform::Window> key;
+  std::shared_ptr<platform::Window> main;
+  std::optional<std::string> frontmost;
+  KeyMonitor keyMonitor;
+  int activations = 0;
+  bool hidden = false;
+};
+
+inline void FakeWindow::addTabbedWindow(std::shared_ptr<platform::Window> window) {
+  const auto added = std::static_pointer_cast<FakeWindow>(window);
+  const auto own = std::ranges::find_if(group->members, [this](const auto& each) { return each.lock().get() == this; });
+  group->members.insert(own + 1, added);
+  added->group = group;
+  added->visible = true;
+}
+
+inline void FakeWindow::makeKeyAndOrderFront() {
+  visible = true;
+  calls.push_back("key");
+  application_.setKey(shared_from_this());
+}
+
+inline void FakeWindow::close() {
+  if (std::exchange(closed, true))
+    return;
+  const auto self = shared_from_this();
+  application_.windowWillClose.emit(self);
+  std::erase_if(group->members, [this](const auto& each) { return each.lock().get() == this; });
+  std::erase(application_.all, self);
+  visible = false;
+  if (application_.key.get() == this)
+    application_.key = nullptr;
+}
+
+} // namespace ondrel::support

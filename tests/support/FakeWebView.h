@@ -1,0 +1,111 @@
+#pragma once
+
+#include "async/EventLoop.h"
+#include "async/Future.h"
+#include "async/sleep.h"
+#include "platform/Download.h"
+#include "platform/WebView.h"
+#include "platform/WebViewDelegate.h"
+
+#include <cstdlib>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace ondrel::support {
+
+// A web view that records what it is asked and says what the test wants.
+class FakeWebView final : public platform::WebView {
+ public:
+  void setDelegate(platform::WebViewDelegate* value) override { delegate = value; }
+  void addScriptMessageHandler(const std::string& name) override {
+    if (!handlers.insert(name).second)
+      std::abort(); // a second registration is a programming error of the caller
+  }
+  void removeScriptMessageHandler(const std::string& name) override { handlers.erase(name); }
+  void load(const std::string& url) override { loads.push_back(url); }
+  void reload() override { ++reloads; }
+  void stopLoading() override {}
+  void goBack() override { ++backs; }
+  void goForward() override { ++forwards; }
+  std::optional<std::string> url() const override { return currentUrl; }
+  std::optional<std::string> title() const override { return currentTitle; }
+  bool canGoBack() const override { return back; }
+  bool canGoForward() const override { return forward; }
+  bool isLoading() const override { return loading; }
+  double pageZoom() const override { return zoom; }
+  void setPageZoom(double value) override { zoom = value; }
+  async::Task<platform::ScriptResult> evaluate(std::string source, std::optional<platform::FrameInfo>,
+                                               async::Duration) override {
+    evaluations.push_back(source);
+    co_await async::nextTurn();
+    co_return answer ? answer(source) : platform::ScriptResult(boost::json::value());
+  }
+  std::optional<base::Bytes> interactionState() override { return state; }
+  bool restoreInteractionState(const base::Bytes& bytes) override {
+    restored.push_back(bytes);
+    if (acceptsState)
+      state = bytes;
+    return acceptsState;
+  }
+  async::Task<platform::PrintResult> print(platform::PrintSettings settings) override {
+    prints.push_back(settings);
+    co_return printResult;
+  }
+  platform::NativeView nativeView() override { return {}; }
+  void setInspectable(bool value) override { inspectable = value; }
+
+  platform::WebViewDelegate* delegate = nullptr;
+  std::set<std::string> handlers;
+  std::vector<std::string> loads;
+  std::vector<std::string> evaluations;
+  std::vector<base::Bytes> restored;
+  std::vector<platform::PrintSettings> prints;
+  std::function<platform::ScriptResult(const std::string&)> answer;
+  std::optional<std::string> currentUrl;
+  std::optional<std::string> currentTitle;
+  std::optional<base::Bytes> state;
+  platform::PrintResult printResult = platform::PrintResult::done;
+  bool acceptsState = true;
+  bool back = false;
+  bool forward = false;
+  bool loading = false;
+  bool inspectable = true;
+  int reloads = 0;
+  int backs = 0;
+  int forwards = 0;
+  double zoom = 1.0;
+};
+
+class FakeWebViewFactory final : public platform::WebViewFactory {
+ public:
+  std::shared_ptr<platform::WebView>
+  make(const std::vector<std::shared_ptr<const platform::UserScript>>& scripts) override {
+    auto view = std::make_shared<FakeWebView>();
+    view->acceptsState = acceptsState;
+    made.push_back(view);
+    names.clear();
+    for (const auto& script : scripts)
+      names.push_back(script->name);
+    return view;
+  }
+
+  std::vector<std::weak_ptr<FakeWebView>> made;
+  bool acceptsState = true;
+  std::vector<std::string> names; // of the scripts of the last one
+};
+
+class FakeDownload final : public platform::Download {
+ public:
+  void setDestinationHandler(DestinationHandler value) override { handler = std::move(value); }
+  Progress progress() const override { return current; }
+  void cancel() override { failed.emit("cancelled"); }
+
+  DestinationHandler handler;
+  Progress current;
+};
+
+} // namespace ondrel::support

@@ -1,0 +1,89 @@
+#pragma once
+
+#include "app/BrowserContent.h"
+#include "app/SessionStore.h"
+#include "app/WindowManager.h"
+#include "async/VirtualEventLoop.h"
+#include "settings/AppSettings.h"
+#include "support/FakeApplication.h"
+#include "support/FakeDesktop.h"
+#include "support/FakeWebView.h"
+#include "support/LogCapture.h"
+#include "web/WebServices.h"
+#include "web/WebView.h"
+#include "web/WebViewConfiguration.h"
+#include "web/WindowViewModel.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace ondrel::support {
+
+inline settings::Site testSite() {
+  settings::Site site;
+  site.webAppBaseURL = {"https://app.example.com/", "https://beta.example.com/"};
+  site.jmapSessionURL = {"https://api.example.com/jmap/session", "https://betaapi.example.com/jmap/session"};
+  site.userContentDomainSuffix = ".usercontent.example";
+  site.serviceDomainFragment = "example.com";
+  site.devUserCapability = "https://www.example.com/dev/user";
+  return site;
+}
+
+// Every script of the lists exists and holds its own name.
+inline std::optional<std::string> namedScript(std::string_view name) { return "/* " + std::string(name) + " */"; }
+
+// The program's core on fakes and in virtual time, without its windows' faces: a content is just the place of the
+// web view, which appears when its window is key.
+class TestShell {
+ public:
+  struct Content final : app::BrowserContent {
+    Content(std::shared_ptr<web::WindowViewModel> viewModel, const web::WebServices& services)
+        : view(std::move(viewModel), services) {}
+    web::WebView view;
+  };
+
+  void start() {
+    manager = std::make_unique<app::WindowManager>(
+        application, settings, sessionStore, clipboard, services,
+        [this](std::shared_ptr<web::WindowViewModel> viewModel, std::shared_ptr<platform::Window> window) {
+          auto content = std::make_unique<Content>(std::move(viewModel), services);
+          content->view.viewDidLoad();
+          contents.emplace_back(window, content.get());
+          return content;
+        });
+    loop.runUntilIdle();
+    showKeyWindow();
+  }
+
+  // As the interface does for the tab in front.
+  void showKeyWindow() {
+    for (const auto& [window, content] : contents)
+      if (const auto live = window.lock(); live && live == application.key)
+        content->view.viewDidAppear();
+  }
+
+  std::shared_ptr<FakeWebView> webView(const std::shared_ptr<web::WindowViewModel>& viewModel) {
+    return std::static_pointer_cast<FakeWebView>(viewModel->liveWebView());
+  }
+  std::shared_ptr<web::WindowViewModel> keyModel() { return manager->keyViewModel(); }
+  void settle() { loop.runUntilIdle(); }
+
+  LogCapture log;
+  async::VirtualEventLoop loop;
+  FakeApplication application;
+  FakeDefaults defaults;
+  FakeFiles files;
+  FakePanels panels;
+  FakeWorkspace workspace;
+  FakeClipboard clipboard;
+  FakeWebViewFactory webViews;
+  web::PageScripts scripts{namedScript};
+  settings::AppSettings settings{defaults, testSite()};
+  web::WebServices services{settings, scripts, application, webViews, panels, workspace};
+  app::SessionStore sessionStore{files, files};
+  std::vector<std::pair<std::weak_ptr<platform::Window>, Content*>> contents;
+  std::unique_ptr<app::WindowManager> manager;
+};
+
+} // namespace ondrel::support

@@ -1,0 +1,303 @@
+#include "CoordinatorTest.h"
+
+namespace ondrel::web {
+namespace {
+
+using namespace std::chrono_literals;
+using platform::Modifiers;
+using platform::NavigationAction;
+using platform::NavigationPolicy;
+using platform::NavigationResponse;
+using platform::NavigationType;
+using platform::WebError;
+
+class NavigationTest : public CoordinatorTest {
+ protected:
+  template <class Request>
+  NavigationPolicy decide(const Request& request) {
+    std::optional<NavigationPolicy> answer;
+    engine().decidePolicy(request, {[&](NavigationPolicy policy) { answer = policy; }, NavigationPolicy::cancel});
+    return answer.value();
+  }
+
+  std::shared_ptr<platform::WebView> popup(const std::optional<std::string>& url) {
+    platform::NewWindowRequest request;
+    request.action.url = url;
+    request.makeWebView = [this](std::vector<std::shared_ptr<const platform::UserScript>> scripts) {
+      popupScripts.clear();
+      for (const auto& script : scripts)
+        popupScripts.push_back(script->name);
+      auto made = std::make_shared<support::FakeWebView>();
+      made->handlers.insert("ondrel"); // as the opener's engine has left it
+      return made;
+    };
+    return engine().createWebView(std::move(request));
+  }
+
+  Calls popupScripts;
+};
+
+TEST_F(NavigationTest, ModifiersOpenTabsAndWindows) {
+  struct Case {
+    std::uint32_t flags;
+    bool opens;
+    bool inTab;
+    bool activates;
+  };
+  const Case cases[] = {
+      {0, false, false, false},
+      {Modifiers::shift, false, false, false},
+      {Modifiers::option, false, false, false},
+      {Modifiers::command, true, true, false},
+      {Modifiers::command | Modifiers::shift, true, true, true},
+      {Modifiers::command | Modifiers::option, true, false, false},
+      {Modifiers::command | Modifiers::option | Modifiers::shift, true, false, true},
+  };
+  const auto home = shell.application.all.front();
+  for (const auto& each : cases) {
+    shell.application.setKey(home);
+    const auto before = windows();
+    const auto policy = decide(NavigationAction{NavigationType::linkActivated, {each.flags}, "https://x.example/", true});
+    EXPECT_EQ(policy, each.opens ? NavigationPolicy::cancel : NavigationPolicy::download) << each.flags;
+    EXPECT_EQ(windows(), before + (each.opens ? 1 : 0)) << each.flags;
+    if (!each.opens)
+      continue;
+    const auto opened = shell.application.last();
+    EXPECT_EQ(*newest()->urlString, "https://x.example/");
+    EXPECT_EQ(opened->group == home->group, each.inTab) << each.flags;
+    EXPECT_EQ(shell.application.key == opened, each.activates) << each.flags;
+    EXPECT_EQ(shell.webView(newest())->loads, (Calls{"https://x.example/"})) << "it loads in the background too";
+  }
+  EXPECT_EQ(decide(NavigationAction{NavigationType::other, {Modifiers::command}, "https://x.example/"}),
+            NavigationPolicy::allow);
+  EXPECT_EQ(decide(NavigationAction{NavigationType::linkActivated, {Modifiers::command}, std::nullopt}),
+            NavigationPolicy::allow);
+}
+
+TEST_F(NavigationTest, ResponsesBecomeDownloads) {
+  struct Case {
+    bool isHttp;
+    std::optional<std::string> disposition;
+    bool showable;
+    NavigationPolicy policy;
+  };
+  const Case cases[] = {
+      {true, "ATTACHMENT; filename=x", true, NavigationPolicy::download},
+      {true, "attachment", true, NavigationPolicy::download},
+      {false, "attachment", true, NavigationPolicy::allow},
+      {true, "inline; attachment", true, NavigationPolicy::allow},
+      {true, " attachment", true, NavigationPolicy::allow},
+      {true, "inline", false, NavigationPolicy::download},
+      {true, std::nullopt, true, NavigationPolicy::allow},
+      {false, std::nullopt, false, NavigationPolicy::download},
+  };
+  for (const auto& each : cases)
+    EXPECT_EQ(decide(NavigationResponse{"https://x/", each.isHttp, each.disposition, "text/plain", each.showable}),
+              each.policy)
+        << each.disposition.value_or("none");
+}
+
+TEST_F(NavigationTest, FailedLoadsAreRetriedWithGrowingDelays) {
+  const WebError refused{std::string(WebError::urlDomain), WebError::cannotConnectToHost, "refused"};
+  model->urlString.set("https://app.example.com/mail/");
+  for (const auto delay : {2s, 4s, 8s, 16s, 30s, 30s}) {
+    engine().didFailProvisional(refused);
+    shell.loop.advance(delay - 1ms);
+    EXPECT_TRUE(view->loads.empty()) << delay.count();
+    shell.loop.advance(1ms);
+    EXPECT_EQ(view->loads, (Calls{"https://app.example.com/mail/"})) << delay.count();
+    view->loads.clear();
+  }
+  EXPECT_EQ(shell.log.count("error ui: didFailProvisionalNavigation: navigation failed — NSURLErrorDomain -1004 refused"), 6);
+
+  engine().didFinish();
+  engine().didFail(refused);
+  EXPECT_EQ(shell.log.count("error ui: didFail: navigation failed — NSURLErrorDomain -1004 refused"), 1);
+  EXPECT_EQ(model->pageProblem->kind, PageProblem::Kind::loadFailed);
+  model->urlString.set("https://app.example.com/elsewhere");
+  shell.loop.advance(2s);
+  EXPECT_EQ(view->loads, (Calls{"https://app.example.com/elsewhere"})) << "a retry follows the address";
+
+  view->loads.clear();
+  engine().didFail(refused);
+  engine().didFail(refused);
+  shell.loop.advance(8s);
+  EXPECT_EQ(view->loads.size(), 1U) << "a new failure replaces the pending retry";
+  view->loads.clear();
+  engine().didFail(refused);
+  engine().didFinish();
+  EXPECT_EQ(model->pageProblem->kind, PageProblem::Kind::none);
+  shell.loop.advance(60s);
+  EXPECT_TRUE(view->loads.empty()) << "a finished load ends the retries";
+}
+
+TEST_F(NavigationTest, CancelledAndInterruptedLoadsAreNotRetried) {
+  engine().didFailProvisional({std::string(WebError::urlDomain), WebError::cancelled, "cancelled"});
+  engine().didFail({std::string(WebError::webKitDomain), WebError::frameLoadInterrupted, "interrupted"});
+  shell.loop.advance(60s);
+  EXPECT_TRUE(view->loads.empty());
+  EXPECT_EQ(model->pageProblem->kind, PageProblem::Kind::none);
+  EXPECT_FALSE(shell.log.anyStartsWith("error"));
+  engine().didFail({std::string(WebError::webKitDomain), WebError::cancelled, "another domain's number"});
+  shell.loop.advance(2s);
+  EXPECT_EQ(view->loads.size(), 1U);
+}
+
+TEST_F(NavigationTest, ReportsThePagesState) {
+  view->currentUrl = "https://app.example.com/mail/Inbox/";
+  view->currentTitle = "Inbox";
+  view->back = true;
+  engine().didCommit();
+  EXPECT_EQ(*model->urlString, "https://app.example.com/mail/Inbox/");
+  EXPECT_TRUE(*model->canGoBack);
+  EXPECT_EQ(*model->title, "New Tab") << "the title comes with the end of the load";
+  engine().didFinish();
+  EXPECT_EQ(*model->title, "Inbox");
+  view->currentTitle = "";
+  engine().didFinish();
+  EXPECT_EQ(*model->title, "New Tab");
+  for (const auto& none : {std::optional<std::string>(), std::optional<std::string>("")}) {
+    view->currentUrl = none;
+    engine().urlDidChange();
+    EXPECT_EQ(*model->urlString, "https://app.example.com/mail/Inbox/");
+  }
+}
+
+TEST_F(NavigationTest, PopupsGoWhereTheyBelong) {
+  enum Result { none, window, tab };
+  struct Case {
+    std::optional<std::string> url;
+    bool titled;
+    Result result;
+    Calls external;
+  };
+  const std::string raw = "https://1.usercontent.example/raw";
+  const Case cases[] = {
+      {std::nullopt, true, none, {}},
+      {"about:blank", true, none, {}},
+      {"/relative", true, none, {}},
+      {"mailto:a@b", true, none, {}},
+      {"https://app.example.com/settings/", true, tab, {}},
+      {"https://app.example.com/mail/Inbox/T.M", true, window, {}},
+      {"https://elsewhere.example/mail/x", true, window, {}},
+      {"https://elsewhere.example/x", true, none, {"https://elsewhere.example/x"}},
+      {"https://app.example.com:8443/settings/", true, none, {"https://app.example.com:8443/settings/"}},
+      {"http://app.example.com/settings/", true, none, {"http://app.example.com/settings/"}},
+      {raw, true, none, {raw, raw}}, // opened twice, as it always was
+      {raw + "/mail/", true, window, {raw + "/mail/"}},
+      {raw + "?download=1", true, none, {}},
+      {raw + "?download=1", false, none, {raw + "?download=1"}},
+  };
+  const auto home = shell.application.all.front();
+  for (const auto& each : cases) {
+    shell.workspace.opened.clear();
+    shell.application.setKey(home);
+    view->currentTitle = each.titled ? std::optional<std::string>("Subject") : std::nullopt;
+    const auto before = windows();
+    const auto answer = popup(each.url);
+    const auto name = each.url.value_or("nil");
+    EXPECT_EQ(answer != nullptr, each.result != none) << name;
+    EXPECT_EQ(windows(), before + (each.result == none ? 0 : 1)) << name;
+    EXPECT_EQ(shell.workspace.opened, each.external) << name;
+    if (each.result == none)
+      continue;
+    const auto opened = shell.application.last();
+    EXPECT_EQ(opened->group == home->group, each.result == tab) << name;
+    EXPECT_EQ(shell.application.key, opened) << name;
+    EXPECT_EQ(newest()->liveWebView(), answer) << "the window shows the engine's own side of the popup";
+    EXPECT_TRUE(shell.webView(newest())->loads.empty()) << "the opener's navigation fills it";
+    EXPECT_FALSE(*newest()->toolbarVisible);
+  }
+  ASSERT_GE(popupScripts.size(), 2U);
+  EXPECT_EQ(popupScripts.front(), "consoleRelayScript");
+  EXPECT_EQ((Calls{popupScripts.end() - 2, popupScripts.end()}), (Calls{"sendWatcherScript", "discardWatcherScript"}));
+}
+
+TEST_F(NavigationTest, ALinkInAComposePageStaysThere) {
+  model->urlString.set("https://app.example.com/mail/Inbox/compose?u=1");
+  for (const std::string url : {"https://elsewhere.example/", "https://app.example.com/mail/x"}) {
+    EXPECT_EQ(popup(url), nullptr);
+    EXPECT_EQ(view->loads.back(), url);
+  }
+  EXPECT_TRUE(shell.workspace.opened.empty());
+  EXPECT_EQ(windows(), 1U);
+}
+
+TEST_F(NavigationTest, PanelsAnswerThePage) {
+  std::vector<int> answers;
+  const auto reply = [&] { return platform::DoneReply([&](bool value) { answers.push_back(value); }, false); };
+  engine().runConfirmPanel("Really?", reply());
+  shell.settle();
+  shell.panels.alertAnswer = platform::Panels::firstButton + 1;
+  engine().runConfirmPanel("Really?", reply());
+  engine().runAlertPanel("Told", reply());
+  shell.settle();
+  EXPECT_EQ(answers, (std::vector{1, 0, 1}));
+  EXPECT_EQ(shell.panels.alerts[0].buttons, (Calls{"Yes", "No"}));
+  EXPECT_EQ(shell.panels.alerts[2].buttons, (Calls{"OK"}));
+
+  std::optional<std::vector<std::string>> files = Calls{};
+  shell.panels.openPaths = Calls{"/a", "/b"};
+  engine().runOpenPanel({true, {"image/png"}}, {[&](auto value) { files = value; }, std::nullopt});
+  shell.settle();
+  EXPECT_EQ(files, (Calls{"/a", "/b"}));
+  EXPECT_TRUE(shell.panels.openPanels[0].allowsMultipleSelection);
+  EXPECT_FALSE(shell.panels.openPanels[0].canChooseDirectories);
+
+  answers.clear();
+  engine().runConfirmPanel("Still there?", reply());
+  model->window.lock()->close();
+  shell.settle();
+  EXPECT_EQ(answers, (std::vector{0})) << "a window that goes answers safely";
+}
+
+TEST_F(NavigationTest, DownloadsAreShownAndRetired) {
+  const auto download = std::make_shared<support::FakeDownload>();
+  std::optional<std::string> destination;
+  shell.panels.savePath = "/downloads/report.pdf";
+  engine().didBecomeDownload(download);
+  download->handler({"../\xE2\x80\xAEreport.pdf", "application/pdf"},
+                    {[&](auto path) { destination = path; }, std::nullopt});
+  shell.settle();
+  EXPECT_EQ(destination, "/downloads/report.pdf");
+  EXPECT_EQ(shell.panels.savePanels[0].proposedName, "-report.pdf");
+  ASSERT_EQ(model->downloads->size(), 1U);
+  const auto item = model->downloads->front();
+  EXPECT_EQ(item->filename, "report.pdf");
+  download->current = {0.5, 50, 100};
+  download->progressed.emit();
+  EXPECT_EQ(*item->fractionCompleted, 0.5);
+  download->finished.emit();
+  EXPECT_EQ(*item->bytesWritten, 100);
+  shell.loop.advance(399ms);
+  EXPECT_EQ(item->state->kind, DownloadState::Kind::downloading) << "the bar is seen full first";
+  shell.loop.advance(1ms);
+  EXPECT_EQ(item->state->kind, DownloadState::Kind::finished);
+  shell.loop.advance(3599ms);
+  EXPECT_EQ(model->downloads->size(), 1U);
+  shell.loop.advance(1ms);
+  EXPECT_TRUE(model->downloads->empty());
+
+  const auto refused = std::make_shared<support::FakeDownload>();
+  shell.panels.savePath = std::nullopt;
+  bool answered = false;
+  engine().didBecomeDownload(refused);
+  refused->handler({"", std::nullopt}, {[&](auto path) { answered = !path; }, std::nullopt});
+  shell.settle();
+  EXPECT_TRUE(answered);
+  EXPECT_TRUE(shell.panels.savePanels[1].proposedName.starts_with("download_"));
+  EXPECT_TRUE(model->downloads->empty());
+}
+
+TEST_F(NavigationTest, ALostWebProcessIsToldAndReloaded) {
+  view->currentUrl = "https://app.example.com/mail/";
+  engine().webProcessDidTerminate(true);
+  EXPECT_EQ(model->pageProblem->kind, PageProblem::Kind::processTerminated);
+  model->urlString.set("https://app.example.com/mail/x");
+  model->reload();
+  EXPECT_EQ(view->loads, (Calls{"https://app.example.com/mail/x"})) << "there is nothing left to reload in place";
+  EXPECT_EQ(model->pageProblem->kind, PageProblem::Kind::none);
+}
+
+} // namespace
+} // namespace ondrel::web

@@ -1,0 +1,169 @@
+#include "CoordinatorTest.h"
+
+#include <boost/json/parse.hpp>
+
+namespace ondrel::web {
+namespace {
+
+using namespace std::chrono_literals;
+namespace json = boost::json;
+
+class ScriptMessageTest : public CoordinatorTest {
+ protected:
+  bool isOpen() const { return windows() == 1; }
+};
+
+TEST_F(ScriptMessageTest, TitleAndHoverFollowThePage) {
+  post({{"type", "titleChange"}, {"title", "Hello"}});
+  EXPECT_EQ(*model->title, "Hello");
+  post({{"type", "mouseover"}, {"href", "https://elsewhere.example/"}});
+  EXPECT_EQ(*model->mouseOverString, "https://elsewhere.example/");
+  post({{"type", "mouseover"}, {"href", ""}});
+  EXPECT_EQ(*model->mouseOverString, "");
+
+  shell.settings.set(settings::keys::hideInternalLinks, true);
+  post({{"type", "mouseover"}, {"href", "https://outside.test/"}});
+  for (const auto* internal : {"https://app.example.com/mail/", "https://1.usercontent.example/x"}) {
+    post({{"type", "mouseover"}, {"href", internal}});
+    EXPECT_EQ(*model->mouseOverString, "https://outside.test/") << "an internal link leaves the last text standing";
+  }
+  post({{"type", "mouseover"}, {"href", ""}});
+  EXPECT_EQ(*model->mouseOverString, "");
+}
+
+TEST_F(ScriptMessageTest, ABodyThatIsNoMapOfStringsChangesNothing) {
+  int forwarded = 0;
+  model->onScriptMessage = [&](const std::string&, const json::value&) { ++forwarded; };
+  const json::value bodies[] = {
+      json::value(), 7, "titleChange", json::array{"type", "titleChange"}, json::object(),
+      {{"type", 7}}, {{"type", nullptr}, {"title", "x"}}, {{"type", "titleChange"}, {"title", "x"}, {"n", 1}},
+      {{"type", "titleChange"}, {"title", {{"deep", json::array{1, 2}}}}}, {{"title", "x"}},
+      {{"type", "titlechange"}, {"title", "x"}}, {{"type", ""}, {"title", "x"}},
+  };
+  for (const auto& body : bodies)
+    post(body);
+  EXPECT_EQ(forwarded, static_cast<int>(std::size(bodies)));
+  EXPECT_EQ(*model->title, "New Tab");
+
+  post({{"type", "titleChange"}});
+  post({{"type", "mouseover"}});
+  post({{"type", "compose"}, {"unrelated", std::string(1 << 20, 'x')}});
+  EXPECT_EQ(forwarded, static_cast<int>(std::size(bodies))) << "a known type ends the dispatch, usable or not";
+  EXPECT_EQ(*model->title, "New Tab");
+  EXPECT_TRUE(isOpen());
+
+  post({{"type", "titleChange"}, {"title", "x"}}, "https://app.example.com", true, "another");
+  EXPECT_EQ(*model->title, "New Tab") << "a known type under another name goes to the observer";
+  EXPECT_EQ(forwarded, static_cast<int>(std::size(bodies)) + 1);
+}
+
+TEST_F(ScriptMessageTest, OnlyTheServicesOwnPagesMayAct) {
+  const std::pair<std::string, bool> origins[] = {
+      {"https://app.example.com", true}, {"https://beta.example.com", true},
+      {"https://evil.example", false},   {"null", false}, {"", false},
+      {"http://app.example.com", false},
+  };
+  for (const auto& [origin, acts] : origins) {
+    for (const bool isMainFrame : {true, false}) {
+      view->prints.clear();
+      const auto before = windows();
+      post({{"type", "print"}}, origin, isMainFrame);
+      post({{"type", "compose"}, {"targetAddress", "https://app.example.com/mail/compose&ui=minimal"}}, origin, isMainFrame);
+      post({{"type", "sendClicked"}}, origin, isMainFrame);
+      post({{"type", "discardClicked"}}, origin, isMainFrame);
+      post({{"type", "discardUndone"}}, origin, isMainFrame);
+      shell.settle();
+      EXPECT_EQ(view->prints.size(), acts ? 1U : 0U) << origin;
+      EXPECT_EQ(windows(), before + (acts ? 1 : 0)) << origin;
+      post({{"type", "titleChange"}, {"title", origin + (isMainFrame ? "main" : "sub")}}, origin, isMainFrame);
+      EXPECT_EQ(*model->title == origin + (isMainFrame ? "main" : "sub"), acts || isMainFrame) << origin;
+    }
+  }
+}
+
+TEST_F(ScriptMessageTest, ComposeOpensAReducedWindow) {
+  post({{"type", "compose"}, {"targetAddress", "https://app.example.com/mail/compose&ui=minimal"}});
+  ASSERT_EQ(windows(), 2U);
+  EXPECT_EQ(*newest()->urlString, "https://app.example.com/mail/compose&ui=minimal");
+  EXPECT_FALSE(*newest()->toolbarVisible);
+  EXPECT_EQ(newest()->webViewConfiguration, shell.scripts.composeConfiguration());
+  EXPECT_EQ(shell.application.key, shell.application.last());
+  EXPECT_EQ(shell.webViews.names, (Calls{"consoleRelayScript", "printShimScript", "chromeRemoverScript",
+                                         "sendWatcherScript", "discardWatcherScript", "filesAutoShareScript"}));
+
+  post({{"type", "compose"}, {"targetAddress", ""}});
+  post({{"type", "compose"}});
+  EXPECT_EQ(shell.log.count("error script: JS log: Cannot create a target address"), 2);
+  post({{"type", "compose"}, {"targetAddress", "http://["}});
+  EXPECT_EQ(windows(), 2U);
+}
+
+TEST_F(ScriptMessageTest, MainConfigurationHasItsScriptsInOrder) {
+  EXPECT_EQ(shell.webViews.names,
+            (Calls{"consoleRelayScript", "composePresetScript", "printShimScript", "notificationShimScript",
+                   "composeHookScript", "mouseoverScript", "titlePollScript", "highlightHostScript",
+                   "mailboxMarkerScript", "replySelectionScript", "filesAutoShareScript"}));
+  const PageScripts some([](std::string_view name) {
+    return name == "titlePollScript" ? std::optional<std::string>("x") : std::nullopt;
+  });
+  ASSERT_EQ(some.mainConfiguration()->userScripts.size(), 1U) << "what isn't shipped is left out";
+  EXPECT_EQ(some.mainConfiguration()->userScripts[0]->time, platform::InjectionTime::documentEnd);
+  EXPECT_EQ(shell.scripts.mainConfiguration()->userScripts[0], shell.scripts.composeConfiguration()->userScripts[0])
+      << "a script is made once";
+}
+
+TEST_F(ScriptMessageTest, ComposeReadyBringsTheSetting) {
+  post({{"type", "composeReady"}});
+  shell.settle();
+  shell.settings.set(settings::keys::composeInNewWindow, true);
+  view->answer = [](const std::string&) { return std::unexpected(platform::ScriptError{}); };
+  post({{"type", "composeReady"}});
+  shell.settle();
+  EXPECT_EQ(view->evaluations, (Calls{"composeInWindow = false;", "composeInWindow = true;"}));
+}
+
+TEST_F(ScriptMessageTest, SendingClosesAfterAGrace) {
+  post({{"type", "sendClicked"}});
+  shell.loop.advance(900ms);
+  post({{"type", "sendClicked"}});
+  shell.loop.advance(999ms);
+  EXPECT_TRUE(isOpen()) << "a second click starts the second anew";
+  shell.loop.advance(1ms);
+  EXPECT_FALSE(isOpen());
+}
+
+TEST_F(ScriptMessageTest, DiscardingClosesUnlessItIsUndone) {
+  post({{"type", "discardUndone"}});
+  post({{"type", "discardClicked"}});
+  shell.loop.advance(1400ms);
+  post({{"type", "discardUndone"}});
+  shell.loop.advance(10s);
+  EXPECT_TRUE(isOpen());
+  post({{"type", "discardClicked"}});
+  shell.loop.advance(1499ms);
+  EXPECT_TRUE(isOpen());
+  shell.loop.advance(1ms);
+  EXPECT_FALSE(isOpen());
+}
+
+TEST_F(ScriptMessageTest, AWindowThatClosesInTheGraceIsNoMatter) {
+  post({{"type", "sendClicked"}});
+  post({{"type", "discardClicked"}});
+  model->window.lock()->close();
+  view.reset();
+  shell.loop.advance(10s);
+  EXPECT_EQ(windows(), 0U);
+}
+
+TEST_F(ScriptMessageTest, ConsoleAndFailuresAreLogged) {
+  post({{"type", "consoleLog"}, {"message", "[log] x"}}, "null", false);
+  EXPECT_EQ(shell.log.count("debug script: JS log: [log] x"), 1);
+  post({{"type", "ondrelFilesAutoShare"}, {"status", "failed"}, {"filename", "a.mov"}, {"reason", "timeout"}});
+  post({{"type", "ondrelFilesAutoShare"}});
+  post({{"type", "ondrelFilesAutoShare"}, {"status", "success"}, {"filename", "a.mov"}});
+  EXPECT_EQ(shell.log.count("error script: files-auto-share failed for a.mov: timeout"), 1);
+  EXPECT_EQ(shell.log.count("error script: files-auto-share failed for the file: "), 1);
+}
+
+} // namespace
+} // namespace ondrel::web

@@ -1,0 +1,147 @@
+#include "CoordinatorTest.h"
+
+#include "async/Scope.h"
+#include "web/RowSelector.h"
+
+namespace ondrel::web {
+namespace {
+
+using namespace std::chrono_literals;
+
+class WindowViewModelTest : public CoordinatorTest {};
+
+TEST_F(WindowViewModelTest, LoadsWhatTheAddressMeans) {
+  const std::pair<std::string, std::string> cases[] = {
+      {" \n app.example.com\t", "https://app.example.com"},
+      {"http://x/", "http://x/"},
+      {"   ", ""},
+      {"", ""},
+      {"a b", ""},
+      {"javascript:alert(1)", "https://javascript:alert(1)"},
+  };
+  for (const auto& [address, loaded] : cases) {
+    view->loads.clear();
+    model->urlString.set(address);
+    model->loadURL();
+    if (address.starts_with("javascript"))
+      EXPECT_TRUE(view->loads.empty()) << "no scheme hides in an address without ://";
+    else
+      EXPECT_EQ(view->loads, loaded.empty() ? Calls{} : Calls{loaded}) << address;
+  }
+}
+
+TEST_F(WindowViewModelTest, ZoomStepsArePlainAdditions) {
+  double expected = 1.0;
+  for (int i = 0; i < 4; ++i) {
+    model->zoomIn();
+    expected += 0.05;
+  }
+  EXPECT_EQ(*model->initialPageZoom, expected);
+  EXPECT_EQ(view->zoom, expected);
+  EXPECT_EQ(*model->canZoomIn, expected < 1.2);
+  EXPECT_FALSE(*model->isZoomDefault);
+  model->zoomToActualSize();
+  model->zoomIn();
+  model->zoomOut();
+  EXPECT_TRUE(*model->isZoomDefault);
+  for (int i = 0; i < 10; ++i)
+    model->zoomOut();
+  EXPECT_LT(*model->initialPageZoom, 0.6) << "the limits act through enablement alone";
+  EXPECT_FALSE(*model->canZoomOut);
+  EXPECT_TRUE(*model->canZoomIn);
+}
+
+TEST_F(WindowViewModelTest, WithoutAWebViewEverythingIsQuiet) {
+  const auto lone = WindowViewModel::make(shell.services);
+  async::Scope scope;
+  std::optional<platform::ScriptResult> result;
+  const auto evaluate = [](std::shared_ptr<WindowViewModel> tab,
+                           std::optional<platform::ScriptResult>* out) -> async::Task<void> {
+    *out = co_await tab->evaluate("1");
+  };
+  scope.spawn(evaluate(lone, &result));
+  scope.spawn(lone->exportPDF());
+  lone->loadURL();
+  lone->goBack();
+  lone->reload();
+  lone->zoomIn();
+  shell.settle();
+  ASSERT_TRUE(result && result->has_value());
+  EXPECT_TRUE((*result)->is_null());
+  EXPECT_TRUE(shell.panels.savePanels.empty());
+}
+
+TEST_F(WindowViewModelTest, ExportsAPDFWithItsMargins) {
+  model->title.set("Offer: 1/2");
+  shell.panels.savePath = "/documents/offer.pdf";
+  shell.manager->exportPDFActive();
+  shell.settle();
+  EXPECT_EQ(shell.panels.savePanels.at(0).proposedName, "Offer: 1-2.pdf");
+  ASSERT_EQ(view->prints.size(), 1U);
+  EXPECT_EQ(view->prints[0].pdfPath, "/documents/offer.pdf");
+  EXPECT_EQ(view->prints[0].marginLeft + view->prints[0].marginTop, 40);
+
+  model->title.set("");
+  shell.panels.savePath = std::nullopt;
+  shell.manager->exportPDFActive();
+  shell.settle();
+  EXPECT_EQ(shell.panels.savePanels.at(1).proposedName, "Document.pdf");
+  EXPECT_EQ(view->prints.size(), 1U) << "nothing was chosen";
+
+  shell.panels.savePath = "/full/x.pdf";
+  view->printResult = platform::PrintResult::failed;
+  shell.manager->exportPDFActive();
+  shell.settle();
+  EXPECT_EQ(shell.panels.alerts.size(), 1U) << "the user asked for it and hears of the failure";
+}
+
+class SelectRowTest : public CoordinatorTest {
+ protected:
+  void select() { scope.spawn(selectRow("M1\"\\", "T1", model, shell.services)); }
+  async::Scope scope;
+};
+
+TEST_F(SelectRowTest, StopsWhenThePageHasOpenedTheMessage) {
+  int calls = 0;
+  view->answer = [&](const std::string&) { return boost::json::value(++calls == 3); };
+  select();
+  shell.loop.advance(10s);
+  EXPECT_EQ(calls, 3);
+  EXPECT_EQ(shell.log.count("info system: selectRow: called goMessage(ac.message) for email M1\"\\ after 3 attempt(s)"), 1);
+  EXPECT_TRUE(view->evaluations[0].ends_with(R"(})("M1\"\\", "T1");)")) << "ids go in as string literals";
+}
+
+TEST_F(SelectRowTest, GivesUpAfterTwentyAttemptsAndReloadsAPageThatNeverBooted) {
+  for (const bool booted : {true, false}) {
+    view->evaluations.clear();
+    view->loads.clear();
+    view->answer = [booted](const std::string& source) {
+      return source.starts_with("!!") ? platform::ScriptResult(boost::json::value(booted))
+                                      : std::unexpected(platform::ScriptError{});
+    };
+    select();
+    shell.loop.advance(4999ms);
+    EXPECT_EQ(view->evaluations.size(), 20U);
+    shell.loop.advance(1ms);
+    EXPECT_EQ(view->evaluations.size(), 21U);
+    EXPECT_EQ(view->loads, booted ? Calls{} : Calls{"https://app.example.com/"});
+    shell.loop.advance(60s);
+    EXPECT_EQ(view->evaluations.size(), 21U);
+  }
+  EXPECT_EQ(shell.log.count("error system: selectRow: gave up calling goMessage for email M1\"\\ after 20 attempts"), 2);
+  EXPECT_EQ(shell.log.count("error system: selectRow: FastMail never booted for email M1\"\\ — reloading base mailbox"), 1);
+}
+
+TEST_F(SelectRowTest, EndsQuietlyWithItsTab) {
+  view->answer = [](const std::string&) { return boost::json::value(false); };
+  select();
+  shell.loop.advance(1s);
+  model->window.lock()->close();
+  view.reset();
+  model.reset();
+  shell.loop.advance(60s);
+  EXPECT_EQ(scope.active(), 0U);
+}
+
+} // namespace
+} // namespace ondrel::web
