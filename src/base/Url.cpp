@@ -79,7 +79,12 @@ std::optional<Url> Url::parse(std::string_view text) {
     rest = end == rest.npos ? std::string_view() : rest.substr(end);
     if (const auto at = authority.rfind('@'); at != authority.npos)
       authority = authority.substr(at + 1);
+    // Brackets are an IPv6 literal's and nothing else's.
     const auto bracket = authority.rfind(']');
+    const bool hasLiteral = authority.starts_with('[') && bracket != authority.npos &&
+                            authority.find('[', 1) == authority.npos && authority.find(']') == bracket;
+    if (!hasLiteral && authority.find_first_of("[]") != authority.npos)
+      return std::nullopt;
     const auto portColon = authority.find(':', bracket == authority.npos ? 0 : bracket);
     if (portColon != authority.npos) {
       const auto port = authority.substr(portColon + 1);

@@ -35,7 +35,8 @@ TEST(Url, KnowsFormsWithoutAuthority) {
 
 TEST(Url, RefusesWhatIsNone) {
   for (const std::string text : {"", "a b", "http://x/\n", "http://x/%", "http://x/%2", "http://x/%zz", ":x", "1a:b",
-                                 "http://x/\xFF", "http://x:8a/", "<http://x>", "http://x/\"", "http://x/\x7F"})
+                                 "http://x/\xFF", "http://x:8a/", "<http://x>", "http://x/\"", "http://x/\x7F",
+                                 "http://[", "http://[::1", "http://::1]/", "http://a[b]/", "http://[[::1]]/"})
     EXPECT_FALSE(Url::parse(text)) << text;
   EXPECT_FALSE(Url::parse(std::string_view("http://x/\0y", 11)));
   const auto large = "https://x/" + std::string(1 << 20, 'a');

@@ -1,0 +1,48 @@
+#include "start/CommandLine.h"
+
+#include <fmt/format.h>
+
+namespace ondrel::start {
+
+const char* const usage = R"(Usage: ondrel [OPTION] [URL...]
+
+Opens the mail service in native windows. A URL (mailto:... or email://...) goes to
+the running program, if there is one.
+
+  --demo[=FOLDER]  run on the demonstration service, with a throw-away profile or
+                   the one kept in FOLDER
+  --version        print name, version and build
+  --help           print this text
+
+Environment:
+  ONDREL_SITE       another file with the service's addresses than the installed one
+  ONDREL_LOG        debug or info: say more on standard error
+  ONDREL_RENDERING  software or hardware: don't find out, use this
+)";
+
+std::expected<CommandLine, std::string> CommandLine::parse(const std::vector<std::string>& arguments) {
+  constexpr std::string_view demoWithFolder = "--demo=";
+  CommandLine result;
+  bool optionsEnded = false;
+  for (const auto& argument : arguments) {
+    if (optionsEnded || !argument.starts_with('-')) {
+      result.urls.push_back(argument);
+    } else if (argument == "--") {
+      optionsEnded = true;
+    } else if (argument == "--version") {
+      result.action = Action::printVersion;
+    } else if (argument == "--help" || argument == "-h") {
+      result.action = Action::printHelp;
+    } else if (argument == "--demo") {
+      result.demo = true;
+    } else if (argument.starts_with(demoWithFolder) && argument.size() > demoWithFolder.size()) {
+      result.demo = true;
+      result.demoProfile = argument.substr(demoWithFolder.size());
+    } else {
+      return std::unexpected(fmt::format("unknown option \"{}\"; --help tells what there is", argument));
+    }
+  }
+  return result;
+}
+
+} // namespace ondrel::start

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <expected>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace ondrel::start {
+
+struct CommandLine {
+  enum class Action { run, printVersion, printHelp };
+  Action action = Action::run;
+  bool demo = false;
+  std::optional<std::string> demoProfile; // a folder that is kept; none for a throw-away one
+  std::vector<std::string> urls;          // as given, any bytes
+
+  // The arguments without the program's name. The error is one line for standard error.
+  static std::expected<CommandLine, std::string> parse(const std::vector<std::string>& arguments);
+};
+
+extern const char* const usage;
+
+} // namespace ondrel::start

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <string>
+
+namespace ondrel::start {
+
+// Where the program's own files lie: beside the executable in a build folder, or installed around it.
+struct ProgramFolders {
+  std::string executables; // holds ondrel and its companions
+  std::string data;        // holds site.json
+  std::string extension;   // holds the web-process extension and nothing else
+
+  // `installedLibraries` is the library folder relative to the prefix, "lib/x86_64-linux-gnu" say.
+  static ProgramFolders find(const std::string& installedLibraries);
+};
+
+} // namespace ondrel::start
