@@ -1,0 +1,24 @@
+#pragma once
+
+#include "platform/linux/glib/Ref.h"
+
+#include <gtk/gtk.h>
+
+#include <memory>
+#include <vector>
+
+namespace ondrel::platform {
+
+// The top-levels that were taken off the screen together, to be brought back together.
+class HiddenTopLevels {
+ public:
+  void hideAll();
+  void showAgain();
+  bool any() const { return hidden_; }
+
+ private:
+  bool hidden_ = false;
+  std::vector<std::unique_ptr<glib::WeakRef<GtkWidget>>> widgets_;
+};
+
+} // namespace ondrel::platform

@@ -1,0 +1,169 @@
+#include "platform/linux/LinuxPanels.h"
+
+#include "async/Future.h"
+#include "base/Log.h"
+#include "base/Text.h"
+#include "platform/linux/SafeText.h"
+#include "platform/linux/TabWindow.h"
+#include "platform/linux/glib/Connection.h"
+
+#include <adwaita.h>
+
+#include <algorithm>
+
+namespace ondrel::platform {
+
+namespace {
+
+constexpr base::Logger logger("ui");
+
+constexpr std::size_t longestLabel = 60; // characters
+
+// Takes the dialog off the screen when the task that asked has its answer or is gone.
+class OpenAlert {
+ public:
+  explicit OpenAlert(GtkWindow* window) : window_(glib::share(window)) {}
+  OpenAlert(const OpenAlert&) = delete;
+  OpenAlert& operator=(const OpenAlert&) = delete;
+  ~OpenAlert() { gtk_window_destroy(window_.get()); }
+
+  AdwMessageDialog* dialog() const { return ADW_MESSAGE_DIALOG(window_.get()); }
+
+ private:
+  glib::Ref<GtkWindow> window_;
+};
+
+class OpenChooser {
+ public:
+  OpenChooser(GtkWindow* parent, GtkFileChooserAction action)
+      : native_(glib::adopt(gtk_file_chooser_native_new(nullptr, parent, action, nullptr, nullptr))) {
+    gtk_native_dialog_set_modal(GTK_NATIVE_DIALOG(native_.get()), TRUE);
+  }
+  OpenChooser(const OpenChooser&) = delete;
+  OpenChooser& operator=(const OpenChooser&) = delete;
+  ~OpenChooser() { gtk_native_dialog_destroy(GTK_NATIVE_DIALOG(native_.get())); }
+
+  GtkNativeDialog* dialog() const { return GTK_NATIVE_DIALOG(native_.get()); }
+  GtkFileChooser* chooser() const { return GTK_FILE_CHOOSER(native_.get()); }
+
+  void allow(const std::vector<std::string>& mimeTypes) {
+    if (mimeTypes.empty())
+      return;
+    const auto filter = glib::adopt(gtk_file_filter_new());
+    for (const auto& type : mimeTypes)
+      gtk_file_filter_add_mime_type(filter.get(), validUtf8(type).c_str());
+    gtk_file_chooser_set_filter(chooser(), filter.get());
+  }
+
+  std::vector<std::string> paths() const {
+    std::vector<std::string> result;
+    const auto files = glib::adopt(gtk_file_chooser_get_files(chooser()));
+    for (guint i = 0; i < g_list_model_get_n_items(files.get()); ++i) {
+      const auto file = glib::adopt(G_FILE(g_list_model_get_item(files.get(), i)));
+      if (const glib::CString path(g_file_get_path(file.get())); path)
+        result.emplace_back(path.get());
+      else
+        logger.error("A chosen file has no path on this machine and is left out");
+    }
+    return result;
+  }
+
+ private:
+  glib::Ref<GtkFileChooserNative> native_;
+};
+
+// The underline marks a mnemonic in labels.
+std::string label(const std::string& text) {
+  std::string result;
+  for (const char c : boundedUtf8(text, longestLabel))
+    result.append(c == '_' ? 2 : 1, c);
+  return result;
+}
+
+std::vector<std::string> labels(std::vector<std::string> buttons) {
+  if (buttons.empty())
+    buttons.emplace_back("OK");
+  return buttons;
+}
+
+// Whether the user accepted the choice.
+async::Task<bool> accepted(GtkNativeDialog* dialog) {
+  auto [resolver, future] = async::makeFuture<int>();
+  const auto connection = glib::connect<void(GtkNativeDialog*, int)>(
+      dialog, "response",
+      [answer = std::move(resolver)](GtkNativeDialog*, int response) mutable { answer.resolve(response); });
+  gtk_native_dialog_show(dialog);
+  const auto response = co_await std::move(future);
+  co_return response == GTK_RESPONSE_ACCEPT;
+}
+
+} // namespace
+
+async::Task<int> LinuxPanels::runAlert(Alert alert, std::shared_ptr<Window> parent) {
+  const auto buttons = labels(std::move(alert.buttons));
+  auto* topLevel = topLevelOf(parent);
+  auto* window = GTK_WINDOW(adw_message_dialog_new(topLevel, nullptr, nullptr));
+  const OpenAlert open(window);
+  gtk_window_set_modal(window, TRUE);
+  adw_message_dialog_set_heading(open.dialog(), boundedUtf8(alert.messageText, longestText).c_str());
+  adw_message_dialog_set_body(open.dialog(), boundedUtf8(alert.informativeText, longestText).c_str());
+
+  // The desktop's custom has the button that agrees at the end.
+  for (auto i = buttons.size(); i-- > 0;)
+    adw_message_dialog_add_response(open.dialog(), std::to_string(i).c_str(), label(buttons[i]).c_str());
+  adw_message_dialog_set_default_response(open.dialog(), "0");
+  if (buttons.size() > 1)
+    adw_message_dialog_set_response_appearance(open.dialog(), "0", ADW_RESPONSE_SUGGESTED);
+  const auto last = static_cast<int>(buttons.size()) - 1;
+  adw_message_dialog_set_close_response(open.dialog(), std::to_string(last).c_str());
+
+  auto [resolver, future] = async::makeFuture<int>();
+  const auto answer = std::make_shared<async::Resolver<int>>(std::move(resolver));
+  const auto response = glib::connect<void(AdwMessageDialog*, const char*)>(
+      open.dialog(), "response", [answer, last](AdwMessageDialog*, const char* id) {
+        answer->resolve(static_cast<int>(base::parsedInteger(id).value_or(last)));
+      });
+  glib::Connection parentGone;
+  // libadwaita 1.2 touches the parent when the dialog goes, dead or not: they part while it is alive.
+  if (topLevel)
+    parentGone = glib::connect<void(GtkWidget*)>(topLevel, "unrealize", [answer, last, window](GtkWidget*) {
+      gtk_window_set_transient_for(window, nullptr);
+      answer->resolve(last);
+    });
+  gtk_window_present(window);
+  const auto pressed = co_await std::move(future);
+  co_return firstButton + pressed.value_or(last);
+}
+
+async::Task<std::optional<std::string>> LinuxPanels::runSavePanel(SavePanel panel,
+                                                                  std::shared_ptr<Window> parent) {
+  OpenChooser open(topLevelOf(parent), GTK_FILE_CHOOSER_ACTION_SAVE);
+  open.allow(panel.mimeTypes);
+  gtk_file_chooser_set_current_name(open.chooser(), base::safeFileName(panel.proposedName, "file").c_str());
+  const bool agreed = co_await accepted(open.dialog());
+  if (!agreed)
+    co_return std::nullopt;
+  auto paths = open.paths();
+  if (paths.empty())
+    co_return std::nullopt;
+  co_return std::move(paths.front());
+}
+
+async::Task<std::optional<std::vector<std::string>>>
+LinuxPanels::runOpenPanel(OpenPanel panel, std::shared_ptr<Window> parent) {
+  const bool foldersOnly = panel.canChooseDirectories && !panel.canChooseFiles;
+  OpenChooser open(topLevelOf(parent),
+                   foldersOnly ? GTK_FILE_CHOOSER_ACTION_SELECT_FOLDER : GTK_FILE_CHOOSER_ACTION_OPEN);
+  if (!foldersOnly)
+    open.allow(panel.mimeTypes);
+  gtk_file_chooser_set_select_multiple(open.chooser(), panel.allowsMultipleSelection);
+  const bool agreed = co_await accepted(open.dialog());
+  if (!agreed)
+    co_return std::nullopt;
+  auto paths = open.paths();
+  if (paths.empty())
+    co_return std::nullopt;
+  co_return paths;
+}
+
+} // namespace ondrel::platform

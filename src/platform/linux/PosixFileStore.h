@@ -1,0 +1,30 @@
+#pragma once
+
+#include "platform/FileStore.h"
+
+#include <set>
+#include <string>
+
+namespace ondrel::platform {
+
+// Files by system calls: new files have mode 0600, new folders 0700. A save that a crash cut short leaves a
+// temporary file ".<name>.tmp-<six hex digits>" beside the file; the next save of that name removes it.
+class PosixFileStore final : public FileStore {
+ public:
+  // So many damaged versions of one file stay beside it; then the oldest makes way.
+  static constexpr int damagedFilesKept = 4;
+
+  std::expected<std::string, FileError> read(const std::string& path) override;
+  // An error from flushing the folder is told though the new content is in place by then.
+  std::expected<void, FileError> writeAtomically(const std::string& path, std::string_view content) override;
+  // The new path is "<path>.damaged-<n>", n from 1.
+  std::expected<std::string, FileError> keepAside(const std::string& path) override;
+  bool exists(const std::string& path) override;
+  // Links are removed, not followed. What isn't there counts as removed.
+  std::expected<void, FileError> removeRecursively(const std::string& path) override;
+
+ private:
+  std::set<std::string> swept_; // paths whose left-over temporary files are gone
+};
+
+} // namespace ondrel::platform

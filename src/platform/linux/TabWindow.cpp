@@ -1,0 +1,190 @@
+#include "platform/linux/TabWindow.h"
+
+#include "base/Text.h"
+#include "platform/linux/SafeText.h"
+#include "platform/linux/TabGroupWindow.h"
+#include "platform/linux/WindowSystem.h"
+
+#include <utility>
+
+namespace ondrel::platform {
+
+namespace {
+
+constexpr const char* pageKey = "ondrel-window";
+constexpr std::size_t longestTitle = 300; // characters
+
+} // namespace
+
+TabWindow::TabWindow(WindowSystem& system, const WindowAttributes& attributes)
+    : system_(&system), identifier_(attributes.identifier), tabbingIdentifier_(attributes.tabbingIdentifier),
+      lastFrame_{0, 0, attributes.contentWidth, attributes.contentHeight},
+      container_(glib::share(adw_bin_new())) {
+}
+
+TabWindow::~TabWindow() {
+  if (page_)
+    g_object_set_data(G_OBJECT(page_.get()), pageKey, nullptr);
+}
+
+TabWindow* TabWindow::of(AdwTabPage* page) {
+  return page ? static_cast<TabWindow*>(g_object_get_data(G_OBJECT(page), pageKey)) : nullptr;
+}
+
+void TabWindow::setTitle(const std::string& title) {
+  title_ = boundedUtf8(base::displayLine(title), longestTitle);
+  if (page_)
+    adw_tab_page_set_title(page_.get(), title_.c_str());
+}
+
+void TabWindow::setBusy(bool busy) {
+  busy_ = busy;
+  if (page_)
+    adw_tab_page_set_loading(page_.get(), busy);
+}
+
+void TabWindow::setContent(NativeView view) {
+  if (state_ == State::open)
+    adw_bin_set_child(ADW_BIN(container_.get()), static_cast<GtkWidget*>(view.handle));
+}
+
+Rect TabWindow::frame() const {
+  const auto group = group_.lock();
+  return group && !isClosed() ? group->frame() : lastFrame_;
+}
+
+void TabWindow::setFrame(const Rect& frame) {
+  if (state_ != State::open)
+    return;
+  if (const auto group = group_.lock()) {
+    group->setFrame(frame);
+    return;
+  }
+  lastFrame_ = frame;
+  frameWasSet_ = true;
+}
+
+std::shared_ptr<TabGroupWindow> TabWindow::ensureGroup() {
+  if (auto group = group_.lock())
+    return group;
+  auto group = system_->makeGroup(lastFrame_);
+  if (frameWasSet_)
+    group->setFrame(lastFrame_);
+  group->append(*this);
+  return group;
+}
+
+void TabWindow::addTabbedWindow(std::shared_ptr<Window> window) {
+  const auto other = std::dynamic_pointer_cast<TabWindow>(window);
+  if (state_ == State::open && other && other.get() != this && other->state_ == State::open)
+    ensureGroup()->insertBehind(*this, *other);
+}
+
+std::shared_ptr<WindowGroup> TabWindow::tabGroup() const {
+  auto group = group_.lock();
+  return group && group->size() > 1 ? group : nullptr;
+}
+
+void TabWindow::selectNextTab() {
+  if (const auto group = group_.lock())
+    group->selectNeighbour(1);
+}
+
+void TabWindow::selectPreviousTab() {
+  if (const auto group = group_.lock())
+    group->selectNeighbour(-1);
+}
+
+void TabWindow::makeKeyAndOrderFront() {
+  if (state_ != State::open)
+    return;
+  const auto group = ensureGroup();
+  group->select(*this);
+  group->present();
+}
+
+void TabWindow::orderFront() {
+  if (state_ != State::open)
+    return;
+  const auto group = ensureGroup();
+  group->select(*this);
+  group->showWithoutFocus();
+}
+
+bool TabWindow::isVisible() const {
+  const auto group = group_.lock();
+  return group && group->isOnScreen() && group->selectedWindow().get() == this;
+}
+
+bool TabWindow::isMiniaturized() const {
+  const auto group = group_.lock();
+  return group && group->isMinimized();
+}
+
+void TabWindow::deminiaturize() {
+  if (const auto group = group_.lock(); group && group->isMinimized())
+    gtk_window_unminimize(group->gtkWindow());
+}
+
+void TabWindow::close() {
+  if (state_ != State::open)
+    return;
+  const auto self = shared_from_this();
+  if (const auto group = group_.lock()) {
+    group->closePage(*this); // comes back to beginClose() and didDetach()
+    return;
+  }
+  beginClose();
+  finishClose();
+}
+
+void TabWindow::didAttach(std::shared_ptr<TabGroupWindow> group, AdwTabPage* page) {
+  group_ = group;
+  page_ = glib::share(page);
+  g_object_set_data(G_OBJECT(page), pageKey, this);
+  adw_tab_page_set_title(page, title_.c_str());
+  adw_tab_page_set_loading(page, busy_);
+}
+
+void TabWindow::didDetach() {
+  if (state_ == State::open)
+    return; // didAttach follows
+  finishClose();
+}
+
+void TabWindow::beginClose() {
+  if (state_ != State::open)
+    return;
+  lastFrame_ = frame();
+  state_ = State::closing;
+  system_->willClose(shared_from_this());
+}
+
+void TabWindow::finishClose() {
+  const auto self = shared_from_this();
+  letGo();
+  std::exchange(system_, nullptr)->didClose(*this);
+}
+
+void TabWindow::abandon() {
+  lastFrame_ = frame();
+  letGo();
+  system_ = nullptr;
+}
+
+void TabWindow::letGo() {
+  state_ = State::closed;
+  if (page_)
+    g_object_set_data(G_OBJECT(page_.get()), pageKey, nullptr);
+  page_ = nullptr;
+  group_.reset();
+  adw_bin_set_child(ADW_BIN(container_.get()), nullptr);
+}
+
+GtkWindow* topLevelOf(const std::shared_ptr<Window>& window) {
+  const auto tab = std::dynamic_pointer_cast<TabWindow>(window);
+  const auto group = tab ? tab->group() : nullptr;
+  return group ? group->gtkWindow() : nullptr;
+}
+
+} // namespace ondrel::platform

@@ -1,0 +1,22 @@
+#include "platform/linux/UrlFiles.h"
+
+namespace ondrel::platform {
+
+namespace {
+
+// The local file system keeps the text of what is no local file.
+GFile* plainFile(GVfs*, const char* url, gpointer) {
+  return g_vfs_get_file_for_uri(g_vfs_get_local(), url);
+}
+
+} // namespace
+
+void keepUrlTexts() {
+  auto* present = g_vfs_get_default();
+  if (present == g_vfs_get_local())
+    return;
+  for (const char* scheme : {"mailto", "email"})
+    g_vfs_register_uri_scheme(present, scheme, plainFile, nullptr, nullptr, plainFile, nullptr, nullptr);
+}
+
+} // namespace ondrel::platform

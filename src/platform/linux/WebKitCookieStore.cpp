@@ -1,0 +1,46 @@
+#include "platform/linux/WebKitCookieStore.h"
+
+#include "base/Text.h"
+#include "platform/linux/SafeText.h"
+#include "platform/linux/glib/AsyncResult.h"
+
+namespace ondrel::platform {
+
+namespace {
+
+std::string text(const char* value) { return validUtf8(value ? value : ""); }
+
+Cookie cookieFrom(SoupCookie* cookie) {
+  return {text(soup_cookie_get_name(cookie)),   text(soup_cookie_get_value(cookie)),
+          text(soup_cookie_get_domain(cookie)), text(soup_cookie_get_path(cookie)),
+          soup_cookie_get_secure(cookie) != FALSE, soup_cookie_get_http_only(cookie) != FALSE};
+}
+
+// Takes no `this`: the store may go while the network process answers.
+async::Task<std::vector<Cookie>> fetch(glib::Ref<WebKitCookieManager> manager, std::string url) {
+  std::vector<Cookie> cookies;
+  if (!base::isValidUtf8(url))
+    co_return cookies;
+  auto [pending, future] = glib::startAsync();
+  webkit_cookie_manager_get_cookies(manager.get(), url.c_str(), pending.cancellable,
+                                    glib::PendingCall::callback, pending.userData);
+  const auto result = co_await std::move(future);
+  if (!result)
+    co_return cookies;
+  auto* list = webkit_cookie_manager_get_cookies_finish(manager.get(), result->get(), nullptr);
+  for (auto* item = list; item; item = item->next)
+    cookies.push_back(cookieFrom(static_cast<SoupCookie*>(item->data)));
+  g_list_free_full(list, [](gpointer cookie) { soup_cookie_free(static_cast<SoupCookie*>(cookie)); });
+  co_return cookies;
+}
+
+} // namespace
+
+WebKitCookieStore::WebKitCookieStore(WebKitNetworkSession* session)
+    : manager_(glib::share(webkit_network_session_get_cookie_manager(session))) {}
+
+async::Task<std::vector<Cookie>> WebKitCookieStore::cookies(std::string url) {
+  return fetch(manager_, std::move(url));
+}
+
+} // namespace ondrel::platform

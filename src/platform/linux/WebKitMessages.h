@@ -1,0 +1,36 @@
+#pragma once
+
+// What the program and its extension in the web process say to each other, as WebKitUserMessages. Frames are
+// named by the engine's id. The extension is loaded by the same build of the program, so there is no version
+// in it.
+namespace ondrel::platform::webkit {
+
+// The extension's initialisation data: the largest body of a script message in bytes, and the handler names.
+inline constexpr const char* initializationFormat = "(tas)";
+
+// Extension to program: a call of a handler's postMessage. Handler name, body as JSON (empty for what JSON
+// can't express), and of the frame: id, address, origin, whether it is the main one.
+inline constexpr const char* scriptMessage = "script-message";
+inline constexpr const char* scriptMessageFormat = "(sstssb)";
+
+// Extension to program: a script message was dropped for its size. Handler name and size. Once for each page.
+inline constexpr const char* messageTooLarge = "message-too-large";
+inline constexpr const char* messageTooLargeFormat = "(st)";
+
+// Program to extension: user scripts of the page that the engine doesn't run (see WebKitEngine::makePopup), each with
+// its source, whether it runs at the start of a document, and whether in the main frame only. Only the first such
+// message of a page counts.
+inline constexpr const char* userScripts = "user-scripts";
+inline constexpr const char* userScriptsFormat = "a(sbb)";
+
+// Program to extension: run a source text in the page's world of a frame, if that frame still shows a
+// document of that origin. Frame id, origin, source.
+inline constexpr const char* evaluate = "evaluate";
+inline constexpr const char* evaluateFormat = "(tss)";
+
+// The answer to it. The text is JSON for value, a message for exception, else empty.
+inline constexpr const char* evaluated = "evaluated";
+inline constexpr const char* evaluatedFormat = "(us)";
+enum class Evaluated : unsigned { value, exception, unsupportedValue, frameGone };
+
+} // namespace ondrel::platform::webkit

@@ -1,0 +1,28 @@
+#include "platform/linux/WebKitViewFactory.h"
+
+#include "platform/linux/WebKitView.h"
+
+namespace ondrel::platform {
+
+namespace {
+
+void handOver(WebKitDownload* download) {
+  auto* page = webkit_download_get_web_view(download);
+  if (const auto view = page ? WebKitView::of(page) : nullptr)
+    view->didStartDownload(download);
+  else
+    webkit_download_cancel(download);
+}
+
+} // namespace
+
+WebKitViewFactory::WebKitViewFactory(const WebKitOptions& options)
+    : engine_(std::make_shared<const WebKitEngine>(options, handOver)), cookies_(engine_->session()) {}
+
+WebKitViewFactory::~WebKitViewFactory() = default;
+
+std::shared_ptr<WebView> WebKitViewFactory::make(const std::vector<std::shared_ptr<const UserScript>>& scripts) {
+  return WebKitView::make(engine_, scripts);
+}
+
+} // namespace ondrel::platform

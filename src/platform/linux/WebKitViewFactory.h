@@ -1,0 +1,23 @@
+#pragma once
+
+#include "platform/WebView.h"
+#include "platform/linux/WebKitCookieStore.h"
+#include "platform/linux/WebKitEngine.h"
+
+namespace ondrel::platform {
+
+// Makes the web views of the program. One in a process. May go before the views that it made.
+class WebKitViewFactory final : public WebViewFactory {
+ public:
+  explicit WebKitViewFactory(const WebKitOptions& options);
+  ~WebKitViewFactory() override;
+
+  std::shared_ptr<WebView> make(const std::vector<std::shared_ptr<const UserScript>>& scripts) override;
+  CookieStore& cookies() { return cookies_; }
+
+ private:
+  std::shared_ptr<const WebKitEngine> engine_;
+  WebKitCookieStore cookies_;
+};
+
+} // namespace ondrel::platform

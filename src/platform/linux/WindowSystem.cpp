@@ -1,0 +1,179 @@
+#include "platform/linux/WindowSystem.h"
+
+#include "async/EventLoop.h"
+#include "platform/linux/TabGroupWindow.h"
+#include "platform/linux/TabWindow.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace ondrel::platform {
+
+namespace {
+
+bool isShown(GtkWindow* window) {
+  return gtk_widget_get_visible(GTK_WIDGET(window)) != FALSE;
+}
+
+GtkWindow* visibleTopLevel() {
+  auto* topLevels = gtk_window_get_toplevels();
+  for (guint i = 0; i < g_list_model_get_n_items(topLevels); ++i) {
+    const auto window = glib::adopt(GTK_WINDOW(g_list_model_get_item(topLevels, i)));
+    if (isShown(window.get()))
+      return window.get(); // the list keeps it
+  }
+  return nullptr;
+}
+
+} // namespace
+
+WindowSystem::WindowSystem(Application& application, GtkApplication* native,
+                           std::function<void()> activeMayHaveChanged)
+    : application_(application), native_(native), activeMayHaveChanged_(std::move(activeMayHaveChanged)),
+      topLevels_(std::make_unique<TopLevelWatch>([this] { activeTopLevelMayHaveChanged(); })) {
+}
+
+WindowSystem::~WindowSystem() {
+  ending_ = true;
+  for (const auto& window : windows_)
+    window->abandon();
+  for (const auto& group : groups_)
+    group->destroy();
+}
+
+std::shared_ptr<TabWindow> WindowSystem::makeWindow(const WindowAttributes& attributes) {
+  return windows_.emplace_back(std::make_shared<TabWindow>(*this, attributes));
+}
+
+std::vector<std::shared_ptr<Window>> WindowSystem::windows() const {
+  return {windows_.begin(), windows_.end()};
+}
+
+std::vector<std::shared_ptr<Window>> WindowSystem::orderedWindows() const {
+  std::vector<std::shared_ptr<Window>> result;
+  for (const auto& group : groups_) {
+    const auto selected = group->selectedWindow();
+    if (selected)
+      result.push_back(selected);
+    for (auto& window : group->windows())
+      if (window != selected)
+        result.push_back(std::move(window));
+  }
+  for (const auto& window : windows_)
+    if (!window->group())
+      result.push_back(window);
+  return result;
+}
+
+std::shared_ptr<Window> WindowSystem::keyWindow() const {
+  const auto group = groupOf(activeTopLevel());
+  return group ? group->selectedWindow() : nullptr;
+}
+
+std::shared_ptr<Window> WindowSystem::mainWindow() const {
+  const auto front = std::ranges::find_if(groups_, [](const auto& group) { return group->isOnScreen(); });
+  return front == groups_.end() ? nullptr : (*front)->selectedWindow();
+}
+
+bool WindowSystem::anyVisible() const {
+  return visibleTopLevel() != nullptr;
+}
+
+void WindowSystem::bringToFront() {
+  const auto front =
+      std::ranges::find_if(groups_, [](const auto& group) { return isShown(group->gtkWindow()); });
+  if (front != groups_.end())
+    std::shared_ptr(*front)->presentInsisting();
+  else if (auto* other = visibleTopLevel())
+    gtk_window_present(other);
+}
+
+void WindowSystem::hide() {
+  for (const auto& group : groups_)
+    group->rememberPosition();
+  hidden_.hideAll();
+}
+
+base::Subscription WindowSystem::addKeyDownMonitor(Application::KeyMonitor monitor) {
+  const auto id = ++monitors_->last;
+  monitors_->byId.emplace(id, std::make_shared<Application::KeyMonitor>(std::move(monitor)));
+  return base::Subscription([weak = std::weak_ptr(monitors_), id] {
+    if (const auto monitors = weak.lock())
+      monitors->byId.erase(id);
+  });
+}
+
+bool WindowSystem::keyPressed(const KeyEvent& event) {
+  // A monitor may remove monitors, itself too.
+  const auto monitors = monitors_;
+  for (const auto& [id, monitor] : std::map(monitors->byId))
+    if (monitors->byId.contains(id) && (*monitor)(event))
+      return true;
+  return false;
+}
+
+std::shared_ptr<TabGroupWindow> WindowSystem::makeGroup(const Rect& size) {
+  auto group =
+      std::make_shared<TabGroupWindow>(*this, native_, chromeFactory_ ? chromeFactory_() : nullptr, size);
+  groups_.push_back(group);
+  return group;
+}
+
+void WindowSystem::willShow(TabGroupWindow& group, bool inFront) {
+  // A part of the program can't be on screen while the program is hidden.
+  unhide();
+  if (inFront)
+    moveToFront(group);
+}
+
+void WindowSystem::moveToFront(TabGroupWindow& group) {
+  const auto found = std::ranges::find(groups_, &group, &std::shared_ptr<TabGroupWindow>::get);
+  if (found != groups_.end())
+    std::rotate(groups_.begin(), found, found + 1);
+}
+
+void WindowSystem::willClose(const std::shared_ptr<TabWindow>& window) {
+  application_.windowWillClose.emit(window);
+}
+
+void WindowSystem::didClose(TabWindow& window) {
+  std::erase_if(windows_, [&window](const auto& other) { return other.get() == &window; });
+}
+
+void WindowSystem::retire(TabGroupWindow& group) {
+  const auto found = std::ranges::find(groups_, &group, &std::shared_ptr<TabGroupWindow>::get);
+  if (found == groups_.end())
+    return;
+  auto dead = std::move(*found);
+  groups_.erase(found);
+  gtk_widget_set_visible(GTK_WIDGET(dead->gtkWindow()), FALSE);
+  async::EventLoop::current().post([dead = std::move(dead)] { dead->destroy(); });
+}
+
+void WindowSystem::activeTopLevelMayHaveChanged() {
+  if (ending_)
+    return;
+  if (const auto group = groupOf(activeTopLevel()))
+    moveToFront(*group);
+  activeMayHaveChanged_();
+  keyMayHaveChanged();
+}
+
+void WindowSystem::keyMayHaveChanged() {
+  const auto key = keyWindow();
+  // A dialog of our own has the keyboard: afterwards the window has it anew.
+  if (!key && hasKeyboard())
+    lastKey_.reset();
+  if (!key || key == lastKey_.lock())
+    return;
+  lastKey_ = key;
+  application_.windowDidBecomeKey.emit(key);
+}
+
+std::shared_ptr<TabGroupWindow> WindowSystem::groupOf(GtkWindow* window) const {
+  const auto found = std::ranges::find_if(
+      groups_, [window](const auto& group) { return window && group->gtkWindow() == window; });
+  return found == groups_.end() ? nullptr : *found;
+}
+
+} // namespace ondrel::platform

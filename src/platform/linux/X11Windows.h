@@ -1,0 +1,29 @@
+#pragma once
+
+#include <gtk/gtk.h>
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <utility>
+
+// What GTK has no call for, asked of the X server directly. On other desktops all of it gives nothing and
+// does nothing.
+namespace ondrel::platform::x11 {
+
+// Top left corner on the screen, in device pixels; absent while the window has no surface.
+std::optional<std::pair<int, int>> position(GtkWindow* window);
+// Asks the window manager, which hears it once the window is on screen.
+void move(GtkWindow* window, int x, int y);
+void raise(GtkWindow* window);
+// Before the window is shown: it won't take the keyboard then.
+void mapWithoutFocus(GtkWindow* window);
+bool isMapped(GtkWindow* window);
+// The server's time, with which a window manager lets a window come to the front; 0 elsewhere.
+std::uint32_t serverTime(GtkWindow* window);
+
+// The id of the application whose window is active.
+std::optional<std::string> activeApplicationId();
+
+} // namespace ondrel::platform::x11

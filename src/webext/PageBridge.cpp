@@ -1,0 +1,152 @@
+#include "webext/PageBridge.h"
+
+#include "platform/linux/WebKitMessages.h"
+#include "webext/Evaluation.h"
+#include "webext/FrameIdentity.h"
+#include "webext/HandlerObject.h"
+#include "webext/ScriptText.h"
+
+#include <utility>
+
+namespace ondrel::webext {
+
+namespace messages = platform::webkit;
+
+namespace {
+constexpr const char* bridgeKey = "ondrel-page-bridge";
+}
+
+// Data of one postMessage function. Owned by the function, which scripts may keep longer than anything else lives.
+struct PageBridge::Handler {
+  glib::WeakRef<WebKitWebPage> page;
+  std::uint64_t frame;
+  std::uint64_t document;
+  std::string name;
+};
+
+void PageBridge::attach(WebKitWebPage* page, std::shared_ptr<const BridgeSettings> settings) {
+  g_object_set_data_full(G_OBJECT(page), bridgeKey, new PageBridge(page, std::move(settings)),
+                         [](gpointer bridge) { delete static_cast<PageBridge*>(bridge); });
+}
+
+PageBridge* PageBridge::of(WebKitWebPage* page) {
+  return static_cast<PageBridge*>(g_object_get_data(G_OBJECT(page), bridgeKey));
+}
+
+PageBridge::PageBridge(WebKitWebPage* page, std::shared_ptr<const BridgeSettings> settings)
+    : page_(page), settings_(std::move(settings)),
+      received_(glib::connect<gboolean(WebKitWebPage*, WebKitUserMessage*)>(
+          page, "user-message-received", [this](WebKitWebPage*, WebKitUserMessage* message) { return receive(message); })) {}
+
+gboolean PageBridge::receive(WebKitUserMessage* message) {
+  const std::string_view name(webkit_user_message_get_name(message));
+  if (name == messages::evaluate)
+    evaluate(message);
+  else if (name == messages::userScripts)
+    takeUserScripts(message);
+  else
+    return FALSE;
+  return TRUE;
+}
+
+void PageBridge::forgetDeadFrames() {
+  std::erase_if(frames_, [](const auto& entry) { return !entry.second.object.lock(); });
+}
+
+glib::Ref<WebKitFrame> PageBridge::frame(std::uint64_t id) const {
+  const auto found = frames_.find(id);
+  return found == frames_.end() ? nullptr : found->second.object.lock();
+}
+
+void PageBridge::documentBegan(WebKitFrame* frame) {
+  forgetDeadFrames();
+  const auto id = webkit_frame_get_id(frame);
+  auto& entry = frames_[id];
+  entry.object.set(frame);
+  entry.document = ++lastDocument_;
+
+  const auto context = glib::adopt(webkit_frame_get_js_context(frame));
+  for (const auto& name : settings_->handlerNames) {
+    auto* handler = new Handler{glib::WeakRef<WebKitWebPage>(page_), id, entry.document, name};
+    const auto function = glib::adopt(jsc_value_new_function(
+        context.get(), "postMessage",
+        G_CALLBACK(+[](JSCValue* body, Handler* called) {
+          if (const auto page = called->page.lock()) {
+            if (auto* bridge = of(page.get()))
+              bridge->post(*called, body);
+          }
+        }),
+        handler, [](gpointer data) { delete static_cast<Handler*>(data); }, G_TYPE_NONE, 1, JSC_TYPE_VALUE));
+    installHandler(context.get(), name, function.get());
+  }
+  arrangeUserScripts(frame, userScripts_);
+}
+
+void PageBridge::takeUserScripts(WebKitUserMessage* message) {
+  auto* parameters = webkit_user_message_get_parameters(message);
+  if (!userScripts_.empty() || !parameters ||
+      !g_variant_is_of_type(parameters, G_VARIANT_TYPE(messages::userScriptsFormat)))
+    return;
+  GVariantIter iterator;
+  g_variant_iter_init(&iterator, parameters);
+  const char* source = nullptr;
+  gboolean atStart = FALSE;
+  gboolean mainFrameOnly = FALSE;
+  while (g_variant_iter_next(&iterator, "(&sbb)", &source, &atStart, &mainFrameOnly))
+    userScripts_.push_back({source, atStart != FALSE, mainFrameOnly != FALSE});
+
+  // For documents that were there before the scripts, but for the empty one that a window begins with.
+  std::vector<glib::Ref<WebKitFrame>> frames;
+  for (const auto& [id, entry] : frames_)
+    frames.push_back(entry.object.lock());
+  for (const auto& frame : frames) {
+    if (frame && identityOf(frame.get()).url != "about:blank")
+      arrangeUserScripts(frame.get(), userScripts_);
+  }
+}
+
+void PageBridge::post(const Handler& handler, JSCValue* body) {
+  const auto sender = frame(handler.frame);
+  if (!sender || frames_.at(handler.frame).document != handler.document)
+    return;
+  // Before the body becomes JSON: that runs code of the page, which may take the frame away.
+  const auto identity = identityOf(sender.get());
+  const auto json = jsonText(body).value_or(std::string());
+  if (json.size() > settings_->largestBody) {
+    if (!std::exchange(toldOfLargeMessage_, true))
+      sendToView(messages::messageTooLarge,
+                 g_variant_new(messages::messageTooLargeFormat, handler.name.c_str(), guint64{json.size()}));
+    return;
+  }
+  sendToView(messages::scriptMessage,
+             g_variant_new(messages::scriptMessageFormat, handler.name.c_str(), json.c_str(), guint64{identity.id},
+                           identity.url.c_str(), identity.origin.c_str(), gboolean{identity.isMainFrame}));
+}
+
+void PageBridge::sendToView(const char* name, GVariant* parameters) {
+  // A floating message is consumed by the call.
+  webkit_web_page_send_message_to_view(page_, webkit_user_message_new(name, parameters), nullptr, nullptr, nullptr);
+}
+
+void PageBridge::evaluate(WebKitUserMessage* message) {
+  auto* parameters = webkit_user_message_get_parameters(message);
+  if (!parameters || !g_variant_is_of_type(parameters, G_VARIANT_TYPE(messages::evaluateFormat)))
+    return;
+  guint64 id = 0;
+  const char* origin = nullptr;
+  const char* source = nullptr;
+  g_variant_get(parameters, "(t&s&s)", &id, &origin, &source);
+
+  Evaluation result{messages::Evaluated::frameGone, {}};
+  // The script may end this page, and the bridge with it: nothing of it is touched afterwards.
+  const auto request = glib::share(message);
+  if (const auto target = frame(id); target && identityOf(target.get()).origin == origin)
+    result = evaluateIn(target.get(), source);
+  webkit_user_message_send_reply(
+      request.get(),
+      webkit_user_message_new(messages::evaluated, g_variant_new(messages::evaluatedFormat,
+                                                                 guint{std::to_underlying(result.kind)},
+                                                                 result.text.c_str())));
+}
+
+} // namespace ondrel::webext
