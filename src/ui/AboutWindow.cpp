@@ -1,0 +1,29 @@
+#include "ui/AboutWindow.h"
+
+#include "platform/Bundle.h"
+
+#include <adwaita.h>
+
+namespace ondrel::ui {
+
+GtkWindow* presentAbout(const platform::Bundle& bundle, const std::string& website, GtkWindow* parent) {
+  auto* window = ADW_ABOUT_WINDOW(adw_about_window_new());
+  adw_about_window_set_application_name(window, bundle.displayName.c_str());
+  // Without one, as in a program that isn't installed, no place is left for it.
+  if (gtk_icon_theme_has_icon(gtk_icon_theme_get_for_display(gdk_display_get_default()),
+                              bundle.identifier.c_str()))
+    adw_about_window_set_application_icon(window, bundle.identifier.c_str());
+  adw_about_window_set_version(window, bundle.shortVersion.c_str());
+  adw_about_window_set_comments(window, "A native desktop home for a hosted mail service");
+  const auto debugInfo = bundle.displayName + " " + bundle.shortVersion + " (" + bundle.buildNumber + ")";
+  adw_about_window_set_debug_info(window, debugInfo.c_str());
+  if (!website.empty())
+    adw_about_window_set_website(window, website.c_str());
+  gtk_window_set_transient_for(GTK_WINDOW(window), parent);
+  gtk_window_set_modal(GTK_WINDOW(window), parent != nullptr);
+  gtk_window_set_destroy_with_parent(GTK_WINDOW(window), TRUE);
+  gtk_window_present(GTK_WINDOW(window));
+  return GTK_WINDOW(window);
+}
+
+} // namespace ondrel::ui

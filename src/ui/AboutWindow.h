@@ -1,0 +1,16 @@
+#pragma once
+
+#include <gtk/gtk.h>
+
+#include <string>
+
+namespace ondrel::platform {
+struct Bundle;
+}
+
+namespace ondrel::ui {
+
+// `website` may be empty. The window belongs to the toolkit.
+GtkWindow* presentAbout(const platform::Bundle& bundle, const std::string& website, GtkWindow* parent);
+
+} // namespace ondrel::ui

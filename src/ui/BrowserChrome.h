@@ -1,0 +1,83 @@
+#pragma once
+
+#include "base/Event.h"
+#include "platform/GroupChrome.h"
+#include "platform/linux/glib/Connection.h"
+
+#include <adwaita.h>
+
+#include <functional>
+#include <memory>
+#include <vector>
+
+namespace ondrel::settings {
+class AppSettings;
+}
+
+namespace ondrel::web {
+class WindowViewModel;
+}
+
+namespace ondrel::ui {
+
+class PrimaryMenu;
+
+// What the bars of all top-levels stand on; outlives them.
+struct ChromeServices {
+  settings::AppSettings& settings;
+  const PrimaryMenu& menu;
+  // The model of a browser window; null for other windows.
+  std::function<std::shared_ptr<web::WindowViewModel>(const std::shared_ptr<platform::Window>&)> viewModelOf;
+  std::function<void()> openNewTab;
+  std::function<void()> menuOpens;
+};
+
+// The header bar above the tabs of one top-level: shows the tab in front and acts on it.
+class BrowserChrome final : public platform::GroupChrome {
+ public:
+  explicit BrowserChrome(const ChromeServices& services);
+  ~BrowserChrome() override;
+
+  platform::NativeView topBar() override { return {bar_.get()}; }
+  void selectedWindowDidChange(std::shared_ptr<platform::Window> window) override;
+
+ private:
+  using TabWork = void (web::WindowViewModel::*)();
+  // A button that works on the tab in front.
+  GtkWidget* tabButton(const char* identifier, const char* icon, const char* label, const char* tooltip,
+                       TabWork work);
+  GtkWidget* zoomButtons();
+  GtkWidget* menuButton();
+  void packStart();
+  void packEnd();
+  void onClicked(GtkWidget* button, std::function<void()> work);
+  void followWidth();
+  void update();
+  void updateVisibility();
+  void updateLock();
+  void toggleLock();
+
+  const ChromeServices& services_;
+  glib::Ref<GtkWidget> bar_;
+  GtkWidget* title_ = nullptr;
+  GtkWidget* back_ = nullptr;
+  GtkWidget* forward_ = nullptr;
+  GtkWidget* reload_ = nullptr;
+  GtkWidget* zoomOut_ = nullptr;
+  GtkWidget* zoomDefault_ = nullptr;
+  GtkWidget* zoomIn_ = nullptr;
+  GtkWidget* lock_ = nullptr;
+  GtkWidget* zoom_ = nullptr;   // the three together
+  GtkWidget* extras_ = nullptr; // lock and new tab
+  GtkWidget* menu_ = nullptr;
+  // Begins small: a window can't become narrower than what it has once shown.
+  int width_ = 0;
+
+  std::shared_ptr<web::WindowViewModel> tab_;
+  std::vector<base::Subscription> tabSubscriptions_;
+  base::Subscription settingsSubscription_;
+  std::vector<glib::Connection> connections_;
+  glib::Connection layout_; // of the top-level's surface
+};
+
+} // namespace ondrel::ui

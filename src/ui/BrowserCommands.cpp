@@ -1,0 +1,173 @@
+#include "ui/BrowserCommands.h"
+
+#include "app/WindowManager.h"
+#include "platform/Application.h"
+#include "platform/UserDefaults.h"
+#include "settings/AppSettings.h"
+#include "ui/KeyTab.h"
+#include "web/WindowViewModel.h"
+
+namespace ondrel::ui {
+
+using web::WindowViewModel;
+
+namespace {
+
+constexpr std::string_view createMaskedEmail = "FastMail.router.appController.goCreateMaskedEmail();";
+
+// The page may be gone or another one by now; then nothing happens.
+async::Task<void> evaluateInTab(std::shared_ptr<WindowViewModel> tab, std::string source) {
+  [[maybe_unused]] const auto ignored = co_await tab->evaluate(std::move(source));
+}
+
+Condition whenKeyTab(KeyTab& keyTab, std::function<bool(const WindowViewModel&)> holds) {
+  return {[&keyTab, holds = std::move(holds)] {
+            const auto tab = keyTab.viewModel();
+            return tab && holds(*tab);
+          },
+          [&keyTab](auto changed) { return keyTab.changed.subscribe(std::move(changed)); }};
+}
+
+std::function<void()> inKeyTab(KeyTab& keyTab, void (WindowViewModel::*work)()) {
+  return [&keyTab, work] {
+    if (const auto tab = keyTab.viewModel())
+      ((*tab).*work)();
+  };
+}
+
+} // namespace
+
+BrowserCommands::BrowserCommands(platform::Application& application, app::WindowManager& windows,
+                                 settings::AppSettings& settings, KeyTab& keyTab, platform::Bundle bundle,
+                                 Actions actions)
+    : application_(application), windows_(windows), settings_(settings), keyTab_(keyTab),
+      bundle_(std::move(bundle)), actions_(std::move(actions)) {
+}
+
+std::vector<CommandGroup> BrowserCommands::table() {
+  return {windowsAndTabs(), navigation(), view(), printing(), tools(), general()};
+}
+
+CommandGroup BrowserCommands::windowsAndTabs() {
+  return {"Windows and Tabs",
+          {{.title = "New Window",
+            .accelerators = {"<Control>n"},
+            .perform = [this] { windows_.openMainWindow(); }},
+           {.title = "New Tab", .accelerators = {"<Control>t"}, .perform = [this] { windows_.newTab(); }},
+           {.title = "Close Tab",
+            .accelerators = {"<Control>w"},
+            .perform =
+                [this] {
+                  if (const auto key = application_.keyWindow())
+                    key->performClose();
+                },
+            .place = MenuPlace::none}}};
+}
+
+CommandGroup BrowserCommands::navigation() {
+  return {"Navigation",
+          {{.title = "Back",
+            .accelerators = {"<Alt>Left", "Back"},
+            .perform = inKeyTab(keyTab_, &WindowViewModel::goBack),
+            .enabledWhen = whenKeyTab(keyTab_, [](const auto& tab) { return *tab.canGoBack; }),
+            .place = MenuPlace::none},
+           {.title = "Forward",
+            .accelerators = {"<Alt>Right", "Forward"},
+            .perform = inKeyTab(keyTab_, &WindowViewModel::goForward),
+            .enabledWhen = whenKeyTab(keyTab_, [](const auto& tab) { return *tab.canGoForward; }),
+            .place = MenuPlace::none},
+           {.title = "Reload",
+            .accelerators = {"<Control>r", "F5"},
+            .perform = inKeyTab(keyTab_, &WindowViewModel::reload),
+            .enabledWhen = whenKeyTab(keyTab_, [](const auto&) { return true; }),
+            .place = MenuPlace::none}}};
+}
+
+CommandGroup BrowserCommands::view() {
+  return {"Zoom",
+          {{.title = "Zoom Out",
+            .accelerators = {"<Control>minus", "<Control>KP_Subtract"},
+            .perform = inKeyTab(keyTab_, &WindowViewModel::zoomOut),
+            .enabledWhen = whenKeyTab(keyTab_, [](const auto& tab) { return *tab.canZoomOut; }),
+            .place = MenuPlace::button,
+            .icon = "zoom-out-symbolic"},
+           {.title = "Actual Size",
+            .accelerators = {"<Control>0", "<Control>KP_0"},
+            .perform = inKeyTab(keyTab_, &WindowViewModel::zoomToActualSize),
+            .enabledWhen = whenKeyTab(keyTab_, [](const auto& tab) { return !*tab.isZoomDefault; }),
+            .place = MenuPlace::button,
+            .icon = "zoom-original-symbolic"},
+           {.title = "Zoom In",
+            .accelerators = {"<Control>plus", "<Control>equal", "<Control>KP_Add"},
+            .perform = inKeyTab(keyTab_, &WindowViewModel::zoomIn),
+            .enabledWhen = whenKeyTab(keyTab_, [](const auto& tab) { return *tab.canZoomIn; }),
+            .place = MenuPlace::button,
+            .icon = "zoom-in-symbolic"}}};
+}
+
+CommandGroup BrowserCommands::printing() {
+  return {"Printing",
+          {{.title = "Print…", .accelerators = {"<Control>p"}, .perform = [this] { windows_.printActive(); }},
+           {.title = "Export as PDF…", .accelerators = {"<Control><Shift>p"}, .perform = [this] {
+              windows_.exportPDFActive();
+            }}}};
+}
+
+CommandGroup BrowserCommands::tools() {
+  return {"Tools",
+          {{.title = "Open Copied FastMail Link",
+            .accelerators = {"<Control><Shift>f"},
+            .perform = [this] { openCopiedLink(); },
+            .enabledWhen = whenSet(windows_.clipboardFastMailURL)},
+           {.title = "New Masked Email Address",
+            .accelerators = {"<Control><Shift>m"},
+            .perform = [this] { newMaskedEmailAddress(); },
+            .enabledWhen = whenTrue(windows_.activeURLContainsMail),
+            .help =
+                [this] {
+                  return *windows_.activeURLContainsMail ? ""
+                                                         : "Only available when an mail window is in front";
+                }}}};
+}
+
+CommandGroup BrowserCommands::general() {
+  return {
+      "General",
+      {{.title = "Hide When Losing Focus",
+        .accelerators = {"<Control>l"},
+        .perform = [this] { toggleHidingOnLoseFocus(); },
+        .checkedWhen = whenHidingOnLoseFocus()},
+       {.title = "Keyboard Shortcuts",
+        .accelerators = {"<Control>question"},
+        .perform = actions_.showShortcuts},
+       {.title = "About " + bundle_.displayName, .perform = actions_.showAbout},
+       {.title = "Quit", .accelerators = {"<Control>q"}, .perform = [this] { application_.terminate(); }}}};
+}
+
+Condition BrowserCommands::whenHidingOnLoseFocus() const {
+  static constexpr auto key = settings::keys::hideOnLoseFocus;
+  return {[this] { return settings_.get(key); },
+          [this](std::function<void()> changed) {
+            return settings_.defaults().changed.subscribe([changed](const std::string& name) {
+              if (name == key.name)
+                changed();
+            });
+          }};
+}
+
+void BrowserCommands::toggleHidingOnLoseFocus() {
+  const auto& key = settings::keys::hideOnLoseFocus;
+  settings_.set(key, !settings_.get(key));
+}
+
+void BrowserCommands::openCopiedLink() {
+  if (const auto& url = *windows_.clipboardFastMailURL)
+    actions_.navigate(*url);
+}
+
+void BrowserCommands::newMaskedEmailAddress() {
+  if (auto tab = keyTab_.viewModel())
+    scope_.spawn(evaluateInTab(std::move(tab), std::string(createMaskedEmail)));
+}
+
+} // namespace ondrel::ui

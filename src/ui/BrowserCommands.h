@@ -1,0 +1,64 @@
+#pragma once
+
+#include "async/Scope.h"
+#include "platform/Bundle.h"
+#include "ui/Command.h"
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace ondrel::app {
+class WindowManager;
+}
+
+namespace ondrel::platform {
+class Application;
+}
+
+namespace ondrel::settings {
+class AppSettings;
+}
+
+namespace ondrel::ui {
+
+class KeyTab;
+
+// The menu commands of the program. Outlives its table.
+class BrowserCommands {
+ public:
+  struct Actions {
+    std::function<void(const std::string& url)> navigate; // shows a message of the service
+    std::function<void()> showShortcuts;
+    std::function<void()> showAbout;
+  };
+
+  BrowserCommands(platform::Application& application, app::WindowManager& windows,
+                  settings::AppSettings& settings, KeyTab& keyTab, platform::Bundle bundle, Actions actions);
+
+  // In the order of the menu.
+  std::vector<CommandGroup> table();
+
+ private:
+  CommandGroup windowsAndTabs();
+  CommandGroup navigation();
+  CommandGroup view();
+  CommandGroup printing();
+  CommandGroup tools();
+  CommandGroup general();
+
+  Condition whenHidingOnLoseFocus() const;
+  void toggleHidingOnLoseFocus();
+  void openCopiedLink();
+  void newMaskedEmailAddress();
+
+  platform::Application& application_;
+  app::WindowManager& windows_;
+  settings::AppSettings& settings_;
+  KeyTab& keyTab_;
+  const platform::Bundle bundle_;
+  const Actions actions_;
+  async::Scope scope_;
+};
+
+} // namespace ondrel::ui

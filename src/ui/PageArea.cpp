@@ -1,0 +1,79 @@
+#include "ui/PageArea.h"
+
+#include "web/WindowViewModel.h"
+
+namespace ondrel::ui {
+
+using Kind = web::PageProblem::Kind;
+
+PageArea::PageArea(std::shared_ptr<web::WindowViewModel> viewModel)
+    : viewModel_(std::move(viewModel)), box_(glib::share(gtk_box_new(GTK_ORIENTATION_VERTICAL, 0))),
+      announcement_(gtk_revealer_new()), stack_(gtk_stack_new()), overlay_(gtk_overlay_new()) {
+  gtk_widget_set_name(announcement_, "announcement");
+  gtk_widget_set_vexpand(stack_, TRUE);
+  gtk_stack_add_child(GTK_STACK(stack_), overlay_);
+  gtk_overlay_add_overlay(GTK_OVERLAY(overlay_), mouseOver_.widget());
+  gtk_box_append(GTK_BOX(box_.get()), announcement_);
+  gtk_box_append(GTK_BOX(box_.get()), stack_);
+
+  subscriptions_.push_back(
+      viewModel_->mouseOverString.observe([this] { mouseOver_.setText(*viewModel_->mouseOverString); }));
+  subscriptions_.push_back(viewModel_->pageProblem.observe([this] { updateProblem(); }));
+  subscriptions_.push_back(viewModel_->downloads.observe([this] { updateDownloads(); }));
+  mouseOver_.setText(*viewModel_->mouseOverString);
+  updateProblem();
+  updateDownloads();
+}
+
+PageArea::~PageArea() = default;
+
+void PageArea::setPage(GtkWidget* page) {
+  gtk_overlay_set_child(GTK_OVERLAY(overlay_), page);
+}
+
+void PageArea::focus() {
+  auto* page = gtk_overlay_get_child(GTK_OVERLAY(overlay_));
+  if (page && gtk_stack_get_visible_child(GTK_STACK(stack_)) == overlay_)
+    gtk_widget_grab_focus(page);
+  else
+    gtk_widget_child_focus(stack_, GTK_DIR_TAB_FORWARD);
+}
+
+std::function<void()> PageArea::reload() const {
+  return [viewModel = viewModel_] { viewModel->reload(); };
+}
+
+void PageArea::updateProblem() {
+  const auto& problem = *viewModel_->pageProblem;
+  if (problem.kind == Kind::loadFailed) {
+    if (!loadProblem_) {
+      loadProblem_.emplace(reload());
+      gtk_box_insert_child_after(GTK_BOX(box_.get()), loadProblem_->widget(), announcement_);
+    }
+    loadProblem_->show(problem.description);
+  } else if (loadProblem_) {
+    loadProblem_->hide();
+  }
+
+  const bool stopped = problem.kind == Kind::processTerminated;
+  if (stopped && !stopped_) {
+    stopped_.emplace(reload());
+    gtk_stack_add_child(GTK_STACK(stack_), stopped_->widget());
+  }
+  auto* shown = stopped ? stopped_->widget() : overlay_;
+  if (gtk_stack_get_visible_child(GTK_STACK(stack_)) == shown)
+    return;
+  gtk_stack_set_visible_child(GTK_STACK(stack_), shown);
+  if (gtk_widget_get_mapped(box_.get()))
+    focus();
+}
+
+void PageArea::updateDownloads() {
+  const auto& items = *viewModel_->downloads;
+  if (!downloads_ && !items.empty())
+    gtk_box_append(GTK_BOX(box_.get()), downloads_.emplace().widget());
+  if (downloads_)
+    downloads_->setDownloads(items);
+}
+
+} // namespace ondrel::ui

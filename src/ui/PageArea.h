@@ -1,0 +1,57 @@
+#pragma once
+
+#include "base/Event.h"
+#include "platform/linux/glib/Ref.h"
+#include "ui/DownloadProgressBar.h"
+#include "ui/LoadProblemBar.h"
+#include "ui/MouseOverBar.h"
+#include "ui/StoppedPage.h"
+
+#include <gtk/gtk.h>
+
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace ondrel::web {
+class WindowViewModel;
+}
+
+namespace ondrel::ui {
+
+// All that a tab shows once it has been looked at, from top to bottom: the place of the announcement, what is
+// wrong with the page, the page with the hovered link, the downloads. Parts that are seldom needed are made
+// when they are.
+class PageArea {
+ public:
+  explicit PageArea(std::shared_ptr<web::WindowViewModel> viewModel);
+  ~PageArea();
+  PageArea(const PageArea&) = delete;
+  PageArea& operator=(const PageArea&) = delete;
+
+  GtkWidget* widget() const { return box_.get(); }
+  GtkRevealer* announcementPlace() const { return GTK_REVEALER(announcement_); }
+
+  // The view of the web engine. Lets go of the one before; null for none.
+  void setPage(GtkWidget* page);
+  // Gives the keyboard to the page, or to what stands in its place.
+  void focus();
+
+ private:
+  void updateProblem();
+  void updateDownloads();
+  std::function<void()> reload() const;
+
+  const std::shared_ptr<web::WindowViewModel> viewModel_;
+  glib::Ref<GtkWidget> box_;
+  GtkWidget* announcement_;
+  GtkWidget* stack_;
+  GtkWidget* overlay_;
+  MouseOverBar mouseOver_;
+  std::optional<LoadProblemBar> loadProblem_;
+  std::optional<StoppedPage> stopped_;
+  std::optional<DownloadProgressBar> downloads_;
+  std::vector<base::Subscription> subscriptions_;
+};
+
+} // namespace ondrel::ui

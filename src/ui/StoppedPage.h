@@ -1,0 +1,23 @@
+#pragma once
+
+#include "platform/linux/glib/Connection.h"
+
+#include <gtk/gtk.h>
+
+#include <functional>
+
+namespace ondrel::ui {
+
+// Stands in the place of a page whose web process has ended.
+class StoppedPage {
+ public:
+  explicit StoppedPage(std::function<void()> reload);
+
+  GtkWidget* widget() const { return page_.get(); }
+
+ private:
+  glib::Ref<GtkWidget> page_;
+  glib::Connection clicked_;
+};
+
+} // namespace ondrel::ui

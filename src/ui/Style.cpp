@@ -1,0 +1,27 @@
+#include "ui/Style.h"
+
+#include "platform/linux/glib/Ref.h"
+
+#include <gtk/gtk.h>
+
+namespace ondrel::ui {
+
+namespace {
+
+constexpr const char* rules = R"(
+.mouse-over, .downloads, .load-problem { background-color: @headerbar_bg_color; color: @headerbar_fg_color; }
+.mouse-over > label { padding: 5px 12px; }
+.download { padding: 8px 12px; }
+.load-problem { padding: 9px 12px; }
+)";
+
+} // namespace
+
+void installStyle() {
+  const auto provider = glib::adopt(gtk_css_provider_new());
+  gtk_css_provider_load_from_data(provider.get(), rules, -1);
+  gtk_style_context_add_provider_for_display(gdk_display_get_default(), GTK_STYLE_PROVIDER(provider.get()),
+                                             GTK_STYLE_PROVIDER_PRIORITY_APPLICATION);
+}
+
+} // namespace ondrel::ui

@@ -1,0 +1,25 @@
+#include "ui/Widgets.h"
+
+#include "ui/KeySigns.h"
+
+namespace ondrel::ui {
+
+void setAccessibleLabel(GtkWidget* widget, const std::string& label) {
+  gtk_accessible_update_property(GTK_ACCESSIBLE(widget), GTK_ACCESSIBLE_PROPERTY_LABEL, label.c_str(), -1);
+}
+
+void setTooltip(GtkWidget* widget, const std::string& textWithKeySigns) {
+  gtk_widget_set_tooltip_text(widget, withDesktopKeys(textWithKeySigns).c_str());
+}
+
+GtkWidget* toolbarButton(const char* identifier, const char* icon, const std::string& label,
+                         const std::string& tooltip) {
+  auto* button = gtk_button_new_from_icon_name(icon);
+  gtk_widget_set_name(button, identifier);
+  gtk_widget_set_focus_on_click(button, FALSE);
+  setAccessibleLabel(button, label);
+  setTooltip(button, tooltip);
+  return button;
+}
+
+} // namespace ondrel::ui

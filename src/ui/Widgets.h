@@ -1,0 +1,19 @@
+#pragma once
+
+#include <gtk/gtk.h>
+
+#include <string>
+
+namespace ondrel::ui {
+
+// What a control is called for those who don't see its picture.
+void setAccessibleLabel(GtkWidget* widget, const std::string& label);
+
+// The key signs of a tooltip become the desktop's own.
+void setTooltip(GtkWidget* widget, const std::string& textWithKeySigns);
+
+// A flat button of a toolbar, which leaves the keyboard to the page when it is clicked.
+GtkWidget* toolbarButton(const char* identifier, const char* icon, const std::string& label,
+                         const std::string& tooltip);
+
+} // namespace ondrel::ui
