@@ -1,0 +1,153 @@
+#include "BundleValues.h"
+
+#include "base/Log.h"
+#include "platform/linux/GlibLogSink.h"
+#include "platform/linux/JsonUserDefaults.h"
+#include "platform/linux/LinuxApplication.h"
+#include "platform/linux/LinuxClipboard.h"
+#include "platform/linux/LinuxPanels.h"
+#include "platform/linux/LinuxWorkspace.h"
+#include "platform/linux/PosixFileStore.h"
+#include "platform/linux/Rendering.h"
+#include "platform/linux/WebKitViewFactory.h"
+#include "platform/linux/XdgDirectories.h"
+#include "platform/linux/glib/GlibEventLoop.h"
+#include "program/OndrelApp.h"
+#include "scripts/PageScriptSource.h"
+#include "start/CommandLine.h"
+#include "start/DemoMode.h"
+#include "start/ProgramFolders.h"
+#include "start/SiteFile.h"
+#include "ui/ContentView.h"
+#include "ui/UserInterface.h"
+#include "web/WebViewConfiguration.h"
+
+#include <clocale>
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <random>
+
+namespace {
+
+using namespace ondrel;
+
+constexpr int usageError = 2;
+
+int complain(const std::string& problem) {
+  std::fprintf(stderr, "ondrel: %s\n", problem.c_str());
+  return usageError;
+}
+
+platform::Bundle ownBundle(bool isDemo) {
+  // The demonstration is an application of its own: it must neither take the URLs of the real one nor hand it any.
+  const std::string identifier = bundle::identifier;
+  return {isDemo ? identifier + ".Demo" : identifier, bundle::displayName, bundle::shortVersion, bundle::buildNumber};
+}
+
+void logUnhandled(std::exception_ptr failure) {
+  const base::Logger logger("system");
+  try {
+    std::rethrow_exception(failure);
+  } catch (const std::exception& error) {
+    logger.error("A task ended with an exception: {}", error.what());
+  } catch (...) {
+    logger.error("A task ended with an exception of an unknown type");
+  }
+}
+
+unsigned randomUpTo(unsigned most) {
+  std::random_device device;
+  return std::uniform_int_distribution<unsigned>(0, most)(device);
+}
+
+// Everything that lives from start-up to the end, made in the order in which it stands on each other.
+class Program {
+ public:
+  Program(platform::LinuxApplication& application, const platform::Bundle& bundle, const start::ProgramFolders& folders,
+          settings::Site site, platform::Rendering rendering)
+      : defaults_(files_, directories_.configuration() + "/defaults.json"),
+        webViews_({.dataFolder = directories_.applicationSupport().value_or(directories_.temporary()) + "/webkit",
+                   .cacheFolder = directories_.cache() + "/webkit",
+                   .extensionFolder = folders.extension,
+                   .softwareRendering = rendering == platform::Rendering::software}),
+        scripts_(scripts::pageScriptSource),
+        app_({.bundle = bundle,
+              .application = application,
+              .defaults = defaults_,
+              .directories = directories_,
+              .files = files_,
+              .webViews = webViews_,
+              .panels = panels_,
+              .workspace = workspace_,
+              .clipboard = clipboard_,
+              .hasEnvironmentVariable =
+                  [](std::string_view name) { return std::getenv(std::string(name).c_str()) != nullptr; },
+              .randomUpTo = randomUpTo},
+             std::move(site), scripts_, [](const web::WebServices& services) { return ui::contentFactory(services); }),
+        interface_({.toolkitApplication = application.native(),
+                    .application = application,
+                    .windows = app_.windowManager(),
+                    .settings = app_.settings(),
+                    .bundle = bundle,
+                    .navigate = [this](const std::string& url) { app_.emailLinkService().navigate(url); }}) {}
+
+ private:
+  platform::XdgDirectories directories_;
+  platform::PosixFileStore files_;
+  platform::JsonUserDefaults defaults_;
+  platform::LinuxPanels panels_;
+  platform::LinuxWorkspace workspace_;
+  platform::LinuxClipboard clipboard_;
+  platform::WebKitViewFactory webViews_;
+  web::PageScripts scripts_;
+  program::OndrelApp app_;
+  ui::UserInterface interface_;
+};
+
+int run(start::CommandLine commandLine) {
+  const auto folders = start::ProgramFolders::find(bundle::installedLibraries);
+  std::unique_ptr<start::DemoMode> demo;
+  if (commandLine.demo) {
+    auto started = start::DemoMode::start(folders.executables, commandLine.demoProfile);
+    if (!started)
+      return complain(started.error());
+    demo = std::move(*started);
+  }
+  auto site = start::loadSite(folders.data);
+  if (!site)
+    return complain(site.error());
+
+  const auto bundle = ownBundle(commandLine.demo);
+  platform::GlibLogSink::install(bundle.identifier);
+  const auto rendering = platform::chooseRendering();
+  async::setUnhandledExceptionHandler(logUnhandled);
+
+  glib::GlibEventLoop loop;
+  platform::LinuxApplication application({.applicationId = bundle.identifier, .displayName = bundle.displayName});
+  std::unique_ptr<Program> program;
+  const int status = application.run(std::move(commandLine.urls), [&] {
+    program = std::make_unique<Program>(application, bundle, folders, std::move(*site), rendering);
+  });
+  program.reset();
+  return status;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+  std::setlocale(LC_ALL, "");
+  auto commandLine = start::CommandLine::parse({argv + 1, argv + argc});
+  if (!commandLine)
+    return complain(commandLine.error());
+  switch (commandLine->action) {
+  case start::CommandLine::Action::printVersion:
+    std::printf("%s %s (%s) %s\n", bundle::displayName, bundle::shortVersion, bundle::buildNumber, bundle::identifier);
+    return EXIT_SUCCESS;
+  case start::CommandLine::Action::printHelp:
+    std::fputs(start::usage, stdout);
+    return EXIT_SUCCESS;
+  case start::CommandLine::Action::run:
+    return run(std::move(*commandLine));
+  }
+}
