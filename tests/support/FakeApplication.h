@@ -37,7 +37,7 @@ class FakeWindow final : public platform::Window, public std::enable_shared_from
   std::string identifier() const override { return attributes.identifier; }
   void setTitle(const std::string& text) override { title = text; }
   void setBusy(bool value) override { busy = value; }
-  void setContent(platform::NativeView) override {}
+  void setContent(platform::NativeView view) override { content = view; }
   platform::Rect frame() const override { return frame_; }
   void setFrame(const platform::Rect& frame) override {
     frame_ = frame;
@@ -69,6 +69,7 @@ class FakeWindow final : public platform::Window, public std::enable_shared_from
 
   platform::WindowAttributes attributes;
   std::shared_ptr<FakeGroup> group = std::make_shared<FakeGroup>();
+  platform::NativeView content;
   std::string title;
   bool busy = false;
   bool visible = false;

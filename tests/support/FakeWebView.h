@@ -55,10 +55,11 @@ class FakeWebView final : public platform::WebView {
     prints.push_back(settings);
     co_return printResult;
   }
-  platform::NativeView nativeView() override { return {}; }
+  platform::NativeView nativeView() override { return native; }
   void setInspectable(bool value) override { inspectable = value; }
 
   platform::WebViewDelegate* delegate = nullptr;
+  platform::NativeView native;
   std::set<std::string> handlers;
   std::vector<std::string> loads;
   std::vector<std::string> evaluations;
@@ -86,6 +87,8 @@ class FakeWebViewFactory final : public platform::WebViewFactory {
   make(const std::vector<std::shared_ptr<const platform::UserScript>>& scripts) override {
     auto view = std::make_shared<FakeWebView>();
     view->acceptsState = acceptsState;
+    if (onMake)
+      onMake(*view);
     made.push_back(view);
     names.clear();
     for (const auto& script : scripts)
@@ -95,6 +98,7 @@ class FakeWebViewFactory final : public platform::WebViewFactory {
 
   std::vector<std::weak_ptr<FakeWebView>> made;
   bool acceptsState = true;
+  std::function<void(FakeWebView&)> onMake;
   std::vector<std::string> names; // of the scripts of the last one
 };
 

@@ -1,0 +1,85 @@
+#include "ProgramTest.h"
+
+#include <boost/json/parse.hpp>
+
+#include <csignal>
+#include <fstream>
+#include <sstream>
+
+namespace ondrel::e2e {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr std::chrono::seconds startLimit{30};
+constexpr std::chrono::seconds endLimit{20};
+
+// A page script of the main configuration says this in each page that has been parsed.
+constexpr auto pageIsThere = "files-auto-share: script installed on ";
+
+} // namespace
+
+void ProgramTest::SetUp() {
+  auto pattern = (fs::temp_directory_path() / "ondrel-e2e-XXXXXX").string();
+  profile = mkdtemp(pattern.data());
+  environment_ = {{"XDG_CONFIG_HOME", profile / "config"}, {"XDG_DATA_HOME", profile / "data"},
+                  {"XDG_CACHE_HOME", profile / "cache"},   {"ONDREL_SITE", profile / "site.json"},
+                  {"ONDREL_LOG", "debug"}};
+  service_ = std::make_unique<Process>(DEMO_SERVICE, std::vector<std::string>{"--site-file", profile / "site.json"},
+                                       Environment(), profile / "service.log");
+  ASSERT_TRUE(eventually([this] { return service_->output().ends_with("\n"); })) << service_->output();
+  address = boost::json::parse(service_->output()).at("web").as_string();
+}
+
+void ProgramTest::TearDown() {
+  for (const auto& output : outputs) {
+    const auto text = read(output);
+    for (const auto* word : {"CRITICAL", "WARNING", "AddressSanitizer", "runtime error"})
+      EXPECT_FALSE(text.contains(word)) << text;
+  }
+  service_.reset();
+  if (!HasFailure())
+    fs::remove_all(profile);
+}
+
+std::unique_ptr<Process> ProgramTest::start(std::vector<std::string> arguments, Environment more) {
+  more.insert(environment_.begin(), environment_.end());
+  outputs.push_back(profile / ("output-" + std::to_string(++starts_)));
+  return std::make_unique<Process>(ONDREL_PROGRAM, std::move(arguments), more, outputs.back());
+}
+
+bool ProgramTest::waitForPage(Process& program, std::size_t times) {
+  return eventually([&] { return count(program.output(), pageIsThere) >= times; }, startLimit);
+}
+
+std::optional<int> ProgramTest::quit(Process& program) {
+  program.signal(SIGTERM);
+  return program.wait(endLimit);
+}
+
+std::string ProgramTest::read(const fs::path& file) const {
+  std::ifstream stream(file, std::ios::binary);
+  std::ostringstream text;
+  text << stream.rdbuf();
+  return text.str();
+}
+
+void ProgramTest::write(const fs::path& file, const std::string& text) const {
+  fs::create_directories(file.parent_path());
+  std::ofstream(file, std::ios::binary) << text;
+}
+
+std::optional<app::PersistedSession> ProgramTest::session() const {
+  auto decoded = app::PersistedSession::decode(read(sessionFile()));
+  return decoded ? std::optional(std::move(*decoded)) : std::nullopt;
+}
+
+std::size_t count(const std::string& text, const std::string& part) {
+  std::size_t found = 0;
+  for (auto at = text.find(part); at != text.npos; at = text.find(part, at + part.size()))
+    ++found;
+  return found;
+}
+
+} // namespace ondrel::e2e
