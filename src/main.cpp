@@ -40,9 +40,11 @@ int complain(const std::string& problem) {
 }
 
 platform::Bundle ownBundle(bool isDemo) {
-  // The demonstration is an application of its own: it must neither take the URLs of the real one nor hand it any.
+  // The demonstration is an application of its own: it must neither take the URLs of the real one nor hand it
+  // any.
   const std::string identifier = bundle::identifier;
-  return {isDemo ? identifier + ".Demo" : identifier, bundle::displayName, bundle::shortVersion, bundle::buildNumber};
+  return {isDemo ? identifier + ".Demo" : identifier, bundle::displayName, bundle::shortVersion,
+          bundle::buildNumber};
 }
 
 void logUnhandled(std::exception_ptr failure) {
@@ -64,13 +66,14 @@ unsigned randomUpTo(unsigned most) {
 // Everything that lives from start-up to the end, made in the order in which it stands on each other.
 class Program {
  public:
-  Program(platform::LinuxApplication& application, const platform::Bundle& bundle, const start::ProgramFolders& folders,
-          settings::Site site, platform::Rendering rendering)
+  Program(platform::LinuxApplication& application, const platform::Bundle& bundle,
+          const start::ProgramFolders& folders, settings::Site site, platform::Rendering rendering)
       : defaults_(files_, directories_.configuration() + "/defaults.json"),
-        webViews_({.dataFolder = directories_.applicationSupport().value_or(directories_.temporary()) + "/webkit",
-                   .cacheFolder = directories_.cache() + "/webkit",
-                   .extensionFolder = folders.extension,
-                   .softwareRendering = rendering == platform::Rendering::software}),
+        webViews_(
+            {.dataFolder = directories_.applicationSupport().value_or(directories_.temporary()) + "/webkit",
+             .cacheFolder = directories_.cache() + "/webkit",
+             .extensionFolder = folders.extension,
+             .softwareRendering = rendering == platform::Rendering::software}),
         scripts_(scripts::pageScriptSource),
         app_({.bundle = bundle,
               .application = application,
@@ -84,7 +87,8 @@ class Program {
               .hasEnvironmentVariable =
                   [](std::string_view name) { return std::getenv(std::string(name).c_str()) != nullptr; },
               .randomUpTo = randomUpTo},
-             std::move(site), scripts_, [](const web::WebServices& services) { return ui::contentFactory(services); }),
+             std::move(site), scripts_,
+             [](const web::WebServices& services) { return ui::contentFactory(services); }),
         interface_({.toolkitApplication = application.native(),
                     .application = application,
                     .windows = app_.windowManager(),
@@ -124,7 +128,8 @@ int run(start::CommandLine commandLine) {
   async::setUnhandledExceptionHandler(logUnhandled);
 
   glib::GlibEventLoop loop;
-  platform::LinuxApplication application({.applicationId = bundle.identifier, .displayName = bundle.displayName});
+  platform::LinuxApplication application(
+      {.applicationId = bundle.identifier, .displayName = bundle.displayName});
   std::unique_ptr<Program> program;
   const int status = application.run(std::move(commandLine.urls), [&] {
     program = std::make_unique<Program>(application, bundle, folders, std::move(*site), rendering);
@@ -142,7 +147,8 @@ int main(int argc, char** argv) {
     return complain(commandLine.error());
   switch (commandLine->action) {
   case start::CommandLine::Action::printVersion:
-    std::printf("%s %s (%s) %s\n", bundle::displayName, bundle::shortVersion, bundle::buildNumber, bundle::identifier);
+    std::printf("%s %s (%s) %s\n", bundle::displayName, bundle::shortVersion, bundle::buildNumber,
+                bundle::identifier);
     return EXIT_SUCCESS;
   case start::CommandLine::Action::printHelp:
     std::fputs(start::usage, stdout);

@@ -20,7 +20,7 @@ class BrowserContent {
 };
 
 // Fills a window that has just been made with the view on its model.
-using BrowserContentFactory = std::function<std::unique_ptr<BrowserContent>(std::shared_ptr<web::WindowViewModel>,
-                                                                            std::shared_ptr<platform::Window>)>;
+using BrowserContentFactory = std::function<std::unique_ptr<BrowserContent>(
+    std::shared_ptr<web::WindowViewModel>, std::shared_ptr<platform::Window>)>;
 
 } // namespace ondrel::app

@@ -10,8 +10,8 @@
 
 namespace ondrel::app {
 
-// The saved windows and tabs, as session.json holds them: keys are the field names, bytes are base64, an absent
-// optional leaves its key out.
+// The saved windows and tabs, as session.json holds them: keys are the field names, bytes are base64, an
+// absent optional leaves its key out.
 struct PersistedTab {
   std::string urlString;
   std::string title;
@@ -45,7 +45,8 @@ struct PersistedSession {
   bool operator==(const PersistedSession&) const = default;
 
   std::string encoded() const;
-  // A missing key or one of the wrong type fails the whole; unknown keys are passed over. The error is for the log.
+  // A missing key or one of the wrong type fails the whole; unknown keys are passed over. The error is for
+  // the log.
   static std::expected<PersistedSession, std::string> decode(std::string_view json);
 };
 

@@ -2,12 +2,11 @@
 
 #include "platform/FileStore.h"
 
-#include <utility>
-
 namespace ondrel::app {
 
 SessionStore::SessionStore(platform::Directories& directories, platform::FileStore& files)
-    : directories_(directories), files_(files) {}
+    : directories_(directories), files_(files) {
+}
 
 std::optional<std::string> SessionStore::path() const {
   auto folder = directories_.applicationSupport();
@@ -22,11 +21,15 @@ void SessionStore::save(const PersistedSession& session) {
     logger_.error("SessionStore: failed to resolve Application Support URL");
     return;
   }
-  if (std::exchange(fileIsDamaged_, false)) {
-    if (const auto kept = files_.keepAside(*file))
-      logger_.notice("SessionStore: the unreadable session is kept as {}", *kept);
-    else
-      logger_.error("SessionStore: the unreadable session could not be kept: {}", kept.error().description);
+  if (fileIsDamaged_) {
+    const auto kept = files_.keepAside(*file);
+    if (!kept) {
+      logger_.error("SessionStore: save failed: the unreadable session can't be kept: {}",
+                    kept.error().description);
+      return;
+    }
+    logger_.notice("SessionStore: the unreadable session is kept as {}", *kept);
+    fileIsDamaged_ = false;
   }
   if (const auto written = files_.writeAtomically(*file, session.encoded()); !written)
     logger_.error("SessionStore: save failed: {}", written.error().description);

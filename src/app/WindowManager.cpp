@@ -22,8 +22,8 @@ namespace {
 constexpr std::string_view tabbingIdentifier = "ondrel";
 constexpr std::string_view windowIdentifier = "ondrel-browser";
 
-// A lone window is shown with tabs disallowed, which stops the platform from merging it into a group on its own, and
-// may be merged by the user from the next turn on.
+// A lone window is shown with tabs disallowed, which stops the platform from merging it into a group on its
+// own, and may be merged by the user from the next turn on.
 async::Task<void> preferTabs(std::weak_ptr<platform::Window> weakWindow) {
   if (const auto window = weakWindow.lock())
     window->setTabbingMode(TabbingMode::preferred);
@@ -33,12 +33,19 @@ async::Task<void> preferTabs(std::weak_ptr<platform::Window> weakWindow) {
 } // namespace
 
 WindowPtr WindowManager::makeWindow(const ViewModelPtr& viewModel) {
-  viewModel->openInNewWindow = [this](ViewModelPtr opened, bool activate) { showAlone(makeWindow(opened), activate); };
-  viewModel->openInNewTab = [this](ViewModelPtr opened, bool activate) {
-    if (const auto key = application_.keyWindow())
-      openTab(opened, key, activate);
+  const std::weak_ptr weakSelf = self_;
+  viewModel->openInNewWindow = [weakSelf](ViewModelPtr opened, bool activate) {
+    if (const auto self = weakSelf.lock())
+      (*self)->showAlone((*self)->makeWindow(opened), activate);
+  };
+  viewModel->openInNewTab = [weakSelf](ViewModelPtr opened, bool activate) {
+    const auto self = weakSelf.lock();
+    if (!self)
+      return;
+    if (const auto key = (*self)->application_.keyWindow())
+      (*self)->openTab(opened, key, activate);
     else
-      showAlone(makeWindow(opened), activate);
+      (*self)->showAlone((*self)->makeWindow(opened), activate);
   };
   platform::WindowAttributes attributes;
   attributes.tabbingIdentifier = tabbingIdentifier;
@@ -55,7 +62,9 @@ WindowPtr WindowManager::makeWindow(const ViewModelPtr& viewModel) {
   return window;
 }
 
-ViewModelPtr WindowManager::newViewModel() const { return WindowViewModel::make(webServices_); }
+ViewModelPtr WindowManager::newViewModel() const {
+  return WindowViewModel::make(webServices_);
+}
 
 void WindowManager::showAlone(const WindowPtr& window, bool activate) {
   window->setTabbingMode(TabbingMode::disallowed);
@@ -74,7 +83,9 @@ void WindowManager::openTab(const ViewModelPtr& viewModel, const WindowPtr& neig
     window->makeKeyAndOrderFront();
 }
 
-void WindowManager::openMainWindow() { showAlone(makeWindow(newViewModel())); }
+void WindowManager::openMainWindow() {
+  showAlone(makeWindow(newViewModel()));
+}
 
 void WindowManager::reopenWindow() {
   const auto window = makeWindow(newViewModel());
@@ -134,8 +145,8 @@ void WindowManager::openInNewTabOrWindow(const std::string& url) {
 }
 
 const WindowManager::Entry* WindowManager::entry(const platform::Window* window) const {
-  const auto found =
-      std::ranges::find_if(windowViewModels_, [window](const Entry& each) { return each.window.get() == window; });
+  const auto found = std::ranges::find_if(
+      windowViewModels_, [window](const Entry& each) { return each.window.get() == window; });
   return found == windowViewModels_.end() ? nullptr : &*found;
 }
 
@@ -171,7 +182,9 @@ ViewModelPtr WindowManager::viewModel(const WindowPtr& window) const {
   return found ? found->viewModel : nullptr;
 }
 
-ViewModelPtr WindowManager::keyViewModel() const { return viewModel(application_.keyWindow()); }
+ViewModelPtr WindowManager::keyViewModel() const {
+  return viewModel(application_.keyWindow());
+}
 
 bool WindowManager::mainWindowContainsMail() const {
   const auto main = viewModel(application_.mainWindow());
@@ -179,7 +192,8 @@ bool WindowManager::mainWindowContainsMail() const {
 }
 
 bool WindowManager::hasComposeWindow() const {
-  return std::ranges::any_of(windowViewModels_, [](const Entry& each) { return each.viewModel->isComposeURL(); });
+  return std::ranges::any_of(windowViewModels_,
+                             [](const Entry& each) { return each.viewModel->isComposeURL(); });
 }
 
 std::optional<std::string> WindowManager::currentAccountParameter() const {

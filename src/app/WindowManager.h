@@ -6,6 +6,7 @@
 #include "base/Observable.h"
 #include "platform/Window.h"
 
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -32,16 +33,16 @@ namespace ondrel::app {
 class SessionStore;
 
 // Owner of every browser window: makes them, groups them as tabs, knows the active one, saves the session and
-// restores it, and publishes what the menu commands depend on. There is one view model for each tab, a tab being a
-// window in a group. Lives as long as the process. Main thread only.
+// restores it, and publishes what the menu commands depend on. There is one view model for each tab, a tab
+// being a window in a group. Lives as long as the process. Main thread only.
 class WindowManager {
  public:
   using ActiveWindow = std::pair<std::shared_ptr<platform::Window>, std::shared_ptr<web::WindowViewModel>>;
 
   // Schedules the restoring of the session for the first turn of the main loop.
-  WindowManager(platform::Application& application, settings::AppSettings& settings, SessionStore& sessionStore,
-                platform::Clipboard& clipboard, const web::WebServices& webServices,
-                BrowserContentFactory contentFactory);
+  WindowManager(platform::Application& application, settings::AppSettings& settings,
+                SessionStore& sessionStore, platform::Clipboard& clipboard,
+                const web::WebServices& webServices, BrowserContentFactory contentFactory);
   ~WindowManager();
 
   // Builds the window of a view model and registers it; doesn't show it.
@@ -72,9 +73,10 @@ class WindowManager {
   // The session as it is now.
   PersistedSession snapshot() const;
 
-  base::Observable<bool> activeURLContainsMail{false};     // the key window's page is one of the mail application
-  base::Observable<bool> isConversationVisible{false};     // and shows an open conversation
-  base::Observable<std::optional<std::string>> clipboardFastMailURL; // an address of a message on the clipboard
+  base::Observable<bool> activeURLContainsMail{false}; // the key window's page is one of the mail application
+  base::Observable<bool> isConversationVisible{false}; // and shows an open conversation
+  base::Observable<std::optional<std::string>>
+      clipboardFastMailURL; // an address of a message on the clipboard
 
   std::optional<platform::Rect> lastClosedWindowFrame() const { return lastClosedWindowFrame_; }
 
@@ -107,7 +109,7 @@ class WindowManager {
 
   // Reads what activeURLContainsMail depends on, and follows the next change of it.
   void updateActiveURLContainsMail();
-  void trackedValueChanged();
+  void trackedValueChanged(const web::WindowViewModel* keyModel);
   void followTrackedChange();
   async::Task<void> checkConversationAndScheduleSave();
   async::Task<void> checkConversation();
@@ -124,8 +126,11 @@ class WindowManager {
   std::vector<Entry> windowViewModels_; // in the order of making
   base::Event<> windowViewModelsChanged_;
   std::optional<platform::Rect> lastClosedWindowFrame_;
-  std::vector<base::Subscription> trackedReads_;
+  // What the last reads for each key window depended on; each set is followed until its next change.
+  std::map<const web::WindowViewModel*, std::vector<base::Subscription>> trackedReads_;
   std::vector<base::Subscription> subscriptions_;
+  // What others hold of this manager: empty once it has gone.
+  std::shared_ptr<WindowManager*> self_ = std::make_shared<WindowManager*>(this);
   bool hasRestored_ = false;
   bool isTerminating_ = false;
   async::TaskHandle urlSaveTask_;

@@ -56,7 +56,9 @@ WindowManager::WindowManager(platform::Application& application, settings::AppSe
 
 WindowManager::~WindowManager() = default;
 
-void WindowManager::later(void (WindowManager::*work)()) { scope_.spawn(onNextTurn(work)); }
+void WindowManager::later(void (WindowManager::*work)()) {
+  scope_.spawn(onNextTurn(work));
+}
 
 async::Task<void> WindowManager::onNextTurn(void (WindowManager::*work)()) {
   (this->*work)();
@@ -117,7 +119,9 @@ bool WindowManager::selectTab(const std::string& characters) {
   return true;
 }
 
-void WindowManager::refreshClipboardURL() { scope_.spawn(readClipboard()); }
+void WindowManager::refreshClipboardURL() {
+  scope_.spawn(readClipboard());
+}
 
 async::Task<void> WindowManager::readClipboard() {
   const auto text = co_await clipboard_.readString();
@@ -129,22 +133,22 @@ async::Task<void> WindowManager::readClipboard() {
 }
 
 void WindowManager::updateActiveURLContainsMail() {
-  trackedReads_.clear();
-  const auto track = [this](const auto& source) { trackedReads_.push_back(source([this] { trackedValueChanged(); })); };
-  bool containsMail = false;
-  if (const auto key = application_.keyWindow()) {
-    track([this](auto callback) { return windowViewModelsChanged_.subscribe(callback); });
-    if (const auto keyModel = viewModel(key)) {
-      track([&](auto callback) { return keyModel->urlString.observe(callback); });
-      containsMail = web::containsMail(*keyModel->urlString);
-    }
+  const auto key = application_.keyWindow();
+  const auto keyModel = viewModel(key);
+  if (key) {
+    auto& reads = trackedReads_[keyModel.get()];
+    reads.clear();
+    const auto changed = [this, tracked = keyModel.get()] { trackedValueChanged(tracked); };
+    reads.push_back(windowViewModelsChanged_.subscribe(changed));
+    if (keyModel)
+      reads.push_back(keyModel->urlString.observe(changed));
   }
-  activeURLContainsMail.set(containsMail);
+  activeURLContainsMail.set(keyModel && web::containsMail(*keyModel->urlString));
 }
 
-void WindowManager::trackedValueChanged() {
-  // Once for each armed set: a page that changes twice in a turn is looked at once.
-  trackedReads_.clear();
+void WindowManager::trackedValueChanged(const web::WindowViewModel* keyModel) {
+  // Once for each set of reads: a page that changes twice in a turn is looked at once.
+  trackedReads_.erase(keyModel);
   later(&WindowManager::followTrackedChange);
 }
 
@@ -156,6 +160,9 @@ void WindowManager::followTrackedChange() {
 
 async::Task<void> WindowManager::checkConversationAndScheduleSave() {
   co_await checkConversation();
+  const bool isReplaced = co_await async::cancelled();
+  if (isReplaced)
+    co_return;
   urlSaveTask_.cancel();
   urlSaveTask_ = scope_.spawn(saveLater());
 }
@@ -166,6 +173,10 @@ async::Task<void> WindowManager::checkConversation() {
   const auto webView = keyModel ? keyModel->liveWebView() : nullptr;
   if (*activeURLContainsMail && webView && !webView->isLoading()) {
     const auto result = co_await keyModel->evaluate(std::string(conversationVisible));
+    // A newer check follows, and knows better.
+    const bool isReplaced = co_await async::cancelled();
+    if (isReplaced)
+      co_return;
     visible = result && result->is_bool() && result->get_bool();
   }
   isConversationVisible.set(visible);

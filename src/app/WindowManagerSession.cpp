@@ -24,7 +24,9 @@ PersistedTab persisted(const WindowViewModel& viewModel) {
     tab.interactionState = webView->interactionState();
     tab.pageZoom = webView->pageZoom();
   } else {
-    tab.interactionState = viewModel.restorationData;
+    // Unless another page has been asked for since, which the old state would hide.
+    if (!viewModel.loadsURLAfterRestoring)
+      tab.interactionState = viewModel.restorationData;
     tab.pageZoom = *viewModel.initialPageZoom;
   }
   return tab;

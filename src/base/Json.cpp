@@ -68,6 +68,8 @@ std::string jsonText(const json::value& value, int indent) {
   return text;
 }
 
-std::string jsonStringLiteral(std::string_view text) { return json::serialize(json::string_view(text)); }
+std::string jsonStringLiteral(std::string_view text) {
+  return json::serialize(json::string_view(text));
+}
 
 } // namespace ondrel::base

@@ -6,7 +6,9 @@ namespace {
 LogSink installedSink = nullptr;
 }
 
-void setLogSink(LogSink sink) { installedSink = sink; }
+void setLogSink(LogSink sink) {
+  installedSink = sink;
+}
 
 void Logger::write(LogLevel level, const std::string& message) const {
   if (installedSink)

@@ -28,7 +28,9 @@ class Observable {
     changed_.emit();
   }
 
-  Subscription observe(std::function<void()> observer) const { return changed_.subscribe(std::move(observer)); }
+  Subscription observe(std::function<void()> observer) const {
+    return changed_.subscribe(std::move(observer));
+  }
 
  private:
   T value_{};

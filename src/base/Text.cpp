@@ -34,11 +34,19 @@ Decoded decodeAt(std::string_view text, std::size_t at) {
   return {character, length, true};
 }
 
-bool isControl(char32_t c) { return c < 0x20 || (c >= 0x7F && c < 0xA0) || c == 0x2028 || c == 0x2029; }
+bool isControl(char32_t c) {
+  return c < 0x20 || (c >= 0x7F && c < 0xA0) || c == 0x2028 || c == 0x2029;
+}
 
 bool isInvisible(char32_t c) {
-  return (c >= 0x200B && c <= 0x200F) || (c >= 0x202A && c <= 0x202E) || (c >= 0x2060 && c <= 0x206F) || c == 0x061C ||
-         c == 0xFEFF || c == 0x00AD || (c >= 0xE0000 && c <= 0xE007F);
+  return (c >= 0x200B && c <= 0x200F) || (c >= 0x202A && c <= 0x202E) || (c >= 0x2060 && c <= 0x206F) ||
+         c == 0x061C || c == 0xFEFF || c == 0x00AD || (c >= 0xE0000 && c <= 0xE007F);
+}
+
+bool isSpace(char32_t c) {
+  return (c >= 0x09 && c <= 0x0D) || c == ' ' || c == 0x85 || c == 0xA0 || c == 0x1680 ||
+         (c >= 0x2000 && c <= 0x200A) || c == 0x2028 || c == 0x2029 || c == 0x202F || c == 0x205F ||
+         c == 0x3000;
 }
 
 constexpr std::string_view replacementCharacter = "\xEF\xBF\xBD";
@@ -66,16 +74,23 @@ bool isValidUtf8(std::string_view text) {
 
 std::string lowercasedAscii(std::string_view text) {
   std::string result(text);
-  std::ranges::transform(result, result.begin(), [](char c) { return c >= 'A' && c <= 'Z' ? char(c + 32) : c; });
+  std::ranges::transform(result, result.begin(),
+                         [](char c) { return c >= 'A' && c <= 'Z' ? char(c + 32) : c; });
   return result;
 }
 
 std::string_view trimmed(std::string_view text) {
-  constexpr std::string_view space = " \t\n\v\f\r";
-  const auto first = text.find_first_not_of(space);
-  if (first == text.npos)
-    return {};
-  return text.substr(first, text.find_last_not_of(space) - first + 1);
+  std::size_t first = text.size();
+  std::size_t end = 0;
+  for (std::size_t i = 0; i < text.size();) {
+    const auto decoded = decodeAt(text, i);
+    if (!decoded.valid || !isSpace(decoded.character)) {
+      first = std::min(first, i);
+      end = i + decoded.length;
+    }
+    i += decoded.length;
+  }
+  return end == 0 ? std::string_view() : text.substr(first, end - first);
 }
 
 std::optional<long long> parsedInteger(std::string_view text) {

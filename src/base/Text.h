@@ -12,19 +12,19 @@ bool isValidUtf8(std::string_view text);
 // Letters A to Z in lower case, all else as it is, whatever the locale.
 std::string lowercasedAscii(std::string_view text);
 
-// Without ASCII white space and new lines at both ends.
+// Without white space and new lines of any script at both ends.
 std::string_view trimmed(std::string_view text);
 
 // A base-10 integer with an optional sign and nothing else around it; absent when it is none or too large.
 std::optional<long long> parsedInteger(std::string_view text);
 
-// One line that is safe to show in the program's own chrome: control characters become spaces, characters that
-// change the direction of writing or can't be seen are left out, invalid UTF-8 becomes U+FFFD.
+// One line that is safe to show in the program's own chrome: control characters become spaces, characters
+// that change the direction of writing or can't be seen are left out, invalid UTF-8 becomes U+FFFD.
 std::string displayLine(std::string_view text);
 
-// A base name that the program may use for a file of its own choosing in a folder of its own choosing: separators,
-// control and direction characters replaced, no leading dots, at most 255 bytes cut at a character with the
-// extension kept; `fallback` when nothing is left.
+// A base name that the program may use for a file of its own choosing in a folder of its own choosing:
+// separators, control and direction characters replaced, no leading dots, at most 255 bytes cut at a
+// character with the extension kept; `fallback` when nothing is left.
 std::string safeFileName(std::string_view name, std::string_view fallback);
 
 } // namespace ondrel::base

@@ -9,7 +9,9 @@ namespace ondrel::base {
 
 namespace {
 
-bool isHex(char c) { return std::isxdigit(static_cast<unsigned char>(c)) != 0; }
+bool isHex(char c) {
+  return std::isxdigit(static_cast<unsigned char>(c)) != 0;
+}
 
 int hexValue(char c) {
   if (c >= '0' && c <= '9')
@@ -17,22 +19,25 @@ int hexValue(char c) {
   return (c | 0x20) - 'a' + 10;
 }
 
-// What RFC 3986 allows anywhere, and all of UTF-8 beyond ASCII, which the caller has checked.
+// What RFC 3986 allows anywhere and engines leave raw, and all of UTF-8 beyond ASCII, which the caller has
+// checked.
 bool allowed(char c) {
   const auto byte = static_cast<unsigned char>(c);
   if (byte >= 0x80 || std::isalnum(byte))
     return true;
-  return std::string_view("-._~:/?#[]@!$&'()*+,;=%|").contains(c);
+  return std::string_view("-._~:/?#[]@!$&'()*+,;=%|{}^\\`").contains(c);
 }
 
 bool wellFormed(std::string_view text) {
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    if (!allowed(text[i]))
-      return false;
+  return std::ranges::all_of(text, allowed) && isValidUtf8(text);
+}
+
+// Strict: what is odd here decides where a request goes.
+bool isAuthority(std::string_view text) {
+  for (std::size_t i = 0; i < text.size(); ++i)
     if (text[i] == '%' && (i + 2 >= text.size() || !isHex(text[i + 1]) || !isHex(text[i + 2])))
       return false;
-  }
-  return isValidUtf8(text);
+  return text.find_first_of("|{}^\\`") == text.npos;
 }
 
 bool isScheme(std::string_view text) {
@@ -65,7 +70,8 @@ std::optional<Url> Url::parse(std::string_view text) {
     url.query_ = rest.substr(query + 1);
     rest = rest.substr(0, query);
   }
-  // A colon before the first slash must end a scheme (RFC 3986, 4.2): "a b:c" or ":x" is no relative reference.
+  // A colon before the first slash must end a scheme (RFC 3986, 4.2): "a b:c" or ":x" is no relative
+  // reference.
   const auto colon = rest.find(':');
   if (colon != rest.npos && colon < rest.find('/')) {
     if (!isScheme(rest.substr(0, colon)))
@@ -77,6 +83,8 @@ std::optional<Url> Url::parse(std::string_view text) {
     const auto end = rest.find('/', 2);
     auto authority = rest.substr(2, end == rest.npos ? rest.npos : end - 2);
     rest = end == rest.npos ? std::string_view() : rest.substr(end);
+    if (!isAuthority(authority))
+      return std::nullopt;
     if (const auto at = authority.rfind('@'); at != authority.npos)
       authority = authority.substr(at + 1);
     // Brackets are an IPv6 literal's and nothing else's.
@@ -129,10 +137,16 @@ std::optional<std::string> Url::queryItem(std::string_view name) const {
   return std::nullopt;
 }
 
+bool Url::isWeb() const {
+  const auto lower = lowercasedAscii(scheme_.value_or(""));
+  return host_ && (lower == "http" || lower == "https");
+}
+
 bool Url::sameOrigin(const Url& other) const {
   return scheme_ && host_ && other.scheme_ && other.host_ &&
          lowercasedAscii(*scheme_) == lowercasedAscii(*other.scheme_) &&
-         lowercasedAscii(*host_) == lowercasedAscii(*other.host_) && effectivePort(*this) == effectivePort(other);
+         lowercasedAscii(*host_) == lowercasedAscii(*other.host_) &&
+         effectivePort(*this) == effectivePort(other);
 }
 
 std::string percentDecoded(std::string_view text) {

@@ -6,16 +6,18 @@
 
 namespace ondrel::base {
 
-// An absolute or relative URL reference (RFC 3986). A value: the text as given and its parts as they stand in it,
-// percent-encoding included. Parsing refuses control characters, spaces and broken percent-encoding; it never
-// repairs. Non-ASCII UTF-8 passes (RFC 3987), other bytes above 127 do not.
+// An absolute or relative URL reference (RFC 3986). A value: the text as given and its parts as they stand in
+// it, percent-encoding included. Parsing refuses control characters, spaces, quotes and angle brackets; it
+// never repairs. Behind the authority it lets pass what web engines leave as it is: braces, "^", "\", "|",
+// "`" and a "%" of no meaning. Non-ASCII UTF-8 passes (RFC 3987), other bytes above 127 do not.
 class Url {
  public:
   static std::optional<Url> parse(std::string_view text);
 
   const std::string& absoluteString() const { return text_; }
   const std::optional<std::string>& scheme() const { return scheme_; }
-  // Without user information; an IPv6 literal keeps its brackets. Absent when there is no authority or it is empty.
+  // Without user information; an IPv6 literal keeps its brackets. Absent when there is no authority or it is
+  // empty.
   const std::optional<std::string>& host() const { return host_; }
   // Digits after the host's colon, absent when there are none.
   const std::optional<std::string>& port() const { return port_; }
@@ -28,7 +30,10 @@ class Url {
   std::string lastPathComponent() const;
   // The decoded value of the first query item of that name; absent when there is none or it has no "=".
   std::optional<std::string> queryItem(std::string_view name) const;
-  // Scheme, host and port are the same, with the default ports of http and https filled in, letters' case aside.
+  // Of the web: http or https, letters' case aside.
+  bool isWeb() const;
+  // Scheme, host and port are the same, with the default ports of http and https filled in, letters' case
+  // aside.
   bool sameOrigin(const Url& other) const;
 
   bool operator==(const Url& other) const { return text_ == other.text_; }

@@ -10,7 +10,8 @@ namespace ondrel::integrations {
 
 EmailLinkService::EmailLinkService(platform::Application& application, app::WindowManager& windowManager,
                                    const web::WebServices& webServices)
-    : application_(application), windowManager_(windowManager), webServices_(webServices) {}
+    : application_(application), windowManager_(windowManager), webServices_(webServices) {
+}
 
 void EmailLinkService::navigate(const std::string& url, const std::optional<std::string>& emailId) {
   application_.activateIgnoringOtherApps();

@@ -26,8 +26,8 @@ class EmailLinkService {
   EmailLinkService(platform::Application& application, app::WindowManager& windowManager,
                    const web::WebServices& webServices);
 
-  // Shows a message's address in the active window, or in a new one. With an email id the page is made to open that
-  // message, which loading the address alone doesn't do reliably.
+  // Shows a message's address in the active window, or in a new one. With an email id the page is made to
+  // open that message, which loading the address alone doesn't do reliably.
   void navigate(const std::string& url, const std::optional<std::string>& emailId = {});
 
  private:

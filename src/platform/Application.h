@@ -35,7 +35,8 @@ class Application {
   virtual std::vector<std::shared_ptr<Window>> windows() const = 0;
   // Front to back; of each group the selected tab comes first.
   virtual std::vector<std::shared_ptr<Window>> orderedWindows() const = 0;
-  virtual std::shared_ptr<Window> keyWindow() const = 0;  // has the keyboard; none when another application has it
+  virtual std::shared_ptr<Window>
+  keyWindow() const = 0; // has the keyboard; none when another application has it
   virtual std::shared_ptr<Window> mainWindow() const = 0; // the one in front of the program's own
 
   virtual void activateIgnoringOtherApps() = 0;

@@ -23,8 +23,8 @@ class Download {
     std::int64_t totalBytes = -1; // -1: not known
   };
 
-  // Answered with an absolute path, or with nothing to cancel the download. Set by whom the download is handed to,
-  // before it returns; without a handler the download is cancelled.
+  // Answered with an absolute path, or with nothing to cancel the download. Set by whom the download is
+  // handed to, before it returns; without a handler the download is cancelled.
   using DestinationReply = base::Reply<std::optional<std::string>>;
   using DestinationHandler = std::function<void(DestinationRequest, DestinationReply)>;
 

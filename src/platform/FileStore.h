@@ -18,9 +18,10 @@ class FileStore {
   virtual ~FileStore() = default;
 
   virtual std::expected<std::string, FileError> read(const std::string& path) = 0;
-  // Beside, flushed, renamed, folder flushed: afterwards the old or the new content is there, never a mixture.
-  // Makes missing folders.
-  virtual std::expected<void, FileError> writeAtomically(const std::string& path, std::string_view content) = 0;
+  // Beside, flushed, renamed, folder flushed: afterwards the old or the new content is there, never a
+  // mixture. Makes missing folders.
+  virtual std::expected<void, FileError> writeAtomically(const std::string& path,
+                                                         std::string_view content) = 0;
   // Moves a damaged file out of the way under a free name beside it; the new path.
   virtual std::expected<std::string, FileError> keepAside(const std::string& path) = 0;
   virtual bool exists(const std::string& path) = 0;

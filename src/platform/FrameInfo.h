@@ -9,7 +9,8 @@ namespace ondrel::platform {
 struct FrameInfo {
   std::uint64_t id = 0; // of the engine, unique in one web process
   std::string url;      // the document's address; "about:srcdoc" or "about:blank" for frames without one
-  std::string origin;   // "scheme://host[:port]" as the engine computes it; "null" when opaque (a sandboxed frame, say)
+  std::string
+      origin; // "scheme://host[:port]" as the engine computes it; "null" when opaque (a sandboxed frame, say)
   bool isMainFrame = false;
 
   bool operator==(const FrameInfo&) const = default;

@@ -4,8 +4,9 @@
 
 namespace ondrel::platform {
 
-// Modifier flags in the program's own terms. Command is the desktop's Ctrl key and Option its Alt key. The Ctrl key
-// sets `command`, and for the Tab key alone `control` instead, since tabs are switched with Ctrl+Tab everywhere.
+// Modifier flags in the program's own terms. Command is the desktop's Ctrl key and Option its Alt key. The
+// Ctrl key sets `command`, and for the Tab key alone `control` instead, since tabs are switched with Ctrl+Tab
+// everywhere.
 struct Modifiers {
   static constexpr std::uint32_t shift = 0x20000;
   static constexpr std::uint32_t control = 0x40000;

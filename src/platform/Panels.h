@@ -31,7 +31,8 @@ struct OpenPanel {
   std::vector<std::string> mimeTypes;
 };
 
-// Questions to the user. None blocks the program: each suspends its caller. `parent` may be null or closed meanwhile.
+// Questions to the user. None blocks the program: each suspends its caller. `parent` may be null or closed
+// meanwhile.
 class Panels {
  public:
   static constexpr int firstButton = 1000;
@@ -39,9 +40,10 @@ class Panels {
   virtual ~Panels() = default;
   // firstButton plus the position of the button pressed; the last one for Escape.
   virtual async::Task<int> runAlert(Alert alert, std::shared_ptr<Window> parent) = 0;
-  virtual async::Task<std::optional<std::string>> runSavePanel(SavePanel panel, std::shared_ptr<Window> parent) = 0;
-  virtual async::Task<std::optional<std::vector<std::string>>> runOpenPanel(OpenPanel panel,
-                                                                           std::shared_ptr<Window> parent) = 0;
+  virtual async::Task<std::optional<std::string>> runSavePanel(SavePanel panel,
+                                                               std::shared_ptr<Window> parent) = 0;
+  virtual async::Task<std::optional<std::vector<std::string>>>
+  runOpenPanel(OpenPanel panel, std::shared_ptr<Window> parent) = 0;
 };
 
 } // namespace ondrel::platform

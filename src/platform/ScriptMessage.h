@@ -11,8 +11,9 @@ namespace ondrel::platform {
 
 class WebView;
 
-// One call of window.webkit.messageHandlers.NAME.postMessage(body). Everything in it comes from the page: nothing
-// has been checked but the size (at most largestBody bytes of JSON; larger messages are dropped with a log line).
+// One call of window.webkit.messageHandlers.NAME.postMessage(body). Everything in it comes from the page:
+// nothing has been checked but the size (at most largestBody bytes of JSON; larger messages are dropped with
+// a log line).
 struct ScriptMessage {
   static constexpr std::size_t largestBody = std::size_t{2} << 20;
 

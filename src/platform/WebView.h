@@ -20,8 +20,8 @@ namespace ondrel::platform {
 class Window;
 class WebViewDelegate;
 
-// Why an evaluation gave no value: the page threw, the value can't be carried over, the page or frame is gone,
-// or nothing answered in time.
+// Why an evaluation gave no value: the page threw, the value can't be carried over, the page or frame is
+// gone, or nothing answered in time.
 struct ScriptError {
   enum class Kind { exception, unsupportedValue, gone, timedOut };
   Kind kind = Kind::gone;
@@ -42,8 +42,8 @@ struct PrintSettings {
 
 enum class PrintResult { done, cancelled, failed };
 
-// One page of the web engine with its back-forward list. Main thread only. Shared: its view, the model that shows it
-// and running operations hold it; destroying the last reference ends its page.
+// One page of the web engine with its back-forward list. Main thread only. Shared: its view, the model that
+// shows it and running operations hold it; destroying the last reference ends its page.
 class WebView {
  public:
   virtual ~WebView() = default;
@@ -56,7 +56,8 @@ class WebView {
   virtual void addScriptMessageHandler(const std::string& name) = 0;
   virtual void removeScriptMessageHandler(const std::string& name) = 0; // an unknown name is ignored
 
-  // Loads with the protocol's cache policy; fails with WebError::timedOut when nothing has been committed after 60 s.
+  // Loads with the protocol's cache policy; fails with WebError::timedOut when nothing has been committed
+  // after 60 s.
   virtual void load(const std::string& url) = 0;
   virtual void reload() = 0;
   virtual void stopLoading() = 0;
@@ -72,11 +73,13 @@ class WebView {
   virtual double pageZoom() const = 0;
   virtual void setPageZoom(double zoom) = 0;
 
-  // Runs source in the page's world: in the main frame, or in the given one. Never answers later than the deadline.
+  // Runs source in the page's world: in the main frame, or in the given one. Never answers later than the
+  // deadline.
   virtual async::Task<ScriptResult> evaluate(std::string source, std::optional<FrameInfo> frame,
                                              async::Duration deadline) = 0;
 
-  // Back-forward list and scroll positions as opaque bytes of the engine; absent when there is nothing to keep.
+  // Back-forward list and scroll positions as opaque bytes of the engine; absent when there is nothing to
+  // keep.
   virtual std::optional<base::Bytes> interactionState() = 0;
   // False when the bytes are none of this engine's; the web view is then as it was.
   virtual bool restoreInteractionState(const base::Bytes& state) = 0;

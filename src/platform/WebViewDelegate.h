@@ -53,9 +53,9 @@ using PolicyReply = base::Reply<NavigationPolicy>;
 using DoneReply = base::Reply<bool>; // for an alert the value has no meaning
 using FilesReply = base::Reply<std::optional<std::vector<std::string>>>;
 
-// What a web view asks and tells. All calls come on the main thread, from the engine's own callbacks: the web view
-// stays alive during the call whatever the delegate does. Replies may be answered later; dropped, they are answered
-// safely (cancel, false, nothing).
+// What a web view asks and tells. All calls come on the main thread, from the engine's own callbacks: the web
+// view stays alive during the call whatever the delegate does. Replies may be answered later; dropped, they
+// are answered safely (cancel, false, nothing).
 class WebViewDelegate {
  public:
   virtual ~WebViewDelegate() = default;
@@ -64,13 +64,14 @@ class WebViewDelegate {
   virtual void decidePolicy(const NavigationResponse& response, PolicyReply reply) = 0;
   virtual void didCommit() = 0;
   virtual void didFinish() = 0;
-  virtual void didFail(const WebError& error) = 0;             // after the commit
+  virtual void didFail(const WebError& error) = 0;            // after the commit
   virtual void didFailProvisional(const WebError& error) = 0; // before it
 
   // An allowed navigation or response has turned into a download.
   virtual void didBecomeDownload(std::shared_ptr<Download> download) = 0;
 
-  // The web view made by the request, or none to open no window. The engine holds the answer until its page is shown.
+  // The web view made by the request, or none to open no window. The engine holds the answer until its page
+  // is shown.
   virtual std::shared_ptr<WebView> createWebView(NewWindowRequest request) = 0;
 
   virtual void runAlertPanel(const std::string& message, DoneReply reply) = 0;

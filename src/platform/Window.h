@@ -24,8 +24,8 @@ enum class TabbingMode { automatic = 0, preferred = 1, disallowed = 2 };
 
 class Window;
 
-// The windows that share one top-level as tabs, in the order of the tabs. A lone window is in a group of its own or
-// in none; the platform says.
+// The windows that share one top-level as tabs, in the order of the tabs. A lone window is in a group of its
+// own or in none; the platform says.
 class WindowGroup {
  public:
   virtual ~WindowGroup() = default;
@@ -33,15 +33,16 @@ class WindowGroup {
   virtual std::shared_ptr<Window> selectedWindow() const = 0;
 };
 
-// One window in the model, which the user sees as one tab. It has an identity of its own and moves between groups.
-// A closed window keeps its last frame and ignores everything else. Main thread only.
+// One window in the model, which the user sees as one tab. It has an identity of its own and moves between
+// groups. A closed window keeps its last frame and ignores everything else. Main thread only.
 class Window {
  public:
   virtual ~Window() = default;
 
   virtual std::string identifier() const = 0; // "ondrel-browser", "files", ...
-  virtual void setTitle(const std::string& title) = 0; // of the tab, and of the top-level while it is in front
-  virtual void setBusy(bool busy) = 0;                 // a load is running
+  virtual void
+  setTitle(const std::string& title) = 0; // of the tab, and of the top-level while it is in front
+  virtual void setBusy(bool busy) = 0;    // a load is running
   // The view that fills the tab; the window keeps it alive.
   virtual void setContent(NativeView view) = 0;
 
@@ -62,7 +63,8 @@ class Window {
 
   virtual void makeKeyAndOrderFront() = 0;
   virtual void orderFront() = 0; // shows it without taking the keyboard
-  virtual bool isVisible() const = 0; // on screen as the selected tab of a top-level that is neither hidden nor minimised
+  virtual bool
+  isVisible() const = 0; // on screen as the selected tab of a top-level that is neither hidden nor minimised
   virtual bool isMiniaturized() const = 0;
   virtual void deminiaturize() = 0;
 

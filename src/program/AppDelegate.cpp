@@ -21,15 +21,17 @@ async::Task<void> onNextTurn(std::function<void()> work) {
 
 } // namespace
 
-AppDelegate::AppDelegate(platform::Application& application, platform::Bundle bundle, platform::UserDefaults& defaults,
-                         platform::Directories& directories, platform::FileStore& files,
-                         AppLifecycleService& lifecycle)
+AppDelegate::AppDelegate(platform::Application& application, platform::Bundle bundle,
+                         platform::UserDefaults& defaults, platform::Directories& directories,
+                         platform::FileStore& files, AppLifecycleService& lifecycle)
     : application_(application), bundle_(std::move(bundle)), defaults_(defaults), directories_(directories),
       files_(files), lifecycle_(lifecycle) {
-  subscriptions_.push_back(application_.didFinishLaunching.subscribe([this] { applicationDidFinishLaunching(); }));
+  subscriptions_.push_back(
+      application_.didFinishLaunching.subscribe([this] { applicationDidFinishLaunching(); }));
   subscriptions_.push_back(application_.reopenRequested.subscribe(
       [this](bool hasVisibleWindows) { applicationShouldHandleReopen(hasVisibleWindows); }));
-  subscriptions_.push_back(application_.willResignActive.subscribe([this] { applicationWillResignActive(); }));
+  subscriptions_.push_back(
+      application_.willResignActive.subscribe([this] { applicationWillResignActive(); }));
 }
 
 void AppDelegate::applicationDidFinishLaunching() {

@@ -22,8 +22,8 @@ struct AppLifecycleService;
 // The program opens mailto links on this desktop.
 bool isDefaultEmailClient(const platform::Workspace& workspace, const platform::Bundle& bundle);
 
-// Asks, once the delay is over, whether the user wants the program to be the default mail application. Asked at most
-// once, unless the user switches the question on again.
+// Asks, once the delay is over, whether the user wants the program to be the default mail application. Asked
+// at most once, unless the user switches the question on again.
 async::Task<void> askToBecomeDefault(std::chrono::seconds delay, platform::Bundle bundle,
                                      platform::Application& application, platform::Workspace& workspace,
                                      platform::Panels& panels, settings::AppSettings& settings,

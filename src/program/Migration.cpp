@@ -14,20 +14,20 @@ constexpr std::int64_t firstBuildWithoutOldKeys = 72;
 constexpr std::int64_t firstBuildWithoutLogFolder = 84;
 constexpr std::string_view oldKeys[] = {"baseURL", "_savedPages", "_hookTickerRunning", "_emailIds"};
 
-void removeLogFolder(const platform::Bundle& bundle, platform::Directories& directories, platform::FileStore& files) {
+void removeLogFolder(const platform::Bundle& bundle, platform::Directories& directories,
+                     platform::FileStore& files) {
   const auto support = directories.applicationSupport();
   if (!support)
     return;
   const auto folder = *support + "/" + (bundle.identifier.empty() ? "Ondrel" : bundle.identifier) + "/Logs";
-  if (files.exists(folder))
-    [[maybe_unused]]
+  if (files.exists(folder)) [[maybe_unused]]
     const auto ignored = files.removeRecursively(folder);
 }
 
 } // namespace
 
-void migrate(const platform::Bundle& bundle, platform::UserDefaults& defaults, platform::Directories& directories,
-             platform::FileStore& files) {
+void migrate(const platform::Bundle& bundle, platform::UserDefaults& defaults,
+             platform::Directories& directories, platform::FileStore& files) {
   const auto& key = settings::keys::lastMigratedBuild;
   const auto stored = defaults.integer(key.name).value_or(key.fallback);
   const std::int64_t running = base::parsedInteger(bundle.buildNumber).value_or(0);

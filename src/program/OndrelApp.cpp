@@ -17,10 +17,11 @@ constexpr unsigned alertDelaySpread = 60;
 OndrelApp::OndrelApp(const PlatformAbilities& platform, settings::Site site, const web::PageScripts& scripts,
                      const ContentFactoryMaker& makeContentFactory)
     : settings_(platform.defaults, std::move(site)),
-      webServices_{settings_, scripts, platform.application, platform.webViews, platform.panels, platform.workspace},
+      webServices_{settings_,         scripts,         platform.application,
+                   platform.webViews, platform.panels, platform.workspace},
       sessionStore_(platform.directories, platform.files),
-      appDelegate_(platform.application, platform.bundle, platform.defaults, platform.directories, platform.files,
-                   lifecycle_),
+      appDelegate_(platform.application, platform.bundle, platform.defaults, platform.directories,
+                   platform.files, lifecycle_),
       windowManager_(platform.application, settings_, sessionStore_, platform.clipboard, webServices_,
                      makeContentFactory(webServices_)),
       emailLinkService_(platform.application, windowManager_, webServices_) {
@@ -29,8 +30,8 @@ OndrelApp::OndrelApp(const PlatformAbilities& platform, settings::Site site, con
     return;
   if (settings_.get(settings::keys::defaultClientCheck)) {
     const std::chrono::seconds delay{shortestAlertDelay + platform.randomUpTo(alertDelaySpread)};
-    scope_.spawn(askToBecomeDefault(delay, platform.bundle, platform.application, platform.workspace, platform.panels,
-                                    settings_, lifecycle_));
+    scope_.spawn(askToBecomeDefault(delay, platform.bundle, platform.application, platform.workspace,
+                                    platform.panels, settings_, lifecycle_));
   }
 }
 

@@ -4,7 +4,6 @@
 #include "app/SessionStore.h"
 #include "app/WindowManager.h"
 #include "async/Scope.h"
-#include "base/Log.h"
 #include "integrations/EmailLinkService.h"
 #include "platform/Bundle.h"
 #include "program/AppDelegate.h"
@@ -56,7 +55,6 @@ class OndrelApp {
   const web::WebServices& webServices() const { return webServices_; }
 
  private:
-  const base::Logger logger_{"system"};
   settings::AppSettings settings_;
   web::WebServices webServices_;
   app::SessionStore sessionStore_;

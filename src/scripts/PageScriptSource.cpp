@@ -11,7 +11,8 @@ namespace ondrel::scripts {
 std::optional<std::string> pageScriptSource(std::string_view name) {
   const auto path = "/org/velmora/Ondrel/scripts/" + std::string(name) + ".js";
   const std::unique_ptr<GBytes, decltype(&g_bytes_unref)> bytes(
-      g_resource_lookup_data(ondrel_scripts_get_resource(), path.c_str(), G_RESOURCE_LOOKUP_FLAGS_NONE, nullptr),
+      g_resource_lookup_data(ondrel_scripts_get_resource(), path.c_str(), G_RESOURCE_LOOKUP_FLAGS_NONE,
+                             nullptr),
       g_bytes_unref);
   if (!bytes)
     return std::nullopt;

@@ -5,15 +5,22 @@
 
 namespace ondrel::settings {
 
-AppSettings::AppSettings(platform::UserDefaults& defaults, Site site) : defaults_(defaults), site_(std::move(site)) {}
+AppSettings::AppSettings(platform::UserDefaults& defaults, Site site)
+    : defaults_(defaults), site_(std::move(site)) {
+}
 
-bool AppSettings::get(const Key<bool>& key) const { return defaults_.boolean(key.name).value_or(key.fallback); }
+bool AppSettings::get(const Key<bool>& key) const {
+  return defaults_.boolean(key.name).value_or(key.fallback);
+}
 
-void AppSettings::set(const Key<bool>& key, bool value) { defaults_.set(key.name, value); }
+void AppSettings::set(const Key<bool>& key, bool value) {
+  defaults_.set(key.name, value);
+}
 
 FastmailEnvironment AppSettings::currentEnvironment() const {
-  return defaults_.string(keys::fastmailEnvironment) == site_.webAppBaseURL.beta ? FastmailEnvironment::beta
-                                                                                : FastmailEnvironment::production;
+  return defaults_.string(keys::fastmailEnvironment) == site_.webAppBaseURL.beta
+             ? FastmailEnvironment::beta
+             : FastmailEnvironment::production;
 }
 
 void AppSettings::setEnvironment(FastmailEnvironment environment) {
@@ -25,7 +32,8 @@ const std::string& AppSettings::webAppBaseURL(FastmailEnvironment environment) c
 }
 
 const std::string& AppSettings::jmapSessionURL(FastmailEnvironment environment) const {
-  return environment == FastmailEnvironment::beta ? site_.jmapSessionURL.beta : site_.jmapSessionURL.production;
+  return environment == FastmailEnvironment::beta ? site_.jmapSessionURL.beta
+                                                  : site_.jmapSessionURL.production;
 }
 
 bool AppSettings::isServiceOrigin(const std::string& origin) const {
@@ -49,7 +57,8 @@ std::int64_t AppSettings::mcpServerPort() const {
 }
 
 SettingsTab AppSettings::selectedSettingsTab() const {
-  return settingsTab(defaults_.string(keys::selectedSettingsTab.name).value_or("")).value_or(SettingsTab::general);
+  return settingsTab(defaults_.string(keys::selectedSettingsTab.name).value_or(""))
+      .value_or(SettingsTab::general);
 }
 
 void AppSettings::setSelectedSettingsTab(SettingsTab tab) {

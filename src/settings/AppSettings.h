@@ -18,8 +18,8 @@ namespace ondrel::settings {
 // Which of the service's two deployments the program talks to.
 enum class FastmailEnvironment { production, beta };
 
-// Typed reads of the user defaults, the site's addresses by environment, and the few facts that many parts of the
-// program watch. One for the process, main thread only.
+// Typed reads of the user defaults, the site's addresses by environment, and the few facts that many parts of
+// the program watch. One for the process, main thread only.
 class AppSettings {
  public:
   AppSettings(platform::UserDefaults& defaults, Site site);
@@ -30,7 +30,8 @@ class AppSettings {
 
   const Site& site() const { return site_; }
 
-  // Computed at each use: beta exactly when the stored text is beta's web application; all else is production.
+  // Computed at each use: beta exactly when the stored text is beta's web application; all else is
+  // production.
   FastmailEnvironment currentEnvironment() const;
   // Stores the choice; whoever lets the user choose emits fastmailEnvironmentDidChange afterwards.
   void setEnvironment(FastmailEnvironment environment);
@@ -46,7 +47,7 @@ class AppSettings {
   SettingsTab selectedSettingsTab() const;
   void setSelectedSettingsTab(SettingsTab tab);
 
-  base::Event<> fastmailEnvironmentDidChange; // the stored value is new already
+  base::Event<> fastmailEnvironmentDidChange;    // the stored value is new already
   base::Observable<std::int64_t> unreadCount{0}; // unread mail in the inbox
 
  private:

@@ -22,14 +22,16 @@ inline constexpr Key<bool> hideInternalLinks{"_hideInternalLinks", false};
 inline constexpr Key<bool> showMenuBarExtra{"_showMenuBarExtra", true};
 inline constexpr Key<bool> defaultClientCheck{"_defaultClientCheck", true};
 inline constexpr Key<std::string_view> selectedSettingsTab{"_selectedSettingsTab", "general"};
-inline constexpr std::string_view fastmailEnvironment = "_fastmailEnvironment"; // falls back to production's address
+inline constexpr std::string_view fastmailEnvironment =
+    "_fastmailEnvironment"; // falls back to production's address
 inline constexpr Key<bool> runJS{"_runJS", false};
 inline constexpr Key<bool> injectCSS{"_injectCSS", false};
 inline constexpr Key<bool> highlightTagEnabled{"_highlightTagEnabled", false};
 inline constexpr Key<std::string_view> highlightTagName{"_highlightTagName", "Highlighted"};
 inline constexpr Key<bool> mcpServerEnabled{"_mcpServerEnabled", false};
 inline constexpr Key<std::int64_t> mcpServerPort{"_mcpServerPort", 7777};
-inline constexpr std::string_view dismissedAnnouncementID = "_dismissedAnnouncementID"; // absent until one is dismissed
+inline constexpr std::string_view dismissedAnnouncementID =
+    "_dismissedAnnouncementID"; // absent until one is dismissed
 inline constexpr Key<std::int64_t> lastMigratedBuild{"_lastMigratedBuild", 0};
 
 } // namespace keys

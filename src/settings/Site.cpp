@@ -14,6 +14,11 @@ namespace {
 namespace json = boost::json;
 using Problem = std::unexpected<std::string>;
 
+// Plain http is for services on this machine.
+bool isLoopback(std::string_view host) {
+  return host == "localhost" || host.ends_with(".localhost") || host.starts_with("127.") || host == "[::1]";
+}
+
 // Reads strings out of one JSON object and keeps the first thing that was wrong.
 class Reader {
  public:
@@ -40,7 +45,7 @@ class Reader {
   std::string requiredAddress(std::string_view key) {
     auto text = required(key);
     const auto url = base::Url::parse(text);
-    if (!text.empty() && (!url || !url->host() || (url->scheme() != "https" && url->scheme() != "http")))
+    if (!text.empty() && (!url || !url->isWeb() || (url->scheme() != "https" && !isLoopback(*url->host()))))
       complain(key, "is not an https address");
     return text;
   }

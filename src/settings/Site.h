@@ -6,8 +6,8 @@
 
 namespace ondrel::settings {
 
-// The addresses of the service and of the project, from site.json. Addresses of the service are always there; an
-// empty address of the project switches off what needs it.
+// The addresses of the service and of the project, from site.json. Addresses of the service are always there;
+// an empty address of the project switches off what needs it.
 struct Site {
   struct ByEnvironment {
     std::string production;

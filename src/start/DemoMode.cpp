@@ -19,8 +19,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr auto privateFolder = fs::perms::owner_all;
-
 // The service's first line of output, which says that it is ready; none when it ended without.
 std::optional<std::string> readLine(int descriptor) {
   std::string line;
@@ -39,29 +37,32 @@ std::optional<std::string> readLine(int descriptor) {
 
 } // namespace
 
-std::expected<std::unique_ptr<DemoMode>, std::string> DemoMode::start(const std::string& executableFolder,
-                                                                      const std::optional<std::string>& keptProfile) {
+std::expected<std::unique_ptr<DemoMode>, std::string>
+DemoMode::start(const std::string& executableFolder, const std::optional<std::string>& keptProfile) {
   std::unique_ptr<DemoMode> demo(new DemoMode);
   std::error_code error;
   if (keptProfile) {
     demo->profile_ = fs::absolute(*keptProfile, error).string();
     demo->isKept_ = true;
-    fs::create_directories(demo->profile_, error);
+    if (fs::create_directories(demo->profile_, error))
+      fs::permissions(demo->profile_, fs::perms::owner_all, error);
   } else {
     auto pattern = (fs::temp_directory_path(error) / "ondrel-demo-XXXXXX").string();
     if (!mkdtemp(pattern.data()))
-      return std::unexpected(fmt::format("can't make a folder for the demonstration: {}", std::strerror(errno)));
+      return std::unexpected(
+          fmt::format("can't make a folder for the demonstration: {}", std::strerror(errno)));
     demo->profile_ = pattern;
   }
-  fs::permissions(demo->profile_, privateFolder, error);
   if (error)
     return std::unexpected(fmt::format("can't use the folder {}: {}", demo->profile_, error.message()));
 
   if (auto problem = demo->launch(executableFolder + "/ondrel-demo-service"))
     return std::unexpected(std::move(*problem));
 
-  const std::pair<const char*, std::string> variables[] = {
-      {"XDG_CONFIG_HOME", "/config"}, {"XDG_DATA_HOME", "/data"}, {"XDG_CACHE_HOME", "/cache"}, {"ONDREL_SITE", "/site.json"}};
+  const std::pair<const char*, std::string> variables[] = {{"XDG_CONFIG_HOME", "/config"},
+                                                           {"XDG_DATA_HOME", "/data"},
+                                                           {"XDG_CACHE_HOME", "/cache"},
+                                                           {"ONDREL_SITE", "/site.json"}};
   for (const auto& [name, path] : variables)
     setenv(name, (demo->profile_ + path).c_str(), 1);
   return demo;
@@ -74,8 +75,9 @@ std::optional<std::string> DemoMode::launch(const std::string& program) {
     return fmt::format("can't start the demonstration service: {}", std::strerror(errno));
   serviceInput_ = input[1];
 
-  std::array<std::string, 6> words{program, "--until-eof", "--site-file", profile_ + "/site.json", "--ports-file",
-                                   profile_ + "/ports.json"};
+  std::array<std::string, 6> words{program,        "--until-eof",
+                                   "--site-file",  profile_ + "/site.json",
+                                   "--ports-file", profile_ + "/ports.json"};
   std::array<char*, 7> arguments{};
   for (std::size_t i = 0; i < words.size(); ++i)
     arguments[i] = words[i].data();

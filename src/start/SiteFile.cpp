@@ -22,7 +22,8 @@ std::expected<settings::Site, std::string> loadSite(const std::string& dataFolde
                                        errno ? std::strerror(errno) : "it is empty"));
   auto site = settings::Site::parse(text.str());
   if (!site)
-    return std::unexpected(fmt::format("the service's addresses in {} can't be used: {}", path, site.error()));
+    return std::unexpected(
+        fmt::format("the service's addresses in {} can't be used: {}", path, site.error()));
   return std::move(*site);
 }
 

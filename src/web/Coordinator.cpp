@@ -10,15 +10,21 @@
 
 namespace ondrel::web {
 
-Coordinator::Coordinator(const std::shared_ptr<WindowViewModel>& viewModel, std::shared_ptr<platform::WebView> webView,
-                         std::shared_ptr<const WebViewConfiguration> configuration, const WebServices& services)
+Coordinator::Coordinator(const std::shared_ptr<WindowViewModel>& viewModel,
+                         std::shared_ptr<platform::WebView> webView,
+                         std::shared_ptr<const WebViewConfiguration> configuration,
+                         const WebServices& services)
     : viewModel_(viewModel), webView_(std::move(webView)), configuration_(std::move(configuration)),
-      services_(services), openInNewWindow_(viewModel->openInNewWindow), openInNewTab_(viewModel->openInNewTab),
-      retryDelay_(firstRetryDelay) {}
+      services_(services), openInNewWindow_(viewModel->openInNewWindow),
+      openInNewTab_(viewModel->openInNewTab), retryDelay_(firstRetryDelay) {
+}
 
 Coordinator::~Coordinator() {
   scope_.cancelAll();
   webView_->setDelegate(nullptr);
+  // A download goes on without its tab, and may ask where to go only now.
+  for (const auto& [download, running] : downloadItems_)
+    download->setDestinationHandler(nullptr);
   for (const auto& name : registeredHandlerNames_)
     webView_->removeScriptMessageHandler(name);
 }

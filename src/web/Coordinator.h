@@ -23,9 +23,9 @@ class WindowViewModel;
 struct WebServices;
 struct WebViewConfiguration;
 
-// The host's side of one web view: decides where its navigations go, retries failed loads, opens windows and panels
-// for its page, and dispatches its script messages. Owned by the web view's place in the interface; its destruction
-// detaches it from the web view and ends its work. Main thread only.
+// The host's side of one web view: decides where its navigations go, retries failed loads, opens windows and
+// panels for its page, and dispatches its script messages. Owned by the web view's place in the interface;
+// its destruction detaches it from the web view and ends its work. Main thread only.
 class Coordinator final : public platform::WebViewDelegate {
  public:
   Coordinator(const std::shared_ptr<WindowViewModel>& viewModel, std::shared_ptr<platform::WebView> webView,
@@ -78,7 +78,8 @@ class Coordinator final : public platform::WebViewDelegate {
   void consoleLog(const ScriptMessageFields& fields, const Message& message);
   void filesAutoShare(const ScriptMessageFields& fields, const Message& message);
 
-  async::Task<void> closeWindowAfter(std::chrono::milliseconds delay, std::weak_ptr<platform::WebView> webView);
+  async::Task<void> closeWindowAfter(std::chrono::milliseconds delay,
+                                     std::weak_ptr<platform::WebView> webView);
   async::Task<void> printWithPanel(std::weak_ptr<platform::WebView> webView);
   async::Task<void> answerAlert(std::string message, platform::DoneReply reply);
   async::Task<void> answerConfirm(std::string message, platform::DoneReply reply);

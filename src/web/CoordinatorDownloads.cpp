@@ -21,13 +21,18 @@ namespace {
 // How long the row of a finished or failed download stays.
 constexpr std::chrono::seconds rowTime{4};
 
+// A type of this name says nothing about the file.
+constexpr std::string_view anyType = "application/octet-stream";
+
 std::string proposedFileName(const std::string& suggested) {
-  const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(
-      std::chrono::system_clock::now().time_since_epoch());
+  const auto seconds =
+      std::chrono::duration_cast<std::chrono::seconds>(std::chrono::system_clock::now().time_since_epoch());
   return base::safeFileName(suggested, fmt::format("download_{}", seconds.count()));
 }
 
-std::string fileNameOf(const std::string& path) { return path.substr(path.rfind('/') + 1); }
+std::string fileNameOf(const std::string& path) {
+  return path.substr(path.rfind('/') + 1);
+}
 
 } // namespace
 
@@ -48,10 +53,11 @@ void Coordinator::didBecomeDownload(std::shared_ptr<platform::Download> download
 }
 
 async::Task<void> Coordinator::chooseDestination(std::shared_ptr<platform::Download> download,
-                                                 std::string suggestedName, std::optional<std::string> mimeType,
+                                                 std::string suggestedName,
+                                                 std::optional<std::string> mimeType,
                                                  base::Reply<std::optional<std::string>> reply) {
   platform::SavePanel panel{proposedFileName(suggestedName), {}};
-  if (mimeType)
+  if (mimeType && mimeType->contains('/') && *mimeType != anyType)
     panel.mimeTypes.push_back(std::move(*mimeType));
   auto path = co_await services_.panels.runSavePanel(std::move(panel), window());
   const auto running = downloadItems_.find(download.get());

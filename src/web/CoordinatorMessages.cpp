@@ -35,7 +35,7 @@ struct Coordinator::Route {
 const Coordinator::Route Coordinator::routes[] = {
     {"titleChange", Trust::mainFrameOrService, &Coordinator::titleChange},
     {"mouseover", Trust::mainFrameOrService, &Coordinator::mouseover},
-    {"print", Trust::serviceOnly, &Coordinator::print},
+    {"print", Trust::mainFrameOrService, &Coordinator::print},
     {"composeReady", Trust::serviceOnly, &Coordinator::composeReady},
     {"compose", Trust::serviceOnly, &Coordinator::compose},
     {"sendClicked", Trust::serviceOnly, &Coordinator::sendClicked},
@@ -65,7 +65,8 @@ void Coordinator::didReceiveScriptMessage(const platform::ScriptMessage& message
     return;
   }
   if (!isTrusted(*route, message)) {
-    scriptLogger_.debug("A message of type {} from a frame of {} was dropped", route->type, message.frame.origin);
+    scriptLogger_.debug("A message of type {} from a frame of {} was dropped", route->type,
+                        message.frame.origin);
     return;
   }
   if (route->handle)
@@ -73,7 +74,8 @@ void Coordinator::didReceiveScriptMessage(const platform::ScriptMessage& message
 }
 
 bool Coordinator::isTrusted(const Route& route, const Message& message) const {
-  if (route.trust == Trust::anyFrame || (route.trust == Trust::mainFrameOrService && message.frame.isMainFrame))
+  if (route.trust == Trust::anyFrame ||
+      (route.trust == Trust::mainFrameOrService && message.frame.isMainFrame))
     return true;
   return services_.settings.isServiceOrigin(message.frame.origin);
 }
@@ -149,7 +151,9 @@ void Coordinator::discardClicked(const ScriptMessageFields&, const Message& mess
   discardClickedTask_ = scope_.spawn(closeWindowAfter(discardGrace, message.webView));
 }
 
-void Coordinator::discardUndone(const ScriptMessageFields&, const Message&) { discardClickedTask_.cancel(); }
+void Coordinator::discardUndone(const ScriptMessageFields&, const Message&) {
+  discardClickedTask_.cancel();
+}
 
 async::Task<void> Coordinator::closeWindowAfter(std::chrono::milliseconds delay,
                                                 std::weak_ptr<platform::WebView> webView) {
@@ -171,7 +175,8 @@ void Coordinator::filesAutoShare(const ScriptMessageFields& fields, const Messag
     return;
   const auto* filename = fields.find("filename");
   const auto* reason = fields.find("reason");
-  scriptLogger_.error("files-auto-share failed for {}: {}", filename ? *filename : "the file", reason ? *reason : "");
+  scriptLogger_.error("files-auto-share failed for {}: {}", filename ? *filename : "the file",
+                      reason ? *reason : "");
 }
 
 } // namespace ondrel::web

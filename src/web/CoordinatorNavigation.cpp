@@ -19,6 +19,13 @@ using platform::NavigationPolicy;
 
 namespace {
 
+// A load that the program starts passes by the engine's checks of what a page may link to (files of this
+// machine, scripts): only addresses of the web are opened for a page. The rest stays with the engine.
+bool isWebAddress(const std::optional<std::string>& address) {
+  const auto url = address ? base::Url::parse(*address) : std::nullopt;
+  return url && url->isWeb();
+}
+
 bool hostEndsWith(const base::Url& url, const std::string& suffix) {
   return !suffix.empty() && (url.host()->ends_with(suffix) || url.hostWithPort().ends_with(suffix));
 }
@@ -27,7 +34,8 @@ bool hostEndsWith(const base::Url& url, const std::string& suffix) {
 
 void Coordinator::decidePolicy(const platform::NavigationAction& action, platform::PolicyReply reply) {
   const auto& modifiers = action.modifiers;
-  if (action.type == platform::NavigationType::linkActivated && modifiers.contains(Modifiers::command) && action.url) {
+  if (action.type == platform::NavigationType::linkActivated && modifiers.contains(Modifiers::command) &&
+      isWebAddress(action.url)) {
     const auto& open = modifiers.contains(Modifiers::option) ? openInNewWindow_ : openInNewTab_;
     if (open)
       open(newViewModel(*action.url), modifiers.contains(Modifiers::shift));
@@ -40,7 +48,8 @@ void Coordinator::decidePolicy(const platform::NavigationAction& action, platfor
 void Coordinator::decidePolicy(const platform::NavigationResponse& response, platform::PolicyReply reply) {
   const bool isAttachment = response.isHttp && response.contentDisposition &&
                             base::lowercasedAscii(*response.contentDisposition).starts_with("attachment");
-  std::move(reply)(isAttachment || !response.canShowMimeType ? NavigationPolicy::download : NavigationPolicy::allow);
+  std::move(reply)(isAttachment || !response.canShowMimeType ? NavigationPolicy::download
+                                                             : NavigationPolicy::allow);
 }
 
 void Coordinator::didCommit() {
@@ -62,7 +71,9 @@ void Coordinator::didFinish() {
   viewModel->pageProblem.set({});
 }
 
-void Coordinator::didFail(const platform::WebError& error) { failed("didFail", error); }
+void Coordinator::didFail(const platform::WebError& error) {
+  failed("didFail", error);
+}
 
 void Coordinator::didFailProvisional(const platform::WebError& error) {
   failed("didFailProvisionalNavigation", error);
@@ -114,9 +125,11 @@ std::shared_ptr<platform::WebView> Coordinator::createWebView(platform::NewWindo
 
   if (hostEndsWith(*url, services_.settings.site().userContentDomainSuffix)) {
     if (address.contains("download=")) {
-      // The page's link to a file of a message: it is fetched and saved under the page's title.
-      if (webView_->title())
+      // The page's link to a message's file, which is to be saved under the page's title.
+      if (webView_->title()) {
+        uiLogger_.info("A message's file was asked for, and nothing saves it yet");
         return nullptr;
+      }
     } else {
       uiLogger_.info("Show the raw value in a new window");
       services_.workspace.open(address);
@@ -124,7 +137,8 @@ std::shared_ptr<platform::WebView> Coordinator::createWebView(platform::NewWindo
   }
   const bool sameOrigin = *url->scheme() + "://" + url->hostWithPort() + "/" == services_.settings.baseURL();
   if (const auto viewModel = viewModel_.lock(); viewModel && viewModel->isComposeURL()) {
-    webView_->load(address);
+    if (url->isWeb())
+      webView_->load(address);
     return nullptr;
   }
   if (containsMail(address))

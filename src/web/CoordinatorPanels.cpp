@@ -10,7 +10,8 @@ void Coordinator::runAlertPanel(const std::string& message, platform::DoneReply 
 }
 
 async::Task<void> Coordinator::answerAlert(std::string message, platform::DoneReply reply) {
-  co_await services_.panels.runAlert({std::move(message), {}, platform::AlertStyle::informational, {"OK"}}, window());
+  co_await services_.panels.runAlert({std::move(message), {}, platform::AlertStyle::informational, {"OK"}},
+                                     window());
   std::move(reply)(true);
 }
 
@@ -28,7 +29,8 @@ void Coordinator::runOpenPanel(const platform::OpenPanelParameters& parameters, 
   scope_.spawn(answerOpenPanel(parameters, std::move(reply)));
 }
 
-async::Task<void> Coordinator::answerOpenPanel(platform::OpenPanelParameters parameters, platform::FilesReply reply) {
+async::Task<void> Coordinator::answerOpenPanel(platform::OpenPanelParameters parameters,
+                                               platform::FilesReply reply) {
   platform::OpenPanel panel;
   panel.allowsMultipleSelection = parameters.allowsMultipleSelection;
   panel.mimeTypes = std::move(parameters.mimeTypes);

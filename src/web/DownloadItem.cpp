@@ -16,7 +16,8 @@ constexpr std::chrono::milliseconds fullBarTime{400};
 
 DownloadItem::DownloadItem(std::string name, std::string path, std::shared_ptr<platform::Download> download)
     : id(++lastId), filename(std::move(name)), destination(std::move(path)), download_(std::move(download)),
-      progressObservation_(download_->progressed.subscribe([this] { copyProgress(); })) {}
+      progressObservation_(download_->progressed.subscribe([this] { copyProgress(); })) {
+}
 
 void DownloadItem::copyProgress() {
   const auto progress = download_->progress();

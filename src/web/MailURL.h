@@ -5,7 +5,9 @@
 namespace ondrel::web {
 
 // The address is one of the service's mail application.
-constexpr bool containsMail(std::string_view url) { return url.contains("/mail/"); }
+constexpr bool containsMail(std::string_view url) {
+  return url.contains("/mail/");
+}
 
 // The address shows the editor of a new message.
 constexpr bool isComposeURL(std::string_view url) {

@@ -74,12 +74,12 @@ bool isTrue(const platform::ScriptResult& result) {
 } // namespace
 
 std::string selectRowScript(const std::string& emailId, const std::string& thread) {
-  return "(function (emailId, thread) {" + std::string(scriptBody) + "})(" + base::jsonStringLiteral(emailId) + ", " +
-         base::jsonStringLiteral(thread) + ");";
+  return "(function (emailId, thread) {" + std::string(scriptBody) + "})(" +
+         base::jsonStringLiteral(emailId) + ", " + base::jsonStringLiteral(thread) + ");";
 }
 
-async::Task<void> selectRow(std::string emailId, std::string thread, std::weak_ptr<WindowViewModel> weakViewModel,
-                            const WebServices& services) {
+async::Task<void> selectRow(std::string emailId, std::string thread,
+                            std::weak_ptr<WindowViewModel> weakViewModel, const WebServices& services) {
   const base::Logger logger("system");
   if (!base::isValidUtf8(emailId) || !base::isValidUtf8(thread))
     co_return;
@@ -91,21 +91,22 @@ async::Task<void> selectRow(std::string emailId, std::string thread, std::weak_p
       selected = isTrue(result);
     }
     if (selected) {
-      logger.info("selectRow: called goMessage(ac.message) for email {} after {} attempt(s)", emailId, attempt + 1);
+      logger.info("selectRow: called goMessage(ac.message) for email {} after {} attempt(s)", emailId,
+                  attempt + 1);
       co_return;
     }
     co_await async::sleep(pause);
   }
   logger.error("selectRow: gave up calling goMessage for email {} after 20 attempts", emailId);
 
-  auto viewModel = weakViewModel.lock();
-  if (!viewModel)
-    co_return;
-  const auto booted = co_await viewModel->evaluate(std::string(applicationBooted));
-  if (isTrue(booted))
-    co_return;
+  if (const auto viewModel = weakViewModel.lock()) {
+    const auto booted = co_await viewModel->evaluate(std::string(applicationBooted));
+    if (isTrue(booted))
+      co_return;
+  }
   logger.error("selectRow: FastMail never booted for email {} — reloading base mailbox", emailId);
-  if (const auto webView = viewModel->liveWebView())
+  const auto viewModel = weakViewModel.lock();
+  if (const auto webView = viewModel ? viewModel->liveWebView() : nullptr)
     webView->load(services.settings.baseURL());
 }
 

@@ -12,8 +12,8 @@ namespace ondrel::web {
 // The one channel from page scripts to the host: window.webkit.messageHandlers.ondrel.
 inline constexpr std::string_view scriptMessageHandlerName = "ondrel";
 
-// The body of a message from a page script: a map from string to string. A body with any member of another type is
-// none as a whole, which keeps the shapes that a page can send few.
+// The body of a message from a page script: a map from string to string. A body with any member of another
+// type is none as a whole, which keeps the shapes that a page can send few.
 class ScriptMessageFields {
  public:
   static std::optional<ScriptMessageFields> from(const boost::json::value& body);

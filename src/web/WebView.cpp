@@ -9,7 +9,8 @@
 namespace ondrel::web {
 
 WebView::WebView(std::shared_ptr<WindowViewModel> viewModel, const WebServices& services)
-    : viewModel_(std::move(viewModel)), services_(services) {}
+    : viewModel_(std::move(viewModel)), services_(services) {
+}
 
 WebView::~WebView() {
   if (!coordinator_)

@@ -13,8 +13,8 @@ class Coordinator;
 class WindowViewModel;
 struct WebServices;
 
-// The place of a tab's web view in the interface: makes the web view and its coordinator when it is time, and takes
-// both apart when it dies. Main thread only.
+// The place of a tab's web view in the interface: makes the web view and its coordinator when it is time, and
+// takes both apart when it dies. Main thread only.
 class WebView {
  public:
   WebView(std::shared_ptr<WindowViewModel> viewModel, const WebServices& services);

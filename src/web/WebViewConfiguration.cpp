@@ -20,11 +20,11 @@ constexpr auto atEnd = InjectionTime::documentEnd;
 
 // The order counts: later scripts rely on what earlier ones have set up.
 constexpr Entry mainScripts[] = {
-    {"consoleRelayScript", atStart, false},   {"composePresetScript", atStart, false},
-    {"printShimScript", atStart, true},       {"notificationShimScript", atStart, true},
-    {"composeHookScript", atStart, true},     {"mouseoverScript", atStart, true},
-    {"titlePollScript", atEnd, true},         {"highlightHostScript", atEnd, false},
-    {"mailboxMarkerScript", atEnd, true},     {"replySelectionScript", atEnd, false},
+    {"consoleRelayScript", atStart, false}, {"composePresetScript", atStart, false},
+    {"printShimScript", atStart, true},     {"notificationShimScript", atStart, true},
+    {"composeHookScript", atStart, true},   {"mouseoverScript", atStart, true},
+    {"titlePollScript", atEnd, true},       {"highlightHostScript", atEnd, false},
+    {"mailboxMarkerScript", atEnd, true},   {"replySelectionScript", atEnd, false},
     {"filesAutoShareScript", atEnd, true},
 };
 

@@ -19,8 +19,8 @@ struct WebViewConfiguration {
   std::vector<std::string> additionalMessageHandlerNames;
 };
 
-// The page scripts of the program and the lists in which they are injected. Each script is made once and shared by
-// all web views.
+// The page scripts of the program and the lists in which they are injected. Each script is made once and
+// shared by all web views.
 class PageScripts {
  public:
   // Gives the text of a script by its name; nothing for a name that the program doesn't ship.

@@ -13,13 +13,60 @@
 
 namespace ondrel::web {
 
+namespace {
+
+// The tasks below take what they need by value: a task starts on a later turn, when the tab may be gone.
+
+// Holds the web view, so that the engine's object doesn't go away under its own callback.
+async::Task<platform::ScriptResult> evaluateIn(std::shared_ptr<platform::WebView> webView, std::string source,
+                                               std::optional<platform::FrameInfo> frame) {
+  if (!webView)
+    co_return boost::json::value();
+  co_return co_await webView->evaluate(std::move(source), std::move(frame), evaluationDeadline);
+}
+
+// A page that can't take it keeps what it has.
+async::Task<void> evaluateQuietly(async::Task<platform::ScriptResult> evaluation) {
+  [[maybe_unused]] const auto ignored = co_await std::move(evaluation);
+}
+
+async::Task<void> nothing() {
+  co_return;
+}
+
+std::string pdfName(const std::string& title) {
+  return base::safeFileName(base::safeFileName(title, "Document") + ".pdf", "Document.pdf");
+}
+
+async::Task<void> exportPDFOf(std::weak_ptr<platform::WebView> weakWebView, std::string title,
+                              std::shared_ptr<platform::Window> parent, platform::Panels& panels) {
+  platform::SavePanel panel{pdfName(title), {"application/pdf"}};
+  auto path = co_await panels.runSavePanel(std::move(panel), parent);
+  const auto webView = weakWebView.lock();
+  if (!path || !webView)
+    co_return;
+  platform::PrintSettings settings;
+  settings.pdfPath = std::move(*path);
+  const auto result = co_await webView->print(std::move(settings));
+  if (result != platform::PrintResult::failed)
+    co_return;
+  platform::Alert alert{"The PDF could not be saved",
+                        "Choose another folder, or see whether there is space left on the disk.",
+                        platform::AlertStyle::warning,
+                        {"OK"}};
+  co_await panels.runAlert(std::move(alert), parent);
+}
+
+} // namespace
+
 std::shared_ptr<WindowViewModel> WindowViewModel::make(const WebServices& services) {
   return std::shared_ptr<WindowViewModel>(new WindowViewModel(services));
 }
 
 WindowViewModel::WindowViewModel(const WebServices& services)
     : webViewConfiguration(services.scripts.mainConfiguration()), urlString(services.settings.baseURL()),
-      services_(services) {}
+      services_(services) {
+}
 
 void WindowViewModel::setWebView(const std::shared_ptr<platform::WebView>& webView) {
   if (webView_.lock() == webView)
@@ -72,17 +119,12 @@ void WindowViewModel::reload() {
 
 async::Task<platform::ScriptResult> WindowViewModel::evaluate(std::string source,
                                                               std::optional<platform::FrameInfo> frame) {
-  // Held during the evaluation, so that the engine's object doesn't go away under its own callback.
-  const auto webView = liveWebView();
-  if (!webView)
-    co_return boost::json::value();
-  co_return co_await webView->evaluate(std::move(source), std::move(frame), evaluationDeadline);
+  return evaluateIn(liveWebView(), std::move(source), std::move(frame));
 }
 
 async::Task<void> WindowViewModel::setComposeInWindow(bool composeInWindow) {
-  // A page that can't take it keeps the preset value.
-  [[maybe_unused]] const auto ignored =
-      co_await evaluate(std::string("composeInWindow = ") + (composeInWindow ? "true" : "false") + ";");
+  return evaluateQuietly(
+      evaluate(std::string("composeInWindow = ") + (composeInWindow ? "true" : "false") + ";"));
 }
 
 void WindowViewModel::zoomIn() {
@@ -110,30 +152,17 @@ void WindowViewModel::applyZoom() {
 }
 
 async::Task<void> WindowViewModel::exportPDF() {
-  const auto self = shared_from_this();
   const auto webView = liveWebView();
   auto parent = window.lock();
   if (!parent)
     parent = services_.application.keyWindow();
   if (!webView || !parent)
-    co_return;
-  const auto name = (title->empty() ? "Document" : *title) + ".pdf";
-  platform::SavePanel panel{base::safeFileName(name, "Document.pdf"), {"application/pdf"}};
-  auto path = co_await services_.panels.runSavePanel(std::move(panel), parent);
-  if (!path)
-    co_return;
-  platform::PrintSettings settings;
-  settings.pdfPath = std::move(*path);
-  const auto result = co_await webView->print(std::move(settings));
-  if (result != platform::PrintResult::failed)
-    co_return;
-  platform::Alert alert{"The PDF could not be saved",
-                        "Choose another folder, or see whether there is space left on the disk.",
-                        platform::AlertStyle::warning,
-                        {"OK"}};
-  co_await services_.panels.runAlert(std::move(alert), parent);
+    return nothing();
+  return exportPDFOf(webView, *title, std::move(parent), services_.panels);
 }
 
-bool WindowViewModel::isComposeURL() const { return web::isComposeURL(*urlString); }
+bool WindowViewModel::isComposeURL() const {
+  return web::isComposeURL(*urlString);
+}
 
 } // namespace ondrel::web

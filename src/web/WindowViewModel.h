@@ -34,9 +34,9 @@ struct PageProblem {
   bool operator==(const PageProblem&) const = default;
 };
 
-// The whole state of one browser window, which is one tab: what toolbar, menus and session need to know about its
-// page, and the operations on it. Always owned by a shared_ptr. Main thread only. A missing web view is no error:
-// each operation then quietly does nothing.
+// The whole state of one browser window, which is one tab: what toolbar, menus and session need to know about
+// its page, and the operations on it. Always owned by a shared_ptr. Main thread only. A missing web view is
+// no error: each operation then quietly does nothing.
 class WindowViewModel : public std::enable_shared_from_this<WindowViewModel> {
  public:
   using OpenClosure = std::function<void(std::shared_ptr<WindowViewModel>, bool activate)>;
@@ -101,7 +101,8 @@ class WindowViewModel : public std::enable_shared_from_this<WindowViewModel> {
   void reload();
 
   // In the main frame, or in the given one. null when there is no web view.
-  async::Task<platform::ScriptResult> evaluate(std::string source, std::optional<platform::FrameInfo> frame = {});
+  async::Task<platform::ScriptResult> evaluate(std::string source,
+                                               std::optional<platform::FrameInfo> frame = {});
   async::Task<void> setComposeInWindow(bool composeInWindow);
 
   void zoomIn();

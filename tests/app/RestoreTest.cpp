@@ -7,7 +7,8 @@ namespace {
 
 using Calls = std::vector<std::string>;
 
-PersistedTab tab(const std::string& name, std::optional<base::Bytes> state, double zoom = 1.0, bool toolbar = true) {
+PersistedTab tab(const std::string& name, std::optional<base::Bytes> state, double zoom = 1.0,
+                 bool toolbar = true) {
   return {"https://app.example.com/mail/" + name, name, std::move(state), zoom, toolbar};
 }
 
@@ -30,7 +31,8 @@ class RestoreTest : public testing::Test {
 };
 
 TEST_F(RestoreTest, BringsWindowsAndTabsBackInOrder) {
-  startWith({{{{tab("a", base::Bytes{1}), tab("b", base::Bytes{2}, 1.15), tab("c", {})}, PersistedFrame{5, 6, 700, 500}},
+  startWith({{{{tab("a", base::Bytes{1}), tab("b", base::Bytes{2}, 1.15), tab("c", {})},
+               PersistedFrame{5, 6, 700, 500}},
               {{}, std::nullopt},
               {{tab("d", {}, 0.9, false)}, std::nullopt}}});
   ASSERT_EQ(shell.application.all.size(), 4U);
@@ -39,14 +41,16 @@ TEST_F(RestoreTest, BringsWindowsAndTabsBackInOrder) {
   EXPECT_EQ(first->frame(), (platform::Rect{5, 6, 700, 500}));
   const auto tabs = first->tabGroup()->windows();
   ASSERT_EQ(tabs.size(), 3U);
+  EXPECT_EQ(shell.application.all.at(2)->tabbingMode(), platform::TabbingMode::preferred);
   EXPECT_EQ(*shell.manager->viewModel(tabs[2])->title, "c");
   EXPECT_EQ(*model(3)->initialPageZoom, 0.9);
   EXPECT_FALSE(*model(3)->toolbarVisible);
 }
 
 TEST_F(RestoreTest, OnlyTheTabInFrontGetsAWebView) {
-  const PersistedSession session{{{{tab("a", base::Bytes{1}, 1.15), tab("b", base::Bytes{2}, 0.85), tab("c", {}, 1.05)},
-                                   PersistedFrame{5, 6, 700, 500}}}};
+  const PersistedSession session{
+      {{{tab("a", base::Bytes{1}, 1.15), tab("b", base::Bytes{2}, 0.85), tab("c", {}, 1.05)},
+        PersistedFrame{5, 6, 700, 500}}}};
   startWith(session);
   ASSERT_EQ(shell.webViews.made.size(), 1U);
   const auto front = shell.webView(model(0));
@@ -59,7 +63,8 @@ TEST_F(RestoreTest, OnlyTheTabInFrontGetsAWebView) {
 
   shell.application.setKey(shell.application.all.at(2));
   shell.showKeyWindow();
-  EXPECT_EQ(shell.webView(model(2))->loads, (Calls{"https://app.example.com/mail/c"})) << "no state: it loads its address";
+  EXPECT_EQ(shell.webView(model(2))->loads, (Calls{"https://app.example.com/mail/c"}))
+      << "no state: it loads its address";
   shell.application.setKey(shell.application.all.at(1));
   shell.showKeyWindow();
   EXPECT_EQ(shell.webView(model(1))->restored, (std::vector<base::Bytes>{{2}}));
@@ -70,6 +75,8 @@ TEST_F(RestoreTest, ATabNotShownYetTakesANewAddressWithItsHistory) {
   startWith({{{{tab("a", base::Bytes{1}), tab("b", base::Bytes{2})}, std::nullopt}}});
   shell.settings.fastmailEnvironmentDidChange.emit();
   shell.settle();
+  EXPECT_EQ(saveNow().windows[0].tabs[1].interactionState, std::nullopt)
+      << "it would bring the old page back";
   shell.application.setKey(shell.application.all.at(1));
   shell.showKeyWindow();
   const auto view = shell.webView(model(1));

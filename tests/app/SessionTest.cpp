@@ -25,7 +25,9 @@ TEST(PersistedSession, SurvivesItsFile) {
 
 TEST(PersistedSession, IsReadWholeOrNotAtAll) {
   const std::string tab = R"("urlString":"u","title":"t","pageZoom":1,"toolbarVisible":true)";
-  const auto window = [](const std::string& content) { return R"({"windows":[{"tabs":[{)" + content + "}]}]}"; };
+  const auto window = [](const std::string& content) {
+    return R"({"windows":[{"tabs":[{)" + content + "}]}]}";
+  };
   const std::pair<std::string, bool> cases[] = {
       {R"({"windows":[]})", true},
       {R"({"windows":[{"tabs":[]}]})", true},

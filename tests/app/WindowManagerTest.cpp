@@ -17,7 +17,9 @@ using Calls = std::vector<std::string>;
 class WindowManagerTest : public testing::Test {
  protected:
   std::shared_ptr<FakeWindow> window(std::size_t index) { return shell.application.all.at(index); }
-  std::shared_ptr<web::WindowViewModel> model(std::size_t index) { return shell.manager->viewModel(window(index)); }
+  std::shared_ptr<web::WindowViewModel> model(std::size_t index) {
+    return shell.manager->viewModel(window(index));
+  }
   std::string saved() { return shell.files.files["/data/session.json"]; }
   bool press(int keyCode, std::uint32_t flags, const std::string& text = "") {
     const bool consumed = shell.application.keyMonitor({keyCode, {flags}, text, text});
@@ -42,7 +44,11 @@ TEST_F(WindowManagerTest, NewTabsStandBehindTheKeyWindow) {
   shell.start();
   shell.manager->newTab();
   shell.application.setKey(window(0));
+  window(0)->setTabbingMode(platform::TabbingMode::disallowed);
+  window(0)->setTabbingIdentifier("other");
   shell.manager->newTab();
+  EXPECT_EQ(window(0)->tabbingMode(), platform::TabbingMode::preferred);
+  EXPECT_EQ(window(0)->tabbingIdentifier(), "ondrel");
   const auto tabs = window(0)->tabGroup()->windows();
   ASSERT_EQ(tabs.size(), 3U);
   EXPECT_EQ(tabs[1], window(2)) << "directly behind the key window, not at the end";
@@ -65,10 +71,21 @@ TEST_F(WindowManagerTest, ChoosesTheActiveWindow) {
 
   shell.application.setKey(window(2));
   shell.manager->openURL("https://app.example.com/mail/Inbox/T.M");
-  EXPECT_EQ(*model(1)->urlString, "https://app.example.com/mail/Inbox/T.M") << "here the key window has no preference";
+  EXPECT_EQ(*model(1)->urlString, "https://app.example.com/mail/Inbox/T.M")
+      << "here the key window has no preference";
+  EXPECT_EQ(shell.application.activations, 1);
+  EXPECT_EQ((Calls{window(1)->calls.end() - 2, window(1)->calls.end()}), (Calls{"deminiaturize", "key"}));
+  window(1)->calls.clear();
   EXPECT_TRUE(shell.manager->loadInActiveWindow("https://app.example.com/mail/x"));
   EXPECT_EQ(shell.webView(model(1))->loads.back(), "https://app.example.com/mail/x") << "openURL made it key";
-  EXPECT_EQ(window(1)->calls.back(), "key");
+  EXPECT_EQ(window(1)->calls, (Calls{"deminiaturize", "key"}));
+}
+
+TEST_F(WindowManagerTest, PrintsThroughThePage) {
+  shell.start();
+  shell.manager->printActive();
+  shell.settle();
+  EXPECT_EQ(shell.webView(model(0))->evaluations, (Calls{"window.print()"}));
 }
 
 TEST_F(WindowManagerTest, AWindowThatIsNoBrowserCountsForNothing) {
@@ -84,12 +101,21 @@ TEST_F(WindowManagerTest, AWindowThatIsNoBrowserCountsForNothing) {
   EXPECT_TRUE(shell.manager->hasComposeWindow());
   EXPECT_EQ(shell.manager->currentAccountParameter(), "1");
   EXPECT_TRUE(shell.manager->mainWindowContainsMail());
+  EXPECT_EQ(shell.application.key, window(1));
+  shell.manager->openInNewTabOrWindow("https://app.example.com/x");
+  EXPECT_EQ(window(2)->group, window(1)->group);
+  EXPECT_EQ(shell.application.key, window(2));
+  EXPECT_FALSE(shell.manager->mainWindowContainsMail());
+  shell.application.main = window(1);
+  shell.application.key = nullptr;
+  EXPECT_TRUE(shell.manager->mainWindowContainsMail()) << "the one in front of ours, key or not";
 }
 
 TEST_F(WindowManagerTest, ComposeAddresses) {
   const std::pair<const char*, bool> cases[] = {
-      {"https://a/mail/compose", true},    {"https://a/mail/Inbox/compose?u=1", true}, {"https://a/compose", false},
-      {"https://a/mail/composer", false},  {"https://a/mail/x?y=/compose", true},      {"https://a/mail/compose/", false},
+      {"https://a/mail/compose", true},      {"https://a/mail/Inbox/compose?u=1", true},
+      {"https://a/compose", false},          {"https://a/mail/composer", false},
+      {"https://a/mail/x?y=/compose", true}, {"https://a/mail/compose/", false},
   };
   for (const auto& [url, compose] : cases)
     EXPECT_EQ(web::isComposeURL(url), compose) << url;
@@ -130,6 +156,8 @@ TEST_F(WindowManagerTest, KeysSelectTabs) {
   EXPECT_EQ(keyAfter(Modifiers::command | Modifiers::control, "2"), -1);
   EXPECT_EQ(keyAfter(0, "2"), -1);
   EXPECT_EQ(keyAfter(Modifiers::command, ""), -1);
+  EXPECT_EQ(keyAfter(Modifiers::command | Modifiers::shift, "2"), -1) << "selects, and passes the key on";
+  EXPECT_EQ(shell.application.key, tabs[1]);
 
   EXPECT_TRUE(press(KeyEvent::tabKeyCode, Modifiers::control));
   EXPECT_TRUE(press(KeyEvent::tabKeyCode, Modifiers::control | Modifiers::shift));
@@ -157,6 +185,7 @@ TEST_F(WindowManagerTest, ReadsMessageLinksFromTheClipboard) {
     shell.settle();
     EXPECT_EQ(shell.manager->clipboardFastMailURL->has_value(), recognised) << text.value_or("none");
   }
+  shell.settings.setEnvironment(settings::FastmailEnvironment::beta);
   shell.clipboard.text = good;
   EXPECT_FALSE(press(0, Modifiers::command | Modifiers::shift, "F")) << "the menu's item shall see it too";
   EXPECT_EQ(*shell.manager->clipboardFastMailURL, good);
@@ -171,7 +200,8 @@ TEST_F(WindowManagerTest, FollowsTheKeyWindowsPage) {
   shell.settle();
   EXPECT_TRUE(*shell.manager->activeURLContainsMail);
   EXPECT_TRUE(*shell.manager->isConversationVisible);
-  EXPECT_EQ(webView->evaluations, (Calls{"globalThis.FastMail?.router?.appController?.isConversationVisible ?? false"}));
+  EXPECT_EQ(webView->evaluations,
+            (Calls{"globalThis.FastMail?.router?.appController?.isConversationVisible ?? false"}));
 
   struct {
     platform::ScriptResult answer;
@@ -195,10 +225,25 @@ TEST_F(WindowManagerTest, FollowsTheKeyWindowsPage) {
 
   shell.manager->newTab();
   shell.settle();
-  EXPECT_FALSE(*shell.manager->activeURLContainsMail) << "the new key window is not at the mail application yet";
+  EXPECT_FALSE(*shell.manager->activeURLContainsMail)
+      << "the new key window is not at the mail application yet";
   model(1)->urlString.set("https://app.example.com/mail/");
   shell.settle();
   EXPECT_TRUE(*shell.manager->activeURLContainsMail) << "the second change is followed as well";
+
+  shell.application.setKey(window(0));
+  shell.settle();
+  shell.application.setKey(window(1));
+  shell.loop.advance(5s);
+  const auto writes = shell.files.writes;
+  model(0)->urlString.set("https://app.example.com/mail/behind");
+  shell.loop.advance(5s);
+  EXPECT_EQ(shell.files.writes, writes + 1) << "the tab that was in front before is still followed, once";
+  shell.application.setKey(window(0));
+  shell.settle();
+  window(1)->close();
+  shell.settle();
+  EXPECT_TRUE(*shell.manager->activeURLContainsMail);
 }
 
 TEST_F(WindowManagerTest, SavesTwoSecondsAfterTheLastChange) {

@@ -58,8 +58,12 @@ TEST(Observable, WakesOnlyOnChange) {
 TEST(Reply, AnswersExactlyOnce) {
   std::vector<int> answers;
   const auto make = [&] { return Reply<int>([&](int value) { answers.push_back(value); }, -1); };
-  { auto dropped = make(); }
-  { std::move(make())(7); }
+  {
+    auto dropped = make();
+  }
+  {
+    std::move(make())(7);
+  }
   {
     auto moved = make();
     auto target = std::move(moved);

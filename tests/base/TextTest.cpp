@@ -1,6 +1,6 @@
+#include "base/Text.h"
 #include "base/Base64.h"
 #include "base/Json.h"
-#include "base/Text.h"
 
 #include <boost/json/parse.hpp>
 #include <boost/json/value.hpp>
@@ -36,10 +36,20 @@ TEST(Text, TellsValidUtf8) {
 
 TEST(Text, ParsesWholeIntegersOnly) {
   const std::pair<std::string_view, std::optional<long long>> cases[] = {
-      {"0", 0},        {"-7", -7},     {"+7", 7},      {"100", 100},
-      {"", {}},        {"+", {}},      {"+-7", {}},    {" 7", {}},
-      {"7 ", {}},      {"7.0", {}},    {"0x10", {}},   {"9223372036854775807", 9223372036854775807LL},
-      {"9223372036854775808", {}},     {"seven", {}},
+      {"0", 0},
+      {"-7", -7},
+      {"+7", 7},
+      {"100", 100},
+      {"", {}},
+      {"+", {}},
+      {"+-7", {}},
+      {" 7", {}},
+      {"7 ", {}},
+      {"7.0", {}},
+      {"0x10", {}},
+      {"9223372036854775807", 9223372036854775807LL},
+      {"9223372036854775808", {}},
+      {"seven", {}},
   };
   for (const auto& [text, value] : cases)
     EXPECT_EQ(parsedInteger(text), value) << text;
@@ -55,11 +65,17 @@ TEST(Text, MakesDisplayLinesHarmless) {
 
 TEST(Text, MakesFileNamesSafe) {
   const std::pair<std::string, std::string> cases[] = {
-      {"report.pdf", "report.pdf"}, {"../../etc/passwd", "-..-etc-passwd"},
-      {"..", "fallback"},           {"", "fallback"},
-      {".bashrc", "bashrc"},        {"a/b\\c", "a-b-c"},
-      {"  x  ", "x"},               {std::string("a\0b", 3), "a b"},
-      {"\xE2\x80\xAE" "fdp.exe", "fdp.exe"},
+      {"report.pdf", "report.pdf"},
+      {"../../etc/passwd", "-..-etc-passwd"},
+      {"..", "fallback"},
+      {"", "fallback"},
+      {".bashrc", "bashrc"},
+      {"a/b\\c", "a-b-c"},
+      {"  x  ", "x"},
+      {std::string("a\0b", 3), "a b"},
+      {"\xE2\x80\xAE"
+       "fdp.exe",
+       "fdp.exe"},
   };
   for (const auto& [name, safe] : cases)
     EXPECT_EQ(safeFileName(name, "fallback"), safe) << name;
@@ -87,8 +103,11 @@ TEST(Base64, IsStrictBothWays) {
 }
 
 TEST(Json, WritesNumbersAsPeopleDo) {
-  const boost::json::value value = {
-      {"zoom", 1.1}, {"one", 1.0}, {"big", 9007199254740993}, {"text", "a\"\n\xE2\x80\xA8"}, {"empty", boost::json::array()}};
+  const boost::json::value value = {{"zoom", 1.1},
+                                    {"one", 1.0},
+                                    {"big", 9007199254740993},
+                                    {"text", "a\"\n\xE2\x80\xA8"},
+                                    {"empty", boost::json::array()}};
   const auto text = jsonText(value);
   EXPECT_TRUE(text.starts_with(R"({"zoom":1.1,"one":1,"big":9007199254740993,"text":"a\"\n)")) << text;
   EXPECT_TRUE(text.ends_with(R"("empty":[]})")) << text;

@@ -37,8 +37,8 @@ constexpr std::chrono::milliseconds lookAgain{20};
 
 } // namespace
 
-Process::Process(const std::string& program, std::vector<std::string> arguments, const Environment& environment,
-                 std::string outputPath)
+Process::Process(const std::string& program, std::vector<std::string> arguments,
+                 const Environment& environment, std::string outputPath)
     : outputPath_(std::move(outputPath)) {
   id_ = fork();
   if (id_ == 0)

@@ -38,6 +38,7 @@ class Process {
 };
 
 // Looks again and again until it holds; false when the limit has passed.
-bool eventually(const std::function<bool()>& holds, std::chrono::milliseconds limit = std::chrono::seconds(20));
+bool eventually(const std::function<bool()>& holds,
+                std::chrono::milliseconds limit = std::chrono::seconds(20));
 
 } // namespace ondrel::e2e

@@ -23,11 +23,14 @@ constexpr auto pageIsThere = "files-auto-share: script installed on ";
 void ProgramTest::SetUp() {
   auto pattern = (fs::temp_directory_path() / "ondrel-e2e-XXXXXX").string();
   profile = mkdtemp(pattern.data());
-  environment_ = {{"XDG_CONFIG_HOME", profile / "config"}, {"XDG_DATA_HOME", profile / "data"},
-                  {"XDG_CACHE_HOME", profile / "cache"},   {"ONDREL_SITE", profile / "site.json"},
+  environment_ = {{"XDG_CONFIG_HOME", profile / "config"},
+                  {"XDG_DATA_HOME", profile / "data"},
+                  {"XDG_CACHE_HOME", profile / "cache"},
+                  {"ONDREL_SITE", profile / "site.json"},
                   {"ONDREL_LOG", "debug"}};
-  service_ = std::make_unique<Process>(DEMO_SERVICE, std::vector<std::string>{"--site-file", profile / "site.json"},
-                                       Environment(), profile / "service.log");
+  service_ =
+      std::make_unique<Process>(DEMO_SERVICE, std::vector<std::string>{"--site-file", profile / "site.json"},
+                                Environment(), profile / "service.log");
   ASSERT_TRUE(eventually([this] { return service_->output().ends_with("\n"); })) << service_->output();
   address = boost::json::parse(service_->output()).at("web").as_string();
 }

@@ -13,8 +13,8 @@
 
 namespace ondrel::e2e {
 
-// The built program with a profile of its own, on a demonstration service of its own. Each test ends with a look at
-// what the program said: no warning and no critical of any library.
+// The built program with a profile of its own, on a demonstration service of its own. Each test ends with a
+// look at what the program said: no warning and no critical of any library.
 class ProgramTest : public testing::Test {
  protected:
   void SetUp() override;

@@ -28,13 +28,15 @@ TEST_F(StartTest, OpensTheServiceAndSavesItsSession) {
 
 TEST_F(StartTest, UnseenTabsOutliveAnyNumberOfStarts) {
   app::PersistedTab tab{address + "mail/long", "Unseen", base::Bytes{1, 2, 3, 250}, 1.15, true};
-  const app::PersistedSession before{{{{{address, "Front", std::nullopt, 1.0, true}, tab, tab}, app::PersistedFrame{80, 60, 700, 500}}}};
+  const app::PersistedSession before{
+      {{{{address, "Front", std::nullopt, 1.0, true}, tab, tab}, app::PersistedFrame{80, 60, 700, 500}}}};
   write(sessionFile(), before.encoded());
   for (int i = 0; i < 2; ++i) {
     const auto program = start();
     ASSERT_TRUE(waitForPage(*program)) << program->output();
     EXPECT_EQ(quit(*program), 0);
-    EXPECT_EQ(count(program->output(), "script installed on " + address + "mail/long"), 0U) << "nobody has shown it";
+    EXPECT_EQ(count(program->output(), "script installed on " + address + "mail/long"), 0U)
+        << "nobody has shown it";
     const auto saved = session();
     ASSERT_TRUE(saved);
     ASSERT_EQ(saved->windows.at(0).tabs.size(), 3U);
@@ -48,10 +50,13 @@ TEST_F(StartTest, UnseenTabsOutliveAnyNumberOfStarts) {
 TEST_F(StartTest, ASecondStartHandsItsURLsOver) {
   const auto first = start();
   ASSERT_TRUE(waitForPage(*first)) << first->output();
-  const auto second = start({"mailto:a@b?subject=x%20y", "email://abc", "foo bar", "mailto:\xFF", "EMAIL://x"});
+  const auto second =
+      start({"mailto:a@b?subject=x%20y", "email://abc", "foo bar", "mailto:\xFF", "EMAIL://x"});
   EXPECT_EQ(second->wait(20s), 0) << second->output();
-  EXPECT_TRUE(eventually([&] { return first->output().contains("URL event with scheme EMAIL"); })) << first->output();
-  for (const auto* line : {"URL event with scheme mailto", "URL event with scheme email", "Unexpected URL: foo bar"})
+  EXPECT_TRUE(eventually([&] { return first->output().contains("URL event with scheme EMAIL"); }))
+      << first->output();
+  for (const auto* line :
+       {"URL event with scheme mailto", "URL event with scheme email", "Unexpected URL: foo bar"})
     EXPECT_EQ(count(first->output(), line), 1U) << line << "\n" << first->output();
   EXPECT_TRUE(second->output().contains("Unexpected URL")) << "what isn't text doesn't get as far as the bus";
 

@@ -1,7 +1,7 @@
+#include "program/OndrelApp.h"
 #include "program/AppDelegate.h"
 #include "program/AppLifecycleService.h"
 #include "program/Migration.h"
-#include "program/OndrelApp.h"
 #include "support/TestShell.h"
 
 #include <gtest/gtest.h>
@@ -23,23 +23,19 @@ TEST(Migration, RemovesWhatOlderBuildsLeft) {
     std::string running = "100";
   };
   const Case cases[] = {
-      {json::value(), true, true, 100},
-      {71, true, true, 100},
-      {-5, true, true, 100},
-      {72, false, true, 100},
-      {83, false, true, 100},
-      {84, false, false, 100},
-      {100, false, false, 100},
-      {200, false, false, 200},
-      {"71", true, true, 100},
-      {0, false, false, 0, "none"},
-      {0, false, false, 0, ""},
-      {0, true, true, 90, "+90"},
+      {json::value(), true, true, 100}, {71, true, true, 100},    {-5, true, true, 100},
+      {72, false, true, 100},           {83, false, true, 100},   {84, false, false, 100},
+      {100, false, false, 100},         {200, false, false, 200}, {"71", true, true, 100},
+      {0, false, false, 0, "none"},     {0, false, false, 0, ""}, {0, true, true, 90, "+90"},
   };
   for (const auto& each : cases) {
     support::FakeDefaults defaults;
     support::FakeFiles files;
-    defaults.values = {{"baseURL", "x"}, {"_savedPages", 1}, {"_hookTickerRunning", true}, {"_emailIds", "x"}, {"_runJS", true}};
+    defaults.values = {{"baseURL", "x"},
+                       {"_savedPages", 1},
+                       {"_hookTickerRunning", true},
+                       {"_emailIds", "x"},
+                       {"_runJS", true}};
     if (!each.stored.is_null())
       defaults.values["_lastMigratedBuild"] = each.stored;
     const std::string logs = "/data/org.velmora.Ondrel/Logs";
@@ -48,7 +44,8 @@ TEST(Migration, RemovesWhatOlderBuildsLeft) {
     running.buildNumber = each.running;
     migrate(running, defaults, files, files);
     EXPECT_EQ(!defaults.values.contains("baseURL"), each.removesKeys) << each.stored;
-    EXPECT_EQ(!defaults.values.contains("_emailIds"), each.removesKeys) << each.stored;
+    for (const auto* old : {"_savedPages", "_hookTickerRunning", "_emailIds"})
+      EXPECT_EQ(!defaults.values.contains(old), each.removesKeys) << old << each.stored;
     EXPECT_EQ(!files.exists(logs), each.removesLogs) << each.stored;
     EXPECT_EQ(defaults.values["_lastMigratedBuild"], each.after) << each.stored << " " << each.running;
     EXPECT_TRUE(defaults.values.contains("_runJS"));
@@ -73,16 +70,18 @@ TEST_F(AppDelegateTest, DispatchesURLsByTheirScheme) {
   shell.application.urlReceived.emit("mailto:early@example.com");
   shell.application.didFinishLaunching.emit();
   const auto long1 = "email://" + std::string(1 << 20, 'x');
-  for (const auto& url : {std::string("mailto:a@b"), std::string("email://abc/d?e"), std::string("email://"), std::string("email:"),
-                          std::string("EMAIL://x"), std::string("Mailto:x"), std::string("https://x/"), std::string("relative"), long1})
+  for (const auto& url : {std::string("mailto:a@b"), std::string("email://abc/d?e"), std::string("email://"),
+                          std::string("email:"), std::string("EMAIL://x"), std::string("Mailto:x"),
+                          std::string("https://x/"), std::string("relative"), long1})
     shell.application.urlReceived.emit(url);
-  EXPECT_TRUE(links.empty()) << "the work follows on a later turn";
+  EXPECT_TRUE(links.empty() && mailtos.empty()) << "the work follows on a later turn";
   shell.settle();
   EXPECT_EQ(mailtos, (std::vector<std::string>{"mailto:a@b"}));
   EXPECT_EQ(links, (std::vector<std::string>{"abc/d?e", long1.substr(8)}));
   EXPECT_FALSE(shell.log.anyStartsWith("error"));
 
-  for (const auto& broken : {std::string("\xFF\xFE"), std::string(), std::string("email://a b\n"), std::string(1 << 20, ' '), std::string("mailto:%")})
+  for (const auto& broken : {std::string("\xFF\xFE"), std::string(), std::string("email://a b\n"),
+                             std::string(1 << 20, ' '), std::string("mailto:<x>")})
     delegate.handleGetURL(broken);
   shell.settle();
   EXPECT_EQ(links.size() + mailtos.size(), 3U);
@@ -108,8 +107,11 @@ TEST_F(AppDelegateTest, ReopensOnlyWithoutVisibleWindows) {
 }
 
 TEST_F(AppDelegateTest, RemembersWhetherHookmarkTookOver) {
-  const std::pair<std::optional<std::string>, bool> steps[] = {
-      {"com.cogsciapps.hook", true}, {std::nullopt, true}, {"org.gnome.Terminal", false}, {std::nullopt, false}, {"", false}};
+  const std::pair<std::optional<std::string>, bool> steps[] = {{"com.cogsciapps.hook", true},
+                                                               {std::nullopt, true},
+                                                               {"org.gnome.Terminal", false},
+                                                               {std::nullopt, false},
+                                                               {"", false}};
   for (const auto& [front, active] : steps) {
     shell.application.frontmost = front;
     shell.application.willResignActive.emit();
@@ -120,19 +122,26 @@ TEST_F(AppDelegateTest, RemembersWhetherHookmarkTookOver) {
 class OndrelAppTest : public testing::Test {
  protected:
   std::unique_ptr<OndrelApp> launch(bool underTest = false) {
-    const PlatformAbilities platform{bundle,          shell.application, shell.defaults,  shell.files,
-                                     shell.files,     shell.webViews,    shell.panels,    shell.workspace,
-                                     shell.clipboard, [=](std::string_view name) {
-                                       return underTest && name == "XCTestConfigurationFilePath";
-                                     },
-                                     [](unsigned most) { return most / 2; }};
-    auto app = std::make_unique<OndrelApp>(platform, support::testSite(), shell.scripts, [](const web::WebServices& services) {
-      return [&services](std::shared_ptr<web::WindowViewModel> model, std::shared_ptr<platform::Window>) {
-        auto content = std::make_unique<support::TestShell::Content>(std::move(model), services);
-        content->view.viewDidLoad();
-        return content;
-      };
-    });
+    const PlatformAbilities platform{
+        bundle,
+        shell.application,
+        shell.defaults,
+        shell.files,
+        shell.files,
+        shell.webViews,
+        shell.panels,
+        shell.workspace,
+        shell.clipboard,
+        [=](std::string_view name) { return underTest && name == "XCTestConfigurationFilePath"; },
+        [](unsigned most) { return most / 2; }};
+    auto app = std::make_unique<OndrelApp>(
+        platform, support::testSite(), shell.scripts, [](const web::WebServices& services) {
+          return [&services](std::shared_ptr<web::WindowViewModel> model, std::shared_ptr<platform::Window>) {
+            auto content = std::make_unique<support::TestShell::Content>(std::move(model), services);
+            content->view.viewDidLoad();
+            return content;
+          };
+        });
     shell.application.didFinishLaunching.emit();
     shell.settle();
     return app;
@@ -151,7 +160,9 @@ TEST_F(OndrelAppTest, AsksOnceForTheDefault) {
   shell.loop.advance(1ms);
   ASSERT_EQ(shell.panels.alerts.size(), 1U);
   EXPECT_EQ(shell.panels.alerts[0].messageText, "Ondrel is not your default email app");
+  EXPECT_EQ(shell.panels.alerts[0].informativeText, "Would you like to go to Settings to change this now?");
   EXPECT_EQ(shell.panels.alerts[0].buttons, (std::vector<std::string>{"Yes", "Not Now"}));
+  EXPECT_EQ(shell.application.activations, 1);
   EXPECT_EQ(settingsOpened, 1);
   EXPECT_EQ(shell.defaults.string("_selectedSettingsTab"), "general");
   EXPECT_EQ(shell.defaults.boolean("_defaultClientCheck"), false);
@@ -194,13 +205,21 @@ TEST_F(OndrelAppTest, NavigatesInTheActiveWindowAndOpensTheMessage) {
   app->emailLinkService().navigate("https://app.example.com/mail/Inbox/T1.M1?u=x", "M1");
   shell.settle();
   EXPECT_EQ(view->loads.back(), "https://app.example.com/mail/Inbox/T1.M1?u=x");
+  EXPECT_EQ(shell.application.activations, 1);
+  const auto& calls = shell.application.all[0]->calls;
+  EXPECT_EQ((std::vector<std::string>{calls.end() - 2, calls.end()}),
+            (std::vector<std::string>{"deminiaturize", "key"}));
   ASSERT_FALSE(view->evaluations.empty());
-  EXPECT_TRUE(std::ranges::any_of(view->evaluations, [](const auto& s) { return s.ends_with(R"(})("M1", "T1");)"); }));
-  EXPECT_EQ(shell.log.count("info system: Navigated to FastMail URL: https://app.example.com/mail/Inbox/T1.M1?u=x"), 1);
+  EXPECT_TRUE(std::ranges::any_of(view->evaluations,
+                                  [](const auto& s) { return s.ends_with(R"(})("M1", "T1");)"); }));
+  EXPECT_EQ(
+      shell.log.count("info system: Navigated to FastMail URL: https://app.example.com/mail/Inbox/T1.M1?u=x"),
+      1);
   shell.application.all[0]->close();
   shell.settle();
   app->emailLinkService().navigate("https://app.example.com/mail/x");
-  EXPECT_EQ(*app->windowManager().viewModel(shell.application.all.at(0))->urlString, "https://app.example.com/mail/x");
+  EXPECT_EQ(*app->windowManager().viewModel(shell.application.all.at(0))->urlString,
+            "https://app.example.com/mail/x");
 }
 
 } // namespace

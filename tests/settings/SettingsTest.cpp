@@ -17,13 +17,15 @@ json::object wholeSite() {
     "UserContentDomainSuffix": ".usercontent.example", "ServiceDomainFragment": "example.com",
     "DevUserCapability": "https://www.example.com/dev/user", "AnnouncementFeedURL": "", "ProjectSiteURL": "",
     "ProjectFAQURL": "", "DonationURL": ["https://coffee.example/", "https://pay.example/"], "SupportAddress": "help@example.com"
-  })").get_object();
+  })")
+      .get_object();
 }
 
 TEST(Site, ReadsAllAddresses) {
   const auto site = Site::parse(json::serialize(wholeSite()));
   ASSERT_TRUE(site) << site.error();
-  EXPECT_EQ(site->webAppBaseURL.production, "https://app.example.com/") << "a slash ends it, whatever the file has";
+  EXPECT_EQ(site->webAppBaseURL.production, "https://app.example.com/")
+      << "a slash ends it, whatever the file has";
   EXPECT_EQ(site->webAppBaseURL.beta, "https://beta.example.com/");
   EXPECT_EQ(site->jmapSessionURL.beta, "https://b.example.com/jmap/session");
   EXPECT_EQ(site->paypalURL, "https://pay.example/");
@@ -45,10 +47,16 @@ TEST(Site, NamesWhatIsWrong) {
             "\"WebAppBaseURL.production\" is not an https address");
   EXPECT_EQ(broken([](auto& o) { o["WebAppBaseURL"].as_object()["beta"] = "file:///etc/passwd"; }),
             "\"WebAppBaseURL.beta\" is not an https address");
-  EXPECT_EQ(broken([](auto& o) { o["ServiceDomainFragment"] = 7; }), "\"ServiceDomainFragment\" is not a string");
+  EXPECT_EQ(broken([](auto& o) { o["WebAppBaseURL"].as_object()["beta"] = "http://beta.example.com/"; }),
+            "\"WebAppBaseURL.beta\" is not an https address");
+  EXPECT_EQ(broken([](auto& o) { o["WebAppBaseURL"].as_object()["beta"] = "http://beta.localhost:80/"; }),
+            "none");
+  EXPECT_EQ(broken([](auto& o) { o["ServiceDomainFragment"] = 7; }),
+            "\"ServiceDomainFragment\" is not a string");
   EXPECT_EQ(broken([](auto& o) { o["UserContentDomainSuffix"] = ""; }),
             "\"UserContentDomainSuffix\" is missing or empty");
-  EXPECT_EQ(broken([](auto& o) { o["ProjectFAQURL"] = "nonsense"; }), "\"ProjectFAQURL\" is not an https address");
+  EXPECT_EQ(broken([](auto& o) { o["ProjectFAQURL"] = "nonsense"; }),
+            "\"ProjectFAQURL\" is not an https address");
   EXPECT_EQ(broken([](auto& o) { o.erase("ProjectFAQURL"); }), "none");
   for (const auto* text : {"", "{", "[]", "null", "\xFF"})
     EXPECT_FALSE(Site::parse(text)) << text;
@@ -60,9 +68,27 @@ class AppSettingsTest : public testing::Test {
   AppSettings settings{defaults, *Site::parse(json::serialize(wholeSite()))};
 };
 
+TEST_F(AppSettingsTest, AnEmptyStoreGivesTheDefaults) {
+  const std::pair<const Key<bool>*, bool> flags[] = {
+      {&keys::hideOnLoseFocus, false},
+      {&keys::doHideWhenInComposeMode, false},
+      {&keys::composeInNewWindow, false},
+      {&keys::hideInternalLinks, false},
+      {&keys::showMenuBarExtra, true},
+      {&keys::defaultClientCheck, true},
+      {&keys::runJS, false},
+      {&keys::injectCSS, false},
+      {&keys::highlightTagEnabled, false},
+      {&keys::mcpServerEnabled, false},
+  };
+  for (const auto& [key, value] : flags) {
+    EXPECT_EQ(settings.get(*key), value) << key->name;
+    settings.set(*key, !value);
+    EXPECT_EQ(settings.get(*key), !value) << key->name;
+  }
+}
+
 TEST_F(AppSettingsTest, FallsBackWhereAValueIsAbsentOrOfAnotherType) {
-  EXPECT_FALSE(settings.get(keys::hideOnLoseFocus));
-  EXPECT_TRUE(settings.get(keys::showMenuBarExtra));
   defaults.values["_showMenuBarExtra"] = "no";
   EXPECT_TRUE(settings.get(keys::showMenuBarExtra));
   defaults.values["_showMenuBarExtra"] = false;
@@ -74,13 +100,15 @@ TEST_F(AppSettingsTest, FallsBackWhereAValueIsAbsentOrOfAnotherType) {
   defaults.values["_highlightTagName"] = "Read this";
   EXPECT_EQ(settings.highlightTagName(), "Read this");
 
-  const std::pair<json::value, int> ports[] = {{json::value(), 7777}, {0, 7777}, {-5, 7777}, {"80", 7777}, {1, 1}, {9000, 9000}};
+  const std::pair<json::value, int> ports[] = {{json::value(), 7777}, {0, 7777}, {-5, 7777},
+                                               {"80", 7777},          {1, 1},    {9000, 9000}};
   for (const auto& [stored, port] : ports) {
     defaults.values["_mcpServerPort"] = stored;
     EXPECT_EQ(settings.mcpServerPort(), port) << stored;
   }
-  const std::pair<json::value, SettingsTab> tabs[] = {
-      {json::value(), SettingsTab::general}, {"nowhere", SettingsTab::general}, {"advanced", SettingsTab::advanced}};
+  const std::pair<json::value, SettingsTab> tabs[] = {{json::value(), SettingsTab::general},
+                                                      {"nowhere", SettingsTab::general},
+                                                      {"advanced", SettingsTab::advanced}};
   for (const auto& [stored, tab] : tabs) {
     defaults.values["_selectedSettingsTab"] = stored;
     EXPECT_EQ(settings.selectedSettingsTab(), tab) << stored;
@@ -107,10 +135,16 @@ TEST_F(AppSettingsTest, OnlyBetasOwnAddressMeansBeta) {
 
 TEST_F(AppSettingsTest, KnowsTheServicesOwnOrigins) {
   const std::pair<const char*, bool> cases[] = {
-      {"https://app.example.com", true},       {"https://beta.example.com", true}, {"https://app.example.com:443", true},
-      {"http://app.example.com", false},       {"null", false},                    {"", false},
-      {"https://x.app.example.com", false},    {"https://app.example.com.evil.org", false},
-      {"https://1.usercontent.example", false}, {"file://", false},
+      {"https://app.example.com", true},
+      {"https://beta.example.com", true},
+      {"https://app.example.com:443", true},
+      {"http://app.example.com", false},
+      {"null", false},
+      {"", false},
+      {"https://x.app.example.com", false},
+      {"https://app.example.com.evil.org", false},
+      {"https://1.usercontent.example", false},
+      {"file://", false},
   };
   for (const auto& [origin, own] : cases)
     EXPECT_EQ(settings.isServiceOrigin(origin), own) << origin;

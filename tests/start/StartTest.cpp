@@ -12,7 +12,8 @@ namespace {
 
 TEST(CommandLine, SortsArguments) {
   const auto parse = [](std::vector<std::string> arguments) { return CommandLine::parse(arguments); };
-  EXPECT_EQ(parse({"mailto:a@b", "email://x", ""})->urls, (std::vector<std::string>{"mailto:a@b", "email://x", ""}));
+  EXPECT_EQ(parse({"mailto:a@b", "email://x", ""})->urls,
+            (std::vector<std::string>{"mailto:a@b", "email://x", ""}));
   EXPECT_EQ(parse({"--", "--demo"})->urls, (std::vector<std::string>{"--demo"}));
   EXPECT_EQ(parse({"--version"})->action, CommandLine::Action::printVersion);
   EXPECT_EQ(parse({"-h"})->action, CommandLine::Action::printHelp);
@@ -24,7 +25,8 @@ TEST(CommandLine, SortsArguments) {
 }
 
 TEST(SiteFile, SaysWhatIsWrongAndWhere) {
-  const auto folder = std::filesystem::temp_directory_path() / ("ondrel-site-test-" + std::to_string(getpid()));
+  const auto folder =
+      std::filesystem::temp_directory_path() / ("ondrel-site-test-" + std::to_string(getpid()));
   std::filesystem::create_directory(folder);
   const auto path = (folder / "site.json").string();
   unsetenv("ONDREL_SITE");

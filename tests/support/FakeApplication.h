@@ -49,7 +49,9 @@ class FakeWindow final : public platform::Window, public std::enable_shared_from
     calls.push_back("mode " + std::to_string(static_cast<int>(mode)));
   }
   std::string tabbingIdentifier() const override { return attributes.tabbingIdentifier; }
-  void setTabbingIdentifier(const std::string& identifier) override { attributes.tabbingIdentifier = identifier; }
+  void setTabbingIdentifier(const std::string& identifier) override {
+    attributes.tabbingIdentifier = identifier;
+  }
   void addTabbedWindow(std::shared_ptr<platform::Window> window) override;
   std::shared_ptr<platform::WindowGroup> tabGroup() const override {
     return group && group->windows().size() > 1 ? group : nullptr;
@@ -125,7 +127,8 @@ class FakeApplication final : public platform::Application {
 
 inline void FakeWindow::addTabbedWindow(std::shared_ptr<platform::Window> window) {
   const auto added = std::static_pointer_cast<FakeWindow>(window);
-  const auto own = std::ranges::find_if(group->members, [this](const auto& each) { return each.lock().get() == this; });
+  const auto own =
+      std::ranges::find_if(group->members, [this](const auto& each) { return each.lock().get() == this; });
   group->members.insert(own + 1, added);
   added->group = group;
   added->visible = true;

@@ -30,8 +30,8 @@ class FakePanels final : public platform::Panels {
     co_await async::nextTurn();
     co_return savePath;
   }
-  async::Task<std::optional<std::vector<std::string>>> runOpenPanel(platform::OpenPanel panel,
-                                                                    std::shared_ptr<platform::Window>) override {
+  async::Task<std::optional<std::vector<std::string>>>
+  runOpenPanel(platform::OpenPanel panel, std::shared_ptr<platform::Window>) override {
     openPanels.push_back(std::move(panel));
     co_await async::nextTurn();
     co_return openPaths;
@@ -48,7 +48,9 @@ class FakePanels final : public platform::Panels {
 class FakeWorkspace final : public platform::Workspace {
  public:
   void open(const std::string& url) override { opened.push_back(url); }
-  std::optional<std::string> defaultApplicationForScheme(const std::string&) const override { return mailApplication; }
+  std::optional<std::string> defaultApplicationForScheme(const std::string&) const override {
+    return mailApplication;
+  }
 
   std::vector<std::string> opened;
   std::optional<std::string> mailApplication;

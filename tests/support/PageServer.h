@@ -10,8 +10,8 @@
 
 namespace ondrel::support {
 
-// A web server for pages of a test, on a loopback port of its own. The same pages have several origins: those of
-// 127.0.0.1, of localhost and of every name under localhost.
+// A web server for pages of a test, on a loopback port of its own. The same pages have several origins: those
+// of 127.0.0.1, of localhost and of every name under localhost.
 class PageServer {
  public:
   struct Page {
@@ -53,7 +53,8 @@ class PageServer {
     auto* self = static_cast<PageServer*>(data);
     ++self->requests_[path];
     const auto found = self->pages_.find(path);
-    const Page page = found == self->pages_.end() ? Page{"nothing here", "text/plain", {}, 404} : found->second;
+    const Page page =
+        found == self->pages_.end() ? Page{"nothing here", "text/plain", {}, 404} : found->second;
     soup_server_message_set_status(message, page.status, nullptr);
     auto* headers = soup_server_message_get_response_headers(message);
     for (const auto& [name, value] : page.headers)

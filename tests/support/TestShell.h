@@ -31,10 +31,12 @@ inline settings::Site testSite() {
 }
 
 // Every script of the lists exists and holds its own name.
-inline std::optional<std::string> namedScript(std::string_view name) { return "/* " + std::string(name) + " */"; }
+inline std::optional<std::string> namedScript(std::string_view name) {
+  return "/* " + std::string(name) + " */";
+}
 
-// The program's core on fakes and in virtual time, without its windows' faces: a content is just the place of the
-// web view, which appears when its window is key.
+// The program's core on fakes and in virtual time, without its windows' faces: a content is just the place of
+// the web view, which appears when its window is key.
 class TestShell {
  public:
   struct Content final : app::BrowserContent {

@@ -16,7 +16,8 @@ class NavigationTest : public CoordinatorTest {
   template <class Request>
   NavigationPolicy decide(const Request& request) {
     std::optional<NavigationPolicy> answer;
-    engine().decidePolicy(request, {[&](NavigationPolicy policy) { answer = policy; }, NavigationPolicy::cancel});
+    engine().decidePolicy(request,
+                          {[&](NavigationPolicy policy) { answer = policy; }, NavigationPolicy::cancel});
     return answer.value();
   }
 
@@ -57,7 +58,8 @@ TEST_F(NavigationTest, ModifiersOpenTabsAndWindows) {
   for (const auto& each : cases) {
     shell.application.setKey(home);
     const auto before = windows();
-    const auto policy = decide(NavigationAction{NavigationType::linkActivated, {each.flags}, "https://x.example/", true});
+    const auto policy =
+        decide(NavigationAction{NavigationType::linkActivated, {each.flags}, "https://x.example/", true});
     EXPECT_EQ(policy, each.opens ? NavigationPolicy::cancel : NavigationPolicy::download) << each.flags;
     EXPECT_EQ(windows(), before + (each.opens ? 1 : 0)) << each.flags;
     if (!each.opens)
@@ -66,12 +68,20 @@ TEST_F(NavigationTest, ModifiersOpenTabsAndWindows) {
     EXPECT_EQ(*newest()->urlString, "https://x.example/");
     EXPECT_EQ(opened->group == home->group, each.inTab) << each.flags;
     EXPECT_EQ(shell.application.key == opened, each.activates) << each.flags;
-    EXPECT_EQ(shell.webView(newest())->loads, (Calls{"https://x.example/"})) << "it loads in the background too";
+    EXPECT_EQ(shell.webView(newest())->loads, (Calls{"https://x.example/"}))
+        << "it loads in the background too";
   }
   EXPECT_EQ(decide(NavigationAction{NavigationType::other, {Modifiers::command}, "https://x.example/"}),
             NavigationPolicy::allow);
-  EXPECT_EQ(decide(NavigationAction{NavigationType::linkActivated, {Modifiers::command}, std::nullopt}),
-            NavigationPolicy::allow);
+  for (const auto& none :
+       {std::optional<std::string>(), std::optional<std::string>("file:///etc/passwd"),
+        std::optional<std::string>("javascript://%0aalert(1)"), std::optional<std::string>("email://x")}) {
+    const auto before = windows();
+    EXPECT_EQ(decide(NavigationAction{NavigationType::linkActivated, {Modifiers::command}, none}),
+              NavigationPolicy::allow)
+        << "what the program itself must not load stays with the engine: " << none.value_or("none");
+    EXPECT_EQ(windows(), before);
+  }
 }
 
 TEST_F(NavigationTest, ResponsesBecomeDownloads) {
@@ -92,8 +102,9 @@ TEST_F(NavigationTest, ResponsesBecomeDownloads) {
       {false, std::nullopt, false, NavigationPolicy::download},
   };
   for (const auto& each : cases)
-    EXPECT_EQ(decide(NavigationResponse{"https://x/", each.isHttp, each.disposition, "text/plain", each.showable}),
-              each.policy)
+    EXPECT_EQ(
+        decide(NavigationResponse{"https://x/", each.isHttp, each.disposition, "text/plain", each.showable}),
+        each.policy)
         << each.disposition.value_or("none");
 }
 
@@ -108,7 +119,9 @@ TEST_F(NavigationTest, FailedLoadsAreRetriedWithGrowingDelays) {
     EXPECT_EQ(view->loads, (Calls{"https://app.example.com/mail/"})) << delay.count();
     view->loads.clear();
   }
-  EXPECT_EQ(shell.log.count("error ui: didFailProvisionalNavigation: navigation failed — NSURLErrorDomain -1004 refused"), 6);
+  EXPECT_EQ(shell.log.count(
+                "error ui: didFailProvisionalNavigation: navigation failed — NSURLErrorDomain -1004 refused"),
+            6);
 
   engine().didFinish();
   engine().didFail(refused);
@@ -147,7 +160,9 @@ TEST_F(NavigationTest, ReportsThePagesState) {
   view->currentUrl = "https://app.example.com/mail/Inbox/";
   view->currentTitle = "Inbox";
   view->back = true;
+  EXPECT_FALSE(view->inspectable);
   engine().didCommit();
+  EXPECT_FALSE(*model->canGoForward);
   EXPECT_EQ(*model->urlString, "https://app.example.com/mail/Inbox/");
   EXPECT_TRUE(*model->canGoBack);
   EXPECT_EQ(*model->title, "New Tab") << "the title comes with the end of the load";
@@ -181,9 +196,14 @@ TEST_F(NavigationTest, PopupsGoWhereTheyBelong) {
       {"https://app.example.com/mail/Inbox/T.M", true, window, {}},
       {"https://elsewhere.example/mail/x", true, window, {}},
       {"https://elsewhere.example/x", true, none, {"https://elsewhere.example/x"}},
+      {"https://elsewhere.example/?sale=50%&a={b}",
+       true,
+       none,
+       {"https://elsewhere.example/?sale=50%&a={b}"}},
+      {"https://1.usercontent.example.evil/raw", true, none, {"https://1.usercontent.example.evil/raw"}},
       {"https://app.example.com:8443/settings/", true, none, {"https://app.example.com:8443/settings/"}},
       {"http://app.example.com/settings/", true, none, {"http://app.example.com/settings/"}},
-      {raw, true, none, {raw, raw}}, // opened twice, as it always was
+      {raw, true, none, {raw, raw}}, // opened twice: the rule for other sites holds as well
       {raw + "/mail/", true, window, {raw + "/mail/"}},
       {raw + "?download=1", true, none, {}},
       {raw + "?download=1", false, none, {raw + "?download=1"}},
@@ -210,7 +230,8 @@ TEST_F(NavigationTest, PopupsGoWhereTheyBelong) {
   }
   ASSERT_GE(popupScripts.size(), 2U);
   EXPECT_EQ(popupScripts.front(), "consoleRelayScript");
-  EXPECT_EQ((Calls{popupScripts.end() - 2, popupScripts.end()}), (Calls{"sendWatcherScript", "discardWatcherScript"}));
+  EXPECT_EQ((Calls{popupScripts.end() - 2, popupScripts.end()}),
+            (Calls{"sendWatcherScript", "discardWatcherScript"}));
 }
 
 TEST_F(NavigationTest, ALinkInAComposePageStaysThere) {
@@ -219,13 +240,29 @@ TEST_F(NavigationTest, ALinkInAComposePageStaysThere) {
     EXPECT_EQ(popup(url), nullptr);
     EXPECT_EQ(view->loads.back(), url);
   }
+  EXPECT_EQ(popup("file://host/etc/passwd"), nullptr);
+  EXPECT_EQ(view->loads.size(), 2U);
   EXPECT_TRUE(shell.workspace.opened.empty());
   EXPECT_EQ(windows(), 1U);
 }
 
+TEST_F(NavigationTest, APageMayCloseItsWindow) {
+  const std::weak_ptr weak = view;
+  engine().didClose();
+  EXPECT_EQ(windows(), 0U);
+  shell.settle();
+  EXPECT_EQ(view->delegate, nullptr);
+  EXPECT_TRUE(view->handlers.empty());
+  EXPECT_EQ(model->liveWebView(), nullptr);
+  view.reset();
+  EXPECT_TRUE(weak.expired());
+}
+
 TEST_F(NavigationTest, PanelsAnswerThePage) {
   std::vector<int> answers;
-  const auto reply = [&] { return platform::DoneReply([&](bool value) { answers.push_back(value); }, false); };
+  const auto reply = [&] {
+    return platform::DoneReply([&](bool value) { answers.push_back(value); }, false);
+  };
   engine().runConfirmPanel("Really?", reply());
   shell.settle();
   shell.panels.alertAnswer = platform::Panels::firstButton + 1;
@@ -278,6 +315,20 @@ TEST_F(NavigationTest, DownloadsAreShownAndRetired) {
   shell.loop.advance(1ms);
   EXPECT_TRUE(model->downloads->empty());
 
+  const auto failing = std::make_shared<support::FakeDownload>();
+  engine().didBecomeDownload(failing);
+  failing->handler({"x.bin", "application/x-thing"}, {[](auto) {}, std::nullopt});
+  shell.settle();
+  EXPECT_EQ(shell.panels.savePanels.back().mimeTypes, (Calls{"application/x-thing"}));
+  const auto failed = model->downloads->front();
+  failing->current = {0.1, 7, -1};
+  failing->progressed.emit();
+  failing->failed.emit("network down");
+  EXPECT_EQ(*failed->state, (DownloadState{DownloadState::Kind::failed, "network down"}));
+  EXPECT_EQ(*failed->bytesWritten, 7);
+  shell.loop.advance(4s);
+  EXPECT_TRUE(model->downloads->empty());
+
   const auto refused = std::make_shared<support::FakeDownload>();
   shell.panels.savePath = std::nullopt;
   bool answered = false;
@@ -285,8 +336,27 @@ TEST_F(NavigationTest, DownloadsAreShownAndRetired) {
   refused->handler({"", std::nullopt}, {[&](auto path) { answered = !path; }, std::nullopt});
   shell.settle();
   EXPECT_TRUE(answered);
-  EXPECT_TRUE(shell.panels.savePanels[1].proposedName.starts_with("download_"));
+  EXPECT_TRUE(shell.panels.savePanels.back().proposedName.starts_with("download_"));
   EXPECT_TRUE(model->downloads->empty());
+}
+
+TEST_F(NavigationTest, ADownloadMayOutliveItsTab) {
+  const auto download = std::make_shared<support::FakeDownload>();
+  engine().didBecomeDownload(download);
+  model->window.lock()->close();
+  shell.settle();
+  EXPECT_FALSE(download->handler) << "nobody is left to be asked";
+  download->finished.emit();
+
+  shell.manager->openMainWindow();
+  shell.settle();
+  const auto other = shell.webView(newest());
+  const auto early = std::make_shared<support::FakeDownload>();
+  other->delegate->didBecomeDownload(early);
+  early->handler({"x", std::nullopt}, {[](auto) {}, std::nullopt});
+  early->failed.emit("gone while the panel is open");
+  shell.settle();
+  EXPECT_TRUE(newest()->downloads->empty());
 }
 
 TEST_F(NavigationTest, ALostWebProcessIsToldAndReloaded) {
@@ -295,7 +365,8 @@ TEST_F(NavigationTest, ALostWebProcessIsToldAndReloaded) {
   EXPECT_EQ(model->pageProblem->kind, PageProblem::Kind::processTerminated);
   model->urlString.set("https://app.example.com/mail/x");
   model->reload();
-  EXPECT_EQ(view->loads, (Calls{"https://app.example.com/mail/x"})) << "there is nothing left to reload in place";
+  EXPECT_EQ(view->loads, (Calls{"https://app.example.com/mail/x"}))
+      << "there is nothing left to reload in place";
   EXPECT_EQ(model->pageProblem->kind, PageProblem::Kind::none);
 }
 

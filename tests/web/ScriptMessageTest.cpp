@@ -25,7 +25,8 @@ TEST_F(ScriptMessageTest, TitleAndHoverFollowThePage) {
   post({{"type", "mouseover"}, {"href", "https://outside.test/"}});
   for (const auto* internal : {"https://app.example.com/mail/", "https://1.usercontent.example/x"}) {
     post({{"type", "mouseover"}, {"href", internal}});
-    EXPECT_EQ(*model->mouseOverString, "https://outside.test/") << "an internal link leaves the last text standing";
+    EXPECT_EQ(*model->mouseOverString, "https://outside.test/")
+        << "an internal link leaves the last text standing";
   }
   post({{"type", "mouseover"}, {"href", ""}});
   EXPECT_EQ(*model->mouseOverString, "");
@@ -35,10 +36,18 @@ TEST_F(ScriptMessageTest, ABodyThatIsNoMapOfStringsChangesNothing) {
   int forwarded = 0;
   model->onScriptMessage = [&](const std::string&, const json::value&) { ++forwarded; };
   const json::value bodies[] = {
-      json::value(), 7, "titleChange", json::array{"type", "titleChange"}, json::object(),
-      {{"type", 7}}, {{"type", nullptr}, {"title", "x"}}, {{"type", "titleChange"}, {"title", "x"}, {"n", 1}},
-      {{"type", "titleChange"}, {"title", {{"deep", json::array{1, 2}}}}}, {{"title", "x"}},
-      {{"type", "titlechange"}, {"title", "x"}}, {{"type", ""}, {"title", "x"}},
+      json::value(),
+      7,
+      "titleChange",
+      json::array{"type", "titleChange"},
+      json::object(),
+      {{"type", 7}},
+      {{"type", nullptr}, {"title", "x"}},
+      {{"type", "titleChange"}, {"title", "x"}, {"n", 1}},
+      {{"type", "titleChange"}, {"title", {{"deep", json::array{1, 2}}}}},
+      {{"title", "x"}},
+      {{"type", "titlechange"}, {"title", "x"}},
+      {{"type", ""}, {"title", "x"}},
   };
   for (const auto& body : bodies)
     post(body);
@@ -48,7 +57,8 @@ TEST_F(ScriptMessageTest, ABodyThatIsNoMapOfStringsChangesNothing) {
   post({{"type", "titleChange"}});
   post({{"type", "mouseover"}});
   post({{"type", "compose"}, {"unrelated", std::string(1 << 20, 'x')}});
-  EXPECT_EQ(forwarded, static_cast<int>(std::size(bodies))) << "a known type ends the dispatch, usable or not";
+  EXPECT_EQ(forwarded, static_cast<int>(std::size(bodies)))
+      << "a known type ends the dispatch, usable or not";
   EXPECT_EQ(*model->title, "New Tab");
   EXPECT_TRUE(isOpen());
 
@@ -59,8 +69,11 @@ TEST_F(ScriptMessageTest, ABodyThatIsNoMapOfStringsChangesNothing) {
 
 TEST_F(ScriptMessageTest, OnlyTheServicesOwnPagesMayAct) {
   const std::pair<std::string, bool> origins[] = {
-      {"https://app.example.com", true}, {"https://beta.example.com", true},
-      {"https://evil.example", false},   {"null", false}, {"", false},
+      {"https://app.example.com", true},
+      {"https://beta.example.com", true},
+      {"https://evil.example", false},
+      {"null", false},
+      {"", false},
       {"http://app.example.com", false},
   };
   for (const auto& [origin, acts] : origins) {
@@ -68,14 +81,22 @@ TEST_F(ScriptMessageTest, OnlyTheServicesOwnPagesMayAct) {
       view->prints.clear();
       const auto before = windows();
       post({{"type", "print"}}, origin, isMainFrame);
-      post({{"type", "compose"}, {"targetAddress", "https://app.example.com/mail/compose&ui=minimal"}}, origin, isMainFrame);
+      post({{"type", "compose"}, {"targetAddress", "https://app.example.com/mail/compose&ui=minimal"}},
+           origin, isMainFrame);
       post({{"type", "sendClicked"}}, origin, isMainFrame);
       post({{"type", "discardClicked"}}, origin, isMainFrame);
       post({{"type", "discardUndone"}}, origin, isMainFrame);
+      view->evaluations.clear();
+      shell.log.lines().clear();
+      post({{"type", "composeReady"}}, origin, isMainFrame);
+      post({{"type", "ondrelFilesAutoShare"}}, origin, isMainFrame);
       shell.settle();
-      EXPECT_EQ(view->prints.size(), acts ? 1U : 0U) << origin;
+      EXPECT_EQ(view->prints.size(), acts || isMainFrame ? 1U : 0U) << "a page may print itself: " << origin;
       EXPECT_EQ(windows(), before + (acts ? 1 : 0)) << origin;
-      post({{"type", "titleChange"}, {"title", origin + (isMainFrame ? "main" : "sub")}}, origin, isMainFrame);
+      EXPECT_EQ(view->evaluations.size(), acts ? 1U : 0U) << origin;
+      EXPECT_EQ(shell.log.anyStartsWith("error script: files-auto-share"), acts) << origin;
+      post({{"type", "titleChange"}, {"title", origin + (isMainFrame ? "main" : "sub")}}, origin,
+           isMainFrame);
       EXPECT_EQ(*model->title == origin + (isMainFrame ? "main" : "sub"), acts || isMainFrame) << origin;
     }
   }
@@ -88,14 +109,29 @@ TEST_F(ScriptMessageTest, ComposeOpensAReducedWindow) {
   EXPECT_FALSE(*newest()->toolbarVisible);
   EXPECT_EQ(newest()->webViewConfiguration, shell.scripts.composeConfiguration());
   EXPECT_EQ(shell.application.key, shell.application.last());
-  EXPECT_EQ(shell.webViews.names, (Calls{"consoleRelayScript", "printShimScript", "chromeRemoverScript",
-                                         "sendWatcherScript", "discardWatcherScript", "filesAutoShareScript"}));
+  EXPECT_EQ(shell.webViews.names,
+            (Calls{"consoleRelayScript", "printShimScript", "chromeRemoverScript", "sendWatcherScript",
+                   "discardWatcherScript", "filesAutoShareScript"}));
 
   post({{"type", "compose"}, {"targetAddress", ""}});
   post({{"type", "compose"}});
   EXPECT_EQ(shell.log.count("error script: JS log: Cannot create a target address"), 2);
   post({{"type", "compose"}, {"targetAddress", "http://["}});
   EXPECT_EQ(windows(), 2U);
+  EXPECT_EQ(shell.log.count("error script: JS compose: invalid targetAddress URL: http://["), 1);
+}
+
+TEST_F(ScriptMessageTest, PrintingNeedsAWindow) {
+  post({{"type", "print"}});
+  shell.settle();
+  ASSERT_EQ(view->prints.size(), 1U);
+  EXPECT_EQ(view->prints[0].marginRight + view->prints[0].marginBottom, 40);
+  EXPECT_EQ(view->prints[0].pdfPath, std::nullopt);
+  shell.application.key = nullptr;
+  model->window.reset();
+  post({{"type", "print"}});
+  shell.settle();
+  EXPECT_EQ(view->prints.size(), 1U);
 }
 
 TEST_F(ScriptMessageTest, MainConfigurationHasItsScriptsInOrder) {
@@ -107,9 +143,28 @@ TEST_F(ScriptMessageTest, MainConfigurationHasItsScriptsInOrder) {
     return name == "titlePollScript" ? std::optional<std::string>("x") : std::nullopt;
   });
   ASSERT_EQ(some.mainConfiguration()->userScripts.size(), 1U) << "what isn't shipped is left out";
-  EXPECT_EQ(some.mainConfiguration()->userScripts[0]->time, platform::InjectionTime::documentEnd);
-  EXPECT_EQ(shell.scripts.mainConfiguration()->userScripts[0], shell.scripts.composeConfiguration()->userScripts[0])
+  EXPECT_EQ(shell.scripts.mainConfiguration()->userScripts[0],
+            shell.scripts.composeConfiguration()->userScripts[0])
       << "a script is made once";
+}
+
+TEST_F(ScriptMessageTest, ScriptsRunAtTheirTimeInTheirFrames) {
+  std::map<std::string, std::pair<bool, bool>> placement; // at the start, in the main frame only
+  for (const auto& list : {shell.scripts.mainConfiguration()->userScripts,
+                           shell.scripts.composeConfiguration()->userScripts, shell.scripts.popupScripts({})})
+    for (const auto& script : list)
+      placement[script->name] = {script->time == platform::InjectionTime::documentStart,
+                                 script->mainFrameOnly};
+  const std::map<std::string, std::pair<bool, bool>> expected = {
+      {"consoleRelayScript", {true, false}},   {"composePresetScript", {true, false}},
+      {"printShimScript", {true, true}},       {"notificationShimScript", {true, true}},
+      {"composeHookScript", {true, true}},     {"mouseoverScript", {true, true}},
+      {"titlePollScript", {false, true}},      {"highlightHostScript", {false, false}},
+      {"mailboxMarkerScript", {false, true}},  {"replySelectionScript", {false, false}},
+      {"filesAutoShareScript", {false, true}}, {"chromeRemoverScript", {false, true}},
+      {"sendWatcherScript", {false, true}},    {"discardWatcherScript", {false, true}},
+  };
+  EXPECT_EQ(placement, expected);
 }
 
 TEST_F(ScriptMessageTest, ComposeReadyBringsTheSetting) {
@@ -150,15 +205,17 @@ TEST_F(ScriptMessageTest, AWindowThatClosesInTheGraceIsNoMatter) {
   post({{"type", "sendClicked"}});
   post({{"type", "discardClicked"}});
   model->window.lock()->close();
+  shell.manager->openMainWindow();
   view.reset();
   shell.loop.advance(10s);
-  EXPECT_EQ(windows(), 0U);
+  EXPECT_EQ(windows(), 1U) << "another window is none of its business";
 }
 
 TEST_F(ScriptMessageTest, ConsoleAndFailuresAreLogged) {
   post({{"type", "consoleLog"}, {"message", "[log] x"}}, "null", false);
   EXPECT_EQ(shell.log.count("debug script: JS log: [log] x"), 1);
-  post({{"type", "ondrelFilesAutoShare"}, {"status", "failed"}, {"filename", "a.mov"}, {"reason", "timeout"}});
+  post(
+      {{"type", "ondrelFilesAutoShare"}, {"status", "failed"}, {"filename", "a.mov"}, {"reason", "timeout"}});
   post({{"type", "ondrelFilesAutoShare"}});
   post({{"type", "ondrelFilesAutoShare"}, {"status", "success"}, {"filename", "a.mov"}});
   EXPECT_EQ(shell.log.count("error script: files-auto-share failed for a.mov: timeout"), 1);

@@ -13,6 +13,9 @@ class WindowViewModelTest : public CoordinatorTest {};
 TEST_F(WindowViewModelTest, LoadsWhatTheAddressMeans) {
   const std::pair<std::string, std::string> cases[] = {
       {" \n app.example.com\t", "https://app.example.com"},
+      {"\xC2\xA0"
+       "app.example.com\xE2\x80\xA8",
+       "https://app.example.com"},
       {"http://x/", "http://x/"},
       {"   ", ""},
       {"", ""},
@@ -38,12 +41,20 @@ TEST_F(WindowViewModelTest, ZoomStepsArePlainAdditions) {
   }
   EXPECT_EQ(*model->initialPageZoom, expected);
   EXPECT_EQ(view->zoom, expected);
-  EXPECT_EQ(*model->canZoomIn, expected < 1.2);
+  EXPECT_FALSE(*model->canZoomIn) << "four sums of 0.05 come out above 1.2";
   EXPECT_FALSE(*model->isZoomDefault);
+  for (const auto& [zoom, isDefault] :
+       {std::pair(1.0009, true), std::pair(0.9991, true), std::pair(1.0011, false)}) {
+    model->initialPageZoom.set(zoom);
+    model->applyZoom();
+    EXPECT_EQ(*model->isZoomDefault, isDefault) << zoom;
+  }
   model->zoomToActualSize();
-  model->zoomIn();
+  for (int i = 0; i < 3; ++i)
+    model->zoomOut();
+  EXPECT_TRUE(*model->canZoomOut);
   model->zoomOut();
-  EXPECT_TRUE(*model->isZoomDefault);
+  EXPECT_FALSE(*model->canZoomOut);
   for (int i = 0; i < 10; ++i)
     model->zoomOut();
   EXPECT_LT(*model->initialPageZoom, 0.6) << "the limits act through enablement alone";
@@ -86,6 +97,10 @@ TEST_F(WindowViewModelTest, ExportsAPDFWithItsMargins) {
   shell.manager->exportPDFActive();
   shell.settle();
   EXPECT_EQ(shell.panels.savePanels.at(1).proposedName, "Document.pdf");
+  model->title.set("...");
+  shell.manager->exportPDFActive();
+  shell.settle();
+  EXPECT_EQ(shell.panels.savePanels.at(2).proposedName, "Document.pdf");
   EXPECT_EQ(view->prints.size(), 1U) << "nothing was chosen";
 
   shell.panels.savePath = "/full/x.pdf";
@@ -93,6 +108,16 @@ TEST_F(WindowViewModelTest, ExportsAPDFWithItsMargins) {
   shell.manager->exportPDFActive();
   shell.settle();
   EXPECT_EQ(shell.panels.alerts.size(), 1U) << "the user asked for it and hears of the failure";
+}
+
+TEST_F(WindowViewModelTest, ExportsNothingOfATabThatHasGone) {
+  shell.panels.savePath = "/documents/x.pdf";
+  shell.manager->exportPDFActive();
+  model->window.lock()->close();
+  model.reset();
+  const std::weak_ptr weak = std::exchange(view, nullptr);
+  shell.settle();
+  EXPECT_TRUE(weak.expired());
 }
 
 class SelectRowTest : public CoordinatorTest {
@@ -107,7 +132,9 @@ TEST_F(SelectRowTest, StopsWhenThePageHasOpenedTheMessage) {
   select();
   shell.loop.advance(10s);
   EXPECT_EQ(calls, 3);
-  EXPECT_EQ(shell.log.count("info system: selectRow: called goMessage(ac.message) for email M1\"\\ after 3 attempt(s)"), 1);
+  EXPECT_EQ(shell.log.count(
+                "info system: selectRow: called goMessage(ac.message) for email M1\"\\ after 3 attempt(s)"),
+            1);
   EXPECT_TRUE(view->evaluations[0].ends_with(R"(})("M1\"\\", "T1");)")) << "ids go in as string literals";
 }
 
@@ -128,8 +155,12 @@ TEST_F(SelectRowTest, GivesUpAfterTwentyAttemptsAndReloadsAPageThatNeverBooted) 
     shell.loop.advance(60s);
     EXPECT_EQ(view->evaluations.size(), 21U);
   }
-  EXPECT_EQ(shell.log.count("error system: selectRow: gave up calling goMessage for email M1\"\\ after 20 attempts"), 2);
-  EXPECT_EQ(shell.log.count("error system: selectRow: FastMail never booted for email M1\"\\ — reloading base mailbox"), 1);
+  EXPECT_EQ(shell.log.count(
+                "error system: selectRow: gave up calling goMessage for email M1\"\\ after 20 attempts"),
+            2);
+  EXPECT_EQ(shell.log.count(
+                "error system: selectRow: FastMail never booted for email M1\"\\ — reloading base mailbox"),
+            1);
 }
 
 TEST_F(SelectRowTest, EndsQuietlyWithItsTab) {
