@@ -37,9 +37,14 @@ void ProgramTest::SetUp() {
 
 void ProgramTest::TearDown() {
   for (const auto& output : outputs) {
-    const auto text = read(output);
-    for (const auto* word : {"CRITICAL", "WARNING", "AddressSanitizer", "runtime error"})
-      EXPECT_FALSE(text.contains(word)) << text;
+    std::istringstream lines(read(output));
+    for (std::string line; std::getline(lines, line);) {
+      // The engine's own processes look for an accessibility bus by themselves.
+      if (line.contains("a11y bus"))
+        continue;
+      for (const auto* word : {"CRITICAL", "WARNING", "AddressSanitizer", "LeakSanitizer", "runtime error"})
+        EXPECT_FALSE(line.contains(word)) << line;
+    }
   }
   service_.reset();
   if (!HasFailure())

@@ -3,6 +3,7 @@
 #include "base/Log.h"
 #include "base/Text.h"
 #include "base/Url.h"
+#include "platform/linux/Rendering.h"
 #include "platform/linux/glib/Ref.h"
 
 #include <gtk/gtk.h>
@@ -68,6 +69,8 @@ void LinuxWorkspace::open(const std::string& url) {
   auto* display = gdk_display_get_default();
   const auto context = glib::adopt(display ? G_APP_LAUNCH_CONTEXT(gdk_display_get_app_launch_context(display))
                                            : g_app_launch_context_new());
+  for (const auto& variable : renderingVariables())
+    g_app_launch_context_unsetenv(context.get(), variable.c_str());
   // Nobody waits for it: the callback only logs.
   g_app_info_launch_default_for_uri_async(target(url, scheme).c_str(), context.get(), nullptr, launched,
                                           nullptr);

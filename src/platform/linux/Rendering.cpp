@@ -25,7 +25,20 @@ bool isGpu(const std::string& name) {
   return driver != "vgem" && driver != "vkms";
 }
 
+std::vector<std::string> variablesSet;
+
+void setUnlessSet(const char* name, const char* value) {
+  if (g_getenv(name))
+    return;
+  g_setenv(name, value, TRUE);
+  variablesSet.emplace_back(name);
+}
+
 } // namespace
+
+const std::vector<std::string>& renderingVariables() {
+  return variablesSet;
+}
 
 bool hasRenderDevice() {
   // The driver of one maker may be without a render node and works with GL all the same.
@@ -47,8 +60,10 @@ Rendering chooseRendering() {
   const bool software = wanted == "software" || (wanted != "hardware" && !hasRenderDevice());
   if (!software)
     return Rendering::hardware;
-  g_setenv("GSK_RENDERER", "cairo", FALSE);
-  g_setenv("WEBKIT_DISABLE_DMABUF_RENDERER", "1", FALSE);
+  setUnlessSet("GSK_RENDERER", "cairo");
+  setUnlessSet("WEBKIT_DISABLE_DMABUF_RENDERER", "1");
+  // The toolkit would load a GL in software just to have it: that is half of the memory of an empty window.
+  setUnlessSet("GDK_DEBUG", "gl-disable");
   logger.info("Drawing without a GPU");
   return Rendering::software;
 }

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <string>
+#include <vector>
+
 namespace ondrel::platform {
 
 enum class Rendering { hardware, software };
@@ -10,6 +13,10 @@ enum class Rendering { hardware, software };
 // ONDREL_RENDERING=software or hardware decides instead. Call at the start of main(): before GTK and before
 // other threads.
 Rendering chooseRendering();
+
+// The variables that chooseRendering() has set: for this program and its web processes, not for those that it
+// starts.
+const std::vector<std::string>& renderingVariables();
 
 // A device for rendering that we may open and that stands for a real GPU.
 bool hasRenderDevice();

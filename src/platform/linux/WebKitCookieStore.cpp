@@ -8,11 +8,13 @@ namespace ondrel::platform {
 
 namespace {
 
-std::string text(const char* value) { return validUtf8(value ? value : ""); }
+std::string text(const char* value) {
+  return validUtf8(value ? value : "");
+}
 
 Cookie cookieFrom(SoupCookie* cookie) {
-  return {text(soup_cookie_get_name(cookie)),   text(soup_cookie_get_value(cookie)),
-          text(soup_cookie_get_domain(cookie)), text(soup_cookie_get_path(cookie)),
+  return {text(soup_cookie_get_name(cookie)),      text(soup_cookie_get_value(cookie)),
+          text(soup_cookie_get_domain(cookie)),    text(soup_cookie_get_path(cookie)),
           soup_cookie_get_secure(cookie) != FALSE, soup_cookie_get_http_only(cookie) != FALSE};
 }
 
@@ -37,7 +39,8 @@ async::Task<std::vector<Cookie>> fetch(glib::Ref<WebKitCookieManager> manager, s
 } // namespace
 
 WebKitCookieStore::WebKitCookieStore(WebKitNetworkSession* session)
-    : manager_(glib::share(webkit_network_session_get_cookie_manager(session))) {}
+    : manager_(glib::share(webkit_network_session_get_cookie_manager(session))) {
+}
 
 async::Task<std::vector<Cookie>> WebKitCookieStore::cookies(std::string url) {
   return fetch(manager_, std::move(url));

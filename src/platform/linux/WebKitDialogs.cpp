@@ -22,8 +22,8 @@ std::string textOf(WebKitScriptDialog* dialog) {
   return validUtf8(text ? text : "");
 }
 
-// Closes the dialog with a turn of its own: the engine crashes when it is closed inside the signal that shows it
-// (measured, 2.50).
+// Closes the dialog with a turn of its own: the engine crashes when it is closed inside the signal that shows
+// it (measured, 2.50).
 DoneReply replyTo(WebKitScriptDialog* dialog, bool hasAnswer) {
   return {[kept = Dialog(webkit_script_dialog_ref(dialog)), hasAnswer](bool confirmed) mutable {
             if (hasAnswer)

@@ -8,6 +8,7 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace ondrel::platform {
 
@@ -20,9 +21,13 @@ constexpr base::Logger logger("system");
 constexpr mode_t folderMode = 0700;
 constexpr mode_t fileMode = 0600;
 
-void makePrivateFolder(const std::string& path) {
-  if (g_mkdir_with_parents(path.c_str(), folderMode) != 0 || chmod(path.c_str(), folderMode) != 0)
-    logger.error("Can't make the folder {}: {}", path, g_strerror(errno));
+// Whether the folder is there, ours alone, and can be written.
+bool makePrivateFolder(const std::string& path) {
+  const bool usable = g_mkdir_with_parents(path.c_str(), folderMode) == 0 &&
+                      chmod(path.c_str(), folderMode) == 0 && access(path.c_str(), W_OK | X_OK) == 0;
+  if (!usable)
+    logger.error("Cookies and the pages' data hold until exit only, {} can't be used: {}", path, g_strerror(errno));
+  return usable;
 }
 
 // Made before the engine does, which would make it readable for everybody.
@@ -33,10 +38,9 @@ void makePrivateFile(const std::string& path) {
 }
 
 Ref<WebKitNetworkSession> makeSession(const WebKitOptions& options) {
-  if (options.ephemeral)
+  // The engine starts no web process at all when a folder is missing that it wants to show to it.
+  if (options.ephemeral || !makePrivateFolder(options.dataFolder) || !makePrivateFolder(options.cacheFolder))
     return adopt(webkit_network_session_new_ephemeral());
-  makePrivateFolder(options.dataFolder);
-  makePrivateFolder(options.cacheFolder);
   auto session = adopt(webkit_network_session_new(options.dataFolder.c_str(), options.cacheFolder.c_str()));
   const auto cookies = options.dataFolder + "/cookies.sqlite";
   makePrivateFile(cookies);
@@ -93,7 +97,8 @@ Ref<WebKitSettings> WebKitEngine::makeSettings() const {
   auto settings = adopt(webkit_settings_new());
   webkit_settings_set_enable_developer_extras(settings.get(), FALSE);
   if (softwareRendering_)
-    webkit_settings_set_hardware_acceleration_policy(settings.get(), WEBKIT_HARDWARE_ACCELERATION_POLICY_NEVER);
+    webkit_settings_set_hardware_acceleration_policy(settings.get(),
+                                                     WEBKIT_HARDWARE_ACCELERATION_POLICY_NEVER);
   return settings;
 }
 

@@ -17,27 +17,28 @@ struct WebKitOptions {
   std::string dataFolder;      // cookies and what pages store; made if missing, for the user alone
   std::string cacheFolder;     // may be emptied at any time
   std::string extensionFolder; // of the extension's library, which must be there
-  std::vector<std::string> handlerNames = {"ondrel"}; // that the extension puts under window.webkit.messageHandlers
+  std::vector<std::string> handlerNames = {
+      "ondrel"}; // that the extension puts under window.webkit.messageHandlers
   bool softwareRendering = false;
   bool ephemeral = false; // keeps everything in memory; the two folders are not used
 };
 
-// What all web views have in common: the processes, the sandbox, the store. Must be made before any other use of the
-// engine in this process. Lives as long as any web view.
+// What all web views have in common: the processes, the sandbox, the store. Must be made before any other use
+// of the engine in this process. Lives as long as any web view.
 class WebKitEngine {
  public:
   using Scripts = std::vector<std::shared_ptr<const UserScript>>;
 
-  // Takes over what the engine has begun to download, before it asks where to; also what it begins by itself for a
-  // link with a `download` attribute.
+  // Takes over what the engine has begun to download, before it asks where to; also what it begins by itself
+  // for a link with a `download` attribute.
   using DownloadHandler = std::function<void(WebKitDownload*)>;
 
   WebKitEngine(const WebKitOptions& options, DownloadHandler downloads);
 
   glib::Ref<WebKitWebView> makeView(const Scripts& scripts) const;
-  // A web view connected to its opener, for a window that a page opens. Call in the opener's "create" signal only.
-  // The engine runs the opener's user scripts in it, whatever content manager it is given (measured, 2.50): scripts
-  // of its own must be sent to the extension.
+  // A web view connected to its opener, for a window that a page opens. Call in the opener's "create" signal
+  // only. The engine runs the opener's user scripts in it, whatever content manager it is given
+  // (measured, 2.50): scripts of its own must be sent to the extension.
   glib::Ref<WebKitWebView> makePopup(WebKitWebView* opener) const;
   WebKitNetworkSession* session() const { return session_.get(); }
 

@@ -11,7 +11,8 @@ namespace ondrel::platform {
 
 namespace {
 
-// Where something is already, the engine would refuse to write too, but then remove what is there (measured, 2.50).
+// Where something is already, the engine would refuse to write too, but then remove what is there
+// (measured, 2.50).
 bool isFreePath(const std::string& path) {
   struct stat status{};
   return path.starts_with('/') && path.find('\0') == std::string::npos && base::isValidUtf8(path) &&
@@ -27,7 +28,8 @@ std::shared_ptr<WebKitFileDownload> WebKitFileDownload::make(WebKitDownload* dow
   return result;
 }
 
-WebKitFileDownload::WebKitFileDownload(WebKitDownload* download) : download_(glib::share(download)) {}
+WebKitFileDownload::WebKitFileDownload(WebKitDownload* download) : download_(glib::share(download)) {
+}
 
 void WebKitFileDownload::connectSignals() {
   auto* download = download_.get();
@@ -36,13 +38,13 @@ void WebKitFileDownload::connectSignals() {
         askForDestination(suggestedName);
         return TRUE;
       }));
-  connections_.push_back(glib::connect<void(WebKitDownload*, guint64)>(
-      download, "received-data", [this](WebKitDownload*, guint64) {
-        const auto self = shared_from_this();
-        progressed.emit();
-      }));
-  connections_.push_back(
-      glib::connect<void(WebKitDownload*, GError*)>(download, "failed", [this](WebKitDownload*, GError* error) {
+  connections_.push_back(glib::connect<void(WebKitDownload*, guint64)>(download, "received-data",
+                                                                       [this](WebKitDownload*, guint64) {
+                                                                         const auto self = shared_from_this();
+                                                                         progressed.emit();
+                                                                       }));
+  connections_.push_back(glib::connect<void(WebKitDownload*, GError*)>(
+      download, "failed", [this](WebKitDownload*, GError* error) {
         const auto self = shared_from_this();
         hasFailed_ = true;
         failed.emit(validUtf8(error->message));
@@ -61,7 +63,9 @@ void WebKitFileDownload::end() {
   self_.reset();
 }
 
-void WebKitFileDownload::setDestinationHandler(DestinationHandler handler) { handler_ = std::move(handler); }
+void WebKitFileDownload::setDestinationHandler(DestinationHandler handler) {
+  handler_ = std::move(handler);
+}
 
 void WebKitFileDownload::askForDestination(const char* suggestedName) {
   const auto self = shared_from_this();
@@ -96,6 +100,8 @@ Download::Progress WebKitFileDownload::progress() const {
   return result;
 }
 
-void WebKitFileDownload::cancel() { webkit_download_cancel(download_.get()); }
+void WebKitFileDownload::cancel() {
+  webkit_download_cancel(download_.get());
+}
 
 } // namespace ondrel::platform

@@ -17,9 +17,9 @@ inline constexpr const char* scriptMessageFormat = "(sstssb)";
 inline constexpr const char* messageTooLarge = "message-too-large";
 inline constexpr const char* messageTooLargeFormat = "(st)";
 
-// Program to extension: user scripts of the page that the engine doesn't run (see WebKitEngine::makePopup), each with
-// its source, whether it runs at the start of a document, and whether in the main frame only. Only the first such
-// message of a page counts.
+// Program to extension: user scripts of the page that the engine doesn't run (see WebKitEngine::makePopup),
+// each with its source, whether it runs at the start of a document, and whether in the main frame only. Only
+// the first such message of a page counts.
 inline constexpr const char* userScripts = "user-scripts";
 inline constexpr const char* userScriptsFormat = "a(sbb)";
 

@@ -86,7 +86,8 @@ void askForPolicy(WebViewDelegate& delegate, WebKitPolicyDecision* decision, Web
       },
       NavigationPolicy::cancel);
   if (isResponse) {
-    delegate.decidePolicy(navigationResponseFrom(WEBKIT_RESPONSE_POLICY_DECISION(decision)), std::move(reply));
+    delegate.decidePolicy(navigationResponseFrom(WEBKIT_RESPONSE_POLICY_DECISION(decision)),
+                          std::move(reply));
     return;
   }
   auto* action =

@@ -30,6 +30,8 @@ Job fileJob(const std::string& path) {
   if (!uri)
     return nullptr;
   auto job = glib::adopt(gtk_print_settings_new());
+  // The engine looks for a printer by its name, which the toolkit translates.
+  gtk_print_settings_set_printer(job.get(), g_dgettext("gtk40", "Print to File"));
   gtk_print_settings_set(job.get(), GTK_PRINT_SETTINGS_OUTPUT_URI, uri.get());
   gtk_print_settings_set(job.get(), GTK_PRINT_SETTINGS_OUTPUT_FILE_FORMAT, "pdf");
   return job;
@@ -40,8 +42,8 @@ struct Choice {
   Setup setup;
 };
 
-// The print dialog, on screen for as long as this object lives. Our own and not the engine's, which runs a main loop
-// inside.
+// The print dialog, on screen for as long as this object lives. Our own and not the engine's, which runs a
+// main loop inside.
 class PrintDialog {
  public:
   PrintDialog(GtkWindow* parent, GtkPageSetup* setup)
@@ -107,7 +109,7 @@ async::Task<PrintResult> run(glib::Ref<WebKitPrintOperation> operation) {
       [answer = std::move(resolver)](WebKitPrintOperation*) mutable { answer.resolve(true); });
   webkit_print_operation_print(operation.get());
   const auto ended = co_await std::move(future);
-  co_return ended && succeeded ? PrintResult::done : PrintResult::failed;
+  co_return ended&& succeeded ? PrintResult::done : PrintResult::failed;
 }
 
 } // namespace

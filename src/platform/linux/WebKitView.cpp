@@ -25,8 +25,11 @@ std::optional<std::string> nonEmpty(const char* text) {
   return text && *text ? std::optional(validUtf8(text)) : std::nullopt;
 }
 
-// Ends the page at once, whoever else still holds the object: a call into a page that hangs holds it for as long.
-void endPage(WebKitWebView* view) { g_object_run_dispose(G_OBJECT(view)); }
+// Ends the page at once, whoever else still holds the object: a call into a page that hangs holds it for as
+// long.
+void endPage(WebKitWebView* view) {
+  g_object_run_dispose(G_OBJECT(view));
+}
 
 async::Task<ScriptResult> orTimedOut(async::Duration deadline, async::Task<ScriptResult> evaluation) {
   auto result = co_await async::withDeadline(deadline, std::move(evaluation));
@@ -45,7 +48,8 @@ std::shared_ptr<WebKitView> WebKitView::make(std::shared_ptr<const WebKitEngine>
 }
 
 std::shared_ptr<WebKitView> WebKitView::makePopup(const Scripts& scripts) {
-  auto result = connected(std::shared_ptr<WebKitView>(new WebKitView(engine_, engine_->makePopup(view_.get()))));
+  auto result =
+      connected(std::shared_ptr<WebKitView>(new WebKitView(engine_, engine_->makePopup(view_.get()))));
   result->engineScripts_ = engineScripts_;
   std::ranges::copy_if(scripts, std::back_inserter(result->extraScripts_), [this](const auto& script) {
     return std::ranges::find(*engineScripts_, script) == engineScripts_->end();
@@ -78,7 +82,8 @@ WebKitView::~WebKitView() {
   g_object_set_data(G_OBJECT(view_.get()), objectKey, nullptr);
   adw_bin_set_child(ADW_BIN(container_.get()), nullptr);
   // With a turn of its own: this may be a callback of the very page.
-  async::EventLoop::current().post([view = std::move(view_), engine = std::move(engine_)] { endPage(view.get()); });
+  async::EventLoop::current().post(
+      [view = std::move(view_), engine = std::move(engine_)] { endPage(view.get()); });
 }
 
 void WebKitView::addScriptMessageHandler(const std::string& name) {
@@ -86,7 +91,9 @@ void WebKitView::addScriptMessageHandler(const std::string& name) {
   assert(added && "a handler name is added once");
 }
 
-void WebKitView::removeScriptMessageHandler(const std::string& name) { handlerNames_.erase(name); }
+void WebKitView::removeScriptMessageHandler(const std::string& name) {
+  handlerNames_.erase(name);
+}
 
 void WebKitView::load(const std::string& url) {
   loads_.requested(url);
@@ -113,19 +120,33 @@ void WebKitView::goForward() {
   webkit_web_view_go_forward(view_.get());
 }
 
-std::optional<std::string> WebKitView::url() const { return nonEmpty(webkit_web_view_get_uri(view_.get())); }
+std::optional<std::string> WebKitView::url() const {
+  return nonEmpty(webkit_web_view_get_uri(view_.get()));
+}
 
-std::optional<std::string> WebKitView::title() const { return nonEmpty(webkit_web_view_get_title(view_.get())); }
+std::optional<std::string> WebKitView::title() const {
+  return nonEmpty(webkit_web_view_get_title(view_.get()));
+}
 
-bool WebKitView::canGoBack() const { return webkit_web_view_can_go_back(view_.get()) != FALSE; }
+bool WebKitView::canGoBack() const {
+  return webkit_web_view_can_go_back(view_.get()) != FALSE;
+}
 
-bool WebKitView::canGoForward() const { return webkit_web_view_can_go_forward(view_.get()) != FALSE; }
+bool WebKitView::canGoForward() const {
+  return webkit_web_view_can_go_forward(view_.get()) != FALSE;
+}
 
-bool WebKitView::isLoading() const { return webkit_web_view_is_loading(view_.get()) != FALSE; }
+bool WebKitView::isLoading() const {
+  return webkit_web_view_is_loading(view_.get()) != FALSE;
+}
 
-double WebKitView::pageZoom() const { return webkit_web_view_get_zoom_level(view_.get()); }
+double WebKitView::pageZoom() const {
+  return webkit_web_view_get_zoom_level(view_.get());
+}
 
-void WebKitView::setPageZoom(double zoom) { webkit_web_view_set_zoom_level(view_.get(), zoom); }
+void WebKitView::setPageZoom(double zoom) {
+  webkit_web_view_set_zoom_level(view_.get(), zoom);
+}
 
 async::Task<ScriptResult> WebKitView::evaluate(std::string source, std::optional<FrameInfo> frame,
                                                async::Duration deadline) {
@@ -135,7 +156,9 @@ async::Task<ScriptResult> WebKitView::evaluate(std::string source, std::optional
   return orTimedOut(deadline, std::move(evaluation));
 }
 
-std::optional<base::Bytes> WebKitView::interactionState() { return sessionStateOf(view_.get()); }
+std::optional<base::Bytes> WebKitView::interactionState() {
+  return sessionStateOf(view_.get());
+}
 
 bool WebKitView::restoreInteractionState(const base::Bytes& state) {
   return restoreSessionState(view_.get(), state);
@@ -145,7 +168,9 @@ async::Task<PrintResult> WebKitView::print(PrintSettings settings) {
   return printView(view_, std::move(settings));
 }
 
-NativeView WebKitView::nativeView() { return {container_.get()}; }
+NativeView WebKitView::nativeView() {
+  return {container_.get()};
+}
 
 void WebKitView::setInspectable(bool inspectable) {
   webkit_settings_set_enable_developer_extras(webkit_web_view_get_settings(view_.get()), inspectable);

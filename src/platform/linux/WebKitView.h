@@ -14,8 +14,8 @@ namespace ondrel::platform {
 
 class WebKitEngine;
 
-// A web view of the engine. Its native view is a plain container around the engine's widget, so that the page can
-// end while the container is still somewhere on screen.
+// A web view of the engine. Its native view is a plain container around the engine's widget, so that the page
+// can end while the container is still somewhere on screen.
 class WebKitView final : public WebView,
                          public std::enable_shared_from_this<WebKitView>,
                          private WebKitLoads::Listener {

@@ -17,11 +17,13 @@ void handOver(WebKitDownload* download) {
 } // namespace
 
 WebKitViewFactory::WebKitViewFactory(const WebKitOptions& options)
-    : engine_(std::make_shared<const WebKitEngine>(options, handOver)), cookies_(engine_->session()) {}
+    : engine_(std::make_shared<const WebKitEngine>(options, handOver)), cookies_(engine_->session()) {
+}
 
 WebKitViewFactory::~WebKitViewFactory() = default;
 
-std::shared_ptr<WebView> WebKitViewFactory::make(const std::vector<std::shared_ptr<const UserScript>>& scripts) {
+std::shared_ptr<WebView>
+WebKitViewFactory::make(const std::vector<std::shared_ptr<const UserScript>>& scripts) {
   return WebKitView::make(engine_, scripts);
 }
 

@@ -145,9 +145,8 @@ void WebKitView::connectQuestions() {
 }
 
 void WebKitView::connectProperties() {
-  connections_.push_back(glib::onNotify(view_.get(), "uri", [this] {
-    tell([](WebViewDelegate& delegate) { delegate.urlDidChange(); });
-  }));
+  connections_.push_back(glib::onNotify(
+      view_.get(), "uri", [this] { tell([](WebViewDelegate& delegate) { delegate.urlDidChange(); }); }));
   connections_.push_back(glib::onNotify(view_.get(), "is-loading", [this] {
     tell([](WebViewDelegate& delegate) { delegate.loadingDidChange(); });
   }));
@@ -165,10 +164,11 @@ void WebKitView::sendExtraScripts() {
   g_variant_builder_init(&scripts, G_VARIANT_TYPE(webkit::userScriptsFormat));
   for (const auto& script : extraScripts_)
     g_variant_builder_add(&scripts, "(sbb)", script->source.c_str(),
-                          gboolean{script->time == InjectionTime::documentStart}, gboolean{script->mainFrameOnly});
+                          gboolean{script->time == InjectionTime::documentStart},
+                          gboolean{script->mainFrameOnly});
   webkit_web_view_send_message_to_page(
-      view_.get(), webkit_user_message_new(webkit::userScripts, g_variant_builder_end(&scripts)), nullptr, nullptr,
-      nullptr);
+      view_.get(), webkit_user_message_new(webkit::userScripts, g_variant_builder_end(&scripts)), nullptr,
+      nullptr, nullptr);
 }
 
 WebKitWebView* WebKitView::openWindow(WebKitNavigationAction* action) {

@@ -10,9 +10,9 @@
 
 namespace ondrel::glib {
 
-// What a GAsyncReadyCallback carries: awaited, it gives the GAsyncResult to finish the call with, or nothing when
-// the waiting task was cancelled. The operation's callback always comes; by then nobody may be waiting, and the node
-// behind `userData` frees itself. `cancellable` is cancelled when the waiter goes.
+// What a GAsyncReadyCallback carries: awaited, it gives the GAsyncResult to finish the call with, or nothing
+// when the waiting task was cancelled. The operation's callback always comes; by then nobody may be waiting,
+// and the node behind `userData` frees itself. `cancellable` is cancelled when the waiter goes.
 //
 //   auto [pending, result] = startAsync();
 //   g_file_load_contents_async(file, pending.cancellable, PendingCall::callback, pending.userData);

@@ -62,10 +62,13 @@ struct Trampoline<R(Args...)> {
 //   connect<void(WebKitWebView*, WebKitLoadEvent)>(view, "load-changed", [this](auto*, auto event) { ... });
 // The signature must match the signal to the letter: nothing can check it.
 template <class Signature, class Object, class Handler>
-Connection connect(Object* object, const char* signal, Handler handler, GConnectFlags flags = G_CONNECT_DEFAULT) {
+Connection connect(Object* object, const char* signal, Handler handler,
+                   GConnectFlags flags = G_CONNECT_DEFAULT) {
   using T = detail::Trampoline<Signature>;
-  auto* data = new std::shared_ptr<typename T::Handler>(std::make_shared<typename T::Handler>(std::move(handler)));
-  const auto id = g_signal_connect_data(object, signal, reinterpret_cast<GCallback>(&T::call), data, &T::destroy, flags);
+  auto* data =
+      new std::shared_ptr<typename T::Handler>(std::make_shared<typename T::Handler>(std::move(handler)));
+  const auto id =
+      g_signal_connect_data(object, signal, reinterpret_cast<GCallback>(&T::call), data, &T::destroy, flags);
   return Connection(G_OBJECT(object), id);
 }
 

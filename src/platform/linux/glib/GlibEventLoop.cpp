@@ -23,7 +23,8 @@ struct GlibEventLoop::Source {
     return !from(source)->loop->posted_.empty();
   }
   static gboolean check(GSource* source) {
-    return !from(source)->loop->posted_.empty() || g_source_query_unix_fd(source, from(source)->timerTag) != 0;
+    return !from(source)->loop->posted_.empty() ||
+           g_source_query_unix_fd(source, from(source)->timerTag) != 0;
   }
   static gboolean dispatch(GSource* source, GSourceFunc, gpointer) {
     auto* self = from(source);
@@ -35,7 +36,8 @@ struct GlibEventLoop::Source {
 };
 
 GlibEventLoop::GlibEventLoop() {
-  static GSourceFuncs functions = {Source::prepare, Source::check, Source::dispatch, nullptr, nullptr, nullptr};
+  static GSourceFuncs functions = {Source::prepare, Source::check, Source::dispatch,
+                                   nullptr,         nullptr,       nullptr};
   timerFd_ = timerfd_create(CLOCK_BOOTTIME, TFD_CLOEXEC | TFD_NONBLOCK);
   source_ = g_source_new(&functions, sizeof(Source));
   Source::from(source_)->loop = this;
@@ -77,7 +79,9 @@ void GlibEventLoop::cancel(TimerId id) noexcept {
   arm();
 }
 
-void GlibEventLoop::post(async::Callback callback) { posted_.push_back(std::move(callback)); }
+void GlibEventLoop::post(async::Callback callback) {
+  posted_.push_back(std::move(callback));
+}
 
 void GlibEventLoop::arm() {
   itimerspec setting{};
@@ -106,7 +110,8 @@ void GlibEventLoop::runTimers() {
 }
 
 void GlibEventLoop::runPosted() {
-  // Only what is there now: what these post comes with the next turn, so that the desktop's events get theirs.
+  // Only what is there now: what these post comes with the next turn, so that the desktop's events get
+  // theirs.
   for (auto left = posted_.size(); left > 0 && !posted_.empty(); --left) {
     auto callback = std::move(posted_.front());
     posted_.pop_front();

@@ -9,9 +9,9 @@
 
 namespace ondrel::glib {
 
-// The event loop on GLib's default main context. Time is CLOCK_BOOTTIME, which goes on while the machine sleeps, so
-// that a delay that ends during the sleep is over at wake-up: GLib's own timeouts stand still meanwhile. Installs
-// itself as the current loop.
+// The event loop on GLib's default main context. Time is CLOCK_BOOTTIME, which goes on while the machine
+// sleeps, so that a delay that ends during the sleep is over at wake-up: GLib's own timeouts stand still
+// meanwhile. Installs itself as the current loop.
 class GlibEventLoop final : public async::EventLoop {
  public:
   GlibEventLoop();

@@ -1,0 +1,47 @@
+#include "platform/linux/ActivityTracker.h"
+
+#include "async/VirtualEventLoop.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace ondrel::platform {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+TEST(ActivityTracker, IgnoresTheMomentBetweenTwoWindows) {
+  async::VirtualEventLoop loop;
+  std::string log;
+  ActivityTracker tracker({.didBecomeActive = [&] { log += "B"; },
+                           .willResignActive = [&] { log += tracker.isActive() ? "W" : "?"; },
+                           .didResignActive = [&] { log += tracker.isActive() ? "?" : "R"; }});
+  tracker.update(false);
+  loop.advance(1s);
+  EXPECT_EQ(log, "");
+  tracker.update(true);
+  tracker.update(true);
+  EXPECT_EQ(log, "B");
+
+  tracker.update(false);
+  loop.advance(ActivityTracker::grace - 1ms);
+  tracker.update(false); // doesn't begin the time anew
+  EXPECT_TRUE(tracker.isActive());
+  tracker.update(true);
+  loop.advance(1s);
+  EXPECT_EQ(log, "B");
+
+  tracker.update(false);
+  loop.advance(ActivityTracker::grace - 1ms);
+  tracker.update(false);
+  loop.advance(1ms);
+  EXPECT_EQ(log, "BWR");
+  tracker.update(true);
+  EXPECT_EQ(log, "BWRB");
+}
+
+} // namespace
+
+} // namespace ondrel::platform

@@ -1,0 +1,97 @@
+#pragma once
+
+#include "platform/linux/LinuxApplication.h"
+#include "platform/linux/Rendering.h"
+#include "platform/linux/TabGroupWindow.h"
+#include "platform/linux/TabWindow.h"
+#include "platform/linux/glib/GlibEventLoop.h"
+
+#include <fmt/format.h>
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace ondrel::platform {
+
+// A test with real windows: needs a display. Warnings of the toolkit fail it.
+class DesktopTest : public testing::Test {
+ protected:
+  DesktopTest() {
+    static const bool watching = [] {
+      g_log_set_writer_func(
+          [](GLogLevelFlags level, const GLogField* fields, gsize count, gpointer) {
+            if (level & (G_LOG_LEVEL_CRITICAL | G_LOG_LEVEL_WARNING))
+              for (gsize i = 0; i < count; ++i)
+                if (std::string_view(fields[i].key) == "MESSAGE")
+                  complaints.emplace_back(static_cast<const char*>(fields[i].value));
+            return G_LOG_WRITER_HANDLED;
+          },
+          nullptr, nullptr);
+      return true;
+    }();
+    EXPECT_TRUE(watching);
+    chooseRendering(); // as the program does
+    complaints.clear();
+    closed = application.windowWillClose.subscribe(
+        [this](std::shared_ptr<Window> window) { willClose.push_back(window->identifier()); });
+  }
+  ~DesktopTest() override { EXPECT_EQ(complaints, std::vector<std::string>()); }
+
+  // Runs the body once windows can be made.
+  void run(const std::function<void()>& body) {
+    bool ran = false;
+    const int status = application.run({}, [&] {
+      body();
+      ran = true;
+      application.terminate();
+    });
+    EXPECT_EQ(status, 0);
+    EXPECT_TRUE(ran) << "is there no display?";
+  }
+
+  static bool until(const std::function<bool()>& holds) {
+    const auto end = g_get_monotonic_time() + 10 * G_USEC_PER_SEC;
+    while (!holds()) {
+      if (g_get_monotonic_time() > end)
+        return false;
+      if (!g_main_context_iteration(nullptr, FALSE))
+        g_usleep(1000);
+    }
+    return true;
+  }
+  // Lets the X server and the toolkit come to rest after windows were shown: they move the keyboard about for
+  // a while.
+  static void settle() {
+    const auto end = g_get_monotonic_time() + G_USEC_PER_SEC / 4;
+    until([end] { return g_get_monotonic_time() > end; });
+  }
+  static void turn() {
+    while (g_main_context_iteration(nullptr, FALSE)) {
+    }
+  }
+
+  std::shared_ptr<TabWindow> make(const std::string& name) {
+    auto window = std::dynamic_pointer_cast<TabWindow>(application.makeWindow(
+        {.contentWidth = 600, .contentHeight = 500, .tabbingIdentifier = "", .identifier = name}));
+    window->setTitle(name);
+    return window;
+  }
+  static std::string names(const std::vector<std::shared_ptr<Window>>& windows) {
+    std::string result;
+    for (const auto& window : windows)
+      result += window->identifier();
+    return result;
+  }
+  static guint topLevelCount() { return g_list_model_get_n_items(gtk_window_get_toplevels()); }
+
+  static inline std::vector<std::string> complaints;
+  glib::GlibEventLoop loop;
+  LinuxApplication application{
+      {.applicationId = fmt::format("org.velmora.Ondrel.Test{}", getpid()), .displayName = "Test"}};
+  std::vector<std::string> willClose;
+  base::Subscription closed;
+};
+
+} // namespace ondrel::platform

@@ -1,0 +1,143 @@
+#include "TemporaryFolder.h"
+
+#include "platform/linux/PosixFileStore.h"
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <random>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace ondrel::platform {
+
+namespace {
+
+namespace fs = std::filesystem;
+using Names = std::set<std::string>;
+
+unsigned mode(const std::string& path) {
+  struct stat status{};
+  return lstat(path.c_str(), &status) == 0 ? status.st_mode & 07777 : 0;
+}
+
+ino_t inode(const std::string& path) {
+  struct stat status{};
+  return stat(path.c_str(), &status) == 0 ? status.st_ino : 0;
+}
+
+class FileStoreTest : public testing::Test {
+ protected:
+  TemporaryFolder folder;
+  PosixFileStore store;
+};
+
+TEST_F(FileStoreTest, SavesForTheUserAlone) {
+  const auto old = umask(0);
+  const auto path = folder.file("a/b/session.json");
+  ASSERT_TRUE(store.writeAtomically(path, "one"));
+  fs::permissions(path, fs::perms(0644));
+  const std::string binary("two\0\xff\n", 6);
+  ASSERT_TRUE(store.writeAtomically(path, binary));
+  umask(old);
+
+  EXPECT_EQ(store.read(path), binary);
+  EXPECT_EQ(mode(path), 0600U);
+  EXPECT_EQ(mode(folder.file("a")), 0700U);
+  EXPECT_EQ(mode(folder.file("a/b")), 0700U);
+  ASSERT_TRUE(store.writeAtomically(path, ""));
+  EXPECT_EQ(store.read(path), "");
+}
+
+TEST_F(FileStoreTest, ReplacesALinkAndLeavesItsTarget) {
+  folder.write("elsewhere", "theirs");
+  fs::create_symlink(folder.file("elsewhere"), folder.file("session.json"));
+  ASSERT_TRUE(store.writeAtomically(folder.file("session.json"), "ours"));
+  EXPECT_FALSE(fs::is_symlink(folder.file("session.json")));
+  EXPECT_EQ(folder.content("session.json"), "ours");
+  EXPECT_EQ(folder.content("elsewhere"), "theirs");
+}
+
+TEST_F(FileStoreTest, TellsWhatCannotBeDone) {
+  folder.write("file", "x");
+  fs::create_directory(folder.file("folder"));
+  ASSERT_EQ(mkfifo(folder.file("pipe").c_str(), 0600), 0);
+
+  EXPECT_TRUE(store.read(folder.file("missing")).error().notFound);
+  EXPECT_FALSE(store.read(folder.file("folder")).error().notFound);
+  EXPECT_FALSE(store.read(folder.file("pipe")).has_value()); // and doesn't hang
+  EXPECT_FALSE(store.writeAtomically(folder.file("file/below"), "y").has_value());
+  EXPECT_FALSE(store.writeAtomically(folder.file("folder"), "y").has_value());
+  EXPECT_FALSE(store.writeAtomically(folder.file(std::string(256, 'n')), "y").has_value());
+  EXPECT_FALSE(store.keepAside(folder.file("missing")).has_value());
+  EXPECT_EQ(folder.content("file"), "x");
+  EXPECT_EQ(folder.names(), (Names{"file", "folder", "pipe"}));
+}
+
+TEST_F(FileStoreTest, KeepsAFewDamagedFilesTheNewestAmongThem) {
+  for (int i = 1; i <= PosixFileStore::damagedFilesKept + 2; ++i) {
+    folder.write("defaults.json", std::to_string(i));
+    const auto kept = store.keepAside(folder.file("defaults.json"));
+    ASSERT_TRUE(kept);
+    EXPECT_EQ(store.read(*kept), std::to_string(i));
+    // Each one is an hour newer than the one before, so that no clock's grain matters.
+    fs::last_write_time(*kept, fs::file_time_type::clock::now() + std::chrono::hours(i));
+  }
+  const auto names = folder.names();
+  EXPECT_EQ(names.size(), std::size_t(PosixFileStore::damagedFilesKept));
+  EXPECT_EQ(folder.content("defaults.json.damaged-1"), "5");
+  EXPECT_EQ(folder.content("defaults.json.damaged-2"), "6");
+}
+
+TEST_F(FileStoreTest, RemovesFoldersAndNotWhatTheirLinksPointTo) {
+  folder.write("theirs", "x");
+  fs::create_directories(folder.file("ours/deep"));
+  fs::create_symlink(folder.path(), folder.file("ours/deep/link"));
+  EXPECT_TRUE(store.removeRecursively(folder.file("ours")));
+  EXPECT_TRUE(store.removeRecursively(folder.file("ours")));
+  EXPECT_EQ(folder.names(), Names{"theirs"});
+}
+
+TEST_F(FileStoreTest, SweepsLeftoversButNoneOfALivingSaveOrOfOthers) {
+  folder.write(".session.json.tmp-0a1b2c", "left over");
+  folder.write(".session.json.tmp-notours", "x");
+  folder.write(".other.json.tmp-0a1b2c", "x");
+  ASSERT_TRUE(store.writeAtomically(folder.file("session.json"), "new"));
+  EXPECT_EQ(folder.names(), (Names{".session.json.tmp-notours", ".other.json.tmp-0a1b2c", "session.json"}));
+}
+
+TEST_F(FileStoreTest, SurvivesBeingKilledAtAnyMoment) {
+  const auto path = folder.file("session.json");
+  ASSERT_TRUE(store.writeAtomically(path, std::string(300000, 'a')));
+  std::mt19937 random(12345);
+  Names contents;
+  for (int i = 0; i < 25; ++i) {
+    const auto child = fork();
+    if (child == 0) {
+      execl(FILE_PROBE, FILE_PROBE, path.c_str(), "300000", "forever", nullptr);
+      _exit(127);
+    }
+    const auto before = inode(path);
+    for (int waited = 0; inode(path) == before && waited < 10000; ++waited)
+      usleep(1000); // until it has begun
+    usleep(random() % 20000);
+    kill(child, SIGKILL);
+    int status = 0;
+    waitpid(child, &status, 0);
+    ASSERT_TRUE(WIFSIGNALED(status)) << "it was to be killed while it saved";
+
+    const auto content = store.read(path);
+    ASSERT_TRUE(content);
+    // Each letter has a size of its own: what is the end of one and the beginning of another shows.
+    const auto letter = content->front();
+    EXPECT_EQ(*content, std::string(300000 + (letter == 'a' ? 0 : letter * 100U), letter));
+    contents.insert(std::string(1, letter));
+    EXPECT_LE(folder.names().size(), 2U) << "left-overs pile up";
+  }
+  EXPECT_GT(contents.size(), 1U) << "no save was under way";
+}
+
+} // namespace
+
+} // namespace ondrel::platform

@@ -1,0 +1,62 @@
+#include "platform/linux/KeyMapping.h"
+
+#include <gtest/gtest.h>
+
+namespace ondrel::platform {
+
+namespace {
+
+constexpr auto none = GdkModifierType{};
+constexpr auto ctrl = GDK_CONTROL_MASK;
+constexpr auto alt = GDK_ALT_MASK;
+constexpr auto ctrlShift = static_cast<GdkModifierType>(GDK_CONTROL_MASK | GDK_SHIFT_MASK);
+constexpr auto ctrlLocks = static_cast<GdkModifierType>(GDK_CONTROL_MASK | GDK_LOCK_MASK | (1 << 4));
+constexpr auto command = Modifiers::command;
+constexpr auto control = Modifiers::control;
+constexpr auto shift = Modifiers::shift;
+
+const std::vector<KeySymbol> usOne{{0, 0, GDK_KEY_1}, {0, 1, GDK_KEY_exclam}};
+const std::vector<KeySymbol> frenchOne{{0, 0, GDK_KEY_ampersand}, {0, 1, GDK_KEY_1}};
+const std::vector<KeySymbol> russianF{
+    {0, 0, GDK_KEY_Cyrillic_a}, {0, 1, GDK_KEY_Cyrillic_A}, {1, 0, GDK_KEY_f}, {1, 1, GDK_KEY_F}};
+
+struct Case {
+  const char* name;
+  guint keyval;
+  GdkModifierType state;
+  std::vector<KeySymbol> symbols;
+  int keyCode;
+  std::uint32_t flags;
+  const char* characters;
+};
+
+TEST(KeyMapping, GivesTheProgramsTerms) {
+  const Case cases[] = {
+      {"Ctrl+Tab", GDK_KEY_Tab, ctrl, {}, KeyEvent::tabKeyCode, control, "\t"},
+      {"Ctrl+Shift+Tab", GDK_KEY_ISO_Left_Tab, ctrlShift, {}, KeyEvent::tabKeyCode, control | shift, "\t"},
+      {"Ctrl+Tab with locks on", GDK_KEY_Tab, ctrlLocks, {}, KeyEvent::tabKeyCode, control, "\t"},
+      {"Ctrl+1", GDK_KEY_1, ctrl, usOne, 0, command, "1"},
+      {"Ctrl+1 on the keypad", GDK_KEY_KP_1, ctrl, {}, 0, command, "1"},
+      {"Ctrl+Shift+1", GDK_KEY_exclam, ctrlShift, usOne, 0, command | shift, "!"},
+      {"French Ctrl+1", GDK_KEY_ampersand, ctrl, frenchOne, 0, command, "1"},
+      {"French 1 without Ctrl", GDK_KEY_ampersand, none, frenchOne, 0, 0, "&"},
+      {"Alt+1", GDK_KEY_1, alt, usOne, 0, Modifiers::option, "1"},
+      {"Ctrl+Shift+F", GDK_KEY_F, ctrlShift, {}, 0, command | shift, "F"},
+      {"Russian Ctrl+Shift+F", GDK_KEY_Cyrillic_A, ctrlShift, russianF, 0, command | shift, "F"},
+      {"Russian letter", GDK_KEY_Cyrillic_a, none, russianF, 0, 0, "а"},
+      {"Ctrl+Left", GDK_KEY_Left, ctrl, {}, 0, command, ""},
+      {"Escape", GDK_KEY_Escape, none, {}, 0, 0, ""},
+      {"Super+1", GDK_KEY_1, GDK_SUPER_MASK, usOne, 0, 0, "1"},
+  };
+  for (const auto& [name, keyval, state, symbols, keyCode, flags, characters] : cases) {
+    const auto event = keyEventFrom(keyval, state, symbols);
+    EXPECT_EQ(event.keyCode, keyCode) << name;
+    EXPECT_TRUE(event.modifiers.exactly(flags)) << name << ": " << event.modifiers.flags;
+    EXPECT_EQ(event.characters, characters) << name;
+    EXPECT_EQ(event.charactersIgnoringModifiers, characters) << name;
+  }
+}
+
+} // namespace
+
+} // namespace ondrel::platform

@@ -1,0 +1,244 @@
+#include "DesktopTest.h"
+
+namespace ondrel::platform {
+
+namespace {
+
+using Strings = std::vector<std::string>;
+
+class TabsTest : public DesktopTest {
+ protected:
+  // Three tabs a, b, c in one top-level on screen, a in front.
+  void makeThree() {
+    a = make("a");
+    b = make("b");
+    c = make("c");
+    a->addTabbedWindow(b);
+    b->addTabbedWindow(c);
+    a->makeKeyAndOrderFront();
+    ASSERT_TRUE(until([this] { return a->isVisible(); }));
+  }
+
+  // What the tab bar does when a tab is dropped on the desktop.
+  static void dragOut(const std::shared_ptr<TabWindow>& window) {
+    auto* view = window->group()->tabView();
+    AdwTabView* target = nullptr;
+    g_signal_emit_by_name(view, "create-window", &target);
+    adw_tab_view_transfer_page(view, window->page(), target, 0);
+  }
+
+  std::shared_ptr<TabWindow> a, b, c;
+};
+
+TEST_F(TabsTest, StandInOrderAndAreNotSelectedWhenAdded) {
+  run([this] {
+    makeThree();
+    const auto d = make("d");
+    a->addTabbedWindow(d);
+    ASSERT_TRUE(a->tabGroup());
+    EXPECT_EQ(names(a->tabGroup()->windows()), "adbc");
+    EXPECT_EQ(a->tabGroup(), c->tabGroup()) << "one group, one identity";
+    EXPECT_EQ(a->tabGroup()->selectedWindow(), a);
+    EXPECT_EQ(names(application.windows()), "abcd") << "in the order of making";
+
+    c->addTabbedWindow(a); // within the group
+    EXPECT_EQ(names(a->tabGroup()->windows()), "dbca");
+    EXPECT_EQ(a->tabGroup()->selectedWindow(), a);
+    a->selectNextTab(); // wraps
+    EXPECT_EQ(a->tabGroup()->selectedWindow(), d);
+    EXPECT_TRUE(d->isVisible());
+    EXPECT_FALSE(a->isVisible());
+    d->selectPreviousTab();
+    EXPECT_EQ(a->tabGroup()->selectedWindow(), a);
+    adw_tab_view_reorder_page(a->group()->tabView(), a->page(), 0); // as by the user's drag
+    EXPECT_EQ(names(a->tabGroup()->windows()), "adbc");
+    EXPECT_EQ(names(application.orderedWindows()), "adbc");
+  });
+}
+
+TEST_F(TabsTest, ShowNothingUntilTheyAreShown) {
+  run([this] {
+    const auto before = topLevelCount();
+    const auto first = make("first");
+    const auto second = make("second");
+    EXPECT_EQ(topLevelCount(), before);
+    EXPECT_EQ(first->tabGroup(), nullptr);
+    first->addTabbedWindow(second);
+    EXPECT_FALSE(gtk_widget_get_visible(GTK_WIDGET(topLevelOf(first))));
+    EXPECT_EQ(application.mainWindow(), nullptr);
+    second->makeKeyAndOrderFront();
+    EXPECT_TRUE(second->isVisible());
+    EXPECT_EQ(topLevelCount(), before + 1);
+    EXPECT_EQ(application.mainWindow(), second);
+  });
+}
+
+TEST_F(TabsTest, MapTheirContentWhenTheyAreShownAndNotBefore) {
+  run([this] {
+    a = make("a");
+    b = make("b");
+    std::string mapped;
+    std::vector<glib::Connection> connections;
+    for (const auto& window : {a, b}) {
+      auto* content = gtk_label_new("content");
+      connections.push_back(glib::connect<void(GtkWidget*)>(
+          content, "map", [&mapped, name = window->identifier()](GtkWidget*) { mapped += name; }));
+      window->setContent({content});
+    }
+    a->makeKeyAndOrderFront();
+    a->addTabbedWindow(b);
+    ASSERT_TRUE(until([&] { return !mapped.empty(); }));
+    turn();
+    EXPECT_EQ(mapped, "a");
+    a->selectNextTab();
+    ASSERT_TRUE(until([&] { return mapped.size() > 1; }));
+    EXPECT_EQ(mapped, "ab");
+  });
+}
+
+TEST_F(TabsTest, MoveBetweenTopLevelsWithTheirIdentity) {
+  run([this] {
+    makeThree();
+    const auto before = topLevelCount();
+    const auto source = a->tabGroup();
+    dragOut(b);
+    EXPECT_EQ(names(source->windows()), "ac");
+    EXPECT_EQ(b->tabGroup(), nullptr) << "alone";
+    EXPECT_TRUE(b->isVisible());
+    EXPECT_EQ(topLevelCount(), before + 1);
+    EXPECT_EQ(application.mainWindow(), b);
+    EXPECT_EQ(names(application.orderedWindows()), "bac");
+
+    adw_tab_view_transfer_page(b->group()->tabView(), b->page(), a->group()->tabView(), 0); // dropped back
+    EXPECT_EQ(names(source->windows()), "bac");
+    EXPECT_EQ(b->tabGroup(), source);
+    turn();
+    EXPECT_EQ(topLevelCount(), before) << "an empty top-level goes";
+
+    dragOut(c);
+    c->addTabbedWindow(a);
+    c->addTabbedWindow(b);
+    turn();
+    EXPECT_EQ(names(c->tabGroup()->windows()), "cba");
+    EXPECT_EQ(c->tabGroup()->selectedWindow(), c);
+    EXPECT_EQ(topLevelCount(), before);
+    EXPECT_EQ(willClose, Strings()) << "nothing was closed";
+  });
+}
+
+TEST_F(TabsTest, TellOnceThatTheyCloseByWhateverWay) {
+  run([this] {
+    makeThree();
+    const auto d = make("d");
+    a->addTabbedWindow(d);
+    b->setFrame({0, 0, 640, 480});
+    const auto whileClosing = application.windowWillClose.subscribe([&](std::shared_ptr<Window> window) {
+      EXPECT_EQ(std::dynamic_pointer_cast<TabWindow>(window)->isClosed(), false);
+      window->close(); // has begun already
+      EXPECT_NE(names(application.windows()).find(window->identifier()), std::string::npos);
+    });
+    auto* content = gtk_label_new("content");
+    const glib::WeakRef<GtkWidget> weakContent(content);
+    b->setContent({content});
+
+    b->close();
+    EXPECT_EQ(willClose, (Strings{"b"}));
+    EXPECT_EQ(names(application.windows()), "acd");
+    EXPECT_EQ(b->frame().width, 640);
+    EXPECT_EQ(b->tabGroup(), nullptr);
+    turn();
+    EXPECT_FALSE(weakContent.lock()) << "a closed window keeps no content";
+    b->makeKeyAndOrderFront();
+    b->setTitle("dead");
+    b->close();
+
+    adw_tab_view_close_page(d->group()->tabView(), d->page()); // the tab's own button
+    EXPECT_EQ(willClose, (Strings{"b", "d"}));
+    gtk_window_close(topLevelOf(a)); // the top-level's button
+    EXPECT_TRUE(until([this] { return willClose.size() == 4; }));
+    EXPECT_EQ(willClose, (Strings{"b", "d", "a", "c"}));
+    EXPECT_EQ(names(application.windows()), "");
+    EXPECT_EQ(a->frame().width, 640);
+    turn();
+    EXPECT_EQ(topLevelCount(), 0U);
+
+    const auto neverShown = make("e");
+    neverShown->close();
+    EXPECT_EQ(willClose.back(), "e");
+    EXPECT_EQ(names(application.windows()), "");
+  });
+}
+
+TEST_F(TabsTest, TellTheChromeWhoIsInFront) {
+  class Chrome final : public GroupChrome {
+   public:
+    explicit Chrome(Strings& log) : log_(log) {}
+    ~Chrome() override { log_.push_back("gone"); }
+    NativeView topBar() override { return {bar_.get()}; }
+    void selectedWindowDidChange(std::shared_ptr<Window> window) override {
+      log_.push_back(window ? window->identifier() : "none");
+    }
+
+   private:
+    Strings& log_;
+    glib::Ref<GtkWidget> bar_ = glib::share(adw_header_bar_new());
+  };
+  Strings log;
+  run([&] {
+    application.setChromeFactory([&log] { return std::make_unique<Chrome>(log); });
+    makeThree();
+    EXPECT_EQ(log, (Strings{"none", "a"}));
+    a->selectNextTab();
+    b->close();
+    EXPECT_EQ(log, (Strings{"none", "a", "b", "c"}));
+    c->close();
+    a->close();
+    turn();
+    EXPECT_EQ(log, (Strings{"none", "a", "b", "c", "a", "none", "gone"}));
+  });
+}
+
+TEST_F(TabsTest, ShowTitlesOfAnyBytesSafely) {
+  run([this] {
+    makeThree();
+    const auto title = [this] { return std::string(gtk_window_get_title(topLevelOf(a))); };
+    EXPECT_EQ(title(), "a");
+    a->setTitle("Inbox\n\u202Egnp.exe\xff");
+    EXPECT_EQ(title(), "Inbox gnp.exe\uFFFD");
+    a->setTitle("");
+    EXPECT_EQ(title(), "Test") << "the application's name";
+    a->setTitle(std::string(1 << 20, 'x'));
+    EXPECT_LT(title().size(), 1000U);
+    a->setBusy(true);
+    EXPECT_TRUE(adw_tab_page_get_loading(a->page()));
+    b->setTitle("behind");
+    EXPECT_NE(title(), "behind");
+    a->selectNextTab();
+    EXPECT_EQ(title(), "behind");
+  });
+}
+
+TEST_F(TabsTest, AreClosedForWhoHoldsThemWhenTheApplicationHasGone) {
+  std::shared_ptr<TabWindow> held;
+  {
+    glib::GlibEventLoop ownLoop;
+    LinuxApplication other(
+        {.applicationId = fmt::format("org.velmora.Ondrel.Other{}", getpid()), .displayName = "Test"});
+    int told = 0;
+    const auto subscription = other.windowWillClose.subscribe([&](std::shared_ptr<Window>) { ++told; });
+    other.run({}, [&] {
+      held = std::dynamic_pointer_cast<TabWindow>(other.makeWindow({}));
+      held->makeKeyAndOrderFront();
+      other.terminate();
+    });
+    EXPECT_FALSE(held->isClosed()) << "the windows are still there when the program has run";
+    EXPECT_EQ(told, 0);
+  }
+  EXPECT_TRUE(held->isClosed());
+  held->makeKeyAndOrderFront();
+  held->close();
+}
+
+} // namespace
+
+} // namespace ondrel::platform

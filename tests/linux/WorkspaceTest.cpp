@@ -1,0 +1,110 @@
+#include "TemporaryFolder.h"
+
+#include "base/Log.h"
+#include "platform/linux/LinuxWorkspace.h"
+#include "platform/linux/Rendering.h"
+
+#include <gio/gio.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstdlib>
+
+namespace ondrel::platform {
+
+namespace {
+
+// Each runs in a process of its own: GIO reads the folders' variables once, and rendering is chosen once.
+class WorkspaceDeathTest : public testing::Test {
+ protected:
+  WorkspaceDeathTest() { GTEST_FLAG_SET(death_test_style, "threadsafe"); }
+
+  // A desktop whose handler of web links and text files writes down what it was given.
+  void makeDesktop() {
+    setenv("XDG_DATA_HOME", folder.path().c_str(), 1);
+    setenv("XDG_CONFIG_HOME", folder.path().c_str(), 1);
+    unsetenv("GSK_RENDERER");
+    setenv("ONDREL_RENDERING", "software", 1);
+    folder.write("handler", "#!/bin/sh\nprintf '%s|%s' \"$1\" \"${GSK_RENDERER-unset}\" >\"" +
+                                folder.file("made") + "\"\nmv \"" + folder.file("made") + "\" \"" +
+                                folder.file("opened") + "\"\n");
+    std::filesystem::permissions(folder.file("handler"), std::filesystem::perms(0700));
+    std::filesystem::create_directories(folder.file("applications"));
+    folder.write("applications/test.Handler.desktop",
+                 "[Desktop Entry]\nType=Application\nName=Test\nExec=" + folder.file("handler") +
+                     " %u\nMimeType=x-scheme-handler/https;text/plain;inode/directory;\n");
+    folder.write("mimeapps.list", "[Default Applications]\nx-scheme-handler/https=test.Handler.desktop\n"
+                                  "text/plain=test.Handler.desktop\ninode/directory=test.Handler.desktop\n");
+    base::setLogSink([](base::LogLevel, std::string_view, std::string_view message) {
+      std::fprintf(stderr, "%s\n", std::string(message).c_str());
+    });
+    chooseRendering();
+  }
+
+  // What the handler got when that URL was opened, or "nothing".
+  std::string opened(const std::string& url) {
+    std::filesystem::remove(folder.file("opened"));
+    workspace.open(url);
+    for (int i = 0; i < 1000 && !std::filesystem::exists(folder.file("opened")); ++i) {
+      while (g_main_context_iteration(nullptr, FALSE)) {
+      }
+      g_usleep(5000);
+    }
+    return std::filesystem::exists(folder.file("opened")) ? folder.content("opened") : "nothing";
+  }
+
+  void openAll() {
+    makeDesktop();
+    std::fprintf(stderr, "link: %s\n", opened("https://example.org/a?b=%20c&d").c_str());
+    folder.write("note.txt", "plain");
+    std::fprintf(stderr, "text: %s\n", opened("file://" + folder.file("note.txt")).c_str());
+    folder.write("program.txt", "plain");
+    std::filesystem::permissions(folder.file("program.txt"), std::filesystem::perms(0700));
+    std::fprintf(stderr, "program: %s\n", opened("file://" + folder.file("program.txt")).c_str());
+    std::fprintf(stderr, "handler: %s\n",
+                 workspace.defaultApplicationForScheme("https").value_or("none").c_str());
+    std::fprintf(stderr, "nobody: %s\n",
+                 workspace.defaultApplicationForScheme("no such").value_or("none").c_str());
+    for (const auto* url :
+         {"-x", "--help", "relative/path", "https://a b", "https://a\nb", "https://a\x01", "", "%zz:"})
+      workspace.open(url);
+    std::filesystem::remove_all(folder.path());
+    std::exit(0);
+  }
+
+  static void choose() {
+    setenv("ONDREL_RENDERING", "software", 1);
+    setenv("GSK_RENDERER", "ngl", 1);
+    unsetenv("WEBKIT_DISABLE_DMABUF_RENDERER");
+    const bool software = chooseRendering() == Rendering::software;
+    const bool kept =
+        std::string(getenv("GSK_RENDERER")) == "ngl" && getenv("WEBKIT_DISABLE_DMABUF_RENDERER");
+    setenv("ONDREL_RENDERING", "hardware", 1);
+    const bool hardware = chooseRendering() == Rendering::hardware;
+    unsetenv("ONDREL_RENDERING");
+    const bool found = (chooseRendering() == Rendering::hardware) == hasRenderDevice();
+    std::exit(software && kept && hardware && found ? 0 : 1);
+  }
+
+  TemporaryFolder folder;
+  LinuxWorkspace workspace;
+};
+
+TEST_F(WorkspaceDeathTest, OpensLinksAndRefusesWhatIsNone) {
+  const std::string refused = "Refused to open what is no absolute URL";
+  EXPECT_EXIT(openAll(), testing::ExitedWithCode(0),
+              testing::AllOf(testing::HasSubstr("link: https://example.org/a?b=%20c&d|unset\n"),
+                             testing::ContainsRegex("text: /tmp/[^/]*/note.txt.unset\n"),
+                             testing::ContainsRegex("program: /tmp/[^/]*.unset\n"),
+                             testing::HasSubstr("handler: test.Handler\nnobody: none\n"),
+                             testing::ContainsRegex("(" + refused + ".*\n){8}")));
+}
+
+TEST_F(WorkspaceDeathTest, RenderingLeavesWhatTheUserHasSet) {
+  EXPECT_EXIT(choose(), testing::ExitedWithCode(0), "");
+}
+
+} // namespace
+
+} // namespace ondrel::platform

@@ -1,0 +1,48 @@
+// An application that prints what happens to it, one line each: application_probe ID [URL...].
+
+#include "platform/linux/GlibLogSink.h"
+#include "platform/linux/LinuxApplication.h"
+#include "platform/linux/Rendering.h"
+#include "platform/linux/glib/GlibEventLoop.h"
+
+#include <fmt/format.h>
+
+#include <cstdio>
+
+using namespace ondrel;
+
+namespace {
+
+void say(const std::string& line) {
+  std::puts(line.c_str());
+  std::fflush(stdout);
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+  platform::GlibLogSink::install(argv[1]);
+  platform::chooseRendering();
+  glib::GlibEventLoop loop;
+  platform::LinuxApplication application({.applicationId = argv[1], .displayName = "Probe"});
+
+  const auto terminating = application.willTerminate.subscribe(
+      [&] { say(fmt::format("willTerminate with {} windows", application.windows().size())); });
+  const auto launched = application.didFinishLaunching.subscribe([] { say("didFinishLaunching"); });
+  const auto url = application.urlReceived.subscribe([](const std::string& text) {
+    say(text.size() < 200 ? "url " + text
+                          : fmt::format("url of {} bytes ending in {}", text.size(), text.back()));
+  });
+  const auto reopened =
+      application.reopenRequested.subscribe([](bool visible) { say(fmt::format("reopen {}", visible)); });
+
+  const int status = application.run({argv + 2, argv + argc}, [&application] {
+    say("startup");
+    application
+        .makeWindow(
+            {.contentWidth = 870, .contentHeight = 768, .tabbingIdentifier = "", .identifier = "probe"})
+        ->makeKeyAndOrderFront();
+  });
+  say(fmt::format("exit {}", status));
+  return status;
+}
