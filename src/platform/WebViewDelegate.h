@@ -85,10 +85,11 @@ class WebViewDelegate {
   // The web process is gone; the web view is blank until it loads again.
   virtual void webProcessDidTerminate(bool crashed) = 0;
 
-  // Properties changed: canGoBack and canGoForward, the address, isLoading.
+  // Properties changed: canGoBack and canGoForward, the address, isLoading, the title.
   virtual void backForwardListDidChange() = 0;
   virtual void urlDidChange() = 0;
   virtual void loadingDidChange() {}
+  virtual void titleDidChange() {}
 };
 
 } // namespace ondrel::platform

@@ -52,6 +52,7 @@ class Coordinator final : public platform::WebViewDelegate {
   void backForwardListDidChange() override;
   void urlDidChange() override;
   void loadingDidChange() override;
+  void titleDidChange() override;
 
  private:
   using OpenClosure = std::function<void(std::shared_ptr<WindowViewModel>, bool activate)>;
@@ -115,6 +116,7 @@ class Coordinator final : public platform::WebViewDelegate {
   async::TaskHandle discardClickedTask_;
   async::TaskHandle retryTask_;
   std::chrono::seconds retryDelay_;
+  bool titleIsDue_ = false; // the page finished without one, which may still be on its way
   async::Scope scope_;
 };
 

@@ -53,6 +53,7 @@ void Coordinator::decidePolicy(const platform::NavigationResponse& response, pla
 }
 
 void Coordinator::didCommit() {
+  titleIsDue_ = false;
   if (const auto viewModel = viewModel_.lock())
     viewModel->pageProblem.set({});
   updatePageState();
@@ -68,7 +69,18 @@ void Coordinator::didFinish() {
     return;
   const auto title = webView_->title().value_or("");
   viewModel->title.set(title.empty() ? "New Tab" : title);
+  titleIsDue_ = title.empty();
   viewModel->pageProblem.set({});
+}
+
+void Coordinator::titleDidChange() {
+  // Later changes are the page's own business: it reports them by message.
+  const auto viewModel = viewModel_.lock();
+  const auto title = webView_->title().value_or("");
+  if (!titleIsDue_ || !viewModel || title.empty())
+    return;
+  titleIsDue_ = false;
+  viewModel->title.set(title);
 }
 
 void Coordinator::didFail(const platform::WebError& error) {

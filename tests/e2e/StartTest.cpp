@@ -99,7 +99,8 @@ TEST_F(StartTest, ASiteFileThatCantBeUsedIsOneClearLine) {
 }
 
 TEST_F(StartTest, WorksWithoutASessionBus) {
-  for (const auto& bus : {std::optional<std::string>("unix:path=/nonexistent"), std::optional<std::string>()}) {
+  for (const auto& bus :
+       {std::optional<std::string>("unix:path=/nonexistent"), std::optional<std::string>()}) {
     const auto program = start({}, {{"DBUS_SESSION_BUS_ADDRESS", bus}});
     ASSERT_TRUE(waitForPage(*program)) << program->output();
     EXPECT_EQ(quit(*program), 0);

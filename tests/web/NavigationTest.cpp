@@ -168,9 +168,15 @@ TEST_F(NavigationTest, ReportsThePagesState) {
   EXPECT_EQ(*model->title, "New Tab") << "the title comes with the end of the load";
   engine().didFinish();
   EXPECT_EQ(*model->title, "Inbox");
+  view->currentTitle = "Other";
+  engine().titleDidChange();
+  EXPECT_EQ(*model->title, "Inbox") << "what follows the load is reported by message";
   view->currentTitle = "";
   engine().didFinish();
   EXPECT_EQ(*model->title, "New Tab");
+  view->currentTitle = "Late";
+  engine().titleDidChange();
+  EXPECT_EQ(*model->title, "Late") << "but for a title that was still on its way";
   for (const auto& none : {std::optional<std::string>(), std::optional<std::string>("")}) {
     view->currentUrl = none;
     engine().urlDidChange();

@@ -26,7 +26,8 @@ bool makePrivateFolder(const std::string& path) {
   const bool usable = g_mkdir_with_parents(path.c_str(), folderMode) == 0 &&
                       chmod(path.c_str(), folderMode) == 0 && access(path.c_str(), W_OK | X_OK) == 0;
   if (!usable)
-    logger.error("Cookies and the pages' data hold until exit only, {} can't be used: {}", path, g_strerror(errno));
+    logger.error("Cookies and the pages' data hold until exit only, {} can't be used: {}", path,
+                 g_strerror(errno));
   return usable;
 }
 

@@ -1,0 +1,138 @@
+#include "ProgramTest.h"
+
+#include <csignal>
+#include <cstdlib>
+#include <fstream>
+
+namespace ondrel::e2e {
+namespace {
+
+namespace fs = std::filesystem;
+using namespace std::chrono_literals;
+
+// The program under a user's hands: keys and clicks go through the display.
+class UserTest : public ProgramTest {
+ protected:
+  void SetUp() override {
+    if (std::system("command -v xdotool >/dev/null") != 0)
+      GTEST_SKIP() << "xdotool is missing";
+    ProgramTest::SetUp();
+  }
+
+  static bool xdotool(const std::string& arguments) {
+    return std::system(("xdotool " + arguments + " >/dev/null 2>&1").c_str()) == 0;
+  }
+  // There is no window manager that would give the keyboard to a new window.
+  static void focus(const std::string& title) {
+    EXPECT_TRUE(eventually([&] {
+      return xdotool("search --onlyvisible --class Ondrel search --name '" + title + "' windowfocus");
+    })) << title;
+  }
+  static void press(const std::string& keys) { EXPECT_TRUE(xdotool("key " + keys)) << keys; }
+
+  bool sessionBecomes(const std::function<bool(const app::PersistedSession&)>& holds) {
+    return eventually([&] {
+      const auto saved = session();
+      return saved && holds(*saved);
+    });
+  }
+
+  static pid_t parentOf(pid_t process) {
+    std::ifstream status("/proc/" + std::to_string(process) + "/status");
+    for (std::string word; status >> word;)
+      if (word == "PPid:") {
+        pid_t parent = 0;
+        status >> parent;
+        return parent;
+      }
+    return 0;
+  }
+  static bool descends(pid_t process, pid_t ancestor) {
+    while (process > 1 && process != ancestor)
+      process = parentOf(process);
+    return process == ancestor;
+  }
+
+  static std::vector<pid_t> webProcesses(pid_t program) {
+    std::vector<pid_t> found;
+    for (const auto& process : fs::directory_iterator("/proc")) {
+      std::error_code error;
+      const auto name = process.path().filename().string();
+      if (name.find_first_not_of("0123456789") == name.npos &&
+          fs::read_symlink(process.path() / "exe", error).filename() == "WebKitWebProcess" &&
+          descends(std::stoi(name), program))
+        found.push_back(std::stoi(name));
+    }
+    return found;
+  }
+};
+
+TEST_F(UserTest, OpensAConversationAndATabAndGetsThemBack) {
+  {
+    const auto program = start();
+    ASSERT_TRUE(waitForPage(*program)) << program->output();
+    focus("Sign in.*");
+    press("Tab Return");
+    ASSERT_TRUE(waitForPage(*program, 2)) << program->output();
+    focus("Inbox.*");
+    press("j");
+    press("o");
+    ASSERT_TRUE(sessionBecomes([](const auto& saved) {
+      return saved.windows.at(0).tabs.at(0).urlString.contains("/mail/Inbox/T1.");
+    })) << read(sessionFile());
+    press("ctrl+plus");
+    press("ctrl+t");
+    ASSERT_TRUE(waitForPage(*program, 3)) << program->output();
+    ASSERT_TRUE(sessionBecomes([](const auto& saved) { return saved.windows.at(0).tabs.size() == 2; }));
+    press("ctrl+shift+Tab");
+    EXPECT_EQ(quit(*program), 0);
+  }
+  const auto before = session();
+  ASSERT_TRUE(before);
+  ASSERT_EQ(before->windows.at(0).tabs.size(), 2U);
+  EXPECT_DOUBLE_EQ(before->windows[0].tabs[0].pageZoom, 1.05);
+  EXPECT_DOUBLE_EQ(before->windows[0].tabs[1].pageZoom, 1.0);
+
+  const auto again = start();
+  ASSERT_TRUE(waitForPage(*again)) << again->output();
+  EXPECT_TRUE(again->output().contains("/mail/Inbox/T1.")) << "the conversation comes back";
+  focus(".*");
+  // Its history too: back leads to the list.
+  press("alt+Left");
+  EXPECT_TRUE(sessionBecomes([](const auto& saved) {
+    return saved.windows.at(0).tabs.at(0).urlString.ends_with("/mail/Inbox/?u=demo");
+  })) << read(sessionFile());
+  EXPECT_EQ(quit(*again), 0);
+  EXPECT_EQ(session()->windows.at(0).tabs.at(1), before->windows[0].tabs[1])
+      << "and nobody has looked at the other tab";
+}
+
+TEST_F(UserTest, AKilledWebProcessLeavesTheProgramAndCanBeReloaded) {
+  const auto program = start();
+  ASSERT_TRUE(waitForPage(*program)) << program->output();
+  const auto processes = webProcesses(program->id());
+  ASSERT_FALSE(processes.empty());
+  for (const auto process : processes)
+    kill(process, SIGKILL);
+  ASSERT_TRUE(eventually([&] { return program->output().contains("The web process of a tab has ended"); }));
+  focus(".*");
+  press("ctrl+r");
+  EXPECT_TRUE(waitForPage(*program, 2)) << program->output();
+  EXPECT_EQ(quit(*program), 0);
+}
+
+TEST_F(UserTest, ClosingTheLastWindowLeavesItRunningAndAStartReopensIt) {
+  const auto program = start();
+  ASSERT_TRUE(waitForPage(*program)) << program->output();
+  focus(".*");
+  press("ctrl+w");
+  ASSERT_TRUE(sessionBecomes([](const auto& saved) { return saved.windows.empty(); }));
+  EXPECT_TRUE(program->isRunning());
+  const auto second = start();
+  EXPECT_EQ(second->wait(20s), 0);
+  EXPECT_TRUE(waitForPage(*program, 2)) << program->output();
+  EXPECT_EQ(quit(*program), 0);
+}
+
+} // namespace
+} // namespace ondrel::e2e
