@@ -1,12 +1,15 @@
 #include "ui/BrowserChrome.h"
 
 #include "platform/UserDefaults.h"
+#include "platform/WebView.h"
 #include "settings/AppSettings.h"
 #include "ui/ObserveTab.h"
 #include "ui/PrimaryMenu.h"
 #include "ui/ShownText.h"
 #include "ui/Widgets.h"
 #include "web/WindowViewModel.h"
+
+#include <algorithm>
 
 namespace ondrel::ui {
 
@@ -105,6 +108,8 @@ GtkWidget* BrowserChrome::menuButton() {
     services_.menu.explain(shown);
     services_.menuOpens();
   }));
+  connections_.push_back(
+      glib::connect<void(GtkWidget*)>(popover, "closed", [this](GtkWidget*) { focusPage(); }));
   return button;
 }
 
@@ -122,6 +127,11 @@ GtkWidget* BrowserChrome::tabButton(const char* identifier, const char* icon, co
 void BrowserChrome::onClicked(GtkWidget* button, std::function<void()> work) {
   connections_.push_back(
       glib::connect<void(GtkButton*)>(button, "clicked", [work = std::move(work)](GtkButton*) { work(); }));
+}
+
+void BrowserChrome::focusPage() {
+  if (const auto page = tab_ ? tab_->liveWebView() : nullptr)
+    giveFocus(static_cast<GtkWidget*>(page->nativeView().handle));
 }
 
 void BrowserChrome::selectedWindowDidChange(std::shared_ptr<platform::Window> window) {
@@ -154,8 +164,11 @@ void BrowserChrome::updateVisibility() {
 
 void BrowserChrome::followWidth() {
   layout_ = glib::connect<void(GdkSurface*, int, int)>(
-      gtk_native_get_surface(gtk_widget_get_native(bar_.get())), "layout", [this](GdkSurface*, int, int) {
-        if (const int width = gtk_widget_get_width(bar_.get()); width != width_) {
+      gtk_native_get_surface(gtk_widget_get_native(bar_.get())), "layout",
+      [this](GdkSurface*, int surfaceWidth, int) {
+        // Some window managers make a window narrower than it can be; the bar then sticks out.
+        const int width = std::min(gtk_widget_get_width(bar_.get()), surfaceWidth);
+        if (width != width_) {
           width_ = width;
           updateVisibility();
         }

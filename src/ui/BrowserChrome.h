@@ -51,6 +51,7 @@ class BrowserChrome final : public platform::GroupChrome {
   void packStart();
   void packEnd();
   void onClicked(GtkWidget* button, std::function<void()> work);
+  void focusPage();
   void followWidth();
   void update();
   void updateVisibility();

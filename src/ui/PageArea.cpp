@@ -1,5 +1,6 @@
 #include "ui/PageArea.h"
 
+#include "ui/Widgets.h"
 #include "web/WindowViewModel.h"
 
 namespace ondrel::ui {
@@ -32,11 +33,10 @@ void PageArea::setPage(GtkWidget* page) {
 }
 
 void PageArea::focus() {
-  auto* page = gtk_overlay_get_child(GTK_OVERLAY(overlay_));
-  if (page && gtk_stack_get_visible_child(GTK_STACK(stack_)) == overlay_)
-    gtk_widget_grab_focus(page);
-  else
-    gtk_widget_child_focus(stack_, GTK_DIR_TAB_FORWARD);
+  if (gtk_stack_get_visible_child(GTK_STACK(stack_)) != overlay_)
+    giveFocus(stopped_->reloadButton());
+  else if (auto* page = gtk_overlay_get_child(GTK_OVERLAY(overlay_)))
+    giveFocus(page);
 }
 
 std::function<void()> PageArea::reload() const {

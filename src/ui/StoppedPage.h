@@ -14,9 +14,11 @@ class StoppedPage {
   explicit StoppedPage(std::function<void()> reload);
 
   GtkWidget* widget() const { return page_.get(); }
+  GtkWidget* reloadButton() const { return button_; }
 
  private:
   glib::Ref<GtkWidget> page_;
+  GtkWidget* button_;
   glib::Connection clicked_;
 };
 

@@ -12,6 +12,15 @@ void setTooltip(GtkWidget* widget, const std::string& textWithKeySigns) {
   gtk_widget_set_tooltip_text(widget, withDesktopKeys(textWithKeySigns).c_str());
 }
 
+bool giveFocus(GtkWidget* widget) {
+  if (gtk_widget_grab_focus(widget))
+    return true;
+  for (auto* child = gtk_widget_get_first_child(widget); child; child = gtk_widget_get_next_sibling(child))
+    if (giveFocus(child))
+      return true;
+  return false;
+}
+
 GtkWidget* toolbarButton(const char* identifier, const char* icon, const std::string& label,
                          const std::string& tooltip) {
   auto* button = gtk_button_new_from_icon_name(icon);

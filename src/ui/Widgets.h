@@ -12,6 +12,9 @@ void setAccessibleLabel(GtkWidget* widget, const std::string& label);
 // The key signs of a tooltip become the desktop's own.
 void setTooltip(GtkWidget* widget, const std::string& textWithKeySigns);
 
+// Gives the keyboard to the widget or, where it is a mere container, to the first inside that takes it.
+bool giveFocus(GtkWidget* widget);
+
 // A flat button of a toolbar, which leaves the keyboard to the page when it is clicked.
 GtkWidget* toolbarButton(const char* identifier, const char* icon, const std::string& label,
                          const std::string& tooltip);

@@ -1,0 +1,195 @@
+#include "ShellTest.h"
+
+#include "ui/BrowserChrome.h"
+#include "ui/PrimaryMenu.h"
+#include "web/WindowViewModel.h"
+
+namespace ondrel::ui {
+namespace {
+
+using Names = std::vector<std::string>;
+
+class BrowserChromeTest : public ShellTest {
+ protected:
+  void SetUp() override {
+    ShellTest::SetUp();
+    start();
+    shell.manager->openMainWindow();
+    chrome.emplace(services);
+    bar = static_cast<GtkWidget*>(chrome->topBar().handle);
+  }
+  void TearDown() override {
+    chrome.reset();
+    ShellTest::TearDown();
+  }
+
+  bool enabled(const std::string& name) { return gtk_widget_get_sensitive(find(bar, name)); }
+  std::string tooltip(const std::string& name) { return gtk_widget_get_tooltip_text(find(bar, name)); }
+  std::string title() {
+    return gtk_label_get_text(GTK_LABEL(adw_header_bar_get_title_widget(ADW_HEADER_BAR(bar))));
+  }
+
+  int newTabs = 0;
+  int menus = 0;
+  std::vector<CommandGroup> groups{{"Group", {{.title = "Print…", .perform = [] {}}}}};
+  PrimaryMenu menu{groups};
+  ChromeServices services{shell.settings, menu,
+                          [this](const auto& window) { return shell.manager->viewModel(window); },
+                          [this] { ++newTabs; }, [this] { ++menus; }};
+  std::optional<BrowserChrome> chrome;
+  GtkWidget* bar = nullptr;
+};
+
+TEST_F(BrowserChromeTest, HasItsItemsInOrderEachWithANameAndItsKey) {
+  struct Item {
+    const char* name;
+    const char* label;
+    const char* tooltip;
+  };
+  const Item items[] = {{"back", "Back", "Back Alt+Left"},
+                        {"forward", "Forward", "Forward Alt+Right"},
+                        {"reload", "Reload", "Reload Ctrl+R"},
+                        {"spacer-left", nullptr, nullptr},
+                        {"zoom-out", "Zoom Out", "Zoom Out Ctrl+-"},
+                        {"zoom-default", "Actual Size", "Actual Size Ctrl+0"},
+                        {"zoom-in", "Zoom In", "Zoom In Ctrl++"},
+                        {"spacer-right", nullptr, nullptr},
+                        {"hide-when-losing-focus", "Locked", "Does not hide when losing focus Ctrl+L"},
+                        {"new-tab", "New Tab", "New Tab Ctrl+T"},
+                        {"menu", "Main Menu", "Main Menu F10"}};
+  EXPECT_STREQ(gtk_widget_get_name(bar), "ondrel-browser");
+  showWidget(bar);
+  ASSERT_TRUE(runUntil([&] { return gtk_widget_get_width(find(bar, "zoom-in")) > 0; }));
+  double lastPlace = -1;
+  for (const auto& item : items) {
+    auto* widget = find(bar, item.name);
+    ASSERT_TRUE(widget) << item.name;
+    double place = 0;
+    gtk_widget_translate_coordinates(widget, bar, 0, 0, &place, nullptr);
+    EXPECT_GT(place, lastPlace) << item.name;
+    lastPlace = place;
+    if (!item.label)
+      continue;
+    EXPECT_TRUE(hasAccessibleLabel(widget, item.label)) << item.name;
+    EXPECT_EQ(tooltip(item.name), item.tooltip);
+  }
+}
+
+TEST_F(BrowserChromeTest, FollowsTheTabInFrontAndNoOther) {
+  const Names ofTab = {"back", "forward", "reload", "zoom-out", "zoom-default", "zoom-in"};
+  for (const auto& name : ofTab)
+    EXPECT_FALSE(enabled(name)) << name << " without a tab";
+
+  chrome->selectedWindowDidChange(window(0));
+  model(0)->title.set("Inbox");
+  model(0)->canGoBack.set(true);
+  EXPECT_EQ(title(), "Inbox");
+  EXPECT_TRUE(enabled("back") && enabled("reload") && enabled("zoom-in") && enabled("zoom-out"));
+  EXPECT_FALSE(enabled("forward") || enabled("zoom-default"));
+  model(0)->canGoForward.set(true);
+  model(0)->canZoomIn.set(false);
+  model(0)->canZoomOut.set(false);
+  model(0)->isZoomDefault.set(false);
+  EXPECT_TRUE(enabled("forward") && enabled("zoom-default"));
+  EXPECT_FALSE(enabled("zoom-in") || enabled("zoom-out"));
+
+  chrome->selectedWindowDidChange(window(1));
+  EXPECT_EQ(title(), "New Tab");
+  EXPECT_FALSE(enabled("back"));
+  EXPECT_TRUE(enabled("zoom-in"));
+  model(0)->title.set("Behind");
+  EXPECT_EQ(title(), "New Tab");
+  click(find(bar, "reload"));
+  click(find(bar, "zoom-in"));
+  EXPECT_DOUBLE_EQ(*model(0)->initialPageZoom, 1.0);
+  EXPECT_DOUBLE_EQ(*model(1)->initialPageZoom, 1.05);
+  EXPECT_TRUE(enabled("zoom-default"));
+
+  chrome->selectedWindowDidChange(shell.application.makeWindow({}));
+  EXPECT_EQ(title(), "") << "not a browser's window";
+  EXPECT_FALSE(enabled("reload"));
+  click(find(bar, "reload"));
+}
+
+TEST_F(BrowserChromeTest, ButtonsActOnTheTabInFront) {
+  chrome->selectedWindowDidChange(window(0));
+  const auto& view = shell.webView(model(0));
+  view->currentUrl = "https://app.example.com/";
+  for (const char* name : {"back", "forward", "reload", "new-tab", "zoom-out", "zoom-out"})
+    click(find(bar, name));
+  EXPECT_EQ(view->backs, 1);
+  EXPECT_EQ(view->forwards, 1);
+  EXPECT_EQ(view->reloads, 1);
+  EXPECT_EQ(newTabs, 1);
+  EXPECT_DOUBLE_EQ(view->zoom, 0.9);
+  click(find(bar, "zoom-default"));
+  EXPECT_DOUBLE_EQ(view->zoom, 1.0);
+}
+
+TEST_F(BrowserChromeTest, TheLockFollowsTheSettingWhoeverChangesIt) {
+  const auto& key = settings::keys::hideOnLoseFocus;
+  shell.settings.set(key, true);
+  auto* lock = find(bar, "hide-when-losing-focus");
+  EXPECT_EQ(tooltip("hide-when-losing-focus"), "Hides when losing focus Ctrl+L");
+  EXPECT_TRUE(hasAccessibleLabel(lock, "Unlocked"));
+  EXPECT_STREQ(gtk_button_get_icon_name(GTK_BUTTON(lock)), "changes-allow-symbolic");
+  click(lock);
+  EXPECT_FALSE(shell.settings.get(key));
+  EXPECT_TRUE(hasAccessibleLabel(lock, "Locked"));
+  EXPECT_STREQ(gtk_button_get_icon_name(GTK_BUTTON(lock)), "changes-prevent-symbolic");
+}
+
+TEST_F(BrowserChromeTest, AWindowWithoutAToolbarShowsItsTitleOnly) {
+  model(0)->toolbarVisible.set(false);
+  model(0)->title.set("Compose");
+  chrome->selectedWindowDidChange(window(0));
+  EXPECT_EQ(visibleTexts(bar), Names{"Compose"});
+  showWidget(bar);
+  for (const char* name : {"back", "reload", "zoom-in", "hide-when-losing-focus", "new-tab", "menu"})
+    EXPECT_FALSE(gtk_widget_get_mapped(find(bar, name))) << name;
+  chrome->selectedWindowDidChange(window(1));
+  EXPECT_TRUE(runUntil([&] { return gtk_widget_get_mapped(find(bar, "zoom-in")); }))
+      << "an ordinary tab again";
+}
+
+TEST_F(BrowserChromeTest, ALongTitleAndANarrowWindowLeaveRoomForEachOther) {
+  chrome->selectedWindowDidChange(window(0));
+  model(0)->title.set(
+      "A rather long title of a page that has much to say, and says it all before it is done");
+  const auto mapped = [&](const char* name) { return gtk_widget_get_mapped(find(bar, name)); };
+  struct Case {
+    int width;
+    bool zoom;
+    bool lock;
+  };
+  for (const auto& [width, zoom, lock] :
+       {Case{360, false, false}, Case{500, false, true}, Case{800, true, true}}) {
+    showWidget(bar, width);
+    EXPECT_TRUE(runUntil([&] {
+      return mapped("zoom-in") == zoom && mapped("hide-when-losing-focus") == lock &&
+             mapped("new-tab") == lock;
+    })) << width;
+    EXPECT_EQ(gtk_widget_get_width(GTK_WIDGET(topLevels.back().get())), width) << "it fits";
+    for (const char* name : {"back", "forward", "reload", "menu"})
+      EXPECT_TRUE(mapped(name)) << name << " at " << width;
+  }
+}
+
+TEST_F(BrowserChromeTest, TheMenuTellsThatItOpensAndReturnsTheKeyboardToThePage) {
+  auto* box = gtk_box_new(GTK_ORIENTATION_VERTICAL, 0);
+  gtk_box_append(GTK_BOX(box), bar);
+  gtk_box_append(GTK_BOX(box), content(0));
+  showWidget(box);
+  chrome->selectedWindowDidChange(window(0));
+  auto* button = find(bar, "menu");
+  EXPECT_EQ(menus, 0);
+  gtk_menu_button_popup(GTK_MENU_BUTTON(button));
+  EXPECT_EQ(menus, 1);
+  ASSERT_NE(gtk_window_get_focus(topLevels[0].get()), pages[0].get());
+  gtk_menu_button_popdown(GTK_MENU_BUTTON(button));
+  EXPECT_EQ(menus, 1);
+  EXPECT_TRUE(runUntil([&] { return gtk_window_get_focus(topLevels[0].get()) == pages[0].get(); }));
+}
+
+} // namespace
+} // namespace ondrel::ui

@@ -1,0 +1,178 @@
+#include "ShellTest.h"
+
+#include "platform/Bundle.h"
+#include "ui/ActionName.h"
+#include "ui/BrowserCommands.h"
+#include "ui/CommandActions.h"
+#include "ui/KeyTab.h"
+#include "ui/PrimaryMenu.h"
+#include "ui/ShortcutsWindow.h"
+
+#include <set>
+
+namespace ondrel::ui {
+namespace {
+
+class CommandsTest : public ShellTest {
+ protected:
+  void SetUp() override {
+    ShellTest::SetUp();
+    start();
+    shell.manager->openMainWindow();
+    ASSERT_TRUE(application);
+    keyTab.emplace(shell.application, *shell.manager);
+    commands.emplace(
+        shell.application, *shell.manager, shell.settings, *keyTab,
+        platform::Bundle{"org.velmora.Ondrel", "Ondrel", "1.0", "1"},
+        BrowserCommands::Actions{[this](const std::string& url) { navigated.push_back(url); }, [] {}, [] {}});
+    groups = commands->table();
+    actions.emplace(application.get(), groups);
+  }
+  void TearDown() override {
+    actions.reset();
+    groups.clear();
+    commands.reset();
+    keyTab.reset();
+    ShellTest::TearDown();
+  }
+
+  bool enabled(const char* name) { return g_action_group_get_action_enabled(group(), name); }
+  void activate(const char* name) {
+    g_action_group_activate_action(group(), name, nullptr);
+    shell.settle();
+  }
+  GActionGroup* group() { return G_ACTION_GROUP(application.get()); }
+
+  static void SetUpTestSuite() {
+    application = glib::adopt(
+        GTK_APPLICATION(adw_application_new("org.velmora.Ondrel.Test", G_APPLICATION_NON_UNIQUE)));
+    ASSERT_TRUE(g_application_register(G_APPLICATION(application.get()), nullptr, nullptr));
+  }
+  static void TearDownTestSuite() { application = nullptr; }
+
+  static inline glib::Ref<GtkApplication> application;
+  std::vector<std::string> navigated;
+  std::optional<KeyTab> keyTab;
+  std::optional<BrowserCommands> commands;
+  std::vector<CommandGroup> groups;
+  std::optional<CommandActions> actions;
+};
+
+TEST_F(CommandsTest, EachRowIsAnActionWithoutAParameterAndWithKeysOfItsOwn) {
+  std::set<std::pair<guint, GdkModifierType>> keys;
+  std::set<std::string> names;
+  for (const auto& each : groups)
+    for (const auto& command : each.commands) {
+      const auto name = actionName(command.title);
+      EXPECT_TRUE(names.insert(name).second) << name;
+      ASSERT_TRUE(g_action_group_has_action(group(), name.c_str())) << name;
+      EXPECT_EQ(g_action_group_get_action_parameter_type(group(), name.c_str()), nullptr)
+          << name << " can be called by any process of the session";
+      for (const auto& accelerator : command.accelerators) {
+        guint key = 0;
+        GdkModifierType modifiers{};
+        EXPECT_TRUE(gtk_accelerator_parse(accelerator.c_str(), &key, &modifiers)) << accelerator;
+        EXPECT_TRUE(keys.emplace(key, modifiers).second) << accelerator << " is taken";
+      }
+      const glib::Owned<char*> known(
+          gtk_application_get_accels_for_action(application.get(), ("app." + name).c_str()));
+      EXPECT_EQ(g_strv_length(known.get()), command.accelerators.size()) << name;
+    }
+  EXPECT_TRUE(names.contains("about-ondrel"));
+  actions.reset();
+  EXPECT_FALSE(g_action_group_has_action(group(), "new-tab")) << "nothing stays behind";
+}
+
+TEST_F(CommandsTest, ActOnTheTabWithTheKeyboardAndFollowIt) {
+  model(0)->canGoBack.set(true);
+  shell.application.setKey(window(0));
+  EXPECT_TRUE(enabled("back"));
+  EXPECT_FALSE(enabled("forward") || enabled("actual-size"));
+  activate("zoom-in");
+  EXPECT_TRUE(enabled("actual-size"));
+  EXPECT_DOUBLE_EQ(shell.webView(model(0))->zoom, 1.05);
+
+  shell.application.setKey(window(1));
+  EXPECT_FALSE(enabled("back") || enabled("actual-size"));
+  activate("reload");
+  EXPECT_EQ(shell.webView(model(0))->loads.size(), 1U);
+  EXPECT_EQ(shell.webView(model(1))->loads.size(), 2U) << "it has no page yet, so it asks again";
+  model(1)->canGoForward.set(true);
+  EXPECT_TRUE(enabled("forward"));
+
+  activate("close-tab");
+  EXPECT_EQ(shell.application.all.size(), 1U);
+  shell.application.windowDidBecomeKey.emit(nullptr);
+  EXPECT_FALSE(enabled("reload")) << "no window has the keyboard";
+  activate("new-window");
+  EXPECT_EQ(shell.application.all.size(), 2U);
+}
+
+TEST_F(CommandsTest, ToolsAreThereWhenTheyHaveSomethingToWorkOn) {
+  EXPECT_FALSE(enabled("open-copied-fastmail-link") || enabled("new-masked-email-address"));
+  shell.clipboard.text = "https://app.example.com/mail/Inbox/T1?u=1";
+  shell.manager->refreshClipboardURL();
+  shell.settle();
+  ASSERT_TRUE(enabled("open-copied-fastmail-link"));
+  activate("open-copied-fastmail-link");
+  EXPECT_EQ(navigated, std::vector{*shell.clipboard.text});
+
+  model(1)->urlString.set("https://app.example.com/mail/Inbox/");
+  shell.settle();
+  ASSERT_TRUE(enabled("new-masked-email-address"));
+  activate("new-masked-email-address");
+  EXPECT_EQ(shell.webView(model(1))->evaluations.back(),
+            "FastMail.router.appController.goCreateMaskedEmail();");
+}
+
+TEST_F(CommandsTest, TheSwitchFollowsItsSetting) {
+  const auto isOn = [&] {
+    const glib::Owned<GVariant> state(g_action_group_get_action_state(group(), "hide-when-losing-focus"));
+    return g_variant_get_boolean(state.get()) != FALSE;
+  };
+  const auto& key = settings::keys::hideOnLoseFocus;
+  EXPECT_FALSE(isOn());
+  activate("hide-when-losing-focus");
+  EXPECT_TRUE(isOn() && shell.settings.get(key));
+  shell.settings.set(key, false);
+  EXPECT_FALSE(isOn());
+}
+
+TEST_F(CommandsTest, TheMenuExplainsWhatCantBeUsed) {
+  const PrimaryMenu menu(groups);
+  auto* button = gtk_menu_button_new();
+  auto* popover = gtk_popover_menu_new_from_model(menu.model());
+  gtk_menu_button_set_popover(GTK_MENU_BUTTON(button), popover);
+  showWidget(button);
+  const auto help = [&]() -> std::string {
+    menu.explain(popover);
+    std::vector<std::string> found;
+    std::function<void(GtkWidget*)> collect = [&](GtkWidget* widget) {
+      if (const char* tooltip = gtk_widget_get_tooltip_text(widget))
+        found.emplace_back(tooltip);
+      for (auto* child = gtk_widget_get_first_child(widget); child;
+           child = gtk_widget_get_next_sibling(child))
+        collect(child);
+    };
+    collect(popover);
+    return found.size() == 1 ? found[0] : std::to_string(found.size()) + " texts";
+  };
+  const std::string inFront = "Only available when an mail window is in front";
+  EXPECT_EQ(help(), inFront);
+  model(1)->urlString.set("https://app.example.com/mail/Inbox/");
+  shell.settle();
+  EXPECT_EQ(help(), "0 texts");
+}
+
+TEST_F(CommandsTest, TheShortcutsWindowShowsEveryKey) {
+  auto* window = presentShortcuts(groups, nullptr);
+  topLevels.push_back(glib::share(window));
+  const auto texts = visibleTexts(GTK_WIDGET(window));
+  for (const auto& each : groups)
+    for (const auto& command : each.commands)
+      if (!command.accelerators.empty())
+        EXPECT_NE(std::ranges::find(texts, command.title), texts.end()) << command.title;
+}
+
+} // namespace
+} // namespace ondrel::ui

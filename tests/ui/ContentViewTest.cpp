@@ -1,0 +1,175 @@
+#include "ShellTest.h"
+
+#include "app/PersistedSession.h"
+#include "platform/Download.h"
+#include "web/DownloadItem.h"
+
+namespace ondrel::ui {
+namespace {
+
+using Texts = std::vector<std::string>;
+using Kind = web::PageProblem::Kind;
+using namespace std::chrono_literals;
+
+class ContentViewTest : public ShellTest {
+ protected:
+  std::shared_ptr<web::DownloadItem> addDownload(const std::string& name) {
+    auto item = std::make_shared<web::DownloadItem>(name, "/downloads/" + name, download);
+    auto items = *model(0)->downloads;
+    items.push_back(item);
+    model(0)->downloads.set(items);
+    return item;
+  }
+
+  std::shared_ptr<support::FakeDownload> download = std::make_shared<support::FakeDownload>();
+};
+
+TEST_F(ContentViewTest, ARestoredTabIsAnEmptyBoxUntilItIsShown) {
+  app::PersistedSession session;
+  session.windows.resize(1);
+  for (const std::string name : {"First", "Second"})
+    session.windows[0].tabs.push_back({"https://app.example.com/" + name, name, std::nullopt, 1.0, true});
+  shell.files.files["/data/session.json"] = session.encoded();
+  start();
+  ASSERT_EQ(shell.application.all.size(), 2U);
+  EXPECT_EQ(window(1)->title, "Second");
+  EXPECT_EQ(gtk_widget_get_first_child(content(1)), nullptr) << "nobody has looked at it";
+  EXPECT_TRUE(pages.empty());
+
+  show(1);
+  ASSERT_EQ(pages.size(), 1U) << "the web view is made when the tab is seen, and only that of this tab";
+  EXPECT_EQ(shell.webView(model(1))->loads, Texts{"https://app.example.com/Second"});
+  EXPECT_TRUE(gtk_widget_is_ancestor(pages[0].get(), content(1)));
+  EXPECT_EQ(gtk_window_get_focus(topLevels[0].get()), pages[0].get()) << "the page has the keyboard";
+
+  gtk_window_set_child(topLevels[0].get(), nullptr);
+  show(1);
+  EXPECT_EQ(pages.size(), 1U) << "coming back makes no second one";
+  EXPECT_EQ(gtk_window_get_focus(topLevels[1].get()), pages[0].get());
+}
+
+TEST_F(ContentViewTest, TellsTheWindowTitleAndLoadAndZoomsANewPage) {
+  start();
+  model(0)->initialPageZoom.set(1.1);
+  model(0)->title.set("Re:\n\xE2\x80\xAEtxt.exe");
+  EXPECT_EQ(window(0)->title, "Re: txt.exe");
+  model(0)->isLoading.set(true);
+  EXPECT_TRUE(window(0)->busy);
+  EXPECT_EQ(model(0)->window.lock(), window(0));
+
+  shell.manager->newTab();
+  model(1)->initialPageZoom.set(0.9);
+  model(1)->applyZoom();
+  EXPECT_DOUBLE_EQ(shell.webView(model(1))->zoom, 0.9);
+}
+
+TEST_F(ContentViewTest, TheBarOfTheHoveredLinkShowsOneHarmlessLineAboveThePage) {
+  start();
+  auto* root = show(0);
+  auto* bar = find(root, "mouse-over");
+  EXPECT_FALSE(gtk_widget_get_visible(bar));
+  model(0)->mouseOverString.set("https://bank.example/\xE2\x80\xAEmoc\n<b>bold</b>" +
+                                std::string(1'000'000, 'x'));
+  ASSERT_TRUE(gtk_widget_get_visible(bar));
+  const auto texts = visibleTexts(root);
+  ASSERT_EQ(texts.size(), 1U);
+  EXPECT_TRUE(texts[0].starts_with("https://bank.example/moc <b>bold</b>xxx")) << texts[0].substr(0, 60);
+  EXPECT_LT(texts[0].size(), 1100U);
+  EXPECT_FALSE(gtk_widget_get_can_target(bar)) << "the pointer stays with the page";
+  const auto height = [&] { return gtk_widget_get_height(pages[0].get()); };
+  ASSERT_TRUE(runUntil([&] { return gtk_widget_get_height(bar) > 0; }));
+  EXPECT_EQ(height(), 600) << "the page keeps its height";
+  EXPECT_EQ(gtk_widget_get_width(bar), 800) << "as wide as the page, however long the text is";
+  model(0)->mouseOverString.set("");
+  EXPECT_FALSE(gtk_widget_get_visible(bar));
+}
+
+TEST_F(ContentViewTest, TellsWhatKeepsThePageFromShowing) {
+  start();
+  auto* root = show(0);
+  const auto& view = shell.webView(model(0));
+  model(0)->pageProblem.set({Kind::loadFailed, "The name <could> not\nbe resolved"});
+  EXPECT_EQ(visibleTexts(root), (Texts{"Can't reach the mail service", "The name <could> not be resolved",
+                                       "Trying again…", "Try Now"}));
+  const auto before = view->loads.size();
+  click(buttonWithLabel(root, "Try Now"));
+  EXPECT_EQ(view->loads.size(), before + 1);
+  EXPECT_EQ(visibleTexts(root), Texts{}) << "asking again is enough for the bar to go";
+
+  model(0)->pageProblem.set({Kind::processTerminated, ""});
+  EXPECT_FALSE(gtk_widget_get_mapped(pages[0].get()));
+  EXPECT_EQ(visibleTexts(root).at(0), "This Page Stopped Working");
+  EXPECT_EQ(gtk_window_get_focus(topLevels[0].get()), buttonWithLabel(root, "Reload")) << "Enter is enough";
+  click(buttonWithLabel(root, "Reload"));
+  EXPECT_EQ(view->loads.size(), before + 2);
+  EXPECT_TRUE(gtk_widget_get_mapped(pages[0].get())) << "the page is back";
+  EXPECT_EQ(gtk_window_get_focus(topLevels[0].get()), pages[0].get());
+}
+
+TEST_F(ContentViewTest, ListsDownloads) {
+  start();
+  auto* root = show(0);
+  download->current = {0.25, 1'500'000, 6'000'000};
+  const auto first = addDownload("invoice\xE2\x80\xAE"
+                                 "fdp.exe");
+  const auto second = addDownload("photo.jpg");
+  download->progressed.emit();
+  const auto size = [](guint64 bytes) { return std::string(glib::CString(g_format_size(bytes)).get()); };
+  EXPECT_EQ(visibleTexts(root), (Texts{"invoicefdp.exe", size(1'500'000) + " / " + size(6'000'000),
+                                       "photo.jpg", size(1'500'000) + " / " + size(6'000'000)}));
+  EXPECT_TRUE(first->filename.contains("\xE2\x80\xAE")) << "only what is shown is cleaned";
+
+  first->markFinished();
+  second->markFailed("disk full");
+  EXPECT_EQ(visibleTexts(root).at(1), size(6'000'000) + " / " + size(6'000'000)) << "seen full first";
+  shell.loop.advance(1s);
+  EXPECT_EQ(visibleTexts(root), (Texts{"invoicefdp.exe", "Done", "photo.jpg", "Failed"}));
+
+  model(0)->downloads.set({second});
+  EXPECT_EQ(visibleTexts(root), (Texts{"photo.jpg", "Failed"}));
+  model(0)->downloads.set({});
+  EXPECT_FALSE(gtk_widget_get_visible(find(root, "downloads"))) << "no empty stripe stays";
+}
+
+TEST_F(ContentViewTest, ADownloadOfUnknownLengthShowsWhatHasArrived) {
+  start();
+  auto* root = show(0);
+  download->current = {0, 2'000, -1};
+  addDownload("stream.bin");
+  download->progressed.emit();
+  EXPECT_EQ(visibleTexts(root), (Texts{"stream.bin", glib::CString(g_format_size(2'000)).get()}));
+}
+
+TEST_F(ContentViewTest, ClosingTheTabLetsGoOfThePage) {
+  start();
+  show(0);
+  const std::weak_ptr<web::WindowViewModel> viewModel = model(0);
+  ASSERT_EQ(pages.size(), 1U);
+  window(0)->close();
+  shell.settle();
+  EXPECT_EQ(gtk_widget_get_parent(views[0].get()), nullptr);
+  EXPECT_TRUE(shell.webViews.made[0].expired()) << "its page has ended";
+  EXPECT_TRUE(viewModel.expired());
+}
+
+TEST_F(ContentViewTest, TheAnnouncementsPlaceIsFilledWhenTheTabIsSeenAndEmptiedWithIt) {
+  bool filled = false;
+  auto window = shell.application.makeWindow({});
+  auto viewModel = web::WindowViewModel::make(shell.services);
+  viewModel->loadsWhenShown = true;
+  auto view = contentFactory(shell.services, [&](GtkRevealer* place) {
+    filled = true;
+    gtk_revealer_set_child(place, gtk_label_new("News"));
+    gtk_revealer_set_reveal_child(place, TRUE);
+    return base::Subscription([&] { filled = false; });
+  })(viewModel, window);
+  EXPECT_FALSE(filled);
+  auto* root = show(0);
+  EXPECT_TRUE(filled);
+  EXPECT_EQ(visibleTexts(root), Texts{"News"});
+  view.reset();
+  EXPECT_FALSE(filled);
+}
+
+} // namespace
+} // namespace ondrel::ui

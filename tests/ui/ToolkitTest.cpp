@@ -1,0 +1,101 @@
+#include "ToolkitTest.h"
+
+#include <chrono>
+
+namespace ondrel::ui {
+
+namespace {
+
+std::vector<std::string> complaints;
+
+GLogWriterOutput collect(GLogLevelFlags level, const GLogField* fields, gsize count, gpointer data) {
+  if (level & (G_LOG_LEVEL_WARNING | G_LOG_LEVEL_CRITICAL | G_LOG_LEVEL_ERROR))
+    complaints.emplace_back(glib::CString(g_log_writer_format_fields(level, fields, count, FALSE)).get());
+  return g_log_writer_default(level, fields, count, data);
+}
+
+// Not before the tests run: listing them needs no display.
+struct Toolkit final : testing::Environment {
+  void SetUp() override {
+    g_log_set_writer_func(collect, nullptr, nullptr);
+    // What is said of the widgets is asked for, whoever listens on this desktop.
+    g_setenv("GTK_A11Y", "test", TRUE);
+    // Without a GPU, as on most machines that run tests: no driver is loaded, and none leaks.
+    g_setenv("GSK_RENDERER", "cairo", FALSE);
+    g_setenv("GDK_DEBUG", "gl-disable", FALSE);
+    ASSERT_TRUE(gtk_init_check()) << "these tests need a display";
+    adw_init();
+    // Waiting for the end of animations would be waiting in real time.
+    g_object_set(gtk_settings_get_default(), "gtk-enable-animations", FALSE, nullptr);
+  }
+};
+
+[[maybe_unused]] const auto* const toolkit = testing::AddGlobalTestEnvironment(new Toolkit);
+
+void collectTexts(GtkWidget* widget, std::vector<std::string>& texts) {
+  if (!gtk_widget_get_visible(widget) ||
+      (GTK_IS_REVEALER(widget) && !gtk_revealer_get_reveal_child(GTK_REVEALER(widget))))
+    return;
+  if (GTK_IS_STACK(gtk_widget_get_parent(widget)) &&
+      gtk_stack_get_visible_child(GTK_STACK(gtk_widget_get_parent(widget))) != widget)
+    return;
+  if (GTK_IS_LABEL(widget) && *gtk_label_get_text(GTK_LABEL(widget)))
+    texts.emplace_back(gtk_label_get_text(GTK_LABEL(widget)));
+  for (auto* child = gtk_widget_get_first_child(widget); child; child = gtk_widget_get_next_sibling(child))
+    collectTexts(child, texts);
+}
+
+GtkWidget* findWhere(GtkWidget* widget, const std::function<bool(GtkWidget*)>& matches) {
+  if (matches(widget))
+    return widget;
+  for (auto* child = gtk_widget_get_first_child(widget); child; child = gtk_widget_get_next_sibling(child))
+    if (auto* found = findWhere(child, matches))
+      return found;
+  return nullptr;
+}
+
+} // namespace
+
+void ToolkitTest::SetUp() {
+  complaints.clear();
+}
+
+void ToolkitTest::TearDown() {
+  EXPECT_TRUE(complaints.empty()) << complaints.front();
+}
+
+bool runUntil(const std::function<bool()>& done) {
+  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+  while (!done() && std::chrono::steady_clock::now() < end)
+    g_main_context_iteration(nullptr, FALSE);
+  return done();
+}
+
+GtkWidget* find(GtkWidget* root, const std::string& name) {
+  return findWhere(root, [&](GtkWidget* widget) { return name == gtk_widget_get_name(widget); });
+}
+
+std::vector<std::string> visibleTexts(GtkWidget* root) {
+  std::vector<std::string> texts;
+  collectTexts(root, texts);
+  return texts;
+}
+
+GtkWidget* buttonWithLabel(GtkWidget* root, const std::string& label) {
+  return findWhere(root, [&](GtkWidget* widget) {
+    return GTK_IS_BUTTON(widget) && gtk_button_get_label(GTK_BUTTON(widget)) &&
+           label == gtk_button_get_label(GTK_BUTTON(widget));
+  });
+}
+
+void click(GtkWidget* button) {
+  g_signal_emit_by_name(button, "clicked");
+}
+
+bool hasAccessibleLabel(GtkWidget* widget, const std::string& label) {
+  const glib::CString difference(gtk_test_accessible_check_property(
+      GTK_ACCESSIBLE(widget), GTK_ACCESSIBLE_PROPERTY_LABEL, label.c_str()));
+  return !difference;
+}
+
+} // namespace ondrel::ui
