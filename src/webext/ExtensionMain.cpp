@@ -26,7 +26,9 @@ struct Extension {
       : settings_(std::make_shared<const BridgeSettings>(std::move(settings))),
         pageCreated_(glib::connect<void(WebKitWebProcessExtension*, WebKitWebPage*)>(
             extension, "page-created",
-            [this](WebKitWebProcessExtension*, WebKitWebPage* page) { PageBridge::attach(page, settings_); })),
+            [this](WebKitWebProcessExtension*, WebKitWebPage* page) {
+              PageBridge::attach(page, settings_);
+            })),
         documentBegan_(glib::connect<void(WebKitScriptWorld*, WebKitWebPage*, WebKitFrame*)>(
             webkit_script_world_get_default(), "window-object-cleared",
             [](WebKitScriptWorld*, WebKitWebPage* page, WebKitFrame* frame) {

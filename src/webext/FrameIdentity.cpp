@@ -7,8 +7,8 @@ namespace ondrel::webext {
 
 namespace {
 
-// A script world of our own: its window objects are other ones than those of the page's world, and no script of a
-// page can reach them. In the page's world a script can redefine what its window says of itself.
+// A script world of our own: its window objects are other ones than those of the page's world, and no script
+// of a page can reach them. In the page's world a script can redefine what its window says of itself.
 WebKitScriptWorld* privateWorld() {
   static WebKitScriptWorld* const world = webkit_script_world_new();
   return world;
@@ -26,8 +26,7 @@ std::string windowProperty(JSCContext* context, const char* expression) {
 } // namespace
 
 FrameIdentity identityOf(WebKitFrame* frame) {
-  const auto context =
-      glib::adopt(webkit_frame_get_js_context_for_script_world(frame, privateWorld()));
+  const auto context = glib::adopt(webkit_frame_get_js_context_for_script_world(frame, privateWorld()));
   FrameIdentity identity;
   identity.id = webkit_frame_get_id(frame);
   identity.isMainFrame = webkit_frame_is_main_frame(frame) != FALSE;

@@ -16,7 +16,8 @@ namespace {
 constexpr const char* bridgeKey = "ondrel-page-bridge";
 }
 
-// Data of one postMessage function. Owned by the function, which scripts may keep longer than anything else lives.
+// Data of one postMessage function. Owned by the function, which scripts may keep longer than anything else
+// lives.
 struct PageBridge::Handler {
   glib::WeakRef<WebKitWebPage> page;
   std::uint64_t frame;
@@ -36,7 +37,9 @@ PageBridge* PageBridge::of(WebKitWebPage* page) {
 PageBridge::PageBridge(WebKitWebPage* page, std::shared_ptr<const BridgeSettings> settings)
     : page_(page), settings_(std::move(settings)),
       received_(glib::connect<gboolean(WebKitWebPage*, WebKitUserMessage*)>(
-          page, "user-message-received", [this](WebKitWebPage*, WebKitUserMessage* message) { return receive(message); })) {}
+          page, "user-message-received",
+          [this](WebKitWebPage*, WebKitUserMessage* message) { return receive(message); })) {
+}
 
 gboolean PageBridge::receive(WebKitUserMessage* message) {
   const std::string_view name(webkit_user_message_get_name(message));
@@ -69,8 +72,7 @@ void PageBridge::documentBegan(WebKitFrame* frame) {
   for (const auto& name : settings_->handlerNames) {
     auto* handler = new Handler{glib::WeakRef<WebKitWebPage>(page_), id, entry.document, name};
     const auto function = glib::adopt(jsc_value_new_function(
-        context.get(), "postMessage",
-        G_CALLBACK(+[](JSCValue* body, Handler* called) {
+        context.get(), "postMessage", G_CALLBACK(+[](JSCValue* body, Handler* called) {
           if (const auto page = called->page.lock()) {
             if (auto* bridge = of(page.get()))
               bridge->post(*called, body);
@@ -118,14 +120,15 @@ void PageBridge::post(const Handler& handler, JSCValue* body) {
                  g_variant_new(messages::messageTooLargeFormat, handler.name.c_str(), guint64{json.size()}));
     return;
   }
-  sendToView(messages::scriptMessage,
-             g_variant_new(messages::scriptMessageFormat, handler.name.c_str(), json.c_str(), guint64{identity.id},
-                           identity.url.c_str(), identity.origin.c_str(), gboolean{identity.isMainFrame}));
+  sendToView(messages::scriptMessage, g_variant_new(messages::scriptMessageFormat, handler.name.c_str(),
+                                                    json.c_str(), guint64{identity.id}, identity.url.c_str(),
+                                                    identity.origin.c_str(), gboolean{identity.isMainFrame}));
 }
 
 void PageBridge::sendToView(const char* name, GVariant* parameters) {
   // A floating message is consumed by the call.
-  webkit_web_page_send_message_to_view(page_, webkit_user_message_new(name, parameters), nullptr, nullptr, nullptr);
+  webkit_web_page_send_message_to_view(page_, webkit_user_message_new(name, parameters), nullptr, nullptr,
+                                       nullptr);
 }
 
 void PageBridge::evaluate(WebKitUserMessage* message) {
@@ -144,9 +147,9 @@ void PageBridge::evaluate(WebKitUserMessage* message) {
     result = evaluateIn(target.get(), source);
   webkit_user_message_send_reply(
       request.get(),
-      webkit_user_message_new(messages::evaluated, g_variant_new(messages::evaluatedFormat,
-                                                                 guint{std::to_underlying(result.kind)},
-                                                                 result.text.c_str())));
+      webkit_user_message_new(messages::evaluated,
+                              g_variant_new(messages::evaluatedFormat, guint{std::to_underlying(result.kind)},
+                                            result.text.c_str())));
 }
 
 } // namespace ondrel::webext

@@ -19,8 +19,8 @@ struct BridgeSettings {
   std::vector<std::string> handlerNames;
 };
 
-// The extension's side of one page: gives each document its message handlers, passes their messages to the program,
-// and runs in a frame what the program asks for. Lives as long as the page.
+// The extension's side of one page: gives each document its message handlers, passes their messages to the
+// program, and runs in a frame what the program asks for. Lives as long as the page.
 class PageBridge {
  public:
   static void attach(WebKitWebPage* page, std::shared_ptr<const BridgeSettings> settings);

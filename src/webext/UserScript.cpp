@@ -24,11 +24,12 @@ void runWhenRead(JSCContext* context, const std::string& source) {
   const CaughtExceptions caught(context);
   const auto listener = glib::adopt(jsc_value_new_function(
       context, nullptr, G_CALLBACK(+[](std::string* program) { run(jsc_context_get_current(), *program); }),
-      new std::string(source), [](gpointer program) { delete static_cast<std::string*>(program); }, G_TYPE_NONE, 0));
+      new std::string(source), [](gpointer program) { delete static_cast<std::string*>(program); },
+      G_TYPE_NONE, 0));
   const auto document = glib::adopt(jsc_context_get_value(context, "document"));
-  const auto result = glib::adopt(jsc_value_object_invoke_method(document.get(), "addEventListener", G_TYPE_STRING,
-                                                                 "DOMContentLoaded", JSC_TYPE_VALUE, listener.get(),
-                                                                 G_TYPE_NONE));
+  const auto result = glib::adopt(
+      jsc_value_object_invoke_method(document.get(), "addEventListener", G_TYPE_STRING, "DOMContentLoaded",
+                                     JSC_TYPE_VALUE, listener.get(), G_TYPE_NONE));
 }
 
 } // namespace

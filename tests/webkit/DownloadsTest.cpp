@@ -1,0 +1,106 @@
+#include "WebKitTest.h"
+
+#include <fstream>
+#include <iterator>
+#include <unistd.h>
+
+namespace ondrel::tests {
+
+class DownloadsTest : public WebKitTest {
+ protected:
+  void SetUp() override {
+    WebKitTest::SetUp();
+    server_.serve("/file", {"the content",
+                            "application/x-thing",
+                            {{"Content-Disposition", "ATTACHMENT; filename=\"../../evil.txt\""}}});
+    delegate_.onResponse = [](const NavigationResponse& response) {
+      const auto isAttachment =
+          response.contentDisposition && response.contentDisposition->starts_with("ATT");
+      return isAttachment ? NavigationPolicy::download : NavigationPolicy::allow;
+    };
+    delegate_.onDownload = [this](const std::shared_ptr<Download>& download) {
+      if (takesDestination_)
+        download->setDestinationHandler(
+            [this](Download::DestinationRequest request, Download::DestinationReply reply) {
+              requests_.push_back(request);
+              reply_.emplace(std::move(reply));
+            });
+      observations_.push_back(download->finished.subscribe([this] { outcomes_.emplace_back("finished"); }));
+      observations_.push_back(
+          download->failed.subscribe([this](const std::string&) { outcomes_.emplace_back("failed"); }));
+    };
+  }
+  void loadFile() {
+    loadHtml("<a id=a download='named.txt' href='/plain'>x</a>");
+    view().load(server_.url("/file"));
+  }
+  static std::string content(const std::filesystem::path& path) {
+    std::ifstream file(path);
+    return {std::istreambuf_iterator(file), {}};
+  }
+
+  bool takesDestination_ = true;
+  std::vector<Download::DestinationRequest> requests_;
+  std::optional<Download::DestinationReply> reply_;
+  std::vector<std::string> outcomes_;
+  std::vector<base::Subscription> observations_;
+};
+
+using Outcomes = std::vector<std::string>;
+
+TEST_F(DownloadsTest, AttachmentIsWrittenWhereTheReplySays) {
+  loadFile();
+  ASSERT_TRUE(waitFor([&] { return reply_.has_value(); }));
+  EXPECT_EQ(delegate_.responses.back().contentDisposition, "ATTACHMENT; filename=\"../../evil.txt\"");
+  EXPECT_FALSE(delegate_.responses.back().canShowMimeType);
+  EXPECT_EQ(delegate_.count("download"), 1);
+  EXPECT_EQ(requests_[0].mimeType, "application/x-thing");
+  EXPECT_NE(requests_[0].suggestedFileName.find("evil.txt"), std::string::npos);
+
+  runFor(100ms); // the answer may take its time
+  EXPECT_EQ(outcomes_, Outcomes{});
+  const auto path = folder_ / "chosen \xC3\xA9.txt";
+  std::move (*reply_)(path.string());
+  ASSERT_TRUE(waitFor([&] { return !outcomes_.empty(); }));
+  EXPECT_EQ(outcomes_, Outcomes{"finished"});
+  EXPECT_EQ(content(path), "the content");
+  ASSERT_TRUE(waitFor([&] { return delegate_.errors.size() == 1; }));
+  EXPECT_TRUE(delegate_.errors[0].isInterruptedByPolicy());
+  EXPECT_EQ(access(path.c_str(), X_OK), -1);
+  EXPECT_EQ(delegate_.downloads[0]->progress().bytesWritten, 11);
+  EXPECT_EQ(delegate_.downloads[0]->progress().totalBytes, 11);
+  EXPECT_EQ(delegate_.downloads[0].use_count(), 1) << "an ended download holds itself no more";
+}
+
+TEST_F(DownloadsTest, LinkWithDownloadAttributeArrivesToo) {
+  server_.serve("/plain", {"plain", "text/plain", {}, 200});
+  loadHtml("<a id=a download='named.txt' href='/plain'>x</a>");
+  evaluate("a.click(); 0");
+  ASSERT_TRUE(waitFor([&] { return reply_.has_value(); }));
+  EXPECT_EQ(requests_[0].suggestedFileName, "named.txt");
+  EXPECT_EQ(view().url(), server_.url("/page"));
+}
+
+TEST_F(DownloadsTest, NothingIsWrittenWithoutAGoodAnswer) {
+  const auto existing = folder_ / "existing";
+  std::ofstream(existing) << "old";
+  const std::optional<std::string> answers[] = {std::nullopt, "relative", "", existing.string()};
+  for (const auto& answer : answers) {
+    outcomes_.clear();
+    reply_.reset();
+    loadFile();
+    ASSERT_TRUE(waitFor([&] { return reply_.has_value(); }));
+    std::move (*reply_)(answer);
+    ASSERT_TRUE(waitFor([&] { return !outcomes_.empty(); })) << answer.value_or("nothing");
+    EXPECT_EQ(outcomes_, Outcomes{"failed"}) << answer.value_or("nothing");
+  }
+  EXPECT_EQ(content(existing), "old");
+
+  takesDestination_ = false;
+  outcomes_.clear();
+  loadFile();
+  ASSERT_TRUE(waitFor([&] { return !outcomes_.empty(); }));
+  EXPECT_EQ(outcomes_, Outcomes{"failed"});
+}
+
+} // namespace ondrel::tests

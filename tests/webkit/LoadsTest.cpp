@@ -1,0 +1,260 @@
+#include "WebKitTest.h"
+
+#include "async/VirtualEventLoop.h"
+#include "platform/linux/WebKitErrors.h"
+
+#include <signal.h>
+
+#include <fstream>
+
+namespace ondrel::tests {
+
+class LoadsTest : public WebKitTest {
+ protected:
+  // Waits for the outcome of a load and a little longer, for what must not come after it.
+  std::vector<std::string> eventsOfLoad(const std::string& url) {
+    delegate_.events.clear();
+    view().load(url);
+    waitFor([&] {
+      return std::ranges::any_of(
+          delegate_.events, [](const auto& event) { return event == "finish" || event.starts_with("fail"); });
+    });
+    runFor(200ms);
+    return delegate_.events;
+  }
+
+  // Real input, in the middle of the window: the engine ignores the modifiers of events that a script makes.
+  bool useMouse(const std::string& actions) {
+    bool ended = false;
+    const auto command = "xdotool mousemove 300 250 " + actions;
+    char** arguments = nullptr;
+    GPid pid = 0;
+    if (!g_shell_parse_argv(command.c_str(), nullptr, &arguments, nullptr))
+      return false;
+    const glib::Owned<char*> owned(arguments);
+    const auto flags = static_cast<GSpawnFlags>(G_SPAWN_SEARCH_PATH | G_SPAWN_DO_NOT_REAP_CHILD);
+    if (!g_spawn_async(nullptr, arguments, nullptr, flags, nullptr, nullptr, &pid, nullptr))
+      return false;
+    g_child_watch_add(pid, [](GPid, int, gpointer flag) { *static_cast<bool*>(flag) = true; }, &ended);
+    return waitFor([&] { return ended; });
+  }
+};
+
+using Events = std::vector<std::string>;
+
+TEST_F(LoadsTest, EachLoadHasOneOutcome) {
+  server_.serve("/good", "<title>Good</title>");
+  server_.serve("/error", {"<title>Error page</title>", "text/html", {}, 500});
+  EXPECT_EQ(eventsOfLoad("http://127.0.0.1:6/"), Events{"failProvisional NSURLErrorDomain -1004"})
+      << "nothing listens there";
+  EXPECT_EQ(view().url(), std::nullopt);
+  EXPECT_EQ(eventsOfLoad(server_.url("/good")), (Events{"commit", "finish"}));
+  EXPECT_EQ(view().title(), "Good");
+  EXPECT_EQ(eventsOfLoad("http://no-such-host.invalid/"), Events{"failProvisional NSURLErrorDomain -1003"});
+  EXPECT_EQ(view().url(), server_.url("/good")) << "the page that is still shown";
+  EXPECT_EQ(eventsOfLoad("http://127.0.0.1:1/"), Events{"failProvisional WebKitErrorDomain 103"});
+  EXPECT_EQ(eventsOfLoad("unknown-scheme:x"), Events{"failProvisional WebKitErrorDomain 101"});
+  EXPECT_EQ(eventsOfLoad("\xFF\xFE"), Events{"failProvisional WebKitErrorDomain 101"});
+  EXPECT_EQ(eventsOfLoad(server_.url("/error")), (Events{"commit", "finish"}))
+      << "a status is no failed load";
+  EXPECT_EQ(eventsOfLoad(server_.url("/missing")), (Events{"commit", "finish"}));
+}
+
+TEST_F(LoadsTest, PoliciesDecide) {
+  server_.serve("/page", "<a id=link href='/linked'>x</a><a id=blank target=_blank href='/linked'>x</a>"
+                         "<a id=save download href='/linked'>x</a>");
+  server_.serve("/linked", "linked");
+  loadUrl(server_.url("/page"));
+  EXPECT_EQ(delegate_.actions.back().type, NavigationType::other);
+  EXPECT_EQ(delegate_.responses.back().mimeType, "text/html");
+  EXPECT_TRUE(delegate_.responses.back().isHttp && delegate_.responses.back().canShowMimeType);
+
+  // Clicks with modifiers on three kinds of links. All are refused: no window, page or download comes of
+  // them.
+  delegate_.onAction = [](const NavigationAction&) { return NavigationPolicy::cancel; };
+  delegate_.events.clear();
+  const struct {
+    const char* link;
+    const char* click;
+    std::uint32_t flags;
+  } table[] = {
+      {"link", "keydown ctrl keydown shift click 1 keyup shift keyup ctrl",
+       Modifiers::command | Modifiers::shift},
+      {"blank", "keydown ctrl keydown alt click 1 keyup alt keyup ctrl",
+       Modifiers::command | Modifiers::option},
+      {"save", "keydown ctrl click 1 keyup ctrl", Modifiers::command},
+      {"link", "click 2", Modifiers::command},
+      {"link", "click 1", 0},
+  };
+  for (const auto& [link, click, flags] : table) {
+    SCOPED_TRACE(std::string(link) + ": " + click);
+    delegate_.actions.clear();
+    evaluate("for (const a of document.links) a.style = a.id == '" + std::string(link) +
+             "' ? 'position: fixed; inset: 0' : 'display: none'; document.body.offsetTop");
+    ASSERT_TRUE(useMouse(click));
+    ASSERT_TRUE(waitFor([&] { return !delegate_.actions.empty(); }));
+    EXPECT_EQ(delegate_.actions.back().type, NavigationType::linkActivated);
+    EXPECT_EQ(delegate_.actions.back().url, server_.url("/linked"));
+    EXPECT_TRUE(delegate_.actions.back().modifiers.exactly(flags))
+        << delegate_.actions.back().modifiers.flags;
+  }
+  runFor(200ms);
+  EXPECT_EQ(delegate_.events, Events{});
+  EXPECT_EQ(server_.requests("/linked"), 0);
+
+  EXPECT_EQ(eventsOfLoad(server_.url("/linked")), Events{"failProvisional WebKitErrorDomain 102"});
+  delegate_.onAction = nullptr;
+  delegate_.onResponse = [](const NavigationResponse&) { return NavigationPolicy::cancel; };
+  EXPECT_EQ(eventsOfLoad(server_.url("/linked")), Events{"failProvisional WebKitErrorDomain 102"});
+}
+
+TEST_F(LoadsTest, NewLoadTakesThePlaceOfTheOld) {
+  loadHtml("<p>one</p>");
+  server_.serve("/two", "two");
+  delegate_.events.clear();
+  view().load(server_.url("/page"));
+  view().load(server_.url("/two"));
+  ASSERT_TRUE(waitForEvent("finish"));
+  runFor(100ms);
+  EXPECT_EQ(delegate_.count("finish"), 1);
+  EXPECT_EQ(view().url(), server_.url("/two"));
+  view().load(server_.url("/page"));
+  view().stopLoading();
+  view().goBack();
+  ASSERT_TRUE(waitForEvent("finish", 2));
+  EXPECT_EQ(view().url(), server_.url("/page"));
+  EXPECT_TRUE(view().canGoForward());
+}
+
+namespace {
+
+// The web processes that this test program has started, directly or not.
+std::vector<pid_t> webProcesses() {
+  std::map<pid_t, std::pair<pid_t, std::string>> parents;
+  for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
+    std::ifstream file(entry.path() / "stat");
+    std::string line;
+    if (!std::getline(file, line))
+      continue;
+    const auto open = line.find('(');
+    const auto close = line.rfind(')');
+    const auto pid = std::stoi(line);
+    parents[pid] = {std::stoi(line.substr(close + 4)), line.substr(open + 1, close - open - 1)};
+  }
+  std::vector<pid_t> result;
+  for (const auto& [pid, process] : parents) {
+    auto ancestor = pid;
+    while (ancestor > 1 && ancestor != getpid())
+      ancestor = parents[ancestor].first;
+    if (ancestor == getpid() && process.second.starts_with("WebKitWebProc"))
+      result.push_back(pid);
+  }
+  return result;
+}
+
+} // namespace
+
+TEST_F(LoadsTest, DeadWebProcessIsToldAndReplaced) {
+  loadHtml("<p>page</p>");
+  const auto processes = webProcesses();
+  ASSERT_FALSE(processes.empty());
+  for (const auto pid : processes)
+    kill(pid, SIGKILL);
+  ASSERT_TRUE(waitForEvent("crashed"));
+  delegate_.events.clear();
+  view().reload();
+  ASSERT_TRUE(waitForEvent("finish"));
+  EXPECT_EQ(evaluateToText("document.body.innerText"), "\"page\"");
+}
+
+// The state of loads alone, in virtual time.
+class LoadStatesTest : public testing::Test, protected WebKitLoads::Listener {
+ protected:
+  void loadCommitted() override { events.emplace_back("commit"); }
+  void loadFinished() override { events.emplace_back("finish"); }
+  void loadFailed(const WebError& error, bool provisional) override {
+    events.push_back((provisional ? "provisional " : "fail ") + std::to_string(error.code));
+  }
+  void loadTimedOut(const WebError& error) override {
+    // What the engine says of being stopped.
+    loads.failed(cancelled, true);
+    loads.finished();
+    loadFailed(error, true);
+  }
+
+  const WebError cancelled{std::string(WebError::urlDomain), WebError::cancelled, ""};
+  async::VirtualEventLoop loop;
+  WebKitLoads loads{*this};
+  Events events;
+};
+
+TEST_F(LoadStatesTest, SilentServerTimesOutOnce) {
+  loads.requested("https://a/");
+  loads.started();
+  loop.advance(59s);
+  EXPECT_EQ(events, Events{});
+  loop.advance(1s);
+  EXPECT_EQ(events, Events{"provisional -1001"});
+  loop.advance(1h);
+  EXPECT_EQ(events.size(), 1U);
+  loads.requested("https://a/");
+  loads.started();
+  loads.committed("https://a/");
+  loop.advance(1h);
+  loads.finished();
+  EXPECT_EQ(events, (Events{"provisional -1001", "commit", "finish"}));
+}
+
+TEST_F(LoadStatesTest, ReplacedLoadLeavesTheNewOneItsTime) {
+  loads.requested("https://a/");
+  loads.started();
+  loop.advance(30s);
+  loads.requested("https://b/");
+  loads.failed(cancelled, true);
+  loads.finished();
+  EXPECT_EQ(events, Events{"provisional -999"});
+  loop.advance(59s);
+  loads.started();
+  EXPECT_EQ(events.size(), 1U);
+  loop.advance(1s);
+  EXPECT_EQ(events.back(), "provisional -1001");
+  loads.requested("https://b/");
+  loads.abandoned();
+  loop.advance(1h);
+  EXPECT_EQ(events.size(), 2U);
+}
+
+TEST(WebErrorsTest, AreMappedToTheProgramsCodes) {
+  const struct {
+    GQuark domain;
+    int engineCode;
+    std::string_view resultDomain;
+    int code;
+  } table[] = {
+      {WEBKIT_NETWORK_ERROR, WEBKIT_NETWORK_ERROR_CANCELLED, WebError::urlDomain, WebError::cancelled},
+      {WEBKIT_NETWORK_ERROR, WEBKIT_NETWORK_ERROR_FAILED, WebError::urlDomain, WebError::unknown},
+      {WEBKIT_POLICY_ERROR, WEBKIT_POLICY_ERROR_FRAME_LOAD_INTERRUPTED_BY_POLICY_CHANGE,
+       WebError::webKitDomain, WebError::frameLoadInterrupted},
+      {G_IO_ERROR, G_IO_ERROR_CANCELLED, WebError::urlDomain, WebError::cancelled},
+      {G_IO_ERROR, G_IO_ERROR_TIMED_OUT, WebError::urlDomain, WebError::timedOut},
+      {G_IO_ERROR, G_IO_ERROR_CONNECTION_REFUSED, WebError::urlDomain, WebError::cannotConnectToHost},
+      {G_IO_ERROR, G_IO_ERROR_NETWORK_UNREACHABLE, WebError::urlDomain, WebError::notConnectedToInternet},
+      {G_IO_ERROR, G_IO_ERROR_BROKEN_PIPE, WebError::urlDomain, WebError::networkConnectionLost},
+      {G_RESOLVER_ERROR, G_RESOLVER_ERROR_NOT_FOUND, WebError::urlDomain, WebError::cannotFindHost},
+      {G_RESOLVER_ERROR, G_RESOLVER_ERROR_TEMPORARY_FAILURE, WebError::urlDomain,
+       WebError::notConnectedToInternet},
+      {G_TLS_ERROR, G_TLS_ERROR_BAD_CERTIFICATE, WebError::urlDomain, WebError::serverCertificateUntrusted},
+      {G_TLS_ERROR, G_TLS_ERROR_HANDSHAKE, WebError::urlDomain, WebError::secureConnectionFailed},
+      {SOUP_SESSION_ERROR, SOUP_SESSION_ERROR_TOO_MANY_REDIRECTS, WebError::urlDomain,
+       WebError::badServerResponse},
+      {G_FILE_ERROR, G_FILE_ERROR_IO, WebError::urlDomain, WebError::unknown},
+  };
+  for (const auto& row : table) {
+    const glib::Owned<GError> error(g_error_new_literal(row.domain, row.engineCode, "because \xFF"));
+    EXPECT_EQ(webErrorFrom(*error),
+              (WebError{std::string(row.resultDomain), row.code, "because \xEF\xBF\xBD"}))
+        << g_quark_to_string(row.domain) << " " << row.engineCode;
+  }
+}
+
+} // namespace ondrel::tests

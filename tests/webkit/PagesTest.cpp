@@ -1,0 +1,194 @@
+// What a web view does beside loading: state, dialogs, printing, cookies, permissions, its end.
+#include "WebKitTest.h"
+
+#include <sys/stat.h>
+
+#include <fstream>
+#include <iterator>
+#include <random>
+
+namespace ondrel::tests {
+
+using PagesTest = WebKitTest;
+
+TEST_F(PagesTest, InteractionStateBringsBackListAndScrollPosition) {
+  server_.serve("/one", "one");
+  server_.serve("/two", "<p style='height: 5000px'>two</p>");
+  EXPECT_EQ(view().interactionState(), std::nullopt) << "nothing was loaded yet";
+  loadUrl(server_.url("/one"));
+  loadUrl(server_.url("/two"));
+  evaluate("scrollTo(0, 1234); 0");
+  runFor(600ms); // the engine takes positions over a moment later
+  const auto state = view().interactionState();
+  ASSERT_TRUE(state);
+
+  view_->setDelegate(nullptr);
+  view_.reset();
+  delegate_.events.clear();
+  ASSERT_TRUE(view().restoreInteractionState(*state));
+  ASSERT_TRUE(waitForEvent("finish"));
+  EXPECT_EQ(view().url(), server_.url("/two"));
+  EXPECT_TRUE(waitFor([&] { return evaluateToText("scrollY") == "1234"; })) << evaluateToText("scrollY");
+  EXPECT_FALSE(view().canGoForward());
+  ASSERT_TRUE(view().canGoBack());
+  view().goBack();
+  ASSERT_TRUE(waitForEvent("finish", 2));
+  EXPECT_EQ(view().url(), server_.url("/one"));
+}
+
+TEST_F(PagesTest, DamagedInteractionStateIsRefused) {
+  loadHtml("<p>page</p>");
+  const auto good = view().interactionState();
+  ASSERT_TRUE(good);
+  std::mt19937 random(1);
+  auto other = makeView(delegate_);
+  EXPECT_FALSE(other->restoreInteractionState({}));
+  for (int i = 0; i < 300; ++i) {
+    auto bytes = *good;
+    if (i % 3 == 0)
+      bytes.resize(random() % bytes.size());
+    else if (i % 3 == 1)
+      bytes[random() % bytes.size()] ^= static_cast<std::uint8_t>(1 + random() % 255);
+    else
+      std::ranges::generate(bytes, random);
+    ASSERT_FALSE(other->restoreInteractionState(bytes)) << i;
+  }
+  EXPECT_EQ(other->url(), std::nullopt);
+  EXPECT_TRUE(other->restoreInteractionState(*good));
+  other->setDelegate(nullptr);
+}
+
+TEST_F(PagesTest, DialogsWaitForTheirReply) {
+  loadHtml("<p>page</p>");
+  std::optional<DoneReply> held;
+  delegate_.onConfirm = [&](const std::string&, DoneReply reply) { held.emplace(std::move(reply)); };
+  // While the page waits nothing of it answers; other work goes on.
+  const auto ask = [&](const std::string& call) {
+    return evaluate("said = 'waiting'; setTimeout(() => said = " + call + "); 0");
+  };
+  const auto answer = [&] {
+    waitFor([&] { return evaluateToText("said") != "\"waiting\""; });
+    return evaluateToText("said");
+  };
+  for (const bool confirmed : {true, false}) {
+    ask("confirm('really?')");
+    ASSERT_TRUE(waitFor([&] { return held.has_value(); }));
+    std::move (*held)(confirmed);
+    held.reset();
+    EXPECT_EQ(answer(), confirmed ? "true" : "false");
+  }
+  delegate_.onConfirm = nullptr; // drops the reply
+  ask("confirm('dropped?')");
+  EXPECT_EQ(answer(), "false");
+  ask("alert('look') === undefined");
+  EXPECT_EQ(answer(), "true");
+  EXPECT_EQ(delegate_.events,
+            (std::vector<std::string>{"commit", "finish", "confirm really?", "confirm really?",
+                                      "confirm dropped?", "alert look"}));
+}
+
+TEST_F(PagesTest, PrintsIntoAFile) {
+  loadHtml("<p>page</p>");
+  PrintSettings settings;
+  settings.pdfPath = folder_ / "out put.pdf";
+  EXPECT_EQ(run(view().print(settings)), PrintResult::done);
+  std::ifstream file(*settings.pdfPath);
+  const std::string content{std::istreambuf_iterator(file), {}};
+  EXPECT_TRUE(content.starts_with("%PDF-")) << content.substr(0, 20);
+  EXPECT_NE(content.find("%%EOF"), std::string::npos);
+  settings.pdfPath = folder_ / "missing" / "out.pdf";
+  EXPECT_EQ(run(view().print(settings)), PrintResult::failed);
+}
+
+TEST_F(PagesTest, CookiesAreKeptPrivatelyAndCanBeRead) {
+  server_.serve("/page", {"page",
+                          "text/html",
+                          {{"Set-Cookie", "seen=1; Path=/; Max-Age=1000"},
+                           {"Set-Cookie", "hidden=a=b; Path=/page; HttpOnly; Max-Age=1000"}}});
+  loadUrl(server_.url("/page"));
+  auto cookies = run(factory_->cookies().cookies(server_.url("/page")));
+  ASSERT_TRUE(cookies && cookies->size() == 2U);
+  std::ranges::sort(*cookies, {}, &Cookie::name);
+  const auto& hidden = cookies->at(0);
+  EXPECT_EQ(hidden.name + "|" + hidden.value + "|" + hidden.domain + "|" + hidden.path,
+            "hidden|a=b|127.0.0.1|/page");
+  EXPECT_TRUE(hidden.httpOnly && !hidden.secure && !cookies->at(1).httpOnly);
+  EXPECT_EQ(run(factory_->cookies().cookies("http://elsewhere.example/"))->size(), 0U);
+  EXPECT_EQ(run(factory_->cookies().cookies("no URL"))->size(), 0U);
+  EXPECT_EQ(run(factory_->cookies().cookies("\xFF"))->size(), 0U);
+
+  const auto mode = [](const std::filesystem::path& path) {
+    struct stat status{};
+    return stat(path.c_str(), &status) == 0 ? status.st_mode & 07777U : 0U;
+  };
+  EXPECT_EQ(mode(folder_ / "data" / "cookies.sqlite"), 0600U);
+  EXPECT_GT(std::filesystem::file_size(folder_ / "data" / "cookies.sqlite"), 0U);
+  EXPECT_EQ(mode(folder_ / "data"), 0700U);
+  EXPECT_EQ(mode(folder_ / "cache"), 0700U);
+}
+
+TEST_F(PagesTest, PermissionsAreDenied) {
+  loadHtml(
+      "<script>window.said = [];"
+      "navigator.geolocation.getCurrentPosition(() => said.push('place'), e => said.push('place ' + e.code));"
+      "navigator.mediaDevices.getUserMedia({audio: true, video: true})"
+      "  .then(() => said.push('media'), e => said.push('media denied'));"
+      "Notification.requestPermission().then(p => said.push('notify ' + p)); window.print()</script>");
+  EXPECT_TRUE(waitFor([&] { return evaluateToText("said.length") == "3"; })) << evaluateToText("said");
+  EXPECT_EQ(evaluateToText("said.sort()"), "[\"media denied\",\"notify denied\",\"place 1\"]");
+}
+
+TEST_F(PagesTest, ZoomAndContainer) {
+  loadHtml("<p>page</p>");
+  const auto width = evaluate("innerWidth");
+  view().setPageZoom(2);
+  EXPECT_EQ(view().pageZoom(), 2);
+  EXPECT_TRUE(waitFor([&] { return evaluate("innerWidth")->as_int64() * 2 == width->as_int64(); }));
+  // The container outlives the web view.
+  const auto container = glib::share(static_cast<GtkWidget*>(view().nativeView().handle));
+  view_->setDelegate(nullptr);
+  view_.reset();
+  EXPECT_EQ(gtk_widget_get_first_child(container.get()), nullptr);
+}
+
+// The delegate lets go of the web view in the middle of each kind of call.
+TEST_F(PagesTest, WebViewMayEndInAnyCall) {
+  const auto page = posting("'m'") + "<script>alert('a'); window.open('/popup')</script>";
+  server_.serve("/page", page);
+  server_.serve("/file", {"x", "text/plain", {{"Content-Disposition", "attachment"}}, 200});
+  const auto end = [this] {
+    view_->setDelegate(nullptr);
+    view_.reset();
+  };
+  for (const std::string event : {"commit", "message", "alert a", "finish", "create", "download",
+                                  "failProvisional NSURLErrorDomain -1004", "action", "response"}) {
+    SCOPED_TRACE(event);
+    delegate_.onEvent = [&](const std::string& seen) {
+      if (seen == event && view_)
+        end();
+    };
+    delegate_.onAction = [&](const NavigationAction&) {
+      if (event == "action")
+        end();
+      return NavigationPolicy::allow;
+    };
+    delegate_.onResponse = [&](const NavigationResponse&) {
+      if (event == "response")
+        end();
+      return event == "download" ? NavigationPolicy::download : NavigationPolicy::allow;
+    };
+    auto url = server_.url(event == "download" ? "/file" : "/page");
+    if (event.starts_with("fail"))
+      url = "http://127.0.0.1:6/";
+    view().load(url);
+    if (event == "create") {
+      ASSERT_TRUE(waitForEvent("finish"));
+      std::ignore = evaluate("window.open('/popup'); 0");
+    }
+    ASSERT_TRUE(waitFor([&] { return !view_; }));
+    runFor(100ms);
+    delegate_.events.clear();
+  }
+}
+
+} // namespace ondrel::tests
