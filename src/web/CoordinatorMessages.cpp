@@ -127,7 +127,8 @@ void Coordinator::compose(const ScriptMessageFields& fields, const Message&) {
     scriptLogger_.error("JS log: Cannot create a target address");
     return;
   }
-  const auto url = base::Url::parse(*address);
+  // A page that couldn't tell its address sends the bare suffix.
+  const auto url = address->starts_with('&') ? std::nullopt : base::Url::parse(*address);
   if (!url) {
     scriptLogger_.error("JS compose: invalid targetAddress URL: {}", *address);
     return;

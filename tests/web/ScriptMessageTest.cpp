@@ -119,6 +119,9 @@ TEST_F(ScriptMessageTest, ComposeOpensAReducedWindow) {
   post({{"type", "compose"}, {"targetAddress", "http://["}});
   EXPECT_EQ(windows(), 2U);
   EXPECT_EQ(shell.log.count("error script: JS compose: invalid targetAddress URL: http://["), 1);
+  post({{"type", "compose"}, {"targetAddress", "&ui=minimal"}});
+  EXPECT_EQ(windows(), 2U);
+  EXPECT_EQ(shell.log.count("error script: JS compose: invalid targetAddress URL: &ui=minimal"), 1);
 }
 
 TEST_F(ScriptMessageTest, PrintingNeedsAWindow) {
