@@ -1,0 +1,56 @@
+// Tells the program the title and the open message. The application has no event for either, so it is asked.
+(() => {
+  'use strict';
+
+  const POLL_MS = 500;
+
+  let last = '';
+  let lastMsgId = '';
+
+  const post = (message) => window.webkit.messageHandlers.ondrel.postMessage(message);
+
+  // An empty title changes nothing: the window keeps the one it has.
+  const reportTitle = ({appController, title}) => {
+    const t = appController.message?.get('subject') || title || '';
+    if (t !== '' && t !== last) {
+      last = t;
+      post({type: 'titleChange', title: t});
+    }
+  };
+
+  // Leaving a message isn't told, but forgets it, so that opening it again is told again.
+  const reportMessage = ({appController}) => {
+    const mid = appController.message?.id?.() || '';
+    if (mid !== lastMsgId) {
+      lastMsgId = mid;
+      if (mid !== '') {
+        post({type: 'ondrelMessageChanged', internalId: mid});
+      }
+    }
+  };
+
+  // The program notifies, so the application's own setting has no meaning here.
+  const disableNotificationSetting = () => {
+    try {
+      const {style} = document.getElementById('s-settings-notifications');
+      style.pointerEvents = 'none';
+      style.opacity = '0.6';
+    } catch {
+      console.log('Failed to disable notification button');
+    }
+  };
+
+  setInterval(() => {
+    try {
+      const {router} = FastMail;
+      reportTitle(router);
+      reportMessage(router);
+      if (router.app === 'settings') {
+        disableNotificationSetting();
+      }
+    } catch {
+      // So it is while the application is still loading.
+      console.log('Failed to grab the email subject');
+    }
+  }, POLL_MS);
+})();
