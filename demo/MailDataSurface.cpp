@@ -188,6 +188,13 @@ void MailDataSurface::send(Exchange& exchange) {
   email.subject = textOf(body, "subject");
   email.html = textOf(body, "html");
   email.from = demoUser();
+  if (const auto* ids = body.if_contains("blobIds"); ids && ids->is_array()) {
+    for (const auto& id : ids->get_array()) {
+      if (id.is_string() && store_.blob(std::string(id.get_string()))) {
+        email.blobIds.emplace_back(id.get_string());
+      }
+    }
+  }
   email.receivedAt = std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now());
   email.mailboxId = "sent";
   const auto& sent = store_.add(std::move(email));

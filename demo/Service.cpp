@@ -17,6 +17,7 @@ Service::Service()
   fillWithSampleMail(store_);
   webApp_.addTo(router_);
   mailData_.addTo(router_);
+  storage_.addTo(router_);
   userContent_.addTo(router_);
 }
 

@@ -8,6 +8,7 @@
 #include "demo/RequestCounters.h"
 #include "demo/Router.h"
 #include "demo/SignIn.h"
+#include "demo/StorageSurface.h"
 #include "demo/UserContentSurface.h"
 #include "demo/WebAppSurface.h"
 
@@ -36,6 +37,7 @@ class Service {
   Router router_;
   WebAppSurface webApp_{store_, signIn_};
   MailDataSurface mailData_{store_, signIn_};
+  StorageSurface storage_{store_, signIn_};
   UserContentSurface userContent_{store_};
   FaultGate gate_;
   ControlSurface control_{gate_, counters_, signIn_, store_};

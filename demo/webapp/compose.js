@@ -1,5 +1,8 @@
+import {Attachments} from "/app/attachments.js";
 import {send} from "/app/data.js";
 import {h, icon} from "/app/dom.js";
+import {makeEditor} from "/app/editors.js";
+import {overlay} from "/app/modal.js";
 import {toast} from "/app/toast.js";
 
 /**
@@ -11,49 +14,46 @@ export class Compose {
   #isMinimal;
 
   /**
-   * The controller has `draft`, leaveCompose() and goCompose(fields). In the minimal form there is no other
-   * page to go back to: the page closes itself when it is done, by leaving for the mailbox.
+   * The controller has `draft`, leaveCompose() and restoreDraft(fields). In the minimal form there is no
+   * other page to go back to: the page closes itself when it is done, by leaving for the mailbox.
    */
   constructor(controller, fields, isMinimal) {
     this.#controller = controller;
     this.#isMinimal = isMinimal;
     this.to = input("to", "To", fields.to);
     this.subject = input("subject", "Subject", fields.subject);
-    this.editor = h("div", {
-      class: "v-RichText-input",
-      contenteditable: "true",
-      role: "textbox",
-      "aria-multiline": "true",
-      "aria-label": "Message",
-    });
-    this.editor.append(...paragraphs(fields));
-    this.element =
-        h("section", {id: "compose", class: "v-Compose"},
-          h("header", {class: "v-Bar v-Compose-bar"},
-            h("button",
-              {class: "v-Button is-icon", type: "button", title: "Close", onclick: () => this.#close()},
-              icon("close")),
-            h("h1", {}, "New message"), h("span", {class: "u-grow"}),
-            h("button", {class: "v-Button s-discard", type: "button", onclick: () => this.#discard()},
-              "Discard"),
-            h("button", {class: "v-Button is-primary s-send", type: "button", onclick: () => this.#send()},
-              "Send")),
-          h("div", {class: "v-Compose-fields"}, this.to.row, this.subject.row), this.editor);
+    this.editor = makeEditor(fields);
+    this.element = h("section", {id: "compose", class: "v-Compose"});
+    this.attachments = new Attachments(this.element);
+    this.element.append(
+        this.#bar(), h("div", {class: "v-Compose-fields"}, this.to.row, this.subject.row),
+        this.attachments.element, this.editor.element);
     this.element.addEventListener("input", () => this.#tellDraft());
     this.element.addEventListener("keydown", (event) => {
       if (event.key === "Escape") {
         event.stopPropagation();
         this.#close();
       } else if (event.key === "Enter" && (event.ctrlKey || event.metaKey)) {
-        this.element.querySelector(".s-send").click();
+        this.#send();
       }
     });
     this.#tellDraft();
   }
 
   focus() {
-    (this.to.input.value ? (this.subject.input.value ? this.editor : this.subject.input) : this.to.input)
-        .focus();
+    const first = [this.to.input, this.subject.input].find(({value}) => !value) ?? this.editor.element;
+    first.focus();
+  }
+
+  #bar() {
+    return h(
+        "header", {class: "v-Bar v-Compose-bar"},
+        h("button", {class: "v-Button is-icon", type: "button", title: "Close", onclick: () => this.#close()},
+          icon("close")),
+        h("h1", {}, "New message"), h("span", {class: "u-grow"}), this.attachments.button,
+        h("button", {class: "v-Button s-discard", type: "button", onclick: () => this.#discard()}, "Discard"),
+        h("button", {class: "v-Button is-primary s-send", type: "button", onclick: () => this.#send()},
+          "Send"));
   }
 
   #recipients() {
@@ -65,7 +65,7 @@ export class Compose {
   }
 
   #fields() {
-    return {to: this.to.input.value, subject: this.subject.input.value, html: this.editor.innerHTML};
+    return {to: this.to.input.value, subject: this.subject.input.value, content: this.editor.content()};
   }
 
   async #send() {
@@ -79,13 +79,18 @@ export class Compose {
       return;
     }
     this.element.inert = true;
+    const dialog =
+        overlay(h("div", {class: "v-Modal v-Compose-sendDialog", role: "dialog"}, h("p", {}, "Sending…")));
     try {
-      await send({...this.#fields(), to});
+      const {blobIds} = this.attachments;
+      await send({to, subject: this.subject.input.value, html: this.editor.html(), blobIds});
     } catch (error) {
       this.element.inert = false;
       toast("The message could not be sent. Try again in a moment.");
       console.error("send failed:", String(error));
       return;
+    } finally {
+      dialog.remove();
     }
     toast("Message sent", {onExpire: () => this.#isMinimal && this.#controller.leaveCompose()});
     if (!this.#isMinimal) {
@@ -111,7 +116,8 @@ export class Compose {
   }
 
   #close() {
-    const isEmpty = !this.to.input.value && !this.subject.input.value && !this.editor.textContent.trim();
+    const isEmpty = !this.to.input.value && !this.subject.input.value && this.editor.isUntouched &&
+        this.attachments.isEmpty;
     isEmpty ? this.#controller.leaveCompose() : this.#discard();
   }
 }
@@ -120,19 +126,4 @@ function input(name, label, value) {
   const element =
       h("input", {type: "text", name, "aria-label": label, autocomplete: "off", value: value ?? ""});
   return {input: element, row: h("label", {class: "v-Compose-row"}, h("span", {}, label), element)};
-}
-
-function paragraphs({html, body, quote}) {
-  if (html) {
-    const holder = h("div");
-    holder.innerHTML = html;
-    return [...holder.childNodes];
-  }
-  const lines = (body ?? "").split("\n").map((line) => h("p", {}, line || h("br")));
-  if (!quote) {
-    return lines;
-  }
-  const quoted = h("blockquote", {type: "cite"});
-  quoted.innerHTML = quote.html;
-  return [...lines, h("p", {}, quote.intro), quoted];
 }

@@ -20,7 +20,19 @@ export function installFastMail(actions) {
       toast(`Masked address made: ${pick()}.${pick()}${number}@masked.example`);
     },
   };
-  window.FastMail = {router: {app: "mail", title: "", appController}};
+  const records = [];
+  const store = {
+    add: (record) => records.push(record),
+    getAll: (type) => records.filter((record) => record instanceof type),
+  };
+  const classes = {};
+  // Loads a part of the application without showing it.
+  const modules = {};
+  const loadApp = (name) => {
+    modules[name] ??= import(`/app/${name}.js`).then(({installFiles}) => installFiles({classes, store}));
+    return modules[name];
+  };
+  window.FastMail = {store, classes, router: {app: "mail", title: "", appController, loadApp}};
   return window.FastMail;
 }
 

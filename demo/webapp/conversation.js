@@ -1,6 +1,7 @@
 import {fullDate, shortDate} from "/app/dates.js";
 import {h, icon} from "/app/dom.js";
 import {bodyFrame} from "/app/frames.js";
+import {preference} from "/app/preferences.js";
 import {blobUrl, messageUrl, sourceUrl} from "/app/urls.js";
 
 const manyMessages = 8;  // from here on the middle ones wait behind a button
@@ -9,6 +10,7 @@ const manyMessages = 8;  // from here on the middle ones wait behind a button
 export class Conversation {
   #thread = null;
   #mailbox = "";
+  #shown = "";  // what is drawn: mailbox, and the message if it stands alone
   #controller;
 
   /** The controller has goNewCompose(fields), close() and move(threadId, role). */
@@ -32,17 +34,21 @@ export class Conversation {
 
   /** Shows the thread with one message in the focus. The same thread isn't drawn again. */
   show(thread, emailId, mailbox) {
-    const isSame = this.#thread === thread && this.#mailbox === mailbox;
+    const message = thread.messages.find(({id}) => id === emailId) ?? thread.messages.at(-1);
+    const isAlone = preference("messageView") === "single";
+    const shown = `${mailbox}/${isAlone ? message.id : ""}`;
+    const isSame = this.#thread === thread && this.#shown === shown;
     this.#thread = thread;
     this.#mailbox = mailbox;
+    this.#shown = shown;
     if (!isSame) {
       this.heading.textContent = thread.messages[0].subject || "(No subject)";
-      this.#draw(emailId);
+      this.#draw(isAlone ? [message] : thread.messages, emailId);
     }
     const card = this.#cardOf(emailId) ?? this.cards.lastElementChild;
     card.hidden = false;
     this.#expand(card);
-    if (thread.messages.length > 1) {
+    if (thread.messages.length > 1 && !isAlone) {
       for (const other of this.cards.querySelectorAll(".v-MessageCard")) {
         other.classList.toggle("is-focused", other === card);
       }
@@ -59,7 +65,10 @@ export class Conversation {
   }
 
   focusedMessage() {
-    const id = this.cards.querySelector(".v-MessageCard.is-focused")?.dataset.emailId;
+    // A message that stands alone is in the focus without a sign of it.
+    const card =
+        this.cards.querySelector(".v-MessageCard.is-focused") ?? this.cards.querySelector(".v-MessageCard");
+    const id = card?.dataset.emailId;
     return this.#thread?.messages.find((message) => message.id === id) ?? this.#thread?.messages.at(-1) ??
         null;
   }
@@ -74,8 +83,7 @@ export class Conversation {
     });
   }
 
-  #draw(focusedId) {
-    const {messages} = this.#thread;
+  #draw(messages, focusedId) {
     const cards = messages.map((message) => this.#makeCard(message));
     if (messages.length >= manyMessages) {
       const hidden = cards.slice(1, -2).filter((card) => card.dataset.emailId !== focusedId);

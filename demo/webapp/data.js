@@ -21,6 +21,9 @@ export const fetchThread = (threadId, mailbox) =>
 export const markRead = (threadId) => post("/data/read", {threadId});
 export const moveThread = (threadId, role) => post("/data/move", {threadId, role});
 export const send = (message) => post("/data/send", message);
+export const upload = (file) =>
+    ask(`/data/upload?name=${encodeURIComponent(file.name)}`, {method: "POST", body: file});
+export const share = (blobId) => post("/data/share", {blobId});
 
 const pageSize = 100;
 

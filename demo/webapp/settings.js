@@ -1,4 +1,5 @@
 import {h} from "/app/dom.js";
+import {preference, setPreference} from "/app/preferences.js";
 import {toast} from "/app/toast.js";
 import {settingsUrl} from "/app/urls.js";
 
@@ -36,6 +37,13 @@ function setting(title, text, ...controls) {
       h("div", {class: "v-Setting-controls"}, controls));
 }
 
+function choice(name, labels) {
+  return h(
+      "select", {id: name, "aria-label": name, onchange: (event) => setPreference(name, event.target.value)},
+      Object.entries(labels).map(
+          ([value, label]) => h("option", {value, selected: value === preference(name)}, label)));
+}
+
 function general() {
   const chosen = h("span", {class: "v-Setting-value", id: "chosen-files"});
   return h(
@@ -51,6 +59,19 @@ function general() {
             },
           }),
           chosen),
+      setting(
+          "Messages", "Whole conversations, or one message at a time.",
+          choice("messageView", {conversation: "Conversations", single: "Single messages"})),
+      setting(
+          "Compose", "How new messages are written.",
+          choice("composeFormat", {rich: "Rich text", plain: "Plain text"})),
+      setting("Signature", "Stands below what you write.", h("input", {
+                type: "text",
+                id: "signature",
+                "aria-label": "Signature",
+                value: preference("signature"),
+                onchange: (event) => setPreference("signature", event.target.value),
+              })),
       setting(
           "Storage", "How much of your space is in use.",
           h("button", {

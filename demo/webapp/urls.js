@@ -8,10 +8,11 @@ export const messageUrl = (mailbox, threadId, emailId) =>
 export const composeUrl = (mailbox) => `/mail/${encodeURIComponent(mailbox)}/compose?${user}`;
 export const settingsUrl = (pane) => `/settings/${pane}?${user}`;
 
-const contentHost = (location) => `${location.protocol}//usercontent.localhost:${location.port}`;
+export const contentUrl = (location, path) =>
+    `${location.protocol}//usercontent.localhost:${location.port}${path}`;
 export const blobUrl = (location, {blobId, name}) =>
-    `${contentHost(location)}/blob/${blobId}/${encodeURIComponent(name)}?${user}&download=1`;
-export const sourceUrl = (location, emailId) => `${contentHost(location)}/source/${emailId}?${user}`;
+    contentUrl(location, `/blob/${blobId}/${encodeURIComponent(name)}?${user}&download=1`);
+export const sourceUrl = (location, emailId) => contentUrl(location, `/source/${emailId}?${user}`);
 
 /** What an address shows. Never fails: what it can't read is the inbox. */
 export function parseUrl(location) {

@@ -103,6 +103,38 @@ TEST_F(WebAppTest, KeepsWhatIsReadMovedAndSent) {
   EXPECT_EQ(fetch({web("/data/send"), "GET", {{"Cookie", cookie}}}).status, 405u);
 }
 
+TEST_F(WebAppTest, StoresAndSharesFiles) {
+  const auto cookie = signIn();
+  const auto post = [&](const std::string& path, const std::string& body) {
+    return fetch({web("/data/" + path), "POST", {{"Cookie", cookie}}, body});
+  };
+  const std::string bytes("a\0b", 3);
+  const auto stored = boost::json::parse(post("upload?name=..%2F%3Cb%3E%0A.html", bytes).body);
+  EXPECT_EQ(stored.at("size"), 3);
+  const auto id = std::string(stored.at("blobId").as_string());
+  const auto shared = boost::json::parse(post("share", R"({"blobId": ")" + id + R"("})").body);
+  const auto path = std::string(shared.at("path").as_string());
+  EXPECT_EQ(path, "/blob/" + id + "/..%2F%3Cb%3E%0A.html");
+  const auto shown = fetch({web(path, "usercontent.localhost")});
+  EXPECT_EQ(shown.body, bytes);
+  EXPECT_EQ(shown.headers.at("content-type"), "application/octet-stream");
+
+  EXPECT_EQ(post("share", R"({"blobId": "none"})").status, 404u);
+  EXPECT_EQ(post("share", "no JSON").status, 404u);
+  EXPECT_EQ(fetch({web("/data/upload?name=a"), "POST", {}, bytes}).status, 401u);
+  EXPECT_EQ(order("fail", R"({"path": "/data/upload", "status": 507})").status, 200u);
+  EXPECT_EQ(post("upload?name=a", bytes).status, 507u);
+
+  const auto sent =
+      boost::json::parse(post("send", R"({"to": ["a@b.example"], "subject": "S", "html": "", "blobIds": [")" +
+                                          id + R"(", "none"]})")
+                             .body);
+  const auto thread = data("thread?id=" + std::string(sent.at("threadId").as_string()), cookie);
+  const auto& files = thread.at("messages").at(0).at("attachments").as_array();
+  ASSERT_EQ(files.size(), 1u);
+  EXPECT_EQ(files[0].at("name"), "../<b>\n.html");
+}
+
 TEST_F(WebAppTest, GivesUserContentWithItsTypeAndDisposition) {
   const auto host = "usercontent.localhost";
   const auto cookie = signIn();
