@@ -1,8 +1,9 @@
 #include "platform/linux/JsonUserDefaults.h"
 
+#include "base/Json.h"
 #include "base/Log.h"
 #include "base/Text.h"
-#include "platform/linux/ReadableJson.h"
+
 #include "platform/linux/glib/Ref.h"
 
 #include <boost/json/parse.hpp>
@@ -137,7 +138,7 @@ bool JsonUserDefaults::keepDamagedFile() {
 void JsonUserDefaults::flush() {
   if (!std::exchange(unsaved_, false) || !keepDamagedFile())
     return;
-  const auto saved = store_.writeAtomically(path_, readableJson(values_));
+  const auto saved = store_.writeAtomically(path_, base::jsonText(values_, 2) + "\n");
   if (saved)
     failureLogged_ = false;
   else if (!std::exchange(failureLogged_, true))

@@ -91,8 +91,8 @@ int LinuxApplication::run(std::vector<std::string> urls, std::function<void()> s
   const bool hasBus = glib::adopt(g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, nullptr)).get() != nullptr;
   if (!hasBus) {
     logger.notice("No session bus: this is a lone instance, and the desktop can't hand it links");
-    // With an address that leads nowhere the engine's sandbox still sets up a proxy for it, and as root leaves a file
-    // in "/" by which other programs take the machine for the inside of a sandbox.
+    // With an address that leads nowhere the engine's sandbox still sets up a proxy for it, and as root
+    // leaves a file in "/" by which other programs take the machine for the inside of a sandbox.
     g_unsetenv("DBUS_SESSION_BUS_ADDRESS");
   }
   checkAccessibilityBus();
