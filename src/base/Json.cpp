@@ -12,6 +12,15 @@ namespace {
 
 namespace json = boost::json;
 
+std::string numberText(double number) {
+  if (!std::isfinite(number))
+    return "null";
+  auto text = fmt::format("{}", number);
+  if (text.find_first_of(".e") == text.npos)
+    text += ".0";
+  return text;
+}
+
 class Writer {
  public:
   Writer(std::string& out, int indent) : out_(out), indent_(indent) {}
@@ -26,7 +35,7 @@ class Writer {
     else if (const auto* array = value.if_array())
       writeMembers('[', ']', *array, [this](const auto& element) { write(element); });
     else if (const auto* number = value.if_double())
-      out_ += std::isfinite(*number) ? fmt::format("{}", *number) : "null";
+      out_ += numberText(*number);
     else
       out_ += json::serialize(value);
   }

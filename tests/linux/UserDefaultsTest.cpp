@@ -117,9 +117,12 @@ TEST_F(UserDefaultsTest, LeavesAloneWhatItDoesNotKnow) {
   defaults->flush();
   EXPECT_EQ(folder.content("defaults.json"), R"({
   "theirs": {
-    "deep": [1, {
-      "x": null
-    }],
+    "deep": [
+      1,
+      {
+        "x": null
+      }
+    ],
     "big": 18446744073709551615
   },
   "_runJS": "yes",

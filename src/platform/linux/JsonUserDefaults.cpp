@@ -3,7 +3,6 @@
 #include "base/Json.h"
 #include "base/Log.h"
 #include "base/Text.h"
-
 #include "platform/linux/glib/Ref.h"
 
 #include <boost/json/parse.hpp>
