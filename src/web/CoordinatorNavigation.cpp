@@ -122,6 +122,11 @@ std::shared_ptr<platform::WebView> Coordinator::createWebView(platform::NewWindo
     return nullptr;
   }
   const auto& address = url->absoluteString();
+  // A page must not have files of this machine opened.
+  if (base::lowercasedAscii(*url->scheme()) == "file") {
+    uiLogger_.debug("createWebViewWith: refused a file address");
+    return nullptr;
+  }
   uiLogger_.debug("createWebViewWith: url={}", address);
 
   // The engine's side is made when it is known to be wanted: a web view is dear, and most answers are none.

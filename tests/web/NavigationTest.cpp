@@ -198,6 +198,7 @@ TEST_F(NavigationTest, PopupsGoWhereTheyBelong) {
       {"about:blank", true, none, {}},
       {"/relative", true, none, {}},
       {"mailto:a@b", true, none, {}},
+      {"FILE://localhost/etc/passwd", true, none, {}},
       {"https://app.example.com/settings/", true, tab, {}},
       {"https://app.example.com/mail/Inbox/T.M", true, window, {}},
       {"https://elsewhere.example/mail/x", true, window, {}},
