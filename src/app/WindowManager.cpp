@@ -34,11 +34,11 @@ async::Task<void> preferTabs(std::weak_ptr<platform::Window> weakWindow) {
 
 WindowPtr WindowManager::makeWindow(const ViewModelPtr& viewModel) {
   const std::weak_ptr weakSelf = self_;
-  viewModel->openInNewWindow = [weakSelf](ViewModelPtr opened, bool activate) {
+  viewModel->openInNewWindow = [weakSelf](const ViewModelPtr& opened, bool activate) {
     if (const auto self = weakSelf.lock())
       (*self)->showAlone((*self)->makeWindow(opened), activate);
   };
-  viewModel->openInNewTab = [weakSelf](ViewModelPtr opened, bool activate) {
+  viewModel->openInNewTab = [weakSelf](const ViewModelPtr& opened, bool activate) {
     const auto self = weakSelf.lock();
     if (!self)
       return;
@@ -220,6 +220,7 @@ void WindowManager::exportPDFActive() {
 void WindowManager::environmentChanged() {
   const auto& base = settings_.baseURL();
   std::vector<ViewModelPtr> viewModels;
+  viewModels.reserve(windowViewModels_.size());
   for (const auto& each : windowViewModels_)
     viewModels.push_back(each.viewModel);
   for (const auto& viewModel : viewModels)

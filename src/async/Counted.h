@@ -38,6 +38,7 @@ class Shared {
     return *this;
   }
   ~Shared() {
+    // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDelete): the analyzer loses count of the owners.
     if (object_ && --object_->Counted<T>::owners_ == 0)
       delete object_;
   }

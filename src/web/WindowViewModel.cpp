@@ -109,7 +109,8 @@ void WindowViewModel::reload() {
   const auto webView = liveWebView();
   if (!webView)
     return;
-  const bool showsItsPage = pageProblem->kind == PageProblem::Kind::none && webView->url().value_or("") != "";
+  const bool showsItsPage =
+      pageProblem->kind == PageProblem::Kind::none && !webView->url().value_or("").empty();
   pageProblem.set({});
   if (showsItsPage)
     webView->reload();
