@@ -1,7 +1,12 @@
 #include "ProgramTest.h"
 
+#include <arpa/inet.h>
 #include <boost/json/parse.hpp>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
 
+#include <array>
 #include <csignal>
 #include <fstream>
 #include <sstream>
@@ -39,6 +44,30 @@ bool isComplaint(const std::string& line) {
          line.contains("runtime error");
 }
 
+int portOf(const std::string& url) {
+  return std::stoi(url.substr(url.rfind(':') + 1));
+}
+
+// The body of the answer of a loopback server; empty when there is none.
+std::string get(int port, const std::string& path) {
+  const int connection = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  sockaddr_in server{};
+  server.sin_family = AF_INET;
+  server.sin_port = htons(static_cast<std::uint16_t>(port));
+  server.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  std::string answer;
+  const auto request = "GET " + path + " HTTP/1.0\r\nHost: localhost\r\n\r\n";
+  if (connect(connection, reinterpret_cast<const sockaddr*>(&server), sizeof server) == 0 &&
+      ::write(connection, request.data(), request.size()) == static_cast<ssize_t>(request.size())) {
+    std::array<char, 4096> part{};
+    for (ssize_t length = 0; (length = ::read(connection, part.data(), part.size())) > 0;)
+      answer.append(part.data(), static_cast<std::size_t>(length));
+  }
+  close(connection);
+  const auto body = answer.find("\r\n\r\n");
+  return body == answer.npos ? "" : answer.substr(body + 4);
+}
+
 } // namespace
 
 void ProgramTest::SetUp() {
@@ -53,7 +82,9 @@ void ProgramTest::SetUp() {
       std::make_unique<Process>(DEMO_SERVICE, std::vector<std::string>{"--site-file", profile / "site.json"},
                                 Environment(), profile / "service.log");
   ASSERT_TRUE(eventually([this] { return service_->output().ends_with("\n"); })) << service_->output();
-  address = boost::json::parse(service_->output()).at("web").as_string();
+  const auto started = boost::json::parse(service_->output());
+  address = started.at("web").as_string();
+  controlPort_ = portOf(std::string(started.at("control").as_string()));
 }
 
 void ProgramTest::TearDown() {
@@ -81,6 +112,13 @@ bool ProgramTest::waitForPage(Process& program, std::size_t times) {
 std::optional<int> ProgramTest::quit(Process& program) {
   program.signal(SIGTERM);
   return program.wait(endLimit);
+}
+
+int ProgramTest::requests(const std::string& path) const {
+  const auto counted = boost::json::parse(get(controlPort_, "/control/requests"));
+  const auto* host = counted.as_object().if_contains("localhost");
+  const auto* times = host ? host->as_object().if_contains(path) : nullptr;
+  return times ? static_cast<int>(times->as_int64()) : 0;
 }
 
 std::string ProgramTest::read(const fs::path& file) const {

@@ -26,6 +26,9 @@ class ProgramTest : public testing::Test {
   // Ends it as the desktop does and gives its exit status.
   std::optional<int> quit(Process& program);
 
+  // How often the service was asked for a path of the web application.
+  int requests(const std::string& path) const;
+
   std::string read(const std::filesystem::path& file) const;
   void write(const std::filesystem::path& file, const std::string& text) const;
   std::optional<app::PersistedSession> session() const;
@@ -38,6 +41,7 @@ class ProgramTest : public testing::Test {
 
  private:
   Environment environment_;
+  int controlPort_ = 0;
   std::unique_ptr<Process> service_;
   int starts_ = 0;
 };

@@ -1,7 +1,6 @@
-#include "ProgramTest.h"
+#include "UserHandsTest.h"
 
 #include <csignal>
-#include <cstdlib>
 #include <fstream>
 
 namespace ondrel::e2e {
@@ -10,33 +9,8 @@ namespace {
 namespace fs = std::filesystem;
 using namespace std::chrono_literals;
 
-// The program under a user's hands: keys and clicks go through the display.
-class UserTest : public ProgramTest {
+class UserTest : public UserHandsTest {
  protected:
-  void SetUp() override {
-    if (std::system("command -v xdotool >/dev/null") != 0)
-      GTEST_SKIP() << "xdotool is missing";
-    ProgramTest::SetUp();
-  }
-
-  static bool xdotool(const std::string& arguments) {
-    return std::system(("xdotool " + arguments + " >/dev/null 2>&1").c_str()) == 0;
-  }
-  // There is no window manager that would give the keyboard to a new window.
-  static void focus(const std::string& title) {
-    EXPECT_TRUE(eventually([&] {
-      return xdotool("search --onlyvisible --class Ondrel search --name '" + title + "' windowfocus");
-    })) << title;
-  }
-  static void press(const std::string& keys) { EXPECT_TRUE(xdotool("key " + keys)) << keys; }
-
-  bool sessionBecomes(const std::function<bool(const app::PersistedSession&)>& holds) {
-    return eventually([&] {
-      const auto saved = session();
-      return saved && holds(*saved);
-    });
-  }
-
   static pid_t parentOf(pid_t process) {
     std::ifstream status("/proc/" + std::to_string(process) + "/status");
     for (std::string word; status >> word;)

@@ -1,10 +1,8 @@
-// What a web view does beside loading: state, dialogs, printing, cookies, permissions, its end.
+// What a web view does beside loading: state, dialogs, cookies, permissions, its end.
 #include "WebKitTest.h"
 
 #include <sys/stat.h>
 
-#include <fstream>
-#include <iterator>
 #include <random>
 
 namespace ondrel::tests {
@@ -85,19 +83,6 @@ TEST_F(PagesTest, DialogsWaitForTheirReply) {
   EXPECT_EQ(delegate_.events,
             (std::vector<std::string>{"commit", "finish", "confirm really?", "confirm really?",
                                       "confirm dropped?", "alert look"}));
-}
-
-TEST_F(PagesTest, PrintsIntoAFile) {
-  loadHtml("<p>page</p>");
-  PrintSettings settings;
-  settings.pdfPath = folder_ / "out put.pdf";
-  EXPECT_EQ(run(view().print(settings)), PrintResult::done);
-  std::ifstream file(*settings.pdfPath);
-  const std::string content{std::istreambuf_iterator(file), {}};
-  EXPECT_TRUE(content.starts_with("%PDF-")) << content.substr(0, 20);
-  EXPECT_NE(content.find("%%EOF"), std::string::npos);
-  settings.pdfPath = folder_ / "missing" / "out.pdf";
-  EXPECT_EQ(run(view().print(settings)), PrintResult::failed);
 }
 
 TEST_F(PagesTest, CookiesAreKeptPrivatelyAndCanBeRead) {
