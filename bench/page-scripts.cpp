@@ -11,6 +11,7 @@
 #include "async/sleep.h"
 #include "platform/WebViewDelegate.h"
 #include "platform/linux/Rendering.h"
+#include "platform/linux/ResourceText.h"
 #include "platform/linux/WebKitViewFactory.h"
 #include "platform/linux/glib/GlibEventLoop.h"
 #include "platform/linux/glib/Ref.h"
@@ -301,7 +302,7 @@ int main(int count, char** values) {
   gtk_window_set_child(window, box);
   gtk_window_present(window);
 
-  const web::PageScripts scripts(scripts::pageScriptSource);
+  const web::PageScripts scripts(scripts::pageScriptSource(platform::resourceText));
   Bench bench{factory,
               words.contains("without") ? web::UserScripts{} : scripts.mainConfiguration()->userScripts,
               words.contains("second"), box, values[1]};

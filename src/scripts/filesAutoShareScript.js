@@ -269,15 +269,15 @@
   };
 
   // Deletes the first place where the text stands on lines of its own: one line, or several if the file's
-  // name has line breaks in it.
-  const withoutLines = (value, text) => {
-    const lines = value.split('\n');
+  // name has line breaks in it. What the user has changed is the user's.
+  const removeLines = (textarea, text) => {
+    const lines = textarea.value.split('\n');
     const wanted = text.split(/\r\n|\r|\n/);
     const index = lines.findIndex((_, i) => wanted.every((line, j) => lines[i + j] === line));
     if (index >= 0) {
       lines.splice(index, wanted.length);
+      setPlainValue(textarea, lines.join('\n'));
     }
-    return lines.join('\n');
   };
 
   const removeBodyShareBlock = (filename) => {
@@ -291,7 +291,7 @@
     const textarea = plainEditor();
     const line = plainTextShareLines.get(filename);
     if (textarea && line !== undefined) {
-      setPlainValue(textarea, withoutLines(textarea.value, line));
+      removeLines(textarea, line);
     }
     plainTextShareLines.delete(filename);
   };

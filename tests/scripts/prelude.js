@@ -1,5 +1,5 @@
-// What the tests put into a page before its scripts: a clock that stands still until the test moves it, and a
-// console that keeps what it is told.
+// What a page has before its scripts: a clock that stands still until it is moved, a record of all that is
+// posted and logged, and words to write test cases with.
 (() => {
   'use strict';
 
@@ -43,14 +43,58 @@
     await settle();
   };
 
-  window.logged = [];
-  console.log = (...values) => logged.push(values.join(' '));
+  // What a page and its frames have posted, "type" or "type: a, b" with the other fields' values, and logged.
+  window.record = window === top ? [] : top.record;
+  window.told = () => record.splice(0);
+  console.log = (...values) => record.push(values.join(' '));
+  const handler = window.webkit.messageHandlers.ondrel;
+  const post = handler.postMessage.bind(handler);
+  handler.postMessage = ({type, ...fields}) => {
+    const values = Object.values(fields).map((value) => typeof value === 'string' ? value : 'NO STRING');
+    record.push(type + (values.length > 0 ? `: ${values.join(', ')}` : ''));
+  };
 
+  // A case: what `body` does and expects on a page with these page scripts, at this path, with this HTML and
+  // that of its frame "/frame".
+  const tests = [];
+  window.test = (name, {scripts, html = '', path = '/page', frame = ''}, body) =>
+      tests.push({name, scripts, html, path, frame, body});
+  window.listTests = () => tests.map(({body, ...rest}) => rest);
+
+  let failures = [];
+  window.same = (actual, expected, what = '') => {
+    const [is, shouldBe] = [actual, expected].map((value) => JSON.stringify(value, null, 1));
+    if (is !== shouldBe) {
+      failures.push(`${what}\nis ${is}\nand not ${shouldBe}`);
+    }
+  };
+  // Does what the function says and expects the page to tell just this.
+  window.tells = async (action, ...expected) => {
+    await action();
+    await settle();
+    same(told(), expected, String(action));
+  };
+  window.run = async (body) => {
+    failures = [];
+    try {
+      await body();
+    } catch (error) {
+      failures.push(`threw ${error}\n${error.stack}`);
+    }
+    post({type: 'outcome', failures: failures.join('\n')});
+  };
+  window.runTest = (index) => run(tests[index].body);
+
+  window.$ = (selector) => document.querySelector(selector);
+  window.$$ = (selector) => [...document.querySelectorAll(selector)];
   window.element = (html) => {
     const holder = document.createElement('div');
     holder.innerHTML = html;
     return holder.firstElementChild;
   };
+  window.show = (html) => document.body.append(element(html));
+  window.key = (name, target = document.body, more = {}) =>
+      target.dispatchEvent(new KeyboardEvent('keydown', {key: name, bubbles: true, ...more}));
   // Gives a textarea its text and then a property of its own, as frameworks do to hear of changes: only the
   // native setter passes.
   window.ownValue = (textarea, text) => {
@@ -65,7 +109,4 @@
       },
     });
   };
-  window.$ = (selector) => document.querySelector(selector);
-  window.key = (name, target = document.body, more = {}) =>
-      target.dispatchEvent(new KeyboardEvent('keydown', {key: name, bubbles: true, ...more}));
 })();

@@ -1,0 +1,41 @@
+// Runs the cases of the .js files in this folder, each on a page of its own.
+#include "ScriptTest.h"
+
+#include <boost/json/serialize.hpp>
+
+namespace ondrel::tests {
+
+class PageScriptsTest : public ScriptTest, public testing::WithParamInterface<const char*> {};
+
+TEST_P(PageScriptsTest, DoAsTheirCasesSay) {
+  const auto file = std::string(GetParam()) + ".js";
+  useScripts({injected("prelude.js"), injected(file)});
+  loadHtml("");
+  const auto cases = evaluate("listTests()");
+  ASSERT_TRUE(cases) << cases.error().message;
+  ASSERT_FALSE(cases->as_array().empty());
+  boost::json::value names;
+  for (std::size_t i = 0; i < cases->as_array().size(); ++i) {
+    const auto& wanted = cases->as_array()[i].as_object();
+    const auto text = [&](const char* field) { return std::string(wanted.at(field).as_string()); };
+    if (names != wanted.at("scripts")) {
+      names = wanted.at("scripts");
+      Scripts scripts{injected("prelude.js"), injected(file)};
+      for (const auto& name : names.as_array())
+        scripts.push_back(pageScript(name.as_string()));
+      useScripts(std::move(scripts));
+    }
+    const auto path = text("path");
+    server_.serve("/frame", text("frame"));
+    server_.serve(path.substr(0, path.find_first_of("?#")), "<!doctype html><body>" + text("html"));
+    loadUrl(server_.url(path));
+    runInPage("runTest(" + std::to_string(i) + ")", file + ": " + text("name"));
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Of, PageScriptsTest,
+                         testing::Values("smallScripts", "composeScripts", "filesAutoShareScript",
+                                         "replySelectionScript"),
+                         [](const auto& tested) { return tested.param; });
+
+} // namespace ondrel::tests

@@ -1,0 +1,105 @@
+// The scripts of ordinary tabs that are a few lines each.
+{
+  const router = {app: 'mail', title: '', appController: {message: null}};
+  const messageOf = (subject, id) => ({get: (name) => name === 'subject' ? subject : null, id: () => id});
+  const polls = (change, ...expected) => tells(() => advance(500, change()), ...expected);
+
+  test('The title follows the message, then the router', {scripts: ['titlePollScript']}, async () => {
+    await advance(999);
+    same(told(), ['Failed to grab the email subject'], 'still loading');
+    window.FastMail = {router};
+    await advance(1);
+    const open = (message) => router.appController.message = message;
+    const first = messageOf('A', 'M1');
+    await polls(() => {});
+    await polls(() => router.title = 'Inbox', 'titleChange: Inbox');
+    await polls(() => {});
+    await polls(() => open(first), 'titleChange: A', 'ondrelMessageChanged: M1');
+    await polls(() => open(null, router.title = ''));  // the window keeps its title
+    await polls(() => open(first), 'ondrelMessageChanged: M1');
+    await polls(() => open(messageOf('A', 'M2')), 'ondrelMessageChanged: M2');
+    await polls(() => open({get: () => 'B'}), 'titleChange: B');
+    await polls(() => open(messageOf('A', '')), 'titleChange: A');
+    await polls(() => open(messageOf('', ''), router.title = 'Kept'), 'titleChange: Kept');
+  });
+
+  const settings = {scripts: ['titlePollScript'], html: '<div id=s-settings-notifications></div>'};
+  test('The notification setting is disabled', settings, async () => {
+    window.FastMail = {router};
+    const setting = $('#s-settings-notifications');
+    await polls(() => {});
+    same(setting.style.cssText, '', 'outside the settings');
+    await polls(() => router.app = 'settings');
+    same(setting.style.cssText, 'pointer-events: none; opacity: 0.6;');
+    router.title = 'Settings';
+    await polls(() => setting.remove(), 'titleChange: Settings', 'Failed to disable notification button');
+  });
+
+  const links = {
+    scripts: ['mouseoverScript', 'mouseoverScript'],  // injected twice, it works once
+    html:
+        `<a id=one href='https://one.example/?a=1&b=2'><b id=in>x</b></a><a id=two href='mailto:a@b.example'>y</a>
+           <p id=out>z</p>`,
+  };
+  test('The hovered link is told once', links, async () => {
+    const over = (id) => $(id).dispatchEvent(new MouseEvent('mouseover', {bubbles: true}));
+    const one = 'mouseover: https://one.example/?a=1&b=2';
+    const two = 'mouseover: mailto:a@b.example';
+    const handler = webkit.messageHandlers.ondrel;
+    let errors = 0;
+    window.onerror = () => ++errors;
+    await tells(() => over('#in'), one);
+    await tells(async () => over('#one', await advance(49)));
+    await tells(() => [over('#two'), over('#one')], two, one);
+    await tells(async () => over('#one', await advance(50)), one);
+    await tells(() => over('#out'), 'mouseover: ');
+    await tells(() => document.dispatchEvent(new MouseEvent('mouseover')));
+    await tells(() => over('#two', $('#two').onmouseover = (event) => event.stopPropagation()), two);
+    await tells(() => over('#one', handler.postMessage = null));
+    same(errors, 0);
+  });
+
+  const notifying = (html) => ({scripts: ['notificationShimScript'], html: `<script>${html}</script>`});
+  test('The page may notify and shows nothing', notifying('window.Notification = null'), async () => {
+    const asked = [new Notification('hello', {body: 'x'}) instanceof Notification, Notification.permission];
+    asked.push(await Notification.requestPermission((answer) => asked.push(answer)));
+    asked.push(await Notification.requestPermission('no function'));
+    same(asked, [true, 'granted', 'granted', 'granted', 'granted']);
+  });
+  test('The page can have its own', notifying('function Notification() { this.own = true }'), () => {
+    same(new Notification().own, true);
+  });
+
+  const html = '<iframe src=/frame></iframe>';
+  test('Printing asks the program', {scripts: ['printShimScript'], html}, async () => {
+    await tells(() => window.print(), 'print');
+    same($('iframe').contentWindow.print.toString().includes('native code'), true);
+  });
+
+  const frame = '<script>console.log("framed")</script>';
+  test('The console is relayed', {scripts: ['consoleRelayScript'], html, frame}, async () => {
+    same(told(), ['consoleLog: [log] framed', 'framed']);
+    const cyclic = {};
+    cyclic.self = cyclic;
+    let caught = '';
+    const relays = (action, line, ...rest) => tells(action, `consoleLog: ${line}`, ...rest);
+    const values = ['a', 1, null, undefined, {b: [2]}];
+    await relays(() => console.log(...values), '[log] a 1 null undefined {"b":[2]}', 'a 1   [object Object]');
+    await relays(() => console.warn(Symbol('s'), () => 1), '[warn] Symbol(s) () => 1');
+    await relays(() => console.error(), '[error] ');
+    await tells(() => [console.info('not'), console.debug('these')]);
+    await relays(() => onerror('text', 'page.js', 3, 7, {why: 1}), '[onerror] text at page.js:3:7 {"why":1}');
+    await relays(() => settle(Promise.reject(new Error('lost'))), '[unhandledrejection] Error: lost');
+    const script = document.createElement('script');
+    script.text = 'throw new RangeError("mine")';
+    await relays(() => document.body.append(script), `[onerror] RangeError: mine at ${location}:1:29 {}`);
+    await tells(() => {
+      try {
+        console.log(cyclic);
+      } catch (error) {
+        caught = error.name;
+      }
+    });
+    same(caught, 'TypeError', 'the trouble of the caller');
+  });
+}
