@@ -20,8 +20,8 @@ struct Cookie {
 class CookieStore {
  public:
   virtual ~CookieStore() = default;
-  // Those that a request to this URL would carry, those that are hidden from page scripts included.
-  virtual async::Task<std::vector<Cookie>> cookies(std::string url) = 0;
+  // All of them, in the store's order, those that are hidden from page scripts included.
+  virtual async::Task<std::vector<Cookie>> allCookies() = 0;
 };
 
 } // namespace ondrel::platform

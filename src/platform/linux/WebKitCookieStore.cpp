@@ -1,6 +1,5 @@
 #include "platform/linux/WebKitCookieStore.h"
 
-#include "base/Text.h"
 #include "platform/linux/SafeText.h"
 #include "platform/linux/glib/AsyncResult.h"
 
@@ -19,17 +18,15 @@ Cookie cookieFrom(SoupCookie* cookie) {
 }
 
 // Takes no `this`: the store may go while the network process answers.
-async::Task<std::vector<Cookie>> fetch(glib::Ref<WebKitCookieManager> manager, std::string url) {
+async::Task<std::vector<Cookie>> fetch(glib::Ref<WebKitCookieManager> manager) {
   std::vector<Cookie> cookies;
-  if (!base::isValidUtf8(url))
-    co_return cookies;
   auto [pending, future] = glib::startAsync();
-  webkit_cookie_manager_get_cookies(manager.get(), url.c_str(), pending.cancellable,
-                                    glib::PendingCall::callback, pending.userData);
+  webkit_cookie_manager_get_all_cookies(manager.get(), pending.cancellable, glib::PendingCall::callback,
+                                        pending.userData);
   const auto result = co_await std::move(future);
   if (!result)
     co_return cookies;
-  auto* list = webkit_cookie_manager_get_cookies_finish(manager.get(), result->get(), nullptr);
+  auto* list = webkit_cookie_manager_get_all_cookies_finish(manager.get(), result->get(), nullptr);
   for (auto* item = list; item; item = item->next)
     cookies.push_back(cookieFrom(static_cast<SoupCookie*>(item->data)));
   g_list_free_full(list, [](gpointer cookie) { soup_cookie_free(static_cast<SoupCookie*>(cookie)); });
@@ -42,8 +39,8 @@ WebKitCookieStore::WebKitCookieStore(WebKitNetworkSession* session)
     : manager_(glib::share(webkit_network_session_get_cookie_manager(session))) {
 }
 
-async::Task<std::vector<Cookie>> WebKitCookieStore::cookies(std::string url) {
-  return fetch(manager_, std::move(url));
+async::Task<std::vector<Cookie>> WebKitCookieStore::allCookies() {
+  return fetch(manager_);
 }
 
 } // namespace ondrel::platform

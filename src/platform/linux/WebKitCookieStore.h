@@ -10,7 +10,7 @@ namespace ondrel::platform {
 class WebKitCookieStore final : public CookieStore {
  public:
   explicit WebKitCookieStore(WebKitNetworkSession* session);
-  async::Task<std::vector<Cookie>> cookies(std::string url) override;
+  async::Task<std::vector<Cookie>> allCookies() override;
 
  private:
   glib::Ref<WebKitCookieManager> manager_;

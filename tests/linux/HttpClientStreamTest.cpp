@@ -1,0 +1,121 @@
+// Bodies that are read while they arrive.
+#include "HttpClientFixture.h"
+
+#include <atomic>
+
+namespace ondrel::platform {
+
+namespace {
+
+// A server whose stream the test feeds.
+class HttpClientStreamTest : public HttpClientTest {
+ protected:
+  void open() {
+    auto opened = run(client->open({.url = server.url(), .timeout = 500ms}));
+    ASSERT_TRUE(opened) << opened.error().description;
+    stream = std::move(*opened);
+    ASSERT_TRUE(waitFor([this] { return peer != nullptr; }));
+  }
+  static std::string told(const HttpResult<std::string>& bytes) {
+    if (!bytes)
+      return std::to_string(bytes.error().code);
+    return bytes->empty() ? "end" : *bytes;
+  }
+  std::string next() { return told(run(stream->read())); }
+  void chunk(const std::string& text) {
+    peer.load()->send(std::to_string(text.size()) + "\r\n" + text + "\r\n");
+  }
+
+  std::string head = "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n";
+  std::atomic<HttpClientPeer*> peer = nullptr;
+  std::atomic<bool> ended = false;
+  std::unique_ptr<HttpStream> stream;
+  HttpClientServer server{[this](HttpClientPeer& connection) {
+    connection.request();
+    connection.send(head);
+    peer = &connection;
+    ended = connection.seesEnd();
+  }};
+};
+
+TEST_F(HttpClientStreamTest, GivesBytesAsTheyCome) {
+  open();
+  EXPECT_EQ(stream->status(), 200);
+  EXPECT_FALSE(server.requests().at(0).contains("Accept-Encoding"));
+  chunk("one");
+  EXPECT_EQ(next(), "one");
+  std::optional<HttpResult<std::string>> read;
+  async::Scope scope;
+  scope.spawn(keep(stream->read(), read));
+  runFor(700ms); // longer than the head may take
+  ASSERT_FALSE(read);
+  client.reset(); // the stream goes on without it
+  chunk("two\n");
+  ASSERT_TRUE(waitFor([&] { return read.has_value(); }));
+  EXPECT_EQ(told(*read), "two\n");
+  peer.load()->send("0\r\n\r\n");
+  EXPECT_EQ(next(), "end");
+  EXPECT_EQ(next(), "end");
+}
+
+TEST_F(HttpClientStreamTest, TellsAnEndInTheMiddle) {
+  open();
+  chunk("one");
+  EXPECT_EQ(next(), "one");
+  peer.load()->send("9\r\nhalf");
+  EXPECT_EQ(next(), "half");
+  peer.load()->close();
+  EXPECT_EQ(next(), std::to_string(WebError::networkConnectionLost));
+}
+
+TEST_F(HttpClientStreamTest, IsOneWhateverTheStatus) {
+  head = response("401 Unauthorized", "who?");
+  open();
+  EXPECT_EQ(stream->status(), 401);
+  EXPECT_EQ(next(), "who?");
+  EXPECT_EQ(next(), "end");
+}
+
+TEST_F(HttpClientStreamTest, ItsHeadHasALimitOfTime) {
+  head = "";
+  const auto opened = run(client->open({.url = server.url(), .timeout = 100ms}));
+  ASSERT_FALSE(opened);
+  EXPECT_EQ(opened.error().code, WebError::timedOut);
+  EXPECT_TRUE(waitFor([&] { return ended.load(); }, 1s));
+}
+
+TEST_F(HttpClientStreamTest, EndsWhenItIsDropped) {
+  open();
+  chunk("unread");
+  stream.reset();
+  EXPECT_TRUE(waitFor([&] { return ended.load(); }, 1s));
+}
+
+TEST_F(HttpClientStreamTest, EndsUnderItsReader) {
+  open();
+  std::optional<HttpResult<std::string>> read;
+  async::Scope scope;
+  scope.spawn(keep(stream->read(), read));
+  runFor(20ms);
+  stream.reset();
+  ASSERT_TRUE(waitFor([&] { return read.has_value(); }));
+  EXPECT_EQ(told(*read), std::to_string(WebError::cancelled));
+  EXPECT_TRUE(waitFor([&] { return ended.load(); }, 1s));
+}
+
+TEST_F(HttpClientStreamTest, EndsWithAReaderThatIsDropped) {
+  open();
+  std::optional<HttpResult<std::string>> read;
+  {
+    async::Scope scope;
+    scope.spawn(keep(stream->read(), read));
+    runFor(20ms);
+  }
+  stream.reset();
+  EXPECT_FALSE(read);
+  EXPECT_TRUE(waitFor([&] { return ended.load(); }, 1s));
+}
+
+} // namespace
+
+} // namespace ondrel::platform
