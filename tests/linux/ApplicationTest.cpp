@@ -108,6 +108,21 @@ TEST_F(ApplicationTest, HidesAllAndComesBack) {
   });
 }
 
+TEST_F(ApplicationTest, ComesToTheFrontWithTheTokenOfAClick) {
+  run([&] {
+    show("a");
+    G_GNUC_BEGIN_IGNORE_DEPRECATIONS
+    auto* display = gdk_display_get_default();
+    gdk_x11_display_set_startup_notification_id(display, "of the start");
+    application.activateIgnoringOtherApps();
+    EXPECT_STREQ(gdk_x11_display_get_startup_notification_id(display), "of the start");
+    application.setActivationToken("of-the-click_TIME424242");
+    application.activateIgnoringOtherApps();
+    EXPECT_STREQ(gdk_x11_display_get_startup_notification_id(display), "of-the-click_TIME424242");
+    G_GNUC_END_IGNORE_DEPRECATIONS
+  });
+}
+
 TEST_F(ApplicationTest, PutsWindowsWhereTheyBelong) {
   run([&] {
     const auto a = make("a");

@@ -204,6 +204,8 @@ std::shared_ptr<Window> LinuxApplication::mainWindow() const {
 void LinuxApplication::activateIgnoringOtherApps() {
   if (!windowSystem_)
     return;
+  if (const auto token = activationToken_.take())
+    useActivationToken(*token);
   windowSystem_->unhide();
   windowSystem_->bringToFront();
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/Application.h"
+#include "platform/linux/ActivationToken.h"
 #include "platform/linux/ActivityTracker.h"
 #include "platform/linux/WindowSystem.h"
 #include "platform/linux/glib/Connection.h"
@@ -48,6 +49,10 @@ class LinuxApplication final : public Application {
   std::optional<std::string> frontmostApplicationIdentifier() const override;
   base::Subscription addKeyDownMonitor(KeyMonitor monitor) override;
 
+  // From the part of the desktop that the user has just clicked: the next activation brings a window to the
+  // front with it.
+  void setActivationToken(std::string token) { activationToken_.set(std::move(token)); }
+
   // For actions, accelerators and dialogs in ui/. Borrowed.
   GtkApplication* native() const { return GTK_APPLICATION(application_.get()); }
 
@@ -66,6 +71,7 @@ class LinuxApplication final : public Application {
   bool willTerminateTold_ = false;
   bool terminating_ = false;
   std::deque<std::string> urls_; // not delivered yet
+  ActivationToken activationToken_;
   ActivityTracker activity_;
   std::unique_ptr<WindowSystem> windowSystem_; // from startup on
   std::vector<glib::Connection> connections_;

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+namespace ondrel::platform {
+
+// The program's icon in the desktop's launcher.
+class DockTile {
+ public:
+  virtual ~DockTile() = default;
+  // A number in decimal on the icon; nullopt takes it away. Desktops without such a place ignore it.
+  virtual void setBadgeLabel(const std::optional<std::string>& label) = 0;
+};
+
+} // namespace ondrel::platform

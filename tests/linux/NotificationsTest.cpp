@@ -1,0 +1,368 @@
+#include "BusTest.h"
+#include "async/Deadline.h"
+#include "platform/linux/ActivationToken.h"
+#include "platform/linux/DesktopNotifications.h"
+#include "support/NotificationServer.h"
+
+#include <fmt/format.h>
+#include <gmock/gmock.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <memory>
+
+namespace ondrel::platform {
+
+namespace {
+
+using namespace std::chrono_literals;
+using support::NotificationServer;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using Behaviour = NotificationServer::Behaviour;
+using Strings = std::vector<std::string>;
+using Result = std::expected<void, std::string>;
+
+class NotificationsTest : public BusTest, protected NotificationCenterDelegate {
+ protected:
+  NotificationsTest() {
+    center = make(connector());
+    server = std::make_unique<NotificationServer>(bus.address());
+  }
+  ~NotificationsTest() override {
+    center.reset();
+    server.reset();
+  }
+
+  std::unique_ptr<DesktopNotifications> make(BusConnector connectToBus) {
+    auto made = std::make_unique<DesktopNotifications>(DesktopNotifications::Options{
+        .applicationId = "org.velmora.Ondrel",
+        .applicationName = "Ondrel",
+        .useActivationToken = [this](auto token) { log.push_back("token " + token); },
+        .bus = std::move(connectToBus)});
+    made->setDelegate(this);
+    made->setCategories({{"MAIL", {{"DELETE", "Delete", true}, {"READ", "Mark as \x01read", false}}}});
+    return made;
+  }
+
+  void willPresent(const NotificationRequest& request) override {
+    log.push_back("present " + request.identifier);
+  }
+  void didReceive(const NotificationResponse& response) override {
+    const auto& info = response.request.content.userInfo;
+    log.push_back(fmt::format("{} {} {}", response.actionIdentifier, response.request.identifier,
+                              info.contains("emailId") ? info.at("emailId") : ""));
+  }
+
+  static NotificationRequest request(const std::string& identifier, const std::string& title = "Ada",
+                                     const std::string& body = "Hello",
+                                     const std::string& category = "MAIL") {
+    return {identifier, {title, body, category, {{"emailId", "M" + identifier}}}};
+  }
+  // The text of the error; empty when it was delivered.
+  std::string add(NotificationRequest notification) {
+    const auto added = result(center->add(std::move(notification)));
+    return !added ? "no end" : *added ? "" : added->error();
+  }
+  NotificationServer::Notification last() const { return server->notifications().back(); }
+
+  Strings log;
+  std::unique_ptr<NotificationServer> server;
+  std::unique_ptr<DesktopNotifications> center;
+};
+
+TEST_F(NotificationsTest, ShowsWhatTheServerCanShow) {
+  const std::string hostile = "<b>a & b</b>\n\u202Ecod\xff";
+  ASSERT_EQ(add(request("1", hostile, hostile)), "");
+  auto shown = last();
+  EXPECT_EQ(shown.application, "Ondrel");
+  EXPECT_EQ(shown.replaces, 0u);
+  EXPECT_EQ(shown.icon, "org.velmora.Ondrel");
+  EXPECT_EQ(shown.summary, "<b>a & b</b> cod\uFFFD") << "a title is never markup";
+  EXPECT_EQ(shown.body, "&lt;b&gt;a &amp; b&lt;/b&gt; cod\uFFFD");
+  EXPECT_THAT(shown.actions, ElementsAre("default", "Open", "READ", "Mark as  read", "DELETE", "Delete"));
+  EXPECT_THAT(shown.hints, ElementsAre(testing::Pair("category", "'email.arrived'"),
+                                       testing::Pair("desktop-entry", "'org.velmora.Ondrel'"),
+                                       testing::Pair("sound-name", "'message-new-email'"),
+                                       testing::Pair("urgency", "byte 0x01")));
+  EXPECT_EQ(shown.expireTimeout, -1);
+
+  ASSERT_EQ(add(request("2", "a", "b", "no such category")), "");
+  EXPECT_THAT(last().actions, ElementsAre("default", "Open"));
+  EXPECT_EQ(server->calls("GetCapabilities"), 1) << "they don't change while the server runs";
+
+  server->setCapabilities({"body"});
+  server->restart();
+  ASSERT_EQ(add(request("3", hostile, hostile)), "");
+  EXPECT_EQ(last().body, "<b>a & b</b> cod\uFFFD") << "the server shows it as it is";
+  EXPECT_THAT(last().actions, ElementsAre());
+  EXPECT_EQ(server->calls("GetCapabilities"), 2);
+  EXPECT_EQ(log, (Strings{"present 1", "present 2", "present 3"}));
+}
+
+TEST_F(NotificationsTest, CutsLongTextsAtACharacter) {
+  std::string text;
+  for (int i = 0; i < 200000; ++i)
+    text += "ä";
+  ASSERT_EQ(add(request("1", text, text + "&")), "");
+  EXPECT_EQ(last().summary, text.substr(0, 2 * DesktopNotifications::longestTitle) + "…");
+  EXPECT_EQ(last().body, text.substr(0, 2 * DesktopNotifications::longestBody) + "…");
+  // Cut first and escaped then: no half an entity.
+  ASSERT_EQ(add(request("2", "", std::string(5000, '<'))), "");
+  EXPECT_TRUE(last().body.ends_with("&lt;…"));
+}
+
+TEST_F(NotificationsTest, TellsOfActionsOnceAndOnlyOfThoseOffered) {
+  for (const auto* identifier : {"1", "2", "3", "4"})
+    ASSERT_EQ(add(request(identifier)), "");
+  log.clear();
+  server->invoke(1, "default", "token-1");
+  server->invoke(1, "default"); // nobody clicks twice
+  server->invoke(2, "DELETE", "bad token\n");
+  server->invoke(99, "default", "foreign"); // of another application
+  server->invoke(3, "BURN");
+  server->emit("ActionInvoked", g_variant_new("(s)", "default"));
+  server->emit("ActionInvoked", g_variant_new("(xs)", G_GINT64_CONSTANT(3), "default"));
+  server->emit("ActivationToken", g_variant_new("(u)", 3U));
+  server->emit("NotificationClosed", g_variant_new("(s)", "3"));
+  server->close(4);
+  server->invoke(4, "default");
+  server->invoke(3, "READ");
+  hear();
+  EXPECT_EQ(log, (Strings{"token token-1", "default 1 M1", "DELETE 2 M2", "READ 3 M3"}));
+
+  ASSERT_EQ(add(request("5")), "");
+  center->setDelegate(nullptr);
+  log.clear();
+  server->invoke(5, "default");
+  hear();
+  EXPECT_EQ(log, Strings());
+}
+
+TEST_F(NotificationsTest, IgnoresTheSignalsOfOthers) {
+  ASSERT_EQ(add(request("1")), "");
+  const auto stranger = bus.connect();
+  const auto say = [&](const char* receiver, const char* member, GVariant* arguments) {
+    g_dbus_connection_emit_signal(stranger.get(), receiver, NotificationServer::path,
+                                  NotificationServer::name, member, arguments, nullptr);
+  };
+  log.clear();
+  const char* everybody = nullptr;
+  for (const char* receiver : {everybody, g_dbus_connection_get_unique_name(connection.get())}) {
+    say(receiver, "ActionInvoked", g_variant_new("(us)", 1U, "DELETE"));
+    say(receiver, "ActivationToken", g_variant_new("(us)", 1U, "stolen"));
+    say(receiver, "NotificationClosed", g_variant_new("(uu)", 1U, 2U));
+  }
+  support::TestBus::roundTrip(stranger);
+  server->invoke(1, "default");
+  hear();
+  EXPECT_EQ(log, Strings{"default 1 M1"});
+}
+
+TEST_F(NotificationsTest, RemembersTheNewestThousand) {
+  for (std::size_t i = 1; i <= LiveNotifications::most + 1; ++i)
+    ASSERT_EQ(add(request(std::to_string(i))), "");
+  log.clear();
+  server->invoke(1, "default");
+  server->invoke(2, "default");
+  hear();
+  EXPECT_EQ(log, Strings{"default 2 M2"});
+}
+
+TEST_F(NotificationsTest, ForgetsWhatAnEarlierServerShowed) {
+  ASSERT_EQ(add(request("old")), "");
+  server->restart();
+  log.clear();
+  server->invoke(1, "default"); // the new server's first is none of ours
+  hear();
+  EXPECT_EQ(log, Strings());
+
+  server->setNextId(1);
+  ASSERT_EQ(add(request("new")), "");
+  log.clear();
+  server->invoke(1, "default");
+  hear();
+  EXPECT_EQ(log, Strings{"default new Mnew"});
+}
+
+TEST_F(NotificationsTest, GivesUpOnASilentServerAndStillKnowsItsNotifications) {
+  ASSERT_EQ(add(request("1")), "");
+  server->setBehaviour(Behaviour::silent);
+  std::optional<Result> second, third;
+  start(center->add(request("2")), second);
+  ASSERT_TRUE(until([&] { return server->notifications().size() == 2; }));
+  loop.advance(DesktopNotifications::answerLimit - 1ns);
+  turn();
+  EXPECT_FALSE(second);
+  loop.advance(1ns);
+  turn();
+  ASSERT_TRUE(second);
+  EXPECT_EQ(second->error(), "The notification server doesn't answer");
+
+  start(center->add(request("3")), third);
+  ASSERT_TRUE(until([&] { return server->notifications().size() == 3; }));
+  loop.advance(DesktopNotifications::answerLimit);
+  turn();
+  ASSERT_TRUE(third && !*third);
+
+  log.clear();
+  server->answerHeldBack();
+  server->invoke(2, "default"); // right behind the answer
+  server->invoke(3, "DELETE");
+  server->invoke(1, "READ");
+  hear();
+  EXPECT_EQ(log, (Strings{"default 2 M2", "DELETE 3 M3", "READ 1 M1"}));
+  server->setBehaviour(Behaviour::answer);
+  EXPECT_EQ(add(request("4")), "");
+}
+
+TEST_F(NotificationsTest, WaitsNoLongerForCapabilities) {
+  server->setBehaviour(Behaviour::silent);
+  std::optional<Result> first;
+  start(center->add(request("1")), first);
+  ASSERT_TRUE(until([&] { return server->calls("GetCapabilities") == 1; }));
+  loop.advance(DesktopNotifications::answerLimit);
+  turn();
+  ASSERT_TRUE(first && !*first);
+  EXPECT_EQ(log, Strings());
+
+  // A server that was merely slow to start shows it late.
+  server->setBehaviour(Behaviour::answer);
+  server->answerHeldBack();
+  ASSERT_TRUE(until([&] { return server->notifications().size() == 1; }));
+  ASSERT_TRUE(until([&] { return !log.empty(); }));
+  server->invoke(1, "default");
+  hear();
+  EXPECT_EQ(log, (Strings{"present 1", "default 1 M1"}));
+}
+
+TEST_F(NotificationsTest, LosesOneNotificationToARefusalOrANonsenseAnswerAndNoMore) {
+  ASSERT_EQ(add(request("1")), "");
+  server->setBehaviour(Behaviour::refuse);
+  EXPECT_EQ(add(request("2")), "org.example.Error.Refused: not today");
+  server->setBehaviour(Behaviour::garbage);
+  EXPECT_THAT(add(request("3")), HasSubstr("wrong type"));
+  server->restart(); // nonsense for capabilities too
+  EXPECT_THAT(add(request("4", "a", "<b>")), HasSubstr("wrong type"));
+  EXPECT_EQ(last().body, "<b>") << "what isn't told isn't there";
+  EXPECT_THAT(last().actions, ElementsAre());
+  server->setBehaviour(Behaviour::answer);
+  EXPECT_EQ(add(request("5", "a", "<b>")), "");
+  EXPECT_EQ(last().body, "&lt;b&gt;");
+}
+
+TEST_F(NotificationsTest, TriesAgainWhenTheServerHasJustGone) {
+  ASSERT_EQ(add(request("1")), "");
+  // The bus knows of the restart, the program has not heard of it yet.
+  server->setCapabilities({});
+  server->restart();
+  std::optional<Result> second;
+  start(center->add(request("2", "a", "<b>")), second);
+  loop.runUntilIdle(); // sends, and reads nothing
+  ASSERT_TRUE(until([&] { return second.has_value(); }));
+  EXPECT_TRUE(*second);
+  ASSERT_EQ(server->notifications().size(), 2u);
+  EXPECT_EQ(last().body, "<b>") << "made for the server that got it";
+
+  // Gone in the middle of a call: it may have been shown, so not again.
+  server->setBehaviour(Behaviour::silent);
+  std::optional<Result> third;
+  start(center->add(request("3")), third);
+  ASSERT_TRUE(until([&] { return server->notifications().size() == 3; }));
+  server->stop();
+  ASSERT_TRUE(until([&] { return third.has_value(); }));
+  EXPECT_THAT(third->error(), HasSubstr("org.freedesktop.DBus.Error.NoReply"));
+
+  EXPECT_THAT(add(request("4")), HasSubstr("org.freedesktop.DBus.Error.ServiceUnknown"));
+  server->setBehaviour(Behaviour::answer);
+  server->start();
+  EXPECT_EQ(add(request("5")), "");
+  EXPECT_EQ(server->notifications().size(), 4u);
+}
+
+TEST_F(NotificationsTest, IsAuthorizedByAServerThatIsOrCanBeThere) {
+  const auto authorized = [this](DesktopNotifications& asked) -> std::string {
+    const auto granted = result(asked.requestAuthorization());
+    const auto status = result(asked.authorizationStatus());
+    if (!granted || !status)
+      return "no end";
+    return fmt::format("{} {}", *granted ? (**granted ? "yes" : "no") : granted->error(),
+                       static_cast<int>(*status));
+  };
+  EXPECT_EQ(authorized(*center), "yes 2");
+  server->stop();
+  EXPECT_EQ(authorized(*center), "no 1");
+  bus.addService(NotificationServer::name, "/bin/false");
+  EXPECT_EQ(authorized(*center), "yes 2");
+  EXPECT_THAT(add(request("1")), HasSubstr("org.freedesktop.DBus.Error.Spawn"));
+
+  const auto lonely = make(connectorTo("unix:path=/nonexistent"));
+  EXPECT_EQ(authorized(*lonely), "no 1");
+  const auto added = result(lonely->add(request("2")));
+  ASSERT_TRUE(added && !*added);
+  EXPECT_EQ(added->error(), "There is no session bus");
+
+  bus.stop();
+  EXPECT_THAT(authorized(*center), testing::EndsWith(" 0"));
+  EXPECT_NE(add(request("3")), "");
+}
+
+TEST_F(NotificationsTest, DoesNotHangOnABusThatNeverAnswers) {
+  const int listener = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  sockaddr_un address{};
+  address.sun_family = AF_UNIX;
+  const auto name = fmt::format("ondrel-mute-bus-{}", getpid()); // in the abstract name space
+  std::ranges::copy(name, address.sun_path + 1);
+  ASSERT_EQ(bind(listener, reinterpret_cast<sockaddr*>(&address),
+                 static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + 1 + name.size())),
+            0);
+  ASSERT_EQ(listen(listener, 8), 0);
+  auto mute = make(connectorTo("unix:abstract=" + name));
+  std::optional<Result> added;
+  std::optional<std::expected<bool, std::string>> authorized;
+  start(mute->add(request("1")), added);
+  start(mute->requestAuthorization(), authorized);
+  turn();
+  loop.advance(DesktopNotifications::answerLimit);
+  turn();
+  EXPECT_TRUE(added && !*added);
+  EXPECT_TRUE(authorized && !(authorized->has_value() && **authorized));
+  mute.reset();
+  close(listener);
+}
+
+TEST_F(NotificationsTest, MayEndWhileTheServerStillThinks) {
+  ASSERT_EQ(add(request("1")), "");
+  server->setBehaviour(Behaviour::silent);
+  std::optional<Result> second;
+  start(center->add(request("2")), second);
+  ASSERT_TRUE(until([&] { return server->notifications().size() == 2; }));
+  center.reset();
+  log.clear();
+  server->answerHeldBack();
+  server->invoke(2, "default");
+  ASSERT_TRUE(until([&] { return second.has_value(); }));
+  hear();
+  EXPECT_FALSE(*second);
+  EXPECT_EQ(log, Strings());
+}
+
+TEST(ActivationTokenTest, ServesOnceAndSoon) {
+  async::VirtualEventLoop loop;
+  ActivationToken token;
+  EXPECT_EQ(token.take(), std::nullopt);
+  token.set("a");
+  token.set("b");
+  loop.advance(ActivationToken::lifetime - 1ns);
+  EXPECT_EQ(token.take(), "b");
+  EXPECT_EQ(token.take(), std::nullopt);
+  token.set("c");
+  loop.advance(ActivationToken::lifetime);
+  EXPECT_EQ(token.take(), std::nullopt);
+}
+
+} // namespace
+
+} // namespace ondrel::platform
