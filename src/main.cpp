@@ -1,14 +1,19 @@
 #include "BundleValues.h"
 
 #include "base/Log.h"
+#include "platform/linux/DesktopNotifications.h"
 #include "platform/linux/GlibLogSink.h"
 #include "platform/linux/JsonUserDefaults.h"
+#include "platform/linux/LauncherEntry.h"
 #include "platform/linux/LinuxApplication.h"
 #include "platform/linux/LinuxClipboard.h"
 #include "platform/linux/LinuxPanels.h"
 #include "platform/linux/LinuxWorkspace.h"
+#include "platform/linux/LogindSleep.h"
 #include "platform/linux/PosixFileStore.h"
 #include "platform/linux/Rendering.h"
+#include "platform/linux/ResourceText.h"
+#include "platform/linux/SoupHttpClient.h"
 #include "platform/linux/WebKitViewFactory.h"
 #include "platform/linux/XdgDirectories.h"
 #include "platform/linux/glib/GlibEventLoop.h"
@@ -74,7 +79,13 @@ class Program {
              .cacheFolder = directories_.cache() + "/webkit",
              .extensionFolder = folders.extension,
              .softwareRendering = rendering == platform::Rendering::software}),
-        scripts_(scripts::pageScriptSource),
+        http_({.userAgent = bundle.displayName + "/" + bundle.shortVersion}),
+        notifications_(
+            {.applicationId = bundle.identifier,
+             .applicationName = bundle.displayName,
+             .useActivationToken =
+                 [&application](const std::string& token) { application.setActivationToken(token); }}),
+        launcherEntry_(bundle.identifier), scripts_(scripts::pageScriptSource(platform::resourceText)),
         app_({.bundle = bundle,
               .application = application,
               .defaults = defaults_,
@@ -84,6 +95,11 @@ class Program {
               .panels = panels_,
               .workspace = workspace_,
               .clipboard = clipboard_,
+              .cookies = webViews_.cookies(),
+              .http = http_,
+              .notifications = notifications_,
+              .dockTile = launcherEntry_,
+              .sleepMonitor = logind_,
               .hasEnvironmentVariable =
                   [](std::string_view name) { return std::getenv(std::string(name).c_str()) != nullptr; },
               .randomUpTo = randomUpTo},
@@ -104,6 +120,10 @@ class Program {
   platform::LinuxWorkspace workspace_;
   platform::LinuxClipboard clipboard_;
   platform::WebKitViewFactory webViews_;
+  platform::SoupHttpClient http_;
+  platform::DesktopNotifications notifications_;
+  platform::LauncherEntry launcherEntry_;
+  platform::LogindSleep logind_;
   web::PageScripts scripts_;
   program::OndrelApp app_;
   ui::UserInterface interface_;

@@ -13,7 +13,7 @@ enum class LogLevel { debug, info, notice, error };
 using LogSink = void (*)(LogLevel, std::string_view category, std::string_view message);
 void setLogSink(LogSink sink);
 
-// A handle on one category ("system", "network", "ui" or "script") of the program's log.
+// A handle on one category ("system", "network", "notifications", "ui" or "script") of the program's log.
 class Logger {
  public:
   explicit constexpr Logger(std::string_view category) : category_(category) {}

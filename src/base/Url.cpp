@@ -163,4 +163,19 @@ std::string percentDecoded(std::string_view text) {
   return result;
 }
 
+std::string percentEncodedPath(std::string_view text) {
+  constexpr std::string_view hexDigits = "0123456789ABCDEF";
+  std::string result;
+  result.reserve(text.size());
+  for (const char c : text) {
+    const auto byte = static_cast<unsigned char>(c);
+    const bool isAlphanumeric = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
+    if (isAlphanumeric || std::string_view("-._~!$&'()*+,;=:@/").contains(c))
+      result += c;
+    else
+      result.append({'%', hexDigits[byte >> 4], hexDigits[byte & 15]});
+  }
+  return result;
+}
+
 } // namespace ondrel::base

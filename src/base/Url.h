@@ -49,5 +49,7 @@ class Url {
 
 // Percent-decoding of one component; sequences that are broken stay as they are.
 std::string percentDecoded(std::string_view text);
+// Any text as a part of a path: every byte percent-encoded but those of RFC 3986's pchar and "/".
+std::string percentEncodedPath(std::string_view text);
 
 } // namespace ondrel::base

@@ -16,14 +16,23 @@ constexpr unsigned alertDelaySpread = 60;
 
 OndrelApp::OndrelApp(const PlatformAbilities& platform, settings::Site site, const web::PageScripts& scripts,
                      const ContentFactoryMaker& makeContentFactory)
-    : settings_(platform.defaults, std::move(site)),
-      webServices_{settings_,         scripts,         platform.application,
-                   platform.webViews, platform.panels, platform.workspace},
+    : settings_(platform.defaults, std::move(site)), notificationManager_(platform.notifications),
+      webServices_{settings_,           scripts,         platform.application,
+                   platform.webViews,   platform.panels, platform.workspace,
+                   notificationManager_},
       sessionStore_(platform.directories, platform.files),
       appDelegate_(platform.application, platform.bundle, platform.defaults, platform.directories,
                    platform.files, lifecycle_),
       windowManager_(platform.application, settings_, sessionStore_, platform.clipboard, webServices_,
                      makeContentFactory(webServices_)),
+      jmapSession_({.settings = settings_,
+                    .webViews = platform.webViews,
+                    .cookies = platform.cookies,
+                    .http = platform.http,
+                    .dockTile = platform.dockTile,
+                    .sleepMonitor = platform.sleepMonitor,
+                    .notifications = notificationManager_,
+                    .openURL = [this](const std::string& url) { windowManager_.openURL(url); }}),
       emailLinkService_(platform.application, windowManager_, webServices_) {
   appDelegate_.setWindowManager(&windowManager_);
   if (platform.hasEnvironmentVariable(testVariable))

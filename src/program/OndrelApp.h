@@ -5,6 +5,8 @@
 #include "app/WindowManager.h"
 #include "async/Scope.h"
 #include "integrations/EmailLinkService.h"
+#include "jmap/JMAPSession.h"
+#include "jmap/NotificationManager.h"
 #include "platform/Bundle.h"
 #include "program/AppDelegate.h"
 #include "program/AppLifecycleService.h"
@@ -17,8 +19,13 @@
 
 namespace ondrel::platform {
 class Clipboard;
+class CookieStore;
 class Directories;
+class DockTile;
 class FileStore;
+class HttpClient;
+class NotificationCenter;
+class SleepMonitor;
 } // namespace ondrel::platform
 
 namespace ondrel::program {
@@ -34,6 +41,11 @@ struct PlatformAbilities {
   platform::Panels& panels;
   platform::Workspace& workspace;
   platform::Clipboard& clipboard;
+  platform::CookieStore& cookies; // of the web views
+  platform::HttpClient& http;
+  platform::NotificationCenter& notifications;
+  platform::DockTile& dockTile;
+  platform::SleepMonitor& sleepMonitor;
   // The value of an environment variable is set.
   std::function<bool(std::string_view name)> hasEnvironmentVariable;
   // A number from 0 to `most`, uniformly.
@@ -51,16 +63,19 @@ class OndrelApp {
   settings::AppSettings& settings() { return settings_; }
   app::WindowManager& windowManager() { return windowManager_; }
   integrations::EmailLinkService& emailLinkService() { return emailLinkService_; }
+  jmap::JMAPSession& jmapSession() { return jmapSession_; }
   AppLifecycleService& lifecycle() { return lifecycle_; }
   const web::WebServices& webServices() const { return webServices_; }
 
  private:
   settings::AppSettings settings_;
+  jmap::NotificationManager notificationManager_;
   web::WebServices webServices_;
   app::SessionStore sessionStore_;
   AppLifecycleService lifecycle_;
   AppDelegate appDelegate_;
   app::WindowManager windowManager_;
+  jmap::JMAPSession jmapSession_;
   integrations::EmailLinkService emailLinkService_;
   async::Scope scope_;
 };

@@ -2,6 +2,7 @@
 
 #include "async/sleep.h"
 #include "base/Url.h"
+#include "jmap/NotificationManager.h"
 #include "platform/Application.h"
 #include "platform/WebView.h"
 #include "platform/Window.h"
@@ -172,12 +173,20 @@ void Coordinator::consoleLog(const ScriptMessageFields& fields, const Message&) 
 
 void Coordinator::filesAutoShare(const ScriptMessageFields& fields, const Message&) {
   const auto* status = fields.find("status");
-  if (status && *status == "success")
-    return;
   const auto* filename = fields.find("filename");
+  const std::string name = filename ? *filename : "the file";
+  if (status && *status == "success") {
+    scope_.spawn(services_.notifications.send(
+        "Attached via Fastmail Files",
+        "\"" + name + "\" was too large to attach directly — a share link was added to your email instead.",
+        {}, {}));
+    return;
+  }
   const auto* reason = fields.find("reason");
-  scriptLogger_.error("files-auto-share failed for {}: {}", filename ? *filename : "the file",
-                      reason ? *reason : "");
+  scriptLogger_.error("files-auto-share failed for {}: {}", name, reason ? *reason : "");
+  scope_.spawn(services_.notifications.send("Couldn't share \"" + name + "\"",
+                                            "It's too large to attach — add it via Fastmail Files manually.",
+                                            {}, {}));
 }
 
 } // namespace ondrel::web

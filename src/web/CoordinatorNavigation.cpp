@@ -74,10 +74,10 @@ void Coordinator::didFinish() {
 }
 
 void Coordinator::titleDidChange() {
-  // Later changes are the page's own business: it reports them by message.
   const auto viewModel = viewModel_.lock();
   const auto title = webView_->title().value_or("");
-  if (!titleIsDue_ || !viewModel || title.empty())
+  // Where a script reports the title by message, the page's own later changes don't count.
+  if ((configuration_->reportsTitle && !titleIsDue_) || !viewModel || title.empty())
     return;
   titleIsDue_ = false;
   viewModel->title.set(title);

@@ -1,5 +1,9 @@
 #pragma once
 
+namespace ondrel::jmap {
+class NotificationManager;
+}
+
 namespace ondrel::platform {
 class Application;
 class Panels;
@@ -23,6 +27,7 @@ struct WebServices {
   platform::WebViewFactory& webViews;
   platform::Panels& panels;
   platform::Workspace& workspace;
+  jmap::NotificationManager& notifications;
 };
 
 } // namespace ondrel::web

@@ -71,7 +71,8 @@ class Builder {
 PageScripts::PageScripts(const Source& source) {
   Builder builder(source);
   main_ = std::make_shared<WebViewConfiguration>(WebViewConfiguration{builder.list(mainScripts), {}});
-  compose_ = std::make_shared<WebViewConfiguration>(WebViewConfiguration{builder.list(composeScripts), {}});
+  compose_ = std::make_shared<WebViewConfiguration>(
+      WebViewConfiguration{builder.list(composeScripts), {}, /*reportsTitle=*/false});
   watchers_ = builder.list(watcherScripts);
 }
 

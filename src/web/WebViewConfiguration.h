@@ -17,6 +17,7 @@ using UserScripts = std::vector<std::shared_ptr<const platform::UserScript>>;
 struct WebViewConfiguration {
   UserScripts userScripts;
   std::vector<std::string> additionalMessageHandlerNames;
+  bool reportsTitle = true; // one of the scripts tells what the title becomes after a load
 };
 
 // The page scripts of the program and the lists in which they are injected. Each script is made once and

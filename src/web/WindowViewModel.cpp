@@ -5,7 +5,7 @@
 #include "platform/Application.h"
 #include "platform/Panels.h"
 #include "settings/AppSettings.h"
-#include "web/Deadlines.h"
+#include "platform/Deadlines.h"
 #include "web/MailURL.h"
 #include "web/WebServices.h"
 
@@ -22,7 +22,7 @@ async::Task<platform::ScriptResult> evaluateIn(std::shared_ptr<platform::WebView
                                                std::optional<platform::FrameInfo> frame) {
   if (!webView)
     co_return boost::json::value();
-  co_return co_await webView->evaluate(std::move(source), std::move(frame), evaluationDeadline);
+  co_return co_await webView->evaluate(std::move(source), std::move(frame), platform::evaluationDeadline);
 }
 
 // A page that can't take it keeps what it has.

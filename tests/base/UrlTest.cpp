@@ -68,5 +68,21 @@ TEST(Url, ComparesOrigins) {
     EXPECT_EQ(base.sameOrigin(*Url::parse(text)), same) << text;
 }
 
+TEST(Url, EncodesTextForAPath) {
+  const std::pair<std::string, const char*> cases[] = {
+      {"", ""},
+      {"In box", "In%20box"},
+      {"a/b", "a/b"},
+      {"AZaz09-._~!$&'()*+,;=:@", "AZaz09-._~!$&'()*+,;=:@"},
+      {"50%?#[]\"<>\\^`{|}\n\x7F", "50%25%3F%23%5B%5D%22%3C%3E%5C%5E%60%7B%7C%7D%0A%7F"},
+      {"\u00e9\U0001F4E7", "%C3%A9%F0%9F%93%A7"},
+      {std::string("\0", 1), "%00"},
+  };
+  for (const auto& [text, encoded] : cases) {
+    EXPECT_EQ(percentEncodedPath(text), encoded);
+    EXPECT_EQ(percentDecoded(encoded), text);
+  }
+}
+
 } // namespace
 } // namespace ondrel::base

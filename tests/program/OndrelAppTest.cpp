@@ -2,6 +2,8 @@
 #include "program/AppDelegate.h"
 #include "program/AppLifecycleService.h"
 #include "program/Migration.h"
+#include "support/FakeDockTile.h"
+#include "support/FakeHttpClient.h"
 #include "support/TestShell.h"
 
 #include <gtest/gtest.h>
@@ -132,6 +134,11 @@ class OndrelAppTest : public testing::Test {
         shell.panels,
         shell.workspace,
         shell.clipboard,
+        cookies,
+        http,
+        shell.notificationCenter,
+        dockTile,
+        sleepMonitor,
         [=](std::string_view name) { return underTest && name == "XCTestConfigurationFilePath"; },
         [](unsigned most) { return most / 2; }};
     auto app = std::make_unique<OndrelApp>(
@@ -148,6 +155,10 @@ class OndrelAppTest : public testing::Test {
   }
 
   support::TestShell shell;
+  support::FakeCookieStore cookies;
+  support::FakeHttpClient http;
+  support::FakeDockTile dockTile;
+  support::FakeSleepMonitor sleepMonitor;
 };
 
 TEST_F(OndrelAppTest, AsksOnceForTheDefault) {

@@ -4,11 +4,14 @@
 #include "app/SessionStore.h"
 #include "app/WindowManager.h"
 #include "async/VirtualEventLoop.h"
+#include "jmap/NotificationManager.h"
 #include "settings/AppSettings.h"
 #include "support/FakeApplication.h"
 #include "support/FakeDesktop.h"
+#include "support/FakeNotificationCenter.h"
 #include "support/FakeWebView.h"
 #include "support/LogCapture.h"
+#include "support/TestSite.h"
 #include "web/WebServices.h"
 #include "web/WebView.h"
 #include "web/WebViewConfiguration.h"
@@ -19,16 +22,6 @@
 #include <string>
 
 namespace ondrel::support {
-
-inline settings::Site testSite() {
-  settings::Site site;
-  site.webAppBaseURL = {"https://app.example.com/", "https://beta.example.com/"};
-  site.jmapSessionURL = {"https://api.example.com/jmap/session", "https://betaapi.example.com/jmap/session"};
-  site.userContentDomainSuffix = ".usercontent.example";
-  site.serviceDomainFragment = "example.com";
-  site.devUserCapability = "https://www.example.com/dev/user";
-  return site;
-}
 
 // Every script of the lists exists and holds its own name.
 inline std::optional<std::string> namedScript(std::string_view name) {
@@ -82,7 +75,9 @@ class TestShell {
   FakeWebViewFactory webViews;
   web::PageScripts scripts{namedScript};
   settings::AppSettings settings{defaults, testSite()};
-  web::WebServices services{settings, scripts, application, webViews, panels, workspace};
+  FakeNotificationCenter notificationCenter;
+  jmap::NotificationManager notifications{notificationCenter};
+  web::WebServices services{settings, scripts, application, webViews, panels, workspace, notifications};
   app::SessionStore sessionStore{files, files};
   std::vector<std::pair<std::weak_ptr<platform::Window>, Content*>> contents;
   std::unique_ptr<app::WindowManager> manager;

@@ -1,8 +1,10 @@
 // Which frames of a real page reach the program's handlers: the engine and the coordinator together.
 #include "WebKitTest.h"
+#include "jmap/NotificationManager.h"
 #include "settings/AppSettings.h"
 #include "support/FakeApplication.h"
 #include "support/FakeDesktop.h"
+#include "support/FakeNotificationCenter.h"
 #include "web/WebServices.h"
 #include "web/WebView.h"
 #include "web/WebViewConfiguration.h"
@@ -20,7 +22,7 @@ class TrustTest : public WebKitTest {
     site.webAppBaseURL = {server_.origin(service) + "/", "https://beta.example.com/"};
     settings_ = std::make_unique<settings::AppSettings>(defaults_, site);
     services_ = std::make_unique<web::WebServices>(*settings_, scripts_, application_, *factory_, panels_,
-                                                   workspace_);
+                                                   workspace_, notifications_);
     window_ = std::static_pointer_cast<support::FakeWindow>(application_.makeWindow({}));
   }
   void TearDown() override {
@@ -64,6 +66,8 @@ class TrustTest : public WebKitTest {
   support::FakeApplication application_;
   support::FakePanels panels_;
   support::FakeWorkspace workspace_;
+  support::FakeNotificationCenter notificationCenter_;
+  jmap::NotificationManager notifications_{notificationCenter_};
   web::PageScripts scripts_{[](std::string_view) { return std::nullopt; }};
   std::unique_ptr<settings::AppSettings> settings_;
   std::unique_ptr<web::WebServices> services_;

@@ -1,0 +1,67 @@
+#pragma once
+
+#include "async/Future.h"
+#include "async/Scope.h"
+#include "async/Task.h"
+#include "base/Log.h"
+#include "jmap/JMAPClient.h"
+
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace ondrel::platform {
+class HttpClient;
+class HttpStream;
+} // namespace ondrel::platform
+
+namespace ondrel::jmap {
+
+// When the last line of a connection came.
+class SSELivenessTracker {
+ public:
+  SSELivenessTracker();
+  void lineArrived();
+  async::TimePoint lastLineAt() const { return lastLineAt_; }
+
+ private:
+  async::TimePoint lastLineAt_;
+};
+
+// The server's event stream (RFC 8620, section 7.3): keeps one connection open, opens it again 30 s after
+// each end, gives up one that went silent, and tells what kind of objects changed. Main thread only.
+class EventStream {
+ public:
+  struct Receivers {
+    // Before the first connection of a task that was started with firstStart.
+    std::function<async::Task<void>()> firstStart;
+    std::function<void()> mailboxesChanged; // also at each start
+    std::function<void()> emailsChanged;
+  };
+
+  // Both references outlive it.
+  EventStream(JMAPClient& client, platform::HttpClient& http, Receivers receivers);
+
+  // Ends what runs and starts anew, at once.
+  void start(bool firstStart);
+  void stop() { eventSourceTask_.cancel(); }
+
+ private:
+  async::Task<void> run(bool firstStart);
+  // One connection from its opening to its end.
+  async::Task<Result<void>> runEventSource();
+  async::Task<Result<void>> follow(std::unique_ptr<platform::HttpStream> stream);
+
+  struct Connection;
+  async::Task<void> read(Connection& connection);
+  async::Task<void> watch(Connection& connection);
+
+  base::Logger logger_{"network"};
+  JMAPClient& client_;
+  platform::HttpClient& http_;
+  Receivers receivers_;
+  async::TaskHandle eventSourceTask_;
+  async::Scope scope_;
+};
+
+} // namespace ondrel::jmap

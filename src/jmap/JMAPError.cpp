@@ -1,0 +1,24 @@
+#include "jmap/JMAPError.h"
+
+namespace ondrel::jmap {
+
+std::string JMAPError::description() const {
+  switch (kind) {
+  case Kind::navigationFailed:
+    return "Navigation failed: " + detail;
+  case Kind::notAuthenticated:
+    return "Fastmail is not signed in.";
+  case Kind::badResponse:
+    return "Unexpected JMAP response format.";
+  case Kind::sseStale:
+    return "SSE connection went stale.";
+  case Kind::cancelled:
+    return "The operation was cancelled.";
+  case Kind::transport:
+  case Kind::malformed:
+    return detail;
+  }
+  return detail;
+}
+
+} // namespace ondrel::jmap

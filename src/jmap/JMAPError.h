@@ -1,0 +1,38 @@
+#pragma once
+
+#include <expected>
+#include <string>
+
+namespace ondrel::jmap {
+
+// Why a JMAP operation gave nothing. description() is for people and the log, and holds nothing of a request.
+struct JMAPError {
+  enum class Kind {
+    navigationFailed, // the hidden page can't be loaded; detail says why
+    notAuthenticated,
+    badResponse,
+    sseStale,
+    transport, // the network's error, in detail
+    malformed, // a reply that can't be read; the parser's error, in detail
+    cancelled,
+  };
+
+  Kind kind = Kind::badResponse;
+  std::string detail;
+
+  std::string description() const;
+  bool operator==(const JMAPError&) const = default;
+
+  static JMAPError navigationFailed(std::string reason) {
+    return {Kind::navigationFailed, std::move(reason)};
+  }
+  static JMAPError notAuthenticated() { return {Kind::notAuthenticated, {}}; }
+  static JMAPError badResponse() { return {Kind::badResponse, {}}; }
+  static JMAPError sseStale() { return {Kind::sseStale, {}}; }
+  static JMAPError cancelled() { return {Kind::cancelled, {}}; }
+};
+
+template <class T>
+using Result = std::expected<T, JMAPError>;
+
+} // namespace ondrel::jmap

@@ -1,0 +1,41 @@
+#include "base/Text.h"
+#include "jmap/JMAPClient.h"
+#include "jmap/LogExcerpt.h"
+
+#include <boost/json/parse.hpp>
+#include <fmt/format.h>
+
+namespace ondrel::jmap {
+
+namespace {
+
+// Deep enough for any MIME structure that a server tells of.
+constexpr std::size_t deepestJson = 128;
+
+Result<boost::json::value> parsed(const std::string& body) {
+  boost::json::parse_options options;
+  options.max_depth = deepestJson;
+  boost::system::error_code failure;
+  auto value = boost::json::parse(body, failure, {}, options);
+  if (failure)
+    return std::unexpected(
+        JMAPError{JMAPError::Kind::malformed, "The reply is not valid JSON: " + failure.message()});
+  return value;
+}
+
+} // namespace
+
+JMAPReply JMAPReply::of(std::string body, const std::vector<std::string>& secrets) {
+  auto json = parsed(body);
+  auto loggable = redactedStart(body, longestExcerpt, secrets);
+  return {std::move(body), std::move(json), std::move(loggable)};
+}
+
+std::string JMAPReply::excerpt(std::size_t most) const {
+  auto start = loggable.substr(0, most);
+  if (base::isValidUtf8(start))
+    return start;
+  return fmt::format("<{} non-UTF8 bytes>", body.size());
+}
+
+} // namespace ondrel::jmap

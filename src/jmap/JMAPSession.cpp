@@ -1,0 +1,130 @@
+#include "jmap/JMAPSession.h"
+
+#include "async/sleep.h"
+#include "platform/SleepMonitor.h"
+#include "settings/AppSettings.h"
+
+#include <utility>
+
+namespace ondrel::jmap {
+
+namespace {
+
+// For what an event stream that is down doesn't tell.
+constexpr std::chrono::seconds badgeFallbackInterval{300};
+
+} // namespace
+
+JMAPSession::JMAPSession(JMAPServices services)
+    : settings_(services.settings), page_(services.webViews, services.settings, [this] { pageDidLoad(); }),
+      transport_(services.http, services.cookies, [this] { return page_.currentAccessToken(); }),
+      mail_(*this, services.settings, [this] { badgeRefreshSignal_.send(); }),
+      notifier_(*this, mail_, services.notifications, services.settings, std::move(services.openURL)),
+      newMail_(*this,
+               [this](std::vector<std::string> ids) { return notifier_.notifyForEmails(std::move(ids)); }),
+      badge_(mail_, services.settings, services.dockTile),
+      eventStream_(*this, services.http,
+                   {.firstStart = [this] { return firstStart(); },
+                    .mailboxesChanged = [this] { badgeRefreshSignal_.send(); },
+                    .emailsChanged = [this] { emailCheckSignal_.send(); }}) {
+  page_.load();
+  scope_.spawn(checkForNewMail());
+  scope_.spawn(refreshBadge());
+  environmentChanges_ = settings_.fastmailEnvironmentDidChange.subscribe([this] { environmentDidChange(); });
+  wakes_ = services.sleepMonitor.didWake.subscribe([this] { systemDidWake(); });
+}
+
+JMAPSession::~JMAPSession() = default;
+
+async::Task<Result<JMAPSessionData>> JMAPSession::fetchSessionData() {
+  if (cachedSessionData_)
+    co_return *cachedSessionData_;
+  const std::string url = settings_.jmapSessionURL(settings_.currentEnvironment());
+  const auto reply =
+      co_await transport_.sendWithRetry(JMAPTransport::callAttempts, [this](int) { return sessionRequest(); });
+  if (!reply)
+    co_return std::unexpected(reply.error());
+  auto data = JMAPSessionData::decode(reply->body, url);
+  // A resource of the environment that has been left meanwhile serves its call and nobody else.
+  if (data && url == settings_.jmapSessionURL(settings_.currentEnvironment()))
+    cachedSessionData_ = *data;
+  co_return data;
+}
+
+async::Task<Result<platform::HttpRequest>> JMAPSession::sessionRequest() {
+  auto token = co_await page_.currentAccessToken();
+  if (!token)
+    co_return std::unexpected(std::move(token.error()));
+  co_return co_await transport_.authorizedRequest(settings_.jmapSessionURL(settings_.currentEnvironment()),
+                                                  std::move(*token));
+}
+
+async::Task<Result<JMAPReply>> JMAPSession::send(JMAPSessionData session, std::string token,
+                                                 boost::json::object body) {
+  return transport_.sendWithRetry(
+      JMAPTransport::callAttempts,
+      [this, session = std::move(session), token = std::move(token), body = std::move(body)](int attempt) {
+        return transport_.makeJMAPRequest(attempt, token, session, body);
+      });
+}
+
+void JMAPSession::pageDidLoad() {
+  eventStream_.start(true);
+  startFallbackLoop();
+}
+
+async::Task<void> JMAPSession::firstStart() {
+  co_await notifier_.setUp();
+  co_await newMail_.seedEmailState();
+}
+
+void JMAPSession::startFallbackLoop() {
+  fallbackTask_.cancel();
+  fallbackTask_ = scope_.spawn(refreshBadgeNowAndThen());
+}
+
+async::Task<void> JMAPSession::refreshBadgeNowAndThen() {
+  bool slept = true;
+  while (slept) {
+    slept = co_await async::sleep(badgeFallbackInterval);
+    badgeRefreshSignal_.send();
+  }
+}
+
+// One check at a time; any number of events during it lead to one more.
+async::Task<void> JMAPSession::checkForNewMail() {
+  while (true) {
+    const bool sent = co_await emailCheckSignal_.wait();
+    if (!sent)
+      co_return;
+    co_await newMail_.checkAndNotifyNewEmails();
+  }
+}
+
+async::Task<void> JMAPSession::refreshBadge() {
+  while (true) {
+    const bool sent = co_await badgeRefreshSignal_.wait();
+    if (!sent)
+      co_return;
+    co_await badge_.refresh();
+  }
+}
+
+// Calls that are under way end with the account they began with.
+void JMAPSession::environmentDidChange() {
+  eventStream_.stop();
+  fallbackTask_.cancel();
+  cachedSessionData_.reset();
+  mail_.mailboxes() = {};
+  newMail_.clear();
+  badge_.clear();
+  page_.forget();
+  page_.load();
+}
+
+void JMAPSession::systemDidWake() {
+  logger_.info("System woke from sleep — forcing SSE reconnect");
+  eventStream_.start(false);
+}
+
+} // namespace ondrel::jmap

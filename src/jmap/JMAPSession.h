@@ -1,0 +1,96 @@
+#pragma once
+
+#include "async/Scope.h"
+#include "async/Signal.h"
+#include "base/Event.h"
+#include "base/Log.h"
+#include "jmap/EventStream.h"
+#include "jmap/JMAPClient.h"
+#include "jmap/JMAPTransport.h"
+#include "jmap/MailQueries.h"
+#include "jmap/NewMailCheck.h"
+#include "jmap/NewMailNotifier.h"
+#include "jmap/SignedInPage.h"
+#include "jmap/UnreadBadge.h"
+
+#include <functional>
+#include <optional>
+#include <string>
+
+namespace ondrel::platform {
+class CookieStore;
+class DockTile;
+class HttpClient;
+class SleepMonitor;
+class WebViewFactory;
+} // namespace ondrel::platform
+
+namespace ondrel::settings {
+class AppSettings;
+}
+
+namespace ondrel::jmap {
+
+class NotificationManager;
+
+// What the session stands on; all outlive it.
+struct JMAPServices {
+  settings::AppSettings& settings;
+  platform::WebViewFactory& webViews;
+  platform::CookieStore& cookies;
+  platform::HttpClient& http;
+  platform::DockTile& dockTile;
+  platform::SleepMonitor& sleepMonitor;
+  NotificationManager& notifications;
+  // Shows a message of the web application in a window.
+  std::function<void(const std::string& url)> openURL;
+};
+
+// The program's own JMAP client. It holds no credential: it asks the signed-in page for its token with each
+// call. Beside the calls it keeps the event stream open, notifies of new mail and counts the unread. One for
+// the process, main thread only.
+class JMAPSession final : public JMAPClient {
+ public:
+  // Begins to load the page; everything else follows when that is there.
+  explicit JMAPSession(JMAPServices services);
+  ~JMAPSession() override;
+
+  async::Task<Result<JMAPSessionData>> fetchSessionData() override;
+  async::Task<Result<std::string>> currentAccessToken() override { return page_.currentAccessToken(); }
+  async::Task<Result<JMAPReply>> send(JMAPSessionData session, std::string token,
+                                      boost::json::object body) override;
+
+  // The requests below all others, for what sends bodies of its own.
+  JMAPTransport& transport() { return transport_; }
+  MailQueries& mail() { return mail_; }
+
+ private:
+  async::Task<Result<platform::HttpRequest>> sessionRequest();
+  void pageDidLoad();
+  void environmentDidChange();
+  void systemDidWake();
+  void startFallbackLoop();
+  async::Task<void> firstStart();
+  async::Task<void> refreshBadgeNowAndThen();
+  async::Task<void> checkForNewMail();
+  async::Task<void> refreshBadge();
+
+  base::Logger logger_{"network"};
+  settings::AppSettings& settings_;
+  SignedInPage page_;
+  JMAPTransport transport_;
+  async::Signal emailCheckSignal_;
+  async::Signal badgeRefreshSignal_;
+  MailQueries mail_;
+  NewMailNotifier notifier_;
+  NewMailCheck newMail_;
+  UnreadBadge badge_;
+  EventStream eventStream_;
+  std::optional<JMAPSessionData> cachedSessionData_;
+  base::Subscription environmentChanges_;
+  base::Subscription wakes_;
+  async::TaskHandle fallbackTask_;
+  async::Scope scope_;
+};
+
+} // namespace ondrel::jmap

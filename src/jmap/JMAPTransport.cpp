@@ -1,0 +1,127 @@
+#include "jmap/JMAPTransport.h"
+
+#include "async/sleep.h"
+#include "base/Json.h"
+#include "base/Url.h"
+#include "jmap/LogExcerpt.h"
+#include "platform/CookieStore.h"
+
+#include <algorithm>
+#include <boost/json/array.hpp>
+#include <boost/json/value.hpp>
+#include <cassert>
+
+namespace ondrel::jmap {
+
+namespace {
+
+constexpr std::chrono::milliseconds retryPause{800};
+constexpr std::chrono::seconds requestTimeout{60};
+
+bool isErrorAnswer(const boost::json::array& answer) {
+  const auto* name = answer.empty() ? nullptr : answer.front().if_string();
+  return name && *name == "error";
+}
+
+// A method-level error (RFC 8620, section 3.6.2) anywhere in the batch. What isn't shaped like a reply isn't
+// an error reply either.
+bool isErrorReply(const Result<boost::json::value>& json) {
+  const auto* reply = json ? json->if_object() : nullptr;
+  const auto* member = reply ? reply->if_contains("methodResponses") : nullptr;
+  const auto* answers = member ? member->if_array() : nullptr;
+  if (!answers || !std::ranges::all_of(*answers, &boost::json::value::is_array))
+    return false;
+  return std::ranges::any_of(*answers, [](const auto& answer) { return isErrorAnswer(answer.get_array()); });
+}
+
+std::string cookieHeader(const std::vector<platform::Cookie>& cookies, std::string_view host) {
+  std::string header;
+  for (const auto& cookie : cookies) {
+    if (!cookieMatchesHost(cookie.domain, host))
+      continue;
+    if (!header.empty())
+      header += "; ";
+    header += cookie.name + "=" + cookie.value;
+  }
+  return header;
+}
+
+} // namespace
+
+bool cookieMatchesHost(std::string_view domain, std::string_view host) {
+  if (!domain.starts_with('.'))
+    return domain == host;
+  return host == domain.substr(1) || host.ends_with(domain);
+}
+
+JMAPTransport::JMAPTransport(platform::HttpClient& http, platform::CookieStore& cookies, TokenSource token)
+    : http_(http), cookies_(cookies), token_(std::move(token)) {
+}
+
+async::Task<platform::HttpRequest> JMAPTransport::authorizedRequest(std::string url, std::string token) {
+  const auto cookies = co_await cookies_.allCookies();
+  const auto parsed = base::Url::parse(url);
+  const auto header = cookieHeader(cookies, parsed ? parsed->host().value_or("") : "");
+
+  platform::HttpRequest request{.url = std::move(url), .timeout = requestTimeout};
+  request.headers.emplace_back("Authorization", "Bearer " + token);
+  if (!header.empty())
+    request.headers.emplace_back("Cookie", header);
+  co_return request;
+}
+
+async::Task<Result<platform::HttpRequest>> JMAPTransport::makeJMAPRequest(int attempt, std::string token,
+                                                                          JMAPSessionData session,
+                                                                          boost::json::object body) {
+  if (attempt > 0) {
+    auto fresh = co_await token_();
+    if (!fresh)
+      co_return std::unexpected(std::move(fresh.error()));
+    token = std::move(*fresh);
+  }
+  auto request = co_await authorizedRequest(std::move(session.apiUrl), std::move(token));
+  request.method = "POST";
+  request.headers.emplace_back("Content-Type", "application/json");
+  request.body = base::jsonText(body);
+  co_return request;
+}
+
+async::Task<Result<JMAPReply>> JMAPTransport::attempt(int index, const RequestBuilder& build) {
+  auto request = co_await build(index);
+  if (!request)
+    co_return std::unexpected(std::move(request.error()));
+  const auto secrets = secretsOf(platform::headerValue(request->headers, "Authorization").value_or(""),
+                                 platform::headerValue(request->headers, "Cookie").value_or(""));
+  auto response = co_await http_.send(std::move(*request));
+  if (!response)
+    co_return std::unexpected(JMAPError{JMAPError::Kind::transport, response.error().description});
+
+  const int status = response->status;
+  auto reply = JMAPReply::of(std::move(response->body), secrets);
+  if (status >= 200 && status <= 299 && !reply.body.empty() && !isErrorReply(reply.json))
+    co_return reply;
+  logger_.error("JMAP request rejected — status: {}, body: {}", status, reply.excerpt());
+  co_return std::unexpected(JMAPError::badResponse());
+}
+
+async::Task<Result<JMAPReply>> JMAPTransport::sendWithRetry(int attempts, RequestBuilder build) {
+  assert(attempts >= 0);
+  auto lastError = JMAPError::badResponse();
+  for (int i = 0; i < attempts; ++i) {
+    auto reply = co_await attempt(i, build);
+    if (reply)
+      co_return reply;
+    if (co_await async::cancelled())
+      co_return std::unexpected(JMAPError::cancelled());
+    lastError = std::move(reply.error());
+    logger_.error("JMAP request attempt {}/{} failed: {}", i + 1, attempts, lastError.description());
+    if (i == attempts - 1)
+      break;
+    const bool slept = co_await async::sleep(retryPause);
+    if (!slept)
+      co_return std::unexpected(JMAPError::cancelled());
+  }
+  co_return std::unexpected(std::move(lastError));
+}
+
+} // namespace ondrel::jmap

@@ -1,0 +1,84 @@
+#include "jmap/MailQueries.h"
+
+#include "jmap/JMAPReading.h"
+#include "jmap/MailRequest.h"
+#include "settings/AppSettings.h"
+
+namespace ondrel::jmap {
+
+namespace json = boost::json;
+
+MailQueries::MailQueries(JMAPClient& client, settings::AppSettings& settings, BadgeRefresh badgeRefresh)
+    : client_(client), settings_(settings), badgeRefresh_(std::move(badgeRefresh)) {
+}
+
+async::Task<Result<EmailInfo>> MailQueries::emailInfo(std::string emailId) {
+  auto account = co_await mailAccount(client_, "emailInfo");
+  if (!account)
+    co_return std::unexpected(std::move(account).error());
+  const auto reply = co_await ask(client_, account->session,
+                                  jmapRequest("Email/get",
+                                              {{"accountId", account->id},
+                                               {"ids", {emailId}},
+                                               {"properties", {"messageId", "subject"}},
+                                               {"fetchHTMLBodyValues", false},
+                                               {"fetchAllBodyValues", false}},
+                                              "h0"));
+  if (!reply)
+    co_return std::unexpected(reply.error());
+  const auto* email = firstListed(*reply, 0);
+  if (!email) {
+    networkLogger.error("emailInfo: unexpected JMAP response format");
+    co_return std::unexpected(JMAPError::badResponse());
+  }
+  co_return EmailInfo{.subject = stringMember(*email, "subject").value_or("(No subject)"),
+                      .messageId = firstStringMember(*email, "messageId").value_or(emailId)};
+}
+
+async::Task<Result<std::string>> MailQueries::findEmailId(std::string messageId) {
+  auto account = co_await mailAccount(client_, "findEmailId");
+  if (!account)
+    co_return std::unexpected(std::move(account).error());
+  const auto reply = co_await ask(
+      client_, account->session,
+      jmapRequest(
+          "Email/query",
+          {{"accountId", account->id}, {"filter", {{"header", {"Message-ID", messageId}}}}, {"limit", 1}},
+          "q0"));
+  if (!reply)
+    co_return std::unexpected(reply.error());
+  const auto* arguments = answer(*reply, 0);
+  auto id = arguments ? firstStringMember(*arguments, "ids") : std::nullopt;
+  if (!id) {
+    networkLogger.error("findEmailId: unexpected JMAP response format or no matching email");
+    co_return std::unexpected(JMAPError::badResponse());
+  }
+  co_return *std::move(id);
+}
+
+async::Task<Result<bool>> MailQueries::fetchInLabelsMode() {
+  auto session = co_await client_.fetchSessionData();
+  if (!session)
+    co_return std::unexpected(std::move(session).error());
+  const auto& capability = settings_.site().devUserCapability;
+  const auto account = session->primaryAccounts.find(capability);
+  if (account == session->primaryAccounts.end()) {
+    networkLogger.error("fetchInLabelsMode: no dev/user account ID in JMAP session");
+    co_return std::unexpected(JMAPError::badResponse());
+  }
+  json::array calls;
+  calls.emplace_back(
+      methodCall("ClientPreferences/get", {{"accountId", account->second}, {"ids", nullptr}}, "c0"));
+  const auto reply = co_await ask(client_, *session, jmapRequest(std::move(calls), capability));
+  if (!reply)
+    co_return std::unexpected(reply.error());
+  const auto* preferences = firstListed(*reply, 0);
+  const auto inLabelsMode = preferences ? boolMember(*preferences, "inLabelsMode") : std::nullopt;
+  if (!inLabelsMode) {
+    networkLogger.error("fetchInLabelsMode: unexpected JMAP response format");
+    co_return std::unexpected(JMAPError::badResponse());
+  }
+  co_return *inLabelsMode;
+}
+
+} // namespace ondrel::jmap

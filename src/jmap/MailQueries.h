@@ -1,0 +1,96 @@
+#pragma once
+
+#include "jmap/AttachmentInfo.h"
+#include "jmap/JMAPClient.h"
+#include "jmap/MailboxCache.h"
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace ondrel::settings {
+class AppSettings;
+}
+
+namespace ondrel::jmap {
+
+// A message of a thread: the server's id, which changes mailboxes, and the value of its Message-ID header,
+// under which its highlights are kept.
+struct ThreadEmailInfo {
+  std::string internalId;
+  std::string messageId;
+
+  bool operator==(const ThreadEmailInfo&) const = default;
+};
+
+struct EmailInfo {
+  std::string subject;
+  std::string messageId;
+};
+
+struct MailboxAndThread {
+  std::string mailboxName;
+  std::string threadId;
+};
+
+struct HighlightExportInfo {
+  std::string subject;
+  std::string url; // of the message in the web application
+};
+
+// Everything that the program asks of the user's mail, one fixed JMAP request (RFC 8620, RFC 8621) each.
+// Where nothing else is said an operation gives the error of the request, or badResponse after a log line
+// when the answer has another shape than expected. Operations may run side by side. Main thread only.
+class MailQueries {
+ public:
+  // Called when the number of unread messages may have changed.
+  using BadgeRefresh = std::function<void()>;
+
+  // All outlive it.
+  MailQueries(JMAPClient& client, settings::AppSettings& settings, BadgeRefresh badgeRefresh);
+
+  // A page of the emails with attachments, newest first, without what is embedded in their text.
+  async::Task<Result<AttachmentPage>> fetchAttachments(std::int64_t position, std::int64_t limit);
+
+  async::Task<Result<EmailInfo>> emailInfo(std::string emailId);
+  // In the thread's order; messages without a Message-ID are left out.
+  async::Task<Result<std::vector<ThreadEmailInfo>>> threadEmails(std::string threadId);
+  // Adds emails to a mailbox or takes them out of it. Logs what fails.
+  async::Task<void> setMailboxMembership(std::vector<std::string> emailIds, std::string mailboxId, bool add);
+  // The first mailbox of that name, letters' case aside.
+  async::Task<Result<std::optional<std::string>>> findMailboxId(std::string name);
+  // By the value of the Message-ID header.
+  async::Task<Result<std::string>> findEmailId(std::string messageId);
+  // Of several mailboxes any one.
+  async::Task<Result<MailboxAndThread>> findMailboxNameAndThreadId(std::string emailId);
+  // By Message-ID, without those that can't be found: a failed request just leaves its messages out.
+  async::Task<Result<std::map<std::string, HighlightExportInfo>>>
+  highlightExportInfo(std::vector<std::string> messageIds);
+  // Whether the account uses labels in place of folders.
+  async::Task<Result<bool>> fetchInLabelsMode();
+
+  async::Task<Result<std::int64_t>> inboxUnreadCount();
+  // Mailbox ids are asked for once and kept in mailboxes().
+  async::Task<Result<std::string>> fetchInboxMailboxId();
+  async::Task<Result<std::string>> fetchTrashMailboxId();
+  async::Task<Result<std::string>> fetchJunkMailboxId();
+  // Moves it from the inbox to the trash. Logs what fails.
+  async::Task<void> deleteEmail(std::string emailId);
+
+  // The address of a message in the web application.
+  async::Task<Result<std::string>> messageURL(std::string emailId);
+  async::Task<Result<std::string>> messageURLForMessageId(std::string messageId);
+
+  MailboxCache& mailboxes() { return mailboxes_; }
+
+ private:
+  JMAPClient& client_;
+  settings::AppSettings& settings_;
+  BadgeRefresh badgeRefresh_;
+  MailboxCache mailboxes_;
+};
+
+} // namespace ondrel::jmap

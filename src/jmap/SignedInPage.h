@@ -1,0 +1,81 @@
+#pragma once
+
+#include "async/Future.h"
+#include "async/Task.h"
+#include "async/Timer.h"
+#include "jmap/JMAPError.h"
+#include "platform/WebViewDelegate.h"
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace ondrel::platform {
+class WebView;
+class WebViewFactory;
+} // namespace ondrel::platform
+
+namespace ondrel::settings {
+class AppSettings;
+}
+
+namespace ondrel::jmap {
+
+// The hidden web view that has the web application loaded so that it can be asked for its access token. It
+// shares cookies and storage with the visible ones, so their sign-in is its own. Never shown. Main thread
+// only.
+class SignedInPage final : platform::WebViewDelegate {
+ public:
+  // Makes the web view and loads nothing yet. `finished` is called at each finished load, after everyone who
+  // waited has been answered. Both references outlive it.
+  SignedInPage(platform::WebViewFactory& webViews, settings::AppSettings& settings,
+               std::function<void()> finished);
+  ~SignedInPage() override;
+
+  // Loads the web application of the current environment.
+  void load();
+  // From now on the page counts as not loaded.
+  void forget() { isPageLoaded_ = false; }
+
+  // Loads the page unless it is loaded or somebody is waiting for that already.
+  async::Task<Result<void>> waitForPageLoad();
+  // The token of the page, asked for up to `attempts` times, 500 ms apart; nullopt where there is none.
+  // `attempts` is not negative. The only error is `cancelled`.
+  async::Task<Result<std::optional<std::string>>> pollAccessToken(int attempts);
+  // Waits for the page and polls; without a token loads the page once more.
+  async::Task<Result<std::string>> currentAccessToken();
+
+ private:
+  void decidePolicy(const platform::NavigationAction& action, platform::PolicyReply reply) override;
+  void decidePolicy(const platform::NavigationResponse& response, platform::PolicyReply reply) override;
+  void didCommit() override {}
+  void didFinish() override;
+  void didFail(const platform::WebError& error) override;
+  void didFailProvisional(const platform::WebError& error) override { didFail(error); }
+  void didBecomeDownload(std::shared_ptr<platform::Download> download) override;
+  std::shared_ptr<platform::WebView> createWebView(platform::NewWindowRequest) override { return nullptr; }
+  void runAlertPanel(const std::string&, platform::DoneReply) override {}
+  void runConfirmPanel(const std::string&, platform::DoneReply) override {}
+  void runOpenPanel(const platform::OpenPanelParameters&, platform::FilesReply) override {}
+  void didReceiveScriptMessage(const platform::ScriptMessage&) override {}
+  void didClose() override {}
+  void webProcessDidTerminate(bool crashed) override;
+  void backForwardListDidChange() override {}
+  void urlDidChange() override {}
+
+  void failWaiters(const std::string& reason);
+
+  settings::AppSettings& settings_;
+  std::function<void()> finished_;
+  std::shared_ptr<platform::WebView> webView_;
+  std::vector<async::Resolver<Result<void>>> readyContinuations_;
+  bool isPageLoaded_ = false;
+  // A load that is never finished must not keep its waiters for ever.
+  async::Timer loadDeadline_;
+  // Where nobody asks again, as after a start without network, the page would never be loaded.
+  async::Timer retry_;
+};
+
+} // namespace ondrel::jmap

@@ -1,0 +1,58 @@
+#include "jmap/JMAPReading.h"
+#include "jmap/MailQueries.h"
+#include "jmap/MailRequest.h"
+
+#include <boost/json/value_from.hpp>
+
+#include <unordered_map>
+
+namespace ondrel::jmap {
+
+namespace json = boost::json;
+
+async::Task<Result<std::vector<ThreadEmailInfo>>> MailQueries::threadEmails(std::string threadId) {
+  auto account = co_await mailAccount(client_, "threadEmails");
+  if (!account)
+    co_return std::unexpected(std::move(account).error());
+  const auto threads =
+      co_await ask(client_, account->session,
+                   jmapRequest("Thread/get", {{"accountId", account->id}, {"ids", {threadId}}}, "t0"));
+  if (!threads)
+    co_return std::unexpected(threads.error());
+  const auto* thread = firstListed(*threads, 0);
+  const auto* emailIds = thread ? arrayMember(*thread, "emailIds") : nullptr;
+  const auto ids = emailIds ? strings(*emailIds) : std::vector<std::string>();
+  if (ids.empty()) {
+    networkLogger.error("threadEmails: unexpected JMAP response format or no emailIds for thread {}",
+                        threadId);
+    co_return std::unexpected(JMAPError::badResponse());
+  }
+
+  const auto emails = co_await ask(
+      client_, account->session,
+      jmapRequest("Email/get",
+                  {{"accountId", account->id}, {"ids", json::value_from(ids)}, {"properties", {"messageId"}}},
+                  "e0"));
+  if (!emails)
+    co_return std::unexpected(emails.error());
+  const auto* list = answeredList(*emails, 0);
+  if (!list) {
+    networkLogger.error("threadEmails: unexpected JMAP response format for thread {}", threadId);
+    co_return std::unexpected(JMAPError::badResponse());
+  }
+  std::unordered_map<std::string, std::string> messageIds;
+  for (const auto* email : objects(*list)) {
+    auto id = stringMember(*email, "id");
+    auto messageId = firstStringMember(*email, "messageId");
+    if (id && messageId)
+      messageIds.insert_or_assign(*std::move(id), *std::move(messageId));
+  }
+  // The order of the thread, whatever the order of the list.
+  std::vector<ThreadEmailInfo> result;
+  for (const auto& id : ids)
+    if (const auto found = messageIds.find(id); found != messageIds.end())
+      result.push_back({.internalId = id, .messageId = found->second});
+  co_return result;
+}
+
+} // namespace ondrel::jmap

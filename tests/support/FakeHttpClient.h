@@ -1,0 +1,98 @@
+#pragma once
+
+#include "async/Future.h"
+#include "async/sleep.h"
+#include "platform/CookieStore.h"
+#include "platform/HttpClient.h"
+#include "platform/SleepMonitor.h"
+
+#include <deque>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace ondrel::support {
+
+// A body that comes when the test says so.
+class FakeHttpStream final : public platform::HttpStream {
+ public:
+  // Shared with the test, which outlives the stream or not.
+  struct Feed {
+    std::deque<platform::HttpResult<std::string>> chunks;
+    std::optional<async::Resolver<bool>> waiting;
+    bool ended = false;
+    bool gone = false; // the client has let go of the stream
+
+    void give(platform::HttpResult<std::string> chunk) {
+      chunks.push_back(std::move(chunk));
+      if (auto resolver = std::exchange(waiting, std::nullopt))
+        resolver->resolve(true);
+    }
+    void end() { give(std::string()); }
+  };
+
+  explicit FakeHttpStream(std::shared_ptr<Feed> feed) : feed_(std::move(feed)) {}
+  ~FakeHttpStream() override { feed_->gone = true; }
+  int status() const override { return 200; }
+  async::Task<platform::HttpResult<std::string>> read() override {
+    while (feed_->chunks.empty()) {
+      auto [resolver, future] = async::makeFuture<bool>();
+      feed_->waiting = std::move(resolver);
+      const auto came = co_await std::move(future);
+      if (!came)
+        co_return std::unexpected(platform::WebError{"test", platform::WebError::cancelled, "cancelled"});
+    }
+    auto chunk = std::move(feed_->chunks.front());
+    feed_->chunks.pop_front();
+    co_return chunk;
+  }
+
+ private:
+  std::shared_ptr<Feed> feed_;
+};
+
+// Records requests and answers them as the test says, a turn later.
+class FakeHttpClient final : public platform::HttpClient {
+ public:
+  using Answer = std::function<platform::HttpResult<platform::HttpResponse>(const platform::HttpRequest&)>;
+
+  static platform::HttpResult<platform::HttpResponse> ok(std::string body) {
+    return platform::HttpResponse{200, {}, std::move(body)};
+  }
+  static platform::WebError failure(std::string description) {
+    return {std::string(platform::WebError::urlDomain), platform::WebError::unknown, std::move(description)};
+  }
+
+  async::Task<platform::HttpResult<platform::HttpResponse>> send(platform::HttpRequest request) override {
+    requests.push_back(request);
+    co_await async::nextTurn();
+    co_return answer(request);
+  }
+  async::Task<platform::HttpResult<std::unique_ptr<platform::HttpStream>>>
+  open(platform::HttpRequest request) override {
+    opened.push_back(request);
+    co_await async::nextTurn();
+    if (openFailure)
+      co_return std::unexpected(*openFailure);
+    feeds.push_back(std::make_shared<FakeHttpStream::Feed>());
+    co_return std::make_unique<FakeHttpStream>(feeds.back());
+  }
+
+  Answer answer = [](const platform::HttpRequest&) { return ok("{}"); };
+  std::optional<platform::WebError> openFailure;
+  std::vector<platform::HttpRequest> requests;
+  std::vector<platform::HttpRequest> opened;
+  std::vector<std::shared_ptr<FakeHttpStream::Feed>> feeds; // one for each stream that was opened
+};
+
+class FakeCookieStore final : public platform::CookieStore {
+ public:
+  async::Task<std::vector<platform::Cookie>> allCookies() override { co_return cookies; }
+  std::vector<platform::Cookie> cookies;
+};
+
+class FakeSleepMonitor final : public platform::SleepMonitor {};
+
+} // namespace ondrel::support
