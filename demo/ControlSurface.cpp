@@ -1,8 +1,8 @@
 #include "demo/ControlSurface.h"
 
-#include "demo/SampleMail.h"
-
-#include <boost/json.hpp>
+#include "demo/Delivery.h"
+#include "demo/FaultOrder.h"
+#include "demo/OrderFields.h"
 
 namespace ondrel::demo {
 
@@ -10,36 +10,19 @@ namespace json = boost::json;
 
 namespace {
 
-std::string textOr(const json::object& object, std::string_view key, std::string otherwise) {
-  const auto* value = object.if_contains(key);
-  return value && value->is_string() ? std::string(value->get_string()) : otherwise;
+constexpr std::int64_t mostFaults = 1'000'000;
+
+json::object orderIn(const Exchange& exchange) {
+  return exchange.jsonBody().value_or(json::object());
 }
 
-std::int64_t numberOr(const json::object& object, std::string_view key, std::int64_t otherwise) {
-  const auto* value = object.if_contains(key);
-  return value && value->is_int64() ? value->get_int64() : otherwise;
-}
-
-std::optional<Fault> faultOf(const json::object& order) {
-  const auto kind = textOr(order, "kind", "status");
-  const auto status = numberOr(order, "status", 500);
-  const auto milliseconds = numberOr(order, "milliseconds", 0);
-  if (status < 200 || status > 599 || milliseconds < 0 || milliseconds > 600'000) {
-    return std::nullopt;
-  }
-  if (kind == "status") {
-    return Fault{Fault::Kind::Status, static_cast<unsigned>(status), {}};
-  }
-  if (kind == "close") {
-    return Fault{Fault::Kind::Close, 0, {}};
-  }
-  if (kind == "silence") {
-    return Fault{Fault::Kind::Silence, 0, {}};
-  }
-  if (kind == "delay") {
-    return Fault{Fault::Kind::Delay, 0, std::chrono::milliseconds(milliseconds)};
-  }
-  return std::nullopt;
+// Bytes that JSON can't carry come as base64.
+std::string bytesOf(const json::object& order) {
+  auto bytes = textOr(order, "data", "");
+  const auto encoded = textOr(order, "base64", "");
+  gsize size = 0;
+  const StringPtr decoded(reinterpret_cast<char*>(g_base64_decode(encoded.c_str(), &size)));
+  return bytes.append(decoded.get(), size);
 }
 
 } // namespace
@@ -48,78 +31,135 @@ void ControlSurface::handle(Exchange& exchange) {
   const auto host = exchange.host();
   if (exchange.header("Origin") || (host != "localhost" && host != "127.0.0.1" && host != "[::1]")) {
     exchange.refuse(SOUP_STATUS_FORBIDDEN, "Not for web pages.");
-    return;
-  }
-  const auto path = exchange.path();
-  if (exchange.method() == "GET" && path == "/control/requests") {
-    requests(exchange);
-    return;
-  }
-  if (exchange.method() != "POST") {
-    exchange.refuse(SOUP_STATUS_METHOD_NOT_ALLOWED, "Orders are POST.");
-    return;
-  }
-  if (path == "/control/fail") {
-    fail(exchange);
-  } else if (path == "/control/deliver") {
-    deliver(exchange);
-  } else if (path == "/control/sign-out") {
-    signIn_.signOutEverybody();
-    exchange.replyJson(json::object());
-  } else if (path == "/control/reset") {
-    gate_.plan().clear();
-    gate_.dropHeld();
-    counters_.byHostAndPath.clear();
-    exchange.replyJson(json::object());
+  } else if (exchange.method() == "GET") {
+    get(exchange);
+  } else if (exchange.method() == "POST") {
+    post(exchange);
   } else {
-    exchange.refuse(SOUP_STATUS_NOT_FOUND, "No such order.");
+    exchange.refuse(SOUP_STATUS_METHOD_NOT_ALLOWED, "Questions are GET, orders are POST.");
   }
 }
 
-void ControlSurface::fail(Exchange& exchange) {
-  const auto order = exchange.jsonBody().value_or(json::object());
-  const auto path = textOr(order, "path", "");
-  const auto count = numberOr(order, "count", 1);
-  const auto fault = faultOf(order);
-  if (!path.starts_with('/') || count < 1 || count > 1'000'000 || !fault) {
-    exchange.refuse(SOUP_STATUS_BAD_REQUEST,
-                    "Expected path, count, kind and, by kind, status or milliseconds.");
+void ControlSurface::get(Exchange& exchange) const {
+  const auto path = exchange.path();
+  if (path == "/control/requests") {
+    exchange.replyJson(requestCounts());
+  } else if (path == "/control/jmap-requests") {
+    exchange.replyJson(parts_.requestLog.entries());
+  } else if (path == "/control/stream") {
+    exchange.replyJson(json::object{{"listeners", parts_.streams.listeners()}});
+  } else {
+    exchange.refuse(SOUP_STATUS_METHOD_NOT_ALLOWED, "Orders are POST.");
+  }
+}
+
+void ControlSurface::post(Exchange& exchange) {
+  constexpr std::pair<const char*, void (ControlSurface::*)(Exchange&)> orders[] = {
+      {"/control/fail", &ControlSurface::fail},
+      {"/control/fail-method", &ControlSurface::failMethod},
+      {"/control/deliver", &ControlSurface::deliverMail},
+      {"/control/token", &ControlSurface::token},
+      {"/control/stream", &ControlSurface::stream},
+      {"/control/reset", &ControlSurface::reset},
+  };
+  const auto path = exchange.path();
+  for (const auto& [name, carryOut] : orders) {
+    if (path == name) {
+      (this->*carryOut)(exchange);
+      return;
+    }
+  }
+  if (path == "/control/sign-out") {
+    parts_.signIn.signOutEverybody();
+    parts_.tokens.expire();
+  } else if (path == "/control/expire-token") {
+    parts_.tokens.expire();
+  } else if (path == "/control/forget-changes") {
+    parts_.store.forgetChanges();
+  } else if (path == "/control/labels-mode") {
+    parts_.isInLabelsMode = flagOr(orderIn(exchange), "on", true);
+  } else {
+    exchange.refuse(SOUP_STATUS_NOT_FOUND, "No such order.");
     return;
   }
-  gate_.plan().add(path, static_cast<unsigned>(count), *fault);
   exchange.replyJson(json::object());
 }
 
-void ControlSurface::deliver(Exchange& exchange) {
-  const auto order = exchange.jsonBody().value_or(json::object());
-  Email email;
-  email.id = store_.newEmailId();
-  email.threadId = textOr(order, "threadId", "");
-  if (store_.thread(email.threadId).empty()) {
-    email.threadId = store_.newThreadId();
+void ControlSurface::fail(Exchange& exchange) {
+  const auto order = orderIn(exchange);
+  const auto path = textOr(order, "path", "");
+  const auto count = numberOr(order, "count", 1);
+  const auto fault = faultOf(order);
+  if (!path.starts_with('/') || count < 1 || count > mostFaults || !fault) {
+    exchange.refuse(SOUP_STATUS_BAD_REQUEST, "Expected path, count, kind and what the kind needs.");
+    return;
   }
-  email.messageId = email.id + "@mail.example.org";
-  email.subject = textOr(order, "subject", "A new message");
-  email.from = {textOr(order, "fromName", "Nadia Okafor"),
-                textOr(order, "fromEmail", "nadia.okafor@example.org")};
-  email.to = {demoUser()};
-  email.receivedAt = std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now());
-  email.mailboxId = "inbox";
-  email.unread = true;
-  email.html = "<p>" + escapeHtml(textOr(order, "text", "Delivered a moment ago.")) + "</p>";
-  const auto& delivered = store_.add(std::move(email));
-  exchange.replyJson(json::object{{"emailId", delivered.id}, {"threadId", delivered.threadId}});
+  parts_.gate.plan().add(path, static_cast<unsigned>(count), *fault);
+  exchange.replyJson(json::object());
 }
 
-void ControlSurface::requests(Exchange& exchange) const {
+void ControlSurface::failMethod(Exchange& exchange) {
+  const auto order = orderIn(exchange);
+  const auto method = textOr(order, "method", "");
+  const auto count = numberOr(order, "count", 1);
+  if (method.empty() || count < 1 || count > mostFaults) {
+    exchange.refuse(SOUP_STATUS_BAD_REQUEST, "Expected method, and perhaps type and count.");
+    return;
+  }
+  parts_.methodFaults.add(method, textOr(order, "type", "serverFail"), static_cast<unsigned>(count));
+  exchange.replyJson(json::object());
+}
+
+void ControlSurface::deliverMail(Exchange& exchange) {
+  const auto delivered = deliver(parts_.store, orderIn(exchange));
+  if (delivered) {
+    exchange.replyJson(*delivered);
+  } else {
+    exchange.refuse(SOUP_STATUS_BAD_REQUEST, delivered.error());
+  }
+}
+
+void ControlSurface::token(Exchange& exchange) {
+  exchange.replyJson(json::object{{"accessToken", parts_.tokens.current()}});
+}
+
+void ControlSurface::stream(Exchange& exchange) {
+  const auto order = orderIn(exchange);
+  const auto action = textOr(order, "action", "");
+  const auto listeners = parts_.streams.listeners();
+  if (action == "drop" || action == "reset") {
+    parts_.streams.drop(action == "reset");
+  } else if (action == "silence" || action == "resume") {
+    parts_.streams.setSilent(action == "silence");
+  } else if (action == "raw") {
+    parts_.streams.sendRaw(bytesOf(order));
+  } else {
+    exchange.refuse(SOUP_STATUS_BAD_REQUEST, "Expected action: drop, reset, silence, resume or raw.");
+    return;
+  }
+  exchange.replyJson(json::object{{"listeners", listeners}});
+}
+
+void ControlSurface::reset(Exchange& exchange) {
+  parts_.gate.plan().clear();
+  parts_.gate.dropHeld();
+  parts_.counters.byHostAndPath.clear();
+  parts_.requestLog.clear();
+  parts_.methodFaults.clear();
+  parts_.streams.setSilent(false);
+  parts_.isInLabelsMode = true;
+  exchange.replyJson(json::object());
+}
+
+json::object ControlSurface::requestCounts() const {
   json::object hosts;
-  for (const auto& [host, paths] : counters_.byHostAndPath) {
+  for (const auto& [host, paths] : parts_.counters.byHostAndPath) {
     auto& counts = hosts[host].emplace_object();
     for (const auto& [path, count] : paths) {
       counts[path] = count;
     }
   }
-  exchange.replyJson(hosts);
+  return hosts;
 }
 
 } // namespace ondrel::demo

@@ -1,6 +1,7 @@
 #include "demo/Exchange.h"
 
 #include "demo/GLibPointers.h"
+#include "demo/TakenConnection.h"
 
 #include <boost/json.hpp>
 
@@ -40,6 +41,15 @@ std::string Exchange::host() const {
   return host;
 }
 
+std::string Exchange::origin() const {
+  return "http://" + header("Host").value_or("localhost");
+}
+
+std::uint16_t Exchange::port() const {
+  auto* address = soup_server_message_get_local_address(message_);
+  return g_inet_socket_address_get_port(G_INET_SOCKET_ADDRESS(address));
+}
+
 std::string Exchange::path() const {
   const char* raw = g_uri_get_path(soup_server_message_get_uri(message_));
   const StringPtr decoded(g_uri_unescape_string(raw, nullptr));
@@ -53,6 +63,11 @@ std::optional<std::string> Exchange::query(std::string_view name) const {
   }
   const TablePtr fields(soup_form_decode(text));
   return lookup(fields.get(), std::string(name));
+}
+
+std::string Exchange::queryText() const {
+  const char* text = g_uri_get_query(soup_server_message_get_uri(message_));
+  return text ? text : "";
 }
 
 std::optional<std::string> Exchange::header(const char* name) const {
@@ -117,6 +132,10 @@ void Exchange::redirect(const std::string& location) {
   setHeader("Location", location);
   setHeader("Cache-Control", "no-store");
   reply(SOUP_STATUS_SEE_OTHER, "text/plain; charset=utf-8", "");
+}
+
+std::unique_ptr<TakenConnection> Exchange::takeConnection() {
+  return std::make_unique<TakenConnection>(message_);
 }
 
 } // namespace ondrel::demo

@@ -2,6 +2,8 @@
 
 #include "demo/Exchange.h"
 
+#include <fmt/core.h>
+
 namespace ondrel::demo {
 
 namespace {
@@ -11,6 +13,21 @@ void closeConnection(SoupServerMessage* message) {
   if (GSocket* socket = soup_server_message_get_socket(message)) {
     g_socket_shutdown(socket, TRUE, TRUE, nullptr);
   }
+}
+
+std::string hugeJson() {
+  std::string text = R"({"methodResponses":[["Email/get",{"state":"0","notFound":[],"list":[{"id":"0")";
+  while (text.size() < 50'000'000) {
+    text += R"(},{"id":"M1","subject":"The same again, and no end of it")";
+  }
+  return text + R"(}]},"0"]]})";
+}
+
+std::string firstHalf(SoupServerMessage* message) {
+  const BytesPtr whole(soup_message_body_flatten(soup_server_message_get_response_body(message)));
+  gsize size = 0;
+  const auto* bytes = static_cast<const char*>(g_bytes_get_data(whole.get(), &size));
+  return {bytes ? bytes : "", size / 2};
 }
 
 } // namespace
@@ -24,6 +41,7 @@ FaultGate::~FaultGate() {
 }
 
 void FaultGate::pass(SoupServerMessage* message) {
+  const auto kept = share(message); // also when the handler takes its connection away
   Exchange exchange(message);
   const auto fault = plan_.take(exchange.path());
   if (!fault) {
@@ -42,6 +60,24 @@ void FaultGate::pass(SoupServerMessage* message) {
     return;
   case Fault::Kind::Delay:
     hold(message, fault->delay);
+    return;
+  case Fault::Kind::Body:
+    exchange.reply(fault->status, fault->contentType.c_str(), fault->body);
+    return;
+  case Fault::Kind::Huge:
+    exchange.reply(SOUP_STATUS_OK, "application/json", hugeJson());
+    return;
+  case Fault::Kind::Redirect:
+    exchange.redirect(fault->location);
+    soup_server_message_set_status(message, fault->status, nullptr);
+    return;
+  case Fault::Kind::Truncated:
+    next_(message);
+    truncate(message);
+    return;
+  case Fault::Kind::Cut:
+    next_(message);
+    cut(message);
     return;
   }
 }
@@ -77,7 +113,32 @@ void FaultGate::letGo(Held* held) {
   const auto message = std::move(held->message);
   held_.remove_if([&](const Held& other) { return &other == held; });
   next_(message.get());
-  soup_server_message_unpause(message.get());
+  if (soup_server_message_get_status(message.get()) != 0) { // else the handler has taken the connection
+    soup_server_message_unpause(message.get());
+  }
+}
+
+void FaultGate::truncate(SoupServerMessage* message) {
+  const auto half = firstHalf(message);
+  soup_message_body_truncate(soup_server_message_get_response_body(message));
+  soup_message_body_append(soup_server_message_get_response_body(message), SOUP_MEMORY_COPY, half.data(),
+                           half.size());
+}
+
+void FaultGate::cut(SoupServerMessage* message) {
+  if (soup_server_message_get_status(message) == 0) {
+    return; // a connection that was taken has no answer to cut
+  }
+  const auto head = fmt::format(
+      "HTTP/1.1 {} Cut\r\nContent-Type: application/json\r\nContent-Length: {}\r\n\r\n",
+      soup_server_message_get_status(message), soup_server_message_get_response_body(message)->length);
+  const auto half = firstHalf(message);
+  auto& connection = cut_.emplace_back(std::make_unique<TakenConnection>(message));
+  connection->onClosed([this, taken = connection.get()] {
+    cut_.remove_if([&](const auto& other) { return other.get() == taken; });
+  });
+  connection->send(head + half);
+  connection->finish();
 }
 
 } // namespace ondrel::demo

@@ -3,6 +3,7 @@
 #include "demo/FaultPlan.h"
 #include "demo/GLibPointers.h"
 #include "demo/HttpServer.h"
+#include "demo/TakenConnection.h"
 
 #include <list>
 
@@ -30,10 +31,13 @@ class FaultGate {
 
   void hold(SoupServerMessage* message, std::optional<std::chrono::milliseconds> delay);
   void letGo(Held* held);
+  void truncate(SoupServerMessage* message);
+  void cut(SoupServerMessage* message);
 
   FaultPlan plan_;
   HttpServer::Handler next_;
   std::list<Held> held_;
+  std::list<std::unique_ptr<TakenConnection>> cut_; // that still have to send their half
 };
 
 } // namespace ondrel::demo

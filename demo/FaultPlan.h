@@ -11,14 +11,22 @@ namespace ondrel::demo {
 /// What is to go wrong with a request.
 struct Fault {
   enum class Kind {
-    Status,  ///< answer with `status` and nothing else
-    Close,   ///< close the connection without an answer
-    Silence, ///< take the request and never answer
-    Delay,   ///< answer as usual, after `delay`
+    Status,    ///< answer with `status` and nothing else
+    Close,     ///< close the connection without an answer
+    Silence,   ///< take the request and never answer
+    Delay,     ///< answer as usual, after `delay`
+    Body,      ///< answer with `status`, `contentType` and `body` instead of what there is to say
+    Huge,      ///< answer with 50 MB of JSON
+    Truncated, ///< answer as usual, but with the first half of the body, as if that were all
+    Cut,       ///< answer as usual, but close in the middle of the body
+    Redirect,  ///< answer with `status` and send the client to `location`
   };
   Kind kind = Kind::Status;
   unsigned status = 500;
   std::chrono::milliseconds delay{0};
+  std::string contentType = "application/json";
+  std::string body = {};
+  std::string location = {};
 };
 
 /// The faults that a test has ordered: each for the next `count` requests whose path begins with a prefix.

@@ -1,8 +1,11 @@
 #include "demo/Mail.h"
 
 #include <fmt/core.h>
+#include <glib.h>
 
+#include <algorithm>
 #include <array>
+#include <charconv>
 
 namespace ondrel::demo {
 
@@ -24,7 +27,62 @@ std::string withoutEntities(std::string text) {
   return text;
 }
 
+int numberAt(std::string_view text, std::size_t position, std::size_t length) {
+  int number = -1;
+  const auto* end = text.data() + position + length;
+  const auto [stop, error] = std::from_chars(text.data() + position, end, number);
+  return error == std::errc() && stop == end ? number : -1;
+}
+
+// Whether a tag that begins at `at` ends a line of text.
+bool endsLine(std::string_view html, std::size_t at) {
+  constexpr std::array<std::string_view, 9> tags{"</p",  "<br",  "</div", "</h1", "</h2",
+                                                 "</h3", "</li", "</tr",  "</ul"};
+  return std::ranges::any_of(tags, [&](std::string_view tag) { return html.substr(at).starts_with(tag); });
+}
+
 } // namespace
+
+void Email::setUnread(bool unread) {
+  if (unread) {
+    keywords.erase("$seen");
+  } else {
+    keywords.insert("$seen");
+  }
+}
+
+bool Email::hasAttachment() const {
+  return std::ranges::any_of(attachments, [](const Attachment& a) { return a.disposition != "inline"; });
+}
+
+std::optional<std::chrono::sys_seconds> timeOf(std::string_view text) {
+  constexpr std::string_view shape = "0000-00-00T00:00:00";
+  if (text.size() < shape.size() + 1 || text.back() != 'Z') {
+    return std::nullopt;
+  }
+  for (std::size_t i = 0; i < shape.size(); ++i) {
+    if (shape[i] == '0' ? !g_ascii_isdigit(text[i]) : text[i] != shape[i]) {
+      return std::nullopt;
+    }
+  }
+  const auto fraction = text.substr(shape.size(), text.size() - shape.size() - 1);
+  if (!fraction.empty() &&
+      (fraction.size() < 2 || fraction[0] != '.' ||
+       !std::ranges::all_of(fraction.substr(1), [](char c) { return g_ascii_isdigit(c); }))) {
+    return std::nullopt;
+  }
+  const std::chrono::year_month_day date{std::chrono::year(numberAt(text, 0, 4)),
+                                         std::chrono::month(static_cast<unsigned>(numberAt(text, 5, 2))),
+                                         std::chrono::day(static_cast<unsigned>(numberAt(text, 8, 2)))};
+  const int hour = numberAt(text, 11, 2);
+  const int minute = numberAt(text, 14, 2);
+  const int second = numberAt(text, 17, 2);
+  if (!date.ok() || hour > 23 || minute > 59 || second > 60) {
+    return std::nullopt;
+  }
+  return std::chrono::sys_days(date) + std::chrono::hours(hour) + std::chrono::minutes(minute) +
+         std::chrono::seconds(second);
+}
 
 std::string isoTime(std::chrono::sys_seconds time) {
   const auto day = std::chrono::floor<std::chrono::days>(time);
@@ -77,6 +135,24 @@ std::string previewOf(const std::string& html, std::size_t limit) {
   return text;
 }
 
+std::string plainTextOf(const std::string& html) {
+  std::string text;
+  for (std::size_t i = 0; i < html.size(); ++i) {
+    if (html[i] == '<') {
+      if (endsLine(html, i) && !text.empty()) {
+        text += '\n';
+      }
+      i = html.find('>', i);
+      if (i == std::string::npos) {
+        break;
+      }
+    } else if (html[i] != '\n') {
+      text += html[i];
+    }
+  }
+  return withoutEntities(std::move(text));
+}
+
 std::string escapeHtml(std::string_view text) {
   std::string escaped;
   for (const char c : text) {
@@ -100,17 +176,35 @@ std::string escapeHtml(std::string_view text) {
   return escaped;
 }
 
-std::string sourceOf(const Email& email) {
+std::vector<std::pair<std::string, std::string>> headersOf(const Email& email) {
+  std::vector<std::pair<std::string, std::string>> headers;
+  if (!email.from.name.empty() || !email.from.email.empty()) {
+    headers.emplace_back("From", fieldOf(email.from));
+  }
   std::string to;
   for (const auto& address : email.to) {
     to += (to.empty() ? "" : ", ") + fieldOf(address);
   }
-  auto source =
-      fmt::format("From: {}\r\nTo: {}\r\nSubject: {}\r\nDate: {}\r\nMessage-ID: <{}>\r\n"
-                  "MIME-Version: 1.0\r\nContent-Type: text/html; charset=utf-8\r\n",
-                  fieldOf(email.from), to, email.subject, mailTime(email.receivedAt), email.messageId);
-  for (const auto& blobId : email.blobIds) {
-    source += fmt::format("X-Demo-Attachment: {}\r\n", blobId);
+  headers.emplace_back("To", to);
+  if (email.subject) {
+    headers.emplace_back("Subject", *email.subject);
+  }
+  headers.emplace_back("Date", mailTime(email.receivedAt));
+  if (!email.messageId.empty()) {
+    headers.emplace_back("Message-ID", "<" + email.messageId + ">");
+  }
+  headers.emplace_back("MIME-Version", "1.0");
+  headers.emplace_back("Content-Type", "text/html; charset=utf-8");
+  for (const auto& attachment : email.attachments) {
+    headers.emplace_back("X-Demo-Attachment", attachment.blobId);
+  }
+  return headers;
+}
+
+std::string sourceOf(const Email& email) {
+  std::string source;
+  for (const auto& [name, value] : headersOf(email)) {
+    source += name + ": " + value + "\r\n";
   }
   return source + "\r\n" + email.html + "\r\n";
 }

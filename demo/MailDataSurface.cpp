@@ -45,30 +45,30 @@ json::object rowOf(const MailStore& store, const Email& email) {
   return {{"threadId", email.threadId},
           {"emailId", email.id},
           {"from", jsonOf(email.from)},
-          {"subject", email.subject},
+          {"subject", email.subject.value_or("")},
           {"preview", previewOf(email.html, 140)},
           {"receivedAt", isoTime(email.receivedAt)},
-          {"isUnread", std::ranges::any_of(thread, &Email::unread)},
+          {"isUnread", std::ranges::any_of(thread, &Email::isUnread)},
           {"messageCount", thread.size()},
-          {"hasAttachment", std::ranges::any_of(thread, [](const Email* e) { return !e->blobIds.empty(); })}};
+          {"hasAttachment", std::ranges::any_of(thread, &Email::hasAttachment)}};
 }
 
 json::object messageOf(const MailStore& store, const Email& email) {
   constexpr const char* kinds[] = {"flow", "scriptFrame", "staticFrame"};
   json::array attachments;
-  for (const auto& blobId : email.blobIds) {
-    if (const auto* blob = store.blob(blobId)) {
+  for (const auto& attachment : email.attachments) {
+    if (const auto* blob = store.blob(attachment.blobId)) {
       attachments.push_back(
           {{"blobId", blob->id}, {"name", blob->name}, {"type", blob->type}, {"size", blob->bytes.size()}});
     }
   }
   return {{"id", email.id},
           {"threadId", email.threadId},
-          {"subject", email.subject},
+          {"subject", email.subject.value_or("")},
           {"from", jsonOf(email.from)},
           {"to", jsonOf(email.to)},
           {"receivedAt", isoTime(email.receivedAt)},
-          {"isUnread", email.unread},
+          {"isUnread", email.isUnread()},
           {"kind", kinds[static_cast<int>(email.kind)]},
           {"html", email.html},
           {"preview", previewOf(email.html, 140)},
@@ -84,6 +84,7 @@ void MailDataSurface::addTo(Router& router) {
   add(router, "POST", "/data/read", &MailDataSurface::read);
   add(router, "POST", "/data/move", &MailDataSurface::move);
   add(router, "POST", "/data/send", &MailDataSurface::send);
+  add(router, "GET", "/data/token", &MailDataSurface::token);
 }
 
 void MailDataSurface::add(Router& router, const char* method, const char* path,
@@ -106,8 +107,8 @@ void MailDataSurface::mailboxes(Exchange& exchange) {
     list.push_back({{"id", mailbox.id},
                     {"name", mailbox.name},
                     {"role", mailbox.role},
-                    {"total", counts.total},
-                    {"unread", counts.unread}});
+                    {"total", counts.threads},
+                    {"unread", counts.unreadThreads}});
   }
   exchange.replyJson(list);
 }
@@ -131,7 +132,9 @@ void MailDataSurface::list(Exchange& exchange) {
 }
 
 void MailDataSurface::thread(Exchange& exchange) {
-  const auto thread = store_.thread(exchange.query("id").value_or(""));
+  const auto id = exchange.query("id").value_or("");
+  const auto* named = store_.email(id);
+  const auto thread = store_.thread(named ? named->threadId : id);
   if (thread.empty()) {
     exchange.refuse(SOUP_STATUS_NOT_FOUND, "No such thread.");
     return;
@@ -191,14 +194,19 @@ void MailDataSurface::send(Exchange& exchange) {
   if (const auto* ids = body.if_contains("blobIds"); ids && ids->is_array()) {
     for (const auto& id : ids->get_array()) {
       if (id.is_string() && store_.blob(std::string(id.get_string()))) {
-        email.blobIds.emplace_back(id.get_string());
+        email.attachments.push_back({std::string(id.get_string())});
       }
     }
   }
   email.receivedAt = std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now());
-  email.mailboxId = "sent";
+  email.mailboxIds = {"sent"};
+  email.setUnread(false);
   const auto& sent = store_.add(std::move(email));
   exchange.replyJson(json::object{{"emailId", sent.id}, {"threadId", sent.threadId}});
+}
+
+void MailDataSurface::token(Exchange& exchange) {
+  exchange.replyJson(json::object{{"accessToken", tokens_.current()}});
 }
 
 } // namespace ondrel::demo

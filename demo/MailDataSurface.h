@@ -1,5 +1,6 @@
 #pragma once
 
+#include "demo/AccessTokens.h"
 #include "demo/MailStore.h"
 #include "demo/Router.h"
 #include "demo/SignIn.h"
@@ -9,7 +10,8 @@ namespace ondrel::demo {
 /// What the pages of the web application ask for as JSON, under /data/. Signed out, every answer is 401.
 class MailDataSurface {
  public:
-  MailDataSurface(MailStore& store, const SignIn& signIn) : store_(store), signIn_(signIn) {}
+  MailDataSurface(MailStore& store, const SignIn& signIn, AccessTokens& tokens)
+      : store_(store), signIn_(signIn), tokens_(tokens) {}
   void addTo(Router& router);
 
  private:
@@ -20,9 +22,11 @@ class MailDataSurface {
   void read(Exchange& exchange);
   void move(Exchange& exchange);
   void send(Exchange& exchange);
+  void token(Exchange& exchange);
 
   MailStore& store_;
   const SignIn& signIn_;
+  AccessTokens& tokens_;
 };
 
 } // namespace ondrel::demo

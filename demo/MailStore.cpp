@@ -19,21 +19,84 @@ const Email& MailStore::add(Email email) {
   auto& kept = emails_.emplace_back(std::move(email));
   emailById_[kept.id] = &kept;
   auto& thread = emailsByThread_[kept.threadId];
+  changes_.record(DataType::Thread, thread.empty() ? ChangeLog::Kind::Created : ChangeLog::Kind::Updated,
+                  kept.threadId);
   thread.insert(std::ranges::upper_bound(thread, kept.receivedAt, {}, &Email::receivedAt), &kept);
   threadsByMailbox_.clear();
+  changes_.record(DataType::Email, ChangeLog::Kind::Created, kept.id);
+  recordMailboxes(kept.mailboxIds);
+  notify();
   return kept;
+}
+
+template <class Change>
+void MailStore::change(Email& email, Change change) {
+  auto concerned = email.mailboxIds;
+  change(email);
+  concerned.insert(email.mailboxIds.begin(), email.mailboxIds.end());
+  threadsByMailbox_.clear();
+  changes_.record(DataType::Email, ChangeLog::Kind::Updated, email.id);
+  recordMailboxes(concerned);
+  notify();
 }
 
 void MailStore::markThreadRead(const std::string& threadId) {
   if (const auto found = emailsByThread_.find(threadId); found != emailsByThread_.end()) {
-    std::ranges::for_each(found->second, [](Email* email) { email->unread = false; });
+    for (auto* email : found->second) {
+      if (email->isUnread()) {
+        change(*email, [](Email& e) { e.setUnread(false); });
+      }
+    }
   }
 }
 
 void MailStore::moveThread(const std::string& threadId, const std::string& mailboxId) {
   if (const auto found = emailsByThread_.find(threadId); found != emailsByThread_.end()) {
-    std::ranges::for_each(found->second, [&](Email* email) { email->mailboxId = mailboxId; });
-    threadsByMailbox_.clear();
+    for (auto* email : found->second) {
+      change(*email, [&](Email& e) { e.mailboxIds = {mailboxId}; });
+    }
+  }
+}
+
+void MailStore::setMailboxes(const std::string& emailId, std::set<std::string> mailboxIds) {
+  change(*emailById_.at(emailId), [&](Email& e) { e.mailboxIds = std::move(mailboxIds); });
+}
+
+void MailStore::setKeywords(const std::string& emailId, std::set<std::string> keywords) {
+  change(*emailById_.at(emailId), [&](Email& e) { e.keywords = std::move(keywords); });
+}
+
+void MailStore::destroy(const std::string& emailId) {
+  auto* email = emailById_.at(emailId);
+  auto& thread = emailsByThread_.at(email->threadId);
+  std::erase(thread, email);
+  changes_.record(DataType::Thread, thread.empty() ? ChangeLog::Kind::Destroyed : ChangeLog::Kind::Updated,
+                  email->threadId);
+  if (thread.empty()) {
+    emailsByThread_.erase(email->threadId);
+  }
+  threadsByMailbox_.clear();
+  changes_.record(DataType::Email, ChangeLog::Kind::Destroyed, emailId);
+  recordMailboxes(email->mailboxIds);
+  emailById_.erase(email->id);
+  emails_.remove_if([&](const Email& other) { return &other == email; });
+  notify();
+}
+
+void MailStore::forgetChanges() {
+  changes_.forget();
+  notify();
+}
+
+void MailStore::recordMailboxes(const std::set<std::string>& mailboxIds) {
+  for (const auto& id : mailboxIds) {
+    changes_.record(DataType::Mailbox, ChangeLog::Kind::Updated, id);
+  }
+}
+
+void MailStore::notify() const {
+  if (changed_) {
+    changed_();
   }
 }
 
@@ -70,7 +133,8 @@ const std::vector<const Email*>& MailStore::threadsIn(const std::string& mailbox
   const auto [entry, isNew] = threadsByMailbox_.try_emplace(mailboxId);
   if (isNew) {
     for (const auto& [id, emails] : emailsByThread_) {
-      const auto inside = std::ranges::find(emails.rbegin(), emails.rend(), mailboxId, &Email::mailboxId);
+      const auto inside = std::ranges::find_if(emails.rbegin(), emails.rend(),
+                                               [&](const Email* email) { return email->isIn(mailboxId); });
       if (inside != emails.rend()) {
         entry->second.push_back(*inside);
       }
@@ -84,14 +148,21 @@ const std::vector<const Email*>& MailStore::threadsIn(const std::string& mailbox
 
 MailStore::Counts MailStore::counts(const std::string& mailboxId) const {
   Counts counts;
+  std::unordered_set<std::string_view> threads;
   std::unordered_set<std::string_view> unreadThreads;
   for (const auto& email : emails_) {
-    if (email.mailboxId == mailboxId && email.unread) {
+    if (!email.isIn(mailboxId)) {
+      continue;
+    }
+    ++counts.emails;
+    threads.insert(email.threadId);
+    if (email.isUnread()) {
+      ++counts.unreadEmails;
       unreadThreads.insert(email.threadId);
     }
   }
-  counts.total = static_cast<unsigned>(threadsIn(mailboxId).size());
-  counts.unread = static_cast<unsigned>(unreadThreads.size());
+  counts.threads = static_cast<unsigned>(threads.size());
+  counts.unreadThreads = static_cast<unsigned>(unreadThreads.size());
   return counts;
 }
 

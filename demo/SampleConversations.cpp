@@ -25,7 +25,7 @@ class Conversation {
       : store_(store), threadId_(store.newThreadId()), subject_(std::move(subject)),
         next_(last - 1h * (messages - 1)) {}
 
-  Conversation& message(const Address& from, std::string html, std::vector<std::string> blobIds = {},
+  Conversation& message(const Address& from, std::string html, std::vector<Attachment> attachments = {},
                         BodyKind kind = BodyKind::Flow) {
     Email email;
     email.id = store_.newEmailId();
@@ -35,11 +35,11 @@ class Conversation {
     email.from = from;
     email.to = {from.email == demoUser().email ? nadia : demoUser()};
     email.receivedAt = next_;
-    email.mailboxId = "inbox";
-    email.unread = unread_;
+    email.mailboxIds = {"inbox"};
+    email.setUnread(unread_);
     email.kind = kind;
     email.html = std::move(html);
-    email.blobIds = std::move(blobIds);
+    email.attachments = std::move(attachments);
     store_.add(std::move(email));
     next_ += 1h;
     return *this;

@@ -2,6 +2,7 @@
 
 #include "demo/Resources.h"
 #include "demo/SampleConversations.h"
+#include "demo/SampleFiles.h"
 
 #include <fmt/core.h>
 
@@ -113,13 +114,13 @@ void addGenerated(MailStore& store, Dice& dice, const std::string& mailboxId, un
       email.from = isReply || mailboxId == "sent" ? demoUser() : from;
       email.to = {isReply || mailboxId == "sent" ? from : demoUser()};
       email.receivedAt = time - std::chrono::minutes(7) * (messages - 1 - m);
-      email.mailboxId = mailboxId;
-      email.unread = mailboxId == "inbox" && i < 40 && dice.below(3) == 0;
+      email.mailboxIds = {mailboxId};
+      email.setUnread(mailboxId == "inbox" && i < 40 && dice.below(3) == 0);
       email.html = sampleBody(dice);
       if (dice.below(18) == 0) {
         const bool isText = dice.below(2) == 0;
-        email.blobIds = {isText ? attachSample(store, "notes.txt", fmt::format("Notes {}.txt", i))
-                                : attachSample(store, "plan.pdf", fmt::format("Plan {}.pdf", i))};
+        email.attachments = {isText ? attachSample(store, "notes.txt", fmt::format("Notes {}.txt", i))
+                                    : attachSample(store, "plan.pdf", fmt::format("Plan {}.pdf", i))};
       }
       store.add(std::move(email));
     }
@@ -132,13 +133,13 @@ Address demoUser() {
   return {"Robin Ashworth", "robin@demo.example"};
 }
 
-std::string attachSample(MailStore& store, const std::string& sampleFile, const std::string& name) {
+Attachment attachSample(MailStore& store, const std::string& sampleFile, const std::string& name) {
   const auto type = sampleFile.ends_with(".pdf")   ? "application/pdf"
                     : sampleFile.ends_with(".png") ? "image/png"
                                                    : "text/plain; charset=utf-8";
   const auto id = store.newBlobId();
   store.addBlob({id, name, type, resource("attachments/" + sampleFile).value_or("")});
-  return id;
+  return {id};
 }
 
 void fillWithSampleMail(MailStore& store) {
@@ -160,6 +161,7 @@ void fillWithSampleMail(MailStore& store) {
   addGenerated(store, dice, "sent", 120, newest - 20h);
   addGenerated(store, dice, "junk", 12, newest - 15h);
   addGenerated(store, dice, "house", 60, newest - 24h * 3);
+  addSampleFiles(store, newest - 8h);
 }
 
 } // namespace ondrel::demo

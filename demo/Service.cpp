@@ -15,10 +15,13 @@ Service::Service()
         control_.handle(exchange);
       }) {
   fillWithSampleMail(store_);
+  store_.forgetChanges(); // what happened before the service began
+  store_.onChange([this] { streams_.changed(); });
   webApp_.addTo(router_);
   mailData_.addTo(router_);
   storage_.addTo(router_);
   userContent_.addTo(router_);
+  jmap_.addTo(router_);
 }
 
 std::expected<void, std::string> Service::listen(std::uint16_t webPort, std::uint16_t controlPort) {
@@ -38,6 +41,7 @@ std::expected<void, std::string> Service::listen(std::uint16_t webPort, std::uin
 void Service::serve(SoupServerMessage* message) {
   const Exchange exchange(message);
   counters_.count(exchange.host(), exchange.path());
+  requestLog_.note(exchange);
   gate_.pass(message);
 }
 

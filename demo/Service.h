@@ -1,11 +1,15 @@
 #pragma once
 
+#include "demo/AccessTokens.h"
 #include "demo/ControlSurface.h"
+#include "demo/EventStreams.h"
 #include "demo/FaultGate.h"
 #include "demo/HttpServer.h"
+#include "demo/JmapSurface.h"
 #include "demo/MailDataSurface.h"
 #include "demo/MailStore.h"
 #include "demo/RequestCounters.h"
+#include "demo/RequestLog.h"
 #include "demo/Router.h"
 #include "demo/SignIn.h"
 #include "demo/StorageSurface.h"
@@ -33,14 +37,21 @@ class Service {
 
   MailStore store_;
   SignIn signIn_;
+  AccessTokens tokens_;
+  MethodFaults methodFaults_;
+  bool isInLabelsMode_ = true;
   RequestCounters counters_;
+  RequestLog requestLog_;
   Router router_;
-  WebAppSurface webApp_{store_, signIn_};
-  MailDataSurface mailData_{store_, signIn_};
+  WebAppSurface webApp_{store_, signIn_, tokens_};
+  MailDataSurface mailData_{store_, signIn_, tokens_};
   StorageSurface storage_{store_, signIn_};
   UserContentSurface userContent_{store_};
+  EventStreams streams_{store_};
+  JmapSurface jmap_{{store_, methodFaults_, isInLabelsMode_}, tokens_, streams_};
   FaultGate gate_;
-  ControlSurface control_{gate_, counters_, signIn_, store_};
+  ControlSurface control_{
+      {gate_, counters_, requestLog_, signIn_, tokens_, store_, streams_, methodFaults_, isInLabelsMode_}};
   HttpServer web_;
   HttpServer controlServer_;
   std::uint16_t webPort_ = 0;

@@ -19,7 +19,7 @@ std::string siteFileFor(std::uint16_t webPort) {
   }},
   "UserContentDomainSuffix": "usercontent.localhost",
   "ServiceDomainFragment": "localhost:{0}",
-  "DevUserCapability": "http://localhost:{0}/dev/user",
+  "DevUserCapability": "{1}",
   "AnnouncementFeedURL": "",
   "ProjectSiteURL": "",
   "ProjectFAQURL": "",
@@ -27,7 +27,11 @@ std::string siteFileFor(std::uint16_t webPort) {
   "SupportAddress": ""
 }}
 )",
-                     webPort);
+                     webPort, userCapability(webPort));
+}
+
+std::string userCapability(std::uint16_t webPort) {
+  return fmt::format("http://localhost:{}/dev/user", webPort);
 }
 
 std::expected<void, std::string> writeFile(const std::string& path, const std::string& text) {

@@ -71,6 +71,7 @@ void WebAppSurface::addTo(Router& router) {
   router.add(Site::Web, "/sign-in", [this](Exchange& exchange) { signIn(exchange); });
   router.add(Site::Web, "/sign-out", [this](Exchange& exchange) {
     signIn_.takeCookie(exchange);
+    tokens_.expire();
     exchange.redirect("/");
   });
 }
@@ -92,8 +93,8 @@ void WebAppSurface::printView(Exchange& exchange) const {
   std::string body;
   for (const auto* email : store_.thread("T2")) {
     body += fmt::format("<article><h1>{}</h1><p class=\"meta\">{}, {}</p>{}</article>\n",
-                        escapeHtml(email->subject), escapeHtml(email->from.name), mailTime(email->receivedAt),
-                        email->html);
+                        escapeHtml(email->subject.value_or("")), escapeHtml(email->from.name),
+                        mailTime(email->receivedAt), email->html);
   }
   exchange.setHeader("Cache-Control", "no-store");
   exchange.reply(SOUP_STATUS_OK, html,

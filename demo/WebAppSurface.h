@@ -1,5 +1,6 @@
 #pragma once
 
+#include "demo/AccessTokens.h"
 #include "demo/MailStore.h"
 #include "demo/Router.h"
 #include "demo/SignIn.h"
@@ -9,7 +10,8 @@ namespace ondrel::demo {
 /// The pages of the web application and the files that they are made of, sign-in and downloads.
 class WebAppSurface {
  public:
-  WebAppSurface(const MailStore& store, SignIn& signIn) : store_(store), signIn_(signIn) {}
+  WebAppSurface(const MailStore& store, SignIn& signIn, AccessTokens& tokens)
+      : store_(store), signIn_(signIn), tokens_(tokens) {}
   void addTo(Router& router);
 
  private:
@@ -19,6 +21,7 @@ class WebAppSurface {
 
   const MailStore& store_;
   SignIn& signIn_;
+  AccessTokens& tokens_;
 };
 
 } // namespace ondrel::demo

@@ -32,7 +32,7 @@ export function installFastMail(actions) {
     modules[name] ??= import(`/app/${name}.js`).then(({installFiles}) => installFiles({classes, store}));
     return modules[name];
   };
-  window.FastMail = {store, classes, router: {app: "mail", title: "", appController, loadApp}};
+  window.FastMail = {auth: {}, store, classes, router: {app: "mail", title: "", appController, loadApp}};
   return window.FastMail;
 }
 

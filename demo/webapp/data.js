@@ -21,6 +21,17 @@ export const fetchThread = (threadId, mailbox) =>
 export const markRead = (threadId) => post("/data/read", {threadId});
 export const moveThread = (threadId, role) => post("/data/move", {threadId, role});
 export const send = (message) => post("/data/send", message);
+/** The token for requests outside of the pages; undefined when nobody is signed in. */
+export async function fetchToken() {
+  const response = await fetch("/data/token");
+  if (response.status === 401) {
+    return undefined;
+  }
+  if (!response.ok) {
+    throw new Error(`/data/token: ${response.status}`);
+  }
+  return (await response.json()).accessToken;
+}
 export const upload = (file) =>
     ask(`/data/upload?name=${encodeURIComponent(file.name)}`, {method: "POST", body: file});
 export const share = (blobId) => post("/data/share", {blobId});

@@ -9,6 +9,7 @@ import {Router} from "/app/router.js";
 import {paneTitle, settingsPage} from "/app/settings.js";
 import {Sidebar} from "/app/sidebar.js";
 import {toast} from "/app/toast.js";
+import {keepToken} from "/app/token.js";
 import {composeUrl, mailboxUrl, messageUrl, parseUrl} from "/app/urls.js";
 
 const router = new Router((state) => show(state));
@@ -172,4 +173,5 @@ installShortcuts({
 
 addEventListener("focus", refresh);
 refresh();
+keepToken(FastMail.auth);
 router.start();

@@ -31,7 +31,8 @@ export function parseUrl(location) {
     const isMinimal = query.get("ui") === "minimal" || last.includes("&ui=minimal");
     return {app: "mail", view: "compose", mailbox: rest.length > 1 ? rest[0] : "Inbox", fields, isMinimal};
   }
-  const [threadId, emailId] = (rest[1] ?? "").split(".");
+  // A message may stand without its thread: the service finds a thread by either id.
+  const [threadId, emailId = threadId] = (rest[1] ?? "").split(".");
   return {app: "mail", view: threadId ? "message" : "list", mailbox: rest[0] ?? "Inbox", threadId, emailId};
 }
 
