@@ -5,8 +5,9 @@ namespace ondrel::webext {
 
 namespace {
 
-BridgeSettings settingsFrom(const GVariant* data) {
+BridgeSettings settingsFrom(WebKitWebProcessExtension* extension, const GVariant* data) {
   BridgeSettings settings;
+  settings.extension = extension;
   auto* variant = const_cast<GVariant*>(data);
   if (!variant || !g_variant_is_of_type(variant, G_VARIANT_TYPE(platform::webkit::initializationFormat)))
     return settings;
@@ -50,5 +51,5 @@ extern "C" G_MODULE_EXPORT void
 webkit_web_process_extension_initialize_with_user_data(WebKitWebProcessExtension* extension,
                                                        const GVariant* userData) {
   // Stays until the process ends; so does the library.
-  new ondrel::webext::Extension(extension, ondrel::webext::settingsFrom(userData));
+  new ondrel::webext::Extension(extension, ondrel::webext::settingsFrom(extension, userData));
 }

@@ -35,7 +35,7 @@ PageBridge* PageBridge::of(WebKitWebPage* page) {
 }
 
 PageBridge::PageBridge(WebKitWebPage* page, std::shared_ptr<const BridgeSettings> settings)
-    : page_(page), settings_(std::move(settings)),
+    : page_(page), settings_(std::move(settings)), flow_(settings_->extension, page),
       received_(glib::connect<gboolean(WebKitWebPage*, WebKitUserMessage*)>(
           page, "user-message-received",
           [this](WebKitWebPage*, WebKitUserMessage* message) { return receive(message); })) {
@@ -67,6 +67,7 @@ void PageBridge::documentBegan(WebKitFrame* frame) {
   auto& entry = frames_[id];
   entry.object.set(frame);
   entry.document = ++lastDocument_;
+  flow_.documentBegan(id, webkit_frame_is_main_frame(frame) != FALSE);
 
   const auto context = glib::adopt(webkit_frame_get_js_context(frame));
   for (const auto& name : settings_->handlerNames) {
@@ -109,26 +110,20 @@ void PageBridge::takeUserScripts(WebKitUserMessage* message) {
 
 void PageBridge::post(const Handler& handler, JSCValue* body) {
   const auto sender = frame(handler.frame);
-  if (!sender || frames_.at(handler.frame).document != handler.document)
+  if (!sender || !flow_.isOpen() || frames_.at(handler.frame).document != handler.document)
     return;
   // Before the body becomes JSON: that runs code of the page, which may take the frame away.
   const auto identity = identityOf(sender.get());
   const auto json = jsonText(body).value_or(std::string());
   if (json.size() > settings_->largestBody) {
     if (!std::exchange(toldOfLargeMessage_, true))
-      sendToView(messages::messageTooLarge,
+      flow_.note(messages::messageTooLarge,
                  g_variant_new(messages::messageTooLargeFormat, handler.name.c_str(), guint64{json.size()}));
     return;
   }
-  sendToView(messages::scriptMessage, g_variant_new(messages::scriptMessageFormat, handler.name.c_str(),
-                                                    json.c_str(), guint64{identity.id}, identity.url.c_str(),
-                                                    identity.origin.c_str(), gboolean{identity.isMainFrame}));
-}
-
-void PageBridge::sendToView(const char* name, GVariant* parameters) {
-  // A floating message is consumed by the call.
-  webkit_web_page_send_message_to_view(page_, webkit_user_message_new(name, parameters), nullptr, nullptr,
-                                       nullptr);
+  flow_.post(identity.id, g_variant_new(messages::scriptMessageFormat, handler.name.c_str(), json.c_str(),
+                                        guint64{identity.id}, identity.url.c_str(), identity.origin.c_str(),
+                                        gboolean{identity.isMainFrame}));
 }
 
 void PageBridge::evaluate(WebKitUserMessage* message) {

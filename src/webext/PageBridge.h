@@ -2,6 +2,7 @@
 
 #include "platform/linux/glib/Connection.h"
 #include "platform/linux/glib/Ref.h"
+#include "webext/MessageFlow.h"
 #include "webext/UserScript.h"
 
 #include <webkit/webkit-web-process-extension.h>
@@ -15,7 +16,8 @@
 namespace ondrel::webext {
 
 struct BridgeSettings {
-  std::uint64_t largestBody = 0; // bytes of JSON
+  WebKitWebProcessExtension* extension = nullptr; // lives as long as the process
+  std::uint64_t largestBody = 0;                  // bytes of JSON
   std::vector<std::string> handlerNames;
 };
 
@@ -41,13 +43,13 @@ class PageBridge {
   void forgetDeadFrames();
   glib::Ref<WebKitFrame> frame(std::uint64_t id) const;
   void post(const Handler& handler, JSCValue* body);
-  void sendToView(const char* name, GVariant* parameters);
   gboolean receive(WebKitUserMessage* message);
   void evaluate(WebKitUserMessage* message);
   void takeUserScripts(WebKitUserMessage* message);
 
   WebKitWebPage* page_;
   std::shared_ptr<const BridgeSettings> settings_;
+  MessageFlow flow_;
   std::map<std::uint64_t, Frame> frames_;
   std::uint64_t lastDocument_ = 0;
   bool toldOfLargeMessage_ = false;

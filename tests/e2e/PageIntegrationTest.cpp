@@ -89,6 +89,7 @@ constexpr auto toRecipient = "Tab Tab Tab Tab"; // and past the one that sends
 TEST_F(PageIntegrationTest, SendingClosesTheComposeWindowWhenTheServerHasTheMessage) {
   startComposing();
   const auto compose = openComposeWindow();
+  EXPECT_TRUE(eventually([&] { return title(compose) == "New message"; })) << title(compose);
   EXPECT_TRUE(sessionBecomes([&](const auto& saved) {
     return saved.windows.size() == 2 && saved.windows[1].tabs.at(0).urlString.ends_with(composeAddress) &&
            !saved.windows[1].tabs[0].toolbarVisible;

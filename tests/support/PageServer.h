@@ -42,6 +42,13 @@ class PageServer {
   std::string url(const std::string& path, const std::string& host = "127.0.0.1") const {
     return origin(host) + path;
   }
+  // As a machine that can't be reached, and as itself again.
+  void goOffline() { soup_server_disconnect(server_); }
+  void goOnline() {
+    if (!soup_server_listen_local(server_, static_cast<guint>(port_), SOUP_SERVER_LISTEN_IPV4_ONLY, nullptr))
+      throw std::runtime_error("the port is taken");
+  }
+
   // How often a path was asked for.
   int requests(const std::string& path) const {
     const auto found = requests_.find(path);

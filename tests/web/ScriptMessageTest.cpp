@@ -112,6 +112,13 @@ TEST_F(ScriptMessageTest, ComposeOpensAReducedWindow) {
   EXPECT_EQ(shell.webViews.names,
             (Calls{"consoleRelayScript", "printShimScript", "chromeRemoverScript", "sendWatcherScript",
                    "discardWatcherScript", "filesAutoShareScript"}));
+  // None of them reports the title, which follows the page's own then.
+  const auto page = shell.webView(newest());
+  page->currentTitle = "The service";
+  page->delegate->didFinish();
+  page->currentTitle = "New message";
+  page->delegate->titleDidChange();
+  EXPECT_EQ(*newest()->title, "New message");
 
   post({{"type", "compose"}, {"targetAddress", ""}});
   post({{"type", "compose"}});

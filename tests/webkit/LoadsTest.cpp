@@ -126,6 +126,35 @@ TEST_F(LoadsTest, NewLoadTakesThePlaceOfTheOld) {
   EXPECT_TRUE(view().canGoForward());
 }
 
+TEST_F(LoadsTest, SecondTryOfARestoredPageAddsNothingToItsHistory) {
+  server_.serve("/two", {"two", "text/html", {{"Cache-Control", "no-store"}}});
+  loadHtml("<p>one</p>");
+  loadUrl(server_.url("/page"));
+  EXPECT_FALSE(view().canGoBack()) << "the same address again is no other page";
+  loadUrl(server_.url("/two"));
+  const auto state = view().interactionState();
+  ASSERT_TRUE(state);
+
+  server_.goOffline();
+  RecordingDelegate delegate;
+  const auto restored = makeView(delegate);
+  show(*restored);
+  ASSERT_TRUE(restored->restoreInteractionState(*state));
+  ASSERT_TRUE(waitFor([&] { return delegate.errors.size() == 1; }));
+  restored->load(server_.url("/two"));
+  ASSERT_TRUE(waitFor([&] { return delegate.errors.size() == 2; }));
+  server_.goOnline();
+  restored->load(server_.url("/two"));
+  ASSERT_TRUE(waitFor([&] { return delegate.count("finish") == 1; }));
+  EXPECT_EQ(restored->url(), server_.url("/two"));
+  EXPECT_FALSE(restored->canGoForward());
+  restored->goBack();
+  ASSERT_TRUE(waitFor([&] { return delegate.count("finish") == 2; }));
+  EXPECT_EQ(restored->url(), server_.url("/page"));
+  EXPECT_FALSE(restored->canGoBack());
+  restored->setDelegate(nullptr);
+}
+
 namespace {
 
 // The web processes that this test program has started, directly or not.

@@ -17,6 +17,14 @@ inline constexpr const char* scriptMessageFormat = "(sstssb)";
 inline constexpr const char* messageTooLarge = "message-too-large";
 inline constexpr const char* messageTooLargeFormat = "(st)";
 
+// Extension to program, after a certain amount of script messages: a question without parameters, to which
+// any answer means that it may go on. The program answers when it has time for more; until then the extension
+// holds what the page posts.
+inline constexpr const char* mayGoOn = "may-go-on";
+
+// Extension to program: the page posts more than could be held, and some was dropped. Once for each page.
+inline constexpr const char* messagesDropped = "messages-dropped";
+
 // Program to extension: user scripts of the page that the engine doesn't run (see WebKitEngine::makePopup),
 // each with its source, whether it runs at the start of a document, and whether in the main frame only. Only
 // the first such message of a page counts.

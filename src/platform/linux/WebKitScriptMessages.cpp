@@ -54,6 +54,8 @@ std::optional<ScriptMessage> scriptMessageFrom(WebKitUserMessage* message) {
     g_variant_get(parameters, "(&st)", nullptr, &size);
     logger.error("A script message of {} bytes was dropped", size);
   }
+  if (kind == webkit::messagesDropped)
+    logger.error("A page posts more script messages than there is time for, and some were dropped");
   return std::nullopt;
 }
 

@@ -97,7 +97,13 @@ void WebKitView::removeScriptMessageHandler(const std::string& name) {
 
 void WebKitView::load(const std::string& url) {
   loads_.requested(url);
-  webkit_web_view_load_uri(view_.get(), validUtf8(url).c_str());
+  const auto address = validUtf8(url);
+  auto* item = webkit_back_forward_list_get_current_item(webkit_web_view_get_back_forward_list(view_.get()));
+  // Another try for the page that a restored history stands at: a plain load would add it a second time.
+  if (awaitsRestoredPage_ && item && nonEmpty(webkit_back_forward_list_item_get_uri(item)) == address)
+    webkit_web_view_go_to_back_forward_list_item(view_.get(), item);
+  else
+    webkit_web_view_load_uri(view_.get(), address.c_str());
 }
 
 void WebKitView::reload() {
@@ -161,7 +167,8 @@ std::optional<base::Bytes> WebKitView::interactionState() {
 }
 
 bool WebKitView::restoreInteractionState(const base::Bytes& state) {
-  return restoreSessionState(view_.get(), state);
+  awaitsRestoredPage_ = restoreSessionState(view_.get(), state);
+  return awaitsRestoredPage_;
 }
 
 async::Task<PrintResult> WebKitView::print(PrintSettings settings) {

@@ -3,6 +3,7 @@
 #include "platform/WebView.h"
 #include "platform/WebViewDelegate.h"
 #include "platform/linux/WebKitLoads.h"
+#include "platform/linux/WebKitMessagePacing.h"
 #include "platform/linux/glib/Connection.h"
 #include "platform/linux/glib/Ref.h"
 
@@ -82,6 +83,8 @@ class WebKitView final : public WebView,
   Scripts extraScripts_;                         // that the extension runs
   std::set<std::string, std::less<>> handlerNames_;
   WebKitLoads loads_{*this};
+  bool awaitsRestoredPage_ = false; // its history has come back, and no page of it yet
+  WebKitMessagePacing messagePacing_;
   std::shared_ptr<WebKitView> heldUntilShown_; // itself, as a new window of a page
   std::vector<glib::Connection> connections_;
 };

@@ -34,6 +34,7 @@ void WebKitView::connectLoads() {
       return;
     case WEBKIT_LOAD_COMMITTED:
       sendExtraScripts(); // again, since this may be a new web process
+      awaitsRestoredPage_ = false;
       loads_.committed(url().value_or(std::string()));
       return;
     case WEBKIT_LOAD_FINISHED:
@@ -193,6 +194,10 @@ WebKitWebView* WebKitView::openWindow(WebKitNavigationAction* action) {
 }
 
 void WebKitView::receive(WebKitUserMessage* message) {
+  if (isQuestionToGoOn(message)) {
+    messagePacing_.answerWithTime(message);
+    return;
+  }
   auto scriptMessage = scriptMessageFrom(message);
   if (!scriptMessage || !handlerNames_.contains(scriptMessage->name))
     return;

@@ -1,0 +1,77 @@
+// A page as a file, from the command to the paper.
+#include "UserHandsTest.h"
+#include "support/PdfPage.h"
+
+namespace ondrel::e2e {
+namespace {
+
+namespace fs = std::filesystem;
+using support::PdfPage;
+
+class ExportTest : public UserHandsTest {
+ protected:
+  void SetUp() override {
+    if (!PdfPage::canBeDrawn())
+      GTEST_SKIP() << "pdftoppm is missing";
+    UserHandsTest::SetUp();
+    // Where the panel opens first.
+    before_ = fs::current_path();
+    folder = profile / "documents";
+    fs::create_directory(folder);
+    fs::current_path(folder);
+  }
+  void TearDown() override {
+    if (!before_.empty())
+      fs::current_path(before_);
+    UserHandsTest::TearDown();
+  }
+
+  // The panel has no title of its own, so that only the number of windows tells it.
+  static std::size_t topLevels() { return xdotool("search --onlyvisible --class Ondrel").size() - 1; }
+  void openPanel() {
+    press("ctrl+shift+p");
+    ASSERT_TRUE(eventually([] { return topLevels() == 2; }));
+    const auto found = xdotool("search --onlyvisible --class Ondrel");
+    for (const auto& line : found)
+      if (line != "done" && std::stoul(line) != main)
+        focus(std::stoul(line));
+  }
+
+  fs::path folder;
+  WindowId main = 0;
+
+ private:
+  fs::path before_;
+};
+
+TEST_F(ExportTest, WritesThePageWithItsMarginsUnderItsTitleIfThePanelIsAccepted) {
+  const auto program = start();
+  main = signIn(*program);
+  press("j o");
+  ASSERT_TRUE(eventually([&] { return title(main) == "Plans for the spring workshop"; })) << title(main);
+
+  openPanel();
+  press("Escape");
+  ASSERT_TRUE(eventually([] { return topLevels() == 1; }));
+  EXPECT_TRUE(fs::is_empty(folder));
+
+  focus(main);
+  openPanel();
+  press("Return");
+  const auto file = folder / "Plans for the spring workshop.pdf";
+  ASSERT_TRUE(eventually([&] { return read(file).contains("%%EOF"); })) << program->output();
+  EXPECT_TRUE(read(file).starts_with("%PDF-"));
+  const auto page = PdfPage::draw(file);
+  ASSERT_TRUE(page);
+  // The page's background fills the paper between them.
+  const auto margins = page->margins();
+  constexpr int margin = 20 * PdfPage::scale;
+  EXPECT_NEAR(margins.left, margin, 1);
+  EXPECT_NEAR(margins.top, margin, 1);
+  EXPECT_NEAR(margins.right, margin, 1);
+  EXPECT_NEAR(margins.bottom, margin, 1);
+  EXPECT_EQ(quit(*program), 0);
+}
+
+} // namespace
+} // namespace ondrel::e2e
