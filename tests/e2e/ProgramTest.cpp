@@ -2,6 +2,7 @@
 
 #include <arpa/inet.h>
 #include <boost/json/parse.hpp>
+#include <boost/json/serialize.hpp>
 #include <netinet/in.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -49,14 +50,16 @@ int portOf(const std::string& url) {
 }
 
 // The body of the answer of a loopback server; empty when there is none.
-std::string get(int port, const std::string& path) {
+std::string ask(int port, const std::string& method, const std::string& path, const std::string& body = {}) {
   const int connection = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
   sockaddr_in server{};
   server.sin_family = AF_INET;
   server.sin_port = htons(static_cast<std::uint16_t>(port));
   server.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
   std::string answer;
-  const auto request = "GET " + path + " HTTP/1.0\r\nHost: localhost\r\n\r\n";
+  const auto request = method + " " + path +
+                       " HTTP/1.0\r\nHost: localhost\r\nContent-Length: " + std::to_string(body.size()) +
+                       "\r\n\r\n" + body;
   if (connect(connection, reinterpret_cast<const sockaddr*>(&server), sizeof server) == 0 &&
       ::write(connection, request.data(), request.size()) == static_cast<ssize_t>(request.size())) {
     std::array<char, 4096> part{};
@@ -64,8 +67,8 @@ std::string get(int port, const std::string& path) {
       answer.append(part.data(), static_cast<std::size_t>(length));
   }
   close(connection);
-  const auto body = answer.find("\r\n\r\n");
-  return body == answer.npos ? "" : answer.substr(body + 4);
+  const auto head = answer.find("\r\n\r\n");
+  return head == answer.npos ? "" : answer.substr(head + 4);
 }
 
 } // namespace
@@ -115,10 +118,19 @@ std::optional<int> ProgramTest::quit(Process& program) {
 }
 
 int ProgramTest::requests(const std::string& path) const {
-  const auto counted = boost::json::parse(get(controlPort_, "/control/requests"));
+  const auto counted = askService("/control/requests");
   const auto* host = counted.as_object().if_contains("localhost");
   const auto* times = host ? host->as_object().if_contains(path) : nullptr;
   return times ? static_cast<int>(times->as_int64()) : 0;
+}
+
+boost::json::value ProgramTest::askService(const std::string& path) const {
+  return boost::json::parse(ask(controlPort_, "GET", path));
+}
+
+boost::json::value ProgramTest::order(const std::string& path, const boost::json::object& what) const {
+  const auto answer = ask(controlPort_, "POST", path, boost::json::serialize(what));
+  return answer.empty() ? boost::json::value() : boost::json::parse(answer);
 }
 
 std::string ProgramTest::read(const fs::path& file) const {

@@ -3,6 +3,8 @@
 #include "Process.h"
 #include "app/PersistedSession.h"
 
+#include <boost/json/object.hpp>
+#include <boost/json/value.hpp>
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -28,6 +30,10 @@ class ProgramTest : public testing::Test {
 
   // How often the service was asked for a path of the web application.
   int requests(const std::string& path) const;
+
+  // Asks the service's control interface, and gives it an order; the answer is JSON.
+  boost::json::value askService(const std::string& path) const;
+  boost::json::value order(const std::string& path, const boost::json::object& what = {}) const;
 
   std::string read(const std::filesystem::path& file) const;
   void write(const std::filesystem::path& file, const std::string& text) const;

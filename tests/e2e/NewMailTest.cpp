@@ -1,0 +1,98 @@
+// New mail from the service's stream to the desktop and back, on message buses of the test's own.
+#include "UserHandsTest.h"
+#include "support/NotificationServer.h"
+#include "support/TestBus.h"
+
+#include <boost/json/serialize.hpp>
+
+#include <algorithm>
+
+namespace ondrel::e2e {
+namespace {
+
+using namespace std::chrono_literals;
+using support::NotificationServer;
+using support::TestBus;
+
+class NewMailTest : public UserHandsTest {
+ protected:
+  // The program with its user signed in and the stream open.
+  void begin() {
+    TestBus::ownName(logind_, "org.freedesktop.login1");
+    program_ = start({}, {{"DBUS_SESSION_BUS_ADDRESS", bus_.address()},
+                          {"DBUS_SYSTEM_BUS_ADDRESS", systemBus_.address()}});
+    ASSERT_NE(signIn(*program_), 0U) << program_->output();
+    ASSERT_TRUE(eventually([this] { return listeners() == 1; }, 40s)) << program_->output();
+  }
+  void TearDown() override {
+    if (program_)
+      EXPECT_EQ(quit(*program_), 0);
+    program_.reset();
+    UserHandsTest::TearDown();
+  }
+
+  std::int64_t listeners() const { return askService("/control/stream").at("listeners").as_int64(); }
+  std::string deliver(const boost::json::object& mail) const {
+    return std::string(order("/control/deliver", mail).at("emailId").as_string());
+  }
+  bool notifiedOf(const std::string& subject) const {
+    return eventually([&] {
+      return std::ranges::count(server_.notifications(), subject, &NotificationServer::Notification::body) ==
+             1;
+    });
+  }
+
+  TestBus bus_;
+  TestBus systemBus_;
+  glib::Ref<GDBusConnection> logind_ = systemBus_.connect();
+  NotificationServer server_{bus_.address()};
+  std::unique_ptr<Process> program_;
+};
+
+TEST_F(NewMailTest, IsNotifiedOfOpenedAndDeleted) {
+  begin();
+  const auto first = deliver({{"subject", "Lunch & <b>more</b>"}, {"fromName", "Ann Example"}});
+  ASSERT_TRUE(notifiedOf("Lunch &amp; &lt;b&gt;more&lt;/b&gt;")) << program_->output();
+  const auto shown = server_.notifications().at(0);
+  EXPECT_EQ(shown.summary, "Ann Example");
+  EXPECT_EQ(shown.actions, (std::vector<std::string>{"default", "Open", "DELETE_EMAIL", "Delete"}));
+
+  server_.invoke(shown.id, "default");
+  EXPECT_TRUE(sessionBecomes([&](const auto& saved) {
+    return saved.windows.at(0).tabs.at(0).urlString.contains("/mail/Inbox/" + first + "?u=12345678");
+  })) << read(sessionFile());
+  EXPECT_EQ(windows().size(), 1U) << "in the window that shows mail";
+
+  deliver({{"subject", "Filed away"}, {"mailbox", "archive"}});
+  const auto last = deliver({{"subject", "To be deleted"}, {"from", nullptr}});
+  ASSERT_TRUE(notifiedOf("To be deleted")) << program_->output();
+  EXPECT_EQ(server_.notifications().size(), 2U) << "what a rule has filed away is not told";
+  server_.invoke(server_.notifications().at(1).id, "DELETE_EMAIL");
+  EXPECT_TRUE(eventually([&] {
+    const auto requests = boost::json::serialize(askService("/control/jmap-requests"));
+    return requests.contains("Email/set") && requests.contains(last);
+  })) << program_->output();
+
+  const auto token = std::string(order("/control/token").at("accessToken").as_string());
+  EXPECT_FALSE(program_->output().contains(token));
+}
+
+TEST_F(NewMailTest, IsFoundAfterSleepAndWithARenewedToken) {
+  begin();
+  order("/control/stream", {{"action", "drop"}});
+  ASSERT_TRUE(eventually([this] { return listeners() == 0; }));
+  deliver({{"subject", "While nobody listened"}});
+  // Instead of waiting for the pause to pass: the machine wakes up.
+  g_dbus_connection_emit_signal(logind_.get(), nullptr, "/org/freedesktop/login1",
+                                "org.freedesktop.login1.Manager", "PrepareForSleep",
+                                g_variant_new("(b)", FALSE), nullptr);
+  EXPECT_TRUE(notifiedOf("While nobody listened")) << program_->output();
+
+  order("/control/expire-token");
+  deliver({{"subject", "With another token"}});
+  EXPECT_TRUE(notifiedOf("With another token")) << program_->output();
+  EXPECT_EQ(server_.notifications().size(), 2U);
+}
+
+} // namespace
+} // namespace ondrel::e2e
