@@ -45,7 +45,8 @@ void logOutcome(const MembershipChange& change, const JMAPReply& reply) {
   }
   if (const auto* failed = objectMember(*arguments, "notUpdated"); failed && !failed->empty())
     networkLogger.error("setMailboxMembership: {} email(s) failed to {} mailbox {}: {}", failed->size(),
-                        change.add ? "add" : "remove", change.mailboxId, base::jsonText(*failed));
+                        change.add ? "add" : "remove", change.mailboxId,
+                        reply.withoutSecrets(base::jsonText(*failed)));
   if (const auto* updated = objectMember(*arguments, "updated"))
     networkLogger.info("setMailboxMembership: {} mailbox {} — {}/{} email(s) updated",
                        change.add ? "added" : "removed", change.mailboxId, updated->size(), change.emails);

@@ -17,13 +17,16 @@ namespace ondrel::jmap {
 struct JMAPReply {
   static constexpr std::size_t longestExcerpt = 4000; // bytes
 
-  std::string body;                // as it came
-  Result<boost::json::value> json; // the body parsed; an error of kind `malformed` when it is no JSON
-  std::string loggable;            // the body's first bytes, without anything of the user's credentials
+  std::string body;                 // as it came
+  Result<boost::json::value> json;  // the body parsed; an error of kind `malformed` when it is no JSON
+  std::vector<std::string> secrets; // of the request, which a server may repeat
 
-  static JMAPReply of(std::string body, const std::vector<std::string>& secrets = {});
-  // For the log: at most so many bytes, or "<N non-UTF8 bytes>" of the whole where these are no text.
+  static JMAPReply of(std::string body, std::vector<std::string> secrets = {});
+  // For the log, without the secrets: at most so many bytes of the body, or "<N non-UTF8 bytes>" of the whole
+  // where these are no text.
   std::string excerpt(std::size_t most = longestExcerpt) const;
+  // A text that was read from it, for the log.
+  std::string withoutSecrets(std::string_view text) const;
 };
 
 // The service's JMAP API as everything above the transport sees it. Each call has the same course:

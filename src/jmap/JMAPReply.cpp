@@ -25,17 +25,20 @@ Result<boost::json::value> parsed(const std::string& body) {
 
 } // namespace
 
-JMAPReply JMAPReply::of(std::string body, const std::vector<std::string>& secrets) {
+JMAPReply JMAPReply::of(std::string body, std::vector<std::string> secrets) {
   auto json = parsed(body);
-  auto loggable = redactedStart(body, longestExcerpt, secrets);
-  return {std::move(body), std::move(json), std::move(loggable)};
+  return {std::move(body), std::move(json), std::move(secrets)};
 }
 
 std::string JMAPReply::excerpt(std::size_t most) const {
-  auto start = loggable.substr(0, most);
+  auto start = redactedStart(body, most, secrets);
   if (base::isValidUtf8(start))
     return start;
   return fmt::format("<{} non-UTF8 bytes>", body.size());
+}
+
+std::string JMAPReply::withoutSecrets(std::string_view text) const {
+  return redactedStart(text, text.size(), secrets);
 }
 
 } // namespace ondrel::jmap

@@ -40,8 +40,8 @@ async::Task<Result<JMAPSessionData>> JMAPSession::fetchSessionData() {
   if (cachedSessionData_)
     co_return *cachedSessionData_;
   const std::string url = settings_.jmapSessionURL(settings_.currentEnvironment());
-  const auto reply =
-      co_await transport_.sendWithRetry(JMAPTransport::callAttempts, [this](int) { return sessionRequest(); });
+  const auto reply = co_await transport_.sendWithRetry(JMAPTransport::callAttempts,
+                                                       [this](int) { return sessionRequest(); });
   if (!reply)
     co_return std::unexpected(reply.error());
   auto data = JMAPSessionData::decode(reply->body, url);
@@ -115,7 +115,7 @@ void JMAPSession::environmentDidChange() {
   eventStream_.stop();
   fallbackTask_.cancel();
   cachedSessionData_.reset();
-  mail_.mailboxes() = {};
+  mail_.forgetMailboxes();
   newMail_.clear();
   badge_.clear();
   page_.forget();

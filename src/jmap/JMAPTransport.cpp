@@ -90,14 +90,14 @@ async::Task<Result<JMAPReply>> JMAPTransport::attempt(int index, const RequestBu
   auto request = co_await build(index);
   if (!request)
     co_return std::unexpected(std::move(request.error()));
-  const auto secrets = secretsOf(platform::headerValue(request->headers, "Authorization").value_or(""),
-                                 platform::headerValue(request->headers, "Cookie").value_or(""));
+  auto secrets = secretsOf(platform::headerValue(request->headers, "Authorization").value_or(""),
+                           platform::headerValue(request->headers, "Cookie").value_or(""));
   auto response = co_await http_.send(std::move(*request));
   if (!response)
     co_return std::unexpected(JMAPError{JMAPError::Kind::transport, response.error().description});
 
   const int status = response->status;
-  auto reply = JMAPReply::of(std::move(response->body), secrets);
+  auto reply = JMAPReply::of(std::move(response->body), std::move(secrets));
   if (status >= 200 && status <= 299 && !reply.body.empty() && !isErrorReply(reply.json))
     co_return reply;
   logger_.error("JMAP request rejected — status: {}, body: {}", status, reply.excerpt());

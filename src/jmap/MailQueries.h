@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -84,13 +85,15 @@ class MailQueries {
   async::Task<Result<std::string>> messageURL(std::string emailId);
   async::Task<Result<std::string>> messageURLForMessageId(std::string messageId);
 
-  MailboxCache& mailboxes() { return mailboxes_; }
+  MailboxCache& mailboxes() { return *mailboxes_; }
+  // For another account: operations that are under way keep what they find to themselves.
+  void forgetMailboxes() { mailboxes_ = std::make_shared<MailboxCache>(); }
 
  private:
   JMAPClient& client_;
   settings::AppSettings& settings_;
   BadgeRefresh badgeRefresh_;
-  MailboxCache mailboxes_;
+  std::shared_ptr<MailboxCache> mailboxes_ = std::make_shared<MailboxCache>();
 };
 
 } // namespace ondrel::jmap

@@ -100,33 +100,36 @@ async::Task<Result<std::int64_t>> MailQueries::inboxUnreadCount() {
 }
 
 async::Task<Result<std::string>> MailQueries::fetchInboxMailboxId() {
-  if (mailboxes_.inboxId)
-    co_return *mailboxes_.inboxId;
+  const auto mailboxes = mailboxes_;
+  if (mailboxes->inboxId)
+    co_return *mailboxes->inboxId;
   auto inbox = co_await mailboxOfRole(client_, {"fetchInboxMailboxId", "inbox", "inbox", "m0", true});
   if (!inbox)
     co_return std::unexpected(std::move(inbox).error());
-  mailboxes_.inboxId = inbox->id;
-  mailboxes_.inboxName = inbox->name;
+  mailboxes->inboxId = inbox->id;
+  mailboxes->inboxName = inbox->name;
   co_return inbox->id;
 }
 
 async::Task<Result<std::string>> MailQueries::fetchTrashMailboxId() {
-  if (mailboxes_.trashId)
-    co_return *mailboxes_.trashId;
+  const auto mailboxes = mailboxes_;
+  if (mailboxes->trashId)
+    co_return *mailboxes->trashId;
   auto trash = co_await mailboxOfRole(client_, {"fetchTrashMailboxId", "trash", "trash", "t0"});
   if (!trash)
     co_return std::unexpected(std::move(trash).error());
-  mailboxes_.trashId = trash->id;
+  mailboxes->trashId = trash->id;
   co_return trash->id;
 }
 
 async::Task<Result<std::string>> MailQueries::fetchJunkMailboxId() {
-  if (mailboxes_.junkId)
-    co_return *mailboxes_.junkId;
+  const auto mailboxes = mailboxes_;
+  if (mailboxes->junkId)
+    co_return *mailboxes->junkId;
   auto junk = co_await mailboxOfRole(client_, {"fetchJunkMailboxId", "junk", "junk mailbox", "j0"});
   if (!junk)
     co_return std::unexpected(std::move(junk).error());
-  mailboxes_.junkId = junk->id;
+  mailboxes->junkId = junk->id;
   co_return junk->id;
 }
 

@@ -56,7 +56,7 @@ TEST_F(HighlightExportQueryTest, AFailedChunkLeavesOutItsMessagesOnly) {
   EXPECT_EQ(log.lines(),
             Lines{"error network: highlightExportInfo: chunk at 0 (200 message id(s)) failed: reset"});
   const auto conditions = [&](std::size_t number) {
-    const auto& query = client.sent[number].body.at("methodCalls").as_array()[0].as_array()[1].as_object();
+    const auto& query = client.sent.at(number).body.at("methodCalls").as_array()[0].as_array()[1].as_object();
     EXPECT_EQ(query.at("limit"), query.at("filter").at("conditions").as_array().size());
     return query.at("filter").at("conditions").as_array().size();
   };

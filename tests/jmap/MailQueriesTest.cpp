@@ -95,16 +95,15 @@ TEST_F(MailQueriesTest, MembershipIsPatched) {
   run(queries.setMailboxMembership({"M1"}, "B1", true));
   client.answerNext("{}" + std::string(3000, ' '));
   run(queries.setMailboxMembership({"M1"}, "B1", true));
+  const std::string error = "error network: setMailboxMembership: ";
+  const std::string info = "info network: setMailboxMembership: ";
   EXPECT_EQ(log.lines(),
-            (Lines{"error network: setMailboxMembership: 1 email(s) failed to add mailbox B1: "
-                   R"({"M2":{"type":"notFound"}})",
-                   "info network: setMailboxMembership: added mailbox B1 — 1/2 email(s) updated",
-                   "info network: setMailboxMembership: removed mailbox B1 — 1/1 email(s) updated",
-                   "error network: setMailboxMembership: failed to remove mailbox B1 on 3 email(s): "
-                   "Connection refused",
-                   "error network: setMailboxMembership: unparsable Email/set response — body: <html>",
-                   "error network: setMailboxMembership: unparsable Email/set response — body: {}" +
-                       std::string(1998, ' ')}));
+            (Lines{error + R"(1 email(s) failed to add mailbox B1: {"M2":{"type":"notFound"}})",
+                   info + "added mailbox B1 — 1/2 email(s) updated",
+                   info + "removed mailbox B1 — 1/1 email(s) updated",
+                   error + "failed to remove mailbox B1 on 3 email(s): Connection refused",
+                   error + "unparsable Email/set response — body: <html>",
+                   error + "unparsable Email/set response — body: {}" + std::string(1998, ' ')}));
 }
 
 TEST_F(MailQueriesTest, MailboxesAreFoundByNameWithoutRegardToCase) {

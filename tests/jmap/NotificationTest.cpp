@@ -84,6 +84,18 @@ TEST_F(NotificationTest, SettingUpTwiceLeavesOneCategoryAndOneHandler) {
   EXPECT_EQ(opened, Lines{"https://app.example.com/mail/In%20box/M1?u=123"});
 }
 
+TEST_F(NotificationTest, AHandlerMayTakeItselfAway) {
+  run(manager.send("A", "B", "ONCE", {}));
+  Lines handled;
+  manager.setResponseHandler("ONCE", [this, &handled, name = std::string(100, 'x')](const auto& response) {
+    manager.setResponseHandler("ONCE", nullptr);
+    handled.push_back(name + response.actionIdentifier);
+  });
+  center.respond(0, "1");
+  center.respond(0, "2");
+  EXPECT_EQ(handled, Lines{std::string(100, 'x') + "1"});
+}
+
 TEST_F(NotificationTest, TellsSenderAndSubject) {
   const std::pair<const char*, const char*> cases[] = {
       {R"({"from":[{"name":"Ann","email":"a@x"},{"name":"Bob"}],"subject":"Hi"})", "Ann|Hi"},

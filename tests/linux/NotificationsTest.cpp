@@ -93,13 +93,18 @@ TEST_F(NotificationsTest, ShowsWhatTheServerCanShow) {
   EXPECT_THAT(last().actions, ElementsAre("default", "Open"));
   EXPECT_EQ(server->calls("GetCapabilities"), 1) << "they don't change while the server runs";
 
+  server->setCapabilities({"body", "body-hyperlinks"});
+  server->restart();
+  ASSERT_EQ(add(request("2b", hostile, hostile)), "");
+  EXPECT_TRUE(last().body.starts_with("&lt;b&gt;")) << "a server that shows links reads markup";
+
   server->setCapabilities({"body"});
   server->restart();
   ASSERT_EQ(add(request("3", hostile, hostile)), "");
   EXPECT_EQ(last().body, "<b>a & b</b> cod\uFFFD") << "the server shows it as it is";
   EXPECT_THAT(last().actions, ElementsAre());
-  EXPECT_EQ(server->calls("GetCapabilities"), 2);
-  EXPECT_EQ(log, (Strings{"present 1", "present 2", "present 3"}));
+  EXPECT_EQ(server->calls("GetCapabilities"), 3);
+  EXPECT_EQ(log, (Strings{"present 1", "present 2", "present 2b", "present 3"}));
 }
 
 TEST_F(NotificationsTest, CutsLongTextsAtACharacter) {

@@ -22,7 +22,8 @@ constexpr const char* notificationsName = "org.freedesktop.Notifications";
 constexpr const char* notificationsPath = "/org/freedesktop/Notifications";
 constexpr const char* busName = "org.freedesktop.DBus";
 constexpr const char* noAnswer = "The notification server doesn't answer";
-constexpr std::string_view markupCapability = "body-markup";
+// Links and images in a body are markup too: dunst without a configuration names one of these alone.
+constexpr std::string_view markupCapabilities[] = {"body-markup", "body-hyperlinks", "body-images"};
 constexpr std::string_view actionsCapability = "actions";
 
 constexpr std::size_t longestLookedAt = 64 * 1024; // bytes of a text that strangers have written
@@ -215,7 +216,8 @@ DesktopNotifications::askServer(glib::Ref<GDBusConnection> connection) {
   if (isFromTheBus(*reply))
     co_return std::unexpected(errorText(*reply));
   Server server{.name = g_dbus_message_get_sender(reply->get()),
-                .bodyMarkup = holds(*reply, markupCapability),
+                .bodyMarkup =
+                    std::ranges::any_of(markupCapabilities, [&](auto each) { return holds(*reply, each); }),
                 .actions = holds(*reply, actionsCapability)};
   if (isError(*reply) || !argumentsOf(reply->get(), "(as)"))
     logger.notice("The notification server doesn't tell what it can do");
