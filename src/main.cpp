@@ -2,7 +2,9 @@
 
 #include "base/Log.h"
 #include "platform/linux/DesktopNotifications.h"
+#include "platform/linux/GioTcpListener.h"
 #include "platform/linux/GlibLogSink.h"
+#include "platform/linux/IcuTextFormatting.h"
 #include "platform/linux/JsonUserDefaults.h"
 #include "platform/linux/LauncherEntry.h"
 #include "platform/linux/LinuxApplication.h"
@@ -100,6 +102,8 @@ class Program {
               .notifications = notifications_,
               .dockTile = launcherEntry_,
               .sleepMonitor = logind_,
+              .textFormatting = textFormatting_,
+              .makeTcpListener = [] { return std::make_unique<platform::GioTcpListener>(); },
               .hasEnvironmentVariable =
                   [](std::string_view name) { return std::getenv(std::string(name).c_str()) != nullptr; },
               .randomUpTo = randomUpTo},
@@ -124,6 +128,7 @@ class Program {
   platform::DesktopNotifications notifications_;
   platform::LauncherEntry launcherEntry_;
   platform::LogindSleep logind_;
+  platform::IcuTextFormatting textFormatting_;
   web::PageScripts scripts_;
   program::OndrelApp app_;
   ui::UserInterface interface_;

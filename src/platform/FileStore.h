@@ -22,6 +22,9 @@ class FileStore {
   // mixture. Makes missing folders.
   virtual std::expected<void, FileError> writeAtomically(const std::string& path,
                                                          std::string_view content) = 0;
+  // The same for a file that is another program's too: links are followed, the file's mode is kept, and a file
+  // without write permission is left alone.
+  virtual std::expected<void, FileError> rewriteShared(const std::string& path, std::string_view content) = 0;
   // Moves a damaged file out of the way under a free name beside it; the new path.
   virtual std::expected<std::string, FileError> keepAside(const std::string& path) = 0;
   virtual bool exists(const std::string& path) = 0;

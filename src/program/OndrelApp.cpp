@@ -1,5 +1,9 @@
 #include "program/OndrelApp.h"
 
+#include "mcp/MCPHTTPServer.h"
+#include "mcp/MCPJMAPBridge.h"
+#include "platform/Application.h"
+#include "platform/TcpListener.h"
 #include "program/DefaultClientAlert.h"
 
 namespace ondrel::program {
@@ -33,10 +37,20 @@ OndrelApp::OndrelApp(const PlatformAbilities& platform, settings::Site site, con
                     .sleepMonitor = platform.sleepMonitor,
                     .notifications = notificationManager_,
                     .openURL = [this](const std::string& url) { windowManager_.openURL(url); }}),
-      emailLinkService_(platform.application, windowManager_, webServices_) {
+      emailLinkService_(platform.application, windowManager_, webServices_),
+      mcpServerManager_(settings_, platform.directories, platform.files,
+                        [makeListener = platform.makeTcpListener](mcp::RPCHandler handler) {
+                          return std::make_unique<mcp::MCPHTTPServer>(makeListener(), std::move(handler));
+                        }),
+      mcpSettings_(settings_, mcpServerManager_, platform.clipboard) {
   appDelegate_.setWindowManager(&windowManager_);
   if (platform.hasEnvironmentVariable(testVariable))
     return;
+  mcpServerManager_.start(std::make_unique<mcp::MCPJMAPBridge>(
+      jmapSession_, jmapSession_.mail(), platform.textFormatting,
+      mcp::MessageWindow{
+          .openURL = [this](const std::string& url) { windowManager_.openURL(url); },
+          .activate = [&application = platform.application] { application.activateIgnoringOtherApps(); }}));
   if (settings_.get(settings::keys::defaultClientCheck)) {
     const std::chrono::seconds delay{shortestAlertDelay + platform.randomUpTo(alertDelaySpread)};
     scope_.spawn(askToBecomeDefault(delay, platform.bundle, platform.application, platform.workspace,

@@ -7,6 +7,8 @@
 #include "integrations/EmailLinkService.h"
 #include "jmap/JMAPSession.h"
 #include "jmap/NotificationManager.h"
+#include "mcp/MCPServerManager.h"
+#include "mcp/MCPSettingsModel.h"
 #include "platform/Bundle.h"
 #include "program/AppDelegate.h"
 #include "program/AppLifecycleService.h"
@@ -15,6 +17,7 @@
 #include "web/WebViewConfiguration.h"
 
 #include <functional>
+#include <memory>
 #include <string_view>
 
 namespace ondrel::platform {
@@ -26,6 +29,8 @@ class FileStore;
 class HttpClient;
 class NotificationCenter;
 class SleepMonitor;
+class TcpListener;
+class TextFormatting;
 } // namespace ondrel::platform
 
 namespace ondrel::program {
@@ -46,6 +51,8 @@ struct PlatformAbilities {
   platform::NotificationCenter& notifications;
   platform::DockTile& dockTile;
   platform::SleepMonitor& sleepMonitor;
+  const platform::TextFormatting& textFormatting;
+  std::function<std::unique_ptr<platform::TcpListener>()> makeTcpListener;
   // The value of an environment variable is set.
   std::function<bool(std::string_view name)> hasEnvironmentVariable;
   // A number from 0 to `most`, uniformly.
@@ -64,6 +71,7 @@ class OndrelApp {
   app::WindowManager& windowManager() { return windowManager_; }
   integrations::EmailLinkService& emailLinkService() { return emailLinkService_; }
   jmap::JMAPSession& jmapSession() { return jmapSession_; }
+  mcp::MCPSettingsModel& mcpSettings() { return mcpSettings_; }
   AppLifecycleService& lifecycle() { return lifecycle_; }
   const web::WebServices& webServices() const { return webServices_; }
 
@@ -77,6 +85,8 @@ class OndrelApp {
   app::WindowManager windowManager_;
   jmap::JMAPSession jmapSession_;
   integrations::EmailLinkService emailLinkService_;
+  mcp::MCPServerManager mcpServerManager_;
+  mcp::MCPSettingsModel mcpSettings_;
   async::Scope scope_;
 };
 

@@ -59,6 +59,30 @@ TEST_F(FileStoreTest, ReplacesALinkAndLeavesItsTarget) {
   EXPECT_EQ(folder.content("elsewhere"), "theirs");
 }
 
+TEST_F(FileStoreTest, RewritesTheTargetOfALinkInItsMode) {
+  fs::create_directory(folder.file("elsewhere"));
+  folder.write("elsewhere/shared.json", "old");
+  fs::permissions(folder.file("elsewhere/shared.json"), fs::perms(0640));
+  fs::create_symlink("elsewhere/link", folder.file("shared.json"));
+  fs::create_symlink("shared.json", folder.file("elsewhere/link"));
+  const auto old = umask(077);
+  ASSERT_TRUE(store.rewriteShared(folder.file("shared.json"), "new"));
+  umask(old);
+  EXPECT_TRUE(fs::is_symlink(folder.file("shared.json")));
+  EXPECT_EQ(folder.content("elsewhere/shared.json"), "new");
+  EXPECT_EQ(mode(folder.file("elsewhere/shared.json")), 0640U);
+
+  fs::permissions(folder.file("elsewhere/shared.json"), fs::perms(0400));
+  EXPECT_FALSE(store.rewriteShared(folder.file("shared.json"), "newer"));
+  EXPECT_EQ(folder.content("elsewhere/shared.json"), "new");
+  EXPECT_FALSE(store.rewriteShared(folder.file("elsewhere"), "x"));
+  fs::create_symlink("round", folder.file("round"));
+  EXPECT_FALSE(store.rewriteShared(folder.file("round"), "x"));
+  fs::create_symlink("to come", folder.file("dangling"));
+  ASSERT_TRUE(store.rewriteShared(folder.file("dangling"), "x"));
+  EXPECT_EQ(mode(folder.file("to come")), 0600U);
+}
+
 TEST_F(FileStoreTest, TellsWhatCannotBeDone) {
   folder.write("file", "x");
   fs::create_directory(folder.file("folder"));

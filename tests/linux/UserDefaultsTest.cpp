@@ -29,6 +29,9 @@ class CountingStore final : public FileStore {
       return std::unexpected(FileError{false, "disk full"});
     return files_.writeAtomically(path, content);
   }
+  std::expected<void, FileError> rewriteShared(const std::string& path, std::string_view content) override {
+    return writeAtomically(path, content);
+  }
   std::expected<std::string, FileError> keepAside(const std::string& path) override {
     if (failing)
       return std::unexpected(FileError{false, "disk full"});

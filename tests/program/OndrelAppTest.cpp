@@ -4,6 +4,8 @@
 #include "program/Migration.h"
 #include "support/FakeDockTile.h"
 #include "support/FakeHttpClient.h"
+#include "support/FakeTcpListener.h"
+#include "support/FakeTextFormatting.h"
 #include "support/TestShell.h"
 
 #include <gtest/gtest.h>
@@ -139,6 +141,8 @@ class OndrelAppTest : public testing::Test {
         shell.notificationCenter,
         dockTile,
         sleepMonitor,
+        textFormatting,
+        [this] { return std::make_unique<support::FakeTcpListener>(port); },
         [=](std::string_view name) { return underTest && name == "XCTestConfigurationFilePath"; },
         [](unsigned most) { return most / 2; }};
     auto app = std::make_unique<OndrelApp>(
@@ -159,6 +163,8 @@ class OndrelAppTest : public testing::Test {
   support::FakeHttpClient http;
   support::FakeDockTile dockTile;
   support::FakeSleepMonitor sleepMonitor;
+  support::FakeTextFormatting textFormatting;
+  support::FakeTcpListener::Port port;
 };
 
 TEST_F(OndrelAppTest, AsksOnceForTheDefault) {

@@ -125,6 +125,10 @@ class FakeFiles final : public platform::FileStore, public platform::Directories
     files[path] = content;
     return {};
   }
+  std::expected<void, platform::FileError> rewriteShared(const std::string& path,
+                                                         std::string_view content) override {
+    return writeAtomically(path, content);
+  }
   std::expected<std::string, platform::FileError> keepAside(const std::string& path) override {
     const auto kept = path + ".damaged-1";
     files[kept] = files[path];

@@ -51,6 +51,19 @@ int makeFolders(const std::string& folder) {
   return errno == EEXIST ? 0 : errno;
 }
 
+// Where a path leads when its last part is a link, which may point to nothing.
+std::expected<std::string, int> followed(std::string path) {
+  constexpr int mostLinks = 40; // the kernel's own limit
+  for (int i = 0; i < mostLinks; ++i) {
+    std::error_code error;
+    const auto target = std::filesystem::read_symlink(path, error);
+    if (error)
+      return path;
+    path = std::filesystem::path(path).parent_path() / target;
+  }
+  return std::unexpected(ELOOP);
+}
+
 int flushFolder(int folder) {
   if (fsync(folder) == 0)
     return 0;
@@ -91,6 +104,26 @@ std::expected<std::string, FileError> PosixFileStore::read(const std::string& pa
 
 std::expected<void, FileError> PosixFileStore::writeAtomically(const std::string& path,
                                                                std::string_view content) {
+  return replace(path, content, std::nullopt);
+}
+
+std::expected<void, FileError> PosixFileStore::rewriteShared(const std::string& path,
+                                                             std::string_view content) {
+  const auto target = followed(path);
+  if (!target)
+    return failure("can't follow the links of", path, target.error());
+  struct stat status{};
+  if (stat(target->c_str(), &status) != 0)
+    return errno == ENOENT ? writeAtomically(*target, content) : failure("can't look at", path, errno);
+  if (!S_ISREG(status.st_mode))
+    return std::unexpected(FileError{false, fmt::format("{} is not a regular file", path)});
+  if (!(status.st_mode & S_IWUSR))
+    return failure("can't write", path, EACCES);
+  return replace(*target, content, status.st_mode & 0777);
+}
+
+std::expected<void, FileError> PosixFileStore::replace(const std::string& path, std::string_view content,
+                                                       std::optional<mode_t> mode) {
   const auto [folderPath, name] = split(path);
   if (const int error = makeFolders(folderPath))
     return failure("can't make the folder", folderPath, error);
@@ -103,6 +136,8 @@ std::expected<void, FileError> PosixFileStore::writeAtomically(const std::string
   TemporaryFile temporary(folder.get(), name);
   if (const int error = temporary.create())
     return failure("can't make a file beside", path, error);
+  if (const int error = mode ? temporary.setMode(*mode) : 0)
+    return failure("can't set the mode of the file beside", path, error);
   if (const int error = temporary.writeAndFlush(content))
     return failure("can't write", path, error);
   if (const int error = temporary.moveInto(name))

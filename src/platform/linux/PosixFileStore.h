@@ -2,8 +2,10 @@
 
 #include "platform/FileStore.h"
 
+#include <optional>
 #include <set>
 #include <string>
+#include <sys/types.h>
 
 namespace ondrel::platform {
 
@@ -17,6 +19,8 @@ class PosixFileStore final : public FileStore {
   std::expected<std::string, FileError> read(const std::string& path) override;
   // An error from flushing the folder is told though the new content is in place by then.
   std::expected<void, FileError> writeAtomically(const std::string& path, std::string_view content) override;
+  // Owner, access lists and hard links of the old file are not kept.
+  std::expected<void, FileError> rewriteShared(const std::string& path, std::string_view content) override;
   // The new path is "<path>.damaged-<n>", n from 1.
   std::expected<std::string, FileError> keepAside(const std::string& path) override;
   bool exists(const std::string& path) override;
@@ -24,6 +28,9 @@ class PosixFileStore final : public FileStore {
   std::expected<void, FileError> removeRecursively(const std::string& path) override;
 
  private:
+  std::expected<void, FileError> replace(const std::string& path, std::string_view content,
+                                         std::optional<mode_t> mode);
+
   std::set<std::string> swept_; // paths whose left-over temporary files are gone
 };
 

@@ -65,6 +65,10 @@ int TemporaryFile::writeAndFlush(std::string_view content) {
   return fsync(file_.get()) == 0 ? 0 : errno;
 }
 
+int TemporaryFile::setMode(mode_t mode) {
+  return fchmod(file_.get(), mode) == 0 ? 0 : errno;
+}
+
 int TemporaryFile::moveInto(const std::string& target) {
   // Network file systems may tell a failed write only now.
   if (close(file_.release()) != 0 && errno != EINTR)

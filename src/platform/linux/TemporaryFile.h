@@ -4,6 +4,7 @@
 
 #include <string>
 #include <string_view>
+#include <sys/types.h>
 
 namespace ondrel::platform {
 
@@ -20,6 +21,7 @@ class TemporaryFile {
 
   int create();
   int writeAndFlush(std::string_view content);
+  int setMode(mode_t mode); // 0600 until then
   int moveInto(const std::string& target);
 
   // Removes the left-overs for that target; what can't be removed stays.

@@ -1,0 +1,15 @@
+#pragma once
+
+#include <fmt/format.h>
+
+#include <string>
+#include <string_view>
+
+namespace ondrel::mcp {
+
+// The port as it was given: a number of any size, or what somebody typed in place of one.
+inline std::string invalidPortText(std::string_view port) {
+  return fmt::format("Invalid MCP server port: {}. Choose a port between 1 and 65535.", port);
+}
+
+} // namespace ondrel::mcp

@@ -1,0 +1,76 @@
+#pragma once
+
+#include "base/Event.h"
+#include "base/Observable.h"
+
+#include <cstdint>
+#include <expected>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace ondrel::platform {
+class Clipboard;
+}
+
+namespace ondrel::settings {
+class AppSettings;
+}
+
+namespace ondrel::mcp {
+
+class MCPServerManager;
+
+namespace settings_text {
+
+inline constexpr std::string_view section = "Claude Code integration (MCP)";
+inline constexpr std::string_view notFound = "Claude Code not found on this machine.";
+inline constexpr std::string_view showAnyway = "Show anyway";
+inline constexpr std::string_view enable = "Enable MCP server";
+inline constexpr std::string_view port = "Port:";
+inline constexpr std::string_view portPrompt = "7777";
+inline constexpr std::string_view caption = "Run once in Terminal, then restart Claude Code:";
+inline constexpr std::string_view copy = "Copy setup command";
+
+} // namespace settings_text
+
+// What the section of the settings window shows and does; a view only draws it. While it lives, each change
+// of the two settings restarts the server. Main thread only.
+class MCPSettingsModel {
+ public:
+  // All outlive it.
+  MCPSettingsModel(settings::AppSettings& settings, MCPServerManager& manager,
+                   platform::Clipboard& clipboard);
+
+  // Only the text that nothing was found and the button that shows all the same.
+  bool showsNotFound() const;
+  void showAnyway();
+
+  bool enabled() const;
+  void setEnabled(bool enabled);
+
+  // As it is stored: a value below 1 counts as the default for the server and is shown as it is.
+  std::int64_t port() const;
+  // Stores what the user typed. An error, for people, leaves the port as it was.
+  std::expected<void, std::string> setPort(std::string_view text);
+
+  std::string setupCommand() const;
+  void copySetupCommand();
+  // Why nothing listens although the setting is on.
+  std::optional<std::string> problem() const;
+  // Of the page that explains it all; empty where there is none.
+  const std::string& helpURL() const;
+
+  base::Event<> changed; // anything of the above
+
+ private:
+  settings::AppSettings& settings_;
+  MCPServerManager& manager_;
+  platform::Clipboard& clipboard_;
+  bool showAnyway_ = false;
+  base::Subscription settingChanges_;
+  base::Subscription detections_;
+  base::Subscription problems_;
+};
+
+} // namespace ondrel::mcp
