@@ -131,6 +131,37 @@ TEST_F(ScriptMessageTest, ComposeOpensAReducedWindow) {
   EXPECT_EQ(shell.log.count("error script: JS compose: invalid targetAddress URL: &ui=minimal"), 1);
 }
 
+TEST_F(ScriptMessageTest, TellsHowAFileTooLargeWasShared) {
+  const struct {
+    std::optional<std::string> name;
+    std::string status;
+    std::string title;
+    std::string body;
+  } cases[] = {
+      {"a\"b.zip", "success", "Attached via Fastmail Files",
+       "\"a\"b.zip\" was too large to attach directly — a share link was added to your email instead."},
+      {std::nullopt, "success", "Attached via Fastmail Files",
+       "\"the file\" was too large to attach directly — a share link was added to your email instead."},
+      {"b.zip", "error", "Couldn't share \"b.zip\"",
+       "It's too large to attach — add it via Fastmail Files manually."},
+      {std::nullopt, "", "Couldn't share \"the file\"",
+       "It's too large to attach — add it via Fastmail Files manually."},
+  };
+  for (const auto& [name, status, title, body] : cases) {
+    boost::json::object message{{"type", "ondrelFilesAutoShare"}, {"status", status}, {"reason", "why"}};
+    if (name)
+      message["filename"] = *name;
+    post(message);
+    shell.settle();
+    const auto& content = shell.notificationCenter.requests.back().content;
+    EXPECT_EQ(content.title, title);
+    EXPECT_EQ(content.body, body);
+    EXPECT_EQ(content.categoryIdentifier, "");
+  }
+  EXPECT_EQ(shell.notificationCenter.requests.size(), std::size(cases));
+  EXPECT_EQ(shell.log.count("error script: files-auto-share failed for b.zip: why"), 1);
+}
+
 TEST_F(ScriptMessageTest, PrintingNeedsAWindow) {
   post({{"type", "print"}});
   shell.settle();
