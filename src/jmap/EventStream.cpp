@@ -1,5 +1,6 @@
 #include "jmap/EventStream.h"
 
+#include "async/Timer.h"
 #include "async/sleep.h"
 #include "base/Url.h"
 #include "jmap/EventLines.h"
@@ -16,6 +17,7 @@ constexpr std::chrono::seconds staleLimit{90};
 constexpr std::chrono::seconds staleCheckInterval{20};
 constexpr std::string_view pingSeconds = "30";
 constexpr std::chrono::seconds openTimeout{60};
+constexpr std::chrono::seconds longestBurst{1};
 
 void replaceAll(std::string& text, std::string_view from, std::string_view to) {
   for (auto at = text.find(from); at != std::string::npos; at = text.find(from, at + to.size()))
@@ -44,6 +46,11 @@ struct EventStream::Connection {
   std::unique_ptr<platform::HttpStream> stream;
   async::Resolver<Result<void>> ended;
   SSELivenessTracker liveness;
+  // What a burst of lines has named so far.
+  bool mailboxes = false;
+  bool emails = false;
+  bool inBurst = false;
+  async::Timer burstLimit = {};
 };
 
 EventStream::EventStream(JMAPClient& client, platform::HttpClient& http, Receivers receivers)
@@ -116,27 +123,49 @@ async::Task<void> EventStream::read(Connection& connection) {
   while (true) {
     const auto chunk = co_await connection.stream->read();
     if (!chunk) {
+      tellChanges(connection);
       connection.ended.resolve(
           std::unexpected(JMAPError{JMAPError::Kind::transport, chunk.error().description}));
       co_return;
     }
-    for (const auto& line : chunk->empty() ? splitter.finish() : splitter.feed(*chunk)) {
-      connection.liveness.lineArrived();
-      if (!line.isData)
-        continue;
-      if (line.namesMailbox)
-        receivers_.mailboxesChanged();
-      if (line.namesEmail) {
-        logger_.info("SSE: Email change event received");
-        receivers_.emailsChanged();
-      }
-    }
-    if (chunk->empty()) {
+    const bool atEnd = chunk->empty();
+    for (const auto& line : atEnd ? splitter.finish() : splitter.feed(*chunk))
+      take(connection, line);
+    if (atEnd || !connection.stream->hasMore())
+      tellChanges(connection);
+    else
+      limitBurst(connection);
+    if (atEnd) {
       logger_.error("SSE connection closed — no more lines from server");
       connection.ended.resolve({});
       co_return;
     }
   }
+}
+
+void EventStream::take(Connection& connection, const EventLine& line) const {
+  connection.liveness.lineArrived();
+  if (!line.isData)
+    return;
+  connection.mailboxes |= line.namesMailbox;
+  connection.emails |= line.namesEmail;
+  if (line.namesEmail)
+    logger_.info("SSE: Email change event received");
+}
+
+// However fast lines come, what they name is asked for at their end, or once a second.
+void EventStream::limitBurst(Connection& connection) const {
+  if (!std::exchange(connection.inBurst, true))
+    connection.burstLimit = async::Timer(longestBurst, [this, &connection] { tellChanges(connection); });
+}
+
+void EventStream::tellChanges(Connection& connection) const {
+  connection.inBurst = false;
+  connection.burstLimit.stop();
+  if (std::exchange(connection.mailboxes, false))
+    receivers_.mailboxesChanged();
+  if (std::exchange(connection.emails, false))
+    receivers_.emailsChanged();
 }
 
 async::Task<void> EventStream::watch(Connection& connection) {

@@ -17,6 +17,8 @@ class HttpStream;
 
 namespace ondrel::jmap {
 
+struct EventLine;
+
 // When the last line of a connection came.
 class SSELivenessTracker {
  public:
@@ -55,6 +57,9 @@ class EventStream {
   struct Connection;
   async::Task<void> read(Connection& connection);
   async::Task<void> watch(Connection& connection);
+  void take(Connection& connection, const EventLine& line) const;
+  void limitBurst(Connection& connection) const;
+  void tellChanges(Connection& connection) const;
 
   base::Logger logger_{"network"};
   JMAPClient& client_;

@@ -2,6 +2,7 @@
 #include "jmap/JMAPClient.h"
 #include "jmap/LogExcerpt.h"
 
+#include <algorithm>
 #include <boost/json/parse.hpp>
 #include <fmt/format.h>
 
@@ -11,8 +12,14 @@ namespace {
 
 // Deep enough for any MIME structure that a server tells of.
 constexpr std::size_t deepestJson = 128;
+// Far more than any reply has. What is parsed takes a hundred times the memory of its text when that is all
+// commas and brackets, and the time of the main thread.
+constexpr std::ptrdiff_t mostValues = 4'000'000;
 
 Result<boost::json::value> parsed(const std::string& body) {
+  const auto values = std::ranges::count_if(body, [](char c) { return c == ',' || c == '[' || c == '{'; });
+  if (values > mostValues)
+    return std::unexpected(JMAPError{JMAPError::Kind::malformed, "The reply has too many values."});
   boost::json::parse_options options;
   options.max_depth = deepestJson;
   boost::system::error_code failure;

@@ -39,6 +39,7 @@ JMAPSession::~JMAPSession() = default;
 async::Task<Result<JMAPSessionData>> JMAPSession::fetchSessionData() {
   if (cachedSessionData_)
     co_return *cachedSessionData_;
+  const auto environment = environmentNumber_;
   const std::string url = settings_.jmapSessionURL(settings_.currentEnvironment());
   const auto reply = co_await transport_.sendWithRetry(JMAPTransport::callAttempts,
                                                        [this](int) { return sessionRequest(); });
@@ -46,7 +47,7 @@ async::Task<Result<JMAPSessionData>> JMAPSession::fetchSessionData() {
     co_return std::unexpected(reply.error());
   auto data = JMAPSessionData::decode(reply->body, url);
   // A resource of the environment that has been left meanwhile serves its call and nobody else.
-  if (data && url == settings_.jmapSessionURL(settings_.currentEnvironment()))
+  if (data && environment == environmentNumber_)
     cachedSessionData_ = *data;
   co_return data;
 }
@@ -112,6 +113,7 @@ async::Task<void> JMAPSession::refreshBadge() {
 
 // Calls that are under way end with the account they began with.
 void JMAPSession::environmentDidChange() {
+  ++environmentNumber_;
   eventStream_.stop();
   fallbackTask_.cancel();
   cachedSessionData_.reset();

@@ -87,6 +87,8 @@ class JMAPSession final : public JMAPClient {
   UnreadBadge badge_;
   EventStream eventStream_;
   std::optional<JMAPSessionData> cachedSessionData_;
+  // Which one since the start. Not told by its addresses: several environments may share those.
+  unsigned environmentNumber_ = 0;
   base::Subscription environmentChanges_;
   base::Subscription wakes_;
   async::TaskHandle fallbackTask_;

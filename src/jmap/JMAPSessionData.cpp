@@ -16,6 +16,8 @@ JMAPError malformed(std::string what) {
 // A reference as a client resolves it that knows the address it came from (RFC 3986, section 5), without dot
 // segments: templates hold braces, which must stay.
 std::string resolved(std::string_view reference, const base::Url& from) {
+  if (reference.empty()) // names nothing, though by the RFC it would be the resource itself
+    return "";
   const auto colon = reference.find_first_of(":/?#{");
   if (colon != std::string_view::npos && reference[colon] == ':')
     return std::string(reference);

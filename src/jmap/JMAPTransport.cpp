@@ -34,10 +34,15 @@ bool isErrorReply(const Result<boost::json::value>& json) {
   return std::ranges::any_of(*answers, [](const auto& answer) { return isErrorAnswer(answer.get_array()); });
 }
 
+bool hasControls(std::string_view text) {
+  return std::ranges::any_of(text, [](unsigned char c) { return c < ' ' || c == 0x7F; });
+}
+
 std::string cookieHeader(const std::vector<platform::Cookie>& cookies, std::string_view host) {
   std::string header;
   for (const auto& cookie : cookies) {
-    if (!cookieMatchesHost(cookie.domain, host))
+    // One that can't stand in a header must not cost the others.
+    if (!cookieMatchesHost(cookie.domain, host) || hasControls(cookie.name) || hasControls(cookie.value))
       continue;
     if (!header.empty())
       header += "; ";
@@ -97,8 +102,10 @@ async::Task<Result<JMAPReply>> JMAPTransport::attempt(int index, const RequestBu
     co_return std::unexpected(JMAPError{JMAPError::Kind::transport, response.error().description});
 
   const int status = response->status;
-  auto reply = JMAPReply::of(std::move(response->body), std::move(secrets));
-  if (status >= 200 && status <= 299 && !reply.body.empty() && !isErrorReply(reply.json))
+  const bool isSuccess = status >= 200 && status <= 299;
+  auto reply = isSuccess ? JMAPReply::of(std::move(response->body), std::move(secrets))
+                         : JMAPReply{std::move(response->body), {}, std::move(secrets)};
+  if (isSuccess && !reply.body.empty() && !isErrorReply(reply.json))
     co_return reply;
   logger_.error("JMAP request rejected — status: {}, body: {}", status, reply.excerpt());
   co_return std::unexpected(JMAPError::badResponse());

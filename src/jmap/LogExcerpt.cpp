@@ -25,13 +25,28 @@ void addSecret(std::vector<std::string>& secrets, std::string_view text) {
 
 } // namespace
 
+// From front to back, so that each look reaches as far as what is still to be shown: what was left out before
+// moves the rest of the text forward.
 std::string redactedStart(std::string_view text, std::size_t most, const std::vector<std::string>& secrets) {
   std::size_t longest = 0;
   for (const auto& secret : secrets)
     longest = std::max(longest, secret.size());
-  std::string start(text.substr(0, most + longest));
-  for (const auto& secret : secrets)
-    start = replaced(std::move(start), secret, "<private>");
+  std::string start;
+  while (start.size() < most) {
+    const auto window = text.substr(0, most - start.size() + longest);
+    std::size_t at = window.size();
+    std::size_t size = 0;
+    for (const auto& secret : secrets)
+      if (const auto found = window.find(secret); found < at) {
+        at = found;
+        size = secret.size();
+      }
+    start += window.substr(0, at);
+    if (size == 0)
+      break;
+    start += "<private>";
+    text.remove_prefix(at + size);
+  }
   start.resize(std::min(start.size(), most));
   return start;
 }

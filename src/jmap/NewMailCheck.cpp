@@ -1,5 +1,6 @@
 #include "jmap/NewMailCheck.h"
 
+#include "async/sleep.h"
 #include "jmap/JMAPReading.h"
 #include "jmap/MailRequest.h"
 
@@ -44,6 +45,10 @@ async::Task<Result<std::string>> NewMailCheck::fetchCurrentEmailState() {
 
 async::Task<void> NewMailCheck::seedEmailState() {
   const auto state = co_await fetchCurrentEmailState();
+  // Replaced by a connection that goes on from what is known, or by a seeding for another account.
+  const bool cancelled = co_await async::cancelled();
+  if (cancelled)
+    co_return;
   if (state) {
     lastEmailState_ = *state;
     logger_.info("seedEmailState: seeded state {}", *state);

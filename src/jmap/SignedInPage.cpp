@@ -19,6 +19,9 @@ constexpr int attemptsAfterReload = 10;
 // The engine gives up after 60 s without a commit; this is for pages that begin and never end.
 constexpr std::chrono::seconds longestLoad{120};
 constexpr std::chrono::seconds retryPause{30};
+// Between two loads for want of a token. Each finished load makes the event stream ask for one, which without
+// this would load the page of a user who isn't signed in every ten seconds, for ever.
+constexpr std::chrono::seconds recoveryPause{30};
 
 } // namespace
 
@@ -75,8 +78,13 @@ async::Task<Result<std::string>> SignedInPage::currentAccessToken() {
       co_return std::unexpected(std::move(token.error()));
     if (*token)
       co_return std::move(**token);
-    if (attempts == firstAttempts)
+    if (attempts == firstAttempts) {
+      const auto now = async::EventLoop::current().now();
+      if (lastRecovery_ && now - *lastRecovery_ < recoveryPause)
+        break;
+      lastRecovery_ = now;
       isPageLoaded_ = false;
+    }
   }
   co_return std::unexpected(JMAPError::notAuthenticated());
 }

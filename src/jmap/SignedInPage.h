@@ -44,7 +44,7 @@ class SignedInPage final : platform::WebViewDelegate {
   // The token of the page, asked for up to `attempts` times, 500 ms apart; nullopt where there is none.
   // `attempts` is not negative. The only error is `cancelled`.
   async::Task<Result<std::optional<std::string>>> pollAccessToken(int attempts);
-  // Waits for the page and polls; without a token loads the page once more.
+  // Waits for the page and polls; without a token loads the page once more, unless that was done just before.
   async::Task<Result<std::string>> currentAccessToken();
 
  private:
@@ -76,6 +76,7 @@ class SignedInPage final : platform::WebViewDelegate {
   async::Timer loadDeadline_;
   // Where nobody asks again, as after a start without network, the page would never be loaded.
   async::Timer retry_;
+  std::optional<async::TimePoint> lastRecovery_; // when it was loaded for want of a token
 };
 
 } // namespace ondrel::jmap

@@ -22,13 +22,14 @@ class UnreadBadge {
 
   // Asks the server. When that fails all stays as it is.
   async::Task<void> refresh();
-  // No number, as for an account that nothing is known of yet.
+  // No number, as for an account that nothing is known of yet. What is being counted belongs to another one.
   void clear();
 
  private:
   MailQueries& queries_;
   settings::AppSettings& settings_;
   platform::DockTile& dockTile_;
+  unsigned accountNumber_ = 0;
 };
 
 } // namespace ondrel::jmap

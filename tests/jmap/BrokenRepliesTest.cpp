@@ -200,5 +200,12 @@ TEST(BrokenReplies, ATruncatedReplyGivesTheParsersError) {
   }
 }
 
+TEST(BrokenReplies, OnesWithoutABottomAreRefused) {
+  const auto nested = [](std::size_t depth) { return std::string(depth, '[') + std::string(depth, ']'); };
+  EXPECT_TRUE(JMAPReply::of(nested(100)).json) << "a message of many parts";
+  for (const std::size_t depth : {200, 1000000})
+    EXPECT_EQ(JMAPReply::of(nested(depth)).json.error().kind, JMAPError::Kind::malformed) << depth;
+}
+
 } // namespace
 } // namespace ondrel::jmap

@@ -21,6 +21,7 @@ TEST_F(EventStreamTest, AFinishedLoadStartsStreamAndBadge) {
   EXPECT_EQ(request.url, "https://api.example.com/events/?types=Mailbox,Email&close=no&ping=30");
   EXPECT_EQ(request.headers, (platform::HttpHeaders{{"Authorization", "Bearer secret-token"},
                                                     {"Accept", "text/event-stream"}}));
+  EXPECT_EQ(request.timeout, 60s);
   EXPECT_EQ(log.count("info network: SSE connection opened"), 1);
   finishLoad();
   EXPECT_TRUE(http.feeds[0]->gone) << "each finished load starts anew";
@@ -68,6 +69,7 @@ TEST_F(EventStreamTest, NewMailIsNotifiedOnce) {
   http.feeds[0]->give("data: \"Email\"\n");
   loop.runUntilIdle();
   ASSERT_EQ(center.requests.size(), 1U);
+  EXPECT_EQ(log.count("info network: SSE: Email change event received"), 1);
   EXPECT_EQ(center.requests[0].content.title, "Ann");
   EXPECT_EQ(log.count("info network: checkAndNotifyNewEmails: 2 new email(s) since s1"), 1);
 
@@ -83,6 +85,14 @@ TEST_F(EventStreamTest, NewMailIsNotifiedOnce) {
   center.respond(0, std::string(platform::NotificationResponse::defaultAction));
   loop.runUntilIdle();
   EXPECT_EQ(opened, std::vector<std::string>{"https://app.example.com/mail/Inbox/e1?u=123"});
+
+  answers["Mailbox/get t0"] = R"({"list":[{"id":"bin","role":"trash"}]})";
+  answers["Email/set"] = "{}";
+  methods.clear();
+  center.respond(0, "DELETE_EMAIL");
+  loop.runUntilIdle();
+  EXPECT_EQ(methods, (std::vector<std::string>{"Mailbox/get", "Email/set", "Mailbox/get"}))
+      << "the trash, the change, the badge";
 }
 
 TEST_F(EventStreamTest, AFailedCheckGoesOnFromThePresent) {
@@ -162,6 +172,12 @@ TEST_F(EventStreamTest, EveryEndOfTheStreamIsFollowedByThePause) {
   loop.advance(30s);
   reconnectsAfterPause("Failed to fetch SSE: refused");
   EXPECT_TRUE(methods.empty()) << "no seeding and no badge: the stream itself tells what changed";
+  http.openFailure.reset();
+  loop.advance(30s);
+  http.feeds.back()->give("data: \"Email\"");
+  http.feeds.back()->end();
+  loop.runUntilIdle();
+  EXPECT_EQ(calls("Email/changes"), 1) << "a line that the end of the stream ends";
 }
 
 TEST_F(EventStreamTest, ASilentStreamIsGivenUp) {
@@ -210,6 +226,67 @@ TEST_F(EventStreamTest, TheBadgeIsRefreshedWithoutAStreamToo) {
   EXPECT_EQ(settings.unreadCount.get(), 0);
 }
 
+TEST_F(EventStreamTest, AnotherFinishedLoadMovesTheRefreshOfTheBadge) {
+  connect();
+  loop.advance(100s);
+  finishLoad();
+  methods.clear();
+  loop.advance(300s - 1ms);
+  EXPECT_EQ(calls("Mailbox/get"), 0) << "the first loop is over";
+  loop.advance(1ms);
+  EXPECT_EQ(calls("Mailbox/get"), 1);
+}
+
+TEST_F(EventStreamTest, LeavingAnAccountIsNoFailure) {
+  const auto rejectSeeding = [](const platform::HttpRequest& request)
+      -> std::optional<platform::HttpResult<platform::HttpResponse>> {
+    if (request.body.contains("\"s0\""))
+      return platform::HttpResponse{500, {}, "x"};
+    return std::nullopt;
+  };
+  const std::pair<const char*, std::function<void()>> moments[] = {
+      {"the stream is open", [] {}},
+      {"in the pause",
+       [this] {
+         http.feeds.back()->end();
+         loop.advance(5s);
+       }},
+      {"the seeding waits for its next attempt", [&] {
+         onRequest = rejectSeeding;
+         page->delegate->didFinish();
+         loop.advance(100ms);
+       }}};
+  for (const auto& [name, arrive] : moments) {
+    onRequest = nullptr;
+    finishLoad();
+    arrive();
+    support::LogCapture::lines().clear();
+    settings.fastmailEnvironmentDidChange.emit();
+    loop.advance(1s);
+    EXPECT_EQ(log.lines(), std::vector<std::string>()) << name;
+  }
+  onRequest = [&](const platform::HttpRequest& request) {
+    if (request.body.contains("\"s0\""))
+      settings.fastmailEnvironmentDidChange.emit();
+    return rejectSeeding(request);
+  };
+  support::LogCapture::lines().clear();
+  finishLoad();
+  EXPECT_FALSE(log.anyStartsWith("error network: JMAP request attempt"))
+      << testing::PrintToString(log.lines());
+
+  // What was known of the account that was left is not gone on from.
+  onRequest = rejectSeeding;
+  finishLoad();
+  sleepMonitor.didWake.emit();
+  loop.runUntilIdle();
+  onRequest = nullptr;
+  methods.clear();
+  http.feeds.back()->give("data: \"Email\"\n");
+  loop.runUntilIdle();
+  EXPECT_EQ(methods, std::vector<std::string>{"Email/get"}) << "seeds";
+}
+
 TEST_F(EventStreamTest, AnAddressThatIsNoneIsTold) {
   for (const auto* address : {"", "{types}", "ftp://x/", "https://a b/"}) {
     auto broken = json::parse(sessionText).as_object();
@@ -223,7 +300,7 @@ TEST_F(EventStreamTest, AnAddressThatIsNoneIsTold) {
     settings.fastmailEnvironmentDidChange.emit();
     support::LogCapture::lines().clear();
     finishLoad();
-    if (std::string_view(address).contains(':'))
+    if (address != std::string_view("{types}")) // that one is relative
       EXPECT_EQ(log.count("error network: runEventSource: no eventSourceUrl in JMAP session"), 1) << address;
   }
 }

@@ -67,6 +67,32 @@ TEST_F(JMAPSessionTest, WithoutATokenThePageIsLoadedOnceMore) {
   EXPECT_EQ(answer->error().description(), "Fastmail is not signed in.");
 }
 
+TEST_F(JMAPSessionTest, APageWithoutAUserIsNotLoadedAgainAndAgain) {
+  token = nullptr;
+  finishLoad();
+  for (std::size_t answered = page->loads.size(); loop.now() < async::TimePoint(10min);) {
+    loop.advance(1s);
+    if (page->loads.size() != std::exchange(answered, page->loads.size()))
+      page->delegate->didFinish();
+  }
+  EXPECT_GE(page->loads.size(), 10U) << "the user may sign in at any time";
+  EXPECT_LE(page->loads.size(), 21U);
+}
+
+TEST_F(JMAPSessionTest, ACountOfTheFormerAccountIsNotShown) {
+  connect();
+  onRequest = [&](const platform::HttpRequest& request)
+      -> std::optional<platform::HttpResult<platform::HttpResponse>> {
+    if (request.body.contains("Mailbox/get"))
+      settings.fastmailEnvironmentDidChange.emit();
+    return std::nullopt;
+  };
+  http.feeds[0]->give("data: \"Mailbox\"\n");
+  loop.runUntilIdle();
+  EXPECT_EQ(settings.unreadCount.get(), 0);
+  EXPECT_EQ(dockTile.labels.back(), std::nullopt);
+}
+
 TEST_F(JMAPSessionTest, TakesOnlyATextAsToken) {
   page->delegate->didFinish();
   json::value values[] = {nullptr, "", 5, json::array{"x"}, "late"};
@@ -116,7 +142,7 @@ TEST_F(JMAPSessionTest, ARequestCarriesTheTokenAndTheCookiesOfItsHost) {
   EXPECT_EQ(platform::headerValue(request.headers, "Cookie"), expected);
   EXPECT_EQ(request.timeout, 60s);
 
-  cookies.cookies = {{"c", "v", "elsewhere.example", "/"}};
+  cookies.cookies = {{"c", "v", "elsewhere.example", "/"}, {"d", "a\tb", "api.example.com", "/"}};
   run(session->mail().inboxUnreadCount());
   const auto& post = http.requests.back();
   EXPECT_EQ(post.url, "https://api.example.com/jmap/api/");
@@ -184,6 +210,28 @@ TEST_F(JMAPSessionTest, RejectedRepliesAreTriedFiveTimesWithFreshTokens) {
   }
 }
 
+TEST_F(JMAPSessionTest, WhatAnAcceptedReplyRepeatsStaysOutOfTheLogToo) {
+  connect();
+  answers["Email/set"] = R"({"notUpdated":{"M1":{"description":"you sent secret-token"}}})";
+  async::Scope scope;
+  scope.spawn(session->mail().setMailboxMembership({"M1"}, "B1", true));
+  loop.runUntilIdle();
+  EXPECT_EQ(log.lines(), std::vector<std::string>{
+                             R"(error network: setMailboxMembership: 1 email(s) failed to add mailbox B1: )"
+                             R"({"M1":{"description":"you sent <private>"}})"});
+}
+
+TEST_F(JMAPSessionTest, AReplyOfNothingButCommasIsRefusedUnread) {
+  connect();
+  std::string body = "[0";
+  for (int i = 0; i < 4'000'001; ++i)
+    body += ",0";
+  onRequest = [&](const platform::HttpRequest&) { return std::optional(FakeHttpClient::ok(body + "]")); };
+  const auto result = run(session->mail().inboxUnreadCount());
+  ASSERT_TRUE(result && !*result);
+  EXPECT_EQ(result->error().kind, JMAPError::Kind::malformed);
+}
+
 TEST_F(JMAPSessionTest, WhatIsNoErrorReplyIsAccepted) {
   connect();
   for (const auto* body : {R"({"methodResponses":[["error"],5]})", R"({"methodResponses":{"error":1}})",
@@ -220,32 +268,55 @@ TEST_F(JMAPSessionTest, TheSessionResourceIsKeptUntilTheEnvironmentChanges) {
   EXPECT_TRUE(log.anyStartsWith("info network: seedEmailState: seeded state s1"));
 }
 
-TEST_F(JMAPSessionTest, ASessionOfTheFormerEnvironmentIsNotKept) {
-  page->delegate->didFinish();
-  std::optional<Result<JMAPSessionData>> answer;
-  async::Scope scope;
-  onRequest = [&](const platform::HttpRequest&) {
-    settings.setEnvironment(settings::FastmailEnvironment::beta);
-    return std::nullopt;
+TEST_F(JMAPSessionTest, ASessionIsKeptForItsOwnEnvironmentOnly) {
+  using settings::FastmailEnvironment;
+  const auto changeTo = [this](FastmailEnvironment environment) {
+    settings.setEnvironment(environment);
+    settings.fastmailEnvironmentDidChange.emit();
   };
-  scope.spawn(store(session->fetchSessionData(), answer));
-  loop.runUntilIdle();
-  EXPECT_TRUE(answer && *answer);
-  EXPECT_EQ(http.requests.at(0).url, "https://api.example.com/jmap/session");
-  run(session->fetchSessionData());
-  EXPECT_TRUE(std::ranges::any_of(
-      http.requests, [](const auto& url) { return url == "https://betaapi.example.com/jmap/session"; },
-      &platform::HttpRequest::url));
+  // Changes while requests are on their way: to another one, there and back, to one of the same address.
+  const std::vector<FastmailEnvironment> cases[] = {
+      {FastmailEnvironment::beta},
+      {FastmailEnvironment::beta, FastmailEnvironment::production},
+      {FastmailEnvironment::production}};
+  for (const auto& changes : cases) {
+    changeTo(FastmailEnvironment::production);
+    page->delegate->didFinish();
+    int served = 0;
+    onRequest = [&](const platform::HttpRequest& request)
+        -> std::optional<platform::HttpResult<platform::HttpResponse>> {
+      if (request.method != "GET")
+        return std::nullopt;
+      auto resource = json::parse(sessionText).as_object();
+      resource["apiUrl"] = "https://api.example.com/" + std::to_string(++served);
+      if (served == 1)
+        std::ranges::for_each(changes, changeTo);
+      return FakeHttpClient::ok(json::serialize(resource));
+    };
+    const auto first = run(session->fetchSessionData(), 1s);
+    ASSERT_TRUE(first && *first);
+    loop.advance(1s);
+    const int servedToTheFormer = served;
+    page->delegate->didFinish();
+    const auto kept = run(session->fetchSessionData(), 1s);
+    ASSERT_TRUE(kept && *kept);
+    EXPECT_GT(std::stoi((*kept)->apiUrl.substr(24)), servedToTheFormer) << changes.size();
+  }
 }
 
 TEST(JMAPSessionData, IsDecodedStrictlyAndResolved) {
   const auto good = json::parse(sessionText).as_object();
   const auto from = "https://api.example.com/jmap/session";
-  const std::pair<std::string, json::value> broken[] = {
-      {"apiUrl", nullptr},        {"apiUrl", 5},
-      {"apiUrl", "https://a b/"}, {"eventSourceUrl", {}},
-      {"downloadUrl", true},      {"primaryAccounts", json::array()},
-      {"primaryAccounts", 1},     {"primaryAccounts", {{"a", 5}}}};
+  const std::pair<std::string, json::value> broken[] = {{"apiUrl", nullptr},
+                                                        {"apiUrl", 5},
+                                                        {"apiUrl", "https://a b/"},
+                                                        {"eventSourceUrl", {}},
+                                                        {"apiUrl", ""},
+                                                        {"downloadUrl", 5},
+                                                        {"downloadUrl", true},
+                                                        {"primaryAccounts", json::array()},
+                                                        {"primaryAccounts", 1},
+                                                        {"primaryAccounts", {{"a", 5}}}};
   for (const auto& [key, value] : broken) {
     auto changed = good;
     changed[key] = value;
@@ -260,7 +331,8 @@ TEST(JMAPSessionData, IsDecodedStrictlyAndResolved) {
       {"https://other.example/x", "https://other.example/x"},
       {"/jmap/", "https://api.example.com/jmap/"},
       {"//cdn.example/e", "https://cdn.example/e"},
-      {"api/", "https://api.example.com/jmap/api/"}};
+      {"api/", "https://api.example.com/jmap/api/"},
+      {"api/?at=1:2", "https://api.example.com/jmap/api/?at=1:2"}};
   for (const auto& [given, expected] : addresses) {
     auto changed = good;
     changed["apiUrl"] = given;

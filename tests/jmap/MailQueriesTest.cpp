@@ -249,6 +249,22 @@ TEST_F(MailQueriesTest, MailboxIdsAreAskedForOnce) {
              "error network: fetchJunkMailboxId: could not find junk mailbox in Mailbox/get response"}));
 }
 
+TEST_F(MailQueriesTest, MailboxesOfAnAccountThatIsLeftAreNotKept) {
+  client.answer("Mailbox/get", reply({R"({"list":[{"id":"B1","role":"inbox","name":"In"},
+      {"id":"B2","role":"trash"},{"id":"B3","role":"junk"}]})"}));
+  client.delay = std::chrono::seconds(1);
+  std::vector<std::optional<Result<std::string>>> ids(3);
+  scope.spawn(keep(queries.fetchInboxMailboxId(), &ids[0]));
+  scope.spawn(keep(queries.fetchTrashMailboxId(), &ids[1]));
+  scope.spawn(keep(queries.fetchJunkMailboxId(), &ids[2]));
+  loop.advance(std::chrono::milliseconds(500));
+  queries.forgetMailboxes();
+  loop.advance(std::chrono::minutes(1));
+  EXPECT_EQ(ids[0], Result<std::string>("B1")) << "the call that asked has its answer";
+  EXPECT_TRUE(ids[1] && ids[2]);
+  EXPECT_EQ(queries.mailboxes(), MailboxCache{});
+}
+
 TEST_F(MailQueriesTest, DeletingMovesFromInboxToTrash) {
   const auto mailboxes = reply({R"({"list":[{"id":"B1","role":"inbox"},{"id":"B2","role":"trash"}]})"});
   client.answer("Mailbox/get", mailboxes);

@@ -68,6 +68,28 @@ TEST_F(HttpClientStreamTest, TellsAnEndInTheMiddle) {
   EXPECT_EQ(next(), std::to_string(WebError::networkConnectionLost));
 }
 
+TEST_F(HttpClientStreamTest, GivesTogetherWhatHasArrived) {
+  open();
+  peer.load()->send("3\r\none\r\n3\r\ntwo\r\n5\r\nth");
+  runFor(20ms);
+  EXPECT_EQ(next(), "onetwoth");
+  EXPECT_FALSE(stream->hasMore());
+  const std::string much(100000, 'x');
+  peer.load()->send("ree\r\n186A0\r\n" + much + "\r\n");
+  runFor(20ms);
+  const auto first = next();
+  EXPECT_LT(first.size(), much.size());
+  EXPECT_TRUE(stream->hasMore());
+  EXPECT_EQ(first + next(), "ree" + much);
+  EXPECT_FALSE(stream->hasMore());
+
+  peer.load()->send("9\r\nhalf");
+  peer.load()->close();
+  runFor(20ms);
+  EXPECT_EQ(next(), "half");
+  EXPECT_EQ(next(), std::to_string(WebError::networkConnectionLost)) << "not forgotten";
+}
+
 TEST_F(HttpClientStreamTest, IsOneWhateverTheStatus) {
   head = response("401 Unauthorized", "who?");
   open();

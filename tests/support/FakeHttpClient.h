@@ -24,6 +24,7 @@ class FakeHttpStream final : public platform::HttpStream {
     std::optional<async::Resolver<bool>> waiting;
     bool ended = false;
     bool gone = false; // the client has let go of the stream
+    bool more = false; // what the stream says of bytes that have arrived besides
 
     void give(platform::HttpResult<std::string> chunk) {
       chunks.push_back(std::move(chunk));
@@ -48,6 +49,7 @@ class FakeHttpStream final : public platform::HttpStream {
     feed_->chunks.pop_front();
     co_return chunk;
   }
+  bool hasMore() const override { return feed_->more; }
 
  private:
   std::shared_ptr<Feed> feed_;

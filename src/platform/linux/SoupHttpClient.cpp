@@ -74,13 +74,22 @@ async::Task<HttpResult<HttpResponse>> fetch(SoupHttpClient::Sessions sessions, H
   }
 }
 
+// A server sends each event by itself; a turn of the main loop for each would be dear when many come at once.
+async::Task<HttpResult<std::string>> readAvailable(std::shared_ptr<Transfer> transfer) {
+  auto bytes = co_await Transfer::read(transfer, std::nullopt);
+  if (bytes && !bytes->empty())
+    transfer->readArrived(*bytes);
+  co_return bytes;
+}
+
 class Stream final : public HttpStream {
  public:
   explicit Stream(std::shared_ptr<Transfer> transfer) : transfer_(std::move(transfer)) {}
   ~Stream() override { transfer_->end(); } // a reader may hold the transfer too
 
   int status() const override { return transfer_->status(); }
-  async::Task<HttpResult<std::string>> read() override { return Transfer::read(transfer_, std::nullopt); }
+  async::Task<HttpResult<std::string>> read() override { return readAvailable(transfer_); }
+  bool hasMore() const override { return transfer_->hasMore(); }
 
  private:
   std::shared_ptr<Transfer> transfer_;

@@ -99,6 +99,10 @@ SoupHttpClientTransfer::read(std::shared_ptr<SoupHttpClientTransfer> self,
   const auto body = self->body_;
   if (!body)
     co_return cancelled();
+  if (self->failure_) {
+    self->end();
+    co_return std::unexpected(*self->failure_);
+  }
   auto [pending, future] = glib::startAsync();
   const IdleLimit idle(limit, pending.cancellable);
   self->reading_ = glib::share(pending.cancellable);
@@ -123,6 +127,38 @@ SoupHttpClientTransfer::read(std::shared_ptr<SoupHttpClientTransfer> self,
   if (size == 0 && self->received_ < self->announcedLength().value_or(0))
     co_return failure(WebError::networkConnectionLost, "The connection ended in the middle of the response.");
   co_return std::string(data, size);
+}
+
+GPollableInputStream* SoupHttpClientTransfer::pollableBody() const {
+  if (!body_ || !G_IS_POLLABLE_INPUT_STREAM(body_.get()))
+    return nullptr;
+  auto* body = G_POLLABLE_INPUT_STREAM(body_.get());
+  return g_pollable_input_stream_can_poll(body) ? body : nullptr;
+}
+
+bool SoupHttpClientTransfer::hasMore() const {
+  auto* body = pollableBody();
+  return body && g_pollable_input_stream_is_readable(body);
+}
+
+void SoupHttpClientTransfer::readArrived(std::string& bytes) {
+  auto* body = pollableBody();
+  if (!body)
+    return;
+  auto size = bytes.size();
+  bytes.resize(chunkSize);
+  while (size < chunkSize) {
+    glib::Error error;
+    const auto got = g_pollable_input_stream_read_nonblocking(body, bytes.data() + size, chunkSize - size,
+                                                              nullptr, error.out());
+    if (got < 0 && !error.matches(G_IO_ERROR, G_IO_ERROR_WOULD_BLOCK))
+      failure_ = webErrorFrom(*error.raw());
+    if (got <= 0)
+      break;
+    size += static_cast<std::size_t>(got);
+    received_ += got;
+  }
+  bytes.resize(size);
 }
 
 int SoupHttpClientTransfer::status() const {

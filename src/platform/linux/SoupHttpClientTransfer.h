@@ -26,6 +26,10 @@ class SoupHttpClientTransfer {
   // The next bytes of the body, at most 64 KiB; empty at its end. One at a time.
   static async::Task<HttpResult<std::string>> read(std::shared_ptr<SoupHttpClientTransfer> self,
                                                    std::optional<async::Duration> limit);
+  // Adds what else has arrived to what was just read, up to the same size, without waiting.
+  void readArrived(std::string& bytes);
+  // Whether there is something to read now.
+  bool hasMore() const;
 
   SoupHttpClientTransfer(glib::Ref<SoupMessage> message, glib::Ref<GInputStream> body);
   ~SoupHttpClientTransfer() { end(); }
@@ -37,9 +41,12 @@ class SoupHttpClientTransfer {
   void end();
 
  private:
+  GPollableInputStream* pollableBody() const; // null where it can't be asked
+
   glib::Ref<SoupMessage> message_;
   glib::Ref<GInputStream> body_;
   glib::Ref<GCancellable> reading_;
+  std::optional<WebError> failure_; // for the next to read
   goffset received_ = 0;
 };
 

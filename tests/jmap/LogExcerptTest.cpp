@@ -1,0 +1,46 @@
+#include "jmap/LogExcerpt.h"
+
+#include <gtest/gtest.h>
+
+namespace ondrel::jmap {
+namespace {
+
+std::string letters(std::size_t count) {
+  std::string text;
+  for (std::size_t i = 0; i < count; ++i)
+    text += static_cast<char>('a' + i * 7 % 26);
+  return text;
+}
+
+TEST(LogExcerpt, LeavesOutWhatAServerCouldRepeat) {
+  const auto secrets = secretsOf("Bearer to/ken", "a=1; sid=value-of-8; long=value-of-8-and-more; flag; b=");
+  const std::pair<const char*, const char*> cases[] = {
+      {"Bearer to/ken!", "Bearer <private>!"},
+      {R"("to\/ken")", R"("<private>")"},
+      {"a=1 and 1", "<private> and 1"},
+      {"value-of-8, value-of-8-and-more", "<private>, <private>"},
+      {"sid=value-of-8to/kento/ken", "<private><private><private>"},
+      {"b=, flag", "<private>, flag"},
+      {"", ""},
+      {"nothing", "nothing"}};
+  for (const auto& [text, expected] : cases)
+    EXPECT_EQ(redactedStart(text, 1000, secrets), expected) << text;
+  EXPECT_EQ(redactedStart("abcdef", 3, secretsOf("", "")), "abc");
+}
+
+TEST(LogExcerpt, ShowsNoPartOfASecretWhereverTheTextIsCut) {
+  const auto token = letters(200);
+  const auto secrets = secretsOf("Bearer " + token, "");
+  for (std::size_t before = 0; before < 500; before += 7)
+    for (const int repetitions : {1, 2, 5, 20}) {
+      std::string text(before, '.');
+      for (int i = 0; i < repetitions; ++i)
+        text += token + "|";
+      const auto shown = redactedStart(text, 400, secrets);
+      EXPECT_LE(shown.size(), 400U);
+      EXPECT_FALSE(shown.contains(token.substr(0, 10))) << before << " " << repetitions;
+    }
+}
+
+} // namespace
+} // namespace ondrel::jmap
