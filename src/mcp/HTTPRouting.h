@@ -14,8 +14,9 @@ namespace ondrel::mcp {
 bool isAdmittedPeer(std::string_view host);
 
 // The body to be answered by the RPC layer, or the answer to everything else. No answer holds anything of the
-// request. Origin is not looked at and no Access-Control header is sent, so that a web page gets no further
-// than its preflight; the Host check keeps out pages whose name was made to lead to this machine.
+// request. The Host check keeps out web pages whose name was made to lead to this machine. Origin and
+// Content-Type are not looked at: a page of any other name can post a simple request (text/plain, no
+// preflight) and have it served, but without an Access-Control header it never gets to see the answer.
 std::expected<std::string, HTTPResponse> rpcBody(std::optional<HTTPRequest> request);
 
 } // namespace ondrel::mcp

@@ -98,12 +98,12 @@ JSONValue toolCallResult(const std::vector<MCPContent>& content, bool isError) {
 }
 
 async::Task<RPCAnswer> MCPDispatch::handleRPC(std::string body) {
-  auto request = JSONRPCRequest::decode(body);
+  // Nothing of the request that isn't needed stays while a tool waits for the network.
+  auto request = JSONRPCRequest::decode(std::exchange(body, {}));
   if (!request) {
     const JSONRPCResponse response{.id = {}, .result = failure(JSONRPCError::parseError, "Parse error")};
     co_return RPCAnswer(200, response.encoded());
   }
-  body = {};
   const bool isNotification = !request->id;
   const auto response = co_await dispatch(*std::move(request));
   if (isNotification || !response)
@@ -124,7 +124,7 @@ async::Task<std::optional<JSONRPCResponse>> MCPDispatch::dispatch(JSONRPCRequest
 }
 
 async::Task<JSONRPCResponse> MCPDispatch::handleToolCall(JSONRPCRequest request) {
-  auto call = toolCall(tools_, request.params);
+  auto call = toolCall(tools_, std::exchange(request.params, {}));
   if (!call)
     co_return JSONRPCResponse{std::move(request.id), std::unexpected(std::move(call).error())};
   const auto outcome = co_await *std::move(call);

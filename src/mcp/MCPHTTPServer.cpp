@@ -3,12 +3,12 @@
 #include "async/Deadline.h"
 #include "async/sleep.h"
 #include "mcp/HTTPRequestParser.h"
-#include "mcp/HTTPResponse.h"
 #include "mcp/HTTPRouting.h"
 #include "mcp/InvalidPort.h"
 #include "platform/TcpListener.h"
 
 #include <algorithm>
+#include <exception>
 #include <optional>
 #include <utility>
 
@@ -98,22 +98,36 @@ async::Task<void> MCPHTTPServer::run(std::uint16_t port) {
   }
 }
 
+// A handler that fails is a fault of this program: its peer is told, and nobody else suffers from it.
+async::Task<HTTPResponse> MCPHTTPServer::answerToRPC(std::string body) {
+  std::string fault;
+  try {
+    auto [status, answer] = co_await handleRPC_(std::move(body));
+    co_return HTTPResponse{.status = status, .body = std::move(answer), .contentType = "application/json"};
+  } catch (const std::exception& error) {
+    fault = error.what();
+  }
+  logger_.error("MCP: a request could not be answered: {}", fault);
+  co_return HTTPResponse{.status = 500, .body = "Internal error"};
+}
+
+async::Task<std::string> MCPHTTPServer::answerTo(std::string request) {
+  auto body = rpcBody(parseHTTPRequest(std::exchange(request, {})));
+  if (!body)
+    co_return body.error().bytes();
+  const auto response = co_await answerToRPC(*std::move(body));
+  co_return response.bytes();
+}
+
 async::Task<void> MCPHTTPServer::serve(OpenConnections::Place place,
                                        std::unique_ptr<platform::TcpConnection> connection) {
-  auto bytes = co_await receiveRequest(*connection);
-  if (bytes.empty())
+  auto request = co_await receiveRequest(*connection);
+  if (request.empty())
     co_return;
   place.setPhase(Phase::working);
-  auto body = rpcBody(parseHTTPRequest(std::exchange(bytes, {})));
-  HTTPResponse response;
-  if (body) {
-    auto [status, answer] = co_await handleRPC_(std::move(*body));
-    response = {.status = status, .body = std::move(answer), .contentType = "application/json"};
-  } else {
-    response = std::move(body).error();
-  }
-  place.setPhase(Phase::sending);
-  const bool sent = co_await connection->send(response.bytes());
+  auto answer = co_await answerTo(std::move(request));
+  place.beginSending(answer.size());
+  const bool sent = co_await connection->send(std::move(answer));
   if (!sent)
     co_return;
   place.setPhase(Phase::closing);

@@ -2,6 +2,7 @@
 
 #include "async/Scope.h"
 #include "base/Log.h"
+#include "mcp/HTTPResponse.h"
 #include "mcp/MCPServer.h"
 #include "mcp/OpenConnections.h"
 
@@ -26,6 +27,8 @@ class MCPHTTPServer final : public MCPServer {
  public:
   static constexpr std::size_t mostWaiting = 512; // for the peer: silent, reading slowly, lingering
   static constexpr std::size_t mostWorking = 128; // for the RPC layer
+  // Bytes of answers that their peers have not read, in all connections together; a single one may be larger.
+  static constexpr std::size_t mostUnread = std::size_t{64} << 20;
   // Reading ends here, and what came by then is the request.
   static constexpr std::size_t readLimit = 131072;
   // How long an answered peer may take to end its side. A connection that is closed over bytes that nobody
@@ -41,12 +44,14 @@ class MCPHTTPServer final : public MCPServer {
 
  private:
   async::Task<void> run(std::uint16_t port);
+  async::Task<std::string> answerTo(std::string request);
+  async::Task<HTTPResponse> answerToRPC(std::string body);
   async::Task<void> serve(OpenConnections::Place place, std::unique_ptr<platform::TcpConnection> connection);
 
   base::Logger logger_{"network"};
   std::unique_ptr<platform::TcpListener> listener_;
   RPCHandler handleRPC_;
-  OpenConnections connections_{mostWaiting, mostWorking};
+  OpenConnections connections_{mostWaiting, mostWorking, mostUnread};
   async::TaskHandle accepting_;
   async::Scope scope_;
 };

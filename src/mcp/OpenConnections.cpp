@@ -23,9 +23,29 @@ std::size_t OpenConnections::countWorking() const {
 void OpenConnections::giveUpOne() {
   const auto found =
       std::ranges::min_element(entries_, {}, [](const auto& entry) { return entry.second.phase; });
-  auto task = found->second.task;
-  leave(found->first);
+  giveUp(found->first);
+}
+
+void OpenConnections::giveUp(std::uint64_t number) {
+  auto task = entries_.at(number).task;
+  leave(number);
   task.cancel();
+}
+
+void OpenConnections::giveUpUnreadBefore(std::uint64_t number) {
+  std::size_t unread = 0;
+  std::vector<std::uint64_t> others;
+  for (const auto& [other, entry] : entries_) {
+    unread += entry.unread;
+    if (entry.unread > 0 && other != number)
+      others.push_back(other);
+  }
+  for (const auto other : others) {
+    if (unread <= mostUnread_)
+      return;
+    unread -= entries_.at(other).unread;
+    giveUp(other);
+  }
 }
 
 OpenConnections::Place OpenConnections::enter() {
@@ -58,7 +78,16 @@ void OpenConnections::leave(std::uint64_t number) {
 void OpenConnections::Place::setPhase(Phase phase) {
   if (const auto found = connections_->entries_.find(number_); found != connections_->entries_.end()) {
     found->second.phase = phase;
+    found->second.unread = 0;
     connections_->changed_.send();
+  }
+}
+
+void OpenConnections::Place::beginSending(std::size_t size) {
+  setPhase(Phase::sending);
+  if (const auto found = connections_->entries_.find(number_); found != connections_->entries_.end()) {
+    found->second.unread = size;
+    connections_->giveUpUnreadBefore(number_);
   }
 }
 

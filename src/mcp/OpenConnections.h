@@ -16,7 +16,8 @@ namespace ondrel::mcp {
 
 // The connections of a server, of which there are never too many. A flood of silent ones costs the oldest
 // silent ones their place. A request that is being worked on keeps its own, and where there are too many of
-// them, nobody enters.
+// them, nobody enters. Peers that don't read their answers lose them, the oldest first, when newer ones need
+// the memory.
 class OpenConnections {
  public:
   // In the order in which connections are given up; the last never is. Within one phase the oldest goes
@@ -24,8 +25,9 @@ class OpenConnections {
   enum class Phase { closing, reading, sending, working };
   class Place;
 
-  OpenConnections(std::size_t mostWaiting, std::size_t mostWorking)
-      : mostWaiting_(mostWaiting), mostWorking_(mostWorking) {}
+  // Connections that wait for their peer, ones that are worked on, and bytes of unread answers.
+  OpenConnections(std::size_t mostWaiting, std::size_t mostWorking, std::size_t mostUnread)
+      : mostWaiting_(mostWaiting), mostWorking_(mostWorking), mostUnread_(mostUnread) {}
   OpenConnections(const OpenConnections&) = delete;
   OpenConnections& operator=(const OpenConnections&) = delete;
 
@@ -42,15 +44,19 @@ class OpenConnections {
  private:
   struct Entry {
     Phase phase = Phase::reading;
+    std::size_t unread = 0; // bytes, while sending
     async::TaskHandle task = {};
   };
 
   std::size_t countWorking() const;
   void giveUpOne();
+  void giveUp(std::uint64_t number);
+  void giveUpUnreadBefore(std::uint64_t number);
   void leave(std::uint64_t number);
 
   std::size_t mostWaiting_;
   std::size_t mostWorking_;
+  std::size_t mostUnread_;
   std::uint64_t lastNumber_ = 0;
   std::map<std::uint64_t, Entry> entries_; // the oldest first
   async::Signal changed_;
@@ -70,6 +76,8 @@ class OpenConnections::Place {
 
   std::uint64_t number() const { return number_; }
   void setPhase(Phase phase);
+  // The phase in which an answer of that many bytes waits to be read.
+  void beginSending(std::size_t size);
 
  private:
   friend OpenConnections;

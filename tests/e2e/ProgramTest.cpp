@@ -1,13 +1,10 @@
 #include "ProgramTest.h"
 
-#include <arpa/inet.h>
+#include "Loopback.h"
+
 #include <boost/json/parse.hpp>
 #include <boost/json/serialize.hpp>
-#include <netinet/in.h>
-#include <sys/socket.h>
-#include <unistd.h>
 
-#include <array>
 #include <csignal>
 #include <fstream>
 #include <sstream>
@@ -51,22 +48,9 @@ int portOf(const std::string& url) {
 
 // The body of the answer of a loopback server; empty when there is none.
 std::string ask(int port, const std::string& method, const std::string& path, const std::string& body = {}) {
-  const int connection = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  sockaddr_in server{};
-  server.sin_family = AF_INET;
-  server.sin_port = htons(static_cast<std::uint16_t>(port));
-  server.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  std::string answer;
-  const auto request = method + " " + path +
-                       " HTTP/1.0\r\nHost: localhost\r\nContent-Length: " + std::to_string(body.size()) +
-                       "\r\n\r\n" + body;
-  if (connect(connection, reinterpret_cast<const sockaddr*>(&server), sizeof server) == 0 &&
-      ::write(connection, request.data(), request.size()) == static_cast<ssize_t>(request.size())) {
-    std::array<char, 4096> part{};
-    for (ssize_t length = 0; (length = ::read(connection, part.data(), part.size())) > 0;)
-      answer.append(part.data(), static_cast<std::size_t>(length));
-  }
-  close(connection);
+  const auto answer =
+      answerAt(port, method + " " + path + " HTTP/1.0\r\nHost: localhost\r\nContent-Length: " +
+                         std::to_string(body.size()) + "\r\n\r\n" + body);
   const auto head = answer.find("\r\n\r\n");
   return head == answer.npos ? "" : answer.substr(head + 4);
 }

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -19,14 +20,23 @@ namespace {
 using namespace std::chrono_literals;
 using Peers = std::vector<std::shared_ptr<support::FakeTcpPeer>>;
 
-const std::string request = "POST /mcp HTTP/1.1\r\nContent-Length: 4\r\n\r\nslow";
+std::string post(const std::string& body) {
+  return "POST /mcp HTTP/1.1\r\nContent-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body;
+}
 
-// The server on a port whose connections the test makes, in virtual time. A handler takes ten seconds.
+const std::string request = post("slow");
+
+// The server on a port whose connections the test makes, in virtual time. A handler takes ten seconds,
+// answers "huge" with as much as all peers together may leave unread, and throws at "throw".
 class MCPHTTPServerTest : public testing::Test {
  protected:
   static async::Task<RPCAnswer> answer(std::size_t* served, std::string body) {
     ++*served;
     co_await async::sleep(10s);
+    if (body == "throw")
+      throw std::runtime_error("a fault");
+    if (body == "huge")
+      co_return RPCAnswer(200, std::string(MCPHTTPServer::mostUnread, 'x'));
     co_return RPCAnswer(200, "answer to " + body);
   }
   static async::Task<void> note(async::Task<void> task, bool* done) {
@@ -164,6 +174,42 @@ TEST_F(MCPHTTPServerTest, TakesNoMoreThanItCanWorkOn) {
   loop.advance(10s);
   for (const auto& peer : late)
     EXPECT_TRUE(peer->answer.ends_with("answer to slow"));
+}
+
+TEST_F(MCPHTTPServerTest, KeepsNoMoreUnreadAnswersThanFit) {
+  start();
+  const auto stuck = connect(3);
+  for (const auto& peer : stuck)
+    peer->stuck = true;
+  for (const auto& [peer, body] : {std::pair(stuck[0], "slow"), {stuck[1], "huge"}, {stuck[2], "slow"}}) {
+    peer->send(post(body));
+    loop.advance(10s);
+  }
+  // The oldest goes, and not the one that the new answer is for.
+  EXPECT_TRUE(stuck[0]->closed && stuck[1]->closed);
+  EXPECT_FALSE(stuck[2]->closed);
+
+  const auto reading = connect(2);
+  for (const auto& peer : reading) {
+    peer->send(post("huge"));
+    loop.advance(10s);
+    EXPECT_TRUE(peer->answerEnded) << "who reads gets all of it";
+    EXPECT_FALSE(peer->closed);
+  }
+  EXPECT_TRUE(stuck[2]->closed);
+}
+
+TEST_F(MCPHTTPServerTest, AnswersThoughTheHandlerThrows) {
+  start();
+  for (int i = 0; i < 3; ++i) {
+    const auto peer = connect(1).front();
+    peer->send(post("throw"));
+    loop.advance(10s);
+    EXPECT_EQ(peer->answer, "HTTP/1.1 500 Error\r\nContent-Type: text/plain\r\nContent-Length: 14\r\n"
+                            "Connection: close\r\n\r\nInternal error");
+    EXPECT_TRUE(peer->answerEnded);
+  }
+  EXPECT_EQ(log.count("error network: MCP: a request could not be answered: a fault"), 3);
 }
 
 TEST_F(MCPHTTPServerTest, ServesToTheEndAfterAStop) {

@@ -26,6 +26,9 @@ struct FakeTcpPeer {
   std::deque<std::string> toServer;
   bool ended = false;
   async::Signal arrived;
+  // Stops taking bytes of the answer, for good.
+  bool stuck = false;
+  async::Signal never;
   std::string answer;
   bool answerEnded = false;
   bool closed = false; // the server has let the connection go
@@ -50,6 +53,8 @@ class FakeTcpConnection final : public platform::TcpConnection {
     co_return bytes;
   }
   async::Task<bool> send(std::string bytes) override {
+    if (peer_->stuck)
+      co_return co_await peer_->never.wait();
     peer_->answer += bytes;
     co_return true;
   }

@@ -7,7 +7,9 @@
 
 #include <netinet/in.h>
 #include <sys/epoll.h>
+#include <sys/resource.h>
 
+#include <algorithm>
 #include <optional>
 #include <utility>
 
@@ -18,6 +20,17 @@ namespace {
 constexpr int waitingConnections = 512;
 constexpr std::chrono::milliseconds pauseAfterFailure{200};
 constexpr base::Logger logger{"network"};
+
+// A process begins with a soft limit of 1024. Connections come on top of what the program itself has open,
+// and GLib ends a process that has no descriptor left for it.
+void raiseDescriptorLimit() {
+  constexpr rlim_t enough = 4096;
+  rlimit limit{};
+  if (getrlimit(RLIMIT_NOFILE, &limit) != 0 || limit.rlim_cur >= enough)
+    return;
+  limit.rlim_cur = std::min(enough, limit.rlim_max);
+  setrlimit(RLIMIT_NOFILE, &limit);
+}
 
 glib::Ref<GSocket> listeningSocket(GSocketFamily family, std::uint16_t port, glib::Error& error) {
   auto socket = glib::adopt(g_socket_new(family, G_SOCKET_TYPE_STREAM, G_SOCKET_PROTOCOL_TCP, error.out()));
@@ -76,6 +89,7 @@ async::Task<std::unique_ptr<TcpConnection>> acceptFrom(glib::Ref<GSocket> socket
 } // namespace
 
 std::expected<void, std::string> GioTcpListener::listen(std::uint16_t port) {
+  raiseDescriptorLimit();
   poller_ = SocketPoller::make();
   if (!poller_)
     return std::unexpected("Too many open files");

@@ -11,8 +11,9 @@ namespace ondrel::platform {
 
 namespace {
 
-// GTK redraws at G_PRIORITY_HIGH_IDLE + 20. Behind that, no flood of requests can hold up a frame.
-constexpr int priority = G_PRIORITY_HIGH_IDLE + 30;
+// GTK redraws at G_PRIORITY_HIGH_IDLE + 20. Behind that, no flood of requests can hold up a frame. What waits
+// for the loop to be idle has its turns beside them.
+constexpr int priority = G_PRIORITY_DEFAULT_IDLE;
 constexpr int socketsATurn = 16;
 
 } // namespace
