@@ -93,4 +93,34 @@ TEST_F(DemoServiceTest, LargeFileBecomesALink) {
   }
 }
 
+TEST_F(DemoServiceTest, HighlightsComeBack) {
+  open("/mail/Inbox/T1.M3?u=demo", "{messageView: 'conversation'}");
+  runBody(R"(
+    const reports = () => record.filter((line) => line.startsWith('ondrelHighlightContainersChanged'));
+    await until(() => record.includes('ondrelHighlightHostReady') && record.includes('ondrelMailboxMarkersReady'));
+    const focused = () => $$('.v-Message-body').findIndex((body) => body.closest('.is-focused'));
+    await until(() => reports().at(-1)?.endsWith(`: ${$$('.v-Message-body').length}, ${focused()}`));
+    const index = focused();
+    const body = () => $$('.v-Message-body')[index];
+    getSelection().selectAllChildren(body().querySelector('p'));
+    await new Promise((done) => requestAnimationFrame(done));
+    await advance(150);
+    $$('body > div').find((div) => div.textContent === 'Highlight')
+        .dispatchEvent(new MouseEvent('mousedown', {bubbles: true}));
+    const [, json, at] = /^ondrelHighlightCreate: (.*), (\d+)$/s.exec(record.findLast((line) => line.startsWith(
+        'ondrelHighlightCreate')));
+    const text = body().querySelector('p').textContent;
+    same([Number(at), JSON.parse(json).exact], [index, text]);
+
+    // Collapsed and opened again.
+    const header = $('.is-focused .v-MessageCard-header');
+    header.click();
+    await until(() => !$('mark'));
+    header.click();
+    await until(() => $$('mark').map((mark) => mark.textContent).join('') === text);
+
+    window.__ondrelApplyMailboxHighlightMarks(['T1', 'T2']);
+    same($$('li [data-ondrel-mark]').length, 2);)");
+}
+
 } // namespace ondrel::tests

@@ -35,7 +35,8 @@ TEST_P(PageScriptsTest, DoAsTheirCasesSay) {
 
 INSTANTIATE_TEST_SUITE_P(Of, PageScriptsTest,
                          testing::Values("smallScripts", "composeScripts", "filesAutoShareScript",
-                                         "replySelectionScript"),
+                                         "replySelectionScript", "highlightHostScript",
+                                         "mailboxMarkerScript"),
                          [](const auto& tested) { return tested.param; });
 
 } // namespace ondrel::tests
