@@ -6,21 +6,15 @@
 //
 // The page with the scripts is the first that is made, or the second. "without": it has none either, which
 // tells the noise.
-#include "async/Scope.h"
-#include "async/Signal.h"
+#include "EngineWindow.h"
+#include "PageDelegate.h"
 #include "async/sleep.h"
-#include "platform/WebViewDelegate.h"
-#include "platform/linux/Rendering.h"
 #include "platform/linux/ResourceText.h"
-#include "platform/linux/WebKitViewFactory.h"
-#include "platform/linux/glib/GlibEventLoop.h"
-#include "platform/linux/glib/Ref.h"
 #include "scripts/PageScriptSource.h"
 #include "web/WebViewConfiguration.h"
 
 #include <boost/json.hpp>
 #include <fmt/core.h>
-#include <gtk/gtk.h>
 #include <unistd.h>
 
 #include <chrono>
@@ -36,6 +30,7 @@
 namespace {
 
 using namespace ondrel;
+using namespace ondrel::bench;
 using namespace std::chrono_literals;
 using Seconds = std::chrono::duration<double>;
 
@@ -74,11 +69,6 @@ constexpr std::string_view scrollSource = R"js(((hover) => {
   requestAnimationFrame(next);
 }))js";
 
-[[noreturn]] void fail(const std::string& what) {
-  fmt::print(stderr, "page-scripts: {}\n", what);
-  std::exit(1);
-}
-
 // The engine's processes for pages, below this one.
 std::set<pid_t> webProcesses() {
   std::map<pid_t, pid_t> parents;
@@ -111,8 +101,8 @@ Seconds processorTime(pid_t process) {
   return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
 }
 
-// One page with the process that shows it. Allows everything, and notes what the page says.
-class Page final : public platform::WebViewDelegate {
+// One page with the process that shows it. Notes what the page says.
+class Page final : public PageDelegate {
  public:
   Page(platform::WebViewFactory& factory, const web::UserScripts& scripts, GtkWidget* box)
       : before_(webProcesses()), view_(factory.make(scripts)), box_(box),
@@ -136,7 +126,7 @@ class Page final : public platform::WebViewDelegate {
   // page may be made meanwhile.
   async::Task<void> open(std::string address) {
     view_->load(address);
-    co_await loaded_.wait();
+    co_await loaded.wait();
     const auto asked = co_await view_->evaluate("document.querySelector('#sign-in') !== null", {}, deadline);
     if (!asked)
       fail("a page could not be asked: " + asked.error().message);
@@ -145,7 +135,7 @@ class Page final : public platform::WebViewDelegate {
           co_await view_->evaluate("document.querySelector('#sign-in').click(), null", {}, deadline);
       if (!pressed)
         fail("the sign-in button could not be pressed: " + pressed.error().message);
-      co_await loaded_.wait();
+      co_await loaded.wait();
     }
     if (!processes_.empty())
       co_return;
@@ -170,31 +160,13 @@ class Page final : public platform::WebViewDelegate {
   bool hasWorkingScripts() const { return heard_.contains("composeReady") && heard_.contains("titleChange"); }
   bool hasScripts() const { return heard_.size() > heard_.count("scrolled"); }
 
-  void decidePolicy(const platform::NavigationAction&, platform::PolicyReply reply) override {
-    std::move(reply)(platform::NavigationPolicy::allow);
-  }
-  void decidePolicy(const platform::NavigationResponse&, platform::PolicyReply reply) override {
-    std::move(reply)(platform::NavigationPolicy::allow);
-  }
   void didCommit() override { heard_.clear(); }
-  void didFinish() override { loaded_.send(); }
-  void didFail(const platform::WebError& error) override { fail(error.description); }
-  void didFailProvisional(const platform::WebError& error) override { fail(error.description); }
-  void didBecomeDownload(std::shared_ptr<platform::Download>) override {}
-  std::shared_ptr<platform::WebView> createWebView(platform::NewWindowRequest) override { return nullptr; }
-  void runAlertPanel(const std::string&, platform::DoneReply) override {}
-  void runConfirmPanel(const std::string&, platform::DoneReply) override {}
-  void runOpenPanel(const platform::OpenPanelParameters&, platform::FilesReply) override {}
   void didReceiveScriptMessage(const platform::ScriptMessage& message) override {
     const std::string type(message.body.at("type").as_string());
     heard_.insert(type);
     if (type == "scrolled")
       scrolled_.send();
   }
-  void didClose() override {}
-  void webProcessDidTerminate(bool) override { fail("the web process is gone"); }
-  void backForwardListDidChange() override {}
-  void urlDidChange() override {}
 
  private:
   const std::set<pid_t> before_; // the processes of other pages
@@ -203,7 +175,6 @@ class Page final : public platform::WebViewDelegate {
   GtkWidget* widget_;
   std::set<pid_t> processes_;
   std::set<std::string> heard_;
-  async::Signal loaded_;
   async::Signal scrolled_;
 };
 
@@ -284,32 +255,17 @@ int main(int count, char** values) {
     fail("usage: page-scripts ADDRESS [second] [without]");
   const std::set<std::string_view> words(values + 2, values + count);
 
-  const bool software = platform::chooseRendering() == platform::Rendering::software;
-  gtk_init();
-  const glib::GlibEventLoop loop;
-
-  platform::WebKitOptions options;
-  options.extensionFolder = ONDREL_EXTENSION_FOLDER;
-  options.softwareRendering = software;
-  options.ephemeral = true;
-  platform::WebKitViewFactory factory(options);
-
-  auto* window = GTK_WINDOW(gtk_window_new());
+  EngineWindow window;
   auto* box = gtk_box_new(GTK_ORIENTATION_VERTICAL, 0);
   gtk_box_set_homogeneous(GTK_BOX(box), TRUE);
-  gtk_window_set_decorated(window, FALSE);
-  gtk_window_set_default_size(window, 1200, 1000);
-  gtk_window_set_child(window, box);
-  gtk_window_present(window);
+  gtk_window_set_decorated(window.window(), FALSE);
+  gtk_window_set_default_size(window.window(), 1200, 1000);
+  window.show(box);
 
   const web::PageScripts scripts(scripts::pageScriptSource(platform::resourceText));
-  Bench bench{factory,
+  Bench bench{window.factory(),
               words.contains("without") ? web::UserScripts{} : scripts.mainConfiguration()->userScripts,
               words.contains("second"), box, values[1]};
-  async::Scope scope;
-  scope.spawn(bench.measure());
-  while (scope.active() > 0)
-    g_main_context_iteration(nullptr, TRUE);
-  gtk_window_destroy(window);
+  runToEnd(bench.measure());
   return 0;
 }

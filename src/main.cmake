@@ -1,5 +1,5 @@
 configure_file(${CMAKE_CURRENT_LIST_DIR}/BundleValues.h.in ${CMAKE_BINARY_DIR}/include/ondrel/BundleValues.h @ONLY)
-add_executable(ondrel main.cpp)
+add_executable(ondrel main.cpp $<TARGET_OBJECTS:ondrel_ui_resources>)
 target_include_directories(ondrel PRIVATE ${CMAKE_BINARY_DIR}/include/ondrel)
 target_link_libraries(ondrel PRIVATE ondrel_start ondrel_scripts ondrel_program ondrel_ui ondrel_platform_linux)
 add_dependencies(ondrel ondrel-webext)

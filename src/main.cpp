@@ -2,6 +2,7 @@
 
 #include "base/Log.h"
 #include "platform/linux/DesktopNotifications.h"
+#include "platform/linux/GioFileReader.h"
 #include "platform/linux/GioTcpListener.h"
 #include "platform/linux/GlibLogSink.h"
 #include "platform/linux/IcuTextFormatting.h"
@@ -40,6 +41,7 @@ namespace {
 using namespace ondrel;
 
 constexpr int usageError = 2;
+constexpr const char* exportIcon = "/org/velmora/Ondrel/highlight-export-icon.png";
 
 int complain(const std::string& problem) {
   std::fprintf(stderr, "ondrel: %s\n", problem.c_str());
@@ -93,6 +95,7 @@ class Program {
               .defaults = defaults_,
               .directories = directories_,
               .files = files_,
+              .fileReader = fileReader_,
               .webViews = webViews_,
               .panels = panels_,
               .workspace = workspace_,
@@ -103,6 +106,7 @@ class Program {
               .dockTile = launcherEntry_,
               .sleepMonitor = logind_,
               .textFormatting = textFormatting_,
+              .exportIcon = platform::resourceText(exportIcon).value_or(""),
               .makeTcpListener = [] { return std::make_unique<platform::GioTcpListener>(); },
               .hasEnvironmentVariable =
                   [](std::string_view name) { return std::getenv(std::string(name).c_str()) != nullptr; },
@@ -113,12 +117,20 @@ class Program {
                     .application = application,
                     .windows = app_.windowManager(),
                     .settings = app_.settings(),
+                    .webViews = webViews_,
+                    .highlights = app_.highlightService().store(),
+                    .highlightTransfer = app_.highlightTransfer(),
+                    .removeAllHighlights = [this] { return app_.highlightService().removeAllHighlights(); },
                     .bundle = bundle,
-                    .navigate = [this](const std::string& url) { app_.emailLinkService().navigate(url); }}) {}
+                    .navigate =
+                        [this](const std::string& url, const std::optional<std::string>& emailId) {
+                          app_.emailLinkService().navigate(url, emailId);
+                        }}) {}
 
  private:
   platform::XdgDirectories directories_;
   platform::PosixFileStore files_;
+  platform::GioFileReader fileReader_;
   platform::JsonUserDefaults defaults_;
   platform::LinuxPanels panels_;
   platform::LinuxWorkspace workspace_;

@@ -177,6 +177,13 @@ std::optional<WindowManager::ActiveWindow> WindowManager::activeWindow() const {
   return windows.front();
 }
 
+std::vector<ViewModelPtr> WindowManager::viewModels() const {
+  std::vector<ViewModelPtr> all;
+  for (const auto& entry : windowViewModels_)
+    all.push_back(entry.viewModel);
+  return all;
+}
+
 ViewModelPtr WindowManager::viewModel(const WindowPtr& window) const {
   const auto* found = window ? entry(window.get()) : nullptr;
   return found ? found->viewModel : nullptr;

@@ -60,6 +60,8 @@ class WindowManager {
   std::optional<ActiveWindow> activeWindow() const;
   std::shared_ptr<web::WindowViewModel> keyViewModel() const;
   std::shared_ptr<web::WindowViewModel> viewModel(const std::shared_ptr<platform::Window>& window) const;
+  // Of all tabs, in the order of making.
+  std::vector<std::shared_ptr<web::WindowViewModel>> viewModels() const;
   bool mainWindowContainsMail() const;
   bool hasComposeWindow() const;
   // The account in the address of any tab, for building an address of the service.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <expected>
 #include <optional>
 #include <string>
@@ -12,6 +13,16 @@ struct FileError {
   std::string description;
 };
 
+// Tells what is in a file from all that is put in its place later.
+struct FileVersion {
+  std::uint64_t device = 0;
+  std::uint64_t inode = 0;
+  std::int64_t size = 0;
+  std::int64_t modified = 0; // nanoseconds
+
+  bool operator==(const FileVersion&) const = default;
+};
+
 // Whole files of the program's own, synchronously. New files are readable by the user alone.
 class FileStore {
  public:
@@ -22,8 +33,18 @@ class FileStore {
   // mixture. Makes missing folders.
   virtual std::expected<void, FileError> writeAtomically(const std::string& path,
                                                          std::string_view content) = 0;
-  // The same for a file that is another program's too: links are followed, the file's mode is kept, and a file
-  // without write permission is left alone.
+  // The same, but what is in the file's place and isn't `known` is kept beside it first, under a free name
+  // that says why ("other", say): that path, if there was one. `known` becomes the new version as soon as
+  // that is in place, also where an error follows. Several processes may do this at once, and none of them
+  // loses the last version of another.
+  virtual std::expected<std::optional<std::string>, FileError> replaceKnown(const std::string& path,
+                                                                            std::string_view content,
+                                                                            std::optional<FileVersion>& known,
+                                                                            std::string_view why) = 0;
+  // Absent where there is no file, or none that can be looked at.
+  virtual std::optional<FileVersion> version(const std::string& path) = 0;
+  // As writeAtomically, for a file that is another program's too: links are followed, the file's mode is
+  // kept, and a file without write permission is left alone.
   virtual std::expected<void, FileError> rewriteShared(const std::string& path, std::string_view content) = 0;
   // Moves a damaged file out of the way under a free name beside it; the new path.
   virtual std::expected<std::string, FileError> keepAside(const std::string& path) = 0;

@@ -59,6 +59,8 @@ class WebView {
   // Loads with the protocol's cache policy; fails with WebError::timedOut when nothing has been committed
   // after 60 s.
   virtual void load(const std::string& url) = 0;
+  // Shows a page that has no address.
+  virtual void loadHTML(const std::string& html) = 0;
   virtual void reload() = 0;
   virtual void stopLoading() = 0;
   virtual void goBack() = 0;
@@ -96,6 +98,9 @@ class WebViewFactory {
  public:
   virtual ~WebViewFactory() = default;
   virtual std::shared_ptr<WebView> make(const std::vector<std::shared_ptr<const UserScript>>& scripts) = 0;
+  // For pages that the program itself makes of other people's texts: no script runs in them, nothing is
+  // loaded for them from anywhere, and their menu only copies. Links ask the delegate.
+  virtual std::shared_ptr<WebView> makeDocumentView() = 0;
 };
 
 } // namespace ondrel::platform

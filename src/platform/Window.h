@@ -54,7 +54,8 @@ class Window {
   virtual std::string tabbingIdentifier() const = 0;
   virtual void setTabbingIdentifier(const std::string& identifier) = 0;
 
-  // Puts `window` directly behind this one in this one's group, without selecting it.
+  // Puts `window` directly behind this one in this one's group, without selecting it. A standalone window
+  // takes no tabs: the other one then shows in a top-level of its own.
   virtual void addTabbedWindow(std::shared_ptr<Window> window) = 0;
   // The group that it is a tab of; none when it has no tabs beside it.
   virtual std::shared_ptr<WindowGroup> tabGroup() const = 0;
@@ -78,6 +79,8 @@ struct WindowAttributes {
   double contentHeight = 768;
   std::string tabbingIdentifier;
   std::string identifier;
+  // Neither a tab nor a place for tabs: a top-level of its own, whose content brings the bar at its top.
+  bool standalone = false;
 };
 
 } // namespace ondrel::platform

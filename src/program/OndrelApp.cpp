@@ -38,12 +38,30 @@ OndrelApp::OndrelApp(const PlatformAbilities& platform, settings::Site site, con
                     .notifications = notificationManager_,
                     .openURL = [this](const std::string& url) { windowManager_.openURL(url); }}),
       emailLinkService_(platform.application, windowManager_, webServices_),
+      highlightStore_(platform.directories, platform.files),
+      highlightService_(windowManager_, jmapSession_.mail(), highlightStore_, settings_, platform.panels),
+      highlightTransfer_(
+          {.store = highlightStore_,
+           .mail = jmapSession_.mail(),
+           .settings = settings_,
+           .application = platform.application,
+           .panels = platform.panels,
+           .files = platform.files,
+           .reader = platform.fileReader,
+           .textFormatting = platform.textFormatting,
+           .iconPNG = platform.exportIcon,
+           .pushMailboxMarks = [this] { return highlightService_.pushMailboxMarksToAllWindows(); },
+           .syncTags =
+               [this](std::set<std::string> threadIds) {
+                 return highlightService_.syncAllTags(std::move(threadIds));
+               }}),
       mcpServerManager_(settings_, platform.directories, platform.files,
                         [makeListener = platform.makeTcpListener](mcp::RPCHandler handler) {
                           return std::make_unique<mcp::MCPHTTPServer>(makeListener(), std::move(handler));
                         }),
       mcpSettings_(settings_, mcpServerManager_, platform.clipboard) {
   appDelegate_.setWindowManager(&windowManager_);
+  webServices_.highlights = &highlightService_;
   if (platform.hasEnvironmentVariable(testVariable))
     return;
   mcpServerManager_.start(std::make_unique<mcp::MCPJMAPBridge>(
@@ -56,6 +74,11 @@ OndrelApp::OndrelApp(const PlatformAbilities& platform, settings::Site site, con
     scope_.spawn(askToBecomeDefault(delay, platform.bundle, platform.application, platform.workspace,
                                     platform.panels, settings_, lifecycle_));
   }
+}
+
+// The tabs, which outlive the service, report to it until the end.
+OndrelApp::~OndrelApp() {
+  webServices_.highlights = nullptr;
 }
 
 } // namespace ondrel::program

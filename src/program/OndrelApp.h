@@ -4,6 +4,9 @@
 #include "app/SessionStore.h"
 #include "app/WindowManager.h"
 #include "async/Scope.h"
+#include "highlights/HighlightService.h"
+#include "highlights/HighlightStore.h"
+#include "highlights/HighlightTransfer.h"
 #include "integrations/EmailLinkService.h"
 #include "jmap/JMAPSession.h"
 #include "jmap/NotificationManager.h"
@@ -18,6 +21,7 @@
 
 #include <functional>
 #include <memory>
+#include <string>
 #include <string_view>
 
 namespace ondrel::platform {
@@ -25,6 +29,7 @@ class Clipboard;
 class CookieStore;
 class Directories;
 class DockTile;
+class FileReader;
 class FileStore;
 class HttpClient;
 class NotificationCenter;
@@ -42,6 +47,7 @@ struct PlatformAbilities {
   platform::UserDefaults& defaults;
   platform::Directories& directories;
   platform::FileStore& files;
+  platform::FileReader& fileReader;
   platform::WebViewFactory& webViews;
   platform::Panels& panels;
   platform::Workspace& workspace;
@@ -52,6 +58,7 @@ struct PlatformAbilities {
   platform::DockTile& dockTile;
   platform::SleepMonitor& sleepMonitor;
   const platform::TextFormatting& textFormatting;
+  std::string exportIcon; // the program's icon on exported pages, a PNG's bytes; empty for none
   std::function<std::unique_ptr<platform::TcpListener>()> makeTcpListener;
   // The value of an environment variable is set.
   std::function<bool(std::string_view name)> hasEnvironmentVariable;
@@ -66,10 +73,13 @@ class OndrelApp {
 
   OndrelApp(const PlatformAbilities& platform, settings::Site site, const web::PageScripts& scripts,
             const ContentFactoryMaker& makeContentFactory);
+  ~OndrelApp();
 
   settings::AppSettings& settings() { return settings_; }
   app::WindowManager& windowManager() { return windowManager_; }
   integrations::EmailLinkService& emailLinkService() { return emailLinkService_; }
+  highlights::HighlightService& highlightService() { return highlightService_; }
+  highlights::HighlightTransfer& highlightTransfer() { return highlightTransfer_; }
   jmap::JMAPSession& jmapSession() { return jmapSession_; }
   mcp::MCPSettingsModel& mcpSettings() { return mcpSettings_; }
   AppLifecycleService& lifecycle() { return lifecycle_; }
@@ -85,6 +95,9 @@ class OndrelApp {
   app::WindowManager windowManager_;
   jmap::JMAPSession jmapSession_;
   integrations::EmailLinkService emailLinkService_;
+  highlights::HighlightStore highlightStore_;
+  highlights::HighlightService highlightService_;
+  highlights::HighlightTransfer highlightTransfer_;
   mcp::MCPServerManager mcpServerManager_;
   mcp::MCPSettingsModel mcpSettings_;
   async::Scope scope_;

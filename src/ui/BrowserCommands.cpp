@@ -1,6 +1,7 @@
 #include "ui/BrowserCommands.h"
 
 #include "app/WindowManager.h"
+#include "highlights/HighlightStore.h"
 #include "platform/Application.h"
 #include "platform/UserDefaults.h"
 #include "settings/AppSettings.h"
@@ -38,14 +39,14 @@ std::function<void()> inKeyTab(KeyTab& keyTab, void (WindowViewModel::*work)()) 
 } // namespace
 
 BrowserCommands::BrowserCommands(platform::Application& application, app::WindowManager& windows,
-                                 settings::AppSettings& settings, KeyTab& keyTab, platform::Bundle bundle,
-                                 Actions actions)
-    : application_(application), windows_(windows), settings_(settings), keyTab_(keyTab),
-      bundle_(std::move(bundle)), actions_(std::move(actions)) {
+                                 settings::AppSettings& settings, highlights::HighlightStore& highlights,
+                                 KeyTab& keyTab, platform::Bundle bundle, Actions actions)
+    : application_(application), windows_(windows), settings_(settings), highlights_(highlights),
+      keyTab_(keyTab), bundle_(std::move(bundle)), actions_(std::move(actions)) {
 }
 
 std::vector<CommandGroup> BrowserCommands::table() {
-  return {windowsAndTabs(), navigation(), view(), printing(), tools(), general()};
+  return {windowsAndTabs(), navigation(), view(), printing(), highlights(), removal(), tools(), general()};
 }
 
 CommandGroup BrowserCommands::windowsAndTabs() {
@@ -113,6 +114,29 @@ CommandGroup BrowserCommands::printing() {
             }}}};
 }
 
+CommandGroup BrowserCommands::highlights() {
+  const auto help = [this] { return helpWithoutHighlights(); };
+  return {"Highlights",
+          {{.title = "Show Highlights",
+            .accelerators = {"<Control><Shift>h"},
+            .perform = actions_.showHighlights,
+            .enabledWhen = whenHighlighted(),
+            .help = help},
+           {.title = "Export Highlights…",
+            .accelerators = {"<Control><Shift>e"},
+            .perform = actions_.exportHighlights,
+            .enabledWhen = whenHighlighted(),
+            .help = help},
+           {.title = "Import Highlights…",
+            .accelerators = {"<Control><Shift>i"},
+            .perform = actions_.importHighlights}}};
+}
+
+// Apart from the others: it can't be undone.
+CommandGroup BrowserCommands::removal() {
+  return {"Removal", {{.title = "Remove All Highlights…", .perform = actions_.removeAllHighlights}}};
+}
+
 CommandGroup BrowserCommands::tools() {
   return {"Tools",
           {{.title = "Open Copied FastMail Link",
@@ -142,6 +166,15 @@ CommandGroup BrowserCommands::general() {
         .perform = actions_.showShortcuts},
        {.title = "About " + bundle_.displayName, .perform = actions_.showAbout},
        {.title = "Quit", .accelerators = {"<Control>q"}, .perform = [this] { application_.terminate(); }}}};
+}
+
+Condition BrowserCommands::whenHighlighted() const {
+  return {[this] { return !highlights_.byMessageId().empty(); },
+          [this](auto changed) { return highlights_.changed.subscribe(std::move(changed)); }};
+}
+
+std::string BrowserCommands::helpWithoutHighlights() const {
+  return highlights_.byMessageId().empty() ? "You have not highlighted content yet." : "";
 }
 
 Condition BrowserCommands::whenHidingOnLoseFocus() const {

@@ -12,6 +12,10 @@ namespace ondrel::app {
 class WindowManager;
 }
 
+namespace ondrel::highlights {
+class HighlightStore;
+}
+
 namespace ondrel::platform {
 class Application;
 }
@@ -29,12 +33,17 @@ class BrowserCommands {
  public:
   struct Actions {
     std::function<void(const std::string& url)> navigate; // shows a message of the service
+    std::function<void()> showHighlights;
+    std::function<void()> exportHighlights;
+    std::function<void()> importHighlights;
+    std::function<void()> removeAllHighlights;
     std::function<void()> showShortcuts;
     std::function<void()> showAbout;
   };
 
   BrowserCommands(platform::Application& application, app::WindowManager& windows,
-                  settings::AppSettings& settings, KeyTab& keyTab, platform::Bundle bundle, Actions actions);
+                  settings::AppSettings& settings, highlights::HighlightStore& highlights, KeyTab& keyTab,
+                  platform::Bundle bundle, Actions actions);
 
   // In the order of the menu.
   std::vector<CommandGroup> table();
@@ -44,9 +53,13 @@ class BrowserCommands {
   CommandGroup navigation();
   CommandGroup view();
   CommandGroup printing();
+  CommandGroup highlights();
+  CommandGroup removal();
   CommandGroup tools();
   CommandGroup general();
 
+  Condition whenHighlighted() const;
+  std::string helpWithoutHighlights() const;
   Condition whenHidingOnLoseFocus() const;
   void toggleHidingOnLoseFocus();
   void openCopiedLink();
@@ -55,6 +68,7 @@ class BrowserCommands {
   platform::Application& application_;
   app::WindowManager& windows_;
   settings::AppSettings& settings_;
+  highlights::HighlightStore& highlights_;
   KeyTab& keyTab_;
   const platform::Bundle bundle_;
   const Actions actions_;

@@ -1,6 +1,7 @@
 #include "ui/UserInterface.h"
 
 #include "app/WindowManager.h"
+#include "highlights/HighlightTransfer.h"
 #include "platform/Application.h"
 #include "settings/AppSettings.h"
 #include "ui/AboutWindow.h"
@@ -11,14 +12,17 @@ namespace ondrel::ui {
 
 UserInterface::UserInterface(const Services& services)
     : services_(services), keyTab_(services_.application, services_.windows),
-      commands_(services_.application, services_.windows, services_.settings, keyTab_, services_.bundle,
-                {.navigate = services_.navigate,
-                 .showShortcuts = [this] { presentShortcuts(groups_, activeWindow()); },
-                 .showAbout =
-                     [this] {
-                       presentAbout(services_.bundle, services_.settings.site().projectSiteURL,
-                                    activeWindow());
-                     }}),
+      highlightsWindow_(
+          {.application = services_.application,
+           .webViews = services_.webViews,
+           .defaults = services_.settings.defaults(),
+           .store = services_.highlights,
+           .generateHTML = [this] { return services_.highlightTransfer.generateHighlightsHTML(false); },
+           .exportHighlights = [this] { scope_.spawn(services_.highlightTransfer.exportHighlights()); },
+           .navigate = services_.navigate}),
+      importProgress_(services_.highlightTransfer, [this] { return activeWindow(); }),
+      commands_(services_.application, services_.windows, services_.settings, services_.highlights, keyTab_,
+                services_.bundle, commandActions()),
       groups_(commands_.table()), actions_(services_.toolkitApplication, groups_), menu_(groups_),
       chrome_{services_.settings, menu_,
               [this](const auto& window) { return services_.windows.viewModel(window); },
@@ -27,6 +31,19 @@ UserInterface::UserInterface(const Services& services)
       copiedLink_(services_.application, services_.windows) {
   installStyle();
   services_.application.setChromeFactory([this] { return std::make_unique<BrowserChrome>(chrome_); });
+}
+
+BrowserCommands::Actions UserInterface::commandActions() {
+  return {.navigate = [this](const std::string& url) { services_.navigate(url, std::nullopt); },
+          .showHighlights = [this] { highlightsWindow_.show(); },
+          .exportHighlights = [this] { scope_.spawn(services_.highlightTransfer.exportHighlights()); },
+          .importHighlights = [this] { scope_.spawn(services_.highlightTransfer.importHighlights()); },
+          .removeAllHighlights = [this] { scope_.spawn(services_.removeAllHighlights()); },
+          .showShortcuts = [this] { presentShortcuts(groups_, activeWindow()); },
+          .showAbout =
+              [this] {
+                presentAbout(services_.bundle, services_.settings.site().projectSiteURL, activeWindow());
+              }};
 }
 
 GtkWindow* UserInterface::activeWindow() const {

@@ -1,16 +1,25 @@
 #pragma once
 
+#include "async/Scope.h"
 #include "platform/Bundle.h"
 #include "ui/BrowserChrome.h"
 #include "ui/BrowserCommands.h"
 #include "ui/CommandActions.h"
 #include "ui/CopiedLinkWatch.h"
+#include "ui/HighlightsWindow.h"
+#include "ui/ImportProgressWindow.h"
 #include "ui/KeyTab.h"
 #include "ui/PrimaryMenu.h"
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
+
+namespace ondrel::highlights {
+class HighlightStore;
+class HighlightTransfer;
+} // namespace ondrel::highlights
 
 namespace ondrel::ui {
 
@@ -23,8 +32,13 @@ class UserInterface {
     platform::Application& application;
     app::WindowManager& windows;
     settings::AppSettings& settings;
+    platform::WebViewFactory& webViews;
+    highlights::HighlightStore& highlights;
+    highlights::HighlightTransfer& highlightTransfer;
+    std::function<async::Task<void>()> removeAllHighlights; // asks first
     platform::Bundle bundle;
-    std::function<void(const std::string& url)> navigate; // shows a message of the service
+    // Shows a message of the service; the id of the email where it is known.
+    std::function<void(const std::string& url, const std::optional<std::string>& emailId)> navigate;
   };
 
   explicit UserInterface(const Services& services);
@@ -34,16 +48,20 @@ class UserInterface {
   const std::vector<CommandGroup>& commands() const { return groups_; }
 
  private:
+  BrowserCommands::Actions commandActions();
   GtkWindow* activeWindow() const;
 
   const Services services_;
   KeyTab keyTab_;
+  HighlightsWindow highlightsWindow_;
+  const ImportProgressWindow importProgress_;
   BrowserCommands commands_;
   const std::vector<CommandGroup> groups_;
   const CommandActions actions_;
   const PrimaryMenu menu_;
   const ChromeServices chrome_;
   const CopiedLinkWatch copiedLink_;
+  async::Scope scope_;
 };
 
 } // namespace ondrel::ui

@@ -78,6 +78,13 @@ class Coordinator final : public platform::WebViewDelegate {
   void discardUndone(const ScriptMessageFields& fields, const Message& message);
   void consoleLog(const ScriptMessageFields& fields, const Message& message);
   void filesAutoShare(const ScriptMessageFields& fields, const Message& message);
+  void messageChanged(const ScriptMessageFields& fields, const Message& message);
+  void containersChanged(const ScriptMessageFields& fields, const Message& message);
+  void highlightHostReady(const ScriptMessageFields& fields, const Message& message);
+  void highlightCreate(const ScriptMessageFields& fields, const Message& message);
+  void highlightRemove(const ScriptMessageFields& fields, const Message& message);
+  void highlightClearOrphaned(const ScriptMessageFields& fields, const Message& message);
+  void mailboxMarkersReady(const ScriptMessageFields& fields, const Message& message);
 
   async::Task<void> closeWindowAfter(std::chrono::milliseconds delay,
                                      std::weak_ptr<platform::WebView> webView);

@@ -30,7 +30,7 @@ enum class Trust { anyFrame, mainFrameOrService, serviceOnly };
 struct Coordinator::Route {
   std::string_view type;
   Trust trust;
-  void (Coordinator::*handle)(const ScriptMessageFields&, const Message&); // none: nothing receives it yet
+  void (Coordinator::*handle)(const ScriptMessageFields&, const Message&);
 };
 
 const Coordinator::Route Coordinator::routes[] = {
@@ -43,13 +43,13 @@ const Coordinator::Route Coordinator::routes[] = {
     {"discardClicked", Trust::serviceOnly, &Coordinator::discardClicked},
     {"discardUndone", Trust::serviceOnly, &Coordinator::discardUndone},
     {"consoleLog", Trust::anyFrame, &Coordinator::consoleLog},
-    {"ondrelMessageChanged", Trust::serviceOnly, nullptr},
-    {"ondrelHighlightContainersChanged", Trust::serviceOnly, nullptr},
-    {"ondrelHighlightHostReady", Trust::serviceOnly, nullptr},
-    {"ondrelHighlightCreate", Trust::serviceOnly, nullptr},
-    {"ondrelHighlightRemove", Trust::serviceOnly, nullptr},
-    {"ondrelHighlightClearOrphaned", Trust::serviceOnly, nullptr},
-    {"ondrelMailboxMarkersReady", Trust::serviceOnly, nullptr},
+    {"ondrelMessageChanged", Trust::serviceOnly, &Coordinator::messageChanged},
+    {"ondrelHighlightContainersChanged", Trust::serviceOnly, &Coordinator::containersChanged},
+    {"ondrelHighlightHostReady", Trust::serviceOnly, &Coordinator::highlightHostReady},
+    {"ondrelHighlightCreate", Trust::serviceOnly, &Coordinator::highlightCreate},
+    {"ondrelHighlightRemove", Trust::serviceOnly, &Coordinator::highlightRemove},
+    {"ondrelHighlightClearOrphaned", Trust::serviceOnly, &Coordinator::highlightClearOrphaned},
+    {"ondrelMailboxMarkersReady", Trust::serviceOnly, &Coordinator::mailboxMarkersReady},
     {"ondrelFilesAutoShare", Trust::serviceOnly, &Coordinator::filesAutoShare},
 };
 
@@ -70,8 +70,7 @@ void Coordinator::didReceiveScriptMessage(const platform::ScriptMessage& message
                         message.frame.origin);
     return;
   }
-  if (route->handle)
-    (this->*route->handle)(*fields, message);
+  (this->*route->handle)(*fields, message);
 }
 
 bool Coordinator::isTrusted(const Route& route, const Message& message) const {

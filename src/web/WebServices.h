@@ -17,6 +17,7 @@ class AppSettings;
 
 namespace ondrel::web {
 
+class HighlightReceiver;
 class PageScripts;
 
 // What every tab stands on. Made once; outlives all tabs.
@@ -28,6 +29,8 @@ struct WebServices {
   platform::Panels& panels;
   platform::Workspace& workspace;
   jmap::NotificationManager& notifications;
+  // Filled while there is one; without it what pages report of highlights is dropped.
+  HighlightReceiver* highlights = nullptr;
 };
 
 } // namespace ondrel::web

@@ -3,6 +3,7 @@
 #include "async/Task.h"
 #include "base/Base64.h"
 #include "base/Observable.h"
+#include "jmap/MailQueries.h"
 #include "platform/FrameInfo.h"
 #include "platform/WebView.h"
 #include "web/WebViewConfiguration.h"
@@ -76,12 +77,14 @@ class WindowViewModel : public std::enable_shared_from_this<WindowViewModel> {
   // Sees messages that no handler of the program's takes.
   std::function<void(const std::string& name, const boost::json::value& body)> onScriptMessage;
 
-  std::int64_t highlightGeneration = 0; // bumped whenever the message in view changes
+  // What highlights::HighlightService knows of the conversation in view.
+  std::int64_t highlightGeneration = 0; // bumped whenever its thread changes
   std::optional<std::string> highlightCurrentInternalId;
-  std::optional<std::string> highlightCurrentThreadId;
-  std::int64_t highlightContainerCount = 0;
+  std::optional<std::string> highlightCurrentThreadId; // whose emails are known or being asked for
+  std::vector<jmap::ThreadEmailInfo> highlightThreadEmails;
+  std::int64_t highlightContainerCount = 0; // as the page says
   std::optional<std::int64_t> highlightFocusedContainerIndex;
-  std::optional<platform::FrameInfo> highlightContentFrame;
+  std::optional<platform::FrameInfo> highlightContentFrame; // which shows the messages
 
   OpenClosure openInNewWindow;
   OpenClosure openInNewTab;

@@ -1,6 +1,5 @@
-#include "TemporaryFolder.h"
-
 #include "platform/linux/PosixFileStore.h"
+#include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -29,7 +28,7 @@ ino_t inode(const std::string& path) {
 
 class FileStoreTest : public testing::Test {
  protected:
-  TemporaryFolder folder;
+  support::TemporaryFolder folder;
   PosixFileStore store;
 };
 

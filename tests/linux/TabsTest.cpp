@@ -56,6 +56,31 @@ TEST_F(TabsTest, StandInOrderAndAreNotSelectedWhenAdded) {
   });
 }
 
+TEST_F(TabsTest, AStandaloneWindowTakesNoTabs) {
+  run([this] {
+    makeThree();
+    WindowAttributes attributes;
+    attributes.identifier = "lone";
+    attributes.standalone = true;
+    const auto lone = application.makeWindow(attributes);
+    lone->setContent({gtk_label_new("content")});
+    lone->makeKeyAndOrderFront();
+    ASSERT_TRUE(until([&] { return lone->isVisible(); }));
+    const auto d = make("d");
+    lone->addTabbedWindow(d);
+    EXPECT_TRUE(until([&] { return d->isVisible() && lone->isVisible(); })) << "beside it, for all to see";
+    EXPECT_NE(topLevelOf(d), topLevelOf(lone));
+    a->addTabbedWindow(lone);
+    EXPECT_EQ(names(a->tabGroup()->windows()), "abc");
+    EXPECT_EQ(lone->tabGroup(), nullptr);
+
+    const auto* topLevel = topLevelOf(lone);
+    ASSERT_TRUE(topLevel);
+    lone->close();
+    EXPECT_TRUE(until([&] { return topLevelOf(lone) == nullptr; }));
+  });
+}
+
 TEST_F(TabsTest, ShowNothingUntilTheyAreShown) {
   run([this] {
     const auto before = topLevelCount();

@@ -1,9 +1,8 @@
-#include "TemporaryFolder.h"
-
 #include "async/VirtualEventLoop.h"
 #include "base/Log.h"
 #include "platform/linux/JsonUserDefaults.h"
 #include "platform/linux/PosixFileStore.h"
+#include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -32,6 +31,13 @@ class CountingStore final : public FileStore {
   std::expected<void, FileError> rewriteShared(const std::string& path, std::string_view content) override {
     return writeAtomically(path, content);
   }
+  std::expected<std::optional<std::string>, FileError> replaceKnown(const std::string& path,
+                                                                    std::string_view content,
+                                                                    std::optional<FileVersion>& known,
+                                                                    std::string_view why) override {
+    return files_.replaceKnown(path, content, known, why);
+  }
+  std::optional<FileVersion> version(const std::string& path) override { return files_.version(path); }
   std::expected<std::string, FileError> keepAside(const std::string& path) override {
     if (failing)
       return std::unexpected(FileError{false, "disk full"});
@@ -64,7 +70,7 @@ class UserDefaultsTest : public testing::Test {
   }
 
   async::VirtualEventLoop loop;
-  TemporaryFolder folder;
+  support::TemporaryFolder folder;
   CountingStore store;
 };
 

@@ -1,8 +1,7 @@
-#include "TemporaryFolder.h"
-
 #include "base/Log.h"
 #include "platform/linux/LinuxWorkspace.h"
 #include "platform/linux/Rendering.h"
+#include "support/TemporaryFolder.h"
 
 #include <gio/gio.h>
 #include <gmock/gmock.h>
@@ -87,7 +86,7 @@ class WorkspaceDeathTest : public testing::Test {
     std::exit(software && kept && hardware && found ? 0 : 1);
   }
 
-  TemporaryFolder folder;
+  support::TemporaryFolder folder;
   LinuxWorkspace workspace;
 };
 

@@ -3,6 +3,7 @@
 #include "program/AppLifecycleService.h"
 #include "program/Migration.h"
 #include "support/FakeDockTile.h"
+#include "support/FakeFileReader.h"
 #include "support/FakeHttpClient.h"
 #include "support/FakeTcpListener.h"
 #include "support/FakeTextFormatting.h"
@@ -132,6 +133,7 @@ class OndrelAppTest : public testing::Test {
         shell.defaults,
         shell.files,
         shell.files,
+        fileReader,
         shell.webViews,
         shell.panels,
         shell.workspace,
@@ -142,6 +144,7 @@ class OndrelAppTest : public testing::Test {
         dockTile,
         sleepMonitor,
         textFormatting,
+        {},
         [this] { return std::make_unique<support::FakeTcpListener>(port); },
         [=](std::string_view name) { return underTest && name == "XCTestConfigurationFilePath"; },
         [](unsigned most) { return most / 2; }};
@@ -159,6 +162,7 @@ class OndrelAppTest : public testing::Test {
   }
 
   support::TestShell shell;
+  support::FakeFileReader fileReader{shell.files};
   support::FakeCookieStore cookies;
   support::FakeHttpClient http;
   support::FakeDockTile dockTile;

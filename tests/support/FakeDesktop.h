@@ -129,6 +129,29 @@ class FakeFiles final : public platform::FileStore, public platform::Directories
                                                          std::string_view content) override {
     return writeAtomically(path, content);
   }
+  std::expected<std::optional<std::string>, platform::FileError>
+  replaceKnown(const std::string& path, std::string_view content, std::optional<platform::FileVersion>& known,
+               std::string_view why) override {
+    std::optional<std::string> kept;
+    if (const auto there = version(path); !full && there && there != known) {
+      int number = 1;
+      do
+        kept = path + "." + std::string(why) + "-" + std::to_string(number++);
+      while (files.contains(*kept));
+      files[*kept] = files[path];
+    }
+    if (auto written = writeAtomically(path, content); !written)
+      return std::unexpected(written.error());
+    known = version(path);
+    return kept;
+  }
+  // The same content counts as the same version.
+  std::optional<platform::FileVersion> version(const std::string& path) override {
+    const auto found = files.find(path);
+    if (found == files.end())
+      return std::nullopt;
+    return platform::FileVersion{.inode = std::hash<std::string>()(found->second)};
+  }
   std::expected<std::string, platform::FileError> keepAside(const std::string& path) override {
     const auto kept = path + ".damaged-1";
     files[kept] = files[path];

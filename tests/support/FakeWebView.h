@@ -27,6 +27,7 @@ class FakeWebView final : public platform::WebView {
   }
   void removeScriptMessageHandler(const std::string& name) override { handlers.erase(name); }
   void load(const std::string& url) override { loads.push_back(url); }
+  void loadHTML(const std::string& html) override { documents.push_back(html); }
   void reload() override { ++reloads; }
   void stopLoading() override {}
   void goBack() override { ++backs; }
@@ -38,9 +39,10 @@ class FakeWebView final : public platform::WebView {
   bool isLoading() const override { return loading; }
   double pageZoom() const override { return zoom; }
   void setPageZoom(double value) override { zoom = value; }
-  async::Task<platform::ScriptResult> evaluate(std::string source, std::optional<platform::FrameInfo>,
+  async::Task<platform::ScriptResult> evaluate(std::string source, std::optional<platform::FrameInfo> frame,
                                                async::Duration) override {
     evaluations.push_back(source);
+    evaluationFrames.push_back(std::move(frame));
     co_await async::nextTurn();
     co_return answer ? answer(source) : platform::ScriptResult(boost::json::value());
   }
@@ -62,7 +64,9 @@ class FakeWebView final : public platform::WebView {
   platform::NativeView native;
   std::set<std::string> handlers;
   std::vector<std::string> loads;
+  std::vector<std::string> documents;
   std::vector<std::string> evaluations;
+  std::vector<std::optional<platform::FrameInfo>> evaluationFrames; // of each of these
   std::vector<base::Bytes> restored;
   std::vector<platform::PrintSettings> prints;
   std::function<platform::ScriptResult(const std::string&)> answer;
@@ -96,7 +100,16 @@ class FakeWebViewFactory final : public platform::WebViewFactory {
     return view;
   }
 
+  std::shared_ptr<platform::WebView> makeDocumentView() override {
+    auto view = std::make_shared<FakeWebView>();
+    if (onMake)
+      onMake(*view);
+    documentViews.push_back(view);
+    return view;
+  }
+
   std::vector<std::weak_ptr<FakeWebView>> made;
+  std::vector<std::weak_ptr<FakeWebView>> documentViews;
   bool acceptsState = true;
   std::function<void(FakeWebView&)> onMake;
   std::vector<std::string> names; // of the scripts of the last one

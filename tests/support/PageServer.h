@@ -54,6 +54,12 @@ class PageServer {
     const auto found = requests_.find(path);
     return found == requests_.end() ? 0 : found->second;
   }
+  int totalRequests() const {
+    int total = 0;
+    for (const auto& [path, count] : requests_)
+      total += count;
+    return total;
+  }
 
  private:
   static void handle(SoupServer*, SoupServerMessage* message, const char* path, GHashTable*, gpointer data) {

@@ -1,5 +1,6 @@
 #include "ShellTest.h"
 
+#include "highlights/HighlightStore.h"
 #include "platform/Bundle.h"
 #include "ui/ActionName.h"
 #include "ui/BrowserCommands.h"
@@ -22,9 +23,15 @@ class CommandsTest : public ShellTest {
     ASSERT_TRUE(application);
     keyTab.emplace(shell.application, *shell.manager);
     commands.emplace(
-        shell.application, *shell.manager, shell.settings, *keyTab,
+        shell.application, *shell.manager, shell.settings, highlights, *keyTab,
         platform::Bundle{"org.velmora.Ondrel", "Ondrel", "1.0", "1"},
-        BrowserCommands::Actions{[this](const std::string& url) { navigated.push_back(url); }, [] {}, [] {}});
+        BrowserCommands::Actions{.navigate = [this](const std::string& url) { navigated.push_back(url); },
+                                 .showHighlights = [this] { done.push_back("show"); },
+                                 .exportHighlights = [this] { done.push_back("export"); },
+                                 .importHighlights = [this] { done.push_back("import"); },
+                                 .removeAllHighlights = [this] { done.push_back("remove all"); },
+                                 .showShortcuts = [] {},
+                                 .showAbout = [] {}});
     groups = commands->table();
     actions.emplace(application.get(), groups);
   }
@@ -52,6 +59,8 @@ class CommandsTest : public ShellTest {
 
   static inline glib::Ref<GtkApplication> application;
   std::vector<std::string> navigated;
+  std::vector<std::string> done;
+  highlights::HighlightStore highlights{shell.files, shell.files};
   std::optional<KeyTab> keyTab;
   std::optional<BrowserCommands> commands;
   std::vector<CommandGroup> groups;
@@ -125,6 +134,19 @@ TEST_F(CommandsTest, ToolsAreThereWhenTheyHaveSomethingToWorkOn) {
             "FastMail.router.appController.goCreateMaskedEmail();");
 }
 
+TEST_F(CommandsTest, HighlightsCanBeShownAndExportedWhenThereAreSome) {
+  EXPECT_FALSE(enabled("show-highlights") || enabled("export-highlights"));
+  EXPECT_TRUE(enabled("import-highlights"));
+  highlights.add({"h1", "T1", "text", "", ""}, "1@x");
+  EXPECT_TRUE(enabled("show-highlights") && enabled("export-highlights"));
+  for (const auto* name :
+       {"show-highlights", "export-highlights", "import-highlights", "remove-all-highlights"})
+    activate(name);
+  EXPECT_EQ(done, (std::vector<std::string>{"show", "export", "import", "remove all"}));
+  highlights.removeAll();
+  EXPECT_FALSE(enabled("show-highlights") || enabled("export-highlights"));
+}
+
 TEST_F(CommandsTest, TheSwitchFollowsItsSetting) {
   const auto isOn = [&] {
     const glib::Owned<GVariant> state(g_action_group_get_action_state(group(), "hide-when-losing-focus"));
@@ -144,7 +166,7 @@ TEST_F(CommandsTest, TheMenuExplainsWhatCantBeUsed) {
   auto* popover = gtk_popover_menu_new_from_model(menu.model());
   gtk_menu_button_set_popover(GTK_MENU_BUTTON(button), popover);
   showWidget(button);
-  const auto help = [&]() -> std::string {
+  const auto help = [&] {
     menu.explain(popover);
     std::vector<std::string> found;
     std::function<void(GtkWidget*)> collect = [&](GtkWidget* widget) {
@@ -155,13 +177,17 @@ TEST_F(CommandsTest, TheMenuExplainsWhatCantBeUsed) {
         collect(child);
     };
     collect(popover);
-    return found.size() == 1 ? found[0] : std::to_string(found.size()) + " texts";
+    std::ranges::sort(found);
+    return found;
   };
   const std::string inFront = "Only available when an mail window is in front";
-  EXPECT_EQ(help(), inFront);
+  const std::string notYet = "You have not highlighted content yet.";
+  EXPECT_EQ(help(), (std::vector{inFront, notYet, notYet}));
+  highlights.add({"h1", "T1", "text", "", ""}, "1@x");
+  EXPECT_EQ(help(), std::vector{inFront});
   model(1)->urlString.set("https://app.example.com/mail/Inbox/");
   shell.settle();
-  EXPECT_EQ(help(), "0 texts");
+  EXPECT_TRUE(help().empty());
 }
 
 TEST_F(CommandsTest, TheShortcutsWindowShowsEveryKey) {

@@ -10,6 +10,7 @@
 #include <cstring>
 #include <fcntl.h>
 #include <filesystem>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -71,6 +72,29 @@ int flushFolder(int folder) {
   return errno == EINVAL || errno == ENOTSUP || errno == EROFS ? 0 : errno;
 }
 
+int moveInto(TemporaryFile& temporary, const std::string& name, int) {
+  return temporary.moveInto(name);
+}
+
+// Keeps the other copies of this program out for a moment. Where there are no locks, or where a copy that was
+// stopped holds it, the work goes on without: it is the guard of a gap of microseconds.
+class FolderLock {
+ public:
+  explicit FolderLock(int folder) : folder_(folder) {
+    for (int attempt = 0; attempt < 100; ++attempt) {
+      if (flock(folder_, LOCK_EX | LOCK_NB) == 0 || (errno != EWOULDBLOCK && errno != EINTR))
+        return;
+      usleep(1000);
+    }
+  }
+  FolderLock(const FolderLock&) = delete;
+  FolderLock& operator=(const FolderLock&) = delete;
+  ~FolderLock() { flock(folder_, LOCK_UN); }
+
+ private:
+  int folder_;
+};
+
 } // namespace
 
 std::expected<std::string, FileError> PosixFileStore::read(const std::string& path) {
@@ -104,7 +128,7 @@ std::expected<std::string, FileError> PosixFileStore::read(const std::string& pa
 
 std::expected<void, FileError> PosixFileStore::writeAtomically(const std::string& path,
                                                                std::string_view content) {
-  return replace(path, content, std::nullopt);
+  return replace(path, content, moveInto);
 }
 
 std::expected<void, FileError> PosixFileStore::rewriteShared(const std::string& path,
@@ -119,11 +143,42 @@ std::expected<void, FileError> PosixFileStore::rewriteShared(const std::string& 
     return std::unexpected(FileError{false, fmt::format("{} is not a regular file", path)});
   if (!(status.st_mode & S_IWUSR))
     return failure("can't write", path, EACCES);
-  return replace(*target, content, status.st_mode & 0777);
+  return replace(
+      *target, content,
+      [mode = status.st_mode & 0777](TemporaryFile& temporary, const std::string& name, int folder) {
+        const int error = temporary.setMode(mode);
+        return error ? error : moveInto(temporary, name, folder);
+      });
+}
+
+std::expected<std::optional<std::string>, FileError>
+PosixFileStore::replaceKnown(const std::string& path, std::string_view content,
+                             std::optional<FileVersion>& known, std::string_view why) {
+  std::optional<std::string> kept;
+  const auto move = [&](TemporaryFile& temporary, const std::string& name, int folder) {
+    // From the look at what is there until the new file is in place, no other process may do the same.
+    const FolderLock lock(folder);
+    const auto there = fileVersion(path);
+    if (!there && there.error() != ENOENT)
+      return there.error();
+    if (there && *there != known) {
+      const auto place = AsideFile(path, why).link();
+      if (!place)
+        return place.error();
+      kept = *place;
+    }
+    const int error = moveInto(temporary, name, folder);
+    if (!error)
+      known = version(path);
+    return error;
+  };
+  if (auto replaced = replace(path, content, move); !replaced)
+    return std::unexpected(std::move(replaced.error()));
+  return kept;
 }
 
 std::expected<void, FileError> PosixFileStore::replace(const std::string& path, std::string_view content,
-                                                       std::optional<mode_t> mode) {
+                                                       const Move& move) {
   const auto [folderPath, name] = split(path);
   if (const int error = makeFolders(folderPath))
     return failure("can't make the folder", folderPath, error);
@@ -136,11 +191,9 @@ std::expected<void, FileError> PosixFileStore::replace(const std::string& path, 
   TemporaryFile temporary(folder.get(), name);
   if (const int error = temporary.create())
     return failure("can't make a file beside", path, error);
-  if (const int error = mode ? temporary.setMode(*mode) : 0)
-    return failure("can't set the mode of the file beside", path, error);
   if (const int error = temporary.writeAndFlush(content))
     return failure("can't write", path, error);
-  if (const int error = temporary.moveInto(name))
+  if (const int error = move(temporary, name, folder.get()))
     return failure("can't replace", path, error);
   if (const int error = flushFolder(folder.get()))
     return failure("can't flush the folder of", path, error);
@@ -148,24 +201,15 @@ std::expected<void, FileError> PosixFileStore::replace(const std::string& path, 
 }
 
 std::expected<std::string, FileError> PosixFileStore::keepAside(const std::string& path) {
-  std::string place;
-  timespec oldest{};
-  for (int n = 1; n <= damagedFilesKept; ++n) {
-    const auto candidate = fmt::format("{}.damaged-{}", path, n);
-    struct stat status{};
-    if (lstat(candidate.c_str(), &status) != 0) {
-      place = candidate;
-      break;
-    }
-    const auto& time = status.st_mtim;
-    if (place.empty() || std::pair(time.tv_sec, time.tv_nsec) < std::pair(oldest.tv_sec, oldest.tv_nsec)) {
-      place = candidate;
-      oldest = time;
-    }
-  }
-  if (std::rename(path.c_str(), place.c_str()) != 0)
-    return failure("can't move aside", path, errno);
-  return place;
+  auto kept = AsideFile(path, "damaged").move();
+  if (!kept)
+    return failure("can't move aside", path, kept.error());
+  return std::move(*kept);
+}
+
+std::optional<FileVersion> PosixFileStore::version(const std::string& path) {
+  const auto found = fileVersion(path);
+  return found ? std::optional(*found) : std::nullopt;
 }
 
 bool PosixFileStore::exists(const std::string& path) {

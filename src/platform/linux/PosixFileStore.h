@@ -1,26 +1,35 @@
 #pragma once
 
 #include "platform/FileStore.h"
+#include "platform/linux/AsideFile.h"
 
+#include <functional>
 #include <optional>
 #include <set>
 #include <string>
-#include <sys/types.h>
 
 namespace ondrel::platform {
+
+class TemporaryFile;
 
 // Files by system calls: new files have mode 0600, new folders 0700. A save that a crash cut short leaves a
 // temporary file ".<name>.tmp-<six hex digits>" beside the file; the next save of that name removes it.
 class PosixFileStore final : public FileStore {
  public:
   // So many damaged versions of one file stay beside it; then the oldest makes way.
-  static constexpr int damagedFilesKept = 4;
+  static constexpr int damagedFilesKept = AsideFile::mostKept;
 
   std::expected<std::string, FileError> read(const std::string& path) override;
   // An error from flushing the folder is told though the new content is in place by then.
   std::expected<void, FileError> writeAtomically(const std::string& path, std::string_view content) override;
   // Owner, access lists and hard links of the old file are not kept.
   std::expected<void, FileError> rewriteShared(const std::string& path, std::string_view content) override;
+  // What is kept is "<path>.<why>-<n>", n from 1, and so few as of damaged ones.
+  std::expected<std::optional<std::string>, FileError> replaceKnown(const std::string& path,
+                                                                    std::string_view content,
+                                                                    std::optional<FileVersion>& known,
+                                                                    std::string_view why) override;
+  std::optional<FileVersion> version(const std::string& path) override;
   // The new path is "<path>.damaged-<n>", n from 1.
   std::expected<std::string, FileError> keepAside(const std::string& path) override;
   bool exists(const std::string& path) override;
@@ -28,8 +37,9 @@ class PosixFileStore final : public FileStore {
   std::expected<void, FileError> removeRecursively(const std::string& path) override;
 
  private:
-  std::expected<void, FileError> replace(const std::string& path, std::string_view content,
-                                         std::optional<mode_t> mode);
+  // How a file gets from its place beside the other one into that one's; 0 or the error number.
+  using Move = std::function<int(TemporaryFile& temporary, const std::string& name, int folder)>;
+  std::expected<void, FileError> replace(const std::string& path, std::string_view content, const Move& move);
 
   std::set<std::string> swept_; // paths whose left-over temporary files are gone
 };

@@ -32,8 +32,8 @@ GtkWidget* verticalBox(GtkWidget* topBar, AdwTabView* view) {
 
 } // namespace
 
-TabGroupWindow::TabGroupWindow(WindowSystem& system, GtkApplication* application,
-                               std::unique_ptr<GroupChrome> chrome, const Rect& size)
+TabGroupWindow::TabGroupWindow(WindowSystem& system, GtkApplication* application, const Rect& size, Bars bars,
+                               std::unique_ptr<GroupChrome> chrome)
     : system_(system), window_(glib::share(GTK_WINDOW(adw_application_window_new(application)))),
       view_(glib::share(adw_tab_view_new())), chrome_(std::move(chrome)), placement_(window_.get(), size),
       menu_(view_.get(), GTK_WIDGET(window_.get())) {
@@ -42,7 +42,8 @@ TabGroupWindow::TabGroupWindow(WindowSystem& system, GtkApplication* application
   gtk_widget_set_size_request(GTK_WIDGET(window_.get()), static_cast<int>(smallestWidth),
                               static_cast<int>(smallestHeight));
   adw_application_window_set_content(ADW_APPLICATION_WINDOW(window_.get()),
-                                     verticalBox(topBarOf(chrome_.get()), view_.get()));
+                                     bars == Bars::shown ? verticalBox(topBarOf(chrome_.get()), view_.get())
+                                                         : GTK_WIDGET(view_.get()));
   updateTitle();
   connectTabs();
   connectKeys();

@@ -20,9 +20,12 @@ class WindowSystem;
 // follows its signals.
 class TabGroupWindow final : public WindowGroup, public std::enable_shared_from_this<TabGroupWindow> {
  public:
+  // Without bars no tab can come in from elsewhere or leave.
+  enum class Bars { shown, none };
+
   // Not shown yet. `system` must outlive it.
-  TabGroupWindow(WindowSystem& system, GtkApplication* application, std::unique_ptr<GroupChrome> chrome,
-                 const Rect& size);
+  TabGroupWindow(WindowSystem& system, GtkApplication* application, const Rect& size, Bars bars,
+                 std::unique_ptr<GroupChrome> chrome);
   ~TabGroupWindow() override;
 
   std::vector<std::shared_ptr<Window>> windows() const override;

@@ -17,7 +17,8 @@ constexpr std::size_t longestTitle = 300; // characters
 } // namespace
 
 TabWindow::TabWindow(WindowSystem& system, const WindowAttributes& attributes)
-    : system_(&system), identifier_(attributes.identifier), tabbingIdentifier_(attributes.tabbingIdentifier),
+    : system_(&system), identifier_(attributes.identifier), standalone_(attributes.standalone),
+      tabbingIdentifier_(attributes.tabbingIdentifier),
       lastFrame_{0, 0, attributes.contentWidth, attributes.contentHeight},
       container_(glib::share(adw_bin_new())) {
 }
@@ -67,7 +68,7 @@ void TabWindow::setFrame(const Rect& frame) {
 std::shared_ptr<TabGroupWindow> TabWindow::ensureGroup() {
   if (auto group = group_.lock())
     return group;
-  auto group = system_->makeGroup(lastFrame_);
+  auto group = standalone_ ? system_->makeStandalone(lastFrame_) : system_->makeGroup(lastFrame_);
   if (frameWasSet_)
     group->setFrame(lastFrame_);
   group->append(*this);
@@ -76,8 +77,12 @@ std::shared_ptr<TabGroupWindow> TabWindow::ensureGroup() {
 
 void TabWindow::addTabbedWindow(std::shared_ptr<Window> window) {
   const auto other = std::dynamic_pointer_cast<TabWindow>(window);
-  if (state_ == State::open && other && other.get() != this && other->state_ == State::open)
+  if (state_ != State::open || !other || other.get() == this || other->state_ != State::open)
+    return;
+  if (!standalone_ && !other->standalone_)
     ensureGroup()->insertBehind(*this, *other);
+  else
+    other->orderFront();
 }
 
 std::shared_ptr<WindowGroup> TabWindow::tabGroup() const {

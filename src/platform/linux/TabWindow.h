@@ -55,6 +55,7 @@ class TabWindow final : public Window, public std::enable_shared_from_this<TabWi
   const std::string& title() const { return title_; }
   AdwTabPage* page() const { return page_.get(); } // null while in no top-level
   GtkWidget* container() const { return container_.get(); }
+  bool isStandalone() const { return standalone_; }
   std::shared_ptr<TabGroupWindow> group() const { return group_.lock(); }
 
   void didAttach(std::shared_ptr<TabGroupWindow> group, AdwTabPage* page);
@@ -73,6 +74,7 @@ class TabWindow final : public Window, public std::enable_shared_from_this<TabWi
 
   WindowSystem* system_;
   const std::string identifier_;
+  const bool standalone_;
   std::string tabbingIdentifier_;
   TabbingMode tabbingMode_ = TabbingMode::automatic;
   std::string title_;

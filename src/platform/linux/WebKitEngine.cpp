@@ -109,6 +109,17 @@ Ref<WebKitWebView> WebKitEngine::makeView(const Scripts& scripts) const {
       "user-content-manager", contentManager(scripts).get(), "settings", makeSettings().get(), nullptr)));
 }
 
+Ref<WebKitWebView> WebKitEngine::makeDocumentView() const {
+  constexpr const char* policy =
+      "default-src 'none'; style-src 'unsafe-inline'; img-src data:; form-action 'none'";
+  const auto settings = makeSettings();
+  webkit_settings_set_enable_javascript(settings.get(), FALSE);
+  webkit_settings_set_enable_javascript_markup(settings.get(), FALSE);
+  return glib::share(WEBKIT_WEB_VIEW(
+      g_object_new(WEBKIT_TYPE_WEB_VIEW, "web-context", context_.get(), "network-session", session_.get(),
+                   "settings", settings.get(), "default-content-security-policy", policy, nullptr)));
+}
+
 Ref<WebKitWebView> WebKitEngine::makePopup(WebKitWebView* opener) const {
   return glib::share(WEBKIT_WEB_VIEW(
       g_object_new(WEBKIT_TYPE_WEB_VIEW, "related-view", opener, "settings", makeSettings().get(), nullptr)));

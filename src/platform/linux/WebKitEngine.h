@@ -36,6 +36,8 @@ class WebKitEngine {
   WebKitEngine(const WebKitOptions& options, DownloadHandler downloads);
 
   glib::Ref<WebKitWebView> makeView(const Scripts& scripts) const;
+  // For a page without scripts that loads nothing.
+  glib::Ref<WebKitWebView> makeDocumentView() const;
   // A web view connected to its opener, for a window that a page opens. Call in the opener's "create" signal
   // only. The engine runs the opener's user scripts in it, whatever content manager it is given
   // (measured, 2.50): scripts of its own must be sent to the extension.

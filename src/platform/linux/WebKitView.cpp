@@ -47,6 +47,14 @@ std::shared_ptr<WebKitView> WebKitView::make(std::shared_ptr<const WebKitEngine>
   return result;
 }
 
+std::shared_ptr<WebKitView> WebKitView::makeDocument(std::shared_ptr<const WebKitEngine> engine) {
+  auto view = engine->makeDocumentView();
+  auto result = connected(std::shared_ptr<WebKitView>(new WebKitView(std::move(engine), std::move(view))));
+  result->engineScripts_ = std::make_shared<const Scripts>();
+  result->limitMenu();
+  return result;
+}
+
 std::shared_ptr<WebKitView> WebKitView::makePopup(const Scripts& scripts) {
   auto result =
       connected(std::shared_ptr<WebKitView>(new WebKitView(engine_, engine_->makePopup(view_.get()))));
@@ -104,6 +112,14 @@ void WebKitView::load(const std::string& url) {
     webkit_web_view_go_to_back_forward_list_item(view_.get(), item);
   else
     webkit_web_view_load_uri(view_.get(), address.c_str());
+}
+
+void WebKitView::loadHTML(const std::string& html) {
+  loads_.abandoned();
+  // As bytes, since it may hold a NUL.
+  const std::unique_ptr<GBytes, decltype(&g_bytes_unref)> bytes(g_bytes_new(html.data(), html.size()),
+                                                                g_bytes_unref);
+  webkit_web_view_load_bytes(view_.get(), bytes.get(), "text/html", "UTF-8", nullptr);
 }
 
 void WebKitView::reload() {

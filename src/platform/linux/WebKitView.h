@@ -24,6 +24,7 @@ class WebKitView final : public WebView,
   using Scripts = std::vector<std::shared_ptr<const UserScript>>;
 
   static std::shared_ptr<WebKitView> make(std::shared_ptr<const WebKitEngine> engine, Scripts scripts);
+  static std::shared_ptr<WebKitView> makeDocument(std::shared_ptr<const WebKitEngine> engine);
   // The web view around the engine's one; none when it is gone.
   static std::shared_ptr<WebKitView> of(WebKitWebView* view);
   ~WebKitView() override;
@@ -32,6 +33,7 @@ class WebKitView final : public WebView,
   void addScriptMessageHandler(const std::string& name) override;
   void removeScriptMessageHandler(const std::string& name) override;
   void load(const std::string& url) override;
+  void loadHTML(const std::string& html) override;
   void reload() override;
   void stopLoading() override;
   void goBack() override;
@@ -60,6 +62,7 @@ class WebKitView final : public WebView,
   void connectLoads();
   void connectQuestions();
   void connectProperties();
+  void limitMenu();
   template <class Signature, class Handler>
   void on(const char* signal, Handler handler);
   // Calls the delegate, if there is one, and keeps this object alive meanwhile.

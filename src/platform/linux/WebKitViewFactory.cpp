@@ -27,4 +27,8 @@ WebKitViewFactory::make(const std::vector<std::shared_ptr<const UserScript>>& sc
   return WebKitView::make(engine_, scripts);
 }
 
+std::shared_ptr<WebView> WebKitViewFactory::makeDocumentView() {
+  return WebKitView::makeDocument(engine_);
+}
+
 } // namespace ondrel::platform

@@ -13,6 +13,7 @@ class WebKitViewFactory final : public WebViewFactory {
   ~WebKitViewFactory() override;
 
   std::shared_ptr<WebView> make(const std::vector<std::shared_ptr<const UserScript>>& scripts) override;
+  std::shared_ptr<WebView> makeDocumentView() override;
   CookieStore& cookies() { return cookies_; }
 
  private:

@@ -160,6 +160,21 @@ void WebKitView::connectProperties() {
       }));
 }
 
+void WebKitView::limitMenu() {
+  on<gboolean(WebKitWebView*, WebKitContextMenu*, WebKitHitTestResult*)>(
+      "context-menu", [](WebKitWebView*, WebKitContextMenu* menu, WebKitHitTestResult*) -> gboolean {
+        // All else opens, loads or saves something.
+        for (guint i = webkit_context_menu_get_n_items(menu); i-- > 0;) {
+          auto* item = webkit_context_menu_get_item_at_position(menu, static_cast<int>(i));
+          const auto action = webkit_context_menu_item_get_stock_action(item);
+          if (action != WEBKIT_CONTEXT_MENU_ACTION_COPY && action != WEBKIT_CONTEXT_MENU_ACTION_SELECT_ALL &&
+              action != WEBKIT_CONTEXT_MENU_ACTION_COPY_LINK_TO_CLIPBOARD)
+            webkit_context_menu_remove(menu, item);
+        }
+        return webkit_context_menu_get_n_items(menu) == 0;
+      });
+}
+
 void WebKitView::sendExtraScripts() {
   if (extraScripts_.empty())
     return;

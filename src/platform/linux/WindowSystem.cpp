@@ -113,8 +113,14 @@ bool WindowSystem::keyPressed(const KeyEvent& event) {
 }
 
 std::shared_ptr<TabGroupWindow> WindowSystem::makeGroup(const Rect& size) {
-  auto group =
-      std::make_shared<TabGroupWindow>(*this, native_, chromeFactory_ ? chromeFactory_() : nullptr, size);
+  auto group = std::make_shared<TabGroupWindow>(*this, native_, size, TabGroupWindow::Bars::shown,
+                                                chromeFactory_ ? chromeFactory_() : nullptr);
+  groups_.push_back(group);
+  return group;
+}
+
+std::shared_ptr<TabGroupWindow> WindowSystem::makeStandalone(const Rect& size) {
+  auto group = std::make_shared<TabGroupWindow>(*this, native_, size, TabGroupWindow::Bars::none, nullptr);
   groups_.push_back(group);
   return group;
 }

@@ -49,6 +49,7 @@ class WindowSystem {
   // What windows and top-levels tell.
 
   std::shared_ptr<TabGroupWindow> makeGroup(const Rect& size);
+  std::shared_ptr<TabGroupWindow> makeStandalone(const Rect& size); // without bars
   void willShow(TabGroupWindow& group, bool inFront);
   void willClose(const std::shared_ptr<TabWindow>& window);
   void didClose(TabWindow& window);

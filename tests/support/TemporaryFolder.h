@@ -7,7 +7,7 @@
 #include <sstream>
 #include <string>
 
-namespace ondrel::platform {
+namespace ondrel::support {
 
 // A folder for one test, gone afterwards.
 class TemporaryFolder {
@@ -38,4 +38,4 @@ class TemporaryFolder {
   std::string path_;
 };
 
-} // namespace ondrel::platform
+} // namespace ondrel::support

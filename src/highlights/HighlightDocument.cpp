@@ -1,0 +1,125 @@
+#include "highlights/HighlightDocument.h"
+
+#include <string_view>
+
+namespace ondrel::highlights {
+
+namespace {
+
+constexpr std::string_view head = R"(<!DOCTYPE html>
+<html lang="en">
+<head>
+<meta charset="UTF-8">
+<title>Ondrel Highlights</title>
+)";
+
+constexpr std::string_view styleSheet = R"(:root {
+  --accent: #0A84FF;
+  --bg: #ffffff;
+  --bg-alt: #f5f5f7;
+  --text: #1d1d1f;
+  --text-2: #6e6e73;
+  --border: rgba(0,0,0,.08);
+  --mark-bg: #ffe066;
+  --mark-text: #1d1d1f;
+}
+@media (prefers-color-scheme: dark) {
+  :root {
+    --bg: #1c1c1e;
+    --bg-alt: #2c2c2e;
+    --text: #f5f5f7;
+    --text-2: #98989d;
+    --border: rgba(255,255,255,.1);
+    --mark-bg: #7a5c00;
+    --mark-text: #ffe9a8;
+  }
+}
+* { box-sizing: border-box; }
+body { font-family: -apple-system, BlinkMacSystemFont, "SF Pro Text", "Helvetica Neue", sans-serif; max-width: 720px; margin: 40px auto; padding: 0 16px; color: var(--text); background: var(--bg); }
+.page-header { display: flex; align-items: center; gap: 12px; padding-bottom: 16px; margin-bottom: 20px; border-bottom: 1px solid var(--border); }
+.app-icon { width: 44px; height: 44px; border-radius: 22%; flex-shrink: 0; }
+h1 { font-size: 1.3em; font-weight: 600; letter-spacing: -.2px; margin: 0; }
+.meta { color: var(--text-2); font-size: 0.85em; margin: 2px 0 0; }
+.highlight { background: var(--bg-alt); border: 1px solid var(--border); border-radius: 12px; padding: 14px 16px; margin-bottom: 12px; }
+.subject { font-weight: 600; text-decoration: none; color: var(--accent); }
+.subject:hover { text-decoration: underline; }
+.quote { margin: 8px 0 0; line-height: 1.5; }
+.context { color: var(--text-2); }
+mark { background: var(--mark-bg); color: var(--mark-text); padding: 0 2px; border-radius: 3px; }
+.empty { color: var(--text-2); }
+.footer-note { margin-top: 24px; padding-top: 14px; border-top: 1px solid var(--border); font-size: 0.8em; color: var(--text-2); }
+.footer-note a { color: var(--accent); text-decoration: none; }
+.footer-note a:hover { text-decoration: underline; }
+)";
+
+std::string escaped(std::string_view text) {
+  std::string result;
+  result.reserve(text.size() + text.size() / 16);
+  for (const char c : text) {
+    switch (c) {
+    case '&':
+      result += "&amp;";
+      break;
+    case '<':
+      result += "&lt;";
+      break;
+    case '>':
+      result += "&gt;";
+      break;
+    case '"':
+      result += "&quot;";
+      break;
+    default:
+      result += c;
+    }
+  }
+  return result;
+}
+
+void append(std::string& html, const HighlightDocument::Entry& entry) {
+  html.append("<div class=\"highlight\">\n<a class=\"subject\" href=\"")
+      .append(escaped(entry.url))
+      .append("\">")
+      .append(escaped(entry.subject))
+      .append("</a>\n<p class=\"quote\"><span class=\"context\">")
+      .append(escaped(entry.prefix))
+      .append("</span><mark>")
+      .append(escaped(entry.exact))
+      .append("</mark><span class=\"context\">")
+      .append(escaped(entry.suffix))
+      .append("</span></p>\n</div>");
+}
+
+} // namespace
+
+std::string HighlightDocument::html() const {
+  std::string html(head);
+  if (iconURL)
+    html.append("<link rel=\"icon\" href=\"").append(*iconURL).append("\">");
+  html.append("\n<style>\n").append(styleSheet);
+  html.append("</style>\n</head>\n<body>\n<div class=\"page-header\">\n");
+  if (iconURL)
+    html.append("<img class=\"app-icon\" src=\"").append(*iconURL).append("\" alt=\"\">");
+  html.append("\n<div>\n<h1>Ondrel Highlights</h1>\n<p class=\"meta\">Exported ");
+  html.append(escaped(date)).append(" — ").append(std::to_string(entries.size()));
+  html.append(entries.size() == 1 ? " highlight" : " highlights").append("</p>\n</div>\n</div>\n");
+  if (entries.empty())
+    html.append("<p class=\"empty\">No highlights yet.</p>");
+  for (const auto& entry : entries) {
+    if (&entry != &entries.front())
+      html.append("\n");
+    append(html, entry);
+  }
+  html.append("\n<p class=\"footer-note\">Exported from <a href=\"").append(projectSiteURL);
+  html.append("\">Ondrel</a>.");
+  if (payload && forFile)
+    html.append(" You can also use File → Import Highlights… to bring this file back into Ondrel.");
+  html.append("</p>\n");
+  if (payload)
+    html.append(R"(<script type="application/json" id="ondrel-highlights-data" data-encoding="base64">)")
+        .append(*payload)
+        .append("</script>");
+  return html.append("\n</body>\n</html>");
+}
+
+} // namespace ondrel::highlights

@@ -1,0 +1,176 @@
+#include "highlights/HighlightPayload.h"
+
+#include "base/Base64.h"
+#include "base/Json.h"
+
+#include <boost/json/monotonic_resource.hpp>
+#include <boost/json/object.hpp>
+#include <boost/json/parse.hpp>
+#include <boost/json/value.hpp>
+
+#include <algorithm>
+#include <cstdint>
+#include <span>
+#include <utility>
+
+namespace ondrel::highlights {
+
+namespace {
+
+namespace json = boost::json;
+
+constexpr std::size_t base64Slice = std::size_t{1} << 20; // characters, a multiple of 4
+// A selection is rarely longer than a page; parsed, a few bytes can become many times as many.
+constexpr std::size_t longestRecord = std::size_t{16} << 20;
+
+std::optional<ExportedHighlight> decodedRecord(std::string_view text) {
+  json::error_code error;
+  json::monotonic_resource memory;
+  const auto value = json::parse(text, error, &memory);
+  const auto* record = error ? nullptr : value.if_object();
+  const auto* messageId = record ? record->if_contains("messageId") : nullptr;
+  const auto* highlight = record ? record->if_contains("highlight") : nullptr;
+  if (!messageId || !messageId->is_string() || !highlight)
+    return std::nullopt;
+  auto decoded = PersistedHighlight::decode(*highlight);
+  if (!decoded)
+    return std::nullopt;
+  const auto& id = messageId->get_string();
+  return ExportedHighlight{std::string(id.data(), id.size()), std::move(*decoded)};
+}
+
+} // namespace
+
+std::string encodedPayload(const std::vector<ExportedHighlight>& highlights) {
+  std::string text = "[";
+  for (const auto& each : highlights) {
+    if (&each != &highlights.front())
+      text += ',';
+    text.append(base::jsonText(json::object{{"messageId", json::string_view(each.messageId)},
+                                            {"highlight", each.highlight.encode()}}));
+  }
+  text += ']';
+  return base::base64Encoded({reinterpret_cast<const std::uint8_t*>(text.data()), text.size()});
+}
+
+std::optional<std::string_view> findPayload(std::string_view document) {
+  constexpr std::string_view start = R"(id="ondrel-highlights-data")";
+  constexpr std::string_view end = "</script>";
+  // Where the last looks for a bracket ended: none is looked for twice in the same stretch.
+  std::size_t tagEnd = 0;
+  std::size_t textEnd = 0;
+  for (auto found = document.find(start); found != document.npos; found = document.find(start, found + 1)) {
+    const auto behind = found + start.size();
+    if (tagEnd < behind)
+      tagEnd = document.find('>', behind);
+    if (tagEnd == document.npos)
+      return std::nullopt;
+    const auto textStart = tagEnd + 1;
+    if (textEnd < textStart)
+      textEnd = document.find('<', textStart);
+    if (textEnd == document.npos)
+      return std::nullopt;
+    if (textEnd > textStart && document.substr(textEnd).starts_with(end))
+      return document.substr(textStart, textEnd - textStart);
+  }
+  return std::nullopt;
+}
+
+PayloadDecoder::State PayloadDecoder::step() {
+  if (state_ != State::working)
+    return state_;
+  if (!hasJSON_)
+    decodeBase64();
+  else
+    decodeRecord();
+  return state_;
+}
+
+std::vector<ExportedHighlight> PayloadDecoder::take() {
+  return state_ == State::done ? std::exchange(highlights_, {}) : std::vector<ExportedHighlight>();
+}
+
+void PayloadDecoder::decodeBase64() {
+  const auto slice = base64_.substr(0, base64Slice);
+  base64_.remove_prefix(slice.size());
+  const auto bytes = base::base64Decoded(slice);
+  // Padding belongs to the end alone.
+  if (!bytes || (!base64_.empty() && bytes->size() != slice.size() / 4 * 3)) {
+    state_ = State::notBase64;
+    return;
+  }
+  json_.append(reinterpret_cast<const char*>(bytes->data()), bytes->size());
+  hasJSON_ = base64_.empty();
+}
+
+// Element by element: what belongs to one is found by its brackets and quotes alone, and whether it is good
+// JSON the parser says, so that the whole is accepted exactly when it is a good array.
+void PayloadDecoder::decodeRecord() {
+  if (!isOpen_ && !openArray()) {
+    state_ = State::corrupted;
+    return;
+  }
+  if (!isLast_) {
+    const auto element = nextElement();
+    auto record = element && element->size() <= longestRecord ? decodedRecord(*element) : std::nullopt;
+    if (!record) {
+      state_ = State::corrupted;
+      return;
+    }
+    highlights_.push_back(std::move(*record));
+  }
+  if (isLast_) {
+    skipWhiteSpace();
+    state_ = position_ == json_.size() ? State::done : State::corrupted;
+  }
+}
+
+bool PayloadDecoder::openArray() {
+  skipWhiteSpace();
+  if (position_ == json_.size() || json_[position_] != '[')
+    return false;
+  ++position_;
+  isOpen_ = true;
+  skipWhiteSpace();
+  if (position_ < json_.size() && json_[position_] == ']') {
+    ++position_;
+    isLast_ = true;
+  }
+  return true;
+}
+
+std::optional<std::string_view> PayloadDecoder::nextElement() {
+  const auto start = position_;
+  std::size_t depth = 0;
+  for (; position_ < json_.size(); ++position_) {
+    const char c = json_[position_];
+    if (depth == 0 && (c == ',' || c == ']')) {
+      isLast_ = c == ']';
+      return std::string_view(json_).substr(start, position_++ - start);
+    }
+    if (c == '[' || c == '{')
+      ++depth;
+    else if ((c == ']' || c == '}') && depth > 0)
+      --depth;
+    else if (c == '"' && !skipString())
+      return std::nullopt;
+  }
+  return std::nullopt;
+}
+
+void PayloadDecoder::skipWhiteSpace() {
+  position_ = std::min(json_.find_first_not_of(" \t\r\n", position_), json_.size());
+}
+
+// From its first quote to its last one.
+bool PayloadDecoder::skipString() {
+  for (++position_; position_ < json_.size(); ++position_) {
+    if (json_[position_] == '"')
+      return true;
+    if (json_[position_] == '\\')
+      ++position_;
+  }
+  return false;
+}
+
+} // namespace ondrel::highlights

@@ -1,0 +1,120 @@
+#include "highlights/HighlightService.h"
+
+#include "app/WindowManager.h"
+#include "base/Json.h"
+#include "highlights/HighlightStore.h"
+#include "settings/AppSettings.h"
+#include "web/WindowViewModel.h"
+
+#include <boost/json/value.hpp>
+#include <boost/json/value_from.hpp>
+#include <fmt/ranges.h>
+
+#include <algorithm>
+
+namespace ondrel::highlights {
+
+namespace {
+
+std::string description(const platform::ScriptError& error) {
+  if (!error.message.empty())
+    return error.message;
+  return error.kind == platform::ScriptError::Kind::timedOut ? "the page did not answer"
+                                                             : "the page has gone";
+}
+
+} // namespace
+
+void HighlightService::mailboxMarkersReady(Tab tab) {
+  scope_.spawn(pushMailboxMarks(tab));
+}
+
+const HighlightService::Marks& HighlightService::marks() {
+  if (!marks_) {
+    const auto threadIds = store_.allThreadIds();
+    marks_ = {threadIds.size(), base::jsonText(boost::json::value_from(threadIds)),
+              fmt::format("{}", fmt::join(threadIds, ","))};
+  }
+  return *marks_;
+}
+
+async::Task<void> HighlightService::pushMailboxMarks(WeakTab weakTab) {
+  auto tab = weakTab.lock();
+  if (!tab)
+    co_return;
+  const auto pushed = marks();
+  auto evaluation = tab->evaluate("window.__ondrelApplyMailboxHighlightMarks(" + pushed.json + ")");
+  tab.reset();
+  const auto result = co_await std::move(evaluation);
+  if (result)
+    logger_.info("pushMailboxMarks: pushed {} threadId(s) {}, JS returned {}", pushed.count, pushed.joined,
+                 base::jsonText(*result));
+  else
+    logger_.error("pushMailboxMarks: evaluateJavaScript failed: {}", description(result.error()));
+}
+
+async::Task<void> HighlightService::pushMailboxMarksToAllWindows() {
+  std::vector<WeakTab> tabs;
+  for (const auto& tab : windowManager_.viewModels())
+    tabs.emplace_back(tab);
+  for (const auto& tab : tabs)
+    co_await pushMailboxMarks(tab);
+}
+
+// Holds the tab until its first turn: a tab that closes right after a change has its thread labelled too.
+async::Task<void> HighlightService::syncTagOfTab(Tab tab) {
+  auto threadEmails = tab->highlightThreadEmails;
+  tab.reset();
+  co_await syncTag(std::move(threadEmails));
+}
+
+async::Task<void> HighlightService::syncTag(std::vector<jmap::ThreadEmailInfo> threadEmails) {
+  if (!settings_.get(settings::keys::highlightTagEnabled)) {
+    logger_.info("syncTag: skipped — feature disabled in Settings");
+    co_return;
+  }
+  const auto name = settings_.highlightTagName();
+  if (name.empty()) {
+    logger_.info("syncTag: skipped — tag name is empty");
+    co_return;
+  }
+  const auto mailboxId = co_await resolveTagMailbox(name);
+  if (!mailboxId) {
+    logger_.error("syncTag: no mailbox/tag named '{}' found — has it been created in Fastmail?", name);
+    co_return;
+  }
+  if (threadEmails.empty()) {
+    logger_.info("syncTag: skipped — no resolved thread emails");
+    co_return;
+  }
+  const bool hasHighlights = std::ranges::any_of(
+      threadEmails, [this](const auto& email) { return !store_.highlights(email.messageId).empty(); });
+  std::vector<std::string> internalIds;
+  for (auto& email : threadEmails)
+    internalIds.push_back(std::move(email.internalId));
+  logger_.info("syncTag: setting mailbox '{}' ({}) to {} on internalId(s) {}", name, *mailboxId,
+               hasHighlights, fmt::join(internalIds, ","));
+  co_await mail_.setMailboxMembership(std::move(internalIds), *mailboxId, hasHighlights);
+}
+
+async::Task<std::optional<std::string>> HighlightService::resolveTagMailbox(std::string name) {
+  if (cachedTagMailbox_ && cachedTagMailbox_->first == name)
+    co_return cachedTagMailbox_->second;
+  const auto found = co_await mail_.findMailboxId(name);
+  if (!found || !*found)
+    co_return std::nullopt;
+  cachedTagMailbox_.emplace(std::move(name), **found);
+  co_return **found;
+}
+
+async::Task<void> HighlightService::syncAllTags(std::set<std::string> threadIds) {
+  if (!settings_.get(settings::keys::highlightTagEnabled))
+    co_return;
+  for (const auto& threadId : threadIds) {
+    auto threadEmails = co_await mail_.threadEmails(threadId);
+    if (threadEmails)
+      co_await syncTag(std::move(*threadEmails));
+  }
+}
+
+} // namespace ondrel::highlights

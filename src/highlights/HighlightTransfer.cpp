@@ -1,0 +1,95 @@
+#include "highlights/HighlightTransfer.h"
+
+#include "base/Base64.h"
+#include "highlights/HighlightDocument.h"
+#include "highlights/HighlightStore.h"
+#include "jmap/MailQueries.h"
+#include "platform/Application.h"
+#include "platform/FileStore.h"
+#include "platform/TextFormatting.h"
+#include "settings/AppSettings.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstdint>
+#include <map>
+
+namespace ondrel::highlights {
+
+HighlightTransfer::HighlightTransfer(Services services) : services_(std::move(services)) {
+}
+
+std::vector<ExportedHighlight> HighlightTransfer::newestFirst() const {
+  std::vector<ExportedHighlight> sorted;
+  for (auto& [messageId, highlight] : services_.store.allHighlights())
+    sorted.push_back({std::move(messageId), std::move(highlight)});
+  std::ranges::sort(sorted, std::greater<>(), [](const auto& each) { return each.highlight.createdAt; });
+  return sorted;
+}
+
+std::optional<std::string> HighlightTransfer::iconURL() const {
+  const auto& png = services_.iconPNG;
+  if (png.empty())
+    return std::nullopt;
+  return "data:image/png;base64," +
+         base::base64Encoded({reinterpret_cast<const std::uint8_t*>(png.data()), png.size()});
+}
+
+async::Task<std::string> HighlightTransfer::generateHighlightsHTML(bool forFile) {
+  const auto sorted = newestFirst();
+  std::set<std::string> messageIds;
+  for (const auto& each : sorted)
+    messageIds.insert(each.messageId);
+  std::vector<std::string> asked(messageIds.begin(), messageIds.end());
+  const auto found = co_await services_.mail.highlightExportInfo(std::move(asked));
+
+  static const std::map<std::string, jmap::HighlightExportInfo> none;
+  HighlightDocument document;
+  const auto& infos = found ? *found : none;
+  for (const auto& [messageId, highlight] : sorted) {
+    const auto info = infos.find(messageId);
+    if (info == infos.end()) {
+      logger_.error("generateHighlightsHTML: could not resolve messageId {} — skipped",
+                    base::Private{messageId});
+      continue;
+    }
+    document.entries.push_back({.url = info->second.url,
+                                .subject = info->second.subject,
+                                .prefix = highlight.prefix,
+                                .exact = highlight.exact,
+                                .suffix = highlight.suffix});
+  }
+  document.date = services_.textFormatting.mediumDateShortTime(
+      std::chrono::floor<std::chrono::milliseconds>(std::chrono::system_clock::now()));
+  document.iconURL = iconURL();
+  document.projectSiteURL = services_.settings.site().projectSiteURL;
+  document.payload = encodedPayload(sorted);
+  document.forFile = forFile;
+  co_return document.html();
+}
+
+async::Task<void> HighlightTransfer::exportHighlights() {
+  const auto html = co_await generateHighlightsHTML(true);
+  const auto window = services_.application.keyWindow();
+  if (!window)
+    co_return;
+  const auto path = co_await services_.panels.runSavePanel(
+      {.proposedName = "Ondrel Highlights.html", .mimeTypes = {"text/html"}}, window);
+  if (!path)
+    co_return;
+  // A file that is replaced keeps its place behind a link, and whom it was readable for.
+  const auto written = services_.files.rewriteShared(*path, html);
+  if (written)
+    co_return;
+  logger_.error("exportHighlights: write failed: {}", written.error().description);
+  co_await tell("Couldn't Save File", written.error().description, window);
+}
+
+async::Task<void> HighlightTransfer::tell(std::string title, std::string text, Parent parent) {
+  platform::Alert alert;
+  alert.messageText = std::move(title);
+  alert.informativeText = std::move(text);
+  co_await services_.panels.runAlert(std::move(alert), std::move(parent));
+}
+
+} // namespace ondrel::highlights

@@ -1,0 +1,66 @@
+#include "highlights/PersistedHighlight.h"
+
+#include <boost/json/object.hpp>
+#include <boost/json/value.hpp>
+
+#include <cmath>
+
+namespace ondrel::highlights {
+
+namespace {
+
+namespace json = boost::json;
+
+bool read(const json::object& record, std::string_view key, std::string& field) {
+  const auto* value = record.if_contains(key);
+  const auto* text = value ? value->if_string() : nullptr;
+  if (text)
+    field.assign(text->data(), text->size());
+  return text;
+}
+
+bool read(const json::object& record, std::string_view key, std::int64_t& field) {
+  const auto* value = record.if_contains(key);
+  const auto* number = value ? value->if_int64() : nullptr;
+  if (number)
+    field = *number;
+  return number;
+}
+
+bool read(const json::object& record, std::string_view key, double& field) {
+  const auto* value = record.if_contains(key);
+  if (!value || !value->is_number())
+    return false;
+  field = value->to_number<double>();
+  // A number too large for a double has no form in JSON: saving it would spoil the whole file.
+  return std::isfinite(field);
+}
+
+} // namespace
+
+json::object PersistedHighlight::encode() const {
+  json::object record;
+  record.reserve(7);
+  record.emplace("id", json::string_view(id));
+  record.emplace("threadId", json::string_view(threadId));
+  record.emplace("exact", json::string_view(exact));
+  record.emplace("prefix", json::string_view(prefix));
+  record.emplace("suffix", json::string_view(suffix));
+  record.emplace("occurrenceIndex", occurrenceIndex);
+  record.emplace("createdAt", createdAt);
+  return record;
+}
+
+std::optional<PersistedHighlight> PersistedHighlight::decode(const json::value& value) {
+  const auto* record = value.if_object();
+  PersistedHighlight highlight;
+  if (!record || !read(*record, "id", highlight.id) || !read(*record, "threadId", highlight.threadId) ||
+      !read(*record, "exact", highlight.exact) || !read(*record, "prefix", highlight.prefix) ||
+      !read(*record, "suffix", highlight.suffix) ||
+      !read(*record, "occurrenceIndex", highlight.occurrenceIndex) ||
+      !read(*record, "createdAt", highlight.createdAt))
+    return std::nullopt;
+  return highlight;
+}
+
+} // namespace ondrel::highlights

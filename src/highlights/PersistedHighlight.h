@@ -1,0 +1,29 @@
+#pragma once
+
+#include <boost/json/fwd.hpp>
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace ondrel::highlights {
+
+// One saved highlight. Two records with the same id are the same highlight.
+struct PersistedHighlight {
+  std::string id;                   // a UUID made in the page; from a file it may be any text
+  std::string threadId;             // of the message when the highlight was made
+  std::string exact;                // the selected text, as the page's textContent gives it
+  std::string prefix;               // up to 32 UTF-16 code units before it
+  std::string suffix;               // and after it
+  std::int64_t occurrenceIndex = 0; // how often `exact` stands before this place, overlaps counted
+  double createdAt = 0;             // seconds since 2001-01-01T00:00:00Z
+
+  // The seven keys in the order of the fields.
+  boost::json::object encode() const;
+  // All seven keys are required and of their type.
+  static std::optional<PersistedHighlight> decode(const boost::json::value& value);
+
+  bool operator==(const PersistedHighlight&) const = default;
+};
+
+} // namespace ondrel::highlights

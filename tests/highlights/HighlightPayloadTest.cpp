@@ -1,0 +1,184 @@
+#include "highlights/HighlightPayload.h"
+
+#include "base/Base64.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <map>
+
+namespace ondrel::highlights {
+namespace {
+
+using State = PayloadDecoder::State;
+
+const std::string startTag =
+    R"(<script type="application/json" id="ondrel-highlights-data" data-encoding="base64">)";
+
+std::string base64(std::string_view text) {
+  return base::base64Encoded({reinterpret_cast<const std::uint8_t*>(text.data()), text.size()});
+}
+
+struct Decoded {
+  State state;
+  std::vector<ExportedHighlight> highlights;
+  int steps = 0;
+};
+
+Decoded decode(const std::string& payload) {
+  PayloadDecoder decoder(payload);
+  Decoded result{State::working, {}};
+  while (result.state == State::working) {
+    result.state = decoder.step();
+    ++result.steps;
+  }
+  result.highlights = decoder.take();
+  return result;
+}
+
+ExportedHighlight sample(std::string id) {
+  return {"<1@x>",
+          {.id = std::move(id),
+           .threadId = "T1",
+           .exact = std::string("a\"\\\0</script>\xF0\x9F\x98\x80]},", 21),
+           .prefix = "[{\"",
+           .suffix = "\\\\\"",
+           .occurrenceIndex = 3,
+           .createdAt = 757382400.125}};
+}
+
+TEST(HighlightPayload, IsFoundAsTheExpressionTells) {
+  const std::string id = R"(id="ondrel-highlights-data")";
+  const std::map<std::string, std::optional<std::string>> cases = {
+      {startTag + "QUJD</script>", "QUJD"},
+      {"<p>" + id + ">x</script>", "x"},
+      {id + ">a>b\n c</script>", "a>b\n c"},
+      {id + "\n < \"\n>x</script>", "x"},
+      {id + "></script>", std::nullopt},
+      {id + ">x</SCRIPT>", std::nullopt},
+      {id + ">x</script", std::nullopt},
+      {id + ">x<b></script>", std::nullopt},
+      {id + ">x", std::nullopt},
+      {id, std::nullopt},
+      {"ID=\"ondrel-highlights-data\">x</script>", std::nullopt},
+      {"id='ondrel-highlights-data'>x</script>", std::nullopt},
+      // A false beginning doesn't hide the real one.
+      {id + ">x<b>" + id + ">y</script>", "y"},
+      {id + id + ">z</script>", "z"},
+      {id + ">" + id + ">z</script>", id + ">z"},
+      {id + ">one</script>" + id + ">two</script>", "one"},
+      {"", std::nullopt},
+  };
+  for (const auto& [document, payload] : cases)
+    EXPECT_EQ(findPayload(document), payload) << document;
+}
+
+TEST(HighlightPayload, IsFoundInLinearTime) {
+  const std::string id = R"(id="ondrel-highlights-data")";
+  // What a backtracking or restarting search would look at again and again, one of them 100 MB.
+  std::string unclosed;
+  while (unclosed.size() < 100'000'000)
+    unclosed += id;
+  std::string unended = unclosed.substr(0, 20'000'000) + ">";
+  std::string brackets;
+  while (brackets.size() < 20'000'000)
+    brackets += id + ">";
+  const auto start = std::chrono::steady_clock::now();
+  for (const auto* document : {&unclosed, &unended, &brackets})
+    EXPECT_EQ(findPayload(*document), std::nullopt);
+  const auto taken = std::chrono::steady_clock::now() - start;
+  // Linear it is a second or two in a slow build; otherwise hours.
+  EXPECT_LT(taken, std::chrono::seconds(60));
+}
+
+TEST(HighlightPayload, GoesThereAndBack) {
+  const std::vector<ExportedHighlight> highlights = {sample("h1"), sample(R"(x"] , [data-a="\)"), sample("")};
+  const auto payload = encodedPayload(highlights);
+  EXPECT_EQ(payload.find_first_not_of("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/="),
+            payload.npos);
+  const auto decoded = decode(payload);
+  EXPECT_EQ(decoded.state, State::done);
+  EXPECT_EQ(decoded.highlights, highlights);
+  EXPECT_EQ(encodedPayload({}), base64("[]"));
+  const auto none = decode(encodedPayload({}));
+  EXPECT_EQ(none.state, State::done);
+  EXPECT_TRUE(none.highlights.empty());
+}
+
+TEST(HighlightPayload, IsDecodedStrictly) {
+  const std::string good =
+      R"({"messageId":"1@x","highlight":{"id":"h","threadId":"T","exact":"e","prefix":"",)"
+      R"("suffix":"","occurrenceIndex":0,"createdAt":1}})";
+  const auto without = [&](const std::string& part) {
+    auto text = good;
+    text.erase(text.find(part), part.size());
+    return "[" + text + "]";
+  };
+  const auto with = [&](const std::string& part, const std::string& other) {
+    auto text = good;
+    return "[" + text.replace(text.find(part), part.size(), other) + "]";
+  };
+  struct Case {
+    std::string json;
+    State state;
+    std::size_t count = 0;
+  };
+  const Case cases[] = {
+      {"[" + good + "]", State::done, 1},
+      {" [ \n" + good + "\t,\r\n " + good + " ] \n", State::done, 2},
+      {"[]", State::done},
+      {" [ ] ", State::done},
+      {with(R"("createdAt":1)", R"("createdAt":1.5e3,"more":[{"a":"]}\"["}])"), State::done, 1},
+      {without(R"(,"createdAt":1)"), State::corrupted},
+      {without(R"("messageId":"1@x",)"), State::corrupted},
+      {with(R"("1@x")", "1"), State::corrupted},
+      {with(R"("occurrenceIndex":0)", R"("occurrenceIndex":0.5)"), State::corrupted},
+      {with(R"("createdAt":1)", R"("createdAt":1e999)"), State::corrupted},
+      {with(R"("e")", "\"\xFF\""), State::corrupted},
+      {with(R"("e")", R"("\ud800")"), State::corrupted},
+      {"[" + good + ",{}]", State::corrupted},
+      {"[" + good + ",]", State::corrupted},
+      {"[," + good + "]", State::corrupted},
+      {"[" + good + " " + good + "]", State::corrupted},
+      {"[" + good, State::corrupted},
+      {"[" + good + "]]", State::corrupted},
+      {"[" + good + "] x", State::corrupted},
+      {"[" + good + "}", State::corrupted},
+      {"[" + good.substr(0, good.size() - 1) + "]]", State::corrupted},
+      {"[" + good + ",\"", State::corrupted},
+      {"[\"\\", State::corrupted},
+      {good, State::corrupted},
+      {"{}", State::corrupted},
+      {"", State::corrupted},
+      {"null", State::corrupted},
+      {std::string(1 << 20, '['), State::corrupted},
+      {"[" + std::string(100'000, '{') + "]", State::corrupted},
+      {"[\"" + std::string(17 << 20, 'x') + "\"]", State::corrupted},
+  };
+  for (const auto& [json, state, count] : cases) {
+    const auto decoded = decode(base64(json));
+    EXPECT_EQ(decoded.state, state) << json.substr(0, 300);
+    EXPECT_EQ(decoded.highlights.size(), count) << json.substr(0, 300);
+  }
+
+  for (const auto* notBase64 :
+       {"W10", "W10=\n", " W10=", "W1-_", "W1==", "=", "====", "W10=W10=", "W\xC3\xA9=="})
+    EXPECT_EQ(decode(notBase64).state, State::notBase64) << notBase64;
+  // Padding in the middle, where one slice ends, and something that is none behind a good beginning.
+  const auto megabyte = base64(std::string(786'430, ' '));
+  ASSERT_EQ(megabyte.size(), 1U << 20);
+  ASSERT_TRUE(megabyte.ends_with('='));
+  EXPECT_EQ(decode(megabyte + base64("[]")).state, State::notBase64);
+  EXPECT_EQ(decode(base64("x" + std::string(786'431, ' ')) + "!").state, State::notBase64);
+  EXPECT_EQ(decode(base64("[" + std::string(786'431, ' ')) + base64("]")).state, State::done);
+}
+
+TEST(HighlightPayload, IsWorkedOnInSmallSteps) {
+  const std::vector<ExportedHighlight> highlights(5000, sample("h"));
+  const auto decoded = decode(encodedPayload(highlights));
+  EXPECT_EQ(decoded.highlights.size(), highlights.size());
+  EXPECT_GE(decoded.steps, 5000);
+}
+
+} // namespace
+} // namespace ondrel::highlights

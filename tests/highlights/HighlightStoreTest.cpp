@@ -1,0 +1,209 @@
+#include "highlights/HighlightStore.h"
+#include "support/FakeDesktop.h"
+#include "support/LogCapture.h"
+
+#include <boost/json/object.hpp>
+#include <boost/json/serialize.hpp>
+#include <gtest/gtest.h>
+
+#include <random>
+
+namespace ondrel::highlights {
+namespace {
+
+const std::string path = "/data/highlights.json";
+const std::string oneRecord =
+    R"({"id":"h1","threadId":"T1","exact":"words","prefix":"a ","suffix":" b","occurrenceIndex":2,"createdAt":769012345.625})";
+
+PersistedHighlight highlight(std::string id, std::string exact = "words") {
+  return {std::move(id), "T1", std::move(exact), "", "", 0, 1.5};
+}
+
+class HighlightStoreTest : public testing::Test {
+ protected:
+  HighlightStore& open() { return store.emplace(files, files); }
+  std::string file() { return files.files[path]; }
+  std::vector<std::string> ids(const std::string& messageId) {
+    std::vector<std::string> result;
+    for (const auto& each : store->highlights(messageId))
+      result.push_back(each.id);
+    return result;
+  }
+
+  support::LogCapture log;
+  support::FakeFiles files;
+  std::optional<HighlightStore> store;
+};
+
+TEST_F(HighlightStoreTest, KeepsItsFormat) {
+  files.files[path] = R"({"m@x":[)" + oneRecord + "]}";
+  open();
+  const auto& read = store->highlights("m@x").at(0);
+  EXPECT_EQ(read, (PersistedHighlight{"h1", "T1", "words", "a ", " b", 2, 769012345.625}));
+  EXPECT_TRUE(store->highlights("other@x").empty());
+
+  auto added = read;
+  added.id = "h2";
+  added.createdAt = 769012345.1;
+  store->add(added, "m@x");
+  EXPECT_TRUE(file().ends_with(R"("createdAt":769012345.1}]})")) << file();
+  store->remove("h2", "m@x");
+  EXPECT_EQ(file(), R"({"m@x":[)" + oneRecord + "]}");
+  EXPECT_TRUE(support::LogCapture::lines().empty());
+}
+
+TEST_F(HighlightStoreTest, ADamagedFileEmptiesTheStoreAndIsKeptBeforeTheFirstSave) {
+  const auto broken = [](std::string_view from, std::string_view to) {
+    auto text = R"({"good@x":[)" + oneRecord + R"(],"m@x":[)" + oneRecord + "]}";
+    return text.replace(text.rfind(from), from.size(), to);
+  };
+  const std::string files_[] = {"",
+                                "{",
+                                "[]",
+                                "null",
+                                R"({"m@x":1})",
+                                R"({"m@x":[1]})",
+                                "{\"m\xFF@x\":[]}",
+                                std::string(100, '[') + std::string(100, ']'),
+                                broken(R"("id":"h1",)", ""),
+                                broken(R"("threadId":"T1",)", ""),
+                                broken(R"("exact":"words",)", ""),
+                                broken(R"("prefix":"a ",)", ""),
+                                broken(R"("suffix":" b",)", ""),
+                                broken(R"("occurrenceIndex":2,)", ""),
+                                broken(R"(,"createdAt":769012345.625)", ""),
+                                broken("769012345.625", "\"769012345\""),
+                                broken("769012345.625", "1e999"),
+                                broken(":2,", ":2.5,"),
+                                broken(":2,", ":9223372036854775808,"),
+                                broken("\"words\"", "null"),
+                                broken("words", "\\ud800")};
+  for (const auto& content : files_) {
+    files.files = {{path, content}};
+    support::LogCapture::lines().clear();
+    open();
+    EXPECT_TRUE(store->byMessageId().empty()) << content;
+    EXPECT_TRUE(log.anyStartsWith("error system: HighlightStore: decode failed: ")) << content;
+    EXPECT_EQ(files.files, (std::map<std::string, std::string>{{path, content}})) << "untouched by loading";
+    store->add(highlight("new"), "m@x");
+    store->add(highlight("newer"), "m@x");
+    EXPECT_EQ(files.files[path + ".damaged-1"], content);
+    EXPECT_EQ(files.files.size(), 2U);
+  }
+
+  files.files = {{path, "secret"}};
+  files.unreadable = path;
+  support::LogCapture::lines().clear();
+  open();
+  EXPECT_TRUE(support::LogCapture::lines().empty());
+  store->removeAll();
+  EXPECT_EQ(files.files[path + ".damaged-1"], "secret") << "what can't be read isn't lost either";
+  EXPECT_EQ(file(), "{}");
+}
+
+TEST_F(HighlightStoreTest, RemovesById) {
+  int changes = 0;
+  open();
+  const auto subscription = store->changed.subscribe([&] { ++changes; });
+  store->remove("h", "m@x");
+  EXPECT_EQ(files.writes, 0);
+  for (const auto* id : {"a", "b", "a"})
+    store->add(highlight(id), "m@x");
+  store->add(highlight("a"), "n@x");
+  EXPECT_EQ(changes, 4);
+
+  store->remove("a", "unknown@x");
+  EXPECT_EQ(files.writes, 4) << "nothing to save";
+  store->remove("unknown", "m@x");
+  EXPECT_EQ(files.writes, 5);
+  EXPECT_EQ(changes, 4);
+  store->remove("a", "m@x");
+  EXPECT_EQ(ids("m@x"), std::vector<std::string>{"b"});
+  EXPECT_EQ(ids("n@x"), std::vector<std::string>{"a"});
+  EXPECT_EQ(store->allThreadIds(), std::set<std::string>{"T1"});
+  EXPECT_EQ(store->allHighlights().size(), 2U);
+  store->remove("b", "m@x");
+  EXPECT_FALSE(file().contains("m@x"));
+  store->removeAll();
+  EXPECT_EQ(file(), "{}");
+  EXPECT_EQ(changes, 7);
+}
+
+TEST_F(HighlightStoreTest, AFailedSaveLeavesMemoryAndTheOldFile) {
+  open();
+  store->add(highlight("a"), "m@x");
+  const auto saved = file();
+  files.full = true;
+  store->add(highlight("b"), "m@x");
+  EXPECT_EQ(file(), saved);
+  EXPECT_EQ(log.count("error system: HighlightStore: save failed: no space left on device"), 1);
+  files.full = false;
+  files.support.reset();
+  store->add(highlight("c"), "m@x");
+  EXPECT_EQ(log.count("error system: HighlightStore: failed to resolve Application Support URL"), 1);
+  files.support = "/data";
+  store->remove("a", "m@x");
+  open();
+  EXPECT_EQ(ids("m@x"), (std::vector<std::string>{"b", "c"}));
+  EXPECT_EQ(files.files.size(), 1U);
+}
+
+TEST_F(HighlightStoreTest, WhatAnotherCopyHasSavedIsKept) {
+  open();
+  store->add(highlight("ours"), "m@x");
+  HighlightStore other(files, files);
+  other.add(highlight("theirs"), "m@x");
+  const auto theirs = file();
+  store->add(highlight("ours too"), "m@x");
+  store->add(highlight("and this"), "m@x");
+  EXPECT_EQ(files.files[path + ".other-1"], theirs);
+  EXPECT_EQ(files.files.size(), 2U) << "our own saves are not kept";
+  other.add(highlight("theirs too"), "m@x");
+  EXPECT_TRUE(files.files[path + ".other-2"].contains("and this"));
+  EXPECT_TRUE(file().contains("theirs too"));
+}
+
+TEST_F(HighlightStoreTest, EveryTextComesBackAsItWas) {
+  const std::string texts[] = {std::string("\0nul\0", 5), "\"quotes\" \\ / </script> \x01\x1f\x7f",
+                               "\xE2\x80\xA8\xE2\x80\xA9 \xEF\xBB\xBF \xEF\xBF\xBD \xEF\xBF\xBF",
+                               "\xF0\x9F\x91\xA9\xE2\x80\x8D\xF0\x9F\x91\xA9\xE2\x80\x8D\xF0\x9F\x91\xA7 "
+                               "e\xCC\x81 \xD7\xA9\xE2\x80\xAE\xF4\x8F\xBF\xBF",
+                               std::string(1 << 20, 'a')};
+  open();
+  HighlightStore::ByMessageId expected;
+  for (const auto& text : texts) {
+    auto one = highlight(text, text);
+    one.prefix = one.suffix = one.threadId = text;
+    one.occurrenceIndex = std::numeric_limits<std::int64_t>::max();
+    one.createdAt = 0.1 + 0.2;
+    expected[text].push_back(one);
+    store->add(one, text);
+  }
+  open();
+  EXPECT_EQ(store->byMessageId(), expected);
+  EXPECT_TRUE(support::LogCapture::lines().empty());
+}
+
+TEST_F(HighlightStoreTest, TheFileFollowsAnyRowOfChanges) {
+  std::mt19937 random(6);
+  open();
+  for (int step = 0; step < 600; ++step) {
+    const auto messageId = std::to_string(random() % 5) + "@x";
+    const auto id = std::to_string(random() % 12);
+    if (random() % 100 == 0)
+      store->removeAll();
+    else if (random() % 2)
+      store->add(highlight(id), messageId);
+    else
+      store->remove(id, messageId);
+    if (random() % 10 == 0) {
+      const auto before = store->byMessageId();
+      open();
+      ASSERT_EQ(store->byMessageId(), before) << "step " << step;
+    }
+  }
+  EXPECT_EQ(files.files.size(), files.exists(path) ? 1U : 0U);
+}
+
+} // namespace
+} // namespace ondrel::highlights

@@ -1,0 +1,299 @@
+#include "highlights/HighlightTransfer.h"
+
+#include "async/Scope.h"
+#include "base/Base64.h"
+#include "highlights/HighlightStore.h"
+#include "jmap/MailQueries.h"
+#include "support/FakeFileReader.h"
+#include "support/FakeJMAPClient.h"
+#include "support/FakeTextFormatting.h"
+#include "support/TestShell.h"
+
+#include <gtest/gtest.h>
+
+namespace ondrel::highlights {
+namespace {
+
+using Lines = std::vector<std::string>;
+
+class HighlightTransferTest : public testing::Test {
+ protected:
+  HighlightTransferTest() {
+    key = shell.application.makeWindow({});
+    shell.application.setKey(key);
+    shell.panels.savePath = "/documents/out.html";
+    shell.panels.openPaths = Lines{"/documents/out.html"};
+    resolve("1@x", "M1", "One");
+  }
+
+  void resolve(const std::string& messageId, const std::string& id, const std::string& subject) {
+    client.answer("Email/query",
+                  support::FakeJMAPClient::reply(
+                      {R"({"ids":[]})", R"({"list":[{"id":")" + id + R"(","messageId":[")" + messageId +
+                                            R"("],"subject":")" + subject +
+                                            R"(","mailboxIds":{"B":true},"threadId":"T1"}]})"}));
+    client.answer("Mailbox/get", support::FakeJMAPClient::reply({R"({"list":[{"id":"B","name":"Inbox"}]})"}));
+  }
+  PersistedHighlight highlight(const std::string& id, double createdAt, const std::string& exact = "text") {
+    return {id, "T-" + id, exact, "", "", 0, createdAt};
+  }
+
+  void run(async::Task<void> task) {
+    const auto handle = scope.spawn(std::move(task));
+    shell.loop.advance(std::chrono::minutes(1));
+    EXPECT_TRUE(handle.done()) << "it never ended";
+  }
+  std::string generate(bool forFile) {
+    std::string html;
+    run([](HighlightTransfer* transfer, bool file, std::string* result) -> async::Task<void> {
+      *result = co_await transfer->generateHighlightsHTML(file);
+    }(&transfer, forFile, &html));
+    return html;
+  }
+  void exportAndImport() {
+    run(transfer.exportHighlights());
+    run(transfer.importHighlights());
+  }
+  void import(const std::string& content) {
+    shell.files.files["/documents/out.html"] = content;
+    run(transfer.importHighlights());
+  }
+  static std::string fileWith(const std::string& json) {
+    return R"(<x id="ondrel-highlights-data">)" +
+           base::base64Encoded({reinterpret_cast<const std::uint8_t*>(json.data()), json.size()}) +
+           "</script>";
+  }
+  // Title and text of the only alert since the last look.
+  std::pair<std::string, std::string> alert() {
+    EXPECT_EQ(shell.panels.alerts.size(), 1U);
+    if (shell.panels.alerts.empty())
+      return {};
+    const auto shown = shell.panels.alerts.front();
+    EXPECT_EQ(shown.buttons, Lines{"OK"});
+    EXPECT_EQ(shown.style, platform::AlertStyle::informational);
+    shell.panels.alerts.clear();
+    return {shown.messageText, shown.informativeText};
+  }
+
+  support::TestShell shell;
+  support::FakeJMAPClient client;
+  jmap::MailQueries mail{client, shell.settings, [] {}};
+  support::FakeFileReader reader{shell.files};
+  support::FakeTextFormatting formatting;
+  HighlightStore store{shell.files, shell.files};
+  Lines calls;
+  HighlightTransfer transfer{{.store = store,
+                              .mail = mail,
+                              .settings = shell.settings,
+                              .application = shell.application,
+                              .panels = shell.panels,
+                              .files = shell.files,
+                              .reader = reader,
+                              .textFormatting = formatting,
+                              .iconPNG = "png",
+                              .pushMailboxMarks = [this]() -> async::Task<void> { return note("push"); },
+                              .syncTags = [this](std::set<std::string> threads) -> async::Task<void> {
+                                std::string text = "sync";
+                                for (const auto& thread : threads)
+                                  text += " " + thread;
+                                return note(text);
+                              }}};
+  std::shared_ptr<platform::Window> key;
+  async::Scope scope;
+
+ private:
+  async::Task<void> note(std::string call) {
+    co_await async::nextTurn();
+    calls.push_back(std::move(call));
+  }
+};
+
+TEST_F(HighlightTransferTest, ListsWhatItCanResolveNewestFirstAndKeepsAllInThePayload) {
+  store.add(highlight("a", 1, "old"), "1@x");
+  store.add(highlight("b", 3, "new"), "1@x");
+  store.add(highlight("c", 2, "middle"), "1@x");
+  store.add(highlight("d", 4), "gone@x");
+  const auto html = generate(true);
+  const auto newest = html.find("<mark>new</mark>");
+  const auto middle = html.find("<mark>middle</mark>");
+  const auto oldest = html.find("<mark>old</mark>");
+  ASSERT_NE(oldest, html.npos);
+  EXPECT_LT(newest, middle);
+  EXPECT_LT(middle, oldest);
+  EXPECT_TRUE(html.contains(R"(href="https://app.example.com/mail/Inbox/T1.M1?u=123">One</a>)")) << html;
+  EXPECT_TRUE(html.contains(" — 3 highlights<"));
+  EXPECT_TRUE(html.contains(R"(src="data:image/png;base64,cG5n")"));
+  EXPECT_EQ(
+      shell.log.count("error system: generateHighlightsHTML: could not resolve messageId gone@x — skipped"),
+      1);
+  EXPECT_EQ(client.sent.front().body.at("methodCalls").as_array().size(), 2U)
+      << "one request for all messages";
+
+  store.removeAll();
+  import(html);
+  EXPECT_EQ(store.allHighlights().size(), 4U) << "also that of the message which is gone";
+  EXPECT_EQ(store.byMessageId().at("gone@x").front(), highlight("d", 4));
+}
+
+TEST_F(HighlightTransferTest, TheDocumentIsThereWithoutTheServer) {
+  client.token = std::unexpected(jmap::JMAPError::notAuthenticated());
+  store.add(highlight("a", 1), "1@x");
+  const auto html = generate(true);
+  EXPECT_TRUE(html.contains("No highlights yet."));
+  EXPECT_TRUE(html.contains("Import Highlights…"));
+  EXPECT_FALSE(generate(false).contains("Import Highlights…"));
+  store.removeAll();
+  import(html);
+  EXPECT_EQ(store.allHighlights().size(), 1U);
+}
+
+TEST_F(HighlightTransferTest, ExportAsksAndWrites) {
+  store.add(highlight("a", 1), "1@x");
+  run(transfer.exportHighlights());
+  ASSERT_EQ(shell.panels.savePanels.size(), 1U);
+  EXPECT_EQ(shell.panels.savePanels[0].proposedName, "Ondrel Highlights.html");
+  EXPECT_EQ(shell.panels.savePanels[0].mimeTypes, Lines{"text/html"});
+  EXPECT_TRUE(shell.files.files["/documents/out.html"].ends_with("</html>"));
+  EXPECT_TRUE(shell.panels.alerts.empty()) << "success is silent";
+
+  shell.files.full = true;
+  run(transfer.exportHighlights());
+  EXPECT_EQ(alert(), (std::pair<std::string, std::string>{"Couldn't Save File", "no space left on device"}));
+  EXPECT_EQ(shell.log.count("error system: exportHighlights: write failed: no space left on device"), 1);
+
+  shell.panels.savePath.reset();
+  run(transfer.exportHighlights());
+  EXPECT_EQ(shell.panels.savePanels.size(), 3U);
+  shell.application.setKey(nullptr);
+  run(transfer.exportHighlights());
+  run(transfer.importHighlights());
+  EXPECT_EQ(shell.panels.savePanels.size(), 3U) << "no window has the keyboard";
+  EXPECT_TRUE(shell.panels.openPanels.empty());
+  EXPECT_TRUE(shell.panels.alerts.empty());
+}
+
+TEST_F(HighlightTransferTest, ImportMergesAndIsIdempotent) {
+  store.add(highlight("a", 1), "1@x");
+  store.add(highlight("b", 2.25), "2@x");
+  exportAndImport();
+  EXPECT_EQ(alert().second, "Imported 0 highlights, skipped 2 already saved.");
+  EXPECT_EQ(calls, Lines{}) << "nothing new, nothing pushed";
+  const auto& panel = shell.panels.openPanels.at(0);
+  EXPECT_EQ(panel.mimeTypes, Lines{"text/html"});
+  EXPECT_TRUE(panel.canChooseFiles && !panel.canChooseDirectories && !panel.allowsMultipleSelection);
+
+  const auto before = store.byMessageId();
+  store.remove("a", "1@x");
+  run(transfer.importHighlights());
+  EXPECT_EQ(alert(), (std::pair<std::string, std::string>{"Highlights Imported",
+                                                          "Imported 1 highlight, skipped 1 already saved."}));
+  EXPECT_EQ(store.byMessageId(), before);
+  EXPECT_EQ(calls, (Lines{"push", "sync T-a"}));
+  EXPECT_EQ(shell.log.count("info system: importHighlights: imported 1, skipped 1 from /documents/out.html"),
+            1);
+
+  calls.clear();
+  store.removeAll();
+  run(transfer.importHighlights());
+  EXPECT_EQ(alert().second, "Imported 2 highlights.");
+  EXPECT_EQ(store.byMessageId(), before) << "createdAt included";
+  EXPECT_EQ(calls, (Lines{"push", "sync T-a T-b"}));
+}
+
+TEST_F(HighlightTransferTest, AnIdIsOneOfItsMessageAlone) {
+  store.add(highlight("a", 1), "1@x");
+  const auto same = highlight("a", 9, "other");
+  import(R"(<x id="ondrel-highlights-data">)" +
+         encodedPayload({{"2@x", same}, {"2@x", same}, {"1@x", same}}) + "</script>");
+  EXPECT_EQ(alert().second, "Imported 1 highlight, skipped 2 already saved.");
+  EXPECT_EQ(store.highlights("2@x"), std::vector{same});
+  EXPECT_EQ(store.highlights("1@x"), std::vector{highlight("a", 1)}) << "no record is changed";
+}
+
+TEST_F(HighlightTransferTest, SaysWhatIsWrongWithAFileAndImportsNothingOfIt) {
+  struct Case {
+    std::string content;
+    std::string title;
+    std::string text;
+    std::string line;
+  };
+  const std::string path = "/documents/out.html";
+  const Case unreadable{"", "Couldn't Read File", "Ondrel couldn't open that file.",
+                        "error system: importHighlights: could not read file at " + path};
+  const Case nothing{
+      "", "Nothing to Import",
+      "This file doesn't contain any Ondrel highlight data. If it's an older export, re-export it "
+      "with the current version of Ondrel first.",
+      "error system: importHighlights: no highlight data payload found in " + path};
+  const Case corrupted{"", "Couldn't Read Highlights", "This file's highlight data appears to be corrupted.",
+                       "error system: importHighlights: found a payload but couldn't decode it in " + path};
+  const auto with = [](Case base, std::string content) {
+    base.content = std::move(content);
+    return base;
+  };
+  const auto good = encodedPayload({{"1@x", highlight("a", 1)}});
+  const auto record = R"({"messageId":"1@x","highlight":{"id":"h","threadId":"T","exact":"e","prefix":"",)"
+                      R"("suffix":"","occurrenceIndex":0)";
+  // A character that the first megabyte cuts in two is no fault of the file.
+  const auto cut = std::string((1 << 20) - 1, 'x') + "é";
+  for (const auto& [content, title, text, line] :
+       {with(unreadable, "\xFF"), with(unreadable, cut + "\xC3"),
+        with(unreadable, std::string(1 << 20, '\x80')), with(nothing, ""), with(nothing, "<html></html>"),
+        with(nothing, cut), with(nothing, R"(id="ondrel-highlights-data">)" + good + "\n</script>"),
+        with(corrupted, fileWith("{}")), with(corrupted, fileWith("[" + std::string(record) + "}}]")),
+        with(corrupted, fileWith(std::string("[") + record + R"(,"createdAt":1}},{}])"))}) {
+    const auto lines = shell.log.count(line);
+    import(content);
+    EXPECT_EQ(alert(), std::pair(title, text)) << content.substr(0, 200);
+    EXPECT_EQ(shell.log.count(line), lines + 1) << line;
+    EXPECT_FALSE(*transfer.importProgress()) << "nothing is left on screen";
+  }
+  EXPECT_TRUE(store.byMessageId().empty());
+  EXPECT_FALSE(shell.files.exists("/data/highlights.json"));
+
+  import(cut + fileWith("[]"));
+  EXPECT_EQ(alert().second, "Imported 0 highlights.");
+  shell.panels.openPaths.reset();
+  run(transfer.importHighlights());
+  EXPECT_TRUE(shell.panels.alerts.empty());
+}
+
+TEST_F(HighlightTransferTest, WhatIsStoppedKeepsWhatItHasAdded) {
+  std::vector<ExportedHighlight> many;
+  for (int i = 0; i < 100; ++i)
+    many.push_back({"1@x", highlight(std::to_string(i), i)});
+  const auto file = R"(<x id="ondrel-highlights-data">)" + encodedPayload(many) + "</script>";
+  {
+    const auto stopping = store.changed.subscribe([this] {
+      if (store.highlights("1@x").size() == 7)
+        transfer.stopImport();
+    });
+    import(file);
+  }
+  EXPECT_EQ(store.highlights("1@x").size(), 7U);
+  EXPECT_EQ(alert().second, "Imported 7 highlights.");
+  EXPECT_EQ(calls.size(), 2U);
+
+  // While the file is being read there is nothing to report yet.
+  {
+    const auto stopping = transfer.importProgress().observe([this] { transfer.stopImport(); });
+    import(file);
+  }
+  EXPECT_EQ(store.highlights("1@x").size(), 7U);
+  EXPECT_TRUE(shell.panels.alerts.empty());
+  import(file);
+  EXPECT_EQ(alert().second, "Imported 93 highlights, skipped 7 already saved.");
+}
+
+TEST_F(HighlightTransferTest, TwoImportsDontCountEachOthersHighlights) {
+  shell.files.files["/documents/out.html"] =
+      R"(<x id="ondrel-highlights-data">)" + encodedPayload({{"1@x", highlight("a", 1)}}) + "</script>";
+  scope.spawn(transfer.importHighlights());
+  run(transfer.importHighlights());
+  ASSERT_EQ(shell.panels.alerts.size(), 2U);
+  EXPECT_EQ(shell.panels.alerts[0].informativeText, "Imported 1 highlight.");
+  EXPECT_EQ(shell.panels.alerts[1].informativeText, "Imported 0 highlights, skipped 1 already saved.");
+}
+
+} // namespace
+} // namespace ondrel::highlights

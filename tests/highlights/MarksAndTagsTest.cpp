@@ -1,0 +1,157 @@
+#include "HighlightWorld.h"
+
+namespace ondrel::highlights {
+namespace {
+
+using MarksAndTagsTest = HighlightWorld;
+
+const std::string mailboxes = support::FakeJMAPClient::reply(
+    {R"({"list":[{"id":"B1","name":"Inbox","role":"inbox"},{"id":"B2","name":"highlighted"},{"id":"B3","name":"Other"}]})"});
+const std::string updated = support::FakeJMAPClient::reply({R"({"updated":{}})"});
+
+std::string call(std::string_view threadIds) {
+  return "window.__ondrelApplyMailboxHighlightMarks(" + std::string(threadIds) + ")";
+}
+
+TEST_F(MarksAndTagsTest, EveryTabGetsAllThreads) {
+  post({{"type", "ondrelMailboxMarkersReady"}});
+  EXPECT_EQ(page->evaluations, Lines{call("[]")});
+  EXPECT_FALSE(page->evaluationFrames.back()) << "the main frame";
+  EXPECT_EQ(lines(), Lines{"info system: pushMailboxMarks: pushed 0 threadId(s) , JS returned null"});
+
+  shell.manager->newTab();
+  shell.settle();
+  shell.showKeyWindow();
+  const auto second = shell.webView(shell.keyModel());
+  ASSERT_TRUE(second && second != page);
+  second->evaluations.clear();
+  store.add({"h", "T\"2", "x", "", "", 0, 1}, "x@x");
+  showThread();
+  page->answer = [](const std::string&) -> platform::ScriptResult {
+    return std::unexpected(platform::ScriptError{platform::ScriptError::Kind::exception, "no such function"});
+  };
+  second->answer = [](const std::string&) -> platform::ScriptResult { return boost::json::value(2); };
+  create("h1", "0");
+  EXPECT_EQ(page->evaluations, Lines{call(R"(["T\"2","T1"])")});
+  EXPECT_EQ(second->evaluations, page->evaluations);
+  EXPECT_EQ(shell.log.count("error system: pushMailboxMarks: evaluateJavaScript failed: no such function"),
+            1);
+  EXPECT_EQ(shell.log.count("info system: pushMailboxMarks: pushed 2 threadId(s) T\"2,T1, JS returned 2"), 1);
+}
+
+TEST_F(MarksAndTagsTest, AThreadIsLabelledWhileItHoldsHighlights) {
+  showThread();
+  enableTag();
+  client.answerNext(mailboxes);
+  client.answerNext(updated);
+  create("h1", "0");
+  EXPECT_EQ(requests(), (Lines{"Mailbox/get", "Email/set"}));
+  EXPECT_EQ(shell.log.count(
+                "info system: syncTag: setting mailbox 'Highlighted' (B2) to true on internalId(s) M1,M2,M3"),
+            1);
+  const auto body = boost::json::serialize(client.sent.back().body);
+  for (const auto* id : {"M1", "M2", "M3"})
+    EXPECT_TRUE(body.contains("\"" + std::string(id) + R"(":{"mailboxIds/B2":true})")) << body;
+
+  clear();
+  client.answerNext(updated);
+  create("h2", "2");
+  EXPECT_EQ(requests(), Lines{"Email/set"}) << "the mailbox is known";
+  const auto remove = [&](std::string_view id, std::string_view container) {
+    clear();
+    client.answerNext(updated);
+    post({{"type", "ondrelHighlightRemove"}, {"highlightId", id}, {"containerIndex", container}});
+  };
+  remove("h1", "0");
+  EXPECT_TRUE(boost::json::serialize(client.sent.back().body).contains("mailboxIds/B2\":true"));
+  remove("h2", "2");
+  EXPECT_EQ(
+      shell.log.count(
+          "info system: syncTag: setting mailbox 'Highlighted' (B2) to false on internalId(s) M1,M2,M3"),
+      1);
+  EXPECT_TRUE(boost::json::serialize(client.sent.back().body).contains("mailboxIds/B2\":null"));
+
+  clear();
+  shell.settings.defaults().set("_highlightTagName", std::string("Missing"));
+  client.answerNext(mailboxes);
+  create("h3", "0");
+  client.failNext(jmap::JMAPError::notAuthenticated());
+  create("h4", "0");
+  EXPECT_EQ(
+      shell.log.count(
+          "error system: syncTag: no mailbox/tag named 'Missing' found — has it been created in Fastmail?"),
+      2);
+  EXPECT_EQ(requests(), (Lines{"Mailbox/get", "Mailbox/get"}));
+  shell.settings.defaults().set("_highlightTagName", std::string());
+  clear();
+  client.answerNext(updated);
+  create("h5", "0");
+  EXPECT_EQ(requests(), Lines{"Email/set"}) << "an empty name is the default one, found before";
+}
+
+TEST_F(MarksAndTagsTest, TheListOfTheMomentIsLabelled) {
+  showThread();
+  enableTag();
+  client.answerNext(mailboxes);
+  postAlone({{"type", "ondrelHighlightCreate"}, {"anchorJSON", anchor("h1")}, {"containerIndex", "0"}});
+  tab->highlightThreadEmails.clear();
+  shell.settle();
+  EXPECT_EQ(shell.log.count("info system: syncTag: skipped — no resolved thread emails"), 1);
+
+  clear();
+  tab->highlightThreadEmails = {{"M1", "a@x"}};
+  client.answerNext(updated);
+  postAlone({{"type", "ondrelHighlightCreate"}, {"anchorJSON", anchor("h2")}, {"containerIndex", "0"}});
+  shell.application.last()->close();
+  tab.reset();
+  page.reset();
+  shell.settle();
+  EXPECT_EQ(requests(), Lines{"Email/set"}) << "also when the tab closes at once";
+}
+
+TEST_F(MarksAndTagsTest, RemovingAllAsksFirst) {
+  showThread();
+  create("h1", "0");
+  store.add({"h", "T2", "x", "", "", 0, 1}, "n@x");
+  store.add({"h", "T3", "x", "", "", 0, 1}, "o@x");
+  enableTag();
+  clear();
+  async::Scope scope;
+  scope.spawn(service.removeAllHighlights());
+  shell.settle();
+  ASSERT_EQ(shell.panels.alerts.size(), 1U);
+  const auto& alert = shell.panels.alerts.front();
+  EXPECT_EQ(alert.messageText, "Remove All Highlights?");
+  EXPECT_EQ(alert.informativeText,
+            "This deletes every highlight saved in Ondrel. This can't be undone unless "
+            "you've exported them first.");
+  EXPECT_EQ(alert.style, platform::AlertStyle::warning);
+  EXPECT_EQ(alert.buttons, (Lines{"Cancel", "Remove All"}));
+  EXPECT_EQ(store.allHighlights().size(), 3U) << "not asked for";
+
+  shell.panels.alertAnswer = platform::Panels::firstButton + 1;
+  answerThread({"M1 a@x"});
+  client.answerNext(mailboxes);
+  client.answerNext(updated);
+  client.failNext(jmap::JMAPError::badResponse()); // the second thread
+  answerThread({"O1 o@x"});
+  client.answerNext(updated);
+  scope.spawn(service.removeAllHighlights());
+  shell.settle();
+  EXPECT_TRUE(store.byMessageId().empty());
+  EXPECT_EQ(shell.files.files["/data/highlights.json"], "{}");
+  EXPECT_EQ(page->evaluations, Lines{call("[]")}) << "marks on screen stay";
+  EXPECT_EQ(requests(), (Lines{"Thread/get", "Email/get", "Mailbox/get", "Email/set", "Thread/get",
+                               "Thread/get", "Email/get", "Email/set"}));
+  EXPECT_TRUE(shell.log.anyStartsWith(
+      "info system: syncTag: setting mailbox 'Highlighted' (B2) to false on internalId(s) O1"));
+
+  clear();
+  shell.settings.set(settings::keys::highlightTagEnabled, false);
+  scope.spawn(service.syncAllTags({"T1"}));
+  shell.settle();
+  EXPECT_TRUE(lines().empty() && client.sent.empty());
+}
+
+} // namespace
+} // namespace ondrel::highlights
