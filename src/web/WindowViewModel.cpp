@@ -3,9 +3,9 @@
 #include "base/Text.h"
 #include "base/Url.h"
 #include "platform/Application.h"
+#include "platform/Deadlines.h"
 #include "platform/Panels.h"
 #include "settings/AppSettings.h"
-#include "platform/Deadlines.h"
 #include "web/MailURL.h"
 #include "web/WebServices.h"
 
