@@ -1,0 +1,92 @@
+// A highlight from the user's hand to the file and back, with its mark in the list and its label on the
+// server.
+#include "UserHandsTest.h"
+
+#include <boost/json/serialize.hpp>
+
+#include <optional>
+#include <thread>
+
+namespace ondrel::e2e {
+namespace {
+
+using namespace std::chrono_literals;
+
+class HighlightTest : public UserHandsTest {
+ protected:
+  struct Place {
+    int x = 0;
+    int y = 0;
+  };
+
+  std::filesystem::path file() const { return profile / "data/ondrel/highlights.json"; }
+  // How many highlights are saved.
+  std::size_t saved() const { return count(read(file()), "\"exact\""); }
+  std::size_t labelled(const std::string& value) const {
+    return count(boost::json::serialize(askService("/control/jmap-requests")),
+                 "\"mailboxIds/highlighted\":" + value);
+  }
+  bool listens() const {
+    return eventually([this] { return askService("/control/stream").at("listeners") == 1; }, 40s);
+  }
+
+  // Selects a word of the message and presses the button above it. The words' places depend on the fonts:
+  // looks down the page for one.
+  std::optional<Place> highlightAWord(WindowId window) {
+    constexpr int buttonAbove = 29;
+    for (int y = 260; y < 620; y += 12)
+      for (const int x : {-420, -390, -360}) {
+        click(window, x, y);
+        xdotool("click 1");
+        std::this_thread::sleep_for(400ms);
+        click(window, x, y - buttonAbove);
+        if (eventually([this] { return saved() == 1; }, 400ms))
+          return Place{x, y};
+      }
+    return std::nullopt;
+  }
+};
+
+TEST_F(HighlightTest, ComesBackOnItsWordsAndGoesWithAClick) {
+  write(defaultsFile(), R"({"_highlightTagEnabled":true})");
+  Place place;
+  {
+    const auto program = start();
+    const auto window = signIn(*program);
+    ASSERT_NE(window, 0U) << program->output();
+    ASSERT_TRUE(listens()) << program->output();
+    press("j j j j");
+    press("o");
+    ASSERT_TRUE(sessionBecomes([](const auto& session) {
+      return session.windows.at(0).tabs.at(0).urlString.contains("/mail/Inbox/T4.");
+    })) << read(sessionFile());
+    const auto found = highlightAWord(window);
+    ASSERT_TRUE(found) << program->output();
+    place = *found;
+    EXPECT_TRUE(eventually([this] { return labelled("true") > 0; })) << program->output();
+    EXPECT_EQ(quit(*program), 0);
+  }
+  const auto written = read(file());
+  EXPECT_TRUE(written.contains("\"threadId\":\"T4\"")) << written;
+
+  const auto program = start();
+  ASSERT_TRUE(waitForPage(*program)) << program->output();
+  ASSERT_TRUE(eventually([&] { return program->output().contains(" row(s) — 1 marked"); }))
+      << program->output();
+  const auto window = *windows().begin();
+  focus(window);
+  // The mark answers to a click as soon as the program knows which message stands there.
+  EXPECT_TRUE(eventually(
+      [&] {
+        click(window, place.x, place.y);
+        return saved() == 0;
+      },
+      30s))
+      << read(file()) << program->output();
+  EXPECT_TRUE(eventually([this] { return labelled("null") > 0; })) << program->output();
+  EXPECT_TRUE(eventually([&] { return program->output().contains(" row(s) — 0 marked"); }));
+  EXPECT_EQ(quit(*program), 0);
+}
+
+} // namespace
+} // namespace ondrel::e2e
