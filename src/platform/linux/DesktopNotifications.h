@@ -12,7 +12,7 @@
 
 namespace ondrel::platform {
 
-// Notifications through org.freedesktop.Notifications (Desktop Notifications Specification 1.2). Title and
+// Notifications through org.freedesktop.Notifications (freedesktop.org, version 1.2). Title and
 // body become one line each of bounded length; with responses they come back as they were shown. Works with
 // servers that are missing, slow, started on demand or restarted meanwhile.
 class DesktopNotifications final : public NotificationCenter {
