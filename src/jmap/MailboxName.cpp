@@ -1,35 +1,22 @@
 #include "jmap/MailboxName.h"
 
-#include "base/Text.h"
-
-#include <glib.h>
-
-#include <memory>
-#include <optional>
-#include <string>
+#include <unicode/normlzr.h>
+#include <unicode/unistr.h>
 
 namespace ondrel::jmap {
-
-namespace {
-
-using Chars = std::unique_ptr<char, decltype(&g_free)>;
-
-// Absent for what GLib's functions can't take: bytes that are no UTF-8, and a NUL, at which they stop.
-std::optional<std::string> folded(const std::string& name) {
-  if (!base::isValidUtf8(name) || name.contains('\0'))
-    return std::nullopt;
-  const Chars caseless(g_utf8_casefold(name.c_str(), -1), g_free);
-  const Chars composed(g_utf8_normalize(caseless.get(), -1, G_NORMALIZE_NFC), g_free);
-  return std::string(composed.get());
-}
-
-} // namespace
 
 bool sameMailboxName(const std::string& a, const std::string& b) {
   if (a == b)
     return true;
-  const auto foldedA = folded(a);
-  return foldedA && foldedA == folded(b);
+  // Bytes that are no text all become the same mark: such names are the same only when their bytes are.
+  const auto first = icu::UnicodeString::fromUTF8(a);
+  const auto second = icu::UnicodeString::fromUTF8(b);
+  constexpr char16_t replacement = 0xFFFD;
+  if (first.indexOf(replacement) >= 0 || second.indexOf(replacement) >= 0)
+    return false;
+  UErrorCode failure = U_ZERO_ERROR;
+  const auto order = icu::Normalizer::compare(first, second, U_COMPARE_IGNORE_CASE, failure);
+  return U_SUCCESS(failure) && order == 0;
 }
 
 } // namespace ondrel::jmap
