@@ -83,7 +83,9 @@ async::Task<void> HighlightService::handleMessageChanged(WeakTab weakTab, std::s
       std::ranges::count(tab->highlightThreadEmails, internalId, &jmap::ThreadEmailInfo::internalId) > 0;
   if (sameThread && known) {
     // Only the focus has moved.
-    co_await pushAnchors(tab, tab->highlightGeneration);
+    const auto current = tab->highlightGeneration;
+    tab.reset();
+    co_await pushAnchors(weakTab, current);
     co_return;
   }
   const auto generation = ++tab->highlightGeneration;
@@ -91,7 +93,8 @@ async::Task<void> HighlightService::handleMessageChanged(WeakTab weakTab, std::s
   // An unknown message of the same thread has come since: the cached list lacks it too.
   if (const auto cached = threadCache_.find(*threadId); !sameThread && cached != threadCache_.end()) {
     tab->highlightThreadEmails = cached->second;
-    co_await pushAnchors(tab, generation);
+    tab.reset();
+    co_await pushAnchors(weakTab, generation);
     co_return;
   }
 
@@ -106,25 +109,30 @@ async::Task<void> HighlightService::handleMessageChanged(WeakTab weakTab, std::s
   if (!tab || tab->highlightGeneration != generation)
     co_return;
   tab->highlightThreadEmails = std::move(*fetched);
-  co_await pushAnchors(tab, generation);
+  tab.reset();
+  co_await pushAnchors(weakTab, generation);
 }
 
 async::Task<void> HighlightService::handleContainersChanged(WeakTab weakTab, std::int64_t count,
                                                             std::optional<std::int64_t> focusedIndex) {
-  const auto tab = weakTab.lock();
+  auto tab = weakTab.lock();
   if (!tab)
     co_return;
   tab->highlightContainerCount = count;
   tab->highlightFocusedContainerIndex = focusedIndex;
-  co_await pushAnchors(tab, tab->highlightGeneration);
+  const auto generation = tab->highlightGeneration;
+  tab.reset();
+  co_await pushAnchors(weakTab, generation);
 }
 
 async::Task<void> HighlightService::handleHostReady(WeakTab weakTab, platform::FrameInfo frame) {
-  const auto tab = weakTab.lock();
+  auto tab = weakTab.lock();
   if (!tab)
     co_return;
   tab->highlightContentFrame = std::move(frame);
-  co_await pushAnchors(tab, tab->highlightGeneration);
+  const auto generation = tab->highlightGeneration;
+  tab.reset();
+  co_await pushAnchors(weakTab, generation);
 }
 
 async::Task<void> HighlightService::pushAnchors(WeakTab weakTab, std::int64_t generation) {
