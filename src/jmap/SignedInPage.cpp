@@ -2,7 +2,6 @@
 
 #include "async/sleep.h"
 #include "platform/Deadlines.h"
-#include "platform/Download.h"
 #include "platform/WebView.h"
 #include "settings/AppSettings.h"
 
@@ -112,10 +111,6 @@ void SignedInPage::didFinish() {
 void SignedInPage::didFail(const platform::WebError& error) {
   if (!error.isCancelled())
     failWaiters(error.description);
-}
-
-void SignedInPage::didBecomeDownload(std::shared_ptr<platform::Download> download) {
-  download->cancel();
 }
 
 void SignedInPage::webProcessDidTerminate(bool) {

@@ -4,7 +4,7 @@
 #include "async/Task.h"
 #include "async/Timer.h"
 #include "jmap/JMAPError.h"
-#include "platform/WebViewDelegate.h"
+#include "platform/PassiveWebViewDelegate.h"
 
 #include <functional>
 #include <memory>
@@ -26,7 +26,7 @@ namespace ondrel::jmap {
 // The hidden web view that has the web application loaded so that it can be asked for its access token. It
 // shares cookies and storage with the visible ones, so their sign-in is its own. Never shown. Main thread
 // only.
-class SignedInPage final : platform::WebViewDelegate {
+class SignedInPage final : platform::PassiveWebViewDelegate {
  public:
   // Makes the web view and loads nothing yet. `finished` is called at each finished load, after everyone who
   // waited has been answered. Both references outlive it.
@@ -50,20 +50,9 @@ class SignedInPage final : platform::WebViewDelegate {
  private:
   void decidePolicy(const platform::NavigationAction& action, platform::PolicyReply reply) override;
   void decidePolicy(const platform::NavigationResponse& response, platform::PolicyReply reply) override;
-  void didCommit() override {}
   void didFinish() override;
   void didFail(const platform::WebError& error) override;
-  void didFailProvisional(const platform::WebError& error) override { didFail(error); }
-  void didBecomeDownload(std::shared_ptr<platform::Download> download) override;
-  std::shared_ptr<platform::WebView> createWebView(platform::NewWindowRequest) override { return nullptr; }
-  void runAlertPanel(const std::string&, platform::DoneReply) override {}
-  void runConfirmPanel(const std::string&, platform::DoneReply) override {}
-  void runOpenPanel(const platform::OpenPanelParameters&, platform::FilesReply) override {}
-  void didReceiveScriptMessage(const platform::ScriptMessage&) override {}
-  void didClose() override {}
   void webProcessDidTerminate(bool crashed) override;
-  void backForwardListDidChange() override {}
-  void urlDidChange() override {}
 
   void failWaiters(const std::string& reason);
 

@@ -3,7 +3,7 @@
 #include "async/Scope.h"
 #include "async/Task.h"
 #include "base/Event.h"
-#include "platform/WebViewDelegate.h"
+#include "platform/PassiveWebViewDelegate.h"
 #include "platform/linux/glib/Connection.h"
 #include "ui/StoppedPage.h"
 
@@ -29,7 +29,7 @@ class Window;
 namespace ondrel::ui {
 
 // The one window that lists all highlights, made anew each time it is opened: its list is of that moment.
-class HighlightsWindow final : private platform::WebViewDelegate {
+class HighlightsWindow final : private platform::PassiveWebViewDelegate {
  public:
   // All outlive it.
   struct Services {
@@ -64,19 +64,7 @@ class HighlightsWindow final : private platform::WebViewDelegate {
   void decidePolicy(const platform::NavigationAction& action, platform::PolicyReply reply) override;
   void decidePolicy(const platform::NavigationResponse& response, platform::PolicyReply reply) override;
   void didCommit() override { showPart("page"); }
-  void didFinish() override {}
-  void didFail(const platform::WebError&) override {}
-  void didFailProvisional(const platform::WebError&) override {}
-  void didBecomeDownload(std::shared_ptr<platform::Download>) override {}
-  std::shared_ptr<platform::WebView> createWebView(platform::NewWindowRequest) override { return nullptr; }
-  void runAlertPanel(const std::string&, platform::DoneReply) override {}
-  void runConfirmPanel(const std::string&, platform::DoneReply) override {}
-  void runOpenPanel(const platform::OpenPanelParameters&, platform::FilesReply) override {}
-  void didReceiveScriptMessage(const platform::ScriptMessage&) override {}
-  void didClose() override {}
   void webProcessDidTerminate(bool) override { showPart("stopped"); }
-  void backForwardListDidChange() override {}
-  void urlDidChange() override {}
 
   const Services services_;
   // Of the open window; empty while there is none.
