@@ -1,4 +1,5 @@
 #include "MailWorld.h"
+#include "support/JsonMutations.h"
 
 #include "jmap/NewMailNotifier.h"
 #include "support/FakeNotificationCenter.h"
@@ -99,56 +100,6 @@ std::vector<Operation> operations() {
   };
 }
 
-// Calls with the whole value each time after one of its nodes has become something else or is gone.
-class Mutations {
- public:
-  explicit Mutations(json::value value) : whole_(std::move(value)) {}
-
-  void forEach(const std::function<void(const json::value& mutated)>& call) { visit(whole_, call); }
-
- private:
-  using Call = std::function<void(const json::value&)>;
-
-  void visit(json::value& node, const Call& call) {
-    static const std::vector<json::value> replacements{nullptr,
-                                                       true,
-                                                       0,
-                                                       -1,
-                                                       3.5,
-                                                       1e300,
-                                                       UINT64_MAX,
-                                                       "",
-                                                       "other",
-                                                       json::array(),
-                                                       json::array{nullptr},
-                                                       json::array{json::array()},
-                                                       json::object(),
-                                                       json::object{{"B1", nullptr}}};
-    const json::value saved = node;
-    for (const auto& replacement : replacements) {
-      node = replacement;
-      call(whole_);
-    }
-    node = saved;
-    if (auto* object = node.if_object())
-      for (const auto& [key, value] : saved.get_object()) {
-        object->erase(key);
-        call(whole_);
-        *object = saved.get_object();
-        visit(object->at(key), call);
-      }
-    else if (auto* array = node.if_array())
-      for (std::size_t i = 0; i < saved.get_array().size(); ++i) {
-        array->erase(array->begin() + static_cast<std::ptrdiff_t>(i));
-        call(whole_);
-        *array = saved.get_array();
-        visit(array->at(i), call);
-      }
-  }
-
-  json::value whole_;
-};
-
 // Runs it with one of its replies exchanged.
 void runWith(const Operation& operation, std::size_t number, const std::string& body,
              const std::function<void(const Outcome&, const std::vector<std::string>& log)>& check) {
@@ -171,7 +122,7 @@ TEST(BrokenReplies, AnyNodeOfAnotherShapeGivesAValueOrALoggedError) {
   int errors = 0;
   for (const auto& operation : operations())
     for (std::size_t number = 0; number < operation.replies.size(); ++number)
-      Mutations(json::parse(operation.replies[number])).forEach([&](const json::value& mutated) {
+      support::JsonMutations(json::parse(operation.replies[number])).forEach([&](const json::value& mutated) {
         ++runs;
         runWith(operation, number, json::serialize(mutated), [&](const Outcome& ended, const auto& log) {
           if (!ended)

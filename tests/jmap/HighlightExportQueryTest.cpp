@@ -97,7 +97,7 @@ TEST_F(HighlightExportQueryTest, CancellingEndsItAtOnce) {
   client.delay = std::chrono::seconds(1);
   client.answer("Email/query", reply({R"({})", R"({"list":[]})"}));
   std::optional<Result<std::map<std::string, HighlightExportInfo>>> result;
-  auto handle = scope.spawn(keep(queries.highlightExportInfo(messageIds(1000)), &result));
+  auto handle = scope.spawn(support::keepResult(queries.highlightExportInfo(messageIds(1000)), &result));
   loop.advance(std::chrono::milliseconds(1500));
   handle.cancel();
   loop.runUntilIdle();

@@ -254,9 +254,9 @@ TEST_F(MailQueriesTest, MailboxesOfAnAccountThatIsLeftAreNotKept) {
       {"id":"B2","role":"trash"},{"id":"B3","role":"junk"}]})"}));
   client.delay = std::chrono::seconds(1);
   std::vector<std::optional<Result<std::string>>> ids(3);
-  scope.spawn(keep(queries.fetchInboxMailboxId(), &ids[0]));
-  scope.spawn(keep(queries.fetchTrashMailboxId(), &ids[1]));
-  scope.spawn(keep(queries.fetchJunkMailboxId(), &ids[2]));
+  scope.spawn(support::keepResult(queries.fetchInboxMailboxId(), &ids[0]));
+  scope.spawn(support::keepResult(queries.fetchTrashMailboxId(), &ids[1]));
+  scope.spawn(support::keepResult(queries.fetchJunkMailboxId(), &ids[2]));
   loop.advance(std::chrono::milliseconds(500));
   queries.forgetMailboxes();
   loop.advance(std::chrono::minutes(1));

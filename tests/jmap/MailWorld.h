@@ -7,6 +7,7 @@
 #include "support/FakeDesktop.h"
 #include "support/FakeJMAPClient.h"
 #include "support/LogCapture.h"
+#include "support/RunToEnd.h"
 #include "support/TestSite.h"
 
 #include <boost/json/parse.hpp>
@@ -21,17 +22,8 @@ namespace ondrel::jmap {
 // The mail queries on a fake client, in virtual time.
 struct MailWorld {
   template <class T>
-  static async::Task<void> keep(async::Task<T> task, std::optional<T>* result) {
-    result->emplace(co_await std::move(task));
-  }
-  // Runs it to its end; the test fails when it has none.
-  template <class T>
   T run(async::Task<T> task) {
-    std::optional<T> result;
-    scope.spawn(keep(std::move(task), &result));
-    loop.advance(std::chrono::hours(1));
-    EXPECT_TRUE(result) << "it never ended";
-    return std::move(result).value();
+    return support::runToEnd(loop, scope, std::move(task));
   }
   void run(async::Task<void> task) {
     const auto handle = scope.spawn(std::move(task));

@@ -149,7 +149,7 @@ TEST_F(NotificationTest, OneFollowsTheOtherAndAFailedOneHoldsUpNone) {
   center.failNext = "refused";
   client.answerNext(reply({R"({"list":[{"id":"M1","subject":"1"},{"id":"M2","subject":"2"},{"id":"M3"}]})"}));
   std::optional<Result<void>> result;
-  auto handle = scope.spawn(keep(notifier->notifyForEmails({"M1", "M2", "M3"}), &result));
+  auto handle = scope.spawn(support::keepResult(notifier->notifyForEmails({"M1", "M2", "M3"}), &result));
   loop.advance(500ms);
   EXPECT_EQ(center.requests.size(), 1u);
   loop.advance(1s);

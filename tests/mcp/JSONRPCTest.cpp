@@ -232,7 +232,7 @@ TEST_F(JSONRPCTest, RequestsDontWaitForEachOther) {
       R"({"jsonrpc":"2.0","id":7,"method":"tools/call","params":{"name":"list_mailboxes"}})";
   std::array<std::optional<RPCAnswer>, 3> answers;
   for (auto& answer : answers)
-    scope.spawn(keep(dispatch.handleRPC(body), &answer));
+    scope.spawn(support::keepResult(dispatch.handleRPC(body), &answer));
   loop.runUntilIdle();
   EXPECT_EQ(tools.calls.size(), 3u);
   for (const auto& answer : answers)

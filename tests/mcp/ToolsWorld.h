@@ -9,6 +9,7 @@
 #include "support/FakeJMAPClient.h"
 #include "support/FakeTextFormatting.h"
 #include "support/LogCapture.h"
+#include "support/RunToEnd.h"
 #include "support/TestSite.h"
 
 #include <boost/json/parse.hpp>
@@ -27,17 +28,8 @@ struct ToolsWorld {
   using Lines = std::vector<std::string>;
 
   template <class T>
-  static async::Task<void> keep(async::Task<T> task, std::optional<T>* result) {
-    result->emplace(co_await std::move(task));
-  }
-  // Runs it to its end; the test fails when it has none.
-  template <class T>
   T run(async::Task<T> task) {
-    std::optional<T> result;
-    scope.spawn(keep(std::move(task), &result));
-    loop.advance(std::chrono::hours(1));
-    EXPECT_TRUE(result) << "it never ended";
-    return std::move(result).value();
+    return support::runToEnd(loop, scope, std::move(task));
   }
   // The text of the one piece that a tool gives, or its error behind "Error: ".
   std::string text(async::Task<ToolOutcome> task) {
