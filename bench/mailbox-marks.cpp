@@ -1,0 +1,164 @@
+// How long it takes until all tabs have got the highlighted threads. Prints one line of JSON with medians in
+// milliseconds, for bench/run.
+#include "Bench.h"
+#include "EngineWindow.h"
+#include "app/BrowserContent.h"
+#include "app/SessionStore.h"
+#include "app/WindowManager.h"
+#include "async/sleep.h"
+#include "highlights/HighlightService.h"
+#include "highlights/HighlightStore.h"
+#include "jmap/MailQueries.h"
+#include "jmap/NotificationManager.h"
+#include "platform/linux/ResourceText.h"
+#include "scripts/PageScriptSource.h"
+#include "settings/AppSettings.h"
+#include "support/FakeApplication.h"
+#include "support/FakeDesktop.h"
+#include "support/FakeJMAPClient.h"
+#include "support/FakeNotificationCenter.h"
+#include "support/PageServer.h"
+#include "web/WebServices.h"
+#include "web/WebView.h"
+#include "web/WebViewConfiguration.h"
+#include "web/WindowViewModel.h"
+
+#include <boost/json/value.hpp>
+
+namespace {
+
+using namespace ondrel;
+using namespace ondrel::bench;
+using namespace std::chrono_literals;
+
+constexpr int tabCount = 20;
+constexpr int threadCount = 2000;
+constexpr int rowCount = 50; // that a page shows, each tenth of a highlighted thread
+constexpr int rounds = 31;
+constexpr int warmUpRounds = 5;
+
+std::string mailbox() {
+  std::string rows;
+  for (int i = 0; i < rowCount; ++i)
+    rows += fmt::format(R"(<li><a href="/mail/Inbox/T{}.M{}">Subject {}</a></li>)",
+                        i % 10 == 0 ? i : threadCount + i, i, i);
+  return R"(<!doctype html><title>Inbox</title><ul class="v-MailboxSource">)" + rows + "</ul>";
+}
+
+settings::Site siteAt(const std::string& address) {
+  settings::Site site;
+  site.webAppBaseURL = {address, address};
+  return site;
+}
+
+// The program's tabs with real pages; of their windows there is only one that shows the last of them.
+class Tabs {
+ public:
+  Tabs(EngineWindow& window, const std::string& address)
+      : settings_(defaults_, siteAt(address)), services_{.settings = settings_,
+                                                         .scripts = scripts_,
+                                                         .application = application_,
+                                                         .webViews = window.factory(),
+                                                         .panels = panels_,
+                                                         .workspace = workspace_,
+                                                         .notifications = notifications_},
+        stack_(GTK_STACK(gtk_stack_new())),
+        manager_(application_, settings_, sessionStore_, clipboard_, services_,
+                 [this](std::shared_ptr<web::WindowViewModel> model, std::shared_ptr<platform::Window>) {
+                   return std::make_unique<Content>(std::move(model), services_, stack_);
+                 }) {
+    for (int i = 0; i < threadCount; ++i)
+      store_.add({fmt::format("id-{}", i), fmt::format("T{}", i), "text", "", "", 0, 780'000'000.0},
+                 fmt::format("{}@mail.example.org", i));
+    services_.highlights = &service_;
+    window.show(GTK_WIDGET(stack_));
+  }
+
+  async::Task<void> open() {
+    co_await async::sleep(100ms); // the session has been restored
+    while (manager_.viewModels().size() < tabCount) {
+      manager_.newTab();
+      co_await async::sleep(10ms);
+    }
+    for (const auto& tab : manager_.viewModels())
+      for (int attempt = 0; co_await marks(tab) != rowCount / 10; ++attempt) {
+        if (attempt == 300)
+          fail("a page never got its marks");
+        co_await async::sleep(100ms);
+      }
+  }
+  async::Task<double> push() {
+    const auto begin = Clock::now();
+    co_await service_.pushMailboxMarksToAllWindows();
+    co_return Milliseconds(Clock::now() - begin).count();
+  }
+  // Afterwards the list of threads must be made anew.
+  void highlightOneMore(int number) {
+    store_.add({fmt::format("more-{}", number), fmt::format("T-more-{}", number), "text", "", "", 0, 0},
+               "more@mail.example.org");
+  }
+
+ private:
+  struct Content final : app::BrowserContent {
+    Content(std::shared_ptr<web::WindowViewModel> model, const web::WebServices& services, GtkStack* stack)
+        : view(std::move(model), services) {
+      view.onWebViewMade = [stack](platform::WebView& made) {
+        auto* widget = static_cast<GtkWidget*>(made.nativeView().handle);
+        gtk_stack_add_child(stack, widget);
+        gtk_stack_set_visible_child(stack, widget);
+      };
+      view.viewDidLoad();
+      view.viewDidAppear();
+    }
+    web::WebView view;
+  };
+
+  static async::Task<int> marks(std::shared_ptr<web::WindowViewModel> tab) {
+    const auto count = co_await tab->evaluate("document.querySelectorAll('li > [data-ondrel-mark]').length");
+    co_return count ? count->to_number<int>() : 0;
+  }
+
+  support::FakeDefaults defaults_;
+  support::FakeFiles files_;
+  support::FakeApplication application_;
+  support::FakePanels panels_;
+  support::FakeWorkspace workspace_;
+  support::FakeClipboard clipboard_;
+  support::FakeNotificationCenter center_;
+  jmap::NotificationManager notifications_{center_};
+  settings::AppSettings settings_;
+  const web::PageScripts scripts_{scripts::pageScriptSource(platform::resourceText)};
+  app::SessionStore sessionStore_{files_, files_};
+  web::WebServices services_;
+  GtkStack* stack_;
+  app::WindowManager manager_;
+  support::FakeJMAPClient client_;
+  jmap::MailQueries mail_{client_, settings_, [] {}};
+  highlights::HighlightStore store_{files_, files_};
+  highlights::HighlightService service_{manager_, mail_, store_, settings_, panels_};
+};
+
+async::Task<void> measure(Tabs& tabs) {
+  co_await tabs.open();
+  std::vector<double> times;
+  for (int round = -warmUpRounds; round < rounds; ++round) {
+    tabs.highlightOneMore(round + warmUpRounds);
+    const double time = co_await tabs.push();
+    if (round >= 0)
+      times.push_back(time);
+    co_await async::sleep(50ms);
+  }
+  fmt::print("{{\"push\": {:.2f}, \"slowest\": {:.2f}}}\n", median(times), quantile(times, 1));
+}
+
+} // namespace
+
+int main() {
+  EngineWindow window;
+  support::PageServer server;
+  server.serve("/", mailbox());
+  server.serve("/mail/", mailbox());
+  Tabs tabs(window, server.url("/", "localhost"));
+  runToEnd(measure(tabs));
+  return 0;
+}
