@@ -1,5 +1,5 @@
 // Pages that the program makes of other people's texts, in the real engine.
-#include "WebKitTest.h"
+#include "support/WebKitTest.h"
 
 namespace ondrel::tests {
 namespace {

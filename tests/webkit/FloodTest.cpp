@@ -1,5 +1,5 @@
 // A page that posts more messages than anybody can read.
-#include "WebKitTest.h"
+#include "support/WebKitTest.h"
 
 #include <gtk/gtk.h>
 

@@ -1,5 +1,5 @@
 // Which frame a script message came from, as the engine sees it and whatever the page does.
-#include "WebKitTest.h"
+#include "support/WebKitTest.h"
 
 #include <set>
 

@@ -1,4 +1,4 @@
-#include "WebKitTest.h"
+#include "support/WebKitTest.h"
 
 #include "async/VirtualEventLoop.h"
 #include "platform/linux/WebKitErrors.h"

@@ -1,5 +1,5 @@
 // What a web view does beside loading: state, dialogs, cookies, permissions, its end.
-#include "WebKitTest.h"
+#include "support/WebKitTest.h"
 
 #include <sys/stat.h>
 

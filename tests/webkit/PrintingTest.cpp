@@ -1,6 +1,6 @@
 // What gets onto paper, or into a file in its place.
-#include "WebKitTest.h"
 #include "support/PdfPage.h"
+#include "support/WebKitTest.h"
 
 #include <fstream>
 #include <iterator>

@@ -1,10 +1,10 @@
 // Which frames of a real page reach the program's handlers: the engine and the coordinator together.
-#include "WebKitTest.h"
 #include "jmap/NotificationManager.h"
 #include "settings/AppSettings.h"
 #include "support/FakeApplication.h"
 #include "support/FakeDesktop.h"
 #include "support/FakeNotificationCenter.h"
+#include "support/WebKitTest.h"
 #include "web/WebServices.h"
 #include "web/WebView.h"
 #include "web/WebViewConfiguration.h"

@@ -1,4 +1,4 @@
-#include "WebKitTest.h"
+#include "support/WebKitTest.h"
 
 namespace ondrel::tests {
 
