@@ -15,7 +15,8 @@ class WebView;
 // nothing has been checked but the size (at most largestBody bytes of JSON; larger messages are dropped with
 // a log line).
 struct ScriptMessage {
-  static constexpr std::size_t largestBody = std::size_t{2} << 20;
+  // Room for the highlight of a text of 1 MiB that JSON escapes twice: 7 bytes for some characters.
+  static constexpr std::size_t largestBody = std::size_t{8} << 20;
 
   std::string name;
   boost::json::value body; // null for what JSON can't express

@@ -62,11 +62,13 @@
 
   const log = (text) => console.log(`[Ondrel] highlight${text}`);
 
+  // False when the program can't have it. Without the program there is nobody to tell, and the page is none
+  // the worse for it.
   const post = (message) => {
     try {
-      window.webkit.messageHandlers.ondrel.postMessage(message);
+      return window.webkit.messageHandlers.ondrel.postMessage(message) !== false;
     } catch {
-      // Without the program there is nobody to tell, and the page is none the worse for it.
+      return false;
     }
   };
 
@@ -137,7 +139,7 @@
       this.text = text;
     }
 
-    // The offset of that occurrence, from 0; null for none.
+    // The offset of that occurrence, from 0; null for none, and for an empty text: nobody sees its mark.
     startOf(exact, occurrenceIndex) {
       if (exact === '' || occurrenceIndex < 0) {
         return null;
@@ -516,13 +518,17 @@
     if (!anchor || index < 0) {
       return;
     }
-    currentAnchorsByContainer[index] = [...currentAnchorsByContainer[index] ?? [], anchor];
-    wrapRange(containerEl, range, anchor.id);
-    post({
+    const isSent = post({
       type: 'ondrelHighlightCreate',
       anchorJSON: JSON.stringify(anchor),
       containerIndex: String(index),
     });
+    if (!isSent) {
+      log(': not saved, since the program can\'t take it');  // a mark now would be gone the next time
+      return;
+    }
+    currentAnchorsByContainer[index] = [...currentAnchorsByContainer[index] ?? [], anchor];
+    wrapRange(containerEl, range, anchor.id);
   };
 
   const showButtonFor = (containerEl, range) => {

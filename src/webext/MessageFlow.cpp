@@ -21,12 +21,16 @@ bool MessageFlow::isOpen() const {
   return webkit_web_process_extension_get_page(extension_, pageId_) == page_;
 }
 
-void MessageFlow::post(std::uint64_t frame, GVariant* message) {
+bool MessageFlow::post(std::uint64_t frame, GVariant* message) {
   MessageQueue::Message owned(g_variant_ref_sink(message));
-  if (!isWaiting_)
+  if (!isWaiting_) {
     send(std::move(owned));
-  else if (!held_.add(frame, std::move(owned)) && !std::exchange(toldOfDrop_, true))
+    return true;
+  }
+  const bool isHeld = held_.add(frame, std::move(owned));
+  if (!isHeld && !std::exchange(toldOfDrop_, true))
     note(messages::messagesDropped, nullptr);
+  return isHeld;
 }
 
 void MessageFlow::documentBegan(std::uint64_t frame, bool isMainFrame) {

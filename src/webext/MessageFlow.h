@@ -15,9 +15,9 @@ class MessageFlow {
   MessageFlow(const MessageFlow&) = delete;
   MessageFlow& operator=(const MessageFlow&) = delete;
 
-  // In its turn; a floating message is consumed. What finds no room is dropped, which the program is told of
-  // once.
-  void post(std::uint64_t frame, GVariant* message);
+  // In its turn; a floating message is consumed. False for one that finds no room and is dropped, which the
+  // program is told of once.
+  bool post(std::uint64_t frame, GVariant* message);
   // A new document has begun in the frame: what the former one has not got out by now is dropped, as if it
   // had ended earlier; in the main frame, that of all frames.
   void documentBegan(std::uint64_t frame, bool isMainFrame);

@@ -73,13 +73,13 @@ void PageBridge::documentBegan(WebKitFrame* frame) {
   for (const auto& name : settings_->handlerNames) {
     auto* handler = new Handler{glib::WeakRef<WebKitWebPage>(page_), id, entry.document, name};
     const auto function = glib::adopt(jsc_value_new_function(
-        context.get(), "postMessage", G_CALLBACK(+[](JSCValue* body, Handler* called) {
-          if (const auto page = called->page.lock()) {
-            if (auto* bridge = of(page.get()))
-              bridge->post(*called, body);
-          }
+        context.get(), "postMessage", G_CALLBACK(+[](JSCValue* body, Handler* called) -> gboolean {
+          const auto page = called->page.lock();
+          auto* bridge = page ? of(page.get()) : nullptr;
+          return bridge && bridge->post(*called, body);
         }),
-        handler, [](gpointer data) { delete static_cast<Handler*>(data); }, G_TYPE_NONE, 1, JSC_TYPE_VALUE));
+        handler, [](gpointer data) { delete static_cast<Handler*>(data); }, G_TYPE_BOOLEAN, 1,
+        JSC_TYPE_VALUE));
     installHandler(context.get(), name, function.get());
   }
   arrangeUserScripts(frame, userScripts_);
@@ -108,10 +108,10 @@ void PageBridge::takeUserScripts(WebKitUserMessage* message) {
   }
 }
 
-void PageBridge::post(const Handler& handler, JSCValue* body) {
+bool PageBridge::post(const Handler& handler, JSCValue* body) {
   const auto sender = frame(handler.frame);
   if (!sender || !flow_.isOpen() || frames_.at(handler.frame).document != handler.document)
-    return;
+    return false;
   // Before the body becomes JSON: that runs code of the page, which may take the frame away.
   const auto identity = identityOf(sender.get());
   const auto json = jsonText(body).value_or(std::string());
@@ -119,11 +119,11 @@ void PageBridge::post(const Handler& handler, JSCValue* body) {
     if (!std::exchange(toldOfLargeMessage_, true))
       flow_.note(messages::messageTooLarge,
                  g_variant_new(messages::messageTooLargeFormat, handler.name.c_str(), guint64{json.size()}));
-    return;
+    return false;
   }
-  flow_.post(identity.id, g_variant_new(messages::scriptMessageFormat, handler.name.c_str(), json.c_str(),
-                                        guint64{identity.id}, identity.url.c_str(), identity.origin.c_str(),
-                                        gboolean{identity.isMainFrame}));
+  return flow_.post(identity.id, g_variant_new(messages::scriptMessageFormat, handler.name.c_str(),
+                                               json.c_str(), guint64{identity.id}, identity.url.c_str(),
+                                               identity.origin.c_str(), gboolean{identity.isMainFrame}));
 }
 
 void PageBridge::evaluate(WebKitUserMessage* message) {

@@ -42,7 +42,8 @@ class PageBridge {
   PageBridge(WebKitWebPage* page, std::shared_ptr<const BridgeSettings> settings);
   void forgetDeadFrames();
   glib::Ref<WebKitFrame> frame(std::uint64_t id) const;
-  void post(const Handler& handler, JSCValue* body);
+  // False for what is dropped.
+  bool post(const Handler& handler, JSCValue* body);
   gboolean receive(WebKitUserMessage* message);
   void evaluate(WebKitUserMessage* message);
   void takeUserScripts(WebKitUserMessage* message);

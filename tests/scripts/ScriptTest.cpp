@@ -9,23 +9,30 @@
 
 namespace ondrel::tests {
 
-std::string ScriptTest::read(const std::string& file) {
-  std::ostringstream text;
-  text << std::ifstream(ONDREL_TEST_PAGES "/" + file).rdbuf();
-  return text.str();
+namespace {
+const web::PageScripts& allScripts() {
+  static const web::PageScripts all(scripts::pageScriptSource(resourceText));
+  return all;
 }
+} // namespace
 
 std::shared_ptr<const UserScript> ScriptTest::injected(const std::string& file) {
+  std::ostringstream text;
+  text << std::ifstream(ONDREL_TEST_PAGES "/" + file).rdbuf();
   return std::make_shared<const UserScript>(
-      UserScript{file, read(file), InjectionTime::documentStart, file != "prelude.js"});
+      UserScript{file, text.str(), InjectionTime::documentStart, file != "prelude.js"});
+}
+
+std::vector<std::shared_ptr<const UserScript>> ScriptTest::mainPageScripts() {
+  return allScripts().mainConfiguration()->userScripts;
 }
 
 std::shared_ptr<const UserScript> ScriptTest::pageScript(std::string_view name) {
-  static const web::PageScripts all(scripts::pageScriptSource(resourceText));
-  for (const auto& configuration : {all.mainConfiguration(), all.composeConfiguration()})
-    for (const auto& script : configuration->userScripts)
-      if (script->name == name)
-        return script;
+  auto scripts = mainPageScripts();
+  std::ranges::copy(allScripts().composeConfiguration()->userScripts, std::back_inserter(scripts));
+  for (const auto& script : scripts)
+    if (script->name == name)
+      return script;
   throw std::runtime_error("no page script " + std::string(name));
 }
 
@@ -33,8 +40,12 @@ void ScriptTest::runInPage(const std::string& call, const std::string& what) {
   delegate_.messages.clear();
   const auto started = evaluate(call + "; 0");
   ASSERT_TRUE(started) << started.error().message << "\n" << call;
-  ASSERT_TRUE(waitForMessages(1)) << "never finished: " << what;
-  EXPECT_EQ(std::string(delegate_.messages[0].body.at("failures").as_string()), "") << what;
+  const auto outcome = [this]() -> const boost::json::value* {
+    const auto* body = delegate_.messages.empty() ? nullptr : delegate_.messages.back().body.if_object();
+    return body ? body->if_contains("failures") : nullptr;
+  };
+  ASSERT_TRUE(waitFor(outcome)) << "never finished: " << what;
+  EXPECT_EQ(std::string(outcome()->as_string()), "") << what;
 }
 
 } // namespace ondrel::tests

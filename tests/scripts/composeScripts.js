@@ -6,6 +6,7 @@
   };
 
   // The application's actions, called within an event as the application does it, record that they ran.
+  const act = (name, ...args) => FastMail.router.appController[name](...args);
   const startApplication = () => {
     const action = (name) => function(...args) {
       record.push([name, this === FastMail.router.appController, ...args].join(' '));
@@ -16,40 +17,39 @@
     $('#reply').onclick = () => act('goNewCompose', 4);
     $('#reply').onpointerdown = () => act('goCompose', 5);
   };
-  const act = (name, ...args) => FastMail.router.appController[name](...args);
-  const press = (code, shiftKey = false) => key('', document.body, {code, shiftKey});
-  const click = (id, shiftKey = false) =>
-      $(id).dispatchEvent(new PointerEvent('click', {bubbles: true, cancelable: true, shiftKey}));
-  const down = (Type) => $('#reply').dispatchEvent(new Type('pointerdown'));
+  const type = (code, shiftKey = false) => key('', document.body, {code, shiftKey});
+  const click = (id, shiftKey = false) => press($(id), 'click', {shiftKey});
+  const down = (Type) => press($('#reply'), 'pointerdown', {}, Type);
   const linkTo = (path) => $('#link').href = path;
 
   test('Only a new message opens a window', {...hooked, path: '/mail/Inbox/T1.M4?u=1'}, async () => {
     startApplication();
     await advance(1999);
-    await tells(() => press('KeyC', true), 'compose true 1 2');
+    await tells(() => type('KeyC', true), 'compose true 1 2');
     await tells(() => advance(1), 'composeReady');
     const opened = `compose: ${location.origin}/mail/Inbox/compose?u=1&ui=minimal`;
-    const check = (wanted, action, ...expected) => {
+    for (const [wanted, action, expected] of [
+             [false, () => type('KeyC'), 'compose true 1 2'],
+             [false, () => type('KeyC', true), opened],
+             [false, () => type('KeyX', true), 'compose true 1 2'],
+             [true, () => type('KeyC'), opened],
+             [true, () => type('KeyX'), 'compose true 1 2'],
+             [true, () => down(PointerEvent), opened],
+             [false, () => down(PointerEvent), 'compose true 5'],
+             [true, () => down(MouseEvent), 'compose true 5'],
+             [false, () => click('#link'), 'new true 3'],
+             [false, () => click('#link', true), opened],
+             [true, () => click('#link'), opened],
+             [true, () => click('#reply'), 'new true 4'],
+             [true, () => click('#link', linkTo('/contacts/compose')), 'new true 3'],
+             [true, () => click('#link', linkTo('/mail/settings')), 'new true 3'],
+             // Outside of any event it isn't the user who asks.
+             [true, () => act('goCompose', 6), 'compose true 6'],
+             [false, () => act('goNewCompose', 7), 'new true 7'],
+    ]) {
       composeInWindow = wanted;  // as the program sets it
-      return tells(action, ...expected);
-    };
-    await check(false, () => press('KeyC'), 'compose true 1 2');
-    await check(false, () => press('KeyC', true), opened);
-    await check(false, () => press('KeyX', true), 'compose true 1 2');
-    await check(true, () => press('KeyC'), opened);
-    await check(true, () => press('KeyX'), 'compose true 1 2');
-    await check(true, () => down(PointerEvent), opened);
-    await check(false, () => down(PointerEvent), 'compose true 5');
-    await check(true, () => down(MouseEvent), 'compose true 5');
-    await check(false, () => click('#link'), 'new true 3');
-    await check(false, () => click('#link', true), opened);
-    await check(true, () => click('#link'), opened);
-    await check(true, () => click('#reply'), 'new true 4');
-    await check(true, () => click('#link', linkTo('/contacts/compose')), 'new true 3');
-    await check(true, () => click('#link', linkTo('/mail/settings')), 'new true 3');
-    // Outside of any event it isn't the user who asks.
-    await check(true, () => act('goCompose', 6), 'compose true 6');
-    await check(false, () => act('goNewCompose', 7), 'new true 7');
+      await tells(action, expected);
+    }
   });
 
   const addressing = (path, address, ...complaint) =>
@@ -58,7 +58,7 @@
         delete FastMail.router.appController.goNewCompose;
         await tells(() => advance(2000), ...complaint, 'composeReady');
         history.pushState(null, '', '/elsewhere/now');
-        await tells(() => press('KeyC', true), `compose: ${address}&ui=minimal`);
+        await tells(() => type('KeyC', true), `compose: ${address}&ui=minimal`);
         await tells(() => act('goNewCompose'));
       });
   const {origin} = location;
@@ -67,30 +67,29 @@
   const complaint = 'Failed to transform URL: No path segments found';
   addressing('/', '', `consoleLog: [log] ${complaint}`, complaint);
 
-  test(
-      'A page without the application goes on', {...hooked, html: '<iframe src=/frame></iframe>'},
-      async () => {
-        same([composeInWindow, $('iframe').contentWindow.composeInWindow], [false, false]);
-        await advance(10000);
-        await tells(
-            settle, 'consoleLog: [unhandledrejection] ReferenceError: Can\'t find variable: FastMail');
-      });
+  const framed = {...hooked, html: '<iframe src=/frame></iframe>'};
+  test('A page without the application goes on', framed, async () => {
+    same([composeInWindow, $('iframe').contentWindow.composeInWindow], [false, false]);
+    await tells(
+        () => advance(10000),
+        'consoleLog: [unhandledrejection] ReferenceError: Can\'t find variable: FastMail');
+  });
 
   test('A toast tells of a discarded draft', {scripts: ['discardWatcherScript']}, async () => {
     const toast = (text) => `<p class=v-Notification-message> ${text} </p>`;
-    await tells(() => show(toast('Discarded draft')), 'discardClicked');
+    const [draft, nothing] = [toast('Discarded draft'), 'Discarded draft'];
     await tells(() => show(toast('Discarded 2 drafts')), 'discardClicked');
-    await tells(() => show(`<div><div>${toast('Discarded draft')}</div></div>`), 'discardClicked');
-    await tells(
-        () => [1, 2].forEach(() => show(toast('Discarded draft'))), 'discardClicked', 'discardClicked');
-    await tells(() => show(toast('Your draft is not Discarded')));
-    await tells(() => show(toast('Discarded changes')));
-    await tells(() => show('<p>Discarded draft</p>'));
-    await tells(() => document.body.append('Discarded draft', document.createComment('draft')));
+    await tells(() => show(`<div><div>${draft}</div></div>`), 'discardClicked');
+    await tells(() => [show(draft), show(draft)], 'discardClicked', 'discardClicked');
+    for (const html
+             of [toast('Your draft is not Discarded'), toast('Discarded changes'), `<p>${nothing}</p>`]) {
+      await tells(() => show(html));
+    }
+    await tells(() => document.body.append(nothing, document.createComment(nothing)));
     await tells(() => show('<div class=v-Notification-action><b id=undo>Undo</b></div>'));
     $('#undo').onclick = (event) => event.stopPropagation();
     await tells(() => $('#undo').click(), 'discardUndone');
-    await tells(() => document.body.click(document.dispatchEvent(new MouseEvent('click'))));
+    await tells(() => document.body.click(press(document, 'click')));
   });
 
   const withDraft = (draft) => window.FastMail = {router: {appController: {draft}}};
@@ -100,65 +99,54 @@
   };
   test('Only a message that can be sent is told of', sending, async () => {
     $('#send').onclick = (event) => event.stopPropagation();
-    const send = (draft, ...expected) => tells(() => {
-      withDraft(draft);
-      $('#send').click();
-      $('#other').click();
-      document.dispatchEvent(new MouseEvent('click'));
-    }, ...expected);
     const [subject, to] = ['S', ['a']];
-    await send({subject, to}, 'sendClicked');
-    await send({subject: ' ', to});
-    await send({subject, to: []});
-    await send({subject, to: 'a'});
-    await send({subject: {trim: () => 'S'}, to});
-    await send(null);
+    const trim = () => subject;
+    const drafts = [{subject: ' ', to}, {subject, to: []}, {subject, to: 'a'}, {subject: {trim}, to}, null];
+    for (const [draft, ...expected] of [[{subject, to}, 'sendClicked'], ...drafts.map((each) => [each])]) {
+      withDraft(draft);
+      await tells(() => ['#send', '#other'].map((id) => press($(id), 'click')), ...expected);
+    }
+    await tells(() => press(document, 'click'));
   });
 
   const dialog = '<b class=v-Compose-sendDialog></b>';
-  for (const html of [dialog, `<div><p></p><i>${dialog}</i></div>`]) {
-    for (const to of [[1], []]) {
+  const telling = (html, to, ...expected) =>
       test(`The send dialog tells once: ${html} ${to}`, sending, async () => {
         withDraft({subject: 'S', to});
         await tells(() => document.body.append('text', element('<p>no dialog</p>')));
-        await tells(() => document.body.append('text', element(html)), ...to.map(() => 'sendClicked'));
+        await tells(() => document.body.append('text', element(html)), ...expected);
         withDraft({subject: 'S', to: [1]});
         await tells(() => show(html));
         await tells(() => [1, 2].forEach(() => $('.s-send').click()), 'sendClicked', 'sendClicked');
       });
-    }
-  }
+  telling(dialog, [1], 'sendClicked');
+  telling(`<div><p></p><i>${dialog}</i></div>`, []);
+  telling(`<div><p></p><i>${dialog}</i></div>`, [1], 'sendClicked');
 
   const editor = `<section id=compose><button id=close><svg class='v-Icon i-close'></svg></button>
     <button id=keep><svg class='v-Icon i-bold'></svg></button><svg class=i-expand></svg>
     <div class='x v-ContextualSidebar-panel'></div><p id=editor>text</p></section>`;
-  for (const html of [`<nav>list</nav><div>${editor}</div>`, '<nav>list</nav>']) {
-    test(
-        `A compose page is reduced to the editor: ${html}`, {scripts: ['chromeRemoverScript'], html},
-        async () => {
-          if (!$('#compose')) {
-            show('<p>loading</p>');
-            await settle();
-            same($$('nav, body > p').length, 2, 'left alone');
-            show(`<div>${editor}</div>`);
-            await settle();
-          }
-          const left = [...document.body.children, ...$('#compose').children];
-          same(left.map(({id, tagName}) => id || tagName), ['compose', 'keep', 'svg', 'editor']);
-          // What the application draws later goes as well.
-          $('#compose')
-              .append(
-                  element('<div><button><i><svg class="i-sidebar"></svg></i></button></div>'),
-                  element('<button><svg class="i-expand"></svg></button>'),
-                  element('<b class=v-ContextualSidebar></b>'));
-          await settle();
-          same(
-              $('#editor').nextSibling.outerHTML + $('#compose').lastChild.outerHTML,
-              '<div></div><div></div>');
-          // What is put beside the editor stays: toasts among others.
-          show('<p id=toast>x</p>');
-          await settle();
-          same(document.body.children.length, 2);
-        });
-  }
+  const reducing = (html, late) => test(
+      `A compose page is reduced to the editor: ${html}`, {scripts: ['chromeRemoverScript'], html},
+      async () => {
+        const shows = (more) => settle(show(more));
+        if (late) {
+          await shows('<p>loading</p>');
+          same($$('nav, body > p').length, 2, 'left alone');
+          await shows(late);
+        }
+        const left = [...document.body.children, ...$('#compose').children];
+        same(left.map(({id, tagName}) => id || tagName), ['compose', 'keep', 'svg', 'editor']);
+        // What the application draws later goes as well.
+        const later = ['<i><svg class="i-sidebar"></svg></i>', '<svg class="i-expand"></svg>'].map(
+            (icon) => `<div><button>${icon}</button></div>`);
+        $('#compose').append(...[...later, '<div><b class=v-ContextualSidebar></b></div>'].map(element));
+        await settle();
+        same($$('#editor ~ *').map(({innerHTML}) => innerHTML), ['', '', '']);
+        // What is put beside the editor stays: toasts among others.
+        await shows('<p id=toast>x</p>');
+        same(document.body.children.length, 2);
+      });
+  reducing(`<nav>list</nav><div>${editor}</div>`);
+  reducing('<nav>list</nav>', `<div>${editor}</div>`);
 }

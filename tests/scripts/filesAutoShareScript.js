@@ -1,19 +1,19 @@
 // A file that is too large becomes a link.
 {
+  const row = 'u-flex u-flex-wrap u-m-0 u-hideifempty';
   const options = {
     scripts: ['filesAutoShareScript', 'filesAutoShareScript'],  // injected twice, it works once
-    html:
-        `<section class=v-Compose><div class='u-flex u-flex-wrap u-m-0 u-hideifempty'></div><div id=body></div>
-           </section>`,
+    html: `<section class=v-Compose><div class='${row}'></div><div id=body></div></section>`,
   };
   const refusal = '"File too large" modal detected for: ';
   const linkUrl = 'https://share.example/x?a=1&b="2"';
-  const shared = (name, url = linkUrl) => `Shared via Fastmail Files: ${name} - ${url}`;
+  const shared = (name) => `Shared via Fastmail Files: ${name} - ${linkUrl}`;
   const sorry = (name) => `Could not share "${name}" via Fastmail Files — attach it manually.`;
+  const reports = (outcome, name, reason = '') => `ondrelFilesAutoShare: ${outcome}, ${name}, ${reason}`;
+  shorten = (line) => line.replace(/^\[Ondrel\] files-auto-share: /, '');
 
   // The application's storage. The case decides when an upload ends (`finish`) and what is missing.
-  let uploads, nodes, inputs;
-  let makesLinks = true;
+  let [uploads, nodes, inputs, makesLinks] = [[], [], 0, true];
   const node = (values) => ({
     get: (name) => values[name],
     set(name, value) {
@@ -45,21 +45,9 @@
   };
   const body = () => $('textarea')?.value ?? $('#body > div').innerHTML;
   const chip = () => $('.v-ComposeAttachment');
-  const removeChip = () => {
-    const click = new MouseEvent('click', {cancelable: true});
-    $('.v-ComposeAttachment-remove').dispatchEvent(click);
-    same(click.defaultPrevented, true);
-  };
-
-  // What was posted and logged, the script's own lines without their beginning.
-  const lines = () => told().map((line) => line.replace(/^\[Ondrel\] files-auto-share: /, ''));
-  const does = async (action, ...expected) => {
-    await action();
-    same(lines(), expected, String(action));
-  };
+  const removeChip = () => same(press($('.v-ComposeAttachment-remove'), 'click'), true);
   const start = () => {
-    same(told(), [`[Ondrel] files-auto-share: script installed on ${location.href}`]);
-    [uploads, nodes, inputs] = [[], [], 0];
+    same(told(), [`script installed on ${location.href}`]);
     window.FastMail = {
       store: {getAll: (type) => type === StorageNode ? nodes : null},
       router: {
@@ -87,18 +75,16 @@
   };
   const textFor = (name) =>
       `Cannot attach file ${name}. The total size of attached files cannot exceed 70MB.`;
-  const modal = (title, text) => {
-    const shown =
-        element('<div class="v-Dialog u-modal" role=alertdialog><h1></h1><p class=u-trim></p></div>');
-    shown.querySelector('h1').textContent = ` ${title} `;
-    shown.querySelector('p').textContent = `\n${text}\n`;
-    const holder = document.createElement('div');
-    holder.append(shown);
+  const modal = (text, title = 'File too large') => {
+    const holder = element(`<div><div class="v-Dialog u-modal" role=alertdialog><h1></h1><p class=u-trim></p>
+        </div></div>`);
+    const shown = holder.firstChild;
+    [shown.children[0].textContent, shown.children[1].textContent] = [` ${title} `, `\n${text}\n`];
     document.body.append(holder);
     return shown;
   };
   const refuse = async (name) => {
-    const shown = modal('File too large', textFor(name));
+    const shown = modal(textFor(name));
     await settle();
     return shown;
   };
@@ -117,65 +103,57 @@
     const shown = await refuse('big.zip');
     same([...shown.children].map((child) => child.textContent), [
       'Uploading via Fastmail Files',
-      '"big.zip" is too large to attach directly. Ondrel is uploading it to Fastmail Files and will add a share link ' +
-          'to your email automatically.',
+      '"big.zip" is too large to attach directly. Ondrel is uploading it to ' +
+          'Fastmail Files and will add a share link to your email automatically.'
     ]);
-    await does(
+    await tells(
         () => advance(1000), 'captured file via change: big.zip (12 bytes)', `${refusal}big.zip`,
         'processing oversized attachment: big.zip',
-        'uploadToCurrent threw (expected — it tries to notify a UI view that is not mounted, after already starting ' +
-            'the upload): TypeError: no view');
+        'uploadToCurrent threw (expected — it tries to notify a UI view that is not mounted, after already ' +
+            'starting the upload): TypeError: no view');
     same(uploads, ['big.zip 12 true']);
-    same(
-        $('.u-hideifempty').innerHTML,
-        `<div class="v-ComposeAttachment" data-ondrel-files-chip="big.zip">
-      <div class="u-flex u-relative u-items-center">
-      <svg viewBox="0 0 24 24" class="u-standardicon v-Icon i-attachment u-sq-20 u-ml-2" role="presentation">
-      <path d="M9.42,13l6.23-6.19c1.13-1.13,2.22-1.2,3-.43.61.61,1.08,1.74-.22,3l-7.94,7.89a3.36,3.36,0,0,1-4.75,0h0a
-      3.33,3.33,0,0,1,0-4.72l6.84-6.8"></path></svg><span class="v-ComposeAttachment-label">big.zip</span>
-      <p class="v-ComposeAttachment-size"><span class="ondrel-files-spinner"></span>Uploading via Fastmail Files…</p>
-      <span class="v-ComposeAttachment-divider"></span><button class="v-Button v-ComposeAttachment-remove" type="button"
-       style="visibility: hidden;"><svg viewBox="0 0 24 24" fill="none" stroke="currentColor" stroke-linecap="round"
-       stroke-linejoin="round" stroke-width="1.5" role="presentation" class="v-Icon i-cancel">
-      <line x1="16" y1="8" x2="8" y2="16"></line><line x1="8" y1="8" x2="16" y2="16"></line></svg></button></div></div>`
-            .replace(/\n      /g, ''));
+    const parts = () =>
+        $$('.v-ComposeAttachment > div > *').map((part) => part.outerHTML.replace(/<svg.*<\/svg>/, '~'));
+    const [label, size] = ['class="v-ComposeAttachment-label"', '<p class="v-ComposeAttachment-size">'];
+    const [divider, remove] =
+        ['<span class="v-ComposeAttachment-divider"></span>', 'v-Button v-ComposeAttachment-remove'];
+    same([chip().parentElement.className, ...parts()], [
+      row, '~', `<span ${label}>big.zip</span>`,
+      `${size}<span class="ondrel-files-spinner"></span>Uploading via Fastmail Files…</p>`, divider,
+      `<button class="${remove}" type="button" style="visibility: hidden;">~</button>`
+    ]);
     same(getComputedStyle($('.ondrel-files-spinner')).animationName, 'ondrelFilesSpin');
 
     finish('big.zip');
-    await does(
+    await tells(
         () => advance(1400), `uploaded and shared "big.zip": ${linkUrl}`,
-        'inserted share link for "big.zip" into the open compose',
-        'ondrelFilesAutoShare: success, big.zip, ');
+        'inserted share link for "big.zip" into the open compose', reports('success', 'big.zip'));
     const url = 'https://share.example/x?a=1&amp;b=&quot;2&quot;';
-    same([...chip().firstChild.children].slice(1, 3).map((child) => child.outerHTML), [
-      `<a class="v-ComposeAttachment-label" href="${url}" target="_blank" rel="noopener">big.zip</a>`,
-      '<p class="v-ComposeAttachment-size">via Fastmail Files</p>',
+    same(parts(), [
+      '~', `<a ${label} href="${url}" target="_blank" rel="noopener">big.zip</a>`,
+      `${size}via Fastmail Files</p>`, divider, `<button class="${remove}" type="button" style="">~</button>`
     ]);
-    same([body(), inputs, $('button').style.visibility], [
-      '<p>Hello</p><p data-ondrel-files-share="big.zip">Shared via Fastmail Files: ' +
-          `<a href="${url}">big.zip</a></p><blockquote>old</blockquote>`,
-      1,
-      '',
-    ]);
-    await does(removeChip, 'removed the Fastmail Files share for "big.zip"');
+    const line =
+        `<p data-ondrel-files-share="big.zip">Shared via Fastmail Files: <a href="${url}">big.zip</a></p>`;
+    same([body(), inputs], [`<p>Hello</p>${line}<blockquote>old</blockquote>`, 1]);
+    await tells(removeChip, 'removed the Fastmail Files share for "big.zip"');
     same([chip(), body(), inputs], [null, '<p>Hello</p><blockquote>old</blockquote>', 2]);
   });
 
   test('The link stands above the quote of a plain body', options, async () => {
     start();
     const line = shared('a.zip');
-    const check = async (before, after, removed) => {
+    for (const [before, after, removed] of [
+             ['', line, ''], ['> old', `${line}\n> old`, '> old'],
+             ['Hi\n\nW:\n> old\n-- \nR', `Hi\n\nW:\n\n${line}\n> old\n-- \nR`, 'Hi\n\nW:\n\n> old\n-- \nR'],
+             ['no > quote\n', `no > quote\n\n\n${line}`, 'no > quote\n\n']]) {
       [inputs, nodes] = [0, []];
       plain(before);
       await share('a.zip');
       same([body(), inputs], [after, 1]);
       removeChip();
       same([body(), inputs], [removed, 2]);
-    };
-    await check('', line, '');
-    await check('Hi\n\nW:\n> old\n-- \nR', `Hi\n\nW:\n\n${line}\n> old\n-- \nR`, 'Hi\n\nW:\n\n> old\n-- \nR');
-    await check('> old', `${line}\n> old`, '> old');
-    await check('no > quote\n', `no > quote\n\n\n${line}`, 'no > quote\n\n');
+    }
     // The first line that equals what was written goes, and nothing that the user has changed.
     await share('a.zip');
     ownValue($('textarea'), `x ${line}\n${line}\n${line}`);
@@ -189,43 +167,36 @@
     same([body(), inputs, $('textarea').selectionStart], [`${shared('b')}!\nmine`, 0, 2]);
   });
 
+  const hostile = [
+    '<img src=x onerror=attacked()>.zip', '"quotes" \'and\' `ticks` ] } \\', 'line\nbreak\r\n> quoted',
+    'x'.repeat(10000), 'inv\u202efdp.exe', 'constructor', 'a. The total size is fine'
+  ];
   test('Hostile names are text', options, async () => {
     start();
-    for (const name
-             of ['<img src=x onerror=attacked()>.zip', '"quotes" \'and\' `ticks` ] } \\',
-                 'line\nbreak\r\n> quoted', 'x'.repeat(10000), 'inv\u202efdp.exe', 'constructor',
-                 'a. The total size is fine']) {
-      for (const open of [rich, plain]) {
-        open();
-        nodes = [];
-        const what = `${open} ${name.slice(0, 99)}`;
-        attach(name);
-        const shown = await refuse(name);
-        same(shown.lastChild.textContent.startsWith(`"${name}" is too large`), true, what);
-        const isLabelled = () =>
-            $('.v-ComposeAttachment-label').textContent === name && chip().dataset.ondrelFilesChip === name;
-        same(isLabelled(), true, what);
-        await advance(1000);
-        finish(name);
-        told();
-        await advance(1500);
-        same(
-            [isLabelled(), $('img'), told().at(-1) === `ondrelFilesAutoShare: success, ${name}, `],
-            [true, null, true], what);
-        same(
-            open === rich ? $('#body a').textContent === name && $('#body p').children.length === 1 :
-                            body() === shared(name).replace(/\r\n/g, '\n'),
-            true, what);
-        removeChip();
-        same([body(), chip()], ['', null], what);
-      }
+    for (const [name, open] of hostile.flatMap((each) => [[each, rich], [each, plain]])) {
+      const isLabelled = () =>
+          $('.v-ComposeAttachment-label').textContent === name && chip().dataset.ondrelFilesChip === name;
+      open();
+      nodes = [];
+      attach(name);
+      const shown = await refuse(name);
+      const facts = [shown.children[1].textContent.startsWith(`"${name}" is too large`), isLabelled()];
+      await advance(1000);
+      finish(name);
+      await advance(1500);
+      facts.push(isLabelled(), !$('img'), told().at(-1) === reports('success', name));
+      facts.push(
+          open === rich ? $('#body a').textContent === name && $('#body p').children.length === 1 :
+                          body() === shared(name).replace(/\r\n/g, '\n'));
+      removeChip();
+      same([...facts, body(), chip()], [...facts.map(() => true), '', null], `${open} ${name.slice(0, 99)}`);
     }
   });
 
   const missing = [
     `${refusal}a`,
     'no recently captured File object matches "a" — cannot auto-share it, leaving Fastmail\'s own message as-is',
-    'ondrelFilesAutoShare: error, a, no captured file',
+    reports('error', 'a', 'no captured file'),
   ];
   const taking = (action, ...expected) =>
       test(`The freshest file is taken, once: ${action}`, options, async () => {
@@ -234,77 +205,61 @@
         told();
         const shown = await refuse('a');
         if (expected.length === 0) {
-          same(lines(), missing);
-          same(shown.textContent, ` File too large \n${textFor('a')}\n`, 'the words of the service stay');
+          same(told(), missing);
+          same(shown.children[1].textContent, `\n${textFor('a')}\n`, 'the words of the service stay');
         }
         told();
-        await does(() => refuse('a'), ...missing);  // taken
+        await tells(() => refuse('a'), ...missing);  // taken
         await advance(1000);
         same(uploads, expected);
       });
-  const give = (type, Type, field) =>
-      document.body.dispatchEvent(new Type(type, {bubbles: true, [field]: transfer('a', 4)}));
+  const give = (type, Type, field) => press(document.body, type, {[field]: transfer('a', 4)}, Type);
   taking(() => advance(15000, attach('a', 1)), 'a 1 true');
   taking(() => advance(15001, attach('a', 1)));
   taking(() => attach('b', 1));
   taking(async () => {
-    attach('a', 1);
-    await advance(10000);
-    attach('a', 2);
-    attach('b', 3);
-    await advance(10000);
+    await advance(10000, attach('a', 1));
+    await advance(10000, attach('a', 2), attach('b', 3));
   }, 'a 2 true');
   taking(() => give('drop', DragEvent, 'dataTransfer'), 'a 4 true');
   taking(() => give('paste', ClipboardEvent, 'clipboardData'), 'a 4 true');
-  taking(
-      () => ['change', 'drop', 'paste'].forEach(
-          (type) => document.body.dispatchEvent(new Event(type, {bubbles: true}))));
-
-  test('The newest of a name is taken', options, async () => {
-    start();
-    attach('a', 1);
-    attach('a', 2);
-    await refuse('a');
-    await advance(1000);
-    same(uploads, ['a 2 true']);
-  });
+  taking(() => ['change', 'drop', 'paste'].forEach((type) => press(document.body, type)));
 
   const taken = [`${refusal}a`, 'processing oversized attachment: a'];
-  const misshapen = (text) =>
-      `modal titled "File too large" but message did not match the expected shape: ${text}`;
   const judging = (action, ...expected) =>
       test(`Only the refusal is rewritten: ${action}`, options, async () => {
         start();
         attach('a');
         told();
-        await does(action, ...expected);
+        await tells(action, ...expected);
       });
   judging(async () => {
-    const shown = modal('File too large', textFor('a'));
-    const paragraph = shown.lastChild;
+    const shown = modal(textFor('a'));
+    const [, paragraph] = shown.children;
     paragraph.remove();
     await settle();
     shown.append(paragraph);  // complete now
   }, ...taken);
   judging(async () => {
-    const shown = modal('Something else', textFor('a'));
+    const shown = modal(textFor('a'), 'Something else');
     await settle();
     shown.firstChild.textContent = 'File too large';  // it was judged
   });
   for (const text of ['It is 99MB.', `${textFor('a')} Sorry.`, `Sorry. ${textFor('a')}`]) {
-    judging(() => modal('File too large', text), misshapen(text));
+    judging(
+        () => modal(text),
+        `modal titled "File too large" but message did not match the expected shape: ${text}`);
   }
-  judging(() => modal('File too large', textFor('a').replace('70', '2.5')), ...taken);  // another limit
-  judging(
-      () => refuse('a. The total size of attached files cannot exceed 1'),
-      ...taken);  // the first infix counts
-  judging(() => modal('File too large', textFor('a')).classList.remove('u-modal'));
+  judging(() => modal(textFor('a').replace('70', '2.5')), ...taken);                       // another limit
+  judging(() => refuse('a. The total size of attached files cannot exceed 1'), ...taken);  // the first counts
+  judging(() => modal(textFor('a')).classList.remove('u-modal'));
 
   test('Files are handled one after the other', options, async () => {
     start();
     attach('a');
-    attach('b');
-    modal('File too large', textFor('a'));
+    attach('b', 1);
+    attach('b');  // the newest of a name is taken
+    modal(textFor('a'));
     await refuse('b');
     await advance(5000);
     same([uploads, $$('.v-ComposeAttachment').length], [['a 9 true'], 1]);
@@ -321,17 +276,14 @@
     finish('c');
     await advance(3000);
     await share('a');  // again: it has its chip
+    const late = 'Error: timed out waiting for a share link to be generated for "b"';
     same(told().filter((line) => line.startsWith('ondrel')), [
-      'ondrelFilesAutoShare: success, a, ',
-      'ondrelFilesAutoShare: error, b, Error: timed out waiting for a share link to be generated for "b"',
-      'ondrelFilesAutoShare: success, c, ',
-      'ondrelFilesAutoShare: success, a, ',
+      reports('success', 'a'), reports('error', 'b', late), reports('success', 'c'), reports('success', 'a')
     ]);
     same($$('.v-ComposeAttachment-label').map((label) => label.textContent), ['a', 'c']);
+    const [a, c] = ['a', 'c'].map((name) => `Shared via Fastmail Files: ${name}`);
+    same($$('#body p').map((paragraph) => paragraph.textContent), [a, sorry('b'), c, a]);
     same($$('style').length, 1);
-    const [one, two, three] =
-        ['a', 'b', 'c'].map((name) => name === 'b' ? sorry(name) : `Shared via Fastmail Files: ${name}`);
-    same($$('#body p').map((paragraph) => paragraph.textContent), [one, two, three, one]);
   });
 
   const failing = (reason, prepare, milliseconds = 0, step = 0) =>
@@ -341,14 +293,14 @@
         attach('a');
         prepare();
         await refuse('a');
-        const end = () => lines().filter((line) => /^(failed|ondrel)/.test(line));
+        const end = () => told().filter((line) => /^(failed|ondrel)/.test(line));
         if (step > 0) {
           await advance(milliseconds - step);
           same([end(), chip() !== null], [[], true], 'too early');
         }
         await advance(step);
         const error = `Error: ${reason}`;
-        same(end(), [`failed to auto-share "a": ${error}`, `ondrelFilesAutoShare: error, a, ${error}`]);
+        same(end(), [`failed to auto-share "a": ${error}`, reports('error', 'a', error)]);
         same([chip(), body(), inputs], [null, `<p>${sorry('a')}</p><blockquote>q</blockquote>`, 1]);
       });
   const noInternals = 'FastMail internals not available';
@@ -359,28 +311,11 @@
   failing(
       'FastMail Files classes still not available after loadApp("files")',
       () => FastMail.router.loadApp = () => {});
-  failing(
-      timedOut('the "My Files" root folder to sync'), () => FastMail.store.getAll = () => null.none, 10000,
-      250);
+  const noRoot = timedOut('the "My Files" root folder to sync');
+  failing(noRoot, () => FastMail.store.getAll = () => null.none, 10000, 250);
   failing(timedOut('the upload of "a" to finish'), () => {}, 600750, 1000);
   const finishWithoutLink = () => setTimeout(() => finish('a'), 900, makesLinks = false);
   failing(timedOut('a share link to be generated for "a"'), finishWithoutLink, 11750, 250);
-
-  test('Without an editor only the report goes out', options, async () => {
-    start();
-    delete window.FastMail;
-    $('#body').innerHTML = '';
-    attach('a');
-    await refuse('a');
-    await advance(9999);
-    told();
-    const none = `Error: ${noInternals}`;
-    await does(
-        () => advance(1),
-        'also could not write the error message into compose for "a": Error: timed out waiting for the compose editor to ' +
-            'be present',
-        `ondrelFilesAutoShare: error, a, ${none}`);
-  });
 
   test('It goes on without what it can do without', options, async () => {
     start();
@@ -392,12 +327,22 @@
       throw new Error('late');
     };
     await share('a');
-    const outcome = lines();
-    same([outcome[3], outcome[4], outcome.at(-1), body()], [
+    const [, , , noRow, loading, ...rest] = told();
+    same([noRow, loading, rest.at(-1), body()], [
       'could not show the uploading chip for "a": Error: could not find the attachment chip row',
       'loadApp("files") threw, continuing in case the classes are already available: Error: late',
-      'ondrelFilesAutoShare: success, a, ',
-      `${shared('a')}\n> q`,
+      reports('success', 'a'), `${shared('a')}\n> q`
     ]);
+    // Without an editor only the report goes out.
+    delete window.FastMail;
+    $('#body').innerHTML = '';
+    attach('a');
+    await refuse('a');
+    told(await advance(9999));
+    await tells(
+        () => advance(1),
+        `also could not write the error message into compose for "a": Error: ${
+            timedOut('the compose editor to be present')}`,
+        reports('error', 'a', `Error: ${noInternals}`));
   });
 }

@@ -44,8 +44,10 @@
   };
 
   // What a page and its frames have posted, "type" or "type: a, b" with the other fields' values, and logged.
+  // A file can give its lines a shorter form, or none.
   window.record = window === top ? [] : top.record;
-  window.told = () => record.splice(0);
+  window.shorten = (line) => line;
+  window.told = () => record.splice(0).map((line) => shorten(line)).filter((line) => line !== null);
   console.log = (...values) => record.push(values.join(' '));
   const handler = window.webkit.messageHandlers.ondrel;
   const post = handler.postMessage.bind(handler);
@@ -53,6 +55,7 @@
     const values = Object.values(fields).map((value) => typeof value === 'string' ? value : 'NO STRING');
     record.push(type + (values.length > 0 ? `: ${values.join(', ')}` : ''));
   };
+  window.handBackBridge = () => handler.postMessage = post;  // messages go to the program again
 
   // A case: what `body` does and expects on a page with these page scripts, at this path, with this HTML and
   // that of its frame "/frame".
@@ -68,6 +71,14 @@
       failures.push(`${what}\nis ${is}\nand not ${shouldBe}`);
     }
   };
+  // Moves the clock while real time passes.
+  window.until = async (condition) => {
+    for (let i = 0; !condition() && i < 400; ++i) {
+      await fetch('/');
+      await advance(50);
+    }
+    same(Boolean(condition()), true, condition);
+  };
   // Does what the function says and expects the page to tell just this.
   window.tells = async (action, ...expected) => {
     await action();
@@ -76,6 +87,7 @@
   };
   window.run = async (body) => {
     failures = [];
+    await settle();  // what the body does isn't part of the call that starts it
     try {
       await body();
     } catch (error) {
@@ -95,6 +107,19 @@
   window.show = (html) => document.body.append(element(html));
   window.key = (name, target = document.body, more = {}) =>
       target.dispatchEvent(new KeyboardEvent('keydown', {key: name, bubbles: true, ...more}));
+  // Whether the event was taken from the page.
+  window.press = (target, type, more = {}, Type = PointerEvent) =>
+      !target.dispatchEvent(new Type(type, {bubbles: true, cancelable: true, ...more}));
+  // Until a change of the selection is known everywhere.
+  window.painted = (frame = window) =>
+      new Promise((resolve) => requestAnimationFrame(resolve)).then(() => frame.settle());
+  // Compares inline styles, whatever form and order they are written in.
+  window.looks = ({style}, css) => {
+    const expected = document.createElement('p').style;
+    expected.cssText = css;
+    const list = (styles) => [...styles].sort().map((name) => `${name}: ${styles.getPropertyValue(name)}`);
+    same(list(style), list(expected));
+  };
   // Gives a textarea its text and then a property of its own, as frameworks do to hear of changes: only the
   // native setter passes.
   window.ownValue = (textarea, text) => {

@@ -1,5 +1,5 @@
 // Script messages of pages that mean harm, or know no better.
-#include "WebKitTest.h"
+#include "support/WebKitTest.h"
 
 #include <boost/json/serialize.hpp>
 
@@ -54,7 +54,7 @@ TEST_F(HostileMessagesTest, TooDeepAndTooLargeAreDropped) {
   const auto nested = [](int depth) { return std::string(depth, '[') + std::string(depth, ']'); };
   const auto text = [](int size) { return "'x'.repeat(" + std::to_string(size) + ")"; };
   constexpr auto limit = static_cast<int>(ScriptMessage::largestBody);
-  const auto arrived = arrivals({nested(32), nested(33), text(limit - 2), text(limit - 1), text(3 << 20)});
+  const auto arrived = arrivals({nested(32), nested(33), text(limit - 2), text(limit - 1), text(2 * limit)});
   ASSERT_EQ(arrived.size(), 2U);
   EXPECT_EQ(arrived[0], nested(32));
   EXPECT_EQ(arrived[1].size(), ScriptMessage::largestBody) << "with its quotes, the largest that passes";
