@@ -51,7 +51,7 @@ class HighlightService final : public web::HighlightReceiver {
   // Asks first. Marks that are on screen stay until their message is shown again.
   async::Task<void> removeAllHighlights();
 
-  // Sends all highlighted threads to every tab.
+  // Sends all highlighted threads to every tab, in turn; ends without waiting for a page that hangs.
   async::Task<void> pushMailboxMarksToAllWindows();
   // Puts each of these threads into the tag's mailbox or takes it out, as its highlights say.
   async::Task<void> syncAllTags(std::set<std::string> threadIds);

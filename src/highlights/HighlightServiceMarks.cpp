@@ -3,6 +3,7 @@
 #include "app/WindowManager.h"
 #include "base/Json.h"
 #include "highlights/HighlightStore.h"
+#include "highlights/InTurn.h"
 #include "settings/AppSettings.h"
 #include "web/WindowViewModel.h"
 
@@ -11,10 +12,15 @@
 #include <fmt/ranges.h>
 
 #include <algorithm>
+#include <chrono>
 
 namespace ondrel::highlights {
 
 namespace {
+
+// A page that runs its script at all does so sooner. One that hangs is given up only at the deadline of its
+// evaluation, and the other tabs and an import that waits for its end shouldn't feel that.
+constexpr std::chrono::milliseconds patience{500};
 
 std::string description(const platform::ScriptError& error) {
   if (!error.message.empty())
@@ -54,11 +60,10 @@ async::Task<void> HighlightService::pushMailboxMarks(WeakTab weakTab) {
 }
 
 async::Task<void> HighlightService::pushMailboxMarksToAllWindows() {
-  std::vector<WeakTab> tabs;
+  std::vector<async::Task<void>> pushes;
   for (const auto& tab : windowManager_.viewModels())
-    tabs.emplace_back(tab);
-  for (const auto& tab : tabs)
-    co_await pushMailboxMarks(tab);
+    pushes.push_back(pushMailboxMarks(tab));
+  co_await runInTurn(scope_, std::move(pushes), patience);
 }
 
 // Holds the tab until its first turn: a tab that closes right after a change has its thread labelled too.

@@ -20,18 +20,16 @@ std::string base64(std::string_view text) {
 }
 
 struct Decoded {
-  State state;
+  State state = State::working;
   std::vector<ExportedHighlight> highlights;
   int steps = 0;
 };
 
 Decoded decode(const std::string& payload) {
   PayloadDecoder decoder(payload);
-  Decoded result{State::working, {}};
-  while (result.state == State::working) {
+  Decoded result;
+  for (; result.state == State::working; ++result.steps)
     result.state = decoder.step();
-    ++result.steps;
-  }
   result.highlights = decoder.take();
   return result;
 }
@@ -79,86 +77,81 @@ TEST(HighlightPayload, IsFoundInLinearTime) {
   std::string unclosed;
   while (unclosed.size() < 100'000'000)
     unclosed += id;
-  std::string unended = unclosed.substr(0, 20'000'000) + ">";
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_EQ(findPayload(unclosed), std::nullopt);
+  unclosed.resize(20'000'000);
+  EXPECT_EQ(findPayload(unclosed + ">x<"), std::nullopt);
   std::string brackets;
   while (brackets.size() < 20'000'000)
     brackets += id + ">";
-  const auto start = std::chrono::steady_clock::now();
-  for (const auto* document : {&unclosed, &unended, &brackets})
-    EXPECT_EQ(findPayload(*document), std::nullopt);
-  const auto taken = std::chrono::steady_clock::now() - start;
+  EXPECT_EQ(findPayload(brackets + "<"), std::nullopt);
   // Linear it is a second or two in a slow build; otherwise hours.
-  EXPECT_LT(taken, std::chrono::seconds(60));
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(60));
 }
 
-TEST(HighlightPayload, GoesThereAndBack) {
-  const std::vector<ExportedHighlight> highlights = {sample("h1"), sample(R"(x"] , [data-a="\)"), sample("")};
+TEST(HighlightPayload, GoesThereAndBackInSmallSteps) {
+  std::vector<ExportedHighlight> highlights(1000, sample("h"));
+  highlights.push_back(sample(R"(x"] , [data-a="\)"));
+  highlights.push_back(sample(""));
   const auto payload = encodedPayload(highlights);
   EXPECT_EQ(payload.find_first_not_of("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/="),
             payload.npos);
   const auto decoded = decode(payload);
   EXPECT_EQ(decoded.state, State::done);
   EXPECT_EQ(decoded.highlights, highlights);
+  EXPECT_GE(decoded.steps, 1000);
   EXPECT_EQ(encodedPayload({}), base64("[]"));
-  const auto none = decode(encodedPayload({}));
-  EXPECT_EQ(none.state, State::done);
-  EXPECT_TRUE(none.highlights.empty());
 }
 
 TEST(HighlightPayload, IsDecodedStrictly) {
   const std::string good =
       R"({"messageId":"1@x","highlight":{"id":"h","threadId":"T","exact":"e","prefix":"",)"
       R"("suffix":"","occurrenceIndex":0,"createdAt":1}})";
-  const auto without = [&](const std::string& part) {
-    auto text = good;
-    text.erase(text.find(part), part.size());
-    return "[" + text + "]";
-  };
   const auto with = [&](const std::string& part, const std::string& other) {
     auto text = good;
     return "[" + text.replace(text.find(part), part.size(), other) + "]";
   };
-  struct Case {
-    std::string json;
-    State state;
-    std::size_t count = 0;
+  const std::pair<std::string, std::size_t> accepted[] = {
+      {" [ \n" + good + "\t,\r\n " + good + " ] \n", 2},
+      {with(R"("createdAt":1)", R"("createdAt":1.5e3,"more":[{"a":"]}\"["}])"), 1},
+      {"[]", 0},
+      {" [ ] ", 0},
   };
-  const Case cases[] = {
-      {"[" + good + "]", State::done, 1},
-      {" [ \n" + good + "\t,\r\n " + good + " ] \n", State::done, 2},
-      {"[]", State::done},
-      {" [ ] ", State::done},
-      {with(R"("createdAt":1)", R"("createdAt":1.5e3,"more":[{"a":"]}\"["}])"), State::done, 1},
-      {without(R"(,"createdAt":1)"), State::corrupted},
-      {without(R"("messageId":"1@x",)"), State::corrupted},
-      {with(R"("1@x")", "1"), State::corrupted},
-      {with(R"("occurrenceIndex":0)", R"("occurrenceIndex":0.5)"), State::corrupted},
-      {with(R"("createdAt":1)", R"("createdAt":1e999)"), State::corrupted},
-      {with(R"("e")", "\"\xFF\""), State::corrupted},
-      {with(R"("e")", R"("\ud800")"), State::corrupted},
-      {"[" + good + ",{}]", State::corrupted},
-      {"[" + good + ",]", State::corrupted},
-      {"[," + good + "]", State::corrupted},
-      {"[" + good + " " + good + "]", State::corrupted},
-      {"[" + good, State::corrupted},
-      {"[" + good + "]]", State::corrupted},
-      {"[" + good + "] x", State::corrupted},
-      {"[" + good + "}", State::corrupted},
-      {"[" + good.substr(0, good.size() - 1) + "]]", State::corrupted},
-      {"[" + good + ",\"", State::corrupted},
-      {"[\"\\", State::corrupted},
-      {good, State::corrupted},
-      {"{}", State::corrupted},
-      {"", State::corrupted},
-      {"null", State::corrupted},
-      {std::string(1 << 20, '['), State::corrupted},
-      {"[" + std::string(100'000, '{') + "]", State::corrupted},
-      {"[\"" + std::string(17 << 20, 'x') + "\"]", State::corrupted},
-  };
-  for (const auto& [json, state, count] : cases) {
+  for (const auto& [json, count] : accepted) {
     const auto decoded = decode(base64(json));
-    EXPECT_EQ(decoded.state, state) << json.substr(0, 300);
-    EXPECT_EQ(decoded.highlights.size(), count) << json.substr(0, 300);
+    EXPECT_EQ(decoded.state, State::done) << json;
+    EXPECT_EQ(decoded.highlights.size(), count) << json;
+  }
+  const std::string corrupted[] = {
+      with(R"(,"createdAt":1)", ""),
+      with(R"("messageId":"1@x",)", ""),
+      with(R"("1@x")", "1"),
+      with(R"("occurrenceIndex":0)", R"("occurrenceIndex":0.5)"),
+      with(R"("createdAt":1)", R"("createdAt":1e999)"),
+      with(R"("e")", "\"\xFF\""),
+      with(R"("e")", R"("\ud800")"),
+      "[" + good + ",{}]",
+      "[" + good + ",]",
+      "[," + good + "]",
+      "[" + good + " " + good + "]",
+      "[" + good,
+      "[" + good + "]]",
+      "[" + good + "] x",
+      "[" + good + "}",
+      "[" + good.substr(0, good.size() - 1) + "]]",
+      "[" + good + ",\"",
+      "[\"\\",
+      good,
+      "{}",
+      "",
+      std::string(1 << 20, '['),
+      "[" + std::string(100'000, '{') + "]",
+      "[" + good.substr(0, good.size() - 2) + ",\"more\":\"" + std::string(17 << 20, 'x') + "\"}}]",
+  };
+  for (const auto& json : corrupted) {
+    const auto decoded = decode(base64(json));
+    EXPECT_EQ(decoded.state, State::corrupted) << json.substr(0, 300);
+    EXPECT_TRUE(decoded.highlights.empty()) << json.substr(0, 300);
   }
 
   for (const auto* notBase64 :
@@ -171,13 +164,6 @@ TEST(HighlightPayload, IsDecodedStrictly) {
   EXPECT_EQ(decode(megabyte + base64("[]")).state, State::notBase64);
   EXPECT_EQ(decode(base64("x" + std::string(786'431, ' ')) + "!").state, State::notBase64);
   EXPECT_EQ(decode(base64("[" + std::string(786'431, ' ')) + base64("]")).state, State::done);
-}
-
-TEST(HighlightPayload, IsWorkedOnInSmallSteps) {
-  const std::vector<ExportedHighlight> highlights(5000, sample("h"));
-  const auto decoded = decode(encodedPayload(highlights));
-  EXPECT_EQ(decoded.highlights.size(), highlights.size());
-  EXPECT_GE(decoded.steps, 5000);
 }
 
 } // namespace

@@ -1,4 +1,5 @@
 #include "HighlightWorld.h"
+#include "highlights/InTurn.h"
 
 namespace ondrel::highlights {
 namespace {
@@ -27,16 +28,57 @@ TEST_F(MarksAndTagsTest, EveryTabGetsAllThreads) {
   second->evaluations.clear();
   store.add({"h", "T\"2", "x", "", "", 0, 1}, "x@x");
   showThread();
-  page->answer = [](const std::string&) -> platform::ScriptResult {
+  std::vector<std::size_t> evaluations; // of both, whenever one has answered
+  const auto note = [&] { evaluations.push_back(page->evaluations.size() + second->evaluations.size()); };
+  page->answer = [&](const std::string&) -> platform::ScriptResult {
+    note();
     return std::unexpected(platform::ScriptError{platform::ScriptError::Kind::exception, "no such function"});
   };
-  second->answer = [](const std::string&) -> platform::ScriptResult { return boost::json::value(2); };
+  second->answer = [&](const std::string&) -> platform::ScriptResult {
+    note();
+    return boost::json::value(2);
+  };
   create("h1", "0");
   EXPECT_EQ(page->evaluations, Lines{call(R"(["T\"2","T1"])")});
   EXPECT_EQ(second->evaluations, page->evaluations);
+  EXPECT_EQ(evaluations, (std::vector<std::size_t>{1, 2})) << "in turn";
   EXPECT_EQ(shell.log.count("error system: pushMailboxMarks: evaluateJavaScript failed: no such function"),
             1);
   EXPECT_EQ(shell.log.count("info system: pushMailboxMarks: pushed 2 threadId(s) T\"2,T1, JS returned 2"), 1);
+}
+
+// Sleeps, and notes when it has begun and ended.
+async::Task<void> push(std::vector<std::string>* log, std::string name, async::Duration duration) {
+  log->push_back(name);
+  const bool slept = co_await async::sleep(duration);
+  log->push_back(name + (slept ? " ended" : " cancelled"));
+}
+
+TEST_F(MarksAndTagsTest, OnePageThatHangsDelaysTheOthersALittle) {
+  using namespace std::chrono_literals;
+  Lines log;
+  const auto pushes = [&log] {
+    std::vector<async::Task<void>> tasks;
+    tasks.push_back(push(&log, "quick", 100ms));
+    tasks.push_back(push(&log, "hung", 10s));
+    tasks.push_back(push(&log, "last", 100ms));
+    return tasks;
+  };
+  async::Scope scope;
+  async::Scope callers;
+  const auto call = callers.spawn(runInTurn(scope, pushes(), 500ms));
+  shell.loop.advance(700ms);
+  EXPECT_EQ(log, (Lines{"quick", "quick ended", "hung", "last", "last ended"}));
+  EXPECT_TRUE(call.done());
+  shell.loop.advance(10s);
+  EXPECT_EQ(log.back(), "hung ended");
+
+  log.clear();
+  callers.spawn(runInTurn(scope, pushes(), 500ms));
+  shell.loop.advance(200ms);
+  callers.cancelAll();
+  shell.loop.advance(10s);
+  EXPECT_EQ(log, (Lines{"quick", "quick ended", "hung", "hung ended"})) << "what began goes on alone";
 }
 
 TEST_F(MarksAndTagsTest, AThreadIsLabelledWhileItHoldsHighlights) {
@@ -102,10 +144,12 @@ TEST_F(MarksAndTagsTest, TheListOfTheMomentIsLabelled) {
   tab->highlightThreadEmails = {{"M1", "a@x"}};
   client.answerNext(updated);
   postAlone({{"type", "ondrelHighlightCreate"}, {"anchorJSON", anchor("h2")}, {"containerIndex", "0"}});
+  const std::weak_ptr weak = tab;
   shell.application.last()->close();
   tab.reset();
   page.reset();
   shell.settle();
+  EXPECT_TRUE(weak.expired());
   EXPECT_EQ(requests(), Lines{"Email/set"}) << "also when the tab closes at once";
 }
 
@@ -141,6 +185,7 @@ TEST_F(MarksAndTagsTest, RemovingAllAsksFirst) {
   EXPECT_TRUE(store.byMessageId().empty());
   EXPECT_EQ(shell.files.files["/data/highlights.json"], "{}");
   EXPECT_EQ(page->evaluations, Lines{call("[]")}) << "marks on screen stay";
+  EXPECT_TRUE(lines().front().starts_with("info system: pushMailboxMarks: ")) << "before the labels";
   EXPECT_EQ(requests(), (Lines{"Thread/get", "Email/get", "Mailbox/get", "Email/set", "Thread/get",
                                "Thread/get", "Email/get", "Email/set"}));
   EXPECT_TRUE(shell.log.anyStartsWith(
