@@ -161,6 +161,7 @@ CommandGroup BrowserCommands::general() {
         .accelerators = {"<Control>l"},
         .perform = [this] { toggleHidingOnLoseFocus(); },
         .checkedWhen = whenHidingOnLoseFocus()},
+       {.title = "Settings…", .accelerators = {"<Control>comma"}, .perform = actions_.showSettings},
        {.title = "Keyboard Shortcuts",
         .accelerators = {"<Control>question"},
         .perform = actions_.showShortcuts},

@@ -37,6 +37,7 @@ class BrowserCommands {
     std::function<void()> exportHighlights;
     std::function<void()> importHighlights;
     std::function<void()> removeAllHighlights;
+    std::function<void()> showSettings;
     std::function<void()> showShortcuts;
     std::function<void()> showAbout;
   };

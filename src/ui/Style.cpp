@@ -13,6 +13,8 @@ constexpr const char* rules = R"(
 .mouse-over > label { padding: 5px 12px; }
 .download { padding: 8px 12px; }
 .load-problem { padding: 9px 12px; }
+.invalid-setting .subtitle { color: @error_color; opacity: 1; }
+.setup-command { background-color: alpha(currentColor, .06); border-radius: 6px; padding: 9px 12px; }
 )";
 
 } // namespace

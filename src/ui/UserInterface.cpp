@@ -3,6 +3,7 @@
 #include "app/WindowManager.h"
 #include "highlights/HighlightTransfer.h"
 #include "platform/Application.h"
+#include "platform/Workspace.h"
 #include "settings/AppSettings.h"
 #include "ui/AboutWindow.h"
 #include "ui/ShortcutsWindow.h"
@@ -21,6 +22,11 @@ UserInterface::UserInterface(const Services& services)
            .exportHighlights = [this] { scope_.spawn(services_.highlightTransfer.exportHighlights()); },
            .navigate = services_.navigate}),
       importProgress_(services_.highlightTransfer, [this] { return activeWindow(); }),
+      settingsWindow_({.settings = services_.settings,
+                       .mail = services_.mail,
+                       .mcp = services_.mcpSettings,
+                       .openURL = [this](const std::string& url) { services_.workspace.open(url); }},
+                      services_.toolkitApplication, [this] { return activeWindow(); }),
       commands_(services_.application, services_.windows, services_.settings, services_.highlights, keyTab_,
                 services_.bundle, commandActions()),
       groups_(commands_.table()), actions_(services_.toolkitApplication, groups_), menu_(groups_),
@@ -39,6 +45,7 @@ BrowserCommands::Actions UserInterface::commandActions() {
           .exportHighlights = [this] { scope_.spawn(services_.highlightTransfer.exportHighlights()); },
           .importHighlights = [this] { scope_.spawn(services_.highlightTransfer.importHighlights()); },
           .removeAllHighlights = [this] { scope_.spawn(services_.removeAllHighlights()); },
+          .showSettings = [this] { settingsWindow_.show(); },
           .showShortcuts = [this] { presentShortcuts(groups_, activeWindow()); },
           .showAbout =
               [this] {

@@ -10,6 +10,7 @@
 #include "ui/ImportProgressWindow.h"
 #include "ui/KeyTab.h"
 #include "ui/PrimaryMenu.h"
+#include "ui/SettingsWindow.h"
 
 #include <functional>
 #include <optional>
@@ -20,6 +21,10 @@ namespace ondrel::highlights {
 class HighlightStore;
 class HighlightTransfer;
 } // namespace ondrel::highlights
+
+namespace ondrel::platform {
+class Workspace;
+}
 
 namespace ondrel::ui {
 
@@ -33,6 +38,9 @@ class UserInterface {
     app::WindowManager& windows;
     settings::AppSettings& settings;
     platform::WebViewFactory& webViews;
+    platform::Workspace& workspace;
+    jmap::MailQueries& mail;
+    mcp::MCPSettingsModel& mcpSettings;
     highlights::HighlightStore& highlights;
     highlights::HighlightTransfer& highlightTransfer;
     std::function<async::Task<void>()> removeAllHighlights; // asks first
@@ -55,6 +63,7 @@ class UserInterface {
   KeyTab keyTab_;
   HighlightsWindow highlightsWindow_;
   const ImportProgressWindow importProgress_;
+  SettingsWindow settingsWindow_;
   BrowserCommands commands_;
   const std::vector<CommandGroup> groups_;
   const CommandActions actions_;

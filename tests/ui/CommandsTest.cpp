@@ -30,6 +30,7 @@ class CommandsTest : public ShellTest {
                                  .exportHighlights = [this] { done.push_back("export"); },
                                  .importHighlights = [this] { done.push_back("import"); },
                                  .removeAllHighlights = [this] { done.push_back("remove all"); },
+                                 .showSettings = [] {},
                                  .showShortcuts = [] {},
                                  .showAbout = [] {}});
     groups = commands->table();

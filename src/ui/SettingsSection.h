@@ -1,0 +1,43 @@
+#pragma once
+
+#include <adwaita.h>
+
+#include <functional>
+#include <string>
+
+namespace ondrel::jmap {
+class MailQueries;
+}
+
+namespace ondrel::mcp {
+class MCPSettingsModel;
+}
+
+namespace ondrel::settings {
+class AppSettings;
+}
+
+namespace ondrel::ui {
+
+// What the sections of the settings window stand on; all outlive it.
+struct SettingsServices {
+  settings::AppSettings& settings;
+  jmap::MailQueries& mail;
+  mcp::MCPSettingsModel& mcp;
+  std::function<void(const std::string& url)> openURL; // in the desktop's browser
+};
+
+// A group of rows on a page of the settings window, for as long as the window is open.
+class SettingsSection {
+ public:
+  SettingsSection() = default;
+  virtual ~SettingsSection() = default;
+  SettingsSection(const SettingsSection&) = delete;
+  SettingsSection& operator=(const SettingsSection&) = delete;
+
+  virtual AdwPreferencesGroup* group() = 0; // the window takes it
+  // Stores what was typed and not confirmed: the window closes.
+  virtual void commit() {}
+};
+
+} // namespace ondrel::ui

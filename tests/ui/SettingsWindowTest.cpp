@@ -1,0 +1,248 @@
+#include "ui/SettingsWindow.h"
+
+#include "ShellTest.h"
+#include "jmap/MailQueries.h"
+#include "mcp/MCPServerManager.h"
+#include "mcp/MCPSettingsModel.h"
+#include "mcp/SetupCommand.h"
+#include "support/FakeJMAPClient.h"
+#include "ui/MCPSettingsView.h"
+
+namespace ondrel::ui {
+namespace {
+
+using namespace std::chrono_literals;
+using settings::FastmailEnvironment;
+namespace keys = settings::keys;
+
+class SettingsWindowTest : public ShellTest {
+ protected:
+  void SetUp() override {
+    ShellTest::SetUp();
+    client.session->primaryAccounts.emplace(shell.settings.site().devUserCapability, "u9");
+    answerMode(true);
+  }
+  void TearDown() override {
+    window.reset();
+    ShellTest::TearDown();
+  }
+
+  void answerMode(bool inLabelsMode) {
+    client.answer("ClientPreferences/get",
+                  support::FakeJMAPClient::reply({inLabelsMode ? R"({"list":[{"inLabelsMode":true}]})"
+                                                               : R"({"list":[{"inLabelsMode":false}]})"}));
+  }
+  void open() {
+    window->show();
+    shell.settle();
+  }
+  GtkWidget* root() { return GTK_WIDGET(window->window()); }
+  GtkWidget* row(const char* name) { return find(root(), name); }
+  bool visible(const char* name) { return gtk_widget_get_visible(row(name)); }
+  void clickRow(const char* name) { adw_action_row_activate(ADW_ACTION_ROW(row(name))); }
+  std::string subtitle(const char* name) {
+    const char* text = adw_action_row_get_subtitle(ADW_ACTION_ROW(row(name)));
+    return text ? text : "";
+  }
+  // What is in the row for the user to change.
+  GtkWidget* controlOf(const char* name) {
+    return adw_action_row_get_activatable_widget(ADW_ACTION_ROW(row(name)));
+  }
+  bool isOn(const char* name) { return gtk_switch_get_active(GTK_SWITCH(controlOf(name))); }
+  std::string fieldText(const char* name) { return gtk_editable_get_text(GTK_EDITABLE(controlOf(name))); }
+  void type(const char* name, const char* text) {
+    gtk_editable_set_text(GTK_EDITABLE(controlOf(name)), text);
+  }
+  void pressEnter(const char* name) { g_signal_emit_by_name(controlOf(name), "activate"); }
+  bool says(const std::string& text) {
+    const auto texts = visibleTexts(root());
+    return std::ranges::find(texts, text) != texts.end();
+  }
+
+  support::FakeJMAPClient client;
+  jmap::MailQueries mail{client, shell.settings, [] {}};
+  mcp::MCPServerManager server{shell.settings, shell.files, shell.files, {}}; // never started
+  mcp::MCPSettingsModel mcp{shell.settings, server, shell.clipboard};
+  std::vector<std::string> opened;
+  GtkWindow* parent = nullptr;
+  std::optional<SettingsWindow> window =
+      std::optional<SettingsWindow>(std::in_place,
+                                    SettingsServices{.settings = shell.settings,
+                                                     .mail = mail,
+                                                     .mcp = mcp,
+                                                     .openURL = [this](auto& url) { opened.push_back(url); }},
+                                    nullptr, [this] { return parent; });
+};
+
+TEST_F(SettingsWindowTest, ThereIsOneAndItAsksTheAccountEachTimeItIsOpened) {
+  EXPECT_EQ(window->window(), nullptr);
+  open();
+  auto* first = window->window();
+  EXPECT_STREQ(gtk_window_get_title(first), "Settings");
+  EXPECT_FALSE(gtk_window_get_modal(first));
+  open();
+  EXPECT_EQ(window->window(), first);
+  EXPECT_EQ(client.sent.size(), 1U);
+  gtk_window_close(first);
+  EXPECT_TRUE(runUntil([&] { return window->window() == nullptr; }));
+  shell.settings.set(keys::highlightTagEnabled, true);
+  open();
+  EXPECT_EQ(client.sent.size(), 2U);
+  EXPECT_TRUE(isOn("highlight-tag"));
+  window.reset();
+  shell.settings.set(keys::highlightTagEnabled, false); // nobody is there to follow
+}
+
+TEST_F(SettingsWindowTest, StaysWhenTheWindowInFrontOfWhichItWasOpenedGoes) {
+  showWidget(gtk_drawing_area_new());
+  parent = topLevels.back().get();
+  open();
+  EXPECT_EQ(gtk_window_get_transient_for(window->window()), parent);
+  ASSERT_TRUE(runUntil([&] { return gtk_widget_get_mapped(root()); }));
+  open();
+  // As a top-level goes whose last tab was closed.
+  gtk_widget_set_visible(GTK_WIDGET(parent), FALSE);
+  gtk_window_destroy(std::exchange(parent, nullptr));
+  topLevels.pop_back();
+  for (int turn = 0; turn < 100; ++turn)
+    g_main_context_iteration(nullptr, FALSE);
+  ASSERT_NE(window->window(), nullptr);
+  EXPECT_TRUE(gtk_widget_get_mapped(root()));
+  open();
+  EXPECT_EQ(gtk_window_get_transient_for(window->window()), nullptr);
+}
+
+TEST_F(SettingsWindowTest, LabellingIsTurnedOnByItsRowAndNamed) {
+  open();
+  EXPECT_FALSE(visible("highlight-tag-name"));
+  clickRow("highlight-tag");
+  EXPECT_TRUE(shell.settings.get(keys::highlightTagEnabled));
+  EXPECT_TRUE(isOn("highlight-tag") && visible("highlight-tag-name"));
+  EXPECT_EQ(fieldText("highlight-tag-name"), "Highlighted");
+
+  type("highlight-tag-name", "Marks & <b>");
+  EXPECT_EQ(shell.settings.highlightTagName(), "Marks & <b>");
+  type("highlight-tag-name", "");
+  EXPECT_EQ(shell.defaults.string(keys::highlightTagName.name), "");
+  EXPECT_STREQ(gtk_entry_get_placeholder_text(GTK_ENTRY(controlOf("highlight-tag-name"))), "Highlighted");
+
+  shell.defaults.set(keys::highlightTagName.name, std::string("Elsewhere"));
+  EXPECT_EQ(fieldText("highlight-tag-name"), "Elsewhere");
+  EXPECT_EQ(shell.defaults.string(keys::highlightTagName.name), "Elsewhere") << "to be shown, not stored";
+  shell.settings.set(keys::highlightTagEnabled, false);
+  EXPECT_FALSE(isOn("highlight-tag") || visible("highlight-tag-name"));
+}
+
+TEST_F(SettingsWindowTest, ItsWordsAreThoseOfTheAccount) {
+  shell.settings.set(keys::highlightTagEnabled, true);
+  client.delay = 1s;
+  answerMode(false);
+  client.answerNext(support::FakeJMAPClient::reply({R"({"list":[{"inLabelsMode":false}]})"}));
+  open();
+  const std::string label = "Automatically label highlighted threads in Ondrel";
+  EXPECT_TRUE(says(label) && says("Label name:"));
+  EXPECT_TRUE(hasAccessibleLabel(controlOf("highlight-tag"), label));
+  shell.loop.advance(2s);
+  const std::string folder = "Automatically add highlighted email to Folder";
+  EXPECT_TRUE(says(folder) && says("Folder name:"));
+  EXPECT_TRUE(says("Must match a folder you've already created in Fastmail."));
+  EXPECT_TRUE(hasAccessibleLabel(controlOf("highlight-tag"), folder));
+  EXPECT_TRUE(hasAccessibleLabel(controlOf("highlight-tag-name"), "Folder name"));
+}
+
+TEST_F(SettingsWindowTest, TheServerIsHiddenUntilItIsOfUse) {
+  open();
+  EXPECT_TRUE(says("Claude Code not found on this machine."));
+  for (const auto* name : {"mcp-server", "mcp-port", "mcp-setup-command", "mcp-problem"})
+    EXPECT_FALSE(visible(name)) << name;
+  click(row("mcp-show-anyway"));
+  EXPECT_TRUE(visible("mcp-server"));
+  EXPECT_FALSE(visible("mcp-not-found") || visible("mcp-port") || visible("mcp-setup-command"));
+  EXPECT_EQ(find(root(), "mcp-help"), nullptr) << "there is no page of help";
+
+  clickRow("mcp-server");
+  EXPECT_TRUE(shell.settings.get(keys::mcpServerEnabled));
+  EXPECT_TRUE(visible("mcp-port") && visible("mcp-setup-command"));
+  EXPECT_EQ(fieldText("mcp-port"), "7777");
+  shell.settle();
+  server.problem.set("Port <7777> is in use & busy");
+  EXPECT_TRUE(says("Port <7777> is in use & busy"));
+
+  EXPECT_TRUE(says(mcp::setupCommand(7777)));
+  auto* copy = row("copy-setup-command");
+  click(copy);
+  EXPECT_EQ(shell.clipboard.text, mcp::setupCommand(7777));
+  EXPECT_TRUE(says("Copied") && hasAccessibleLabel(copy, "Copied"));
+  shell.loop.advance(2s);
+  EXPECT_FALSE(says("Copied"));
+  EXPECT_TRUE(hasAccessibleLabel(copy, "Copy setup command"));
+}
+
+TEST_F(SettingsWindowTest, APortIsTakenWhenItIsConfirmedAndRefusedInItsRow) {
+  shell.settings.set(keys::mcpServerEnabled, true);
+  server.claudeCodeDetected.set(true);
+  open();
+  type("mcp-port", "70000");
+  EXPECT_EQ(subtitle("mcp-port"), "") << "not yet";
+  pressEnter("mcp-port");
+  EXPECT_EQ(subtitle("mcp-port"), "Invalid MCP server port: 70000. Choose a port between 1 and 65535.");
+  EXPECT_EQ(mcp.port(), 7777);
+  EXPECT_EQ(fieldText("mcp-port"), "70000") << "to be mended";
+  server.problem.set("something else");
+  EXPECT_EQ(fieldText("mcp-port"), "70000");
+  type("mcp-port", "<b>");
+  EXPECT_EQ(subtitle("mcp-port"), "");
+  pressEnter("mcp-port");
+  EXPECT_TRUE(says("Invalid MCP server port: <b>. Choose a port between 1 and 65535."));
+
+  type("mcp-port", " 8000 ");
+  EXPECT_EQ(mcp.port(), 7777);
+  pressEnter("mcp-port");
+  EXPECT_EQ(mcp.port(), 8000);
+  EXPECT_EQ(fieldText("mcp-port"), "8000");
+  EXPECT_TRUE(says(mcp::setupCommand(8000)));
+  type("mcp-port", "");
+  pressEnter("mcp-port");
+  EXPECT_EQ(fieldText("mcp-port"), "8000") << "nothing was asked for";
+
+  type("mcp-port", "9");
+  shell.defaults.set(keys::mcpServerPort.name, std::int64_t{8001});
+  EXPECT_EQ(fieldText("mcp-port"), "8001") << "whoever sets it";
+  type("mcp-port", "8002");
+  gtk_window_close(window->window());
+  EXPECT_TRUE(runUntil([&] { return window->window() == nullptr; }));
+  EXPECT_EQ(mcp.port(), 8002) << "closing confirms";
+}
+
+TEST_F(SettingsWindowTest, HelpIsThereWhereItHasAPage) {
+  auto site = support::testSite();
+  site.projectFAQURL = "https://project.example/faqs.html#mcp";
+  settings::AppSettings settings(shell.defaults, site);
+  mcp::MCPSettingsModel model(settings, server, shell.clipboard);
+  MCPSettingsView view(model, [this](const std::string& url) { opened.push_back(url); });
+  auto* help = find(GTK_WIDGET(view.group()), "mcp-help");
+  ASSERT_TRUE(help);
+  EXPECT_FALSE(gtk_widget_get_visible(help)) << "with nothing to help with";
+  model.showAnyway();
+  EXPECT_TRUE(gtk_widget_get_visible(help));
+  click(help);
+  EXPECT_EQ(opened, std::vector{site.projectFAQURL});
+}
+
+TEST_F(SettingsWindowTest, EachChoiceOfTheVersionIsToldOnce) {
+  std::vector<FastmailEnvironment> told;
+  const auto watch = shell.settings.fastmailEnvironmentDidChange.subscribe(
+      [&] { told.push_back(shell.settings.currentEnvironment()); });
+  open();
+  auto* version = ADW_COMBO_ROW(row("environment"));
+  EXPECT_EQ(adw_combo_row_get_selected(version), 0U);
+  adw_combo_row_set_selected(version, 1);
+  EXPECT_EQ(told, std::vector{FastmailEnvironment::beta});
+  adw_combo_row_set_selected(version, 1);
+  shell.settings.setEnvironment(FastmailEnvironment::production);
+  EXPECT_EQ(adw_combo_row_get_selected(version), 0U);
+  EXPECT_EQ(told.size(), 1U) << "it only follows";
+}
+
+} // namespace
+} // namespace ondrel::ui
