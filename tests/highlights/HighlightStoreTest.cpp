@@ -89,6 +89,9 @@ TEST_F(HighlightStoreTest, ADamagedFileEmptiesTheStoreAndIsKeptBeforeTheFirstSav
     store->add(highlight("newer"), "m@x");
     EXPECT_EQ(files.files[path + ".damaged-1"], content);
     EXPECT_EQ(files.files.size(), 2U);
+    files.files[path] = "of another";
+    store->add(highlight("newest"), "m@x");
+    EXPECT_EQ(files.files[path + ".other-1"], "of another") << "ours was damaged, not this";
   }
 
   files.files = {{path, "secret"}};
@@ -161,6 +164,12 @@ TEST_F(HighlightStoreTest, WhatAnotherCopyHasSavedIsKept) {
   other.add(highlight("theirs too"), "m@x");
   EXPECT_TRUE(files.files[path + ".other-2"].contains("and this"));
   EXPECT_TRUE(file().contains("theirs too"));
+
+  files.afterRead = [this] { files.files[path] = "put there while it was read"; };
+  open();
+  files.afterRead = nullptr;
+  store->add(highlight("late"), "m@x");
+  EXPECT_EQ(files.files[path + ".other-3"], "put there while it was read");
 }
 
 TEST_F(HighlightStoreTest, EveryTextComesBackAsItWas) {

@@ -10,6 +10,7 @@
 
 #include <boost/json/object.hpp>
 
+#include <functional>
 #include <map>
 #include <string>
 #include <vector>
@@ -115,7 +116,10 @@ class FakeFiles final : public platform::FileStore, public platform::Directories
     const auto found = files.find(path);
     if (found == files.end())
       return std::unexpected(platform::FileError{true, "no such file"});
-    return found->second;
+    const auto content = found->second;
+    if (afterRead)
+      afterRead();
+    return content;
   }
   std::expected<void, platform::FileError> writeAtomically(const std::string& path,
                                                            std::string_view content) override {
@@ -173,6 +177,7 @@ class FakeFiles final : public platform::FileStore, public platform::Directories
   std::map<std::string, std::string> files;
   std::optional<std::string> support = "/data";
   std::string unreadable;
+  std::function<void()> afterRead;
   bool full = false;
   int writes = 0;
 };
