@@ -38,7 +38,8 @@ class Panels {
   static constexpr int firstButton = 1000;
 
   virtual ~Panels() = default;
-  // firstButton plus the position of the button pressed; the last one for Escape.
+  // firstButton plus the position of the button pressed; for Escape that of "Cancel", or of the last one
+  // where there is none.
   virtual async::Task<int> runAlert(Alert alert, std::shared_ptr<Window> parent) = 0;
   virtual async::Task<std::optional<std::string>> runSavePanel(SavePanel panel,
                                                                std::shared_ptr<Window> parent) = 0;

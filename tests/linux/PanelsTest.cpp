@@ -67,7 +67,13 @@ TEST_F(PanelsTest, AnswerWithTheButtonThatWasPressed) {
     EXPECT_TRUE(answered());
     EXPECT_EQ(answer, Panels::firstButton + 1);
 
-    open({"OK"}, a);
+    open({"Cancel", "Remove All"}, nullptr);
+    EXPECT_STREQ(adw_message_dialog_get_default_response(openDialog()), "0");
+    gtk_window_close(GTK_WINDOW(openDialog()));
+    EXPECT_TRUE(answered());
+    EXPECT_EQ(answer, Panels::firstButton) << "who dismisses it doesn't agree";
+
+    open({"Cancel", "Remove All"}, a);
     a->close(); // takes its dialog with it
     EXPECT_TRUE(answered());
     EXPECT_EQ(answer, Panels::firstButton);

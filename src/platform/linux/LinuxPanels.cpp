@@ -35,8 +35,8 @@ class OpenAlert {
 
 class OpenChooser {
  public:
-  OpenChooser(GtkWindow* parent, GtkFileChooserAction action)
-      : native_(glib::adopt(gtk_file_chooser_native_new(nullptr, parent, action, nullptr, nullptr))) {
+  OpenChooser(const char* title, GtkWindow* parent, GtkFileChooserAction action)
+      : native_(glib::adopt(gtk_file_chooser_native_new(title, parent, action, nullptr, nullptr))) {
     gtk_native_dialog_set_modal(GTK_NATIVE_DIALOG(native_.get()), TRUE);
   }
   OpenChooser(const OpenChooser&) = delete;
@@ -86,6 +86,33 @@ std::vector<std::string> labels(std::vector<std::string> buttons) {
   return buttons;
 }
 
+// What Escape answers, and a window that goes: nothing must come of it.
+int dismissing(const std::vector<std::string>& buttons) {
+  const auto cancel = std::ranges::find(buttons, "Cancel");
+  return static_cast<int>(cancel == buttons.end() ? buttons.size() - 1
+                                                  : static_cast<std::size_t>(cancel - buttons.begin()));
+}
+
+void addButtons(AdwMessageDialog* dialog, const std::vector<std::string>& buttons, AlertStyle style) {
+  const auto dismiss = dismissing(buttons);
+  const auto add = [&](int i) {
+    adw_message_dialog_add_response(dialog, std::to_string(i).c_str(),
+                                    label(buttons[static_cast<std::size_t>(i)]).c_str());
+  };
+  // The desktop's custom has the button that agrees at the end.
+  add(dismiss);
+  for (auto i = static_cast<int>(buttons.size()); i-- > 0;)
+    if (i != dismiss)
+      add(i);
+  adw_message_dialog_set_default_response(dialog, "0");
+  adw_message_dialog_set_close_response(dialog, std::to_string(dismiss).c_str());
+  if (dismiss != 0)
+    adw_message_dialog_set_response_appearance(dialog, "0", ADW_RESPONSE_SUGGESTED);
+  else if (style != AlertStyle::informational)
+    for (std::size_t i = 1; i < buttons.size(); ++i)
+      adw_message_dialog_set_response_appearance(dialog, std::to_string(i).c_str(), ADW_RESPONSE_DESTRUCTIVE);
+}
+
 // Whether the user accepted the choice.
 async::Task<bool> accepted(GtkNativeDialog* dialog) {
   auto [resolver, future] = async::makeFuture<int>();
@@ -106,38 +133,35 @@ async::Task<int> LinuxPanels::runAlert(Alert alert, std::shared_ptr<Window> pare
   const OpenAlert open(window);
   gtk_window_set_modal(window, TRUE);
   adw_message_dialog_set_heading(open.dialog(), boundedUtf8(alert.messageText, longestText).c_str());
+  // For lists of windows. A title bar has no room for more than a label.
+  gtk_window_set_title(window, boundedUtf8(alert.messageText, longestLabel).c_str());
   adw_message_dialog_set_body(open.dialog(), boundedUtf8(alert.informativeText, longestText).c_str());
 
-  // The desktop's custom has the button that agrees at the end.
-  for (auto i = buttons.size(); i-- > 0;)
-    adw_message_dialog_add_response(open.dialog(), std::to_string(i).c_str(), label(buttons[i]).c_str());
-  adw_message_dialog_set_default_response(open.dialog(), "0");
-  if (buttons.size() > 1)
-    adw_message_dialog_set_response_appearance(open.dialog(), "0", ADW_RESPONSE_SUGGESTED);
-  const auto last = static_cast<int>(buttons.size()) - 1;
-  adw_message_dialog_set_close_response(open.dialog(), std::to_string(last).c_str());
+  addButtons(open.dialog(), buttons, alert.style);
+  const auto dismiss = dismissing(buttons);
 
   auto [resolver, future] = async::makeFuture<int>();
   const auto answer = std::make_shared<async::Resolver<int>>(std::move(resolver));
   const auto response = glib::connect<void(AdwMessageDialog*, const char*)>(
-      open.dialog(), "response", [answer, last](AdwMessageDialog*, const char* id) {
-        answer->resolve(static_cast<int>(base::parsedInteger(id).value_or(last)));
+      open.dialog(), "response", [answer, dismiss](AdwMessageDialog*, const char* id) {
+        answer->resolve(static_cast<int>(base::parsedInteger(id).value_or(dismiss)));
       });
   glib::Connection parentGone;
   // libadwaita 1.2 touches the parent when the dialog goes, dead or not: they part while it is alive.
   if (topLevel)
-    parentGone = glib::connect<void(GtkWidget*)>(topLevel, "unrealize", [answer, last, window](GtkWidget*) {
-      gtk_window_set_transient_for(window, nullptr);
-      answer->resolve(last);
-    });
+    parentGone =
+        glib::connect<void(GtkWidget*)>(topLevel, "unrealize", [answer, dismiss, window](GtkWidget*) {
+          gtk_window_set_transient_for(window, nullptr);
+          answer->resolve(dismiss);
+        });
   gtk_window_present(window);
   const auto pressed = co_await std::move(future);
-  co_return firstButton + pressed.value_or(last);
+  co_return firstButton + pressed.value_or(dismiss);
 }
 
 async::Task<std::optional<std::string>> LinuxPanels::runSavePanel(SavePanel panel,
                                                                   std::shared_ptr<Window> parent) {
-  OpenChooser open(topLevelOf(parent), GTK_FILE_CHOOSER_ACTION_SAVE);
+  OpenChooser open("Save File", topLevelOf(parent), GTK_FILE_CHOOSER_ACTION_SAVE);
   open.allow(panel.mimeTypes);
   gtk_file_chooser_set_current_name(open.chooser(), base::safeFileName(panel.proposedName, "file").c_str());
   const bool agreed = co_await accepted(open.dialog());
@@ -152,7 +176,7 @@ async::Task<std::optional<std::string>> LinuxPanels::runSavePanel(SavePanel pane
 async::Task<std::optional<std::vector<std::string>>>
 LinuxPanels::runOpenPanel(OpenPanel panel, std::shared_ptr<Window> parent) {
   const bool foldersOnly = panel.canChooseDirectories && !panel.canChooseFiles;
-  OpenChooser open(topLevelOf(parent),
+  OpenChooser open(foldersOnly ? "Open Folder" : "Open File", topLevelOf(parent),
                    foldersOnly ? GTK_FILE_CHOOSER_ACTION_SELECT_FOLDER : GTK_FILE_CHOOSER_ACTION_OPEN);
   if (!foldersOnly)
     open.allow(panel.mimeTypes);
