@@ -35,6 +35,8 @@ enum class BodyKind {
   Flow,        ///< as elements of the page itself
   ScriptFrame, ///< in a sandboxed frame of an origin of its own, where scripts may run
   StaticFrame, ///< in a sandboxed frame without scripts
+  OwnFrame,    ///< in a frame of the web application's origin: a page of its own
+  Late,        ///< as elements of the page itself that come some time after it
 };
 
 struct Email {

@@ -54,7 +54,7 @@ json::object rowOf(const MailStore& store, const Email& email) {
 }
 
 json::object messageOf(const MailStore& store, const Email& email) {
-  constexpr const char* kinds[] = {"flow", "scriptFrame", "staticFrame"};
+  constexpr const char* kinds[] = {"flow", "scriptFrame", "staticFrame", "ownFrame", "late"};
   json::array attachments;
   for (const auto& attachment : email.attachments) {
     if (const auto* blob = store.blob(attachment.blobId)) {
@@ -70,7 +70,7 @@ json::object messageOf(const MailStore& store, const Email& email) {
           {"receivedAt", isoTime(email.receivedAt)},
           {"isUnread", email.isUnread()},
           {"kind", kinds[static_cast<int>(email.kind)]},
-          {"html", email.html},
+          {"html", email.kind == BodyKind::Late ? "" : email.html},
           {"preview", previewOf(email.html, 140)},
           {"attachments", std::move(attachments)}};
 }
@@ -81,6 +81,7 @@ void MailDataSurface::addTo(Router& router) {
   add(router, "GET", "/data/mailboxes", &MailDataSurface::mailboxes);
   add(router, "GET", "/data/list", &MailDataSurface::list);
   add(router, "GET", "/data/thread", &MailDataSurface::thread);
+  add(router, "GET", "/data/body/", &MailDataSurface::body);
   add(router, "POST", "/data/read", &MailDataSurface::read);
   add(router, "POST", "/data/move", &MailDataSurface::move);
   add(router, "POST", "/data/send", &MailDataSurface::send);
@@ -153,6 +154,14 @@ void MailDataSurface::thread(Exchange& exchange) {
     }
   }
   exchange.replyJson(answer);
+}
+
+void MailDataSurface::body(Exchange& exchange) {
+  if (const auto* email = store_.email(exchange.path().substr(std::string_view("/data/body/").size()))) {
+    exchange.replyJson(json::object{{"html", email->html}});
+  } else {
+    exchange.refuse(SOUP_STATUS_NOT_FOUND, "No such message.");
+  }
 }
 
 void MailDataSurface::read(Exchange& exchange) {

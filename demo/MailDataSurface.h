@@ -19,6 +19,7 @@ class MailDataSurface {
   void mailboxes(Exchange& exchange);
   void list(Exchange& exchange);
   void thread(Exchange& exchange);
+  void body(Exchange& exchange);
   void read(Exchange& exchange);
   void move(Exchange& exchange);
   void send(Exchange& exchange);

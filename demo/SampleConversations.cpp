@@ -147,6 +147,31 @@ void addHostile(MailStore& store, std::chrono::sys_seconds last) {
                 attachSample(store, "notes.txt", "line\nbreak/slash.desktop")});
 }
 
+void addPageInAFrame(MailStore& store, std::chrono::sys_seconds last) {
+  Conversation(store, "Where the ferry goes in winter", last, 1)
+      .message(henrik,
+               "<p>The ferry leaves at seven. In winter it turns back at the lighthouse.</p>"
+               "<p>On Sundays there is none at all, and the pier is closed when it freezes. Whoever wants to "
+               "cross then asks the warden, who has a boat of his own.</p>",
+               {}, BodyKind::OwnFrame);
+}
+
+void addLateBodies(MailStore& store, std::chrono::sys_seconds last) {
+  Conversation conversation(store, "Who has the oars", last, 5);
+  conversation
+      .message(ines, "<p>The oars are in the shed. The boat itself needs a coat of paint.</p>", {},
+               BodyKind::Late)
+      .message(henrik, "<p>Which shed? There are two by now.</p><p>The oars are in the shed, she says.</p>",
+               {}, BodyKind::Late)
+      .message(nadia,
+               "<p>The oars are in the shed by the bridge.</p><p>To say it again: the key hangs on the nail. "
+               "The oars are in the shed and dry.</p>",
+               {}, BodyKind::Late)
+      .message(demoUser(), "<p>I have looked. The oars are in the shed indeed.</p>", {}, BodyKind::Late)
+      .message(ines, "<p>Thank you all. The oars are in the shed, and so is the paint.</p>", {},
+               BodyKind::Late);
+}
+
 } // namespace
 
 void addSampleConversations(MailStore& store, std::chrono::sys_seconds newest) {
@@ -155,6 +180,8 @@ void addSampleConversations(MailStore& store, std::chrono::sys_seconds newest) {
   addNewsletter(store, newest - 3h);
   addRepeatedText(store, newest - 5h);
   addHostile(store, newest - 7h);
+  addPageInAFrame(store, newest - 10h);
+  addLateBodies(store, newest - 12h);
 }
 
 } // namespace ondrel::demo

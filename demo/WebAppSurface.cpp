@@ -54,6 +54,7 @@ void WebAppSurface::addTo(Router& router) {
   router.add(Site::Web, "/mail/", page);
   router.add(Site::Web, "/settings/", page);
   router.add(Site::Web, "/mail/long", [this](Exchange& exchange) { printView(exchange); });
+  router.add(Site::Web, "/mail/body/", [this](Exchange& exchange) { messageBody(exchange); });
   router.add(Site::Web, "/mail", [](Exchange& exchange) { exchange.redirect(startPage); });
   router.add(Site::Web, "/settings",
              [](Exchange& exchange) { exchange.redirect("/settings/general?u=demo"); });
@@ -101,6 +102,25 @@ void WebAppSurface::printView(Exchange& exchange) const {
                  "<!doctype html><html lang=\"en\"><meta charset=\"utf-8\"><title>Print view</title>"
                  "<link rel=\"stylesheet\" href=\"/app/print.css\"><body>\n" +
                      body + "</body></html>\n");
+}
+
+void WebAppSurface::messageBody(Exchange& exchange) const {
+  const auto name = exchange.path().substr(std::string_view("/mail/body/").size());
+  const auto* email = name.ends_with(".html") ? store_.email(name.substr(0, name.rfind('.'))) : nullptr;
+  if (!signIn_.isSignedIn(exchange) || !email || email->kind != BodyKind::OwnFrame) {
+    exchange.refuse(SOUP_STATUS_NOT_FOUND, "No such page.");
+    return;
+  }
+  exchange.setHeader("Cache-Control", "no-store");
+  // Scripts inside a mail must not run with the application's rights.
+  exchange.setHeader(
+      "Content-Security-Policy",
+      "default-src 'none'; script-src 'self'; style-src 'self' 'unsafe-inline'; img-src data:; "
+      "base-uri 'none'; form-action 'none'");
+  exchange.reply(SOUP_STATUS_OK, html,
+                 "<!doctype html><html lang=\"en\"><meta charset=\"utf-8\"><title>Message</title>"
+                 "<link rel=\"stylesheet\" href=\"/app/frame.css\"><body>\n<div class=\"v-Message-body\">" +
+                     email->html + "</div>\n<script src=\"/app/frame.js\"></script></body></html>\n");
 }
 
 void WebAppSurface::signIn(Exchange& exchange) const {

@@ -17,6 +17,7 @@ class WebAppSurface {
  private:
   void page(Exchange& exchange) const;
   void printView(Exchange& exchange) const;
+  void messageBody(Exchange& exchange) const;
   void signIn(Exchange& exchange) const;
 
   const MailStore& store_;

@@ -1,3 +1,4 @@
+import {fetchBody} from "/app/data.js";
 import {fullDate, shortDate} from "/app/dates.js";
 import {h, icon} from "/app/dom.js";
 import {bodyFrame} from "/app/frames.js";
@@ -101,6 +102,7 @@ export class Conversation {
       cards.splice(1, 0, more);
     }
     this.cards.replaceChildren(...cards);
+    messages.filter(isLate).forEach(({id}) => this.#expand(this.#cardOf(id)));
     this.#expand(cards.at(-1));
   }
 
@@ -153,11 +155,15 @@ export class Conversation {
   }
 
   #body(message) {
-    if (message.kind !== "flow") {
+    if (message.kind !== "flow" && !isLate(message)) {
       return bodyFrame(message);
     }
     const body = h("div", {class: "v-Message-body"});
-    body.innerHTML = message.html;
+    if (isLate(message)) {
+      fillLater(body, message);
+    } else {
+      body.innerHTML = message.html;
+    }
     body.addEventListener("click", (event) => {
       const link = event.target.closest("a[href^='mailto:']");
       if (link && !link.target && event.button === 0) {
@@ -170,6 +176,21 @@ export class Conversation {
       }
     });
     return body;
+  }
+}
+
+// A conversation of such messages is shown whole.
+function isLate(message) {
+  return message.kind === "late";
+}
+
+async function fillLater(body, message) {
+  body.textContent = "Loading…";
+  try {
+    message.html ||= await fetchBody(message.id);
+    body.innerHTML = message.html;
+  } catch {
+    body.textContent = "This message could not be loaded.";
   }
 }
 

@@ -18,6 +18,7 @@ const post = (path, body) =>
 export const fetchMailboxes = () => ask("/data/mailboxes");
 export const fetchThread = (threadId, mailbox) =>
     ask(`/data/thread?id=${encodeURIComponent(threadId)}&mailbox=${encodeURIComponent(mailbox)}`);
+export const fetchBody = async (emailId) => (await ask(`/data/body/${encodeURIComponent(emailId)}`)).html;
 export const markRead = (threadId) => post("/data/read", {threadId});
 export const moveThread = (threadId, role) => post("/data/move", {threadId, role});
 export const send = (message) => post("/data/send", message);

@@ -1,4 +1,5 @@
-// Bodies that are shown in a sandboxed frame. A frame with scripts tells its height by message.
+// Bodies that are shown in a frame: sandboxed, or a page of the application's own origin. A frame with
+// scripts tells its height by message.
 
 import {h} from "/app/dom.js";
 
@@ -7,7 +8,10 @@ const sandboxes = {
   staticFrame: "allow-popups allow-popups-to-escape-sandbox",
 };
 
-export function bodyFrame({kind, html}) {
+export function bodyFrame({id, kind, html}) {
+  if (kind === "ownFrame") {
+    return h("iframe", {class: "v-Message-frame", src: `/mail/body/${encodeURIComponent(id)}.html`});
+  }
   const script = kind === "scriptFrame" ? "<script src=\"/app/frame.js\"></script>" : "";
   return h("iframe", {
     class: `v-Message-frame is-${kind}`,

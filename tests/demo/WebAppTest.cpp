@@ -135,6 +135,24 @@ TEST_F(WebAppTest, StoresAndSharesFiles) {
   EXPECT_EQ(files[0].at("name"), "../<b>\n.html");
 }
 
+TEST_F(WebAppTest, GivesBodiesThatComeLateOrInAPageOfTheirOwn) {
+  const auto cookie = signIn();
+  const auto late = data("thread?id=T7", cookie).at("messages");
+  ASSERT_EQ(late.as_array().size(), 5u);
+  EXPECT_EQ(late.at(2).at("html"), "");
+  const auto id = std::string(late.at(2).at("id").as_string());
+  EXPECT_THAT(std::string(data("body/" + id, cookie).at("html").as_string()), HasSubstr("<p>"));
+  EXPECT_EQ(fetch({web("/data/body/" + id)}).status, 401u);
+  EXPECT_EQ(fetch({web("/data/body/none"), "GET", {{"Cookie", cookie}}}).status, 404u);
+
+  const auto framed = std::string(data("thread?id=T6", cookie).at("messages").at(0).at("id").as_string());
+  const auto page = fetch({web("/mail/body/" + framed + ".html"), "GET", {{"Cookie", cookie}}});
+  EXPECT_THAT(page.body, HasSubstr("<div class=\"v-Message-body\"><p>"));
+  EXPECT_THAT(page.headers.at("content-security-policy"), HasSubstr("script-src 'self';"));
+  EXPECT_EQ(fetch({web("/mail/body/" + framed + ".html")}).status, 404u) << "signed out";
+  EXPECT_EQ(fetch({web("/mail/body/" + id + ".html"), "GET", {{"Cookie", cookie}}}).status, 404u);
+}
+
 TEST_F(WebAppTest, GivesUserContentWithItsTypeAndDisposition) {
   const auto host = "usercontent.localhost";
   const auto cookie = signIn();
