@@ -1,6 +1,6 @@
 // A highlight from the user's hand to the file and back, with its mark in the list and its label on the
 // server.
-#include "UserHandsTest.h"
+#include "HighlightHandsTest.h"
 
 #include <boost/json/serialize.hpp>
 
@@ -12,26 +12,14 @@ namespace {
 
 using namespace std::chrono_literals;
 
-class HighlightTest : public UserHandsTest {
+class HighlightTest : public HighlightHandsTest {
  protected:
-  struct Place {
-    int x = 0;
-    int y = 0;
-  };
-
-  std::filesystem::path file() const { return profile / "data/ondrel/highlights.json"; }
-  // How many highlights are saved.
-  std::size_t saved() const { return count(read(file()), "\"exact\""); }
   std::size_t labelled(const std::string& value) const {
     return count(boost::json::serialize(askService("/control/jmap-requests")),
                  "\"mailboxIds/highlighted\":" + value);
   }
-  bool listens() const {
-    return eventually([this] { return askService("/control/stream").at("listeners") == 1; }, 40s);
-  }
 
-  // Selects a word of the message and presses the button above it. The words' places depend on the fonts:
-  // looks down the page for one.
+  // Where nothing is marked yet, the words' places depend on the fonts: looks down the page for one.
   std::optional<Place> highlightAWord(WindowId window) {
     constexpr int buttonAbove = 29;
     for (int y = 260; y < 620; y += 12)
