@@ -20,6 +20,8 @@ namespace {
 using namespace std::chrono_literals;
 using Peers = std::vector<std::shared_ptr<support::FakeTcpPeer>>;
 
+constexpr auto most = MCPHTTPServer::mostWaiting;
+
 std::string post(const std::string& body) {
   return "POST /mcp HTTP/1.1\r\nContent-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body;
 }
@@ -30,8 +32,8 @@ const std::string request = post("slow");
 // answers "huge" with as much as all peers together may leave unread, and throws at "throw".
 class MCPHTTPServerTest : public testing::Test {
  protected:
-  static async::Task<RPCAnswer> answer(std::size_t* served, std::string body) {
-    ++*served;
+  async::Task<RPCAnswer> answer(std::string body) {
+    ++served;
     co_await async::sleep(10s);
     if (body == "throw")
       throw std::runtime_error("a fault");
@@ -39,25 +41,25 @@ class MCPHTTPServerTest : public testing::Test {
       co_return RPCAnswer(200, std::string(MCPHTTPServer::mostUnread, 'x'));
     co_return RPCAnswer(200, "answer to " + body);
   }
-  static async::Task<void> note(async::Task<void> task, bool* done) {
-    co_await std::move(task);
-    *done = true;
-  }
 
-  void start() {
-    EXPECT_TRUE(server->start(7000));
-    settle();
-  }
-  void settle() { loop.runUntilIdle(); }
-  Peers connect(std::size_t count) {
+  void SetUp() override { EXPECT_TRUE(server->start(7000)); }
+  // So many peers, and what each sends first.
+  Peers connect(std::size_t count, const std::string& bytes = "", const std::string& host = "127.0.0.1") {
     Peers peers;
-    for (std::size_t i = 0; i < count; ++i)
-      peers.push_back(port.connect());
-    settle();
+    while (peers.size() < count)
+      peers.push_back(port.connect(host));
+    if (!bytes.empty())
+      for (const auto& peer : peers)
+        peer->send(bytes);
+    loop.runUntilIdle();
     return peers;
   }
   static long countClosed(const Peers& peers) {
     return std::ranges::count_if(peers, [](const auto& peer) { return peer->closed; });
+  }
+  static bool allAnswered(const Peers& peers) {
+    return std::ranges::all_of(peers,
+                               [](const auto& peer) { return peer->answer.ends_with("answer to slow"); });
   }
 
   async::VirtualEventLoop loop;
@@ -66,49 +68,28 @@ class MCPHTTPServerTest : public testing::Test {
   std::size_t served = 0;
   std::unique_ptr<MCPHTTPServer> server =
       std::make_unique<MCPHTTPServer>(std::make_unique<support::FakeTcpListener>(port),
-                                      [this](std::string body) { return answer(&served, std::move(body)); });
+                                      [this](std::string body) { return answer(std::move(body)); });
   async::Scope scope;
 };
 
-constexpr auto most = MCPHTTPServer::mostWaiting;
-
-TEST_F(MCPHTTPServerTest, ReportsWhyItDoesNotListen) {
-  const auto refused = server->start(0);
-  ASSERT_FALSE(refused);
-  EXPECT_EQ(refused.error(), "Invalid MCP server port: 0. Choose a port between 1 and 65535.");
-
-  port.problem = "Address already in use";
-  EXPECT_TRUE(server->start(7000));
-  EXPECT_EQ(*server->failure, std::nullopt);
-  settle();
-  EXPECT_EQ(*server->failure, "Address already in use");
-  EXPECT_EQ(log.lines(),
-            std::vector<std::string>{"error network: MCP HTTP server failed: Address already in use"});
-}
-
 TEST_F(MCPHTTPServerTest, TurnsOtherMachinesAwayWithoutAByte) {
-  start();
-  EXPECT_EQ(log.lines(), std::vector<std::string>{"info network: MCP HTTP server ready on port 7000"});
   const auto silent = connect(most);
   for (const auto* host : {"192.0.2.7", "127.0.0.2", "::ffff:127.0.0.1", "fe80::1", "localhost", ""}) {
-    const auto peer = port.connect(host);
-    peer->send(request);
+    const auto peer = connect(1, request, host).front();
     loop.advance(1min);
     EXPECT_TRUE(peer->closed) << host;
     EXPECT_EQ(peer->answer, "") << host;
   }
   EXPECT_EQ(served, 0U);
-  EXPECT_EQ(countClosed(silent), 0); // nobody lost a place to them
+  EXPECT_EQ(countClosed(silent), 0) << "nobody lost a place to them";
   for (const auto* host : {"127.0.0.1", "::1"}) {
-    const auto peer = port.connect(host);
-    peer->send(request);
+    const auto admitted = connect(1, request, host);
     loop.advance(1min);
-    EXPECT_TRUE(peer->answer.ends_with("\r\n\r\nanswer to slow")) << host;
+    EXPECT_TRUE(allAnswered(admitted)) << host;
   }
 }
 
 TEST_F(MCPHTTPServerTest, WaitsForAPeerWithoutALimitAndLingersForALimitedTime) {
-  start();
   const auto peer = port.connect();
   for (const char c : request) {
     loop.advance(1h);
@@ -124,24 +105,20 @@ TEST_F(MCPHTTPServerTest, WaitsForAPeerWithoutALimitAndLingersForALimitedTime) {
   loop.advance(1ms);
   EXPECT_TRUE(peer->closed);
 
-  const auto polite = port.connect();
-  polite->send(request);
+  const auto polite = connect(1, request).front();
   loop.advance(10s);
   EXPECT_FALSE(polite->closed);
   polite->end();
-  settle();
+  loop.runUntilIdle();
   EXPECT_TRUE(polite->closed);
 }
 
 TEST_F(MCPHTTPServerTest, GivesUpTheOldestSilentConnectionWhereThereAreTooMany) {
-  start();
-  const auto busy = connect(3);
-  for (const auto& peer : busy)
-    peer->send(request);
+  const auto busy = connect(3, request);
   const auto silent = connect(most);
   silent.at(0)->send("POST /mcp HTTP/1.1\r\n\r\n"); // answered, and lingers
   silent.at(2)->send("POST /m");                    // not complete: given up without an answer
-  settle();
+  loop.runUntilIdle();
   EXPECT_EQ(countClosed(silent), 0);
 
   const auto more = connect(3);
@@ -153,35 +130,25 @@ TEST_F(MCPHTTPServerTest, GivesUpTheOldestSilentConnectionWhereThereAreTooMany) 
 
   connect(5 * most);
   loop.advance(10s);
-  for (const auto& peer : busy)
-    EXPECT_TRUE(peer->answer.ends_with("answer to slow"));
+  EXPECT_TRUE(allAnswered(busy));
 }
 
 TEST_F(MCPHTTPServerTest, TakesNoMoreThanItCanWorkOn) {
-  start();
-  const auto busy = connect(MCPHTTPServer::mostWorking);
-  for (const auto& peer : busy)
-    peer->send(request);
-  loop.runUntilIdle();
-  const auto late = connect(20);
-  for (const auto& peer : late)
-    peer->send(request);
+  const auto busy = connect(MCPHTTPServer::mostWorking, request);
+  const auto late = connect(20, request);
   loop.advance(9s);
   EXPECT_EQ(served, busy.size());
   EXPECT_EQ(countClosed(late), 0);
   loop.advance(1s); // answered ones make room, before they have left
   EXPECT_EQ(served, busy.size() + late.size());
   loop.advance(10s);
-  for (const auto& peer : late)
-    EXPECT_TRUE(peer->answer.ends_with("answer to slow"));
+  EXPECT_TRUE(allAnswered(late));
 }
 
 TEST_F(MCPHTTPServerTest, KeepsNoMoreUnreadAnswersThanFit) {
-  start();
   const auto stuck = connect(3);
-  for (const auto& peer : stuck)
-    peer->stuck = true;
   for (const auto& [peer, body] : {std::pair(stuck[0], "slow"), {stuck[1], "huge"}, {stuck[2], "slow"}}) {
+    peer->stuck = true;
     peer->send(post(body));
     loop.advance(10s);
   }
@@ -189,21 +156,16 @@ TEST_F(MCPHTTPServerTest, KeepsNoMoreUnreadAnswersThanFit) {
   EXPECT_TRUE(stuck[0]->closed && stuck[1]->closed);
   EXPECT_FALSE(stuck[2]->closed);
 
-  const auto reading = connect(2);
-  for (const auto& peer : reading) {
-    peer->send(post("huge"));
-    loop.advance(10s);
-    EXPECT_TRUE(peer->answerEnded) << "who reads gets all of it";
-    EXPECT_FALSE(peer->closed);
-  }
+  // Who reads gets all of it, and counts no longer.
+  const auto reading = connect(2, post("huge"));
+  loop.advance(10s);
   EXPECT_TRUE(stuck[2]->closed);
+  EXPECT_EQ(countClosed(reading), 0);
+  EXPECT_TRUE(reading[0]->answerEnded && reading[1]->answerEnded);
 }
 
 TEST_F(MCPHTTPServerTest, AnswersThoughTheHandlerThrows) {
-  start();
-  for (int i = 0; i < 3; ++i) {
-    const auto peer = connect(1).front();
-    peer->send(post("throw"));
+  for (const auto& peer : connect(3, post("throw"))) {
     loop.advance(10s);
     EXPECT_EQ(peer->answer, "HTTP/1.1 500 Error\r\nContent-Type: text/plain\r\nContent-Length: 14\r\n"
                             "Connection: close\r\n\r\nInternal error");
@@ -213,32 +175,23 @@ TEST_F(MCPHTTPServerTest, AnswersThoughTheHandlerThrows) {
 }
 
 TEST_F(MCPHTTPServerTest, ServesToTheEndAfterAStop) {
-  start();
-  const auto peer = connect(1).front();
-  peer->send(request);
-  settle();
-  bool stopped = false;
-  bool drained = false;
-  scope.spawn(note(server->stop(), &stopped));
-  settle();
-  EXPECT_TRUE(stopped);
-  EXPECT_TRUE(port.closed);
-  scope.spawn(note(server->drained(), &drained));
-  const auto late = connect(1).front();
+  const auto busy = connect(1, request);
+  const auto stopping = scope.spawn(server->stop());
+  const auto draining = scope.spawn(server->drained());
+  loop.runUntilIdle();
+  EXPECT_TRUE(stopping.done() && port.closed);
+  connect(1);
   loop.advance(10s);
-  EXPECT_TRUE(peer->answer.ends_with("answer to slow"));
-  EXPECT_EQ(port.waiting.size(), 1U); // not accepted
-  EXPECT_FALSE(drained);
-  peer->end();
-  settle();
-  EXPECT_TRUE(drained);
+  EXPECT_TRUE(allAnswered(busy));
+  EXPECT_EQ(port.waiting.size(), 1U) << "not accepted";
+  EXPECT_FALSE(draining.done());
+  busy.front()->end();
+  loop.runUntilIdle();
+  EXPECT_TRUE(draining.done());
 }
 
 TEST_F(MCPHTTPServerTest, TakesItsConnectionsAlongWhenItGoes) {
-  start();
-  const auto busy = connect(2);
-  for (const auto& peer : busy)
-    peer->send(request);
+  const auto busy = connect(2, request);
   const auto silent = connect(2);
   server.reset();
   EXPECT_EQ(countClosed(busy) + countClosed(silent), 4);

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "async/Scope.h"
 #include "async/VirtualEventLoop.h"
 #include "jmap/MailQueries.h"
 #include "mcp/MCPJMAPBridge.h"
@@ -8,7 +7,6 @@
 #include "support/FakeDesktop.h"
 #include "support/FakeJMAPClient.h"
 #include "support/FakeTextFormatting.h"
-#include "support/LogCapture.h"
 #include "support/RunToEnd.h"
 #include "support/TestSite.h"
 
@@ -17,32 +15,32 @@
 #include <fmt/format.h>
 #include <gtest/gtest.h>
 
-#include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace ondrel::mcp {
 
 // The mail tools on a fake account, in virtual time.
-struct ToolsWorld {
+class ToolsTest : public testing::Test {
+ protected:
   using Lines = std::vector<std::string>;
 
   template <class T>
   T run(async::Task<T> task) {
     return support::runToEnd(loop, scope, std::move(task));
   }
-  // The text of the one piece that a tool gives, or its error behind "Error: ".
-  std::string text(async::Task<ToolOutcome> task) {
-    const auto outcome = run(std::move(task));
-    if (!outcome)
-      return "Error: " + outcome.error();
-    EXPECT_EQ(outcome->size(), 1u);
-    EXPECT_EQ(outcome->front().type, "text");
-    return outcome->front().text;
+  // A reply with the answers as they stand, and one with a list.
+  static std::string reply(std::string_view answers) {
+    return fmt::format(R"({{"sessionState":"s","methodResponses":[{}]}})", answers);
   }
+  static std::string listed(std::string_view callId, std::string_view list) {
+    return reply(fmt::format(R"(["Any/get",{{"list":{}}},"{}"])", list, callId));
+  }
+  // The calls of the last request.
+  boost::json::value calls() { return client.sent.back().body.at("methodCalls"); }
 
   async::VirtualEventLoop loop;
-  support::LogCapture log;
   support::FakeDefaults defaults;
   settings::AppSettings settings{defaults, support::testSite()};
   support::FakeJMAPClient client;
@@ -56,7 +54,5 @@ struct ToolsWorld {
                         .activate = [this] { shown.push_back("activated"); }}};
   async::Scope scope;
 };
-
-class ToolsTest : public testing::Test, protected ToolsWorld {};
 
 } // namespace ondrel::mcp
