@@ -141,7 +141,7 @@ Import importAll(Folder& folder, platform::FileStore& files) {
        .textFormatting = formatting,
        .iconPNG = {},
        .pushMailboxMarks = []() -> async::Task<void> { co_return; },
-       .syncTags = [](std::set<std::string>) -> async::Task<void> { co_return; }});
+       .syncTags = [](std::set<std::string>, const auto&) -> async::Task<void> { co_return; }});
   Import import;
   const auto watch = transfer.importProgress().observe([&] { ++import.steps; });
   const StallProbe probe;

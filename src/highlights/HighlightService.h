@@ -53,8 +53,10 @@ class HighlightService final : public web::HighlightReceiver {
 
   // Sends all highlighted threads to every tab, in turn; ends without waiting for a page that hangs.
   async::Task<void> pushMailboxMarksToAllWindows();
+  // Gets how many of the threads are done; false ends the work.
+  using TagProgress = std::function<bool(std::size_t done)>;
   // Puts each of these threads into the tag's mailbox or takes it out, as its highlights say.
-  async::Task<void> syncAllTags(std::set<std::string> threadIds);
+  async::Task<void> syncAllTags(std::set<std::string> threadIds, TagProgress progress = nullptr);
 
   HighlightStore& store() { return store_; }
 

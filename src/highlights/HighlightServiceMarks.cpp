@@ -112,10 +112,13 @@ async::Task<std::optional<std::string>> HighlightService::resolveTagMailbox(std:
   co_return **found;
 }
 
-async::Task<void> HighlightService::syncAllTags(std::set<std::string> threadIds) {
+async::Task<void> HighlightService::syncAllTags(std::set<std::string> threadIds, TagProgress progress) {
   if (!settings_.get(settings::keys::highlightTagEnabled))
     co_return;
+  std::size_t done = 0;
   for (const auto& threadId : threadIds) {
+    if (progress && !progress(done++))
+      co_return;
     auto threadEmails = co_await mail_.threadEmails(threadId);
     if (threadEmails)
       co_await syncTag(std::move(*threadEmails));

@@ -52,12 +52,17 @@ class HighlightTransfer {
     std::string iconPNG;
     // What follows an import that added something: the marks of the mailbox lists, then the labels.
     std::function<async::Task<void>()> pushMailboxMarks;
-    std::function<async::Task<void>(std::set<std::string> threadIds)> syncTags;
+    // The latter gets a callback to tell how many are done, which says whether to go on.
+    std::function<async::Task<void>(std::set<std::string> threadIds, std::function<bool(std::size_t done)>)>
+        syncTags;
   };
 
   struct Progress {
-    std::size_t done = 0;
-    std::size_t total = 0; // 0 while the file is still being read
+    enum class Step { reading, adding, labelling };
+
+    Step step = Step::reading;
+    std::size_t done = 0; // highlights or threads
+    std::size_t total = 0;
 
     bool operator==(const Progress&) const = default;
   };
@@ -73,7 +78,7 @@ class HighlightTransfer {
 
   // Of the import that is under way; absent while there is none.
   const base::Observable<std::optional<Progress>>& importProgress() const { return progress_; }
-  // Ends the import that is under way after the highlight at hand: what has been added stays.
+  // Ends the present step of the import that is under way: what has been added, or labelled, stays.
   void stopImport() { stopRequested_ = true; }
 
  private:
@@ -100,6 +105,7 @@ class HighlightTransfer {
   // `working` when the user has stopped it.
   async::Task<PayloadDecoder::State> decode(PayloadDecoder& decoder);
   async::Task<Merged> merge(Highlights highlights);
+  async::Task<void> show(std::set<std::string> threadIds);
   bool isKnown(const ExportedHighlight& exported) const;
   async::Task<void> tell(std::string title, std::string text, Parent parent);
 

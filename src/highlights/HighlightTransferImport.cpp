@@ -73,16 +73,14 @@ async::Task<void> HighlightTransfer::importHighlights() {
   stopRequested_ = false;
   progress_.set(Progress{});
   auto result = co_await importFile(path);
+  if (result && result->imported > 0)
+    co_await show(std::move(result->threadIds));
   progress_.set(std::nullopt);
 
   if (!result) {
     if (!result.error().title.empty())
       co_await tell(result.error().title, result.error().text, window);
     co_return;
-  }
-  if (result->imported > 0) {
-    co_await services_.pushMailboxMarks();
-    co_await services_.syncTags(std::move(result->threadIds));
   }
   logger_.info("importHighlights: imported {}, skipped {} from {}", result->imported, result->skipped, path);
   co_await tell("Highlights Imported", report(result->imported, result->skipped), window);
@@ -170,7 +168,7 @@ bool HighlightTransfer::isKnown(const ExportedHighlight& exported) const {
 async::Task<HighlightTransfer::Merged> HighlightTransfer::merge(Highlights highlights) {
   Merged merged;
   Slice slice;
-  progress_.set(Progress{0, highlights.size()});
+  progress_.set(Progress{Progress::Step::adding, 0, highlights.size()});
   for (auto& each : highlights) {
     if (stopRequested_)
       break;
@@ -183,13 +181,24 @@ async::Task<HighlightTransfer::Merged> HighlightTransfer::merge(Highlights highl
     }
     if (!slice.isOver())
       continue;
-    progress_.set(Progress{merged.imported + merged.skipped, highlights.size()});
+    progress_.set(Progress{Progress::Step::adding, merged.imported + merged.skipped, highlights.size()});
     const bool goOn = co_await async::sleep(Slice::pause);
     if (!goOn)
       break;
     slice.begin();
   }
   co_return merged;
+}
+
+// Where others can see it: in the lists of all tabs, and on the server.
+async::Task<void> HighlightTransfer::show(std::set<std::string> threadIds) {
+  co_await services_.pushMailboxMarks();
+  stopRequested_ = false; // an import that was stopped has its labels all the same
+  const auto total = threadIds.size();
+  co_await services_.syncTags(std::move(threadIds), [this, total](std::size_t done) {
+    progress_.set(Progress{Progress::Step::labelling, done, total});
+    return !stopRequested_;
+  });
 }
 
 } // namespace ondrel::highlights

@@ -52,8 +52,8 @@ OndrelApp::OndrelApp(const PlatformAbilities& platform, settings::Site site, con
            .iconPNG = platform.exportIcon,
            .pushMailboxMarks = [this] { return highlightService_.pushMailboxMarksToAllWindows(); },
            .syncTags =
-               [this](std::set<std::string> threadIds) {
-                 return highlightService_.syncAllTags(std::move(threadIds));
+               [this](std::set<std::string> threadIds, highlights::HighlightService::TagProgress progress) {
+                 return highlightService_.syncAllTags(std::move(threadIds), std::move(progress));
                }}),
       mcpServerManager_(settings_, platform.directories, platform.files,
                         [makeListener = platform.makeTcpListener](mcp::RPCHandler handler) {

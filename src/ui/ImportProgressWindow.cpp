@@ -12,6 +12,8 @@ namespace ondrel::ui {
 
 namespace {
 
+using Step = highlights::HighlightTransfer::Progress::Step;
+
 // What is done sooner needs no window.
 constexpr std::chrono::milliseconds patience{500};
 constexpr int width = 380;
@@ -87,15 +89,16 @@ void ImportProgressWindow::open() {
 }
 
 void ImportProgressWindow::update() {
-  const auto& progress = transfer_.importProgress().get();
-  if (progress->total == 0) {
+  const auto& [step, done, total] = *transfer_.importProgress().get();
+  if (step == Step::reading) {
     gtk_progress_bar_pulse(bar_);
     gtk_label_set_text(label_, "Reading the file…");
     return;
   }
-  gtk_progress_bar_set_fraction(bar_,
-                                static_cast<double>(progress->done) / static_cast<double>(progress->total));
-  gtk_label_set_text(label_, fmt::format("{} of {}", progress->done, progress->total).c_str());
+  if (total > 0)
+    gtk_progress_bar_set_fraction(bar_, static_cast<double>(done) / static_cast<double>(total));
+  const auto* format = step == Step::adding ? "{} of {}" : "Labelling conversations: {} of {}";
+  gtk_label_set_text(label_, fmt::format(fmt::runtime(format), done, total).c_str());
 }
 
 void ImportProgressWindow::close() {

@@ -91,12 +91,7 @@ class HighlightTransferTest : public testing::Test {
                               .textFormatting = formatting,
                               .iconPNG = "png",
                               .pushMailboxMarks = [this]() -> async::Task<void> { return note("push"); },
-                              .syncTags = [this](std::set<std::string> threads) -> async::Task<void> {
-                                std::string text = "sync";
-                                for (const auto& thread : threads)
-                                  text += " " + thread;
-                                return note(text);
-                              }}};
+                              .syncTags = [this](auto threads, auto goOn) { return label(threads, goOn); }}};
   std::shared_ptr<platform::Window> key;
   async::Scope scope;
 
@@ -104,6 +99,17 @@ class HighlightTransferTest : public testing::Test {
   async::Task<void> note(std::string call) {
     co_await async::nextTurn();
     calls.push_back(std::move(call));
+  }
+  async::Task<void> label(std::set<std::string> threads, std::function<bool(std::size_t)> goOn) {
+    std::string text = "sync";
+    std::size_t done = 0;
+    for (const auto& thread : threads) {
+      if (!goOn(done++))
+        break;
+      text += " " + thread;
+      co_await async::nextTurn();
+    }
+    calls.push_back(text);
   }
 };
 
@@ -277,6 +283,16 @@ TEST_F(HighlightTransferTest, WhatIsStoppedKeepsWhatItHasAdded) {
   EXPECT_TRUE(shell.panels.alerts.empty());
   import(file);
   EXPECT_EQ(alert().second, "Imported 93 highlights, skipped 7 already saved.");
+
+  const HighlightTransfer::Progress second{HighlightTransfer::Progress::Step::labelling, 1, 3};
+  const auto stopping = transfer.importProgress().observe([&] {
+    if (*transfer.importProgress() == second)
+      transfer.stopImport();
+  });
+  import(fileWithPayload(
+      encodedPayload({{"2@x", highlight("x", 1)}, {"2@x", highlight("y", 2)}, {"3@x", highlight("z", 3)}})));
+  EXPECT_EQ(calls.back(), "sync T-x") << "labels can be stopped too";
+  EXPECT_EQ(alert().second, "Imported 3 highlights.");
 }
 
 TEST_F(HighlightTransferTest, TwoImportsDontCountEachOthersHighlights) {

@@ -192,6 +192,12 @@ TEST_F(MarksAndTagsTest, RemovingAllAsksFirst) {
       "info system: syncTag: setting mailbox 'Highlighted' (B2) to false on internalId(s) O1"));
 
   clear();
+  answerThread({"M1 a@x"});
+  scope.spawn(service.syncAllTags({"T1", "T2", "T3"}, [](std::size_t done) { return done < 1; }));
+  shell.settle();
+  EXPECT_EQ(requests(), (Lines{"Thread/get", "Email/get", "Email/set"})) << "it was told to end then";
+
+  clear();
   shell.settings.set(settings::keys::highlightTagEnabled, false);
   scope.spawn(service.syncAllTags({"T1"}));
   shell.settle();
