@@ -2,6 +2,7 @@
 
 #include "async/Deadline.h"
 #include "async/Future.h"
+#include "async/Timer.h"
 
 #include <stdexcept>
 
@@ -17,9 +18,10 @@ Task<std::string> inner(Future<int> future, Lines* log) {
   co_return value ? "value" : "told";
 }
 
-Task<void> outer(Duration limit, Future<int> future, Lines* log) {
+Task<void> outer(Future<int> future, Lines* log) {
+  (void)co_await sleep(1s);
   try {
-    const std::optional<std::string> result = co_await withDeadline(limit, inner(std::move(future), log));
+    const std::optional<std::string> result = co_await withDeadline(2s, inner(std::move(future), log));
     EXPECT_EQ(Held::alive, 1) << "something of the inner task is left";
     log->push_back(result.value_or("nothing"));
   } catch (const std::runtime_error& error) {
@@ -27,93 +29,33 @@ Task<void> outer(Duration limit, Future<int> future, Lines* log) {
   }
 }
 
-class DeadlineTest : public AsyncTest {
- protected:
-  TaskHandle begin(Duration limit) {
-    log.clear();
-    auto [r, future] = makeFuture<int>();
-    resolver.emplace(std::move(r));
-    return spawn(outer(limit, std::move(future), &log));
-  }
-  void expectEnd(std::string result) {
-    EXPECT_EQ(log, (Lines{"begun", std::move(result)}));
-    EXPECT_EQ(held(), 0);
-    EXPECT_EQ(loop.pendingTimers(), 0u);
-    EXPECT_TRUE(resolver->abandoned());
-  }
+using DeadlineTest = AsyncTest;
 
-  std::optional<Resolver<int>> resolver;
-};
-
-TEST_F(DeadlineTest, givesTheResultTheFailureOrNothing) {
+TEST_F(DeadlineTest, GivesTheResultTheFailureOrNothing) {
   const struct {
-    Duration after;
-    bool scheduledFirst;
+    Duration answeredAfter;
     int answer;
-    const char* expected;
+    Duration cancelledAfter;
+    Duration endsAfter;
+    Lines expected;
   } cases[] = {
-      {1s, false, 1, "value"}, {1s, false, 0, "zero"},    {3s, false, 1, "nothing"},
-      {2s, true, 1, "value"},  {2s, false, 1, "nothing"}, // both timers at the same instant: the first one
-                                                          // decides
+      {2s, 1, 1h, 2s, {"begun", "value"}},   {2s, 0, 1h, 2s, {"begun", "zero"}},
+      {4s, 1, 1h, 3s, {"begun", "nothing"}}, {1h, 1, 2s, 2s, {"begun", "told"}},
+      {1h, 1, 0s, 0s, {"nothing"}}, // cancelled before the inner task began
   };
   for (const auto& row : cases) {
-    const TimePoint end = loop.after(row.after);
-    const auto answer = [&] { resolver->resolve(row.answer); };
-    if (row.scheduledFirst)
-      loop.schedule(end, answer);
-    begin(2s);
-    loop.runUntilIdle();
-    if (!row.scheduledFirst)
-      loop.schedule(end, answer);
-    loop.runUntil([&] { return log.size() == 2; }, 1min);
-    EXPECT_EQ(loop.now(), std::min(end, end - row.after + 2s));
-    loop.advance(1min);
-    expectEnd(row.expected);
+    log.clear();
+    auto [resolver, future] = makeFuture<int>();
+    const TimePoint start = loop.now();
+    TaskHandle handle = spawn(outer(std::move(future), &log));
+    const Timer answering(row.answeredAfter, [&resolver, &row] { resolver.resolve(row.answer); });
+    const Timer cancelling(row.cancelledAfter, [&] { handle.cancel(); });
+    EXPECT_TRUE(loop.runUntil([&] { return handle.done(); }, 1h));
+    EXPECT_EQ(loop.now(), start + row.endsAfter);
+    EXPECT_EQ(log, row.expected);
+    EXPECT_EQ(held(), 0);
+    EXPECT_TRUE(resolver.abandoned());
   }
-}
-
-TEST_F(DeadlineTest, passesCancellationOnAndGivesWhatTheInnerTaskMakesOfIt) {
-  TaskHandle handle = begin(1h);
-  loop.runUntilIdle();
-  handle.cancel();
-  EXPECT_EQ(log, Lines{"begun"});
-  loop.runUntilIdle();
-  expectEnd("told");
-}
-
-Task<void> outerAfterATurn(Future<int> future, Lines* log) {
-  co_await nextTurn();
-  co_await outer(1h, std::move(future), log);
-}
-
-TEST_F(DeadlineTest, neverBeginsTheInnerTaskOfACancelledOne) {
-  auto [r, future] = makeFuture<int>();
-  TaskHandle handle = spawn(outerAfterATurn(std::move(future), &log));
-  loop.post([&] { handle.cancel(); });
-  loop.runUntilIdle();
-  EXPECT_EQ(log, Lines{"nothing"});
-}
-
-Task<int> closing(std::unique_ptr<Owner>* owner, Lines* log) {
-  const Held held;
-  owner->reset();
-  log->push_back("closed");
-  co_await nextTurn();
-  log->push_back("went on");
-  co_return 1;
-}
-
-Task<void> closingWithin(std::unique_ptr<Owner>* owner, Lines* log) {
-  const Held held;
-  co_await withDeadline(1s, closing(owner, log));
-  log->push_back("went on");
-}
-
-// The inner task closes what owns the outer one: both go, the inner one once it waits.
-TEST_F(DeadlineTest, mayBeEndedByItsOwnInnerTask) {
-  spawn(closingWithin(&owner, &log));
-  loop.advance(1min);
-  EXPECT_EQ(log, Lines{"closed"});
 }
 
 } // namespace

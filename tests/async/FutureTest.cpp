@@ -11,7 +11,7 @@ Task<void> waitFor(Future<int> future, Lines* log) {
   log->push_back(value ? std::to_string(*value) : "none");
 }
 
-// One future in the hands of a task, its resolver, and what can happen to them.
+// A future, its resolver and the task that awaits it, and what can happen to them.
 struct Stage {
   explicit Stage(Lines* lines) : log(lines) {
     auto [r, f] = makeFuture<int>();
@@ -19,13 +19,6 @@ struct Stage {
     future.emplace(std::move(f));
     resolver->onAbandon([this] { log->push_back("abandoned"); });
   }
-  void await() { handle = owner->scope.spawn(waitFor(std::move(*future), log)); }
-  void turn() { static_cast<VirtualEventLoop&>(EventLoop::current()).runUntilIdle(); }
-  void awaitAndTurn() {
-    await();
-    turn();
-  }
-  void mark() { log->push_back("-"); }
 
   Lines* log;
   std::optional<Resolver<int>> resolver;
@@ -34,106 +27,52 @@ struct Stage {
   std::unique_ptr<Owner> owner = std::make_unique<Owner>();
 };
 
-struct Case {
-  const char* name;
-  void (*play)(Stage&);
-  Lines expected;
+using Step = void (*)(Stage&);
+const Step await = [](Stage& s) { s.handle = s.owner->scope.spawn(waitFor(std::move(*s.future), s.log)); };
+const Step turn = [](Stage&) { static_cast<VirtualEventLoop&>(EventLoop::current()).runUntilIdle(); };
+const Step resolve = [](Stage& s) { s.resolver->resolve(1); };
+const Step resolveAgain = [](Stage& s) { s.resolver->resolve(2); };
+const Step dropResolver = [](Stage& s) { s.resolver.reset(); };
+const Step replaceResolver = [](Stage& s) { s.resolver = makeFuture<int>().first; };
+const Step dropFuture = [](Stage& s) { s.future.reset(); };
+const Step cancel = [](Stage& s) { s.handle.cancel(); };
+const Step endScope = [](Stage& s) { s.owner.reset(); };
+const Step listenLate = [](Stage& s) { s.resolver->onAbandon([&s] { s.log->push_back("told late"); }); };
+const Step dropWhenTold = [](Stage& s) {
+  s.resolver->onAbandon([&s, object = Held()] { s.resolver.reset(); });
 };
 
-class FutureTest : public AsyncTest, public testing::WithParamInterface<Case> {};
+using FutureTest = AsyncTest;
 
-// "-" marks the end of the last call: what stands before it happened inside of it.
-TEST_P(FutureTest, plays) {
-  {
+// "-" stands after the last step: what comes before it happened inside of the steps.
+TEST_F(FutureTest, IsAnsweredOnceAndAbandonedOnce) {
+  const std::pair<std::vector<Step>, Lines> cases[] = {
+      {{await, turn, resolve, resolveAgain, dropResolver}, {"-", "1"}},
+      {{resolve, await}, {"-", "1"}},
+      {{await, turn, dropResolver}, {"-", "none"}},
+      {{await, turn, replaceResolver}, {"-", "none"}},
+      {{await, turn, resolve, cancel}, {"-", "none"}},
+      {{await, turn, resolve, endScope}, {"-"}},
+      {{dropFuture, listenLate}, {"abandoned", "-", "told late"}},
+      {{await, turn, endScope, resolve}, {"abandoned", "-"}},
+      {{await, turn, cancel}, {"-", "abandoned", "none"}},
+      {{await, turn, cancel, resolve}, {"-", "none"}},
+      {{dropWhenTold, await, turn, endScope}, {"-"}},
+  };
+  for (std::size_t number = 0; number < std::size(cases); ++number) {
+    SCOPED_TRACE(number);
+    log.clear();
     Stage stage(&log);
-    GetParam().play(stage);
-    stage.mark();
-    loop.runUntilIdle();
-    EXPECT_EQ(log, GetParam().expected);
+    for (const auto step : cases[number].first)
+      step(stage);
+    log.push_back("-");
     EXPECT_TRUE(!stage.resolver || stage.resolver->abandoned());
+    loop.runUntilIdle();
+    EXPECT_EQ(log, cases[number].second);
+    stage.owner.reset();
+    EXPECT_EQ(held(), 0);
   }
-  EXPECT_EQ(held(), 0);
 }
-
-const Case cases[] = {
-    {"firstAnswerCounts",
-     [](Stage& s) {
-       s.awaitAndTurn();
-       s.resolver->resolve(1);
-       s.resolver->resolve(2);
-       s.resolver.reset();
-     },
-     {"-", "1"}},
-    {"answeredBeforeItIsAwaited",
-     [](Stage& s) {
-       s.resolver->resolve(3);
-       s.await();
-     },
-     {"-", "3"}},
-    {"resolverDropped",
-     [](Stage& s) {
-       s.awaitAndTurn();
-       Resolver<int> moved = std::move(*s.resolver);
-       s.turn();
-       s.mark();
-       auto [other, unused] = makeFuture<int>();
-       moved = std::move(other); // replacing it drops it
-       s.resolver.reset();
-     },
-     {"-", "-", "none"}},
-    {"cancelledAfterTheAnswer",
-     [](Stage& s) {
-       s.awaitAndTurn();
-       s.resolver->resolve(1);
-       s.handle.cancel();
-     },
-     {"-", "none"}},
-    {"scopeGoesAfterTheAnswer",
-     [](Stage& s) {
-       s.awaitAndTurn();
-       s.resolver->resolve(1);
-       s.owner.reset();
-     },
-     {"-"}},
-    {"futureDropped",
-     [](Stage& s) {
-       s.future.reset();
-       s.resolver->onAbandon([&s] { s.log->push_back("registered late"); });
-     },
-     {"abandoned", "-", "registered late"}},
-    {"resolverOutlivesTheFrame",
-     [](Stage& s) {
-       s.awaitAndTurn();
-       s.owner.reset();
-       EXPECT_TRUE(s.resolver->abandoned());
-       s.resolver->resolve(1);
-     },
-     {"abandoned", "-"}},
-    {"cancellationIsToldOnALaterTurn",
-     [](Stage& s) {
-       s.awaitAndTurn();
-       s.handle.cancel();
-       EXPECT_TRUE(s.resolver->abandoned());
-     },
-     {"-", "abandoned", "none"}},
-    {"answeredBeforeCancellationIsTold",
-     [](Stage& s) {
-       s.awaitAndTurn();
-       s.handle.cancel();
-       s.resolver->resolve(1);
-     },
-     {"-", "none"}},
-    {"resolverGoesWhileItIsTold",
-     [](Stage& s) {
-       s.resolver->onAbandon([&s, object = Held()] { s.resolver.reset(); });
-       s.awaitAndTurn();
-       s.owner.reset();
-     },
-     {"-"}},
-};
-
-INSTANTIATE_TEST_SUITE_P(Cases, FutureTest, testing::ValuesIn(cases),
-                         [](const auto& info) { return info.param.name; });
 
 } // namespace
 } // namespace ondrel::async

@@ -1,24 +1,14 @@
 #pragma once
 
-#include "async/VirtualEventLoop.h"
+#include "MailWorld.h"
 #include "jmap/JMAPSession.h"
 #include "jmap/NotificationManager.h"
-#include "settings/AppSettings.h"
-#include "support/FakeDesktop.h"
 #include "support/FakeDockTile.h"
 #include "support/FakeHttpClient.h"
 #include "support/FakeNotificationCenter.h"
 #include "support/FakeWebView.h"
-#include "support/LogCapture.h"
-#include "support/TestSite.h"
-
-#include <boost/json/parse.hpp>
-#include <gtest/gtest.h>
 
 #include <functional>
-#include <map>
-#include <optional>
-#include <string>
 #include <vector>
 
 namespace ondrel::jmap {
@@ -29,9 +19,12 @@ inline constexpr auto sessionText = R"({"apiUrl":"https://api.example.com/jmap/a
   "primaryAccounts":{"urn:ietf:params:jmap:mail":"u123"},"state":"x"})";
 
 // A session on fakes: the page is loaded when the test says so, the token is what `token` holds, and the
-// server answers methods from a table.
+// server answers as one account does.
 class JMAPSessionTest : public testing::Test {
  protected:
+  using Lines = std::vector<std::string>;
+  using Response = platform::HttpResult<platform::HttpResponse>;
+
   JMAPSessionTest() {
     webViews.onMake = [this](support::FakeWebView& view) {
       page = &view;
@@ -48,7 +41,7 @@ class JMAPSessionTest : public testing::Test {
                                  .openURL = [this](const std::string& url) { opened.push_back(url); }});
   }
 
-  platform::HttpResult<platform::HttpResponse> serve(const platform::HttpRequest& request) {
+  Response serve(const platform::HttpRequest& request) {
     if (onRequest)
       if (auto special = onRequest(request))
         return *special;
@@ -57,10 +50,15 @@ class JMAPSessionTest : public testing::Test {
     const auto call = boost::json::parse(request.body).at("methodCalls").at(0);
     const std::string method(call.at(0).as_string());
     methods.push_back(method);
-    const auto special = answers.find(method + " " + std::string(call.at(2).as_string()));
-    const auto& arguments = special == answers.end() ? answers[method] : special->second;
-    return support::FakeHttpClient::ok("{\"methodResponses\":[[\"" + method + "\"," + arguments +
-                                       ",\"x\"]]}");
+    return support::FakeHttpClient::ok(answers[method]);
+  }
+  // Does something at each request that holds a text; the answer stays as it is.
+  void atRequest(std::string part, std::function<void()> act) {
+    onRequest = [part = std::move(part), act = std::move(act)](const auto& request) {
+      if (request.body.contains(part))
+        act();
+      return std::optional<Response>();
+    };
   }
 
   void finishLoad() {
@@ -75,22 +73,22 @@ class JMAPSessionTest : public testing::Test {
     methods.clear();
     support::LogCapture::lines().clear();
   }
+  void give(platform::HttpResult<std::string> chunk) {
+    http.feeds.back()->give(std::move(chunk));
+    loop.runUntilIdle();
+  }
   long calls(const std::string& method) const { return std::ranges::count(methods, method); }
 
-  // Runs a task to its end, within a time of the loop.
+  // What a task gives within a time of the loop.
   template <class T>
   std::optional<T> run(async::Task<T> task, async::Duration limit = {}) {
     std::optional<T> result;
     async::Scope scope;
-    scope.spawn(store(std::move(task), result));
+    scope.spawn(support::keepResult(std::move(task), &result));
     loop.runUntilIdle();
     if (!result)
       loop.runUntil([&] { return result.has_value(); }, limit);
     return result;
-  }
-  template <class T>
-  static async::Task<void> store(async::Task<T> task, std::optional<T>& result) {
-    result = co_await std::move(task);
   }
 
   support::LogCapture log;
@@ -104,14 +102,10 @@ class JMAPSessionTest : public testing::Test {
   support::FakeSleepMonitor sleepMonitor;
   support::FakeNotificationCenter center;
   NotificationManager notifications{center};
-  std::vector<std::string> opened;
-  std::vector<std::string> methods;
-  std::map<std::string, std::string> answers{
-      {"Email/get", R"({"state":"s1","list":[]})"},
-      {"Email/changes", R"({"newState":"s2","created":[]})"},
-      {"Mailbox/get", R"({"list":[{"id":"in","role":"inbox","name":"Inbox","unreadEmails":7}]})"}};
-  std::function<std::optional<platform::HttpResult<platform::HttpResponse>>(const platform::HttpRequest&)>
-      onRequest;
+  Lines opened;
+  Lines methods;
+  std::map<std::string, std::string> answers = goodReplies();
+  std::function<std::optional<Response>(const platform::HttpRequest&)> onRequest;
   boost::json::value token = "secret-token";
   support::FakeWebView* page = nullptr;
   std::optional<JMAPSession> session;

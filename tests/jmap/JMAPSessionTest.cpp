@@ -7,139 +7,21 @@ namespace {
 
 using namespace std::chrono_literals;
 namespace json = boost::json;
-using platform::WebError;
 using support::FakeHttpClient;
 
-TEST_F(JMAPSessionTest, WaitersShareALoadAndAreAnsweredByIt) {
-  EXPECT_EQ(page->loads, std::vector<std::string>{"https://app.example.com/"});
-  std::optional<Result<std::string>> first;
-  std::optional<Result<std::string>> second;
-  async::Scope scope;
-  scope.spawn(store(session->currentAccessToken(), first));
-  scope.spawn(store(session->currentAccessToken(), second));
-  loop.runUntilIdle();
-  EXPECT_EQ(page->loads.size(), 2U) << "one more, for both";
-  page->delegate->didFailProvisional({std::string(WebError::urlDomain), WebError::cancelled, "replaced"});
-  loop.runUntilIdle();
-  EXPECT_FALSE(first) << "the end of the first load is not that of the second";
-  finishLoad();
-  EXPECT_EQ(first, Result<std::string>("secret-token"));
-  EXPECT_EQ(second, first);
-}
-
-TEST_F(JMAPSessionTest, AFailedLoadFailsItsWaitersAndIsTriedAgain) {
-  const WebError refused{std::string(WebError::urlDomain), WebError::cannotConnectToHost, "refused"};
-  std::optional<Result<std::string>> answer;
-  async::Scope scope;
-  for (const bool provisional : {true, false}) {
-    scope.spawn(store(session->currentAccessToken(), answer));
-    loop.runUntilIdle();
-    if (provisional)
-      page->delegate->didFailProvisional(refused);
-    else
-      page->delegate->didFail(refused);
-    loop.runUntilIdle();
-    ASSERT_TRUE(answer && !*answer);
-    EXPECT_EQ(answer->error().description(), "Navigation failed: refused");
-    answer.reset();
-  }
-  EXPECT_EQ(page->loads.size(), 3U);
-  loop.advance(30s);
-  EXPECT_EQ(page->loads.size(), 4U) << "also when nobody asks, or nothing would ever begin without network";
-  loop.advance(1h);
-  EXPECT_GT(page->loads.size(), 5U) << "a load that never ends is one that failed";
-}
-
-TEST_F(JMAPSessionTest, WithoutATokenThePageIsLoadedOnceMore) {
-  token = nullptr;
-  page->delegate->didFinish();
-  std::optional<Result<std::string>> answer;
-  async::Scope scope;
-  scope.spawn(store(session->currentAccessToken(), answer));
-  page->evaluations.clear();
-  const auto start = loop.now();
-  ASSERT_TRUE(loop.runUntil([this] { return page->loads.size() == 2; }, 1h));
-  EXPECT_EQ(loop.now() - start, 10s);
-  EXPECT_EQ(page->evaluations[0], "globalThis.FastMail?.auth?.accessToken ?? null");
-  finishLoad();
-  ASSERT_TRUE(loop.runUntil([&] { return answer.has_value(); }, 1h));
-  EXPECT_EQ(loop.now() - start, 15s);
-  EXPECT_EQ(answer->error().description(), "Fastmail is not signed in.");
-}
-
-TEST_F(JMAPSessionTest, APageWithoutAUserIsNotLoadedAgainAndAgain) {
-  token = nullptr;
-  finishLoad();
-  for (std::size_t answered = page->loads.size(); loop.now() < async::TimePoint(10min);) {
-    loop.advance(1s);
-    if (page->loads.size() != std::exchange(answered, page->loads.size()))
-      page->delegate->didFinish();
-  }
-  EXPECT_GE(page->loads.size(), 10U) << "the user may sign in at any time";
-  EXPECT_LE(page->loads.size(), 21U);
-}
-
-TEST_F(JMAPSessionTest, ACountOfTheFormerAccountIsNotShown) {
-  connect();
-  onRequest = [&](const platform::HttpRequest& request)
-      -> std::optional<platform::HttpResult<platform::HttpResponse>> {
-    if (request.body.contains("Mailbox/get"))
-      settings.fastmailEnvironmentDidChange.emit();
-    return std::nullopt;
-  };
-  http.feeds[0]->give("data: \"Mailbox\"\n");
-  loop.runUntilIdle();
-  EXPECT_EQ(settings.unreadCount.get(), 0);
-  EXPECT_EQ(dockTile.labels.back(), std::nullopt);
-}
-
-TEST_F(JMAPSessionTest, TakesOnlyATextAsToken) {
-  page->delegate->didFinish();
-  json::value values[] = {nullptr, "", 5, json::array{"x"}, "late"};
-  std::size_t asked = 0;
-  page->answer = [&](const std::string&) -> platform::ScriptResult {
-    if (asked == 4 && values[4] == "late")
-      values[4] = "token";
-    else if (asked == 4)
-      return values[4];
-    if (asked == 2)
-      return ++asked, std::unexpected(platform::ScriptError{platform::ScriptError::Kind::exception, "x"});
-    return values[asked < 4 ? asked++ : asked];
-  };
-  const auto answer = run(session->currentAccessToken(), 1h);
-  EXPECT_EQ(answer, Result<std::string>("token"));
-}
-
 TEST_F(JMAPSessionTest, ARequestCarriesTheTokenAndTheCookiesOfItsHost) {
-  struct Case {
-    std::string domain;
-    bool matches;
-  };
-  const Case cases[] = {{"api.example.com", true},
-                        {".example.com", true},
-                        {".api.example.com", true},
-                        {"example.com", false},
-                        {".xample.com", false},
-                        {"API.example.com", false},
-                        {"x.api.example.com", false},
-                        {".com", true},
-                        {"", false},
-                        {".x.api.example.com", false},
-                        {"badapi.example.com", false}};
-  int number = 0;
-  std::string expected;
-  for (const auto& [domain, matches] : cases) {
-    const auto name = "c" + std::to_string(number++);
-    cookies.cookies.push_back({name, "v", domain, "/"});
-    if (matches)
-      expected += (expected.empty() ? "" : "; ") + name + "=v";
-  }
+  for (const auto* domain : {"api.example.com", ".example.com", ".api.example.com", ".com"})
+    cookies.cookies.push_back({"c", domain, domain, "/"});
+  for (const auto* domain : {"example.com", ".xample.com", "API.example.com", "x.api.example.com", "",
+                             ".x.api.example.com", "badapi.example.com"})
+    cookies.cookies.push_back({"c", "elsewhere", domain, "/"});
   finishLoad();
   const auto& request = http.requests.at(0);
   EXPECT_EQ(request.url, "https://api.example.com/jmap/session");
   EXPECT_EQ(request.method, "GET");
   EXPECT_EQ(platform::headerValue(request.headers, "Authorization"), "Bearer secret-token");
-  EXPECT_EQ(platform::headerValue(request.headers, "Cookie"), expected);
+  EXPECT_EQ(platform::headerValue(request.headers, "Cookie"),
+            "c=api.example.com; c=.example.com; c=.api.example.com; c=.com");
   EXPECT_EQ(request.timeout, 60s);
 
   cookies.cookies = {{"c", "v", "elsewhere.example", "/"}, {"d", "a\tb", "api.example.com", "/"}};
@@ -149,26 +31,22 @@ TEST_F(JMAPSessionTest, ARequestCarriesTheTokenAndTheCookiesOfItsHost) {
   EXPECT_EQ(post.method, "POST");
   EXPECT_EQ(platform::headerValue(post.headers, "Content-Type"), "application/json");
   EXPECT_EQ(platform::headerValue(post.headers, "Cookie"), std::nullopt);
-  EXPECT_EQ(json::parse(post.body).at("using"),
-            (json::array{"urn:ietf:params:jmap:core", "urn:ietf:params:jmap:mail"}));
 }
 
 TEST_F(JMAPSessionTest, RejectedRepliesAreTriedFiveTimesWithFreshTokens) {
-  struct Case {
-    platform::HttpResult<platform::HttpResponse> reply;
-    std::string logged; // of the reply; empty for none
-    std::string error;
-  };
   const std::string shape = "Unexpected JMAP response format.";
   const auto rejected = [](int status, const std::string& body) {
     return "JMAP request rejected — status: " + std::to_string(status) + ", body: " + body;
   };
   const std::string methodError = R"({"methodResponses":[["a",{},"0"],["error",{"type":"x"},"q0"]]})";
   const std::string cut = std::string(3999, 'x') + "\xC3\xA9";
-  const Case cases[] = {
+  const struct {
+    Response reply;
+    std::string logged; // of the reply; empty for none
+    std::string error;
+  } cases[] = {
       {FakeHttpClient::ok(""), rejected(200, ""), shape},
       {FakeHttpClient::ok(methodError), rejected(200, methodError), shape},
-      {platform::HttpResponse{401, {}, "no"}, rejected(401, "no"), shape},
       {platform::HttpResponse{302, {}, "x"}, rejected(302, "x"), shape},
       {platform::HttpResponse{500, {}, std::string(5000, 'x')}, rejected(500, std::string(4000, 'x')), shape},
       {platform::HttpResponse{500, {}, cut + "tail"}, rejected(500, "<4005 non-UTF8 bytes>"), shape},
@@ -176,8 +54,6 @@ TEST_F(JMAPSessionTest, RejectedRepliesAreTriedFiveTimesWithFreshTokens) {
       // What a server repeats of the request must not reach the log.
       {platform::HttpResponse{403, {}, "you sent TOKEN and sid=42, sid-value-abc"},
        rejected(403, "you sent <private> and <private>, <private>"), shape},
-      {platform::HttpResponse{403, {}, std::string(3995, 'x') + "TOKEN more"},
-       rejected(403, std::string(3995, 'x') + "<priv"), shape},
   };
   cookies.cookies = {{"sid", "42", "api.example.com", "/"}, {"id", "sid-value-abc", ".example.com", "/"}};
   connect();
@@ -198,10 +74,12 @@ TEST_F(JMAPSessionTest, RejectedRepliesAreTriedFiveTimesWithFreshTokens) {
     ASSERT_TRUE(result && !*result);
     EXPECT_EQ(result->error().description(), error);
     EXPECT_EQ(loop.now() - start, 3200ms);
-    ASSERT_EQ(http.requests.size(), 5U);
-    EXPECT_EQ(platform::headerValue(http.requests[0].headers, "Authorization"), "Bearer secret-token1");
-    for (std::size_t i = 1; i < 5; ++i)
-      EXPECT_EQ(platform::headerValue(http.requests[i].headers, "Authorization"), "Bearer secret-token2");
+    Lines tokens;
+    for (const auto& request : http.requests)
+      tokens.push_back(*platform::headerValue(request.headers, "Authorization"));
+    Lines expectedTokens(5, "Bearer secret-token2");
+    expectedTokens[0] = "Bearer secret-token1";
+    EXPECT_EQ(tokens, expectedTokens);
     if (!logged.empty())
       EXPECT_GE(log.count("error network: " + logged), 4) << testing::PrintToString(log.lines());
     EXPECT_EQ(log.count("error network: JMAP request attempt 5/5 failed: " + error), 1);
@@ -212,47 +90,46 @@ TEST_F(JMAPSessionTest, RejectedRepliesAreTriedFiveTimesWithFreshTokens) {
 
 TEST_F(JMAPSessionTest, WhatAnAcceptedReplyRepeatsStaysOutOfTheLogToo) {
   connect();
-  answers["Email/set"] = R"({"notUpdated":{"M1":{"description":"you sent secret-token"}}})";
+  answers["Email/set"] =
+      support::FakeJMAPClient::reply({R"({"notUpdated":{"M1":{"description":"you sent secret-token"}}})"});
   async::Scope scope;
   scope.spawn(session->mail().setMailboxMembership({"M1"}, "B1", true));
   loop.runUntilIdle();
-  EXPECT_EQ(log.lines(), std::vector<std::string>{
-                             R"(error network: setMailboxMembership: 1 email(s) failed to add mailbox B1: )"
-                             R"({"M1":{"description":"you sent <private>"}})"});
+  EXPECT_EQ(log.lines(), Lines{R"(error network: setMailboxMembership: 1 email(s) failed to add mailbox B1: )"
+                               R"({"M1":{"description":"you sent <private>"}})"});
 }
 
-TEST_F(JMAPSessionTest, AReplyOfNothingButCommasIsRefusedUnread) {
-  connect();
-  std::string body = "[0";
+TEST_F(JMAPSessionTest, WhatIsNoErrorReplyIsTakenAtOnceAndReadWithinLimits) {
+  std::string commas = "[0";
   for (int i = 0; i < 4'000'001; ++i)
-    body += ",0";
-  onRequest = [&](const platform::HttpRequest&) { return std::optional(FakeHttpClient::ok(body + "]")); };
-  const auto result = run(session->mail().inboxUnreadCount());
-  ASSERT_TRUE(result && !*result);
-  EXPECT_EQ(result->error().kind, JMAPError::Kind::malformed);
-}
-
-TEST_F(JMAPSessionTest, WhatIsNoErrorReplyIsAccepted) {
+    commas += ",0";
   connect();
-  for (const auto* body : {R"({"methodResponses":[["error"],5]})", R"({"methodResponses":{"error":1}})",
-                           R"([["error",{},"0"]])", "not JSON", R"({"methodResponses":[[],["Error",{}]]})"}) {
+  for (const auto& body : {std::string(R"({"methodResponses":[["error"],5]})"),
+                           std::string(R"({"methodResponses":{"error":1}})"), std::string("not JSON"),
+                           std::string(R"([["error",{},"0"]])"), commas + "]"}) {
     onRequest = [&](const platform::HttpRequest&) { return std::optional(FakeHttpClient::ok(body)); };
     http.requests.clear();
-    EXPECT_TRUE(run(session->mail().inboxUnreadCount())) << body << " needs no second attempt";
-    EXPECT_EQ(http.requests.size(), 1U) << body;
+    const auto result = run(session->mail().inboxUnreadCount());
+    EXPECT_EQ(http.requests.size(), 1U) << body.substr(0, 100);
+    const bool unread = body.front() == 'n' || body.size() > 1000;
+    const auto expected = unread ? JMAPError::Kind::malformed : JMAPError::Kind::badResponse;
+    EXPECT_EQ(result.value().error().kind, expected) << body.substr(0, 100);
   }
 }
 
-TEST_F(JMAPSessionTest, TheSessionResourceIsKeptUntilTheEnvironmentChanges) {
+TEST_F(JMAPSessionTest, NothingOfAnEnvironmentOutlivesIt) {
   connect();
   run(session->fetchSessionData());
-  EXPECT_TRUE(http.requests.empty());
-  settings.unreadCount.set(7);
+  EXPECT_TRUE(http.requests.empty()) << "the session resource is kept";
   session->mail().mailboxes().inboxId = "in";
-
-  settings.setEnvironment(settings::FastmailEnvironment::beta);
-  settings.fastmailEnvironmentDidChange.emit();
-  loop.runUntilIdle();
+  // The change comes while the unread are being counted.
+  atRequest("Mailbox/get", [this] {
+    settings.setEnvironment(settings::FastmailEnvironment::beta);
+    settings.fastmailEnvironmentDidChange.emit();
+  });
+  give("data: \"Mailbox\"\n");
+  onRequest = nullptr;
+  http.requests.clear();
   EXPECT_EQ(page->loads.back(), "https://beta.example.com/");
   EXPECT_EQ(settings.unreadCount.get(), 0);
   EXPECT_EQ(dockTile.labels.back(), std::nullopt);
@@ -283,8 +160,7 @@ TEST_F(JMAPSessionTest, ASessionIsKeptForItsOwnEnvironmentOnly) {
     changeTo(FastmailEnvironment::production);
     page->delegate->didFinish();
     int served = 0;
-    onRequest = [&](const platform::HttpRequest& request)
-        -> std::optional<platform::HttpResult<platform::HttpResponse>> {
+    onRequest = [&](const platform::HttpRequest& request) -> std::optional<Response> {
       if (request.method != "GET")
         return std::nullopt;
       auto resource = json::parse(sessionText).as_object();
@@ -307,16 +183,10 @@ TEST_F(JMAPSessionTest, ASessionIsKeptForItsOwnEnvironmentOnly) {
 TEST(JMAPSessionData, IsDecodedStrictlyAndResolved) {
   const auto good = json::parse(sessionText).as_object();
   const auto from = "https://api.example.com/jmap/session";
-  const std::pair<std::string, json::value> broken[] = {{"apiUrl", nullptr},
-                                                        {"apiUrl", 5},
-                                                        {"apiUrl", "https://a b/"},
-                                                        {"eventSourceUrl", {}},
-                                                        {"apiUrl", ""},
-                                                        {"downloadUrl", 5},
-                                                        {"downloadUrl", true},
-                                                        {"primaryAccounts", json::array()},
-                                                        {"primaryAccounts", 1},
-                                                        {"primaryAccounts", {{"a", 5}}}};
+  const std::pair<std::string, json::value> broken[] = {
+      {"apiUrl", nullptr},    {"apiUrl", 5},      {"apiUrl", "https://a b/"},
+      {"eventSourceUrl", {}}, {"apiUrl", ""},     {"downloadUrl", true},
+      {"primaryAccounts", 1}, {"downloadUrl", 5}, {"primaryAccounts", {{"a", 5}}}};
   for (const auto& [key, value] : broken) {
     auto changed = good;
     changed[key] = value;
@@ -324,7 +194,7 @@ TEST(JMAPSessionData, IsDecodedStrictlyAndResolved) {
     changed.erase(key);
     EXPECT_FALSE(JMAPSessionData::decode(json::serialize(changed), from)) << key;
   }
-  for (const auto* text : {"", "<html>", "[]", "null", "{\"apiUrl\":"})
+  for (const auto* text : {"", "<html>", "[]", "{\"apiUrl\":"})
     EXPECT_EQ(JMAPSessionData::decode(text, from).error().kind, JMAPError::Kind::malformed) << text;
 
   const std::pair<std::string, std::string> addresses[] = {
@@ -342,8 +212,6 @@ TEST(JMAPSessionData, IsDecodedStrictlyAndResolved) {
     EXPECT_EQ(data->apiUrl, expected);
     EXPECT_EQ(data->eventSourceUrl, expected + "?t={types}");
   }
-  for (const auto& [id, parameter] : {std::pair{"u123", "123"}, {"x1", "x1"}, {"", ""}, {"uu1", "u1"}})
-    EXPECT_EQ(accountParameter(id), parameter);
 }
 
 } // namespace

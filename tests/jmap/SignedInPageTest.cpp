@@ -5,6 +5,7 @@
 #include "settings/AppSettings.h"
 #include "support/FakeDesktop.h"
 #include "support/FakeWebView.h"
+#include "support/RunToEnd.h"
 #include "support/TestSite.h"
 
 #include <boost/json/array.hpp>
@@ -19,6 +20,7 @@ using platform::NavigationPolicy;
 using platform::WebError;
 
 const WebError refused{std::string(WebError::urlDomain), WebError::cannotConnectToHost, "refused"};
+const WebError replaced{std::string(WebError::urlDomain), WebError::cancelled, "replaced"};
 
 class SignedInPageTest : public testing::Test {
  protected:
@@ -29,12 +31,11 @@ class SignedInPageTest : public testing::Test {
   }
   platform::WebViewDelegate& engine() { return *view->delegate; }
   template <class T>
-  static async::Task<void> store(async::Task<T> task, std::optional<T>& result) {
-    result = co_await std::move(task);
-  }
-  async::TaskHandle poll(int attempts) {
-    token.reset();
-    return scope.spawn(store(page->pollAccessToken(attempts), token));
+  async::TaskHandle start(async::Task<T> task, std::optional<T>& result) {
+    result.reset();
+    auto handle = scope.spawn(support::keepResult(std::move(task), &result));
+    loop.runUntilIdle();
+    return handle;
   }
 
   async::VirtualEventLoop loop;
@@ -44,7 +45,9 @@ class SignedInPageTest : public testing::Test {
   support::FakeWebView* view = nullptr;
   int finished = 0;
   std::optional<SignedInPage> page;
-  std::optional<Result<std::optional<std::string>>> token;
+  std::optional<Result<std::optional<std::string>>> polled;
+  std::optional<Result<std::string>> token;
+  std::optional<Result<void>> loaded;
   async::Scope scope;
 };
 
@@ -58,45 +61,84 @@ TEST_F(SignedInPageTest, TakesOnlyATextThatIsNotEmptyAsToken) {
       {"token", "token"}};
   for (const auto& [answer, expected] : cases) {
     view->answer = [&answer](const std::string&) { return answer; };
-    poll(1);
+    start(page->pollAccessToken(1), polled);
     loop.advance(500ms);
-    ASSERT_TRUE(token && *token);
-    EXPECT_EQ(**token, expected);
+    ASSERT_TRUE(polled && *polled);
+    EXPECT_EQ(**polled, expected);
   }
-  poll(0);
-  loop.runUntilIdle();
-  EXPECT_EQ(**token, std::nullopt);
+  start(page->pollAccessToken(0), polled);
+  EXPECT_EQ(**polled, std::nullopt);
   EXPECT_EQ(view->evaluations.size(), std::size(cases)) << "none asks nothing";
+  EXPECT_EQ(view->evaluations[0], "globalThis.FastMail?.auth?.accessToken ?? null");
 }
 
 TEST_F(SignedInPageTest, ACancelledPollEndsWithoutAnotherQuestion) {
-  auto polling = poll(20);
+  auto polling = start(page->pollAccessToken(20), polled);
   loop.advance(1200ms);
   polling.cancel();
   loop.advance(1min);
-  ASSERT_TRUE(token && !*token);
-  EXPECT_EQ(token->error(), JMAPError::cancelled());
+  ASSERT_TRUE(polled && !*polled);
+  EXPECT_EQ(polled->error(), JMAPError::cancelled());
   EXPECT_EQ(view->evaluations.size(), 3U);
+}
+
+TEST_F(SignedInPageTest, WaitersShareALoadAndAreAnsweredByIt) {
+  view->answer = [](const std::string&) { return json::value("token"); };
+  std::optional<Result<std::string>> second;
+  start(page->currentAccessToken(), token);
+  start(page->currentAccessToken(), second);
+  EXPECT_EQ(view->loads, std::vector<std::string>(2, "https://app.example.com/")) << "one more, for both";
+  engine().didFailProvisional(replaced);
+  loop.runUntilIdle();
+  EXPECT_FALSE(token) << "the end of the first load is not that of the second";
+  engine().didFinish();
+  loop.runUntilIdle();
+  EXPECT_EQ(token, Result<std::string>("token"));
+  EXPECT_EQ(second, token);
+}
+
+TEST_F(SignedInPageTest, WithoutATokenThePageIsLoadedOnceMoreButNotAgainAndAgain) {
+  engine().didFinish();
+  const auto begin = loop.now();
+  start(page->currentAccessToken(), token);
+  ASSERT_TRUE(loop.runUntil([this] { return view->loads.size() == 2; }, 1h));
+  EXPECT_EQ(loop.now() - begin, 10s);
+  engine().didFinish();
+  ASSERT_TRUE(loop.runUntil([this] { return token.has_value(); }, 1h));
+  EXPECT_EQ(loop.now() - begin, 15s);
+  EXPECT_EQ(token->error(), JMAPError::notAuthenticated());
+
+  start(page->currentAccessToken(), token);
+  loop.advance(10s);
+  EXPECT_EQ(token.value().error(), JMAPError::notAuthenticated());
+  EXPECT_EQ(view->loads.size(), 2U) << "15 s after the last time";
+  loop.advance(5s);
+  start(page->currentAccessToken(), token);
+  loop.advance(10s);
+  EXPECT_EQ(view->loads.size(), 3U) << "the user may sign in at any time";
 }
 
 TEST_F(SignedInPageTest, APageThatHasFinishedStays) {
   engine().didFailProvisional(refused);
   engine().didFinish(); // of a load that the page began itself
   loop.advance(1h);
-  EXPECT_EQ(view->loads.size(), 1U) << "neither the pause nor the deadline is still running";
-  EXPECT_EQ(finished, 1);
+  EXPECT_EQ(view->loads.size(), 1U) << "the pause is not still running";
+  page->load();
+  engine().didFinish();
+  loop.advance(1h);
+  EXPECT_EQ(view->loads.size(), 2U) << "nor the deadline";
+  EXPECT_EQ(finished, 2);
 }
 
 TEST_F(SignedInPageTest, APageThatIsLostComesBack) {
   const std::pair<const char*, std::function<void()>> losses[] = {
       {"Navigation failed: refused", [this] { engine().didFail(refused); }},
+      {"Navigation failed: refused", [this] { engine().didFailProvisional(refused); }},
       {"Navigation failed: The page's process has ended.", [this] { engine().webProcessDidTerminate(true); }},
       {"Navigation failed: The request timed out.", [this] { loop.advance(2min); }}};
   for (const auto& [reason, lose] : losses) {
     page->forget();
-    std::optional<Result<void>> loaded;
-    scope.spawn(store(page->waitForPageLoad(), loaded));
-    loop.runUntilIdle();
+    start(page->waitForPageLoad(), loaded);
     const auto loads = view->loads.size();
     lose();
     loop.runUntilIdle();
@@ -111,10 +153,8 @@ TEST_F(SignedInPageTest, APageThatIsLostComesBack) {
   engine().didFinish();
   engine().webProcessDidTerminate(true);
   loop.advance(10s);
-  std::optional<Result<void>> loaded;
   const auto loads = view->loads.size();
-  scope.spawn(store(page->waitForPageLoad(), loaded));
-  loop.runUntilIdle();
+  start(page->waitForPageLoad(), loaded);
   EXPECT_EQ(view->loads.size(), loads + 1) << "who asks need not wait for the pause";
   EXPECT_FALSE(loaded) << "a page without its process is not loaded";
   loop.advance(30s);
