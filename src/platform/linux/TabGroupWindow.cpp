@@ -6,27 +6,26 @@
 #include "platform/linux/WindowSystem.h"
 #include "platform/linux/X11Windows.h"
 
+#include <chrono>
 #include <utility>
 
 namespace ondrel::platform {
 
 namespace {
 
+constexpr std::chrono::milliseconds tabOpeningTime{300}; // and a little more
+
 // Without chrome (nothing set one) the top-level still needs its buttons.
 GtkWidget* topBarOf(GroupChrome* chrome) {
   return chrome ? static_cast<GtkWidget*>(chrome->topBar().handle) : adw_header_bar_new();
 }
 
-GtkWidget* verticalBox(GtkWidget* topBar, AdwTabView* view) {
-  auto* tabBar = adw_tab_bar_new();
-  adw_tab_bar_set_view(tabBar, view);
-  adw_tab_bar_set_autohide(tabBar, TRUE);
-  gtk_widget_set_vexpand(GTK_WIDGET(view), TRUE);
-
+GtkWidget* verticalBox(GtkWidget* topBar, AdwTabBar* tabBar, AdwTabView* view) {
   auto* box = gtk_box_new(GTK_ORIENTATION_VERTICAL, 0);
   gtk_box_append(GTK_BOX(box), topBar);
   gtk_box_append(GTK_BOX(box), GTK_WIDGET(tabBar));
   gtk_box_append(GTK_BOX(box), GTK_WIDGET(view));
+  gtk_widget_set_vexpand(GTK_WIDGET(view), TRUE);
   return box;
 }
 
@@ -41,9 +40,7 @@ TabGroupWindow::TabGroupWindow(WindowSystem& system, GtkApplication* application
   adw_tab_view_set_shortcuts(view_.get(), ADW_TAB_VIEW_SHORTCUT_NONE);
   gtk_widget_set_size_request(GTK_WIDGET(window_.get()), static_cast<int>(smallestWidth),
                               static_cast<int>(smallestHeight));
-  adw_application_window_set_content(ADW_APPLICATION_WINDOW(window_.get()),
-                                     bars == Bars::shown ? verticalBox(topBarOf(chrome_.get()), view_.get())
-                                                         : GTK_WIDGET(view_.get()));
+  fill(bars);
   updateTitle();
   connectTabs();
   connectKeys();
@@ -60,7 +57,27 @@ TabGroupWindow::~TabGroupWindow() {
   destroy();
 }
 
+void TabGroupWindow::fill(Bars bars) {
+  auto* content = GTK_WIDGET(view_.get());
+  if (bars == Bars::shown) {
+    auto* tabBar = adw_tab_bar_new();
+    adw_tab_bar_set_autohide(tabBar, TRUE);
+    fillTabBar_ = async::Timer({}, [this, tabBar] { fillTabBar(tabBar); });
+    content = verticalBox(topBarOf(chrome_.get()), tabBar, view_.get());
+  }
+  adw_application_window_set_content(ADW_APPLICATION_WINDOW(window_.get()), content);
+}
+
+// The bar scrolls to each tab that comes. Those of a restored window are all there a turn after it was made;
+// once they have their sizes, the one in front is brought back into view.
+void TabGroupWindow::fillTabBar(AdwTabBar* tabBar) {
+  adw_tab_bar_set_view(tabBar, view_.get());
+  fillTabBar_ =
+      async::Timer(tabOpeningTime, [this] { g_object_notify(G_OBJECT(view_.get()), "selected-page"); });
+}
+
 void TabGroupWindow::destroy() {
+  fillTabBar_ = {};
   connections_.clear();
   titleConnection_ = {};
   chrome_.reset();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "async/Timer.h"
 #include "platform/GroupChrome.h"
 #include "platform/linux/TabMenu.h"
 #include "platform/linux/WindowPlacement.h"
@@ -54,6 +55,8 @@ class TabGroupWindow final : public WindowGroup, public std::enable_shared_from_
   AdwTabView* tabView() const { return view_.get(); }
 
  private:
+  void fill(Bars bars);
+  void fillTabBar(AdwTabBar* tabBar);
   void connectTabs();
   void connectKeys();
   void closeAll();
@@ -67,6 +70,7 @@ class TabGroupWindow final : public WindowGroup, public std::enable_shared_from_
   std::unique_ptr<GroupChrome> chrome_;
   WindowPlacement placement_;
   TabMenu menu_;
+  async::Timer fillTabBar_;
   std::weak_ptr<Window> lastSelected_;
   std::vector<glib::Connection> connections_;
   glib::Connection titleConnection_; // of the selected page
