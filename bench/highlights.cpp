@@ -116,7 +116,8 @@ async::Task<void> measure(platform::WebView& view, PageDelegate& delegate) {
 }
 
 web::UserScripts highlightScript() {
-  const web::PageScripts all(scripts::pageScriptSource(platform::resourceText));
+  const web::PageScripts all(
+      scripts::pageScriptSource(platform::resourceText, scripts::ConsoleRelay::unwanted));
   auto scripts = all.mainConfiguration()->userScripts;
   std::erase_if(scripts, [](const auto& script) { return script->name != "highlightHostScript"; });
   return scripts;

@@ -34,7 +34,7 @@ using namespace ondrel::bench;
 using namespace std::chrono_literals;
 
 constexpr int tabCount = 20;
-constexpr std::array threadCounts{1000, 2000};
+constexpr std::array threadCounts{200, 2000};
 constexpr int rowCount = 50; // that a page shows, each tenth of a highlighted thread
 constexpr int rounds = 31;
 constexpr int warmUpRounds = 5;
@@ -130,7 +130,8 @@ class Tabs {
   support::FakeNotificationCenter center_;
   jmap::NotificationManager notifications_{center_};
   settings::AppSettings settings_;
-  const web::PageScripts scripts_{scripts::pageScriptSource(platform::resourceText)};
+  const web::PageScripts scripts_{
+      scripts::pageScriptSource(platform::resourceText, scripts::ConsoleRelay::unwanted)};
   app::SessionStore sessionStore_{files_, files_};
   web::WebServices services_;
   GtkStack* stack_;

@@ -262,7 +262,8 @@ int main(int count, char** values) {
   gtk_window_set_default_size(window.window(), 1200, 1000);
   window.show(box);
 
-  const web::PageScripts scripts(scripts::pageScriptSource(platform::resourceText));
+  const web::PageScripts scripts(
+      scripts::pageScriptSource(platform::resourceText, scripts::ConsoleRelay::unwanted));
   Bench bench{window.factory(),
               words.contains("without") ? web::UserScripts{} : scripts.mainConfiguration()->userScripts,
               words.contains("second"), box, values[1]};

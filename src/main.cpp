@@ -72,6 +72,12 @@ unsigned randomUpTo(unsigned most) {
   return std::uniform_int_distribution<unsigned>(0, most)(device);
 }
 
+scripts::ConsoleRelay consoleRelay() {
+  // The level of those lines.
+  return platform::GlibLogSink::shows(base::LogLevel::debug) ? scripts::ConsoleRelay::wanted
+                                                             : scripts::ConsoleRelay::unwanted;
+}
+
 // Everything that lives from start-up to the end, made in the order in which it stands on each other.
 class Program {
  public:
@@ -89,7 +95,8 @@ class Program {
              .applicationName = bundle.displayName,
              .useActivationToken =
                  [&application](const std::string& token) { application.setActivationToken(token); }}),
-        launcherEntry_(bundle.identifier), scripts_(scripts::pageScriptSource(platform::resourceText)),
+        launcherEntry_(bundle.identifier),
+        scripts_(scripts::pageScriptSource(platform::resourceText, consoleRelay())),
         app_({.bundle = bundle,
               .application = application,
               .defaults = defaults_,

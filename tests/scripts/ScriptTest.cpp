@@ -11,7 +11,7 @@ namespace ondrel::tests {
 
 namespace {
 const web::PageScripts& allScripts() {
-  static const web::PageScripts all(scripts::pageScriptSource(resourceText));
+  static const web::PageScripts all(scripts::pageScriptSource(resourceText, scripts::ConsoleRelay::wanted));
   return all;
 }
 } // namespace

@@ -84,7 +84,7 @@ GLogLevelFlags glibLevel(base::LogLevel level) {
 // Doesn't go through g_log(): an error of ours is none of GLib's criticals and must not be fatal where those
 // are.
 void sink(base::LogLevel level, std::string_view category, std::string_view message) {
-  if (level < state.threshold)
+  if (!GlibLogSink::shows(level))
     return;
   if (state.toJournal) {
     const auto text = GlibLogSink::escaped(message);
@@ -136,6 +136,10 @@ void GlibLogSink::install(std::string subsystem) {
            .toJournal = g_log_writer_is_journald(STDERR_FILENO) != FALSE};
   g_log_set_writer_func(writer, nullptr, nullptr);
   base::setLogSink(sink);
+}
+
+bool GlibLogSink::shows(base::LogLevel level) {
+  return level >= state.threshold;
 }
 
 base::LogLevel GlibLogSink::levelFromEnvironment(const char* value) {

@@ -17,6 +17,8 @@ class GlibLogSink {
   // Once, before anything logs; later calls do nothing. `subsystem` is the program's id.
   static void install(std::string subsystem);
 
+  // Whether lines of that level are shown.
+  static bool shows(base::LogLevel level);
   static base::LogLevel levelFromEnvironment(const char* value);
   // "2026-01-31 12:00:00.000 ondrel[system] error: message", one line of valid UTF-8 without control
   // characters.
