@@ -85,9 +85,10 @@ void JMAPSession::startFallbackLoop() {
 }
 
 async::Task<void> JMAPSession::refreshBadgeNowAndThen() {
-  bool slept = true;
-  while (slept) {
-    slept = co_await async::sleep(badgeFallbackInterval);
+  while (true) {
+    const bool slept = co_await async::sleep(badgeFallbackInterval);
+    if (!slept)
+      co_return;
     badgeRefreshSignal_.send();
   }
 }
