@@ -95,6 +95,7 @@ async::Task<void> HighlightService::syncTag(std::vector<jmap::ThreadEmailInfo> t
   const bool hasHighlights = std::ranges::any_of(
       threadEmails, [this](const auto& email) { return !store_.highlights(email.messageId).empty(); });
   std::vector<std::string> internalIds;
+  internalIds.reserve(threadEmails.size());
   for (auto& email : threadEmails)
     internalIds.push_back(std::move(email.internalId));
   logger_.info("syncTag: setting mailbox '{}' ({}) to {} on internalId(s) {}", name, *mailboxId,
