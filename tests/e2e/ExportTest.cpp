@@ -29,15 +29,11 @@ class ExportTest : public UserHandsTest {
     UserHandsTest::TearDown();
   }
 
-  // The panel has no title of its own, so that only the number of windows tells it.
-  static std::size_t topLevels() { return xdotool("search --onlyvisible --class Ondrel").size() - 1; }
   void openPanel() {
     press("ctrl+shift+p");
-    ASSERT_TRUE(eventually([] { return topLevels() == 2; }));
-    const auto found = xdotool("search --onlyvisible --class Ondrel");
-    for (const auto& line : found)
-      if (line != "done" && std::stoul(line) != main)
-        focus(std::stoul(line));
+    const auto panel = windowBeside({main});
+    ASSERT_NE(panel, 0U);
+    focus(panel);
   }
 
   fs::path folder;
@@ -55,7 +51,7 @@ TEST_F(ExportTest, WritesThePageWithItsMarginsUnderItsTitleIfThePanelIsAccepted)
 
   openPanel();
   press("Escape");
-  ASSERT_TRUE(eventually([] { return topLevels() == 1; }));
+  ASSERT_TRUE(eventually([&] { return windows() == std::set{main}; }));
   EXPECT_TRUE(fs::is_empty(folder));
 
   focus(main);

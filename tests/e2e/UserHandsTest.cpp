@@ -5,18 +5,15 @@
 #include <cstdio>
 #include <cstdlib>
 #include <iterator>
+#include <optional>
 #include <sstream>
 
 namespace ondrel::e2e {
 
-void UserHandsTest::SetUp() {
-  if (std::system("command -v xdotool >/dev/null") != 0)
-    GTEST_SKIP() << "xdotool is missing";
-  ProgramTest::SetUp();
-}
+namespace {
 
-std::vector<std::string> UserHandsTest::xdotool(const std::string& arguments) {
-  auto* pipe = popen(("xdotool " + arguments + " 2>/dev/null && echo done").c_str(), "r");
+std::vector<std::string> linesOf(const std::string& command) {
+  auto* pipe = popen(command.c_str(), "r");
   std::string output;
   std::array<char, 4096> part{};
   while (const auto length = std::fread(part.data(), 1, part.size(), pipe))
@@ -26,6 +23,25 @@ std::vector<std::string> UserHandsTest::xdotool(const std::string& arguments) {
   std::istringstream stream(output);
   for (std::string line; std::getline(stream, line);)
     lines.push_back(line);
+  return lines;
+}
+
+// None when the window has gone.
+std::optional<std::string> nameOf(unsigned long window) {
+  const auto lines = linesOf("xdotool getwindowname " + std::to_string(window) + " 2>/dev/null");
+  return lines.empty() ? std::nullopt : std::optional(lines.front());
+}
+
+} // namespace
+
+void UserHandsTest::SetUp() {
+  if (std::system("command -v xdotool >/dev/null") != 0)
+    GTEST_SKIP() << "xdotool is missing";
+  ProgramTest::SetUp();
+}
+
+std::vector<std::string> UserHandsTest::xdotool(const std::string& arguments) {
+  const auto lines = linesOf("xdotool " + arguments + " 2>/dev/null && echo done");
   // A failure halfway has lines too.
   if (lines.empty() || lines.back() != "done")
     return {};
@@ -69,18 +85,25 @@ void UserHandsTest::click(WindowId window, int x, int y) {
 }
 
 std::set<UserHandsTest::WindowId> UserHandsTest::windows() {
+  // A window that goes away while it is looked at makes the whole search fail, as if there were none.
+  std::vector<std::string> lines;
+  eventually([&] {
+    lines = linesOf("xdotool search --onlyvisible --class Ondrel 2>&1");
+    return std::ranges::none_of(lines, [](const auto& line) { return line.starts_with("X Error"); });
+  });
   std::set<WindowId> result;
-  for (const auto& line : xdotool("search --onlyvisible --class Ondrel")) {
+  for (const auto& line : lines) {
+    const auto id = std::stoul(line);
+    const auto name = nameOf(id);
     // A tooltip is a window of the display too; it bears the program's name.
-    if (line != "done" && title(std::stoul(line)) != "Ondrel")
-      result.insert(std::stoul(line));
+    if (name && name != "Ondrel")
+      result.insert(id);
   }
   return result;
 }
 
 std::string UserHandsTest::title(WindowId window) {
-  const auto lines = xdotool("getwindowname " + std::to_string(window));
-  return lines.size() > 1 ? lines.front() : "";
+  return nameOf(window).value_or("");
 }
 
 UserHandsTest::WindowId UserHandsTest::windowBeside(const std::set<WindowId>& before) {

@@ -30,7 +30,7 @@ class UserHandsTest : public ProgramTest {
   static void moveTo(WindowId window, int x, int y);
   static void click(WindowId window, int x, int y);
 
-  // The program's top-levels on the screen.
+  // The program's top-levels on the screen, panels among them.
   static std::set<WindowId> windows();
   static std::string title(WindowId window);
   // The window that has come since, as soon as it is the only one; 0 when none comes.
