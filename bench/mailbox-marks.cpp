@@ -15,9 +15,11 @@
 #include "settings/AppSettings.h"
 #include "support/FakeApplication.h"
 #include "support/FakeDesktop.h"
+#include "support/FakeHttpClient.h"
 #include "support/FakeJMAPClient.h"
 #include "support/FakeNotificationCenter.h"
 #include "support/PageServer.h"
+#include "web/MessageFiles.h"
 #include "web/WebServices.h"
 #include "web/WebView.h"
 #include "web/WebViewConfiguration.h"
@@ -63,7 +65,8 @@ class Tabs {
                                                          .webViews = window.factory(),
                                                          .panels = panels_,
                                                          .workspace = workspace_,
-                                                         .notifications = notifications_},
+                                                         .notifications = notifications_,
+                                                         .messageFiles = messageFiles_},
         stack_(GTK_STACK(gtk_stack_new())),
         manager_(application_, settings_, sessionStore_, clipboard_, services_,
                  [this](std::shared_ptr<web::WindowViewModel> model, std::shared_ptr<platform::Window>) {
@@ -133,6 +136,8 @@ class Tabs {
   const web::PageScripts scripts_{
       scripts::pageScriptSource(platform::resourceText, scripts::ConsoleRelay::unwanted)};
   app::SessionStore sessionStore_{files_, files_};
+  support::FakeHttpClient http_;
+  web::MessageFiles messageFiles_{http_, files_, files_, notifications_};
   web::WebServices services_;
   GtkStack* stack_;
   app::WindowManager manager_;

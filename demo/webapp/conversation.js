@@ -3,7 +3,7 @@ import {fullDate, shortDate} from "/app/dates.js";
 import {h, icon} from "/app/dom.js";
 import {bodyFrame} from "/app/frames.js";
 import {preference} from "/app/preferences.js";
-import {blobUrl, messageUrl, sourceUrl} from "/app/urls.js";
+import {blobUrl, messageFileUrl, messageUrl, sourceUrl} from "/app/urls.js";
 
 const manyMessages = 8;  // from here on the middle ones wait behind a button
 
@@ -124,6 +124,9 @@ export class Conversation {
                 "source", "Show message source", "s-show-source",
                 () => window.open(sourceUrl(location, message.id))),
             button(
+                "download", "Download message", "s-download-message",
+                () => window.open(messageFileUrl(location, message.id))),
+            button(
                 "window", "Open message in a new window", "s-message-window",
                 () => window.open(messageUrl(this.#mailbox, message.threadId, message.id)))));
     const card = h("section", {class: "v-MessageCard is-collapsed", "data-email-id": message.id}, header);
@@ -208,13 +211,7 @@ function attachments(message) {
       message.attachments.map(
           (file) =>
               h("li", {},
-                h("a", {
-                  class: "v-FileLink",
-                  href: blobUrl(location, file),
-                  target: "_blank",
-                  rel: "noopener",
-                  title: file.name
-                },
+                h("a", {class: "v-FileLink", href: blobUrl(location, file), title: file.name},
                   icon("attachment"), h("span", {class: "v-FileLink-name"}, file.name),
                   h("span", {class: "v-FileLink-size"}, sizeText(file.size))))));
 }

@@ -28,6 +28,7 @@ const shapes = {
   reply: "M10 7l-5 5 5 5M5 12h8c4 0 6 2 6 6",
   "reply-all": "M12 7l-5 5 5 5M8 7l-5 5 5 5M7 12h7c4 0 6 2 6 6",
   source: "M9 8l-4 4 4 4m6-8l4 4-4 4",
+  download: "M12 4v10m-4-4l4 4 4-4M5 19h14",
   window: "M13 5h6v6m0-6l-8 8M16 14v5H5V8h5",
   print: "M7 9V4h10v5M7 17H4V9h16v8h-3M7 14h10v6H7z",
   attachment: "M8 12.500l5.500-5.500a3 3 0 0 1 4 4l-7 7a4.500 4.500 0 0 1-6-6.500l6.500-6.500",

@@ -13,6 +13,7 @@ export const contentUrl = (location, path) =>
 export const blobUrl = (location, {blobId, name}) =>
     contentUrl(location, `/blob/${blobId}/${encodeURIComponent(name)}?${user}&download=1`);
 export const sourceUrl = (location, emailId) => contentUrl(location, `/source/${emailId}?${user}`);
+export const messageFileUrl = (location, emailId) => `${sourceUrl(location, emailId)}&download=1`;
 
 /** What an address shows. Never fails: what it can't read is the inbox. */
 export function parseUrl(location) {

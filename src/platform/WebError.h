@@ -26,6 +26,7 @@ struct WebError {
   static constexpr int networkConnectionLost = -1005;
   static constexpr int notConnectedToInternet = -1009;
   static constexpr int badServerResponse = -1011;
+  static constexpr int cannotDecodeContentData = -1016;
   static constexpr int secureConnectionFailed = -1200;
   static constexpr int serverCertificateUntrusted = -1202;
 

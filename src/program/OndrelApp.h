@@ -16,6 +16,7 @@
 #include "program/AppDelegate.h"
 #include "program/AppLifecycleService.h"
 #include "settings/AppSettings.h"
+#include "web/MessageFiles.h"
 #include "web/WebServices.h"
 #include "web/WebViewConfiguration.h"
 
@@ -88,6 +89,7 @@ class OndrelApp {
  private:
   settings::AppSettings settings_;
   jmap::NotificationManager notificationManager_;
+  web::MessageFiles messageFiles_;
   web::WebServices webServices_;
   app::SessionStore sessionStore_;
   AppLifecycleService lifecycle_;

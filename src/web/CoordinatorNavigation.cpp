@@ -8,6 +8,7 @@
 #include "settings/AppSettings.h"
 #include "web/LoadRetry.h"
 #include "web/MailURL.h"
+#include "web/MessageFiles.h"
 #include "web/WebServices.h"
 #include "web/WebViewConfiguration.h"
 #include "web/WindowViewModel.h"
@@ -142,9 +143,9 @@ std::shared_ptr<platform::WebView> Coordinator::createWebView(platform::NewWindo
 
   if (hostEndsWith(*url, services_.settings.site().userContentDomainSuffix)) {
     if (address.contains("download=")) {
-      // The page's link to a message's file, which is to be saved under the page's title.
-      if (webView_->title()) {
-        uiLogger_.info("A message's file was asked for, and nothing saves it yet");
+      // The page's link to a message's file.
+      if (const auto title = webView_->title(); title && url->isWeb()) {
+        services_.messageFiles.saveEml(*title, address);
         return nullptr;
       }
     } else {

@@ -18,6 +18,7 @@ class AppSettings;
 namespace ondrel::web {
 
 class HighlightReceiver;
+class MessageFiles;
 class PageScripts;
 
 // What every tab stands on. Made once; outlives all tabs.
@@ -29,6 +30,7 @@ struct WebServices {
   platform::Panels& panels;
   platform::Workspace& workspace;
   jmap::NotificationManager& notifications;
+  MessageFiles& messageFiles;
   // Filled while there is one; without it what pages report of highlights is dropped.
   HighlightReceiver* highlights = nullptr;
 };

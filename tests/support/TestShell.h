@@ -8,10 +8,12 @@
 #include "settings/AppSettings.h"
 #include "support/FakeApplication.h"
 #include "support/FakeDesktop.h"
+#include "support/FakeHttpClient.h"
 #include "support/FakeNotificationCenter.h"
 #include "support/FakeWebView.h"
 #include "support/LogCapture.h"
 #include "support/TestSite.h"
+#include "web/MessageFiles.h"
 #include "web/WebServices.h"
 #include "web/WebView.h"
 #include "web/WebViewConfiguration.h"
@@ -77,7 +79,10 @@ class TestShell {
   settings::AppSettings settings{defaults, testSite()};
   FakeNotificationCenter notificationCenter;
   jmap::NotificationManager notifications{notificationCenter};
-  web::WebServices services{settings, scripts, application, webViews, panels, workspace, notifications};
+  FakeHttpClient http;
+  web::MessageFiles messageFiles{http, files, files, notifications};
+  web::WebServices services{settings, scripts,   application,   webViews,
+                            panels,   workspace, notifications, messageFiles};
   app::SessionStore sessionStore{files, files};
   std::vector<std::pair<std::weak_ptr<platform::Window>, Content*>> contents;
   std::unique_ptr<app::WindowManager> manager;

@@ -212,7 +212,7 @@ TEST_F(NavigationTest, PopupsGoWhereTheyBelong) {
       {"http://app.example.com/settings/", true, none, {"http://app.example.com/settings/"}},
       {raw, true, none, {raw, raw}}, // opened twice: the rule for other sites holds as well
       {raw + "/mail/", true, window, {raw + "/mail/"}},
-      {raw + "?download=1", true, none, {}},
+      {raw + "?download=1", true, none, {}}, // saved as a file
       {raw + "?download=1", false, none, {raw + "?download=1"}},
   };
   const auto home = shell.application.all.front();

@@ -3,8 +3,10 @@
 #include "settings/AppSettings.h"
 #include "support/FakeApplication.h"
 #include "support/FakeDesktop.h"
+#include "support/FakeHttpClient.h"
 #include "support/FakeNotificationCenter.h"
 #include "support/WebKitTest.h"
+#include "web/MessageFiles.h"
 #include "web/WebServices.h"
 #include "web/WebView.h"
 #include "web/WebViewConfiguration.h"
@@ -22,7 +24,7 @@ class TrustTest : public WebKitTest {
     site.webAppBaseURL = {server_.origin(service) + "/", "https://beta.example.com/"};
     settings_ = std::make_unique<settings::AppSettings>(defaults_, site);
     services_ = std::make_unique<web::WebServices>(*settings_, scripts_, application_, *factory_, panels_,
-                                                   workspace_, notifications_);
+                                                   workspace_, notifications_, messageFiles_);
     window_ = std::static_pointer_cast<support::FakeWindow>(application_.makeWindow({}));
   }
   void TearDown() override {
@@ -68,6 +70,9 @@ class TrustTest : public WebKitTest {
   support::FakeWorkspace workspace_;
   support::FakeNotificationCenter notificationCenter_;
   jmap::NotificationManager notifications_{notificationCenter_};
+  support::FakeHttpClient http_;
+  support::FakeFiles files_;
+  web::MessageFiles messageFiles_{http_, files_, files_, notifications_};
   web::PageScripts scripts_{[](std::string_view) { return std::nullopt; }};
   std::unique_ptr<settings::AppSettings> settings_;
   std::unique_ptr<web::WebServices> services_;

@@ -1,0 +1,47 @@
+#pragma once
+
+#include "async/Scope.h"
+#include "base/Log.h"
+#include "platform/HttpClient.h"
+
+#include <string>
+
+namespace ondrel::jmap {
+class NotificationManager;
+}
+
+namespace ondrel::platform {
+class Directories;
+class FileStore;
+} // namespace ondrel::platform
+
+namespace ondrel::web {
+
+// Saves messages as the service gives them out (RFC 5322) in the user's Downloads folder, under the title of
+// the page that asked. Outlives the tabs: a message is saved also when its tab closes meanwhile. Main thread
+// only.
+class MessageFiles final {
+ public:
+  // All of them outlive it.
+  MessageFiles(platform::HttpClient& http, platform::FileStore& files,
+               const platform::Directories& directories, jmap::NotificationManager& notifications);
+
+  // Comes at once; the end is told by a notification. The address is one of the service's user content, which
+  // needs no credentials beside it.
+  void saveEml(std::string title, std::string url);
+
+ private:
+  async::Task<void> fetchAndSave(std::string title, std::string url);
+  async::Task<platform::HttpResult<std::string>> fetchText(std::string url);
+  // Replaces a file of that name.
+  void saveStringToFile(const std::string& text, const std::string& filename);
+
+  platform::HttpClient& http_;
+  platform::FileStore& files_;
+  const platform::Directories& directories_;
+  jmap::NotificationManager& notifications_;
+  const base::Logger logger_{"ui"};
+  async::Scope scope_;
+};
+
+} // namespace ondrel::web
