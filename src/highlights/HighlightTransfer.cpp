@@ -1,5 +1,6 @@
 #include "highlights/HighlightTransfer.h"
 
+#include "async/Scope.h"
 #include "base/Base64.h"
 #include "highlights/HighlightDocument.h"
 #include "highlights/HighlightStore.h"
@@ -36,12 +37,21 @@ std::optional<std::string> HighlightTransfer::iconURL() const {
 }
 
 async::Task<std::string> HighlightTransfer::generateHighlightsHTML(bool forFile) {
+  co_return co_await generate(forFile, [](const Progress&) {});
+}
+
+async::Task<std::string> HighlightTransfer::generate(bool forFile, Looked looked) {
   const auto sorted = newestFirst();
   std::set<std::string> messageIds;
   for (const auto& each : sorted)
     messageIds.insert(each.messageId);
   std::vector<std::string> asked(messageIds.begin(), messageIds.end());
-  const auto found = co_await services_.mail.highlightExportInfo(std::move(asked));
+  const auto total = asked.size();
+  looked({Progress::Step::asking, 0, total});
+  const auto found =
+      co_await services_.mail.highlightExportInfo(std::move(asked), [&looked, total](std::size_t done) {
+        looked({Progress::Step::asking, done, total});
+      });
 
   static const std::map<std::string, jmap::HighlightExportInfo> none;
   HighlightDocument document;
@@ -68,9 +78,35 @@ async::Task<std::string> HighlightTransfer::generateHighlightsHTML(bool forFile)
   co_return document.html();
 }
 
+async::Task<void> HighlightTransfer::generateInto(std::shared_ptr<Page> page) {
+  page->resolve(co_await generate(true, [this](const Progress& progress) { exportProgress_.set(progress); }));
+}
+
+async::Task<std::optional<std::string>> HighlightTransfer::generateForFile() {
+  auto [resolver, future] = async::makeFuture<std::optional<std::string>>();
+  const auto page = std::make_shared<Page>(std::move(resolver));
+  const auto stopping = exportStopped_.subscribe([page] { page->resolve(std::nullopt); });
+  ++exports_;
+  std::optional<std::string> html;
+  {
+    async::Scope work; // ends what is still being asked when the user has stopped it
+    work.spawn(generateInto(page));
+    html = (co_await std::move(future)).value_or(std::nullopt);
+  }
+  if (--exports_ == 0)
+    exportProgress_.set(std::nullopt);
+  co_return html;
+}
+
 async::Task<void> HighlightTransfer::exportHighlights() {
-  const auto html = co_await generateHighlightsHTML(true);
-  const auto window = services_.application.keyWindow();
+  const auto before = services_.application.keyWindow();
+  const auto html = co_await generateForFile();
+  if (!html)
+    co_return;
+  auto window = services_.application.keyWindow();
+  // The keyboard may be with the window that shows the progress, or by now in another program.
+  if (!window && std::ranges::count(services_.application.windows(), before) > 0)
+    window = before;
   if (!window)
     co_return;
   const auto path = co_await services_.panels.runSavePanel(
@@ -78,7 +114,7 @@ async::Task<void> HighlightTransfer::exportHighlights() {
   if (!path)
     co_return;
   // A file that is replaced keeps its place behind a link, and whom it was readable for.
-  const auto written = services_.files.rewriteShared(*path, html);
+  const auto written = services_.files.rewriteShared(*path, *html);
   if (written)
     co_return;
   logger_.error("exportHighlights: write failed: {}", written.error().description);

@@ -1,6 +1,8 @@
 #pragma once
 
+#include "async/Future.h"
 #include "async/Task.h"
+#include "base/Event.h"
 #include "base/Log.h"
 #include "base/Observable.h"
 #include "highlights/HighlightPayload.h"
@@ -58,10 +60,10 @@ class HighlightTransfer {
   };
 
   struct Progress {
-    enum class Step { reading, adding, labelling };
+    enum class Step { asking, reading, adding, labelling };
 
     Step step = Step::reading;
-    std::size_t done = 0; // highlights or threads
+    std::size_t done = 0; // messages, highlights or threads
     std::size_t total = 0;
 
     bool operator==(const Progress&) const = default;
@@ -71,7 +73,7 @@ class HighlightTransfer {
 
   // For the program's own window, or for a file, which says how to bring it back.
   async::Task<std::string> generateHighlightsHTML(bool forFile);
-  // Asks where to; without a key window it does nothing.
+  // Looks the messages up on the server and asks where to; without a key window it does nothing.
   async::Task<void> exportHighlights();
   // Asks which file and adds what isn't there yet. Imports take place one after the other.
   async::Task<void> importHighlights();
@@ -80,11 +82,22 @@ class HighlightTransfer {
   const base::Observable<std::optional<Progress>>& importProgress() const { return progress_; }
   // Ends the present step of the import that is under way: what has been added, or labelled, stays.
   void stopImport() { stopRequested_ = true; }
+  // Of the exports that are under way, until their panels come.
+  const base::Observable<std::optional<Progress>>& exportProgress() const { return exportProgress_; }
+  // Gives up the exports that are under way.
+  void stopExport() { exportStopped_.emit(); }
 
  private:
   using Parent = std::shared_ptr<platform::Window>;
   using Highlights = std::vector<ExportedHighlight>;
 
+  using Looked = std::function<void(const Progress&)>;
+  using Page = async::Resolver<std::optional<std::string>>;
+
+  async::Task<std::string> generate(bool forFile, Looked looked);
+  // Absent when the user has stopped it.
+  async::Task<std::optional<std::string>> generateForFile();
+  async::Task<void> generateInto(std::shared_ptr<Page> page);
   std::vector<ExportedHighlight> newestFirst() const;
   std::optional<std::string> iconURL() const;
 
@@ -113,6 +126,9 @@ class HighlightTransfer {
   const base::Logger logger_{"system"};
   base::Observable<std::optional<Progress>> progress_;
   bool stopRequested_ = false;
+  base::Observable<std::optional<Progress>> exportProgress_;
+  base::Event<> exportStopped_;
+  int exports_ = 0;
 };
 
 } // namespace ondrel::highlights

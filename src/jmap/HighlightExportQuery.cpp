@@ -91,7 +91,8 @@ async::Task<std::map<std::string, std::string>> mailboxNames(JMAPClient& client,
 } // namespace
 
 async::Task<Result<std::map<std::string, HighlightExportInfo>>>
-MailQueries::highlightExportInfo(std::vector<std::string> messageIds) {
+MailQueries::highlightExportInfo(std::vector<std::string> messageIds,
+                                 std::function<void(std::size_t done)> progress) {
   std::map<std::string, HighlightExportInfo> result;
   if (messageIds.empty())
     co_return result;
@@ -103,6 +104,7 @@ MailQueries::highlightExportInfo(std::vector<std::string> messageIds) {
   for (std::size_t position = 0; position < messageIds.size(); position += chunkSize) {
     const auto chunk =
         std::span(messageIds).subspan(position, std::min(chunkSize, messageIds.size() - position));
+    progress(position);
     const auto reply = co_await ask(client_, account->session, chunkRequest(account->id, chunk));
     if (!reply) {
       if (reply.error().kind == JMAPError::Kind::cancelled)

@@ -67,9 +67,10 @@ class MailQueries {
   async::Task<Result<std::string>> findEmailId(std::string messageId);
   // Of several mailboxes any one.
   async::Task<Result<MailboxAndThread>> findMailboxNameAndThreadId(std::string emailId);
-  // By Message-ID, without those that can't be found: a failed request just leaves its messages out.
+  // By Message-ID, without those that can't be found: a failed request just leaves its messages out. Tells
+  // meanwhile how many have been asked for.
   async::Task<Result<std::map<std::string, HighlightExportInfo>>>
-  highlightExportInfo(std::vector<std::string> messageIds);
+  highlightExportInfo(std::vector<std::string> messageIds, std::function<void(std::size_t done)> progress);
   // Whether the account uses labels in place of folders.
   async::Task<Result<bool>> fetchInLabelsMode();
 

@@ -7,10 +7,10 @@
 #include "ui/CommandActions.h"
 #include "ui/CopiedLinkWatch.h"
 #include "ui/HighlightsWindow.h"
-#include "ui/ImportProgressWindow.h"
 #include "ui/KeyTab.h"
 #include "ui/PrimaryMenu.h"
 #include "ui/SettingsWindow.h"
+#include "ui/TransferProgressWindow.h"
 
 #include <functional>
 #include <optional>
@@ -62,7 +62,8 @@ class UserInterface {
   const Services services_;
   KeyTab keyTab_;
   HighlightsWindow highlightsWindow_;
-  const ImportProgressWindow importProgress_;
+  const TransferProgressWindow exportProgress_;
+  const TransferProgressWindow importProgress_;
   SettingsWindow settingsWindow_;
   BrowserCommands commands_;
   const std::vector<CommandGroup> groups_;

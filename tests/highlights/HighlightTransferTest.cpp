@@ -175,6 +175,46 @@ TEST_F(HighlightTransferTest, ExportAsksAndWrites) {
   EXPECT_TRUE(shell.panels.alerts.empty());
 }
 
+TEST_F(HighlightTransferTest, AnExportTellsHowFarItIsAndCanBeStopped) {
+  for (int i = 0; i < 401; ++i)
+    store.add(highlight("a", 1), std::to_string(i) + "@x");
+  client.delay = std::chrono::seconds(1);
+  using Progress = HighlightTransfer::Progress;
+  std::vector<Progress> seen;
+  bool stop = false;
+  const auto watching = transfer.exportProgress().observe([&] {
+    const auto progress = *transfer.exportProgress();
+    if (!progress)
+      return;
+    seen.push_back(*progress);
+    // As the window that shows it does.
+    shell.application.setKey(nullptr);
+    if (stop && progress->done == 200)
+      transfer.stopExport();
+  });
+  run(transfer.exportHighlights());
+  const auto step = Progress::Step::asking;
+  EXPECT_EQ(seen, (std::vector<Progress>{{step, 0, 401}, {step, 200, 401}, {step, 400, 401}}));
+  EXPECT_EQ(shell.panels.savePanels.size(), 1U) << "on the window that it was asked for in";
+
+  stop = true;
+  shell.application.setKey(key);
+  client.sent.clear();
+  run(transfer.exportHighlights());
+  EXPECT_EQ(client.sent.size(), 1U) << "what was not asked yet is asked no more";
+  EXPECT_EQ(shell.panels.savePanels.size(), 1U);
+  EXPECT_FALSE(transfer.exportProgress()->has_value());
+
+  stop = false;
+  shell.application.setKey(key);
+  const auto closing = transfer.exportProgress().observe([&] {
+    if (const auto progress = *transfer.exportProgress(); progress && progress->done == 400)
+      key->close();
+  });
+  run(transfer.exportHighlights());
+  EXPECT_EQ(shell.panels.savePanels.size(), 1U) << "its window has gone";
+}
+
 TEST_F(HighlightTransferTest, ImportMergesAndIsIdempotent) {
   store.add(highlight("a", 1), "1@x");
   store.add(highlight("b", 2.25), "2@x");

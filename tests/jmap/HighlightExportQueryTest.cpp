@@ -15,6 +15,9 @@ class HighlightExportQueryTest : public MailTest {
  protected:
   // The reply of a chunk.
   void found(std::string_view emails) { client.answerNext(reply({"{}", emails})); }
+
+  std::vector<std::size_t> asked;
+  std::function<void(std::size_t)> progress = [this](std::size_t done) { asked.push_back(done); };
 };
 
 TEST_F(HighlightExportQueryTest, ResolvesMessagesToSubjectAndURL) {
@@ -28,7 +31,7 @@ TEST_F(HighlightExportQueryTest, ResolvesMessagesToSubjectAndURL) {
       {"id":"M7","messageId":["7@x"],"mailboxIds":{"B1":true}},
       {"messageId":["8@x"],"mailboxIds":{"B1":true},"threadId":"T8"}]})");
   answerNext({R"({"list":[{"id":"B1","name":"In box"},{"id":"B2","name":"Old"},{"id":"unnamed"}]})"});
-  const auto info = run(queries.highlightExportInfo({"1@x", "2@x"}));
+  const auto info = run(queries.highlightExportInfo({"1@x", "2@x"}, progress));
   ASSERT_TRUE(info);
   ASSERT_EQ(info->size(), 2u);
   EXPECT_EQ(info->at("1@x").subject, "One");
@@ -45,16 +48,17 @@ TEST_F(HighlightExportQueryTest, ResolvesMessagesToSubjectAndURL) {
 }
 
 TEST_F(HighlightExportQueryTest, WhatFailsLeavesOutItsMessagesOnly) {
-  EXPECT_EQ(run(queries.highlightExportInfo({}))->size(), 0u);
+  EXPECT_EQ(run(queries.highlightExportInfo({}, progress))->size(), 0u);
   EXPECT_EQ(client.sessionFetches, 0);
 
   const auto one = R"({"list":[{"id":"M1","messageId":["200@x"],"mailboxIds":{"B1":true},"threadId":"T1"}]})";
   client.failNext({JMAPError::Kind::transport, "reset"});
   found(one);
   found("{}");
-  const auto info = run(queries.highlightExportInfo(messageIds(401)));
+  const auto info = run(queries.highlightExportInfo(messageIds(401), progress));
   ASSERT_TRUE(info && info->contains("200@x"));
   EXPECT_EQ(info->size(), 1u);
+  EXPECT_EQ(asked, (std::vector<std::size_t>{0, 200, 400}));
   const std::size_t sizes[] = {200, 200, 1};
   for (std::size_t i = 0; i < 3; ++i) {
     const auto& query = client.sent.at(i).body.at("methodCalls").as_array()[0].as_array()[1].as_object();
@@ -64,17 +68,18 @@ TEST_F(HighlightExportQueryTest, WhatFailsLeavesOutItsMessagesOnly) {
 
   found(one);
   client.failNext(JMAPError::notAuthenticated());
-  EXPECT_EQ(run(queries.highlightExportInfo(messageIds(1)))->size(), 0u);
+  EXPECT_EQ(run(queries.highlightExportInfo(messageIds(1), progress))->size(), 0u);
   found(one);
   answerNext({R"({"list":[{"id":"B1"}]})"});
-  EXPECT_EQ(run(queries.highlightExportInfo(messageIds(1)))->size(), 0u);
+  EXPECT_EQ(run(queries.highlightExportInfo(messageIds(1), progress))->size(), 0u);
   EXPECT_EQ(log.lines().size(), 4U) << "each failure is told";
 }
 
 TEST_F(HighlightExportQueryTest, CancellingEndsItAtOnce) {
   client.delay = std::chrono::seconds(1);
   std::optional<Result<std::map<std::string, HighlightExportInfo>>> result;
-  auto handle = scope.spawn(support::keepResult(queries.highlightExportInfo(messageIds(1000)), &result));
+  auto handle =
+      scope.spawn(support::keepResult(queries.highlightExportInfo(messageIds(1000), progress), &result));
   loop.advance(std::chrono::milliseconds(1500));
   handle.cancel();
   loop.runUntilIdle();

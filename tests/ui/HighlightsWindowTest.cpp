@@ -8,7 +8,7 @@
 #include "support/FakeFileReader.h"
 #include "support/FakeJMAPClient.h"
 #include "support/FakeTextFormatting.h"
-#include "ui/ImportProgressWindow.h"
+#include "ui/TransferProgressWindow.h"
 
 #include <gdk/gdkkeysyms.h>
 
@@ -163,7 +163,7 @@ TEST_F(HighlightsWindowTest, RemembersItsFrame) {
   }
 }
 
-class ImportProgressTest : public ShellTest {
+class TransferProgressTest : public ShellTest {
  protected:
   // As long as the file is being read.
   struct SlowReader final : platform::FileReader {
@@ -197,11 +197,18 @@ class ImportProgressTest : public ShellTest {
                                           .iconPNG = {},
                                           .pushMailboxMarks = {},
                                           .syncTags = {}}};
-  ImportProgressWindow progress{transfer, [] { return nullptr; }};
+  TransferProgressWindow progress{{.title = "Importing Highlights",
+                                   .progress = transfer.importProgress(),
+                                   .stop = [this] { transfer.stopImport(); }},
+                                  [] { return nullptr; }};
+  TransferProgressWindow exportProgress{{.title = "Exporting Highlights",
+                                         .progress = transfer.exportProgress(),
+                                         .stop = [this] { transfer.stopExport(); }},
+                                        [] { return nullptr; }};
   async::Scope scope;
 };
 
-TEST_F(ImportProgressTest, IsShownWhenItTakesLongAndCanBeStopped) {
+TEST_F(TransferProgressTest, IsShownWhenItTakesLongAndCanBeStopped) {
   import(400ms);
   shell.loop.advance(1s);
   EXPECT_EQ(shell.panels.alerts.size(), 1U);
@@ -219,6 +226,28 @@ TEST_F(ImportProgressTest, IsShownWhenItTakesLongAndCanBeStopped) {
   shell.loop.advance(10s);
   EXPECT_EQ(progress.window(), nullptr);
   EXPECT_EQ(shell.panels.alerts.size(), 1U) << "who has stopped it needs no word";
+}
+
+TEST_F(TransferProgressTest, AnExportIsCountedAsSoonAsTheServerAnswers) {
+  for (int i = 0; i < 300; ++i)
+    store.add({"id", "T", "text", "", "", 0, 1}, std::to_string(i) + "@x");
+  client.delay = 2s;
+  shell.application.setKey(shell.application.makeWindow({}));
+  scope.spawn(transfer.exportHighlights());
+  shell.loop.advance(1s);
+  ASSERT_NE(exportProgress.window(), nullptr);
+  EXPECT_STREQ(gtk_window_get_title(exportProgress.window()), "Exporting Highlights");
+  const auto shows = [&](const char* text) {
+    return std::ranges::count(visibleTexts(GTK_WIDGET(exportProgress.window())), text) == 1;
+  };
+  EXPECT_TRUE(shows("Asking the server…"));
+  shell.loop.advance(2s);
+  EXPECT_TRUE(shows("Looking messages up: 200 of 300"));
+  EXPECT_EQ(progress.window(), nullptr);
+  gtk_window_close(exportProgress.window());
+  shell.loop.advance(1s);
+  EXPECT_EQ(exportProgress.window(), nullptr);
+  EXPECT_TRUE(shell.panels.savePanels.empty());
 }
 
 } // namespace

@@ -1,6 +1,5 @@
-#include "ui/ImportProgressWindow.h"
+#include "ui/TransferProgressWindow.h"
 
-#include "highlights/HighlightTransfer.h"
 #include "ui/Widgets.h"
 
 #include <adwaita.h>
@@ -12,27 +11,49 @@ namespace ondrel::ui {
 
 namespace {
 
-using Step = highlights::HighlightTransfer::Progress::Step;
+using Step = TransferProgressWindow::Progress::Step;
 
 // What is done sooner needs no window.
 constexpr std::chrono::milliseconds patience{500};
+constexpr std::chrono::milliseconds pulseInterval{120};
 constexpr int width = 380;
 constexpr int margin = 24;
 
-} // namespace
-
-ImportProgressWindow::ImportProgressWindow(highlights::HighlightTransfer& transfer,
-                                           std::function<GtkWindow*()> parent)
-    : transfer_(transfer), parent_(std::move(parent)),
-      subscription_(transfer.importProgress().observe([this] { follow(); })) {
+// How far it is can't be told before there is something to count.
+bool isCounted(const TransferProgressWindow::Progress& progress) {
+  return progress.step != Step::reading && progress.total > 0 &&
+         (progress.step != Step::asking || progress.done > 0);
 }
 
-ImportProgressWindow::~ImportProgressWindow() {
+std::string textFor(const TransferProgressWindow::Progress& progress) {
+  const auto [step, done, total] = progress;
+  switch (step) {
+  case Step::asking:
+    return isCounted(progress) ? fmt::format("Looking messages up: {} of {}", done, total)
+                               : "Asking the server…";
+  case Step::reading:
+    return "Reading the file…";
+  case Step::adding:
+    return fmt::format("{} of {}", done, total);
+  case Step::labelling:
+    return fmt::format("Labelling conversations: {} of {}", done, total);
+  }
+  return {};
+}
+
+} // namespace
+
+TransferProgressWindow::TransferProgressWindow(Work work, std::function<GtkWindow*()> parent)
+    : work_(std::move(work)), parent_(std::move(parent)),
+      subscription_(work_.progress.observe([this] { follow(); })) {
+}
+
+TransferProgressWindow::~TransferProgressWindow() {
   close();
 }
 
-void ImportProgressWindow::follow() {
-  if (!transfer_.importProgress().get()) {
+void TransferProgressWindow::follow() {
+  if (!work_.progress.get()) {
     close();
   } else if (window_) {
     update();
@@ -42,18 +63,18 @@ void ImportProgressWindow::follow() {
   }
 }
 
-void ImportProgressWindow::open() {
+void TransferProgressWindow::open() {
   isWaiting_ = false;
   window_ = glib::share(GTK_WINDOW(adw_window_new()));
-  gtk_widget_set_name(GTK_WIDGET(window_.get()), "import-progress");
-  gtk_window_set_title(window_.get(), "Importing Highlights");
+  gtk_widget_set_name(GTK_WIDGET(window_.get()), "transfer-progress");
+  gtk_window_set_title(window_.get(), work_.title);
   gtk_window_set_resizable(window_.get(), FALSE);
   gtk_window_set_default_size(window_.get(), width, -1);
   // Not modal: mail can be read meanwhile.
   gtk_window_set_transient_for(window_.get(), parent_());
 
   bar_ = GTK_PROGRESS_BAR(gtk_progress_bar_new());
-  setAccessibleLabel(GTK_WIDGET(bar_), "Imported Highlights");
+  setAccessibleLabel(GTK_WIDGET(bar_), work_.title);
   label_ = GTK_LABEL(gtk_label_new(nullptr));
   gtk_widget_add_css_class(GTK_WIDGET(label_), "dim-label");
   gtk_widget_add_css_class(GTK_WIDGET(label_), "numeric");
@@ -62,11 +83,11 @@ void ImportProgressWindow::open() {
   gtk_widget_set_halign(stop_, GTK_ALIGN_CENTER);
   gtk_widget_set_margin_top(stop_, margin / 2);
   connections_.push_back(
-      glib::connect<void(GtkButton*)>(stop_, "clicked", [this](GtkButton*) { transfer_.stopImport(); }));
+      glib::connect<void(GtkButton*)>(stop_, "clicked", [this](GtkButton*) { work_.stop(); }));
   connections_.push_back(
       glib::connect<gboolean(GtkWindow*)>(window_.get(), "close-request", [this](GtkWindow*) -> gboolean {
-        transfer_.stopImport();
-        return TRUE; // it goes with the import
+        work_.stop();
+        return TRUE; // it goes with the work
       }));
 
   auto* bars = adw_header_bar_new();
@@ -88,21 +109,27 @@ void ImportProgressWindow::open() {
   gtk_window_present(window_.get());
 }
 
-void ImportProgressWindow::update() {
-  const auto& [step, done, total] = *transfer_.importProgress().get();
-  if (step == Step::reading) {
-    gtk_progress_bar_pulse(bar_);
-    gtk_label_set_text(label_, "Reading the file…");
-    return;
+void TransferProgressWindow::update() {
+  const auto& progress = *work_.progress.get();
+  gtk_label_set_text(label_, textFor(progress).c_str());
+  if (isCounted(progress)) {
+    pulse_.stop();
+    gtk_progress_bar_set_fraction(bar_,
+                                  static_cast<double>(progress.done) / static_cast<double>(progress.total));
+  } else {
+    pulse();
   }
-  if (total > 0)
-    gtk_progress_bar_set_fraction(bar_, static_cast<double>(done) / static_cast<double>(total));
-  const auto* format = step == Step::adding ? "{} of {}" : "Labelling conversations: {} of {}";
-  gtk_label_set_text(label_, fmt::format(fmt::runtime(format), done, total).c_str());
 }
 
-void ImportProgressWindow::close() {
+// A bar that stood still would look like a program that does.
+void TransferProgressWindow::pulse() {
+  gtk_progress_bar_pulse(bar_);
+  pulse_ = async::Timer(pulseInterval, [this] { pulse(); });
+}
+
+void TransferProgressWindow::close() {
   delay_.stop();
+  pulse_.stop();
   isWaiting_ = false;
   connections_.clear();
   if (window_)
