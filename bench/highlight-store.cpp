@@ -5,18 +5,13 @@
 #include "async/Timer.h"
 #include "base/Base64.h"
 #include "base/Json.h"
+#include "highlights/HighlightImport.h"
 #include "highlights/HighlightStore.h"
-#include "highlights/HighlightTransfer.h"
-#include "jmap/MailQueries.h"
 #include "platform/linux/GioFileReader.h"
 #include "platform/linux/PosixFileStore.h"
 #include "platform/linux/glib/GlibEventLoop.h"
-#include "settings/AppSettings.h"
 #include "support/FakeApplication.h"
 #include "support/FakeDesktop.h"
-#include "support/FakeJMAPClient.h"
-#include "support/FakeTextFormatting.h"
-#include "support/TestSite.h"
 
 #include <boost/json/array.hpp>
 #include <boost/json/object.hpp>
@@ -119,35 +114,25 @@ Import importAll(Folder& folder, platform::FileStore& files) {
                                                highlights::encodedPayload(all()))))
     fail("the export can't be written");
   highlights::HighlightStore store(folder, files);
-  support::FakeDefaults defaults;
-  settings::AppSettings settings(defaults, support::testSite());
-  support::FakeJMAPClient client;
-  jmap::MailQueries mail(client, settings, [] {});
   support::FakeApplication application;
   const auto window = application.makeWindow({});
   application.setKey(window);
   support::FakePanels panels;
   panels.openPaths = std::vector{path};
   platform::GioFileReader reader;
-  support::FakeTextFormatting formatting;
-  highlights::HighlightTransfer transfer(
+  highlights::HighlightImport highlightImport(
       {.store = store,
-       .mail = mail,
-       .settings = settings,
        .application = application,
        .panels = panels,
-       .files = files,
        .reader = reader,
-       .textFormatting = formatting,
-       .iconPNG = {},
        .pushMailboxMarks = []() -> async::Task<void> { co_return; },
        .syncTags = [](std::set<std::string>, const auto&) -> async::Task<void> { co_return; }});
   Import import;
-  const auto watch = transfer.importProgress().observe([&] { ++import.steps; });
+  const auto watch = highlightImport.progress().observe([&] { ++import.steps; });
   const StallProbe probe;
   const auto processor = processorTime();
   const auto begin = Clock::now();
-  runToEnd(transfer.importHighlights());
+  runToEnd(highlightImport.importHighlights());
   import.seconds = Milliseconds(Clock::now() - begin).count() / 1000;
   import.processor = (processorTime() - processor) / 1000;
   import.longestStall = probe.longest();

@@ -129,7 +129,8 @@ class Program {
                     .mail = app_.jmapSession().mail(),
                     .mcpSettings = app_.mcpSettings(),
                     .highlights = app_.highlightService().store(),
-                    .highlightTransfer = app_.highlightTransfer(),
+                    .highlightExport = app_.highlightExport(),
+                    .highlightImport = app_.highlightImport(),
                     .removeAllHighlights = [this] { return app_.highlightService().removeAllHighlights(); },
                     .bundle = bundle,
                     .navigate =

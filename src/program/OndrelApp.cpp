@@ -46,16 +46,19 @@ OndrelApp::OndrelApp(const PlatformAbilities& platform, settings::Site site, con
       emailLinkService_(platform.application, windowManager_, webServices_),
       highlightStore_(platform.directories, platform.files),
       highlightService_(windowManager_, jmapSession_.mail(), highlightStore_, settings_, platform.panels),
-      highlightTransfer_(
+      highlightExport_({.store = highlightStore_,
+                        .mail = jmapSession_.mail(),
+                        .settings = settings_,
+                        .application = platform.application,
+                        .panels = platform.panels,
+                        .files = platform.files,
+                        .textFormatting = platform.textFormatting,
+                        .iconPNG = platform.exportIcon}),
+      highlightImport_(
           {.store = highlightStore_,
-           .mail = jmapSession_.mail(),
-           .settings = settings_,
            .application = platform.application,
            .panels = platform.panels,
-           .files = platform.files,
            .reader = platform.fileReader,
-           .textFormatting = platform.textFormatting,
-           .iconPNG = platform.exportIcon,
            .pushMailboxMarks = [this] { return highlightService_.pushMailboxMarksToAllWindows(); },
            .syncTags =
                [this](std::set<std::string> threadIds, highlights::HighlightService::TagProgress progress) {

@@ -4,9 +4,10 @@
 #include "app/SessionStore.h"
 #include "app/WindowManager.h"
 #include "async/Scope.h"
+#include "highlights/HighlightExport.h"
+#include "highlights/HighlightImport.h"
 #include "highlights/HighlightService.h"
 #include "highlights/HighlightStore.h"
-#include "highlights/HighlightTransfer.h"
 #include "integrations/EmailLinkService.h"
 #include "jmap/JMAPSession.h"
 #include "jmap/NotificationManager.h"
@@ -80,7 +81,8 @@ class OndrelApp {
   app::WindowManager& windowManager() { return windowManager_; }
   integrations::EmailLinkService& emailLinkService() { return emailLinkService_; }
   highlights::HighlightService& highlightService() { return highlightService_; }
-  highlights::HighlightTransfer& highlightTransfer() { return highlightTransfer_; }
+  highlights::HighlightExport& highlightExport() { return highlightExport_; }
+  highlights::HighlightImport& highlightImport() { return highlightImport_; }
   jmap::JMAPSession& jmapSession() { return jmapSession_; }
   mcp::MCPSettingsModel& mcpSettings() { return mcpSettings_; }
   AppLifecycleService& lifecycle() { return lifecycle_; }
@@ -99,7 +101,8 @@ class OndrelApp {
   integrations::EmailLinkService emailLinkService_;
   highlights::HighlightStore highlightStore_;
   highlights::HighlightService highlightService_;
-  highlights::HighlightTransfer highlightTransfer_;
+  highlights::HighlightExport highlightExport_;
+  highlights::HighlightImport highlightImport_;
   mcp::MCPServerManager mcpServerManager_;
   mcp::MCPSettingsModel mcpSettings_;
   async::Scope scope_;

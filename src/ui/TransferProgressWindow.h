@@ -2,7 +2,8 @@
 
 #include "async/Timer.h"
 #include "base/Event.h"
-#include "highlights/HighlightTransfer.h"
+#include "base/Observable.h"
+#include "highlights/TransferProgress.h"
 #include "platform/linux/glib/Connection.h"
 
 #include <gtk/gtk.h>
@@ -16,7 +17,7 @@ namespace ondrel::ui {
 // Shows how far an export or import of highlights has come, if it takes long, and lets the user stop it.
 class TransferProgressWindow {
  public:
-  using Progress = highlights::HighlightTransfer::Progress;
+  using Progress = highlights::TransferProgress;
 
   struct Work {
     const char* title;

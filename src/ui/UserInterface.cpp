@@ -1,7 +1,8 @@
 #include "ui/UserInterface.h"
 
 #include "app/WindowManager.h"
-#include "highlights/HighlightTransfer.h"
+#include "highlights/HighlightExport.h"
+#include "highlights/HighlightImport.h"
 #include "platform/Application.h"
 #include "platform/Workspace.h"
 #include "settings/AppSettings.h"
@@ -18,16 +19,16 @@ UserInterface::UserInterface(const Services& services)
            .webViews = services_.webViews,
            .defaults = services_.settings.defaults(),
            .store = services_.highlights,
-           .generateHTML = [this] { return services_.highlightTransfer.generateHighlightsHTML(false); },
-           .exportHighlights = [this] { scope_.spawn(services_.highlightTransfer.exportHighlights()); },
+           .generateHTML = [this] { return services_.highlightExport.generateHighlightsHTML(false); },
+           .exportHighlights = [this] { scope_.spawn(services_.highlightExport.exportHighlights()); },
            .navigate = services_.navigate}),
       exportProgress_({.title = "Exporting Highlights",
-                       .progress = services_.highlightTransfer.exportProgress(),
-                       .stop = [this] { services_.highlightTransfer.stopExport(); }},
+                       .progress = services_.highlightExport.progress(),
+                       .stop = [this] { services_.highlightExport.stop(); }},
                       [this] { return activeWindow(); }),
       importProgress_({.title = "Importing Highlights",
-                       .progress = services_.highlightTransfer.importProgress(),
-                       .stop = [this] { services_.highlightTransfer.stopImport(); }},
+                       .progress = services_.highlightImport.progress(),
+                       .stop = [this] { services_.highlightImport.stop(); }},
                       [this] { return activeWindow(); }),
       settingsWindow_({.settings = services_.settings,
                        .mail = services_.mail,
@@ -49,8 +50,8 @@ UserInterface::UserInterface(const Services& services)
 BrowserCommands::Actions UserInterface::commandActions() {
   return {.navigate = [this](const std::string& url) { services_.navigate(url, std::nullopt); },
           .showHighlights = [this] { highlightsWindow_.show(); },
-          .exportHighlights = [this] { scope_.spawn(services_.highlightTransfer.exportHighlights()); },
-          .importHighlights = [this] { scope_.spawn(services_.highlightTransfer.importHighlights()); },
+          .exportHighlights = [this] { scope_.spawn(services_.highlightExport.exportHighlights()); },
+          .importHighlights = [this] { scope_.spawn(services_.highlightImport.importHighlights()); },
           .removeAllHighlights = [this] { scope_.spawn(services_.removeAllHighlights()); },
           .showSettings = [this] { settingsWindow_.show(); },
           .showShortcuts = [this] { presentShortcuts(groups_, activeWindow()); },

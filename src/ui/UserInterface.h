@@ -18,8 +18,9 @@
 #include <vector>
 
 namespace ondrel::highlights {
+class HighlightExport;
+class HighlightImport;
 class HighlightStore;
-class HighlightTransfer;
 } // namespace ondrel::highlights
 
 namespace ondrel::platform {
@@ -42,7 +43,8 @@ class UserInterface {
     jmap::MailQueries& mail;
     mcp::MCPSettingsModel& mcpSettings;
     highlights::HighlightStore& highlights;
-    highlights::HighlightTransfer& highlightTransfer;
+    highlights::HighlightExport& highlightExport;
+    highlights::HighlightImport& highlightImport;
     std::function<async::Task<void>()> removeAllHighlights; // asks first
     platform::Bundle bundle;
     // Shows a message of the service; the id of the email where it is known.

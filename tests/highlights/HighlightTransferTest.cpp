@@ -1,4 +1,6 @@
-#include "highlights/HighlightTransfer.h"
+// Highlights out of the program and back into it.
+#include "highlights/HighlightExport.h"
+#include "highlights/HighlightImport.h"
 
 #include "async/Scope.h"
 #include "base/Base64.h"
@@ -46,14 +48,14 @@ class HighlightTransferTest : public testing::Test {
   }
   std::string generate(bool forFile) {
     std::string html;
-    run([](HighlightTransfer* transfer, bool file, std::string* result) -> async::Task<void> {
+    run([](HighlightExport* transfer, bool file, std::string* result) -> async::Task<void> {
       *result = co_await transfer->generateHighlightsHTML(file);
-    }(&transfer, forFile, &html));
+    }(&highlightExport, forFile, &html));
     return html;
   }
   void import(const std::string& content) {
     shell.files.files["/documents/out.html"] = content;
-    run(transfer.importHighlights());
+    run(highlightImport.importHighlights());
   }
   static std::string fileWithPayload(const std::string& payload) {
     return R"(<x id="ondrel-highlights-data">)" + payload + "</script>";
@@ -81,17 +83,21 @@ class HighlightTransferTest : public testing::Test {
   support::FakeTextFormatting formatting;
   HighlightStore store{shell.files, shell.files};
   Lines calls;
-  HighlightTransfer transfer{{.store = store,
-                              .mail = mail,
-                              .settings = shell.settings,
-                              .application = shell.application,
-                              .panels = shell.panels,
-                              .files = shell.files,
-                              .reader = reader,
-                              .textFormatting = formatting,
-                              .iconPNG = "png",
-                              .pushMailboxMarks = [this]() -> async::Task<void> { return note("push"); },
-                              .syncTags = [this](auto threads, auto goOn) { return label(threads, goOn); }}};
+  HighlightExport highlightExport{{.store = store,
+                                   .mail = mail,
+                                   .settings = shell.settings,
+                                   .application = shell.application,
+                                   .panels = shell.panels,
+                                   .files = shell.files,
+                                   .textFormatting = formatting,
+                                   .iconPNG = "png"}};
+  HighlightImport highlightImport{
+      {.store = store,
+       .application = shell.application,
+       .panels = shell.panels,
+       .reader = reader,
+       .pushMailboxMarks = [this]() -> async::Task<void> { return note("push"); },
+       .syncTags = [this](auto threads, auto goOn) { return label(threads, goOn); }}};
   std::shared_ptr<platform::Window> key;
   async::Scope scope;
 
@@ -152,7 +158,7 @@ TEST_F(HighlightTransferTest, TheDocumentIsThereWithoutTheServer) {
 
 TEST_F(HighlightTransferTest, ExportAsksAndWrites) {
   store.add(highlight("a", 1), "1@x");
-  run(transfer.exportHighlights());
+  run(highlightExport.exportHighlights());
   ASSERT_EQ(shell.panels.savePanels.size(), 1U);
   EXPECT_EQ(shell.panels.savePanels[0].proposedName, "Ondrel Highlights.html");
   EXPECT_EQ(shell.panels.savePanels[0].mimeTypes, Lines{"text/html"});
@@ -160,16 +166,16 @@ TEST_F(HighlightTransferTest, ExportAsksAndWrites) {
   EXPECT_TRUE(shell.panels.alerts.empty()) << "success is silent";
 
   shell.files.full = true;
-  run(transfer.exportHighlights());
+  run(highlightExport.exportHighlights());
   EXPECT_EQ(alert(), (std::pair<std::string, std::string>{"Couldn't Save File", "no space left on device"}));
   EXPECT_EQ(shell.log.count("error system: exportHighlights: write failed: no space left on device"), 1);
 
   shell.panels.savePath.reset();
-  run(transfer.exportHighlights());
+  run(highlightExport.exportHighlights());
   EXPECT_EQ(shell.panels.savePanels.size(), 3U);
   shell.application.setKey(nullptr);
-  run(transfer.exportHighlights());
-  run(transfer.importHighlights());
+  run(highlightExport.exportHighlights());
+  run(highlightImport.importHighlights());
   EXPECT_EQ(shell.panels.savePanels.size(), 3U) << "no window has the keyboard";
   EXPECT_TRUE(shell.panels.openPanels.empty());
   EXPECT_TRUE(shell.panels.alerts.empty());
@@ -179,20 +185,20 @@ TEST_F(HighlightTransferTest, AnExportTellsHowFarItIsAndCanBeStopped) {
   for (int i = 0; i < 401; ++i)
     store.add(highlight("a", 1), std::to_string(i) + "@x");
   client.delay = std::chrono::seconds(1);
-  using Progress = HighlightTransfer::Progress;
+  using Progress = TransferProgress;
   std::vector<Progress> seen;
   bool stop = false;
-  const auto watching = transfer.exportProgress().observe([&] {
-    const auto progress = *transfer.exportProgress();
+  const auto watching = highlightExport.progress().observe([&] {
+    const auto progress = *highlightExport.progress();
     if (!progress)
       return;
     seen.push_back(*progress);
     // As the window that shows it does.
     shell.application.setKey(nullptr);
     if (stop && progress->done == 200)
-      transfer.stopExport();
+      highlightExport.stop();
   });
-  run(transfer.exportHighlights());
+  run(highlightExport.exportHighlights());
   const auto step = Progress::Step::asking;
   EXPECT_EQ(seen, (std::vector<Progress>{{step, 0, 401}, {step, 200, 401}, {step, 400, 401}}));
   EXPECT_EQ(shell.panels.savePanels.size(), 1U) << "on the window that it was asked for in";
@@ -200,26 +206,26 @@ TEST_F(HighlightTransferTest, AnExportTellsHowFarItIsAndCanBeStopped) {
   stop = true;
   shell.application.setKey(key);
   client.sent.clear();
-  run(transfer.exportHighlights());
+  run(highlightExport.exportHighlights());
   EXPECT_EQ(client.sent.size(), 1U) << "what was not asked yet is asked no more";
   EXPECT_EQ(shell.panels.savePanels.size(), 1U);
-  EXPECT_FALSE(transfer.exportProgress()->has_value());
+  EXPECT_FALSE(highlightExport.progress()->has_value());
 
   stop = false;
   shell.application.setKey(key);
-  const auto closing = transfer.exportProgress().observe([&] {
-    if (const auto progress = *transfer.exportProgress(); progress && progress->done == 400)
+  const auto closing = highlightExport.progress().observe([&] {
+    if (const auto progress = *highlightExport.progress(); progress && progress->done == 400)
       key->close();
   });
-  run(transfer.exportHighlights());
+  run(highlightExport.exportHighlights());
   EXPECT_EQ(shell.panels.savePanels.size(), 1U) << "its window has gone";
 }
 
 TEST_F(HighlightTransferTest, ImportMergesAndIsIdempotent) {
   store.add(highlight("a", 1), "1@x");
   store.add(highlight("b", 2.25), "2@x");
-  run(transfer.exportHighlights());
-  run(transfer.importHighlights());
+  run(highlightExport.exportHighlights());
+  run(highlightImport.importHighlights());
   EXPECT_EQ(alert().second, "Imported 0 highlights, skipped 2 already saved.");
   EXPECT_EQ(calls, Lines{}) << "nothing new, nothing pushed";
   const auto& panel = shell.panels.openPanels.at(0);
@@ -228,7 +234,7 @@ TEST_F(HighlightTransferTest, ImportMergesAndIsIdempotent) {
 
   const auto before = store.byMessageId();
   store.remove("a", "1@x");
-  run(transfer.importHighlights());
+  run(highlightImport.importHighlights());
   EXPECT_EQ(alert(), (std::pair<std::string, std::string>{"Highlights Imported",
                                                           "Imported 1 highlight, skipped 1 already saved."}));
   EXPECT_EQ(store.byMessageId(), before);
@@ -238,7 +244,7 @@ TEST_F(HighlightTransferTest, ImportMergesAndIsIdempotent) {
 
   calls.clear();
   store.removeAll();
-  run(transfer.importHighlights());
+  run(highlightImport.importHighlights());
   EXPECT_EQ(alert().second, "Imported 2 highlights.");
   EXPECT_EQ(store.byMessageId(), before) << "createdAt included";
   EXPECT_EQ(calls, (Lines{"push", "sync T-a T-b"}));
@@ -286,7 +292,7 @@ TEST_F(HighlightTransferTest, SaysWhatIsWrongWithAFileAndImportsNothingOfIt) {
       EXPECT_EQ(alert(), std::pair(each.title, each.text)) << content.substr(0, 200);
       EXPECT_EQ(shell.log.count("error system: importHighlights: " + each.line + "/documents/out.html"), 1)
           << content.substr(0, 200);
-      EXPECT_FALSE(*transfer.importProgress()) << "nothing is left on screen";
+      EXPECT_FALSE(*highlightImport.progress()) << "nothing is left on screen";
     }
   EXPECT_TRUE(store.byMessageId().empty());
   EXPECT_FALSE(shell.files.exists("/data/highlights.json"));
@@ -294,7 +300,7 @@ TEST_F(HighlightTransferTest, SaysWhatIsWrongWithAFileAndImportsNothingOfIt) {
   import(cut + fileWith("[]"));
   EXPECT_EQ(alert().second, "Imported 0 highlights.");
   shell.panels.openPaths.reset();
-  run(transfer.importHighlights());
+  run(highlightImport.importHighlights());
   EXPECT_TRUE(shell.panels.alerts.empty());
 }
 
@@ -306,7 +312,7 @@ TEST_F(HighlightTransferTest, WhatIsStoppedKeepsWhatItHasAdded) {
   {
     const auto stopping = store.changed.subscribe([this] {
       if (store.highlights("1@x").size() == 7)
-        transfer.stopImport();
+        highlightImport.stop();
     });
     import(file);
   }
@@ -316,7 +322,7 @@ TEST_F(HighlightTransferTest, WhatIsStoppedKeepsWhatItHasAdded) {
 
   // While the file is being read there is nothing to report yet.
   {
-    const auto stopping = transfer.importProgress().observe([this] { transfer.stopImport(); });
+    const auto stopping = highlightImport.progress().observe([this] { highlightImport.stop(); });
     import(file);
   }
   EXPECT_EQ(store.highlights("1@x").size(), 7U);
@@ -324,10 +330,10 @@ TEST_F(HighlightTransferTest, WhatIsStoppedKeepsWhatItHasAdded) {
   import(file);
   EXPECT_EQ(alert().second, "Imported 93 highlights, skipped 7 already saved.");
 
-  const HighlightTransfer::Progress second{HighlightTransfer::Progress::Step::labelling, 1, 3};
-  const auto stopping = transfer.importProgress().observe([&] {
-    if (*transfer.importProgress() == second)
-      transfer.stopImport();
+  const TransferProgress second{TransferProgress::Step::labelling, 1, 3};
+  const auto stopping = highlightImport.progress().observe([&] {
+    if (*highlightImport.progress() == second)
+      highlightImport.stop();
   });
   import(fileWithPayload(
       encodedPayload({{"2@x", highlight("x", 1)}, {"2@x", highlight("y", 2)}, {"3@x", highlight("z", 3)}})));
@@ -337,8 +343,8 @@ TEST_F(HighlightTransferTest, WhatIsStoppedKeepsWhatItHasAdded) {
 
 TEST_F(HighlightTransferTest, TwoImportsDontCountEachOthersHighlights) {
   shell.files.files["/documents/out.html"] = fileWithPayload(encodedPayload({{"1@x", highlight("a", 1)}}));
-  scope.spawn(transfer.importHighlights());
-  run(transfer.importHighlights());
+  scope.spawn(highlightImport.importHighlights());
+  run(highlightImport.importHighlights());
   ASSERT_EQ(shell.panels.alerts.size(), 2U);
   EXPECT_EQ(shell.panels.alerts[0].informativeText, "Imported 1 highlight.");
   EXPECT_EQ(shell.panels.alerts[1].informativeText, "Imported 0 highlights, skipped 1 already saved.");

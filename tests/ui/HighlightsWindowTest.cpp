@@ -2,8 +2,9 @@
 
 #include "ShellTest.h"
 #include "async/Future.h"
+#include "highlights/HighlightExport.h"
+#include "highlights/HighlightImport.h"
 #include "highlights/HighlightStore.h"
-#include "highlights/HighlightTransfer.h"
 #include "jmap/MailQueries.h"
 #include "support/FakeFileReader.h"
 #include "support/FakeJMAPClient.h"
@@ -178,7 +179,7 @@ class TransferProgressTest : public ShellTest {
     reader.delay = time;
     shell.panels.openPaths = std::vector<std::string>{"/x"};
     shell.application.setKey(shell.application.makeWindow({}));
-    scope.spawn(transfer.importHighlights());
+    scope.spawn(highlightImport.importHighlights());
   }
 
   support::FakeJMAPClient client;
@@ -186,24 +187,27 @@ class TransferProgressTest : public ShellTest {
   support::FakeTextFormatting formatting;
   SlowReader reader;
   highlights::HighlightStore store{shell.files, shell.files};
-  highlights::HighlightTransfer transfer{{.store = store,
-                                          .mail = mail,
-                                          .settings = shell.settings,
-                                          .application = shell.application,
-                                          .panels = shell.panels,
-                                          .files = shell.files,
-                                          .reader = reader,
-                                          .textFormatting = formatting,
-                                          .iconPNG = {},
-                                          .pushMailboxMarks = {},
-                                          .syncTags = {}}};
+  highlights::HighlightExport highlightExport{{.store = store,
+                                               .mail = mail,
+                                               .settings = shell.settings,
+                                               .application = shell.application,
+                                               .panels = shell.panels,
+                                               .files = shell.files,
+                                               .textFormatting = formatting,
+                                               .iconPNG = {}}};
+  highlights::HighlightImport highlightImport{{.store = store,
+                                               .application = shell.application,
+                                               .panels = shell.panels,
+                                               .reader = reader,
+                                               .pushMailboxMarks = {},
+                                               .syncTags = {}}};
   TransferProgressWindow progress{{.title = "Importing Highlights",
-                                   .progress = transfer.importProgress(),
-                                   .stop = [this] { transfer.stopImport(); }},
+                                   .progress = highlightImport.progress(),
+                                   .stop = [this] { highlightImport.stop(); }},
                                   [] { return nullptr; }};
   TransferProgressWindow exportProgress{{.title = "Exporting Highlights",
-                                         .progress = transfer.exportProgress(),
-                                         .stop = [this] { transfer.stopExport(); }},
+                                         .progress = highlightExport.progress(),
+                                         .stop = [this] { highlightExport.stop(); }},
                                         [] { return nullptr; }};
   async::Scope scope;
 };
@@ -233,7 +237,7 @@ TEST_F(TransferProgressTest, AnExportIsCountedAsSoonAsTheServerAnswers) {
     store.add({"id", "T", "text", "", "", 0, 1}, std::to_string(i) + "@x");
   client.delay = 2s;
   shell.application.setKey(shell.application.makeWindow({}));
-  scope.spawn(transfer.exportHighlights());
+  scope.spawn(highlightExport.exportHighlights());
   shell.loop.advance(1s);
   ASSERT_NE(exportProgress.window(), nullptr);
   EXPECT_STREQ(gtk_window_get_title(exportProgress.window()), "Exporting Highlights");

@@ -1,4 +1,4 @@
-#include "highlights/HighlightTransfer.h"
+#include "highlights/HighlightExport.h"
 
 #include "async/Scope.h"
 #include "base/Base64.h"
@@ -7,6 +7,7 @@
 #include "jmap/MailQueries.h"
 #include "platform/Application.h"
 #include "platform/FileStore.h"
+#include "platform/Panels.h"
 #include "platform/TextFormatting.h"
 #include "settings/AppSettings.h"
 
@@ -17,10 +18,10 @@
 
 namespace ondrel::highlights {
 
-HighlightTransfer::HighlightTransfer(Services services) : services_(std::move(services)) {
+HighlightExport::HighlightExport(Services services) : services_(std::move(services)) {
 }
 
-std::vector<ExportedHighlight> HighlightTransfer::newestFirst() const {
+std::vector<ExportedHighlight> HighlightExport::newestFirst() const {
   std::vector<ExportedHighlight> sorted;
   for (auto& [messageId, highlight] : services_.store.allHighlights())
     sorted.push_back({std::move(messageId), std::move(highlight)});
@@ -28,7 +29,7 @@ std::vector<ExportedHighlight> HighlightTransfer::newestFirst() const {
   return sorted;
 }
 
-std::optional<std::string> HighlightTransfer::iconURL() const {
+std::optional<std::string> HighlightExport::iconURL() const {
   const auto& png = services_.iconPNG;
   if (png.empty())
     return std::nullopt;
@@ -36,21 +37,22 @@ std::optional<std::string> HighlightTransfer::iconURL() const {
          base::base64Encoded({reinterpret_cast<const std::uint8_t*>(png.data()), png.size()});
 }
 
-async::Task<std::string> HighlightTransfer::generateHighlightsHTML(bool forFile) {
-  co_return co_await generate(forFile, [](const Progress&) {});
+async::Task<std::string> HighlightExport::generateHighlightsHTML(bool forFile) {
+  co_return co_await generate(forFile, [](const TransferProgress&) {});
 }
 
-async::Task<std::string> HighlightTransfer::generate(bool forFile, Looked looked) {
+async::Task<std::string> HighlightExport::generate(bool forFile,
+                                                   std::function<void(const TransferProgress&)> asked) {
   const auto sorted = newestFirst();
   std::set<std::string> messageIds;
   for (const auto& each : sorted)
     messageIds.insert(each.messageId);
-  std::vector<std::string> asked(messageIds.begin(), messageIds.end());
-  const auto total = asked.size();
-  looked({Progress::Step::asking, 0, total});
+  std::vector<std::string> ids(messageIds.begin(), messageIds.end());
+  const auto total = ids.size();
+  asked({TransferProgress::Step::asking, 0, total});
   const auto found =
-      co_await services_.mail.highlightExportInfo(std::move(asked), [&looked, total](std::size_t done) {
-        looked({Progress::Step::asking, done, total});
+      co_await services_.mail.highlightExportInfo(std::move(ids), [&asked, total](std::size_t done) {
+        asked({TransferProgress::Step::asking, done, total});
       });
 
   static const std::map<std::string, jmap::HighlightExportInfo> none;
@@ -78,27 +80,28 @@ async::Task<std::string> HighlightTransfer::generate(bool forFile, Looked looked
   co_return document.html();
 }
 
-async::Task<void> HighlightTransfer::generateInto(std::shared_ptr<Page> page) {
-  page->resolve(co_await generate(true, [this](const Progress& progress) { exportProgress_.set(progress); }));
+async::Task<void> HighlightExport::generateInto(std::shared_ptr<Page> page) {
+  page->resolve(
+      co_await generate(true, [this](const TransferProgress& progress) { progress_.set(progress); }));
 }
 
-async::Task<std::optional<std::string>> HighlightTransfer::generateForFile() {
+async::Task<std::optional<std::string>> HighlightExport::generateForFile() {
   auto [resolver, future] = async::makeFuture<std::optional<std::string>>();
   const auto page = std::make_shared<Page>(std::move(resolver));
-  const auto stopping = exportStopped_.subscribe([page] { page->resolve(std::nullopt); });
-  ++exports_;
+  const auto stopping = stopped_.subscribe([page] { page->resolve(std::nullopt); });
+  ++underWay_;
   std::optional<std::string> html;
   {
     async::Scope work; // ends what is still being asked when the user has stopped it
     work.spawn(generateInto(page));
     html = (co_await std::move(future)).value_or(std::nullopt);
   }
-  if (--exports_ == 0)
-    exportProgress_.set(std::nullopt);
+  if (--underWay_ == 0)
+    progress_.set(std::nullopt);
   co_return html;
 }
 
-async::Task<void> HighlightTransfer::exportHighlights() {
+async::Task<void> HighlightExport::exportHighlights() {
   const auto before = services_.application.keyWindow();
   const auto html = co_await generateForFile();
   if (!html)
@@ -118,14 +121,8 @@ async::Task<void> HighlightTransfer::exportHighlights() {
   if (written)
     co_return;
   logger_.error("exportHighlights: write failed: {}", written.error().description);
-  co_await tell("Couldn't Save File", written.error().description, window);
-}
-
-async::Task<void> HighlightTransfer::tell(std::string title, std::string text, Parent parent) {
-  platform::Alert alert;
-  alert.messageText = std::move(title);
-  alert.informativeText = std::move(text);
-  co_await services_.panels.runAlert(std::move(alert), std::move(parent));
+  co_await services_.panels.runAlert(
+      {.messageText = "Couldn't Save File", .informativeText = written.error().description}, window);
 }
 
 } // namespace ondrel::highlights

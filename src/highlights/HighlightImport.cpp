@@ -1,6 +1,5 @@
-// The other half of HighlightTransfer: from a file into the store. The work is cut into pieces of a few
-// milliseconds, between which windows and pages have their turns.
-#include "highlights/HighlightTransfer.h"
+// The work is cut into pieces of a few milliseconds, between which windows and pages have their turns.
+#include "highlights/HighlightImport.h"
 
 #include "async/EventLoop.h"
 #include "async/sleep.h"
@@ -8,6 +7,7 @@
 #include "highlights/HighlightStore.h"
 #include "platform/Application.h"
 #include "platform/FileReader.h"
+#include "platform/Panels.h"
 
 #include <algorithm>
 #include <string_view>
@@ -57,7 +57,10 @@ std::string report(std::size_t imported, std::size_t skipped) {
 
 } // namespace
 
-async::Task<void> HighlightTransfer::importHighlights() {
+HighlightImport::HighlightImport(Services services) : services_(std::move(services)) {
+}
+
+async::Task<void> HighlightImport::importHighlights() {
   const auto window = services_.application.keyWindow();
   if (!window)
     co_return;
@@ -71,7 +74,7 @@ async::Task<void> HighlightTransfer::importHighlights() {
   }
   const auto& path = paths->front();
   stopRequested_ = false;
-  progress_.set(Progress{});
+  progress_.set(TransferProgress{});
   auto result = co_await importFile(path);
   if (result && result->imported > 0)
     co_await show(std::move(result->threadIds));
@@ -79,15 +82,18 @@ async::Task<void> HighlightTransfer::importHighlights() {
 
   if (!result) {
     if (!result.error().title.empty())
-      co_await tell(result.error().title, result.error().text, window);
+      co_await services_.panels.runAlert(
+          {.messageText = result.error().title, .informativeText = result.error().text}, window);
     co_return;
   }
   logger_.info("importHighlights: imported {}, skipped {} from {}", result->imported, result->skipped, path);
-  co_await tell("Highlights Imported", report(result->imported, result->skipped), window);
+  co_await services_.panels.runAlert(
+      {.messageText = "Highlights Imported", .informativeText = report(result->imported, result->skipped)},
+      window);
 }
 
-async::Task<std::expected<HighlightTransfer::Merged, HighlightTransfer::ImportProblem>>
-HighlightTransfer::importFile(std::string path) {
+async::Task<std::expected<HighlightImport::Merged, HighlightImport::ImportProblem>>
+HighlightImport::importFile(std::string path) {
   auto highlights = co_await readHighlights(std::move(path));
   if (!highlights)
     co_return std::unexpected(std::move(highlights.error()));
@@ -95,8 +101,8 @@ HighlightTransfer::importFile(std::string path) {
   co_return std::move(merged);
 }
 
-async::Task<std::expected<HighlightTransfer::Highlights, HighlightTransfer::ImportProblem>>
-HighlightTransfer::readHighlights(std::string path) {
+async::Task<std::expected<HighlightImport::Highlights, HighlightImport::ImportProblem>>
+HighlightImport::readHighlights(std::string path) {
   const auto text = co_await readText(path);
   if (stopRequested_)
     co_return std::unexpected(ImportProblem{});
@@ -125,7 +131,7 @@ HighlightTransfer::readHighlights(std::string path) {
   co_return std::unexpected(ImportProblem{});
 }
 
-async::Task<std::optional<std::string>> HighlightTransfer::readText(std::string path) {
+async::Task<std::optional<std::string>> HighlightImport::readText(std::string path) {
   auto text = co_await services_.reader.read(path, largestFile);
   if (!text) {
     logger_.notice("importHighlights: {}", text.error().description);
@@ -147,7 +153,7 @@ async::Task<std::optional<std::string>> HighlightTransfer::readText(std::string 
   co_return std::move(*text);
 }
 
-async::Task<PayloadDecoder::State> HighlightTransfer::decode(PayloadDecoder& decoder) {
+async::Task<PayloadDecoder::State> HighlightImport::decode(PayloadDecoder& decoder) {
   Slice slice;
   while (decoder.step() == PayloadDecoder::State::working && !stopRequested_) {
     if (!slice.isOver())
@@ -160,15 +166,15 @@ async::Task<PayloadDecoder::State> HighlightTransfer::decode(PayloadDecoder& dec
   co_return stopRequested_ ? PayloadDecoder::State::working : decoder.step();
 }
 
-bool HighlightTransfer::isKnown(const ExportedHighlight& exported) const {
+bool HighlightImport::isKnown(const ExportedHighlight& exported) const {
   return std::ranges::any_of(services_.store.highlights(exported.messageId),
                              [&](const auto& highlight) { return highlight.id == exported.highlight.id; });
 }
 
-async::Task<HighlightTransfer::Merged> HighlightTransfer::merge(Highlights highlights) {
+async::Task<HighlightImport::Merged> HighlightImport::merge(Highlights highlights) {
   Merged merged;
   Slice slice;
-  progress_.set(Progress{Progress::Step::adding, 0, highlights.size()});
+  progress_.set(TransferProgress{TransferProgress::Step::adding, 0, highlights.size()});
   for (auto& each : highlights) {
     if (stopRequested_)
       break;
@@ -181,7 +187,8 @@ async::Task<HighlightTransfer::Merged> HighlightTransfer::merge(Highlights highl
     }
     if (!slice.isOver())
       continue;
-    progress_.set(Progress{Progress::Step::adding, merged.imported + merged.skipped, highlights.size()});
+    progress_.set(TransferProgress{TransferProgress::Step::adding, merged.imported + merged.skipped,
+                                   highlights.size()});
     const bool goOn = co_await async::sleep(Slice::pause);
     if (!goOn)
       break;
@@ -191,12 +198,12 @@ async::Task<HighlightTransfer::Merged> HighlightTransfer::merge(Highlights highl
 }
 
 // Where others can see it: in the lists of all tabs, and on the server.
-async::Task<void> HighlightTransfer::show(std::set<std::string> threadIds) {
+async::Task<void> HighlightImport::show(std::set<std::string> threadIds) {
   co_await services_.pushMailboxMarks();
   stopRequested_ = false; // an import that was stopped has its labels all the same
   const auto total = threadIds.size();
   co_await services_.syncTags(std::move(threadIds), [this, total](std::size_t done) {
-    progress_.set(Progress{Progress::Step::labelling, done, total});
+    progress_.set(TransferProgress{TransferProgress::Step::labelling, done, total});
     return !stopRequested_;
   });
 }
