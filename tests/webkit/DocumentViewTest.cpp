@@ -55,6 +55,7 @@ TEST_F(DocumentViewTest, RunsNoScript) {
        "<img src='data:,x' onerror=\"document.title = 'handler'\"><svg "
        "onload=\"document.title='svg'\"></svg>" +
        posting("'message'"));
+  EXPECT_TRUE(waitFor([this] { return view_->title() == "before"; }));
   runFor(200ms);
   EXPECT_EQ(view_->title(), "before");
   EXPECT_TRUE(delegate_.messages.empty());
