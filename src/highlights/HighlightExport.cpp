@@ -87,13 +87,16 @@ async::Task<void> HighlightExport::generateInto(std::shared_ptr<Page> page) {
 
 async::Task<std::optional<std::string>> HighlightExport::generateForFile() {
   auto [resolver, future] = async::makeFuture<std::optional<std::string>>();
-  const auto page = std::make_shared<Page>(std::move(resolver));
-  const auto stopping = stopped_.subscribe([page] { page->resolve(std::nullopt); });
+  auto page = std::make_shared<Page>(std::move(resolver));
+  const auto stopping = stopped_.subscribe([weak = std::weak_ptr(page)] {
+    if (const auto waiting = weak.lock())
+      waiting->resolve(std::nullopt);
+  });
   ++underWay_;
   std::optional<std::string> html;
   {
     async::Scope work; // ends what is still being asked when the user has stopped it
-    work.spawn(generateInto(page));
+    work.spawn(generateInto(std::move(page)));
     html = (co_await std::move(future)).value_or(std::nullopt);
   }
   if (--underWay_ == 0)

@@ -54,7 +54,8 @@ class HighlightExport {
 
   // For the program's own window, or for a file, which says how to bring it back.
   async::Task<std::string> generateHighlightsHTML(bool forFile);
-  // Looks the messages up on the server and asks where to; without a key window it does nothing.
+  // Looks the messages up on the server, then asks where to: on the key window, or on the one that was it
+  // before. Without either it ends there.
   async::Task<void> exportHighlights();
 
   // Of the exports that are under way, until their panels come; absent while there is none.

@@ -121,6 +121,7 @@ MailQueries::highlightExportInfo(std::vector<std::string> messageIds,
     for (const auto* email : objects(*list))
       resolve(resolved, *email);
   }
+  progress(messageIds.size());
   if (resolved.empty())
     co_return result;
 

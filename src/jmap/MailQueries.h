@@ -68,7 +68,7 @@ class MailQueries {
   // Of several mailboxes any one.
   async::Task<Result<MailboxAndThread>> findMailboxNameAndThreadId(std::string emailId);
   // By Message-ID, without those that can't be found: a failed request just leaves its messages out. Tells
-  // meanwhile how many have been asked for.
+  // meanwhile how many are done with.
   async::Task<Result<std::map<std::string, HighlightExportInfo>>>
   highlightExportInfo(std::vector<std::string> messageIds, std::function<void(std::size_t done)> progress);
   // Whether the account uses labels in place of folders.

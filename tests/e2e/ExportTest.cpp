@@ -8,9 +8,6 @@ namespace {
 namespace fs = std::filesystem;
 using support::PdfPage;
 
-// GTK's file panel brings libraries with leaks of their own, which a sanitizer's short stacks don't name.
-const Environment wholeStacks{{"ASAN_OPTIONS", "fast_unwind_on_malloc=0"}};
-
 class ExportTest : public UserHandsTest {
  protected:
   void SetUp() override {

@@ -8,9 +8,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// GTK's file panel brings libraries with leaks of their own, which a sanitizer's short stacks don't name.
-const Environment wholeStacks{{"ASAN_OPTIONS", "fast_unwind_on_malloc=0"}};
-
 // The last belongs to a message that is gone: it is kept and not listed.
 constexpr auto threeHighlights = R"({
 "M31@mail.example.org":[{"id":"2b0c4bb4-55b6-4f0e-8f3a-0d5a6c7e8f90","threadId":"T4","exact":"letters aaa",

@@ -14,6 +14,10 @@ namespace ondrel::e2e {
 // Environment variables to set; an absent value removes one.
 using Environment = std::map<std::string, std::optional<std::string>>;
 
+// For tests that open GTK's file panel: it brings libraries with leaks of their own, which a sanitizer's
+// short stacks don't name.
+inline const Environment wholeStacks{{"ASAN_OPTIONS", "fast_unwind_on_malloc=0"}};
+
 // A child process whose output is collected in a file. Ended with SIGKILL when the object dies.
 class Process {
  public:

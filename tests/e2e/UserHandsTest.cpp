@@ -93,7 +93,7 @@ std::set<UserHandsTest::WindowId> UserHandsTest::windows() {
   });
   std::set<WindowId> result;
   for (const auto& line : lines) {
-    const auto id = std::stoul(line);
+    const auto id = std::strtoul(line.c_str(), nullptr, 10); // of a complaint, none
     const auto name = nameOf(id);
     // A tooltip is a window of the display too; it bears the program's name.
     if (name && name != "Ondrel")

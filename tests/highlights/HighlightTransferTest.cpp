@@ -200,8 +200,11 @@ TEST_F(HighlightTransferTest, AnExportTellsHowFarItIsAndCanBeStopped) {
   });
   run(highlightExport.exportHighlights());
   const auto step = Progress::Step::asking;
-  EXPECT_EQ(seen, (std::vector<Progress>{{step, 0, 401}, {step, 200, 401}, {step, 400, 401}}));
-  EXPECT_EQ(shell.panels.savePanels.size(), 1U) << "on the window that it was asked for in";
+  EXPECT_EQ(seen,
+            (std::vector<Progress>{{step, 0, 401}, {step, 200, 401}, {step, 400, 401}, {step, 401, 401}}));
+  EXPECT_EQ(shell.panels.savePanels.size(), 1U);
+  EXPECT_EQ(shell.panels.savePanelParent, key) << "the window that it was asked for in";
+  EXPECT_FALSE(highlightExport.progress()->has_value());
 
   stop = true;
   shell.application.setKey(key);
@@ -219,6 +222,29 @@ TEST_F(HighlightTransferTest, AnExportTellsHowFarItIsAndCanBeStopped) {
   });
   run(highlightExport.exportHighlights());
   EXPECT_EQ(shell.panels.savePanels.size(), 1U) << "its window has gone";
+}
+
+TEST_F(HighlightTransferTest, TwoExportsAreShownUntilTheLastAndStoppedTogether) {
+  for (int i = 0; i < 401; ++i)
+    store.add(highlight("a", 1), std::to_string(i) + "@x");
+  client.delay = std::chrono::seconds(1);
+  scope.spawn(highlightExport.exportHighlights());
+  shell.loop.advance(std::chrono::milliseconds(2500));
+  const auto second = scope.spawn(highlightExport.exportHighlights());
+  shell.loop.advance(std::chrono::seconds(2));
+  EXPECT_EQ(shell.panels.savePanels.size(), 1U);
+  EXPECT_TRUE(highlightExport.progress()->has_value()) << "of the second";
+  run(highlightExport.exportHighlights());
+  EXPECT_TRUE(second.done());
+  EXPECT_EQ(shell.panels.savePanels.size(), 3U);
+
+  scope.spawn(highlightExport.exportHighlights());
+  scope.spawn(highlightExport.exportHighlights());
+  shell.loop.advance(std::chrono::milliseconds(500));
+  highlightExport.stop();
+  shell.loop.advance(std::chrono::minutes(1));
+  EXPECT_EQ(shell.panels.savePanels.size(), 3U);
+  EXPECT_FALSE(highlightExport.progress()->has_value());
 }
 
 TEST_F(HighlightTransferTest, ImportMergesAndIsIdempotent) {

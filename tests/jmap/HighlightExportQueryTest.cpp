@@ -58,7 +58,7 @@ TEST_F(HighlightExportQueryTest, WhatFailsLeavesOutItsMessagesOnly) {
   const auto info = run(queries.highlightExportInfo(messageIds(401), progress));
   ASSERT_TRUE(info && info->contains("200@x"));
   EXPECT_EQ(info->size(), 1u);
-  EXPECT_EQ(asked, (std::vector<std::size_t>{0, 200, 400}));
+  EXPECT_EQ(asked, (std::vector<std::size_t>{0, 200, 400, 401}));
   const std::size_t sizes[] = {200, 200, 1};
   for (std::size_t i = 0; i < 3; ++i) {
     const auto& query = client.sent.at(i).body.at("methodCalls").as_array()[0].as_array()[1].as_object();

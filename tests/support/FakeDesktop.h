@@ -26,8 +26,9 @@ class FakePanels final : public platform::Panels {
     co_return alertAnswer;
   }
   async::Task<std::optional<std::string>> runSavePanel(platform::SavePanel panel,
-                                                       std::shared_ptr<platform::Window>) override {
+                                                       std::shared_ptr<platform::Window> parent) override {
     savePanels.push_back(std::move(panel));
+    savePanelParent = std::move(parent);
     co_await async::nextTurn();
     co_return savePath;
   }
@@ -40,6 +41,7 @@ class FakePanels final : public platform::Panels {
 
   std::vector<platform::Alert> alerts;
   std::vector<platform::SavePanel> savePanels;
+  std::shared_ptr<platform::Window> savePanelParent; // of the last of them
   std::vector<platform::OpenPanel> openPanels;
   int alertAnswer = firstButton;
   std::optional<std::string> savePath;
@@ -170,12 +172,13 @@ class FakeFiles final : public platform::FileStore, public platform::Directories
 
   std::optional<std::string> applicationSupport() const override { return support; }
   std::optional<std::string> documents() const override { return "/documents"; }
-  std::optional<std::string> downloads() const override { return "/downloads"; }
+  std::optional<std::string> downloads() const override { return downloadsFolder; }
   std::string temporary() const override { return "/tmp"; }
   std::string home() const override { return "/home"; }
 
   std::map<std::string, std::string> files;
   std::optional<std::string> support = "/data";
+  std::optional<std::string> downloadsFolder = "/downloads";
   std::string unreadable;
   std::function<void()> afterRead;
   bool full = false;

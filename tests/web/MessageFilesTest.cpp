@@ -86,7 +86,12 @@ TEST_F(MessageFilesTest, SayInTheLogWhyTheyCouldntBeWritten) {
   shell.files.full = true;
   ask("Plans");
   shell.settle();
-  EXPECT_TRUE(shell.log.count("error ui: Save failed: no space left on device") == 1);
+  EXPECT_EQ(shell.log.count("error ui: Save failed: no space left on device"), 1);
+  shell.files.downloadsFolder.reset();
+  ask("Plans");
+  shell.settle();
+  EXPECT_EQ(shell.log.count("error ui: saveStringToFile: downloads directory not found"), 1);
+  EXPECT_EQ(notified().size(), 2U);
 }
 
 TEST_F(MessageFilesTest, AreSavedAlthoughTheTabClosesMeanwhile) {

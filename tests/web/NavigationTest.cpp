@@ -235,6 +235,8 @@ TEST_F(NavigationTest, PopupsGoWhereTheyBelong) {
     EXPECT_TRUE(shell.webView(newest())->loads.empty()) << "the opener's navigation fills it";
     EXPECT_FALSE(*newest()->toolbarVisible);
   }
+  shell.settle();
+  EXPECT_EQ(shell.http.requests.size(), 1U) << "without a title there is no name to save under";
   ASSERT_GE(popupScripts.size(), 2U);
   EXPECT_EQ(popupScripts.front(), "consoleRelayScript");
   EXPECT_EQ((Calls{popupScripts.end() - 2, popupScripts.end()}),
