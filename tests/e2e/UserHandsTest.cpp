@@ -41,7 +41,7 @@ void UserHandsTest::SetUp() {
 }
 
 std::vector<std::string> UserHandsTest::xdotool(const std::string& arguments) {
-  const auto lines = linesOf("xdotool " + arguments + " 2>/dev/null && echo done");
+  auto lines = linesOf("xdotool " + arguments + " 2>/dev/null && echo done");
   // A failure halfway has lines too.
   if (lines.empty() || lines.back() != "done")
     return {};
