@@ -29,7 +29,7 @@ std::string textFor(const TransferProgressWindow::Progress& progress) {
   const auto [step, done, total] = progress;
   switch (step) {
   case Step::asking:
-    return isCounted(progress) ? fmt::format("Looking messages up: {} of {}", done, total)
+    return isCounted(progress) ? fmt::format("Looking up messages: {} of {}", done, total)
                                : "Asking the server…";
   case Step::reading:
     return "Reading the file…";

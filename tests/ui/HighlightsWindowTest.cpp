@@ -2,14 +2,7 @@
 
 #include "ShellTest.h"
 #include "async/Future.h"
-#include "highlights/HighlightExport.h"
-#include "highlights/HighlightImport.h"
 #include "highlights/HighlightStore.h"
-#include "jmap/MailQueries.h"
-#include "support/FakeFileReader.h"
-#include "support/FakeJMAPClient.h"
-#include "support/FakeTextFormatting.h"
-#include "ui/TransferProgressWindow.h"
 
 #include <gdk/gdkkeysyms.h>
 
@@ -162,96 +155,6 @@ TEST_F(HighlightsWindowTest, RemembersItsFrame) {
     EXPECT_EQ(last()->frame().width, 760) << broken;
     last()->close();
   }
-}
-
-class TransferProgressTest : public ShellTest {
- protected:
-  // As long as the file is being read.
-  struct SlowReader final : platform::FileReader {
-    async::Task<std::expected<std::string, platform::FileError>> read(std::string, std::uint64_t) override {
-      const bool slept = co_await async::sleep(delay);
-      co_return slept ? std::string() : "cancelled";
-    }
-    async::Duration delay{};
-  };
-
-  void import(async::Duration time) {
-    reader.delay = time;
-    shell.panels.openPaths = std::vector<std::string>{"/x"};
-    shell.application.setKey(shell.application.makeWindow({}));
-    scope.spawn(highlightImport.importHighlights());
-  }
-
-  support::FakeJMAPClient client;
-  jmap::MailQueries mail{client, shell.settings, [] {}};
-  support::FakeTextFormatting formatting;
-  SlowReader reader;
-  highlights::HighlightStore store{shell.files, shell.files};
-  highlights::HighlightExport highlightExport{{.store = store,
-                                               .mail = mail,
-                                               .settings = shell.settings,
-                                               .application = shell.application,
-                                               .panels = shell.panels,
-                                               .files = shell.files,
-                                               .textFormatting = formatting,
-                                               .iconPNG = {}}};
-  highlights::HighlightImport highlightImport{{.store = store,
-                                               .application = shell.application,
-                                               .panels = shell.panels,
-                                               .reader = reader,
-                                               .pushMailboxMarks = {},
-                                               .syncTags = {}}};
-  TransferProgressWindow progress{{.title = "Importing Highlights",
-                                   .progress = highlightImport.progress(),
-                                   .stop = [this] { highlightImport.stop(); }},
-                                  [] { return nullptr; }};
-  TransferProgressWindow exportProgress{{.title = "Exporting Highlights",
-                                         .progress = highlightExport.progress(),
-                                         .stop = [this] { highlightExport.stop(); }},
-                                        [] { return nullptr; }};
-  async::Scope scope;
-};
-
-TEST_F(TransferProgressTest, IsShownWhenItTakesLongAndCanBeStopped) {
-  import(400ms);
-  shell.loop.advance(1s);
-  EXPECT_EQ(shell.panels.alerts.size(), 1U);
-  EXPECT_EQ(progress.window(), nullptr) << "it was over at once";
-
-  import(10s);
-  shell.loop.advance(400ms);
-  EXPECT_EQ(progress.window(), nullptr);
-  shell.loop.advance(200ms);
-  ASSERT_NE(progress.window(), nullptr);
-  EXPECT_FALSE(gtk_window_get_modal(progress.window()));
-  const auto texts = visibleTexts(GTK_WIDGET(progress.window()));
-  EXPECT_NE(std::ranges::find(texts, "Reading the file…"), texts.end());
-  click(buttonWithLabel(GTK_WIDGET(progress.window()), "Stop"));
-  shell.loop.advance(10s);
-  EXPECT_EQ(progress.window(), nullptr);
-  EXPECT_EQ(shell.panels.alerts.size(), 1U) << "who has stopped it needs no word";
-}
-
-TEST_F(TransferProgressTest, AnExportIsCountedAsSoonAsTheServerAnswers) {
-  for (int i = 0; i < 300; ++i)
-    store.add({"id", "T", "text", "", "", 0, 1}, std::to_string(i) + "@x");
-  client.delay = 2s;
-  shell.application.setKey(shell.application.makeWindow({}));
-  scope.spawn(highlightExport.exportHighlights());
-  shell.loop.advance(1s);
-  ASSERT_NE(exportProgress.window(), nullptr);
-  EXPECT_STREQ(gtk_window_get_title(exportProgress.window()), "Exporting Highlights");
-  const auto shows = [&](const char* text) {
-    return std::ranges::count(visibleTexts(GTK_WIDGET(exportProgress.window())), text) == 1;
-  };
-  EXPECT_TRUE(shows("Asking the server…"));
-  shell.loop.advance(2s);
-  EXPECT_TRUE(shows("Looking messages up: 200 of 300"));
-  EXPECT_EQ(progress.window(), nullptr);
-  gtk_window_close(exportProgress.window());
-  shell.loop.advance(1s);
-  EXPECT_EQ(exportProgress.window(), nullptr);
-  EXPECT_TRUE(shell.panels.savePanels.empty());
 }
 
 } // namespace

@@ -1,0 +1,66 @@
+#include "ui/TransferProgressWindow.h"
+
+#include "ShellTest.h"
+
+namespace ondrel::ui {
+namespace {
+
+using namespace std::chrono_literals;
+using highlights::TransferProgress;
+using Step = TransferProgress::Step;
+
+class TransferProgressWindowTest : public ShellTest {
+ protected:
+  GtkWidget* window() { return GTK_WIDGET(shown.window()); }
+  bool shows(const std::string& text) { return std::ranges::count(visibleTexts(window()), text) == 1; }
+
+  base::Observable<std::optional<TransferProgress>> progress;
+  int stops = 0;
+  TransferProgressWindow shown{
+      {.title = "Exporting Highlights", .progress = progress, .stop = [this] { ++stops; }},
+      [] { return nullptr; }};
+};
+
+TEST_F(TransferProgressWindowTest, IsThereWhileTheWorkTakesLong) {
+  progress.set(TransferProgress{Step::reading, 0, 0});
+  shell.loop.advance(400ms);
+  progress.set(std::nullopt);
+  shell.loop.advance(1s);
+  EXPECT_EQ(shown.window(), nullptr) << "it was over at once";
+
+  progress.set(TransferProgress{Step::asking, 0, 300});
+  shell.loop.advance(400ms);
+  progress.set(TransferProgress{Step::asking, 0, 301});
+  EXPECT_EQ(shown.window(), nullptr);
+  shell.loop.advance(200ms);
+  ASSERT_NE(shown.window(), nullptr) << "what goes on doesn't put it off";
+  EXPECT_STREQ(gtk_window_get_title(shown.window()), "Exporting Highlights");
+  EXPECT_FALSE(gtk_window_get_modal(shown.window())) << "mail can be read meanwhile";
+
+  click(buttonWithLabel(window(), "Stop"));
+  EXPECT_EQ(stops, 1);
+  gtk_window_close(shown.window());
+  EXPECT_EQ(stops, 2);
+  EXPECT_NE(shown.window(), nullptr) << "it goes with the work";
+  progress.set(std::nullopt);
+  EXPECT_EQ(shown.window(), nullptr);
+}
+
+TEST_F(TransferProgressWindowTest, SaysWhatIsBeingDone) {
+  const std::pair<TransferProgress, std::string> cases[] = {
+      {{Step::asking, 0, 300}, "Asking the server…"},
+      {{Step::asking, 200, 300}, "Looking up messages: 200 of 300"},
+      {{Step::reading, 0, 0}, "Reading the file…"},
+      {{Step::adding, 7, 10}, "7 of 10"},
+      {{Step::labelling, 1, 3}, "Labelling conversations: 1 of 3"},
+  };
+  for (const auto& [now, text] : cases) {
+    progress.set(now);
+    shell.loop.advance(1s);
+    ASSERT_NE(shown.window(), nullptr);
+    EXPECT_TRUE(shows(text)) << text;
+  }
+}
+
+} // namespace
+} // namespace ondrel::ui
