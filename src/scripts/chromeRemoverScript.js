@@ -22,8 +22,7 @@
     if (!compose) {
       return false;
     }
-    document.body.innerHTML = '';
-    document.body.append(compose);
+    document.body.replaceChildren(compose);
     removeChrome(compose);
     // The application renders its buttons later than the editor, and again at times.
     new MutationObserver(() => removeChrome(compose)).observe(compose, {childList: true, subtree: true});

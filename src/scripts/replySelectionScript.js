@@ -29,9 +29,30 @@
   const TEXT_BLOCK_TAGS = new Set(
       ['DIV', 'P', 'LI', 'BLOCKQUOTE', 'TR', 'TABLE', 'UL', 'OL', 'H1', 'H2', 'H3', 'H4', 'H5', 'H6', 'PRE']);
   const LOG_PREFIX = '[Ondrel] reply-with-selection';
+  const TABLE_PARTS = new Set(['table', 'caption', 'colgroup', 'thead', 'tbody', 'tfoot', 'tr']);
+  const HIGHLIGHT_MARK = '[data-ondrel-hid]';  // of the user's alone, as is what the banner says
+  const HIGHLIGHT_BANNER = '[data-ondrel-orphan-banner]';
+  // What a quote is made of. Of other elements only what they hold is kept, and of some not even that.
+  const KEPT_TAGS = new Set(
+      ('a abbr acronym address article aside b bdi bdo big blockquote br center cite code col dd del dfn dir ' +
+       'div dl dt em figcaption figure font footer h1 h2 h3 h4 h5 h6 header hr i img ins kbd li main mark nav ' +
+       'nobr ol p pre q rp rt ruby s samp section small span strike strong sub sup td th time tt u ul var wbr')
+          .split(' ')
+          .concat(...TABLE_PARTS));
+  const DROPPED_TAGS = new Set(
+      ('script style template noscript title head iframe frame frameset noframes noembed select datalist ' +
+       'annotation annotation-xml desc metadata defs')
+          .split(' '));
+  const KEPT_ATTRIBUTES = new Set(
+      ('style dir lang title alt hidden align valign width height size border color face bgcolor bordercolor ' +
+       'cellpadding cellspacing colspan rowspan span nowrap noshade clear compact start reversed type value ' +
+       'scope headers abbr summary rules frame hspace vspace datetime')
+          .split(' '));
+  const LINK_SCHEMES = new Set(['http:', 'https:', 'mailto:', 'tel:', 'sms:', 'ftp:', 'webcal:']);
+  const IMAGE_SCHEMES = new Set(['http:', 'https:', 'blob:', 'cid:']);
 
-  let lastSelection = null;   // {html, text, card, capturedAt}
-  let pendingSwap = null;     // {html, text, capturedAt}
+  let lastSelection = null;   // {content, text, card, capturedAt}
+  let pendingSwap = null;     // {content, text, capturedAt}
   let richSwapArmed = false;  // a rich-text swap is scheduled
   let selectionDebounce = 0;
 
@@ -42,21 +63,120 @@
   const sendInput = (editor) => editor.dispatchEvent(new Event('input', {bubbles: true}));
 
   // --- What is selected: copied at once, since others change the text nodes under a live range. ---
+  //
+  // The copy is made anew of what a quote needs, in a document in which nothing loads or runs, and is never
+  // written as markup and read again: a parser can take text of the message for elements then. What the
+  // application does that with later, its drafts, holds nothing of that kind: each tag in what is written is
+  // one of an element that was let in, since nothing is left that makes a parser read "<" otherwise (styles,
+  // titles, text fields, comments, elements of other languages).
 
-  const holderOf = (range) => {
-    const holder = document.createElement('div');
-    holder.append(range.cloneContents());
-    return holder;
+  const inertDocument = document.implementation.createHTMLDocument('');
+
+  // Past what a form's fields can put in the place of its own properties by their names.
+  const getterOf = ({prototype}, name) => {
+    const {get} = Object.getOwnPropertyDescriptor(prototype, name);
+    return (node) => get.call(node);
+  };
+  const nodeTypeOf = getterOf(Node, 'nodeType');
+  const parentOf = getterOf(Node, 'parentNode');
+  const firstChildOf = getterOf(Node, 'firstChild');
+  const nextSiblingOf = getterOf(Node, 'nextSibling');
+  const childNodesOf = getterOf(Node, 'childNodes');
+  const localNameOf = getterOf(Element, 'localName');
+  const namespaceOf = getterOf(Element, 'namespaceURI');
+
+  const isText = (node) => nodeTypeOf(node) === Node.TEXT_NODE;
+  const isElement = (node) => nodeTypeOf(node) === Node.ELEMENT_NODE;
+  const tagOf = (element) => localNameOf(element).toLowerCase();
+
+  const isAllowedAddress = (attribute, value) => {
+    try {
+      const {protocol, pathname} = new URL(value, document.baseURI);
+      return attribute === 'href' ?
+          LINK_SCHEMES.has(protocol) :
+          IMAGE_SCHEMES.has(protocol) || (protocol === 'data:' && /^image\//i.test(pathname));
+    } catch {
+      return false;
+    }
   };
 
-  const fragmentToHTML = (range) => holderOf(range).innerHTML;
+  const isAllowedAttribute = ({name, value}) => KEPT_ATTRIBUTES.has(name) ||
+      (['href', 'src', 'background'].includes(name) && isAllowedAddress(name, value));
+
+  const isDropped = (element) =>
+      DROPPED_TAGS.has(tagOf(element)) || (tagOf(element) === 'div' && element.matches(HIGHLIGHT_BANNER));
+
+  const isKept = (element) => namespaceOf(element) === document.documentElement.namespaceURI &&
+      KEPT_TAGS.has(tagOf(element)) && !(tagOf(element) === 'mark' && element.matches(HIGHLIGHT_MARK));
+
+  const copyOf = (element) => {
+    const copy = inertDocument.createElement(tagOf(element));
+    for (const attribute of [...element.attributes].filter(isAllowedAttribute)) {
+      copy.setAttribute(attribute.name, attribute.value);
+    }
+    return copy;
+  };
+
+  // From each element around the node, below `top`, to its child on the way down to the node.
+  const pathTo = (node, top) => {
+    const path = new Map();
+    for (let child = node; child !== top; child = parentOf(child)) {
+      path.set(parentOf(child), child);
+    }
+    return path;
+  };
+
+  // Cells and rows alone would be lost on the way to the reader: they stay in a table.
+  const topOf = ({commonAncestorContainer}) => {
+    let top = commonAncestorContainer;
+    while (isElement(top) && TABLE_PARTS.has(tagOf(top))) {
+      top = parentOf(top);
+    }
+    return top;
+  };
+
+  const copySelected = (range) => {
+    const {startContainer, startOffset, endContainer, endOffset} = range;
+    const top = topOf(range);
+    const [toStart, toEnd] = [startContainer, endContainer].map((node) => pathTo(node, top));
+    const childAt = (parent, offset) => childNodesOf(parent)[offset] ?? null;
+    const firstIn = (parent) => parent === startContainer ? childAt(parent, startOffset) :
+                                                            toStart.get(parent) ?? firstChildOf(parent);
+    // The child behind the last one.
+    const endIn = (parent) => parent === endContainer ? childAt(parent, endOffset) :
+        toEnd.has(parent)                             ? nextSiblingOf(toEnd.get(parent)) :
+                                                        null;
+    const copyNode = (node, target) => {
+      if (isText(node)) {
+        target.append(node.data.slice(
+            node === startContainer ? startOffset : 0, node === endContainer ? endOffset : undefined));
+      } else if (isElement(node) && !isDropped(node)) {
+        const copy = isKept(node) ? copyOf(node) : null;
+        if (copy) {
+          target.append(copy);
+        }
+        copyChildren(node, copy ?? target);
+      }
+    };
+    const copyChildren = (source, target) => {
+      const end = endIn(source);
+      for (let node = firstIn(source); node && node !== end; node = nextSiblingOf(node)) {
+        copyNode(node, target);
+      }
+    };
+
+    const content = inertDocument.createDocumentFragment();
+    if (isText(top)) {
+      copyNode(top, content);
+    } else {
+      copyChildren(top, content);
+    }
+    return content;
+  };
 
   const textOfNode = (node) => {
     if (node.nodeType === Node.TEXT_NODE) {
       return node.data;
-    }
-    if (node.nodeType !== Node.ELEMENT_NODE) {
-      return '';
     }
     if (node.tagName === 'BR') {
       return '\n';
@@ -66,11 +186,8 @@
   };
 
   // A range's own text has nothing between blocks, and the rendered text needs a layout.
-  const fragmentToText = (range) => [...holderOf(range).childNodes]
-                                        .map(textOfNode)
-                                        .join('')
-                                        .replace(/\n{3,}/g, '\n\n')
-                                        .replace(/^\n+|\n+$/g, '');
+  const fragmentToText = (content) =>
+      textOfNode(content).replace(/\n{3,}/g, '\n\n').replace(/^\n+|\n+$/g, '');
 
   const captureSelection = () => {
     // Clicking a reply button may empty the selection; the last one stays available.
@@ -91,11 +208,12 @@
       log(`selection in a message container in [${location.href}] but no ancestor .v-MessageCard`);
       return;
     }
-    const text = fragmentToText(range);
+    const content = copySelected(range);
+    const text = fragmentToText(content);
     if (text === '') {
       return;
     }
-    lastSelection = {html: fragmentToHTML(range), text, card, capturedAt: Date.now()};
+    lastSelection = {content, text, card, capturedAt: Date.now()};
     log(`captured selection in [${location.href}] (${text.length} chars): ${text.slice(0, 60)}`);
   };
 
@@ -119,7 +237,7 @@
       log(`${source}, but on a different message card than the selection`);
       return;
     }
-    pendingSwap = {html: lastSelection.html, text: lastSelection.text, capturedAt: Date.now()};
+    pendingSwap = {content: lastSelection.content, text: lastSelection.text, capturedAt: Date.now()};
     lastSelection = null;
     richSwapArmed = false;
     log(`armed pending swap (${source})`);
@@ -204,7 +322,7 @@
       const tail = siblingsAfter(blockquote)
                        .filter((node) => node.parentNode === editable)
                        .map((node) => node.cloneNode(true));
-      blockquote.innerHTML = swap.html;
+      blockquote.replaceChildren(swap.content);
       sendInput(editable);
       const protection = tail.length > 0 ? `captured ${tail.length} trailing node(s) to protect` :
                                            'nothing trailing the quote to protect';

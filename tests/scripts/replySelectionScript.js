@@ -235,10 +235,109 @@
     await tells(() => plain('> whole'));
     await arm();
     await rich('<blockquote>all</blockquote>');
-    Object.defineProperty($('blockquote'), 'innerHTML', {set: fail});
+    $('blockquote').replaceChildren = fail;
     await tells(() => advance(250), scheduled, `${prefix} rich-text swap failed: Error: no`);
     await tells(() => plain('> whole'));
   });
+
+  // A message as the application shows it: nodes that came out of its cleaning, in which nothing runs. `bad`
+  // and javascript: stand where only text stands; a parser that reads such a message's markup again takes
+  // some of them for what they say.
+  const bad = '<img src=/none onerror=ran()>';
+  const hostile = [
+    // Told apart by a parser only when it reads for the second time: nested forms, foreign elements, raw
+    // text.
+    `<form><math><mtext></form><form><mglyph><style></math>${
+        bad}</style></mglyph></form></mtext></math></form>`,
+    `<math><mtext><table><mglyph><style><!--</style><img title="--&gt;${bad.replace('<', '&lt;')}">`,
+    `<svg><style><b title="</style>${bad}">`,
+    `<svg></p><style><g title="</style>${bad}">`,
+    `<math><annotation-xml encoding=text/html><style><b title="</style>${bad}">`,
+    `<form><math><mtext></form><form><mglyph><svg><mtext><textarea><path id="</textarea>${bad}">`,
+    `<noscript><p title="</noscript>${bad}">`,
+    `<template><p title="</template>${bad}"></template><template>${bad}</template>`,
+    `<title>&lt;/title>${bad}</title><textarea>&lt;/textarea>${bad}</textarea>`,
+    `<select><option>${bad}<template><style></select>${bad}</style></template></select>`,
+    `<xmp><p title="</xmp>${bad}"></xmp><noembed>${bad}</noembed><noframes>${bad}</noframes>`,
+    `<iframe>${bad}</iframe><svg><![CDATA[><image xlink:href="]]>${bad}"]]></svg><!-- --!>${bad} -->`,
+    `<plaintext>${bad}`,
+    // What acts as it stands, since the application trusted that nobody takes it out of its place.
+    `<b onclick=ran()>x</b><p is=x-y onfocus=ran() tabindex=0 contenteditable=false>y</p>`,
+    `<a href="java&#10;script:ran()">x</a><a href=" data:text/html,x">y</a><img src=javascript:ran()>`,
+    `<svg><a xlink:href=javascript:ran()><text>x</text><animate attributeName=href to=javascript:ran() />`,
+    `<svg><use href="data:image/svg+xml,<svg id=x/>#x"/><set attributeName=onclick to=ran() /></svg>`,
+    `<math href=javascript:ran()><mi xlink:href=javascript:ran()>x</mi></math>`,
+    `<iframe srcdoc="<p onclick=parent.ran()>"></iframe><object data=/none></object><embed src=/none>`,
+    `<form action=//x><button form=y formaction=javascript:ran()>x</button><input name=firstChild></form>`,
+    `<form><input name=nextSibling><input name=nodeType><input name=attributes></form><form>x</form>`,
+    `<base href=//x><meta http-equiv=refresh content="0;javascript:ran()"><link rel=stylesheet href=/none>`,
+    `<script>ran()</script><style>*{display:none}</style><x-y onclick=ran()>x</x-y><td onclick=ran()>y</td>`,
+  ];
+
+  test('Nothing of a message acts in the reply, nor in what a parser makes of it', one(''), async () => {
+    const hits = [];
+    const ownNodes = new WeakSet();  // the message's, which may do as the application lets them
+    window.ran = () => ownNodes.has(window.event?.target) || hits.push('ran');
+    const acts = (element) => {
+      const bits = [...element.attributes].map(({name, value}) => `${name}=${value}`);
+      const isBad = (bit) =>
+          /^(on|srcdoc|form|is=|id|name|class|contenteditable|tabindex|autofocus)/i.test(bit) ||
+          /^[\w:]+=\s*(j\s*a\s*v\s*a|data:text)/i.test(bit);
+      const tags =
+          /^(script|style|template|i?frame|object|embed|base|meta|link|form|input|button|x-y|svg|math)$/i;
+      return tags.test(element.localName) || bits.some(isBad);
+    };
+    const acting = () => $$('blockquote *').filter(acts).map((element) => element.outerHTML);
+    for (const markup of hostile) {
+      const {body} = new DOMParser().parseFromString(`shown ${markup}`, 'text/html');
+      body.querySelectorAll('*').forEach((element) => ownNodes.add(element));
+      $('.v-Message-body').replaceChildren(...body.childNodes);
+      await arm();
+      await rich('<blockquote>all</blockquote>');
+      await advance(250);
+      same([acting(), quote().slice(0, 5)], [[], 'shown'], markup);
+      editor().innerHTML = editor().innerHTML;
+      same(acting(), [], `read again: ${markup}`);
+    }
+    await until(() => $$('blockquote img').every(({complete}) => complete));
+    same(hits, []);
+  });
+
+  const keeping = (html, expected, text) =>
+      test(`The reply shows what was seen: ${text}`, one(html), async () => {
+        await arm();
+        await rich('<blockquote>all</blockquote>');
+        await advance(250);
+        same(quote() && $('blockquote').innerHTML, expected);
+        await arm();
+        await tells(() => plain('> all'), nothingKept);
+        same($('textarea').value, text.replace(/^/gm, '> ') + '\n');
+      });
+  const unchanged =
+      '<h2 style="color: red">a</h2><p dir="rtl">b <a href="https://x.example/?a=1&amp;b=2">c</a> ' +
+      '<img src="data:image/gif;base64,R0lG" alt="d" width="9"></p><ol start="4"><li>e</li></ol>';
+  keeping(unchanged, unchanged, 'a\nb c \ne');
+  keeping(
+      '<div data-ondrel-orphan-banner=1>1 hidden</div><mark data-ondrel-hid=7>a</mark> <mark>b</mark>' +
+          '<x-y><svg><text>c</text></svg></x-y><style>p {}</style> <button>d</button>',
+      'a <mark>b</mark>c d', 'a bc d');
+
+  test(
+      'A part of a table stays one, a part of a text keeps its ends', one(`<table><tr><td>a<td><b>bcd</b>
+      <td>e</table>`),
+      async () => {
+        await settle();
+        const [, second] = $$('td');
+        getSelection().setBaseAndExtent(second.firstChild.firstChild, 1, second.nextElementSibling, 0);
+        await painted();
+        await advance(150);
+        click();
+        await rich('<blockquote>all</blockquote>');
+        await advance(250);
+        same(
+            $('blockquote').innerHTML.replace(/\s*\n\s*/g, ''),
+            '<table><tbody><tr><td><b>cd</b></td><td></td></tr></tbody></table>');
+      });
 
   test('A reply during the delay has a swap of its own', two, async () => {
     await arm('#first .s-reply');
