@@ -1,5 +1,6 @@
 #include "settings/Site.h"
 
+#include "base/LoopbackHost.h"
 #include "base/Url.h"
 
 #include <boost/json/parse.hpp>
@@ -13,11 +14,6 @@ namespace {
 
 namespace json = boost::json;
 using Problem = std::unexpected<std::string>;
-
-// Plain http is for services on this machine.
-bool isLoopback(std::string_view host) {
-  return host == "localhost" || host.ends_with(".localhost") || host.starts_with("127.") || host == "[::1]";
-}
 
 // Reads strings out of one JSON object and keeps the first thing that was wrong.
 class Reader {
@@ -45,7 +41,9 @@ class Reader {
   std::string requiredAddress(std::string_view key) {
     auto text = required(key);
     const auto url = base::Url::parse(text);
-    if (!text.empty() && (!url || !url->isWeb() || (url->scheme() != "https" && !isLoopback(*url->host()))))
+    // Plain http is for services on this machine.
+    if (!text.empty() &&
+        (!url || !url->isWeb() || (url->scheme() != "https" && !base::isLoopbackHost(*url->host()))))
       complain(key, "is not an https address");
     return text;
   }

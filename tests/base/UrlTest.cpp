@@ -1,4 +1,5 @@
 #include "base/Url.h"
+#include "base/LoopbackHost.h"
 
 #include <gtest/gtest.h>
 
@@ -82,6 +83,34 @@ TEST(Url, EncodesTextForAPath) {
     EXPECT_EQ(percentEncodedPath(text), encoded);
     EXPECT_EQ(percentDecoded(encoded), text);
   }
+}
+
+TEST(LoopbackHost, IsThisMachineBeyondDoubt) {
+  for (const auto* host :
+       {"localhost", "LOCALHOST", "a.b.localhost", "127.0.0.1", "127.255.9.10", "[::1]", "::1"})
+    EXPECT_TRUE(isLoopbackHost(host)) << host;
+  for (const auto* host : {"",
+                           "notlocalhost",
+                           "localhost.example",
+                           "localhost.",
+                           "127.evil.example",
+                           "127.0.0.1.example",
+                           "127.1",
+                           "127.0.0.1.",
+                           "127.0.0.256",
+                           "127.0.0.01",
+                           "127.0.0.0x1",
+                           "127.0.0.+1",
+                           "127.0.0.1 ",
+                           "127..0.1",
+                           "127.0.0.1.1",
+                           "128.0.0.1",
+                           "0.0.0.0",
+                           "[::]",
+                           "[::2]",
+                           "[::1",
+                           "0:0:0:0:0:0:0:1"})
+    EXPECT_FALSE(isLoopbackHost(host)) << host;
 }
 
 } // namespace

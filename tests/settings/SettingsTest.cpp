@@ -51,6 +51,8 @@ TEST(Site, NamesWhatIsWrong) {
             "\"WebAppBaseURL.beta\" is not an https address");
   EXPECT_EQ(broken([](auto& o) { o["WebAppBaseURL"].as_object()["beta"] = "http://beta.localhost:80/"; }),
             "none");
+  EXPECT_EQ(broken([](auto& o) { o["JMAPSessionURL"].as_object()["beta"] = "http://127.evil.example/"; }),
+            "\"JMAPSessionURL.beta\" is not an https address");
   EXPECT_EQ(broken([](auto& o) { o["ServiceDomainFragment"] = 7; }),
             "\"ServiceDomainFragment\" is not a string");
   EXPECT_EQ(broken([](auto& o) { o["UserContentDomainSuffix"] = ""; }),

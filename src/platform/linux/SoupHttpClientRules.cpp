@@ -1,8 +1,8 @@
 #include "platform/linux/SoupHttpClientRules.h"
 
+#include "base/LoopbackHost.h"
 #include "base/Text.h"
 
-#include <gio/gio.h>
 #include <libsoup/soup.h>
 
 #include <algorithm>
@@ -70,11 +70,7 @@ bool becomesGet(const std::string& method, int status) {
 } // namespace
 
 bool isLoopback(GUri* address) {
-  const auto host = base::lowercasedAscii(g_uri_get_host(address));
-  if (host == "localhost" || host.ends_with(".localhost"))
-    return true;
-  const auto number = glib::adopt(g_inet_address_new_from_string(host.c_str()));
-  return number && g_inet_address_get_is_loopback(number.get());
+  return base::isLoopbackHost(g_uri_get_host(address));
 }
 
 HttpResult<glib::Owned<GUri>> checkedAddress(const HttpRequest& request) {

@@ -14,7 +14,7 @@ namespace ondrel::platform {
 // one GUri, so that no two parsers can disagree on the host.
 HttpResult<glib::Owned<GUri>> checkedAddress(const HttpRequest& request);
 
-// "localhost", names under it and loopback addresses.
+// Whether the address leads to this machine (base::isLoopbackHost).
 bool isLoopback(GUri* address);
 
 // Whether a response of that status asks for another request, given that it has a Location.
