@@ -41,6 +41,8 @@ namespace {
 using namespace ondrel;
 
 constexpr int usageError = 2;
+// As long as nothing receives mail links (program::URLReceivers), the desktop file doesn't name them either.
+constexpr bool offersItselfForMail = false;
 constexpr const char* exportIcon = "/org/velmora/Ondrel/highlight-export-icon.png";
 
 int complain(const std::string& problem) {
@@ -53,7 +55,7 @@ platform::Bundle ownBundle(bool isDemo) {
   // any.
   const std::string identifier = bundle::identifier;
   return {isDemo ? identifier + ".Demo" : identifier, bundle::displayName, bundle::shortVersion,
-          bundle::buildNumber};
+          bundle::buildNumber, offersItselfForMail && !isDemo};
 }
 
 void logUnhandled(std::exception_ptr failure) {

@@ -10,6 +10,8 @@ struct Bundle {
   std::string displayName;
   std::string shortVersion;
   std::string buildNumber; // decimal
+  // Its desktop file offers it for mail links, so that it can become the default mail application.
+  bool isMailApplication = false;
 };
 
 } // namespace ondrel::platform

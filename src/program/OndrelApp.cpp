@@ -78,7 +78,7 @@ OndrelApp::OndrelApp(const PlatformAbilities& platform, settings::Site site, con
       mcp::MessageWindow{
           .openURL = [this](const std::string& url) { windowManager_.openURL(url); },
           .activate = [&application = platform.application] { application.activateIgnoringOtherApps(); }}));
-  if (settings_.get(settings::keys::defaultClientCheck)) {
+  if (platform.bundle.isMailApplication && settings_.get(settings::keys::defaultClientCheck)) {
     const std::chrono::seconds delay{shortestAlertDelay + platform.randomUpTo(alertDelaySpread)};
     scope_.spawn(askToBecomeDefault(delay, platform.bundle, platform.application, platform.workspace,
                                     platform.panels, settings_, lifecycle_));

@@ -4,10 +4,10 @@
 
 namespace ondrel::start {
 
-const char* const usage = R"(Usage: ondrel [OPTION] [URL...]
+const char* const usage = R"(Usage: ondrel [OPTION]
 
-Opens the mail service in native windows. A URL (mailto:... or email://...) goes to
-the running program, if there is one.
+Opens the mail service in native windows, or brings those of the running program to
+the front.
 
   --demo[=FOLDER]  run on the demonstration service, with a throw-away profile or
                    the one kept in FOLDER

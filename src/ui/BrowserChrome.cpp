@@ -1,8 +1,6 @@
 #include "ui/BrowserChrome.h"
 
-#include "platform/UserDefaults.h"
 #include "platform/WebView.h"
-#include "settings/AppSettings.h"
 #include "ui/ObserveTab.h"
 #include "ui/PrimaryMenu.h"
 #include "ui/ShownText.h"
@@ -20,7 +18,7 @@ namespace {
 // Pixels. In a narrower bar the buttons give way to the title; the menu has their commands too. The toolkit's
 // own way of squeezing serves the title first, however long it is.
 constexpr int widthWithZoom = 680;
-constexpr int widthWithExtras = 480;
+constexpr int widthWithNewTab = 480;
 
 GtkWidget* spacer(const char* identifier) {
   auto* widget = gtk_separator_new(GTK_ORIENTATION_VERTICAL);
@@ -53,13 +51,8 @@ BrowserChrome::BrowserChrome(const ChromeServices& services)
   adw_header_bar_set_title_widget(ADW_HEADER_BAR(bar_.get()), title_);
   packStart();
   packEnd();
-  settingsSubscription_ = services_.settings.defaults().changed.subscribe([this](const std::string& key) {
-    if (key == settings::keys::hideOnLoseFocus.name)
-      updateLock();
-  });
   connections_.push_back(
       glib::connect<void(GtkWidget*)>(bar_.get(), "realize", [this](GtkWidget*) { followWidth(); }));
-  updateLock();
   update();
 }
 
@@ -74,15 +67,12 @@ void BrowserChrome::packStart() {
 }
 
 void BrowserChrome::packEnd() {
-  lock_ = toolbarButton("hide-when-losing-focus", "changes-prevent-symbolic", "", "");
-  onClicked(lock_, [this] { toggleLock(); });
-  auto* newTab = toolbarButton("new-tab", "tab-new-symbolic", "New Tab", "New Tab ⌘T");
-  onClicked(newTab, services_.openNewTab);
-  extras_ = boxOf({lock_, newTab});
+  newTab_ = toolbarButton("new-tab", "tab-new-symbolic", "New Tab", "New Tab ⌘T");
+  onClicked(newTab_, services_.openNewTab);
   zoom_ = zoomButtons();
   // Packed from the edge inwards.
   menu_ = menuButton();
-  for (auto* widget : {menu_, extras_, zoom_})
+  for (auto* widget : {menu_, newTab_, zoom_})
     adw_header_bar_pack_end(ADW_HEADER_BAR(bar_.get()), widget);
 }
 
@@ -159,7 +149,7 @@ void BrowserChrome::updateVisibility() {
   for (auto* widget : {back_, forward_, reload_, menu_})
     gtk_widget_set_visible(widget, hasToolbar);
   gtk_widget_set_visible(zoom_, hasToolbar && width_ >= widthWithZoom);
-  gtk_widget_set_visible(extras_, hasToolbar && width_ >= widthWithExtras);
+  gtk_widget_set_visible(newTab_, hasToolbar && width_ >= widthWithNewTab);
 }
 
 void BrowserChrome::followWidth() {
@@ -173,18 +163,6 @@ void BrowserChrome::followWidth() {
           updateVisibility();
         }
       });
-}
-
-void BrowserChrome::updateLock() {
-  const bool hides = services_.settings.get(settings::keys::hideOnLoseFocus);
-  gtk_button_set_icon_name(GTK_BUTTON(lock_), hides ? "changes-allow-symbolic" : "changes-prevent-symbolic");
-  setAccessibleLabel(lock_, hides ? "Unlocked" : "Locked");
-  setTooltip(lock_, hides ? "Hides when losing focus ⌘L" : "Does not hide when losing focus ⌘L");
-}
-
-void BrowserChrome::toggleLock() {
-  const auto& key = settings::keys::hideOnLoseFocus;
-  services_.settings.set(key, !services_.settings.get(key));
 }
 
 } // namespace ondrel::ui

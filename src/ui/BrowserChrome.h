@@ -10,10 +10,6 @@
 #include <memory>
 #include <vector>
 
-namespace ondrel::settings {
-class AppSettings;
-}
-
 namespace ondrel::web {
 class WindowViewModel;
 }
@@ -24,7 +20,6 @@ class PrimaryMenu;
 
 // What the bars of all top-levels stand on; outlives them.
 struct ChromeServices {
-  settings::AppSettings& settings;
   const PrimaryMenu& menu;
   // The model of a browser window; null for other windows.
   std::function<std::shared_ptr<web::WindowViewModel>(const std::shared_ptr<platform::Window>&)> viewModelOf;
@@ -55,8 +50,6 @@ class BrowserChrome final : public platform::GroupChrome {
   void followWidth();
   void update();
   void updateVisibility();
-  void updateLock();
-  void toggleLock();
 
   const ChromeServices& services_;
   glib::Ref<GtkWidget> bar_;
@@ -67,16 +60,14 @@ class BrowserChrome final : public platform::GroupChrome {
   GtkWidget* zoomOut_ = nullptr;
   GtkWidget* zoomDefault_ = nullptr;
   GtkWidget* zoomIn_ = nullptr;
-  GtkWidget* lock_ = nullptr;
-  GtkWidget* zoom_ = nullptr;   // the three together
-  GtkWidget* extras_ = nullptr; // lock and new tab
+  GtkWidget* zoom_ = nullptr; // the three together
+  GtkWidget* newTab_ = nullptr;
   GtkWidget* menu_ = nullptr;
   // Begins small: a window can't become narrower than what it has once shown.
   int width_ = 0;
 
   std::shared_ptr<web::WindowViewModel> tab_;
   std::vector<base::Subscription> tabSubscriptions_;
-  base::Subscription settingsSubscription_;
   std::vector<glib::Connection> connections_;
   glib::Connection layout_; // of the top-level's surface
 };

@@ -3,8 +3,6 @@
 #include "app/WindowManager.h"
 #include "highlights/HighlightStore.h"
 #include "platform/Application.h"
-#include "platform/UserDefaults.h"
-#include "settings/AppSettings.h"
 #include "ui/KeyTab.h"
 #include "web/WindowViewModel.h"
 
@@ -39,10 +37,10 @@ std::function<void()> inKeyTab(KeyTab& keyTab, void (WindowViewModel::*work)()) 
 } // namespace
 
 BrowserCommands::BrowserCommands(platform::Application& application, app::WindowManager& windows,
-                                 settings::AppSettings& settings, highlights::HighlightStore& highlights,
-                                 KeyTab& keyTab, platform::Bundle bundle, Actions actions)
-    : application_(application), windows_(windows), settings_(settings), highlights_(highlights),
-      keyTab_(keyTab), bundle_(std::move(bundle)), actions_(std::move(actions)) {
+                                 highlights::HighlightStore& highlights, KeyTab& keyTab,
+                                 platform::Bundle bundle, Actions actions)
+    : application_(application), windows_(windows), highlights_(highlights), keyTab_(keyTab),
+      bundle_(std::move(bundle)), actions_(std::move(actions)) {
 }
 
 std::vector<CommandGroup> BrowserCommands::table() {
@@ -157,11 +155,7 @@ CommandGroup BrowserCommands::tools() {
 CommandGroup BrowserCommands::general() {
   return {
       "General",
-      {{.title = "Hide When Losing Focus",
-        .accelerators = {"<Control>l"},
-        .perform = [this] { toggleHidingOnLoseFocus(); },
-        .checkedWhen = whenHidingOnLoseFocus()},
-       {.title = "Settings…", .accelerators = {"<Control>comma"}, .perform = actions_.showSettings},
+      {{.title = "Settings…", .accelerators = {"<Control>comma"}, .perform = actions_.showSettings},
        {.title = "Keyboard Shortcuts",
         .accelerators = {"<Control>question"},
         .perform = actions_.showShortcuts},
@@ -176,22 +170,6 @@ Condition BrowserCommands::whenHighlighted() const {
 
 std::string BrowserCommands::helpWithoutHighlights() const {
   return highlights_.byMessageId().empty() ? "You have not highlighted content yet." : "";
-}
-
-Condition BrowserCommands::whenHidingOnLoseFocus() const {
-  static constexpr auto key = settings::keys::hideOnLoseFocus;
-  return {[this] { return settings_.get(key); },
-          [this](std::function<void()> changed) {
-            return settings_.defaults().changed.subscribe([changed](const std::string& name) {
-              if (name == key.name)
-                changed();
-            });
-          }};
-}
-
-void BrowserCommands::toggleHidingOnLoseFocus() {
-  const auto& key = settings::keys::hideOnLoseFocus;
-  settings_.set(key, !settings_.get(key));
 }
 
 void BrowserCommands::openCopiedLink() {

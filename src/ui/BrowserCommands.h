@@ -20,10 +20,6 @@ namespace ondrel::platform {
 class Application;
 }
 
-namespace ondrel::settings {
-class AppSettings;
-}
-
 namespace ondrel::ui {
 
 class KeyTab;
@@ -43,8 +39,8 @@ class BrowserCommands {
   };
 
   BrowserCommands(platform::Application& application, app::WindowManager& windows,
-                  settings::AppSettings& settings, highlights::HighlightStore& highlights, KeyTab& keyTab,
-                  platform::Bundle bundle, Actions actions);
+                  highlights::HighlightStore& highlights, KeyTab& keyTab, platform::Bundle bundle,
+                  Actions actions);
 
   // In the order of the menu.
   std::vector<CommandGroup> table();
@@ -61,14 +57,11 @@ class BrowserCommands {
 
   Condition whenHighlighted() const;
   std::string helpWithoutHighlights() const;
-  Condition whenHidingOnLoseFocus() const;
-  void toggleHidingOnLoseFocus();
   void openCopiedLink();
   void newMaskedEmailAddress();
 
   platform::Application& application_;
   app::WindowManager& windows_;
-  settings::AppSettings& settings_;
   highlights::HighlightStore& highlights_;
   KeyTab& keyTab_;
   const platform::Bundle bundle_;

@@ -17,7 +17,7 @@ namespace {
 using namespace std::chrono_literals;
 namespace json = boost::json;
 
-const platform::Bundle bundle{"org.velmora.Ondrel", "Ondrel", "1.0", "100"};
+const platform::Bundle bundle{"org.velmora.Ondrel", "Ondrel", "1.0", "100", true};
 
 TEST(Migration, RemovesWhatOlderBuildsLeft) {
   struct Case {
@@ -128,7 +128,7 @@ class OndrelAppTest : public testing::Test {
  protected:
   std::unique_ptr<OndrelApp> launch(bool underTest = false) {
     const PlatformAbilities platform{
-        bundle,
+        ownBundle,
         shell.application,
         shell.defaults,
         shell.files,
@@ -161,6 +161,7 @@ class OndrelAppTest : public testing::Test {
     return app;
   }
 
+  platform::Bundle ownBundle = bundle;
   support::TestShell shell;
   support::FakeFileReader fileReader{shell.files};
   support::FakeCookieStore cookies;
@@ -199,6 +200,13 @@ TEST_F(OndrelAppTest, ADefaultApplicationIsNotAskedAndStaysChecked) {
   shell.loop.advance(300s);
   EXPECT_TRUE(shell.panels.alerts.empty());
   EXPECT_EQ(shell.defaults.boolean("_defaultClientCheck"), std::nullopt);
+}
+
+TEST_F(OndrelAppTest, WhatTakesNoMailLinksDoesNotAsk) {
+  ownBundle.isMailApplication = false;
+  const auto app = launch();
+  shell.loop.advance(300s);
+  EXPECT_TRUE(shell.panels.alerts.empty());
 }
 
 TEST_F(OndrelAppTest, NotNowOpensNothing) {

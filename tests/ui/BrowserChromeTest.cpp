@@ -33,8 +33,7 @@ class BrowserChromeTest : public ShellTest {
   int menus = 0;
   std::vector<CommandGroup> groups{{"Group", {{.title = "Print…", .perform = [] {}}}}};
   PrimaryMenu menu{groups};
-  ChromeServices services{shell.settings, menu,
-                          [this](const auto& window) { return shell.manager->viewModel(window); },
+  ChromeServices services{menu, [this](const auto& window) { return shell.manager->viewModel(window); },
                           [this] { ++newTabs; }, [this] { ++menus; }};
   std::optional<BrowserChrome> chrome;
   GtkWidget* bar = nullptr;
@@ -46,17 +45,12 @@ TEST_F(BrowserChromeTest, HasItsItemsInOrderEachWithANameAndItsKey) {
     const char* label;
     const char* tooltip;
   };
-  const Item items[] = {{"back", "Back", "Back Alt+Left"},
-                        {"forward", "Forward", "Forward Alt+Right"},
-                        {"reload", "Reload", "Reload Ctrl+R"},
-                        {"spacer-left", nullptr, nullptr},
-                        {"zoom-out", "Zoom Out", "Zoom Out Ctrl+-"},
-                        {"zoom-default", "Actual Size", "Actual Size Ctrl+0"},
-                        {"zoom-in", "Zoom In", "Zoom In Ctrl++"},
-                        {"spacer-right", nullptr, nullptr},
-                        {"hide-when-losing-focus", "Locked", "Does not hide when losing focus Ctrl+L"},
-                        {"new-tab", "New Tab", "New Tab Ctrl+T"},
-                        {"menu", "Main Menu", "Main Menu F10"}};
+  const Item items[] = {
+      {"back", "Back", "Back Alt+Left"},           {"forward", "Forward", "Forward Alt+Right"},
+      {"reload", "Reload", "Reload Ctrl+R"},       {"spacer-left", nullptr, nullptr},
+      {"zoom-out", "Zoom Out", "Zoom Out Ctrl+-"}, {"zoom-default", "Actual Size", "Actual Size Ctrl+0"},
+      {"zoom-in", "Zoom In", "Zoom In Ctrl++"},    {"spacer-right", nullptr, nullptr},
+      {"new-tab", "New Tab", "New Tab Ctrl+T"},    {"menu", "Main Menu", "Main Menu F10"}};
   EXPECT_STREQ(gtk_widget_get_name(bar), "ondrel-browser");
   showWidget(bar);
   ASSERT_TRUE(runUntil([&] { return gtk_widget_get_width(find(bar, "zoom-in")) > 0; }));
@@ -126,26 +120,13 @@ TEST_F(BrowserChromeTest, ButtonsActOnTheTabInFront) {
   EXPECT_DOUBLE_EQ(view->zoom, 1.0);
 }
 
-TEST_F(BrowserChromeTest, TheLockFollowsTheSettingWhoeverChangesIt) {
-  const auto& key = settings::keys::hideOnLoseFocus;
-  shell.settings.set(key, true);
-  auto* lock = find(bar, "hide-when-losing-focus");
-  EXPECT_EQ(tooltip("hide-when-losing-focus"), "Hides when losing focus Ctrl+L");
-  EXPECT_TRUE(hasAccessibleLabel(lock, "Unlocked"));
-  EXPECT_STREQ(gtk_button_get_icon_name(GTK_BUTTON(lock)), "changes-allow-symbolic");
-  click(lock);
-  EXPECT_FALSE(shell.settings.get(key));
-  EXPECT_TRUE(hasAccessibleLabel(lock, "Locked"));
-  EXPECT_STREQ(gtk_button_get_icon_name(GTK_BUTTON(lock)), "changes-prevent-symbolic");
-}
-
 TEST_F(BrowserChromeTest, AWindowWithoutAToolbarShowsItsTitleOnly) {
   model(0)->toolbarVisible.set(false);
   model(0)->title.set("Compose");
   chrome->selectedWindowDidChange(window(0));
   EXPECT_EQ(visibleTexts(bar), Names{"Compose"});
   showWidget(bar);
-  for (const char* name : {"back", "reload", "zoom-in", "hide-when-losing-focus", "new-tab", "menu"})
+  for (const char* name : {"back", "reload", "zoom-in", "new-tab", "menu"})
     EXPECT_FALSE(gtk_widget_get_mapped(find(bar, name))) << name;
   chrome->selectedWindowDidChange(window(1));
   EXPECT_TRUE(runUntil([&] { return gtk_widget_get_mapped(find(bar, "zoom-in")); }))
@@ -160,15 +141,12 @@ TEST_F(BrowserChromeTest, ALongTitleAndANarrowWindowLeaveRoomForEachOther) {
   struct Case {
     int width;
     bool zoom;
-    bool lock;
+    bool newTab;
   };
-  for (const auto& [width, zoom, lock] :
+  for (const auto& [width, zoom, newTab] :
        {Case{360, false, false}, Case{500, false, true}, Case{800, true, true}}) {
     showWidget(bar, width);
-    EXPECT_TRUE(runUntil([&] {
-      return mapped("zoom-in") == zoom && mapped("hide-when-losing-focus") == lock &&
-             mapped("new-tab") == lock;
-    })) << width;
+    EXPECT_TRUE(runUntil([&] { return mapped("zoom-in") == zoom && mapped("new-tab") == newTab; })) << width;
     EXPECT_EQ(gtk_widget_get_width(GTK_WIDGET(topLevels.back().get())), width) << "it fits";
     for (const char* name : {"back", "forward", "reload", "menu"})
       EXPECT_TRUE(mapped(name)) << name << " at " << width;

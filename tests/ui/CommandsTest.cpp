@@ -23,7 +23,7 @@ class CommandsTest : public ShellTest {
     ASSERT_TRUE(application);
     keyTab.emplace(shell.application, *shell.manager);
     commands.emplace(
-        shell.application, *shell.manager, shell.settings, highlights, *keyTab,
+        shell.application, *shell.manager, highlights, *keyTab,
         platform::Bundle{"org.velmora.Ondrel", "Ondrel", "1.0", "1"},
         BrowserCommands::Actions{.navigate = [this](const std::string& url) { navigated.push_back(url); },
                                  .showHighlights = [this] { done.push_back("show"); },
@@ -146,19 +146,6 @@ TEST_F(CommandsTest, HighlightsCanBeShownAndExportedWhenThereAreSome) {
   EXPECT_EQ(done, (std::vector<std::string>{"show", "export", "import", "remove all"}));
   highlights.removeAll();
   EXPECT_FALSE(enabled("show-highlights") || enabled("export-highlights"));
-}
-
-TEST_F(CommandsTest, TheSwitchFollowsItsSetting) {
-  const auto isOn = [&] {
-    const glib::Owned<GVariant> state(g_action_group_get_action_state(group(), "hide-when-losing-focus"));
-    return g_variant_get_boolean(state.get()) != FALSE;
-  };
-  const auto& key = settings::keys::hideOnLoseFocus;
-  EXPECT_FALSE(isOn());
-  activate("hide-when-losing-focus");
-  EXPECT_TRUE(isOn() && shell.settings.get(key));
-  shell.settings.set(key, false);
-  EXPECT_FALSE(isOn());
 }
 
 TEST_F(CommandsTest, TheMenuExplainsWhatCantBeUsed) {
