@@ -50,7 +50,8 @@ bool isSpace(char32_t c) {
 }
 
 constexpr std::string_view replacementCharacter = "\xEF\xBF\xBD";
-constexpr std::size_t longestFileName = 255;
+// File systems take 255 bytes; a file that is being written has a suffix of the engine's or of ours.
+constexpr std::size_t longestFileName = 240;
 
 std::string_view cutAtCharacter(std::string_view text, std::size_t limit) {
   if (text.size() <= limit)

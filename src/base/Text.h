@@ -23,8 +23,9 @@ std::optional<long long> parsedInteger(std::string_view text);
 std::string displayLine(std::string_view text);
 
 // A base name that the program may use for a file of its own choosing in a folder of its own choosing:
-// separators, control and direction characters replaced, no leading dots, at most 255 bytes cut at a
-// character with the extension kept; `fallback` when nothing is left.
+// separators, control and direction characters replaced, no leading dots, at most 240 bytes, which leaves
+// room for a suffix while it is written, cut at a character with the extension kept; `fallback` when nothing
+// is left.
 std::string safeFileName(std::string_view name, std::string_view fallback);
 
 } // namespace ondrel::base

@@ -61,6 +61,10 @@ class WorkspaceDeathTest : public testing::Test {
     folder.write("program.txt", "plain");
     std::filesystem::permissions(folder.file("program.txt"), std::filesystem::perms(0700));
     std::fprintf(stderr, "program: %s\n", opened("file://" + folder.file("program.txt")).c_str());
+    for (const auto* name : {"a.exe", "a.msi", "a.jnlp", "a.url"}) {
+      folder.write(name, "x");
+      std::fprintf(stderr, "program: %s\n", opened("file://" + folder.file(name)).c_str());
+    }
     std::fprintf(stderr, "handler: %s\n",
                  workspace.defaultApplicationForScheme("https").value_or("none").c_str());
     std::fprintf(stderr, "nobody: %s\n",
@@ -95,7 +99,7 @@ TEST_F(WorkspaceDeathTest, OpensLinksAndRefusesWhatIsNone) {
   EXPECT_EXIT(openAll(), testing::ExitedWithCode(0),
               testing::AllOf(testing::HasSubstr("link: https://example.org/a?b=%20c&d|unset\n"),
                              testing::ContainsRegex("text: /tmp/[^/]*/note.txt.unset\n"),
-                             testing::ContainsRegex("program: /tmp/[^/]*.unset\n"),
+                             testing::ContainsRegex("(program: /tmp/[^/]*.unset\n){5}"),
                              testing::HasSubstr("handler: test.Handler\nnobody: none\n"),
                              testing::ContainsRegex("(" + refused + ".*\n){8}")));
 }

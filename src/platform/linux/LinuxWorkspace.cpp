@@ -18,11 +18,21 @@ namespace {
 
 constexpr base::Logger logger("system");
 
-// Types that do something when they are opened.
-constexpr std::array<std::string_view, 8> programTypes = {
-    "application/x-desktop",    "application/x-executable",  "application/x-sharedlib",
-    "application/vnd.appimage", "application/x-shellscript", "application/x-java-archive",
-    "application/x-msdownload", "application/x-ms-shortcut"};
+// Types that do something when they are opened, those of other systems' programs and links among them: what
+// runs these here may be installed.
+constexpr std::array<std::string_view, 13> programTypes = {"application/x-desktop",
+                                                           "application/x-executable",
+                                                           "application/x-sharedlib",
+                                                           "application/vnd.appimage",
+                                                           "application/x-shellscript",
+                                                           "application/x-java-archive",
+                                                           "application/x-java-jnlp-file",
+                                                           "application/x-msdownload",
+                                                           "application/x-ms-dos-executable",
+                                                           "application/vnd.microsoft.portable-executable",
+                                                           "application/x-msi",
+                                                           "application/x-ms-shortcut",
+                                                           "application/x-mswinurl"};
 
 bool isProgram(GFile* file) {
   const auto info = glib::adopt(g_file_query_info(file,
