@@ -45,7 +45,7 @@ async::Task<Result<JMAPSessionData>> JMAPSession::fetchSessionData() {
                                                        [this](int) { return sessionRequest(); });
   if (!reply)
     co_return std::unexpected(reply.error());
-  auto data = JMAPSessionData::decode(reply->body, url);
+  auto data = JMAPSessionData::decode(reply->json, url);
   // A resource of the environment that has been left meanwhile serves its call and nobody else.
   if (data && environment == environmentNumber_)
     cachedSessionData_ = *data;

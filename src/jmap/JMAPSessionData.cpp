@@ -3,7 +3,6 @@
 #include "base/Url.h"
 
 #include <boost/json/object.hpp>
-#include <boost/json/parse.hpp>
 
 namespace ondrel::jmap {
 
@@ -31,12 +30,11 @@ std::string resolved(std::string_view reference, const base::Url& from) {
 
 } // namespace
 
-Result<JMAPSessionData> JMAPSessionData::decode(std::string_view json, std::string_view resourceUrl) {
-  boost::system::error_code failure;
-  const auto document = boost::json::parse(json, failure);
-  if (failure)
-    return std::unexpected(malformed(failure.message()));
-  const auto* members = document.if_object();
+Result<JMAPSessionData> JMAPSessionData::decode(const Result<boost::json::value>& document,
+                                                std::string_view resourceUrl) {
+  if (!document)
+    return std::unexpected(document.error());
+  const auto* members = document->if_object();
   if (!members)
     return std::unexpected(malformed("no object"));
 

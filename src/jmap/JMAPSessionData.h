@@ -2,6 +2,8 @@
 
 #include "jmap/JMAPError.h"
 
+#include <boost/json/value.hpp>
+
 #include <map>
 #include <optional>
 #include <string>
@@ -19,9 +21,11 @@ struct JMAPSessionData {
   std::string downloadUrl;                            // likewise
   std::map<std::string, std::string> primaryAccounts; // account ids by capability
 
-  // Decodes the resource's text. Servers may give relative addresses: they are taken as seen from the
-  // resource's own. A missing key or one of another type is an error of kind `malformed`.
-  static Result<JMAPSessionData> decode(std::string_view json, std::string_view resourceUrl);
+  // Decodes a reply's JSON (`JMAPReply::json`), or passes its error on. Servers may give relative addresses:
+  // they are taken as seen from the resource's own. A missing key or one of another type is an error of kind
+  // `malformed`.
+  static Result<JMAPSessionData> decode(const Result<boost::json::value>& document,
+                                        std::string_view resourceUrl);
 
   bool operator==(const JMAPSessionData&) const = default;
 };

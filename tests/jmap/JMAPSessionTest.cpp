@@ -183,6 +183,9 @@ TEST_F(JMAPSessionTest, ASessionIsKeptForItsOwnEnvironmentOnly) {
 }
 
 TEST(JMAPSessionData, IsDecodedStrictlyAndResolved) {
+  const auto decode = [](std::string text, const char* from) {
+    return JMAPSessionData::decode(JMAPReply::of(std::move(text)).json, from);
+  };
   const auto good = json::parse(sessionText).as_object();
   const auto from = "https://api.example.com/jmap/session";
   const std::pair<std::string, json::value> broken[] = {
@@ -192,12 +195,14 @@ TEST(JMAPSessionData, IsDecodedStrictlyAndResolved) {
   for (const auto& [key, value] : broken) {
     auto changed = good;
     changed[key] = value;
-    EXPECT_FALSE(JMAPSessionData::decode(json::serialize(changed), from)) << key << value;
+    EXPECT_FALSE(decode(json::serialize(changed), from)) << key << value;
     changed.erase(key);
-    EXPECT_FALSE(JMAPSessionData::decode(json::serialize(changed), from)) << key;
+    EXPECT_FALSE(decode(json::serialize(changed), from)) << key;
   }
-  for (const auto* text : {"", "<html>", "[]", "{\"apiUrl\":"})
-    EXPECT_EQ(JMAPSessionData::decode(text, from).error().kind, JMAPError::Kind::malformed) << text;
+  const auto huge = std::string(sessionText).insert(1, R"("x":[0)" + std::string(4'000'000, ',') + "0],");
+  for (const auto& text :
+       {std::string(), std::string("<html>"), std::string("[]"), std::string("{\"apiUrl\":"), huge})
+    EXPECT_EQ(decode(text, from).error().kind, JMAPError::Kind::malformed) << text.substr(0, 100);
 
   const std::pair<std::string, std::string> addresses[] = {
       {"https://other.example/x", "https://other.example/x"},
@@ -209,7 +214,7 @@ TEST(JMAPSessionData, IsDecodedStrictlyAndResolved) {
     auto changed = good;
     changed["apiUrl"] = given;
     changed["eventSourceUrl"] = given + "?t={types}";
-    const auto data = JMAPSessionData::decode(json::serialize(changed), from);
+    const auto data = decode(json::serialize(changed), from);
     ASSERT_TRUE(data) << given;
     EXPECT_EQ(data->apiUrl, expected);
     EXPECT_EQ(data->eventSourceUrl, expected + "?t={types}");

@@ -59,6 +59,11 @@ TEST_F(LoadsTest, EachLoadHasOneOutcome) {
   EXPECT_EQ(eventsOfLoad(server_.url("/error")), (Events{"commit", "finish"}))
       << "a status is no failed load";
   EXPECT_EQ(eventsOfLoad(server_.url("/missing")), (Events{"commit", "finish"}));
+
+  server_.serve("/to-blank", {"", "text/html", {{"Location", "about:blank"}}, 302});
+  server_.serve("/to-port", {"", "text/html", {{"Location", "http://127.0.0.1:1/"}}, 302});
+  EXPECT_EQ(eventsOfLoad(server_.url("/to-blank")), (Events{"commit", "finish"})) << "it is a page";
+  EXPECT_EQ(eventsOfLoad(server_.url("/to-port")), Events{"failProvisional WebKitErrorDomain 103"});
 }
 
 TEST_F(LoadsTest, PoliciesDecide) {

@@ -35,6 +35,7 @@ class WebKitLoads {
 
   // What the engine tells.
   void started();
+  void redirected(const std::string& url);
   void committed(const std::string& url);
   void finished();
   void failed(const WebError& error, bool provisional);
