@@ -1,6 +1,9 @@
 #include "jmap/LogExcerpt.h"
+#include "base/Base64.h"
 
 #include <gtest/gtest.h>
+
+#include <algorithm>
 
 namespace ondrel::jmap {
 namespace {
@@ -17,6 +20,9 @@ TEST(LogExcerpt, LeavesOutWhatAServerCouldRepeat) {
   const std::pair<const char*, const char*> cases[] = {
       {"Bearer to/ken!", "Bearer <private>!"},
       {R"("to\/ken")", R"("<private>")"},
+      {"?t=to%2Fken&u=%74%6f%2f%6B%65%6e.", "?t=<private>&u=<private>."},
+      {R"("t\u006f\u002Fken")", R"("<private>")"},
+      {"to%2Fke, to%2, %, \\", "to%2Fke, to%2, %, \\"},
       {"a=1 and 1", "<private> and 1"},
       {"value-of-8, value-of-8-and-more", "<private>, <private>"},
       {"sid=value-of-8to/kento/ken", "<private><private><private>"},
@@ -26,6 +32,24 @@ TEST(LogExcerpt, LeavesOutWhatAServerCouldRepeat) {
   for (const auto& [text, expected] : cases)
     EXPECT_EQ(redactedStart(text, 1000, secrets), expected) << text;
   EXPECT_EQ(redactedStart("abcdef", 3, secretsOf("", "")), "abc");
+}
+
+TEST(LogExcerpt, FindsASecretInBase64) {
+  const std::string token = "s3cret/t0ken~~\xff\xfe?>";
+  const auto secrets = secretsOf("Bearer " + token, "");
+  for (const auto* before : {"", "a", "ab", "Bearer ", "u:"})
+    for (const auto* behind : {"", "!", "!!", ", and so on"}) {
+      const auto whole = before + token + behind;
+      auto text = base::base64Encoded({reinterpret_cast<const std::uint8_t*>(whole.data()), whole.size()});
+      const auto shown = redactedStart(text, 1000, secrets);
+      EXPECT_TRUE(shown.contains("<private>")) << text;
+      std::ranges::replace(text, '/', '_');
+      std::ranges::replace(text, '+', '-');
+      EXPECT_TRUE(redactedStart("?" + text, 1000, secrets).contains("<private>")) << text;
+      // What is left of it at both ends tells no more than the neighbours.
+      EXPECT_LE(shown.size(), std::string("<private>").size() + 4 * (whole.size() - token.size() + 5) / 3)
+          << shown;
+    }
 }
 
 TEST(LogExcerpt, ShowsNoPartOfASecretWhereverTheTextIsCut) {
