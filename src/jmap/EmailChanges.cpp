@@ -14,6 +14,8 @@ std::string membership(const std::string& mailboxId) {
   return "mailboxIds/" + mailboxId;
 }
 
+// Out of the inbox and into the trash. What has left the inbox meanwhile is in the trash alone afterwards: as
+// it is kept nowhere else by this user's will, nor does it stay in the archive.
 async::Task<Result<void>> moveToTrash(MailQueries& queries, JMAPClient& client, MailAccount account,
                                       std::string emailId) {
   const auto inboxId = co_await queries.fetchInboxMailboxId();
@@ -22,11 +24,27 @@ async::Task<Result<void>> moveToTrash(MailQueries& queries, JMAPClient& client, 
   const auto trashId = co_await queries.fetchTrashMailboxId();
   if (!trashId)
     co_return std::unexpected(trashId.error());
-  const json::object patch{{membership(*inboxId), nullptr}, {membership(*trashId), true}};
+  auto question = jmapRequest(
+      "Email/get", {{"accountId", account.id}, {"ids", {emailId}}, {"properties", {"mailboxIds"}}}, "g0");
+  const auto found = co_await ask(client, account.session, std::move(question));
+  if (!found)
+    co_return std::unexpected(found.error());
+  const auto* email = firstListed(*found, 0);
+  if (!email)
+    co_return std::unexpected(JMAPError::refused("the message is no longer there"));
+  const auto* mailboxIds = objectMember(*email, "mailboxIds");
+  const bool isArchived = mailboxIds && !boolMember(*mailboxIds, *inboxId).value_or(false);
+  json::object patch{{membership(*inboxId), nullptr}, {membership(*trashId), true}};
+  if (isArchived)
+    patch = {{"mailboxIds", {{*trashId, true}}}};
   auto body = jmapRequest("Email/set", {{"accountId", account.id}, {"update", {{emailId, patch}}}}, "d0");
   const auto reply = co_await sendRequest(client, std::move(account.session), std::move(body));
   if (!reply)
     co_return std::unexpected(reply.error());
+  const auto* arguments = reply->json ? answer(*reply->json, 0) : nullptr;
+  const auto* failed = arguments ? objectMember(*arguments, "notUpdated") : nullptr;
+  if (const auto* reason = failed ? failed->if_contains(emailId) : nullptr)
+    co_return std::unexpected(JMAPError::refused(reply->withoutSecrets(base::jsonText(*reason))));
   co_return {};
 }
 

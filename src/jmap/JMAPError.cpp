@@ -9,16 +9,23 @@ std::string JMAPError::description() const {
   case Kind::notAuthenticated:
     return "Fastmail is not signed in.";
   case Kind::badResponse:
+  case Kind::rejected:
     return "Unexpected JMAP response format.";
   case Kind::sseStale:
     return "SSE connection went stale.";
   case Kind::cancelled:
     return "The operation was cancelled.";
+  case Kind::refused:
   case Kind::transport:
   case Kind::malformed:
     return detail;
   }
   return detail;
+}
+
+bool JMAPError::isPassing() const {
+  return kind == Kind::transport || kind == Kind::rejected || kind == Kind::navigationFailed ||
+         kind == Kind::notAuthenticated;
 }
 
 } // namespace ondrel::jmap

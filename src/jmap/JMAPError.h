@@ -10,7 +10,9 @@ struct JMAPError {
   enum class Kind {
     navigationFailed, // the hidden page can't be loaded; detail says why
     notAuthenticated,
-    badResponse,
+    badResponse, // a method-level error, or an answer of another shape than expected
+    rejected,    // the server says no to the request as a whole, or for the moment
+    refused,     // the server says no to one change; its reason, in detail
     sseStale,
     transport, // the network's error, in detail
     malformed, // a reply that can't be read; the parser's error, in detail
@@ -21,6 +23,8 @@ struct JMAPError {
   std::string detail;
 
   std::string description() const;
+  // Whether the fault lies on the way to the answer, so that the same question may be answered later.
+  bool isPassing() const;
   bool operator==(const JMAPError&) const = default;
 
   static JMAPError navigationFailed(std::string reason) {
@@ -28,6 +32,8 @@ struct JMAPError {
   }
   static JMAPError notAuthenticated() { return {Kind::notAuthenticated, {}}; }
   static JMAPError badResponse() { return {Kind::badResponse, {}}; }
+  static JMAPError rejected() { return {Kind::rejected, {}}; }
+  static JMAPError refused(std::string reason) { return {Kind::refused, std::move(reason)}; }
   static JMAPError sseStale() { return {Kind::sseStale, {}}; }
   static JMAPError cancelled() { return {Kind::cancelled, {}}; }
 };

@@ -8,6 +8,19 @@ namespace ondrel::jmap {
 
 namespace json = boost::json;
 
+namespace {
+
+// A server looks for a text within the header (RFC 8621, section 4.4.1): other messages may hold it too.
+constexpr int mostCandidates = 50;
+
+// Values of "messageId" have none (RFC 8621, section 4.1.2.5).
+std::string_view withoutBrackets(std::string_view messageId) {
+  const bool hasBoth = messageId.starts_with('<') && messageId.ends_with('>');
+  return hasBoth ? messageId.substr(1, messageId.size() - 2) : messageId;
+}
+
+} // namespace
+
 MailQueries::MailQueries(JMAPClient& client, settings::AppSettings& settings, BadgeRefresh badgeRefresh)
     : client_(client), settings_(settings), badgeRefresh_(std::move(badgeRefresh)) {
 }
@@ -39,21 +52,25 @@ async::Task<Result<std::string>> MailQueries::findEmailId(std::string messageId)
   auto account = co_await mailAccount(client_, "findEmailId");
   if (!account)
     co_return std::unexpected(std::move(account).error());
-  const auto reply = co_await ask(
-      client_, account->session,
-      jmapRequest(
-          "Email/query",
-          {{"accountId", account->id}, {"filter", {{"header", {"Message-ID", messageId}}}}, {"limit", 1}},
-          "q0"));
+  json::array calls;
+  calls.emplace_back(methodCall("Email/query",
+                                {{"accountId", account->id},
+                                 {"filter", {{"header", {"Message-ID", messageId}}}},
+                                 {"limit", mostCandidates}},
+                                "q0"));
+  calls.emplace_back(methodCall(
+      "Email/get", {{"accountId", account->id}, {"#ids", idsOfQuery()}, {"properties", {"id", "messageId"}}},
+      "g0"));
+  const auto reply = co_await ask(client_, account->session, jmapRequest(std::move(calls)));
   if (!reply)
     co_return std::unexpected(reply.error());
-  const auto* arguments = answer(*reply, 0);
-  auto id = arguments ? firstStringMember(*arguments, "ids") : std::nullopt;
-  if (!id) {
-    networkLogger.error("findEmailId: unexpected JMAP response format or no matching email");
-    co_return std::unexpected(JMAPError::badResponse());
-  }
-  co_return *std::move(id);
+  if (const auto* candidates = answeredList(*reply, 1))
+    for (const auto* email : objects(*candidates))
+      if (firstStringMember(*email, "messageId") == withoutBrackets(messageId))
+        if (auto id = stringMember(*email, "id"))
+          co_return *std::move(id);
+  networkLogger.error("findEmailId: unexpected JMAP response format or no matching email");
+  co_return std::unexpected(JMAPError::badResponse());
 }
 
 async::Task<Result<bool>> MailQueries::fetchInLabelsMode() {

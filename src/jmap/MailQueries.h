@@ -63,7 +63,7 @@ class MailQueries {
   async::Task<void> setMailboxMembership(std::vector<std::string> emailIds, std::string mailboxId, bool add);
   // The first mailbox of that name, letters' case aside.
   async::Task<Result<std::optional<std::string>>> findMailboxId(std::string name);
-  // By the value of the Message-ID header.
+  // By the whole value of the Message-ID header.
   async::Task<Result<std::string>> findEmailId(std::string messageId);
   // Of several mailboxes any one.
   async::Task<Result<MailboxAndThread>> findMailboxNameAndThreadId(std::string emailId);
@@ -79,7 +79,7 @@ class MailQueries {
   async::Task<Result<std::string>> fetchInboxMailboxId();
   async::Task<Result<std::string>> fetchTrashMailboxId();
   async::Task<Result<std::string>> fetchJunkMailboxId();
-  // Moves it from the inbox to the trash. Logs what fails.
+  // Moves it from the inbox to the trash, or from wherever else it is by now. Logs what fails.
   async::Task<void> deleteEmail(std::string emailId);
 
   // The address of a message in the web application.

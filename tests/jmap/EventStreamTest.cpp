@@ -94,7 +94,8 @@ TEST_F(EventStreamTest, NewMailIsShownAndOpenedOrDeleted) {
   methods.clear();
   center.respond(0, "DELETE_EMAIL");
   loop.runUntilIdle();
-  EXPECT_EQ(methods, (Lines{"Mailbox/get", "Email/set", "Mailbox/get"})) << "trash, change, badge";
+  EXPECT_EQ(methods, (Lines{"Mailbox/get", "Email/get", "Email/set", "Mailbox/get"}))
+      << "trash, change, badge";
 }
 
 TEST_F(EventStreamTest, EveryEndOfTheStreamIsFollowedByThePause) {

@@ -120,7 +120,7 @@ TEST_F(NotificationTest, ResponsesOpenOrDeleteOnceSetUp) {
   EXPECT_EQ(client.sent.size(), before);
   center.respond(0, "DELETE_EMAIL");
   loop.advance(1min);
-  EXPECT_EQ(client.sent.size(), before + 2);
+  EXPECT_EQ(client.sent.size(), before + 3);
   EXPECT_EQ(badgeRefreshes, 1);
   EXPECT_EQ(opened.size(), 1u);
 }

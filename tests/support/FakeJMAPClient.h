@@ -31,6 +31,11 @@ class FakeJMAPClient final : public jmap::JMAPClient {
   void answer(const std::string& method, std::string json) {
     byMethod_[method].emplace_back(std::move(json));
   }
+  // In place of all earlier answers to that method.
+  void answerOnly(const std::string& method, std::string json) {
+    byMethod_[method].clear();
+    answer(method, std::move(json));
+  }
   void fail(const std::string& method, jmap::JMAPError error) {
     byMethod_[method].emplace_back(std::unexpected(std::move(error)));
   }
