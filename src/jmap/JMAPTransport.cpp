@@ -18,20 +18,28 @@ namespace {
 constexpr std::chrono::milliseconds retryPause{800};
 constexpr std::chrono::seconds requestTimeout{60};
 
-bool isErrorAnswer(const boost::json::array& answer) {
-  const auto* name = answer.empty() ? nullptr : answer.front().if_string();
-  return name && *name == "error";
+const boost::json::value* typeOfError(const boost::json::array& answer) {
+  const auto* arguments = answer.size() > 1 ? answer[1].if_object() : nullptr;
+  return arguments ? arguments->if_contains("type") : nullptr;
 }
 
 // A method-level error (RFC 8620, section 3.6.2) anywhere in the batch. What isn't shaped like a reply isn't
 // an error reply either.
-bool isErrorReply(const Result<boost::json::value>& json) {
+std::optional<JMAPError> errorReply(const Result<boost::json::value>& json) {
   const auto* reply = json ? json->if_object() : nullptr;
   const auto* member = reply ? reply->if_contains("methodResponses") : nullptr;
   const auto* answers = member ? member->if_array() : nullptr;
   if (!answers || !std::ranges::all_of(*answers, &boost::json::value::is_array))
-    return false;
-  return std::ranges::any_of(*answers, [](const auto& answer) { return isErrorAnswer(answer.get_array()); });
+    return std::nullopt;
+  for (const auto& each : *answers) {
+    const auto& answer = each.get_array();
+    const auto* name = answer.empty() ? nullptr : answer.front().if_string();
+    if (!name || *name != "error")
+      continue;
+    const auto* type = typeOfError(answer);
+    return type && *type == "serverUnavailable" ? JMAPError::rejected() : JMAPError::badResponse();
+  }
+  return std::nullopt;
 }
 
 bool hasControls(std::string_view text) {
@@ -105,10 +113,11 @@ async::Task<Result<JMAPReply>> JMAPTransport::attempt(int index, const RequestBu
   const bool isSuccess = status >= 200 && status <= 299;
   auto reply = isSuccess ? JMAPReply::of(std::move(response->body), std::move(secrets))
                          : JMAPReply{std::move(response->body), {}, std::move(secrets)};
-  if (isSuccess && !reply.body.empty() && !isErrorReply(reply.json))
+  auto error = isSuccess && !reply.body.empty() ? errorReply(reply.json) : JMAPError::rejected();
+  if (!error)
     co_return reply;
   logger_.error("JMAP request rejected — status: {}, body: {}", status, reply.excerpt());
-  co_return std::unexpected(JMAPError::badResponse());
+  co_return std::unexpected(*std::move(error));
 }
 
 async::Task<Result<JMAPReply>> JMAPTransport::sendWithRetry(int attempts, RequestBuilder build) {
