@@ -8,6 +8,22 @@ namespace {
 
 constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
 constexpr std::string_view dataField = "data:";
+constexpr std::string_view idField = "id";
+constexpr std::size_t longestId = 256;
+
+// One that can't stand in a header counts as not said, and so does one without an end.
+std::optional<std::string> idIn(std::string_view line) {
+  if (!line.starts_with(idField))
+    return std::nullopt;
+  line.remove_prefix(idField.size());
+  if (!line.empty() && line.front() != ':')
+    return std::nullopt;
+  line.remove_prefix(std::min<std::size_t>(line.size(), 1));
+  if (line.starts_with(' '))
+    line.remove_prefix(1);
+  const bool isSendable = std::ranges::none_of(line, [](unsigned char c) { return c < ' ' || c == 0x7F; });
+  return isSendable && line.size() <= longestId ? std::optional(std::string(line)) : std::nullopt;
+}
 
 } // namespace
 
@@ -65,18 +81,16 @@ std::vector<EventLine> EventLines::feed(std::string_view chunk) {
 }
 
 std::vector<EventLine> EventLines::finish() {
-  if (empty_)
+  if (started_ == 0)
     return {};
   return {endLine()};
 }
 
 void EventLines::take(std::string_view piece) {
-  if (piece.empty())
-    return;
-  empty_ = false;
   const auto begin = piece.substr(0, start_.size() - started_);
   std::ranges::copy(begin, start_.begin() + static_cast<std::ptrdiff_t>(started_));
   started_ += begin.size();
+  isCut_ |= begin.size() < piece.size();
   mailbox_.feed(piece);
   email_.feed(piece);
 }
@@ -85,11 +99,15 @@ EventLine EventLines::endLine() {
   std::string_view start(start_.data(), started_);
   if (firstLine_ && start.starts_with(byteOrderMark))
     start.remove_prefix(byteOrderMark.size());
-  const EventLine line{start.starts_with(dataField), mailbox_.found(), email_.found()};
+  EventLine line{.isData = start.starts_with(dataField),
+                 .namesMailbox = mailbox_.found(),
+                 .namesEmail = email_.found(),
+                 .isEmpty = start.empty(),
+                 .id = isCut_ ? std::nullopt : idIn(start)};
   mailbox_.reset();
   email_.reset();
   started_ = 0;
-  empty_ = true;
+  isCut_ = false;
   firstLine_ = false;
   return line;
 }

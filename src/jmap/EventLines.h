@@ -2,6 +2,8 @@
 
 #include <array>
 #include <cstddef>
+#include <optional>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -12,13 +14,16 @@ struct EventLine {
   bool isData = false;       // a "data:" field
   bool namesMailbox = false; // holds "Mailbox" in double quotes
   bool namesEmail = false;   // holds "Email" in double quotes
+  bool isEmpty = false;      // ends an event
+  // The value of an "id" field that can be sent back: at most 256 bytes without control characters.
+  std::optional<std::string> id = {};
 
   bool operator==(const EventLine&) const = default;
 };
 
 // Cuts the bytes of an event stream (WHATWG HTML, section 9.2.5) into lines, ended by LF, CR or CRLF,
-// wherever the chunks are cut. Lines may have any length and hold any bytes: nothing of them is kept but what
-// a word that runs over the edge of a chunk needs.
+// wherever the chunks are cut. Lines may have any length and hold any bytes: nothing of them is kept but
+// their beginning and what a word that runs over the edge of a chunk needs.
 class EventLines {
  public:
   // The lines that this chunk has ended, empty ones included.
@@ -41,14 +46,16 @@ class EventLines {
     bool found_ = false;
   };
 
+  static constexpr std::size_t longestStart = 264; // a byte order mark, a field's name and an id
+
   void take(std::string_view piece);
   EventLine endLine();
 
   Finder mailbox_{"\"Mailbox\""};
   Finder email_{"\"Email\""};
-  std::array<char, 8> start_{}; // the first bytes of the line: a byte order mark and the field's name
+  std::array<char, longestStart> start_{}; // the first bytes of the line
   std::size_t started_ = 0;
-  bool empty_ = true; // nothing of the line has come
+  bool isCut_ = false; // the line has more than those
   bool firstLine_ = true;
   bool afterCarriageReturn_ = false;
 };

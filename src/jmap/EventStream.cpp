@@ -49,6 +49,7 @@ struct EventStream::Connection {
   // What a burst of lines has named so far.
   bool mailboxes = false;
   bool emails = false;
+  std::optional<std::string> eventId = {}; // of the event that is being sent
   bool inBurst = false;
   async::Timer burstLimit = {};
 };
@@ -60,6 +61,11 @@ EventStream::EventStream(JMAPClient& client, platform::HttpClient& http, Receive
 void EventStream::start(bool firstStart) {
   eventSourceTask_.cancel();
   eventSourceTask_ = scope_.spawn(run(firstStart));
+}
+
+void EventStream::stop() {
+  eventSourceTask_.cancel();
+  lastEventId_.clear();
 }
 
 async::Task<void> EventStream::run(bool firstStart) {
@@ -98,13 +104,20 @@ async::Task<Result<void>> EventStream::runEventSource() {
   if (!token)
     co_return std::unexpected(token.error());
 
-  // Neither cookies nor a look at the status: what is no stream ends by itself.
+  // No cookies.
   platform::HttpRequest request{.url = std::move(url), .timeout = openTimeout};
   request.headers = {{"Authorization", "Bearer " + *token}, {"Accept", "text/event-stream"}};
+  if (!lastEventId_.empty())
+    request.headers.emplace_back("Last-Event-ID", lastEventId_);
   auto stream = co_await http_.open(std::move(request));
   if (!stream)
     co_return std::unexpected(JMAPError{JMAPError::Kind::transport, stream.error().description});
   logger_.info("SSE connection opened");
+  // What is no stream ends by itself. A stream need not tell what it has missed (RFC 8620, section 7.3).
+  if ((*stream)->status() / 100 == 2) {
+    receivers_.mailboxesChanged();
+    receivers_.emailsChanged();
+  }
   co_return co_await follow(std::move(*stream));
 }
 
@@ -143,8 +156,13 @@ async::Task<void> EventStream::read(Connection& connection) {
   }
 }
 
-void EventStream::take(Connection& connection, const EventLine& line) const {
+void EventStream::take(Connection& connection, const EventLine& line) {
   connection.liveness.lineArrived();
+  // An event that is cut off is to be sent again.
+  if (line.id)
+    connection.eventId = line.id;
+  if (line.isEmpty && connection.eventId)
+    lastEventId_ = *connection.eventId;
   if (!line.isData)
     return;
   connection.mailboxes |= line.namesMailbox;
@@ -162,9 +180,11 @@ void EventStream::limitBurst(Connection& connection) const {
 void EventStream::tellChanges(Connection& connection) const {
   connection.inBurst = false;
   connection.burstLimit.stop();
-  if (std::exchange(connection.mailboxes, false))
+  const bool emails = std::exchange(connection.emails, false);
+  // The count changes with the emails, and not every server calls that a change of the mailbox.
+  if (std::exchange(connection.mailboxes, false) || emails)
     receivers_.mailboxesChanged();
-  if (std::exchange(connection.emails, false))
+  if (emails)
     receivers_.emailsChanged();
 }
 

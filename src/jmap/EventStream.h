@@ -31,14 +31,15 @@ class SSELivenessTracker {
 };
 
 // The server's event stream (RFC 8620, section 7.3): keeps one connection open, opens it again 30 s after
-// each end, gives up one that went silent, and tells what kind of objects changed. Main thread only.
+// each end, gives up one that went silent, and tells what kind of objects changed, or may have changed while
+// there was no connection. Main thread only.
 class EventStream {
  public:
   struct Receivers {
     // Before the first connection of a task that was started with firstStart.
     std::function<async::Task<void>()> firstStart;
-    std::function<void()> mailboxesChanged; // also at each start
-    std::function<void()> emailsChanged;
+    std::function<void()> mailboxesChanged; // also at each start and opening
+    std::function<void()> emailsChanged;    // also at each opening
   };
 
   // Both references outlive it.
@@ -46,7 +47,8 @@ class EventStream {
 
   // Ends what runs and starts anew, at once.
   void start(bool firstStart);
-  void stop() { eventSourceTask_.cancel(); }
+  // For another account: what was told for this one is forgotten.
+  void stop();
 
  private:
   async::Task<void> run(bool firstStart);
@@ -57,7 +59,7 @@ class EventStream {
   struct Connection;
   async::Task<void> read(Connection& connection);
   async::Task<void> watch(Connection& connection);
-  void take(Connection& connection, const EventLine& line) const;
+  void take(Connection& connection, const EventLine& line);
   void limitBurst(Connection& connection) const;
   void tellChanges(Connection& connection) const;
 
@@ -65,6 +67,7 @@ class EventStream {
   JMAPClient& client_;
   platform::HttpClient& http_;
   Receivers receivers_;
+  std::string lastEventId_; // of the last whole event, for the server to go on from
   async::TaskHandle eventSourceTask_;
   async::Scope scope_;
 };

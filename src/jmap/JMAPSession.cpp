@@ -18,18 +18,16 @@ constexpr std::chrono::seconds badgeFallbackInterval{300};
 JMAPSession::JMAPSession(JMAPServices services)
     : settings_(services.settings), page_(services.webViews, services.settings, [this] { pageDidLoad(); }),
       transport_(services.http, services.cookies, [this] { return page_.currentAccessToken(); }),
-      mail_(*this, services.settings, [this] { badgeRefreshSignal_.send(); }),
+      mail_(*this, services.settings, [this] { badgeRefresh_.wake(); }),
       notifier_(*this, mail_, services.notifications, services.settings, std::move(services.openURL)),
-      newMail_(*this,
-               [this](std::vector<std::string> ids) { return notifier_.notifyForEmails(std::move(ids)); }),
-      badge_(mail_, services.settings, services.dockTile),
+      newMail_(*this, notifier_), badge_(mail_, services.settings, services.dockTile),
+      emailCheck_([this] { return newMail_.checkAndNotifyNewEmails(); }),
+      badgeRefresh_([this] { return badge_.refresh(); }),
       eventStream_(*this, services.http,
                    {.firstStart = [this] { return firstStart(); },
-                    .mailboxesChanged = [this] { badgeRefreshSignal_.send(); },
-                    .emailsChanged = [this] { emailCheckSignal_.send(); }}) {
+                    .mailboxesChanged = [this] { badgeRefresh_.wake(); },
+                    .emailsChanged = [this] { emailCheck_.wake(); }}) {
   page_.load();
-  scope_.spawn(checkForNewMail());
-  scope_.spawn(refreshBadge());
   environmentChanges_ = settings_.fastmailEnvironmentDidChange.subscribe([this] { environmentDidChange(); });
   wakes_ = services.sleepMonitor.didWake.subscribe([this] { systemDidWake(); });
 }
@@ -76,6 +74,8 @@ void JMAPSession::pageDidLoad() {
 
 async::Task<void> JMAPSession::firstStart() {
   co_await notifier_.setUp();
+  // The page is loaded anew also when its token has gone: what came meanwhile is new, and the opened stream
+  // makes us look for it.
   co_await newMail_.seedEmailState();
 }
 
@@ -89,37 +89,21 @@ async::Task<void> JMAPSession::refreshBadgeNowAndThen() {
     const bool slept = co_await async::sleep(badgeFallbackInterval);
     if (!slept)
       co_return;
-    badgeRefreshSignal_.send();
+    badgeRefresh_.wake();
   }
 }
 
-// One check at a time; any number of events during it lead to one more.
-async::Task<void> JMAPSession::checkForNewMail() {
-  while (true) {
-    const bool sent = co_await emailCheckSignal_.wait();
-    if (!sent)
-      co_return;
-    co_await newMail_.checkAndNotifyNewEmails();
-  }
-}
-
-async::Task<void> JMAPSession::refreshBadge() {
-  while (true) {
-    const bool sent = co_await badgeRefreshSignal_.wait();
-    if (!sent)
-      co_return;
-    co_await badge_.refresh();
-  }
-}
-
-// Calls that are under way end with the account they began with.
+// Other calls that are under way end with the account they began with.
 void JMAPSession::environmentDidChange() {
   ++environmentNumber_;
   eventStream_.stop();
   fallbackTask_.cancel();
   cachedSessionData_.reset();
   mail_.forgetMailboxes();
+  emailCheck_.restart();
   newMail_.clear();
+  notifier_.forget();
+  badgeRefresh_.restart();
   badge_.clear();
   page_.forget();
   page_.load();

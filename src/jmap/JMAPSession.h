@@ -1,7 +1,6 @@
 #pragma once
 
 #include "async/Scope.h"
-#include "async/Signal.h"
 #include "base/Event.h"
 #include "base/Log.h"
 #include "jmap/EventStream.h"
@@ -10,6 +9,7 @@
 #include "jmap/MailQueries.h"
 #include "jmap/NewMailCheck.h"
 #include "jmap/NewMailNotifier.h"
+#include "jmap/RetryingWorker.h"
 #include "jmap/SignedInPage.h"
 #include "jmap/UnreadBadge.h"
 
@@ -72,19 +72,17 @@ class JMAPSession final : public JMAPClient {
   void startFallbackLoop();
   async::Task<void> firstStart();
   async::Task<void> refreshBadgeNowAndThen();
-  async::Task<void> checkForNewMail();
-  async::Task<void> refreshBadge();
 
   base::Logger logger_{"network"};
   settings::AppSettings& settings_;
   SignedInPage page_;
   JMAPTransport transport_;
-  async::Signal emailCheckSignal_;
-  async::Signal badgeRefreshSignal_;
   MailQueries mail_;
   NewMailNotifier notifier_;
   NewMailCheck newMail_;
   UnreadBadge badge_;
+  RetryingWorker emailCheck_;
+  RetryingWorker badgeRefresh_;
   EventStream eventStream_;
   std::optional<JMAPSessionData> cachedSessionData_;
   // Which one since the start. Not told by its addresses: several environments may share those.

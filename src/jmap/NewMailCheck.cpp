@@ -1,9 +1,12 @@
 #include "jmap/NewMailCheck.h"
 
+#include "async/Deadline.h"
 #include "async/sleep.h"
 #include "jmap/JMAPReading.h"
 #include "jmap/MailRequest.h"
 
+#include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace ondrel::jmap {
@@ -12,8 +15,10 @@ namespace {
 
 namespace json = boost::json;
 
-// What one check looks at; more changes wait for the next event.
+// What one step looks at.
 constexpr int maxChanges = 50;
+// Of a server whose changes have no end.
+constexpr std::size_t mostSteps = 1000;
 
 const json::array* firstAnswer(const json::value& reply) {
   const auto* members = reply.if_object();
@@ -23,7 +28,14 @@ const json::array* firstAnswer(const json::value& reply) {
 
 } // namespace
 
-NewMailCheck::NewMailCheck(JMAPClient& client, Notify notify) : client_(client), notify_(std::move(notify)) {
+NewMailCheck::NewMailCheck(JMAPClient& client, NewMailNotifier& notifier)
+    : client_(client), notifier_(notifier) {
+}
+
+void NewMailCheck::clear() {
+  lastEmailState_.reset();
+  created_.clear();
+  passedStates_.clear();
 }
 
 async::Task<Result<std::string>> NewMailCheck::fetchCurrentEmailState() {
@@ -43,19 +55,24 @@ async::Task<Result<std::string>> NewMailCheck::fetchCurrentEmailState() {
   co_return std::move(*state);
 }
 
-async::Task<void> NewMailCheck::seedEmailState() {
-  const auto state = co_await fetchCurrentEmailState();
+async::Task<Result<void>> NewMailCheck::seedEmailState() {
+  if (lastEmailState_)
+    co_return Result<void>();
+  auto state = co_await fetchCurrentEmailState();
   // Replaced by a connection that goes on from what is known, or by a seeding for another account.
   const bool cancelled = co_await async::cancelled();
   if (cancelled)
-    co_return;
-  if (state) {
+    co_return std::unexpected(JMAPError::cancelled());
+  if (!state) {
+    logger_.error("seedEmailState: failed to fetch initial email state");
+    co_return std::unexpected(std::move(state.error()));
+  }
+  // A check that failed before this was asked for may have been quicker.
+  if (!lastEmailState_) {
     lastEmailState_ = *state;
     logger_.info("seedEmailState: seeded state {}", *state);
-  } else {
-    lastEmailState_.reset();
-    logger_.error("seedEmailState: failed to fetch initial email state");
   }
+  co_return Result<void>();
 }
 
 async::Task<Result<NewMailCheck::EmailChanges>> NewMailCheck::fetchEmailChanges(std::string since) {
@@ -87,40 +104,115 @@ async::Task<Result<NewMailCheck::EmailChanges>> NewMailCheck::fetchEmailChanges(
   const auto* created = arguments ? arrayMember(*arguments, "created") : nullptr;
   if (!newState || !created || strings(*created).size() != created->size())
     co_return fail("missing newState or created in Email/changes response");
-  co_return EmailChanges{strings(*created), std::move(*newState)};
+  const auto ids = [arguments](std::string_view key) {
+    const auto* array = arrayMember(*arguments, key);
+    return array ? strings(*array) : std::vector<std::string>();
+  };
+  co_return EmailChanges{.created = strings(*created),
+                         .updated = ids("updated"),
+                         .destroyed = ids("destroyed"),
+                         .newState = std::move(*newState),
+                         .hasMore = boolMember(*arguments, "hasMoreChanges").value_or(false)};
 }
 
-async::Task<Result<void>> NewMailCheck::checkSince(std::string since) {
+// A server that leads back to where it was would never come to an end.
+bool NewMailCheck::isAnother(const std::string& state) {
+  return passedStates_.size() < mostSteps && passedStates_.insert(state).second;
+}
+
+async::Task<Result<bool>> NewMailCheck::takeChanges() {
+  const auto since = *lastEmailState_;
   auto changes = co_await fetchEmailChanges(since);
+  const bool cancelled = co_await async::cancelled();
+  if (cancelled)
+    co_return std::unexpected(JMAPError::cancelled());
   if (!changes)
     co_return std::unexpected(std::move(changes.error()));
-  // Before anything is shown: a message that can't be shown is not tried again with each event.
-  lastEmailState_ = std::move(changes->newState);
-  if (changes->created.empty()) {
+  if (changes->created.empty())
     logger_.info("checkAndNotifyNewEmails: no new emails since {}", since);
-    co_return Result<void>();
-  }
-  logger_.info("checkAndNotifyNewEmails: {} new email(s) since {}", changes->created.size(), since);
-  co_return co_await notify_(std::move(changes->created));
+  else
+    logger_.info("checkAndNotifyNewEmails: {} new email(s) since {}", changes->created.size(), since);
+  passedStates_.insert(since);
+  const bool isLast = !changes->hasMore || !isAnother(changes->newState);
+  if (isLast)
+    passedStates_.clear();
+  lastEmailState_ = std::move(changes->newState);
+  std::ranges::move(changes->created, std::back_inserter(created_));
+  notifier_.emailsChanged(changes->updated, changes->destroyed);
+  co_return isLast;
 }
 
-async::Task<void> NewMailCheck::checkAndNotifyNewEmails() {
-  if (!lastEmailState_) {
-    logger_.error("checkAndNotifyNewEmails: no lastEmailState — seeding instead of checking");
-    co_await seedEmailState();
-    co_return;
-  }
-  const auto checked = co_await checkSince(*lastEmailState_);
-  if (checked)
-    co_return;
-  logger_.error("Failed to fetch email changes: {}", checked.error().description());
+async::Task<WorkOutcome> NewMailCheck::seedAnew(JMAPError error) {
+  logger_.error("Failed to fetch email changes: {}", error.description());
+  if (error.isPassing())
+    co_return WorkOutcome::failed;
   auto state = co_await fetchCurrentEmailState();
-  if (state)
-    lastEmailState_ = std::move(*state);
-  else
-    lastEmailState_.reset();
+  const bool cancelled = co_await async::cancelled();
+  if (cancelled)
+    co_return WorkOutcome::done;
+  if (!state) {
+    logger_.error("checkAndNotifyNewEmails: no other state to go on from — keeping the last one");
+    co_return state.error().isPassing() ? WorkOutcome::failed : WorkOutcome::done;
+  }
+  lastEmailState_ = std::move(*state);
   logger_.error("checkAndNotifyNewEmails: re-seeded lastEmailState after error — any emails in this window "
                 "were not notified for");
+  co_return WorkOutcome::done;
+}
+
+async::Task<Result<NewMail>> NewMailCheck::lookAtCreated() {
+  auto looked = co_await notifier_.takeBackWhatChanged();
+  if (!looked)
+    co_return std::unexpected(std::move(looked.error()));
+  if (created_.empty())
+    co_return NewMail();
+  auto mail = co_await notifier_.newMailAmong(created_);
+  const bool cancelled = co_await async::cancelled();
+  if (cancelled)
+    co_return std::unexpected(JMAPError::cancelled());
+  // Before anything is shown: a message that can't be shown is not tried again with each event.
+  if (mail || !mail.error().isPassing())
+    created_.clear();
+  co_return mail;
+}
+
+async::Task<NewMailCheck::Findings> NewMailCheck::findOut() {
+  if (!lastEmailState_) {
+    logger_.error("checkAndNotifyNewEmails: no lastEmailState — seeding instead of checking");
+    const auto seeded = co_await seedEmailState();
+    const bool again = !seeded && seeded.error().isPassing();
+    co_return Findings{again ? WorkOutcome::failed : WorkOutcome::done};
+  }
+  auto complete = co_await takeChanges();
+  if (!complete) {
+    if (complete.error().kind == JMAPError::Kind::cancelled)
+      co_return Findings();
+    const auto seeded = co_await seedAnew(std::move(complete.error()));
+    if (seeded == WorkOutcome::failed)
+      co_return Findings{seeded};
+  } else if (!*complete) {
+    co_return Findings{WorkOutcome::unfinished};
+  }
+  auto mail = co_await lookAtCreated();
+  if (mail)
+    co_return Findings{WorkOutcome::done, std::move(*mail)};
+  if (mail.error().kind == JMAPError::Kind::cancelled)
+    co_return Findings();
+  const auto outcome = co_await seedAnew(std::move(mail.error()));
+  co_return Findings{outcome};
+}
+
+async::Task<WorkOutcome> NewMailCheck::checkAndNotifyNewEmails() {
+  auto findings = co_await async::withDeadline(longestCheck, findOut());
+  const bool cancelled = co_await async::cancelled();
+  if (cancelled)
+    co_return WorkOutcome::done;
+  if (!findings) {
+    logger_.error("Failed to fetch email changes: no answer within {}s", longestCheck.count());
+    co_return WorkOutcome::failed;
+  }
+  co_await notifier_.announce(std::move(findings->mail));
+  co_return findings->outcome;
 }
 
 } // namespace ondrel::jmap

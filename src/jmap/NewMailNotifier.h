@@ -1,10 +1,15 @@
 #pragma once
 
 #include "async/Scope.h"
+#include "jmap/AnnouncedMail.h"
 #include "jmap/JMAPClient.h"
+#include "jmap/NewMail.h"
 #include "jmap/NotificationManager.h"
 
+#include <boost/json/object.hpp>
+
 #include <functional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -17,7 +22,7 @@ namespace ondrel::jmap {
 class MailQueries;
 
 // Tells the user of new mail, and does what the user answers: a click shows the email, "Delete" moves it to
-// the trash. Main thread only.
+// the trash. Takes notifications back when their mail has been seen to elsewhere. Main thread only.
 class NewMailNotifier {
  public:
   // All outlive it. `openURL` shows an address in a window of the program.
@@ -29,20 +34,42 @@ class NewMailNotifier {
 
   // Asks for permission and begins to answer what the user does; may be done again.
   async::Task<void> setUp();
-  // One notification after the other, in the order of the server's answer, for those in the inbox. For all of
-  // them where nobody can say what the inbox is. An error of the request is the caller's; an answer that
-  // can't be read just notifies of nothing.
-  async::Task<Result<void>> notifyForEmails(std::vector<std::string> ids);
+  // Which of these the user is to be told of: those in the inbox that are neither read nor drafts, in the
+  // order of the server's answers. All of them count as in the inbox where nobody can say what that is. An
+  // error of a request is the caller's; an answer that can't be understood just tells of nothing.
+  async::Task<Result<NewMail>> newMailAmong(std::vector<std::string> ids);
+  // One notification after the other, or one for all when there are many.
+  async::Task<void> announce(NewMail mail);
+
+  // Notifications of emails that have gone are taken back.
+  void emailsChanged(const std::vector<std::string>& updated, const std::vector<std::string>& destroyed);
+  // Likewise those of the updated ones that have been read or moved. An error leaves the question for the
+  // next time.
+  async::Task<Result<void>> takeBackWhatChanged();
+  // For another account.
+  void forget();
 
  private:
+  struct Inbox {
+    std::string accountId;
+    std::optional<std::string> id = {};
+    std::vector<boost::json::object> emails = {};
+  };
+
+  async::Task<Result<Inbox>> fetch(std::vector<std::string> ids, boost::json::array properties,
+                                   std::string_view operation);
+  async::Task<void> announceOne(NewMail::Email email, std::map<std::string, std::string> userInfo);
+  void takeBack(const std::string& emailId);
   void respond(const platform::NotificationResponse& response);
-  void openEmail(const std::map<std::string, std::string>& userInfo) const;
+  void open(const std::map<std::string, std::string>& userInfo, const std::string& page) const;
 
   JMAPClient& client_;
   MailQueries& queries_;
   NotificationManager& notifications_;
   settings::AppSettings& settings_;
   std::function<void(const std::string& url)> openURL_;
+  AnnouncedMail announced_;
+  std::set<std::string> changed_; // announced emails that are to be looked at again
   async::Scope scope_;
 };
 

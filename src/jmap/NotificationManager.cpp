@@ -48,18 +48,33 @@ void NotificationManager::setResponseHandler(const std::string& categoryIdentifi
     responseHandlers_.erase(categoryIdentifier);
 }
 
+std::string NotificationManager::newIdentifier() {
+  return to_string(boost::uuids::random_generator()());
+}
+
 async::Task<void> NotificationManager::send(std::string title, std::string body,
                                             std::string categoryIdentifier,
                                             std::map<std::string, std::string> userInfo) {
-  const auto identifier = to_string(boost::uuids::random_generator()());
-  platform::NotificationRequest request{
-      .identifier = identifier,
-      .content = {std::move(title), std::move(body), categoryIdentifier, std::move(userInfo)}};
+  platform::NotificationContent content{.title = std::move(title),
+                                        .body = std::move(body),
+                                        .categoryIdentifier = std::move(categoryIdentifier),
+                                        .userInfo = std::move(userInfo)};
+  return send({newIdentifier(), std::move(content)});
+}
+
+async::Task<void> NotificationManager::send(platform::NotificationRequest request) {
+  const auto identifier = request.identifier;
+  const auto category = request.content.categoryIdentifier;
   const auto delivered = co_await center_.add(std::move(request));
   if (delivered)
-    logger.info("send: delivered notification {} — category={}", identifier, categoryIdentifier);
+    logger.info("send: delivered notification {} — category={}", identifier, category);
   else
     logger.error("send: failed to deliver notification {} — {}", identifier, delivered.error());
+}
+
+void NotificationManager::withdraw(const std::string& identifier) {
+  logger.info("withdraw: {}", identifier);
+  center_.withdraw(identifier);
 }
 
 void NotificationManager::willPresent(const platform::NotificationRequest& request) {

@@ -26,9 +26,14 @@ class NotificationManager final : platform::NotificationCenterDelegate {
   void registerCategory(platform::NotificationCategory category);
   // Replaces an earlier handler of that category.
   void setResponseHandler(const std::string& categoryIdentifier, ResponseHandler handler);
+  // What a notification can be withdrawn by; another one each time.
+  static std::string newIdentifier();
   // Delivers, and logs how that went.
+  async::Task<void> send(platform::NotificationRequest request);
   async::Task<void> send(std::string title, std::string body, std::string categoryIdentifier,
                          std::map<std::string, std::string> userInfo);
+  // Takes a notification away that says nothing new any more.
+  void withdraw(const std::string& identifier);
 
  private:
   void willPresent(const platform::NotificationRequest& request) override;

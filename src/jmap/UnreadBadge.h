@@ -1,6 +1,7 @@
 #pragma once
 
 #include "async/Task.h"
+#include "jmap/RetryingWorker.h"
 
 namespace ondrel::platform {
 class DockTile;
@@ -20,16 +21,15 @@ class UnreadBadge {
   // All outlive it.
   UnreadBadge(MailQueries& queries, settings::AppSettings& settings, platform::DockTile& dockTile);
 
-  // Asks the server. When that fails all stays as it is.
-  async::Task<void> refresh();
-  // No number, as for an account that nothing is known of yet. What is being counted belongs to another one.
+  // Asks the server, for a minute at most. When that fails, or is cancelled, all stays as it is.
+  async::Task<WorkOutcome> refresh();
+  // No number, as for an account that nothing is known of yet.
   void clear();
 
  private:
   MailQueries& queries_;
   settings::AppSettings& settings_;
   platform::DockTile& dockTile_;
-  unsigned accountNumber_ = 0;
 };
 
 } // namespace ondrel::jmap

@@ -26,12 +26,14 @@ struct NotificationCategory {
   bool operator==(const NotificationCategory&) const = default;
 };
 
-// Title and body are text, never markup. userInfo stays in this process: it comes back with the response.
+// Title and body are text, never markup; each is one line, and furtherLines are those of the body behind its
+// first. userInfo stays in this process: it comes back with the response.
 struct NotificationContent {
   std::string title;
   std::string body;
   std::string categoryIdentifier;
   std::map<std::string, std::string> userInfo;
+  std::vector<std::string> furtherLines = {};
 };
 
 struct NotificationRequest {
@@ -72,6 +74,9 @@ class NotificationCenter {
   virtual void setCategories(std::vector<NotificationCategory> categories) = 0;
   // Shows it now, with the desktop's sound for new mail. An error is a text for the log.
   virtual async::Task<std::expected<void, std::string>> add(NotificationRequest request) = 0;
+  // Takes it away, also where add() has given up waiting for it and it is shown later. Nothing happens where
+  // the user has answered or closed it.
+  virtual void withdraw(const std::string& identifier) = 0;
 };
 
 } // namespace ondrel::platform

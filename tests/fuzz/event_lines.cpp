@@ -4,6 +4,8 @@
 
 #include <cstdint>
 #include <cstdlib>
+#include <optional>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -25,6 +27,16 @@ std::vector<EventLine> inChunks(std::string_view stream, std::size_t chunk) {
   return lines;
 }
 
+std::optional<std::string> idIn(std::string_view line) {
+  if (line != "id" && !line.starts_with("id:"))
+    return std::nullopt;
+  std::string id(line.size() > 3 && line[3] == ' ' ? line.substr(4) : line == "id" ? "" : line.substr(3));
+  for (const char c : id)
+    if ((c >= 0 && c < ' ') || c == 0x7F)
+      return std::nullopt;
+  return id.size() <= 256 ? std::optional(id) : std::nullopt;
+}
+
 std::vector<EventLine> atOnce(std::string_view stream) {
   std::vector<EventLine> lines;
   for (bool first = true; !stream.empty(); first = false) {
@@ -36,7 +48,7 @@ std::vector<EventLine> atOnce(std::string_view stream) {
     const bool namesEmail = line.contains("\"Email\"");
     if (first && line.starts_with("\xEF\xBB\xBF"))
       line.remove_prefix(3);
-    lines.push_back({line.starts_with("data:"), namesMailbox, namesEmail});
+    lines.push_back({line.starts_with("data:"), namesMailbox, namesEmail, line.empty(), idIn(line)});
   }
   return lines;
 }

@@ -38,7 +38,7 @@ Outcome notify(MailWorld& world) {
   support::FakeNotificationCenter center;
   NotificationManager manager(center);
   NewMailNotifier notifier(world.client, world.queries, manager, world.settings, [](const auto&) {});
-  const auto result = world.run(notifier.notifyForEmails({"M1"}));
+  const auto result = world.run(notifier.newMailAmong({"M1"}));
   return result ? std::nullopt : std::optional(result.error());
 }
 

@@ -7,10 +7,14 @@
 namespace ondrel::jmap {
 namespace {
 
-// Each line as a word: "data" or "-", and what it names.
+// Each line as a word: "data", "id=..." or "-", and what it names; "." for an empty one.
 void append(std::string& text, const std::vector<EventLine>& lines) {
   for (const auto& line : lines)
-    text += std::string(text.empty() ? "" : " ") + (line.isData ? "data" : "-") +
+    text += std::string(text.empty() ? "" : " ") +
+            (line.isData    ? "data"
+             : line.id      ? "id=" + *line.id
+             : line.isEmpty ? "."
+                            : "-") +
             (line.namesMailbox ? "+Mailbox" : "") + (line.namesEmail ? "+Email" : "");
 }
 
@@ -30,17 +34,22 @@ TEST(EventLines, AreTheSameWhereverTheStreamIsCut) {
   using namespace std::string_literals;
   const std::pair<std::string, std::string> cases[] = {
       {"", ""},
-      {"\n", "-"},
-      {"\r\n", "-"},
-      {"\r\r\n\n", "- - -"},
-      {"\n\r", "- -"},
+      {"\n", "."},
+      {"\r\n", "."},
+      {"\r\r\n\n", ". . ."},
+      {"\n\r", ". ."},
       {"data:", "data"},
       {"data", "-"},
       {"dat\na:\n", "- -"},
       {" data:\"Email\"\n", "-+Email"},
-      {": ping\n\ndata:x\n", "- - data"},
+      {": ping\n\ndata:x\n", "- . data"},
       {"data: {\"Mailbox\":1,\"Email\":2}\r\ndata:x\rdata:\"Email\"\n", "data+Mailbox+Email data data+Email"},
-      {"data: \"Email\"\r\n\r\ndata: \"Mailbox\"\r\n", "data+Email - data+Mailbox"},
+      {"data: \"Email\"\r\n\r\ndata: \"Mailbox\"\r\n", "data+Email . data+Mailbox"},
+      {"id: a b\nid:\nid\nid:  x\ndata:1\nidx: 1\n id: 1\nID: 1\n", "id=a b id= id= id= x data - - -"},
+      {"id: a\tb\nid: \0\nid:\x7F\nid:\xC3\xA4\n"s, "- - - id=\xC3\xA4"},
+      {"\xEF\xBB\xBFid: " + std::string(256, 'i') + "\nid: " + std::string(257, 'i') + "\nid:2\n",
+       "id=" + std::string(256, 'i') + " - id=2"},
+      {"id:" + std::string(1 << 16, 'i') + "\nid:3\n", "- id=3"},
       {"data: Email \"EmailDelivery\" \"email\" Email\"\n", "data"},
       {"data: \"\"Email\"\n", "data+Email"},
       {"data: \"Mail\"Mailbox\"\n", "data+Mailbox"},

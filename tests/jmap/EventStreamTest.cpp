@@ -16,7 +16,8 @@ using EventStreamTest = JMAPSessionTest;
 
 TEST_F(EventStreamTest, AFinishedLoadStartsStreamAndBadge) {
   finishLoad();
-  EXPECT_EQ(methods, (Lines{"Email/get", "Mailbox/get"})) << "seed, then badge";
+  EXPECT_EQ(methods, (Lines{"Email/get", "Mailbox/get", "Email/changes", "Mailbox/get"}))
+      << "seed, badge, and what came before the stream was open";
   EXPECT_EQ(settings.unreadCount.get(), 3);
   EXPECT_EQ(dockTile.labels.back(), "3");
   ASSERT_EQ(http.opened.size(), 1U);
@@ -36,6 +37,9 @@ TEST_F(EventStreamTest, LinesOfTheStreamWakeTheWorkersOnceAtATime) {
   EXPECT_TRUE(methods.empty());
   give("data: {\"Mailbox\":1}\n");
   EXPECT_EQ(methods, Lines{"Mailbox/get"});
+  methods.clear();
+  give(emailLine);
+  EXPECT_EQ(methods, (Lines{"Mailbox/get", "Email/changes"})) << "not every server names the mailbox as well";
 
   std::string many;
   for (int i = 0; i < 1000; ++i)
@@ -48,7 +52,7 @@ TEST_F(EventStreamTest, LinesOfTheStreamWakeTheWorkersOnceAtATime) {
   methods.clear();
   give(emailLine);
   EXPECT_EQ(calls("Email/changes"), 2) << "events during a check lead to one more";
-  EXPECT_EQ(calls("Mailbox/get"), 1);
+  EXPECT_EQ(calls("Mailbox/get"), 2);
 }
 
 TEST_F(EventStreamTest, LinesWithoutAPauseAreAskedAboutAtTheirEnd) {
@@ -117,13 +121,64 @@ TEST_F(EventStreamTest, EveryEndOfTheStreamIsFollowedByThePause) {
   loop.advance(30s);
   reconnectsAfterPause();
   EXPECT_EQ(log.count("error network: Failed to fetch SSE: refused"), 2);
-  EXPECT_TRUE(methods.empty()) << "no seeding and no badge: the stream itself tells what changed";
+  EXPECT_EQ(methods, (Lines{"Mailbox/get", "Email/changes", "Mailbox/get", "Email/changes"}))
+      << "at each opening, what the stream has missed, and no seeding";
   http.openFailure.reset();
   loop.advance(30s);
+  loop.runUntilIdle();
+  methods.clear();
   http.feeds.back()->give("data: \"Email\"");
   http.feeds.back()->end();
   loop.runUntilIdle();
   EXPECT_EQ(calls("Email/changes"), 1) << "a line that the end of the stream ends";
+
+  http.streamStatus = 503;
+  methods.clear();
+  loop.advance(30s);
+  EXPECT_EQ(methods, Lines()) << "what is refused is not open";
+}
+
+TEST_F(EventStreamTest, ASecondConnectionGoesOnWhereTheFirstOneEnded) {
+  const auto lastEventId = [this] {
+    http.feeds.back()->end();
+    loop.advance(30s);
+    return platform::headerValue(http.opened.back().headers, "Last-Event-ID");
+  };
+  connect();
+  EXPECT_EQ(lastEventId(), std::nullopt);
+  give("id: 7\ndata: \"Email\"\n\nid: 8\ndata: \"Email\"\n");
+  EXPECT_EQ(lastEventId(), "7") << "the second event was cut off";
+  EXPECT_EQ(lastEventId(), "7");
+  sleepMonitor.didWake.emit();
+  loop.runUntilIdle();
+  EXPECT_EQ(platform::headerValue(http.opened.back().headers, "Last-Event-ID"), "7");
+  give("id\n\n");
+  EXPECT_EQ(lastEventId(), std::nullopt);
+  give("id: 9\n\n");
+  settings.fastmailEnvironmentDidChange.emit();
+  finishLoad();
+  EXPECT_EQ(platform::headerValue(http.opened.back().headers, "Last-Event-ID"), std::nullopt);
+}
+
+TEST_F(EventStreamTest, AnOutageLosesNoMail) {
+  connect();
+  onRequest = [](const auto&) { return Response(platform::HttpResponse{502, {}, "x"}); };
+  answers["Email/changes"] = support::FakeJMAPClient::reply({R"({"newState":"s2","created":["M1"]})"});
+  give(emailLine);
+  loop.advance(4s);
+  finishLoad(); // for want of a token, say
+  onRequest = nullptr;
+  EXPECT_EQ(center.requests.size(), 0U);
+  loop.advance(30s);
+  EXPECT_EQ(center.requests.size(), 1U) << "though no event has come since";
+
+  http.delay = 10min; // longer than a request may take
+  give(emailLine);
+  loop.advance(60s);
+  http.delay = {};
+  answers["Email/changes"] = support::FakeJMAPClient::reply({R"({"newState":"s3","created":["M1"]})"});
+  loop.advance(30s);
+  EXPECT_EQ(center.requests.size(), 2U);
 }
 
 TEST_F(EventStreamTest, ASilentStreamIsGivenUp) {
@@ -148,7 +203,8 @@ TEST_F(EventStreamTest, WakingUpReconnectsAtOnce) {
   loop.runUntilIdle();
   EXPECT_TRUE(http.feeds[0]->gone);
   EXPECT_EQ(http.feeds.size(), 2U);
-  EXPECT_EQ(methods, Lines{"Mailbox/get"}) << "no seeding: the mail of the night is new";
+  EXPECT_EQ(methods, (Lines{"Mailbox/get", "Email/changes", "Mailbox/get"}))
+      << "no seeding: the mail of the night is new";
 }
 
 TEST_F(EventStreamTest, TheBadgeIsRefreshedWithoutAStreamToo) {
@@ -166,6 +222,9 @@ TEST_F(EventStreamTest, TheBadgeIsRefreshedWithoutAStreamToo) {
   loop.advance(310s);
   EXPECT_EQ(settings.unreadCount.get(), 3) << "an error changes nothing";
   onRequest = nullptr;
+  methods.clear();
+  loop.advance(30s);
+  EXPECT_EQ(calls("Mailbox/get"), 1) << "and is asked again soon";
   answers["Mailbox/get"] =
       support::FakeJMAPClient::reply({R"({"list":[{"role":"inbox","unreadEmails":0}]})"});
   loop.advance(300s);
@@ -210,7 +269,8 @@ TEST_F(EventStreamTest, LeavingAnAccountIsNoFailure) {
   onRequest = nullptr;
   methods.clear();
   give(emailLine);
-  EXPECT_EQ(methods, Lines{"Email/get"}) << "seeds";
+  loop.advance(1s);
+  EXPECT_EQ(methods, (Lines{"Mailbox/get", "Email/get", "Email/changes"})) << "seeds first";
 }
 
 TEST_F(EventStreamTest, AnAddressThatIsNoneIsNotOpened) {

@@ -6,6 +6,7 @@
 #include "platform/HttpClient.h"
 #include "platform/SleepMonitor.h"
 
+#include <algorithm>
 #include <deque>
 #include <functional>
 #include <memory>
@@ -34,9 +35,9 @@ class FakeHttpStream final : public platform::HttpStream {
     void end() { give(std::string()); }
   };
 
-  explicit FakeHttpStream(std::shared_ptr<Feed> feed) : feed_(std::move(feed)) {}
+  FakeHttpStream(std::shared_ptr<Feed> feed, int status) : feed_(std::move(feed)), status_(status) {}
   ~FakeHttpStream() override { feed_->gone = true; }
-  int status() const override { return 200; }
+  int status() const override { return status_; }
   async::Task<platform::HttpResult<std::string>> read() override {
     while (feed_->chunks.empty()) {
       auto [resolver, future] = async::makeFuture<bool>();
@@ -53,9 +54,11 @@ class FakeHttpStream final : public platform::HttpStream {
 
  private:
   std::shared_ptr<Feed> feed_;
+  int status_;
 };
 
-// Records requests and answers them as the test says, a turn later.
+// Records requests and answers them as the test says, a turn or a time later. A request whose time has run
+// out has failed.
 class FakeHttpClient final : public platform::HttpClient {
  public:
   using Answer = std::function<platform::HttpResult<platform::HttpResponse>(const platform::HttpRequest&)>;
@@ -70,6 +73,11 @@ class FakeHttpClient final : public platform::HttpClient {
   async::Task<platform::HttpResult<platform::HttpResponse>> send(platform::HttpRequest request) override {
     requests.push_back(request);
     co_await async::nextTurn();
+    if (delay > async::Duration()) {
+      const bool slept = co_await async::sleep(std::min(delay, request.timeout));
+      if (!slept || delay > request.timeout)
+        co_return std::unexpected(failure(slept ? "The request timed out." : "cancelled"));
+    }
     co_return answer(request);
   }
   async::Task<platform::HttpResult<std::unique_ptr<platform::HttpStream>>>
@@ -79,11 +87,13 @@ class FakeHttpClient final : public platform::HttpClient {
     if (openFailure)
       co_return std::unexpected(*openFailure);
     feeds.push_back(std::make_shared<FakeHttpStream::Feed>());
-    co_return std::make_unique<FakeHttpStream>(feeds.back());
+    co_return std::make_unique<FakeHttpStream>(feeds.back(), streamStatus);
   }
 
   Answer answer = [](const platform::HttpRequest&) { return ok("{}"); };
+  async::Duration delay{0}; // of answers
   std::optional<platform::WebError> openFailure;
+  int streamStatus = 200;
   std::vector<platform::HttpRequest> requests;
   std::vector<platform::HttpRequest> opened;
   std::vector<std::shared_ptr<FakeHttpStream::Feed>> feeds; // one for each stream that was opened

@@ -39,6 +39,8 @@ class FakeNotificationCenter final : public platform::NotificationCenter {
     co_return {};
   }
 
+  void withdraw(const std::string& identifier) override { std::erase(shown, identifier); }
+
   void respond(std::size_t number, std::string_view action) {
     if (delegate)
       delegate->didReceive({std::string(action), requests.at(number)});
@@ -52,7 +54,7 @@ class FakeNotificationCenter final : public platform::NotificationCenter {
 
   std::vector<platform::NotificationCategory> categories;
   std::vector<platform::NotificationRequest> requests;
-  std::vector<std::string> shown; // identifiers
+  std::vector<std::string> shown; // identifiers, without what was withdrawn
 };
 
 } // namespace ondrel::support

@@ -66,6 +66,11 @@ class NotificationServer {
     const std::lock_guard lock(state_->mutex);
     return state_->notifications;
   }
+  // The ids that it was asked to close.
+  std::vector<std::uint32_t> closed() const {
+    const std::lock_guard lock(state_->mutex);
+    return state_->closed;
+  }
   // How often a method was called, answered or not.
   int calls(const std::string& method) const {
     const std::lock_guard lock(state_->mutex);
@@ -147,6 +152,7 @@ class NotificationServer {
     Behaviour behaviour = Behaviour::answer;
     std::uint32_t nextId = 1;
     std::vector<Notification> notifications;
+    std::vector<std::uint32_t> closed;
     std::map<std::string, int> calls;
     std::vector<std::pair<glib::Ref<GDBusMessage>, std::uint32_t>> heldBack;
   };
@@ -198,6 +204,13 @@ inline void NotificationServer::State::take(GDBusConnection* connection, GDBusMe
     if (behaviour != Behaviour::refuse)
       one.id = id = nextId++;
     notifications.push_back(std::move(one));
+  }
+  if (method == "CloseNotification" && arguments && g_variant_is_of_type(arguments, G_VARIANT_TYPE("(u)"))) {
+    g_variant_get(arguments, "(u)", &id);
+    closed.push_back(id);
+    constexpr std::uint32_t closedByACall = 3;
+    g_dbus_connection_emit_signal(connection, nullptr, path, name, "NotificationClosed",
+                                  g_variant_new("(uu)", id, closedByACall), nullptr);
   }
   if (behaviour == Behaviour::silent)
     heldBack.emplace_back(glib::share(message), id);

@@ -172,13 +172,34 @@ async::Task<std::expected<void, std::string>> DesktopNotifications::add(Notifica
 
 async::Task<void> DesktopNotifications::deliver(NotificationRequest request,
                                                 async::Resolver<Result> resolver) {
+  const auto identifier = request.identifier;
+  onTheirWay_.insert(identifier);
   auto result = co_await show(std::move(request));
+  onTheirWay_.erase(identifier);
   resolver.resolve(std::move(result));
+  if (unwantedThere_.erase(identifier) > 0)
+    withdraw(identifier);
+}
+
+void DesktopNotifications::withdraw(const std::string& identifier) {
+  if (const auto id = live_->remove(identifier))
+    scope_.spawn(close(live_->server(), *id));
+  else if (onTheirWay_.contains(identifier))
+    unwantedThere_.insert(identifier);
+}
+
+async::Task<void> DesktopNotifications::close(std::string server, std::uint32_t id) {
+  auto call = methodCall(server.c_str(), "CloseNotification", g_variant_new("(u)", id));
+  const auto reply = co_await callBus(connection_, std::move(call), notifyLimit);
+  if (!reply || isError(*reply)) // it may have been closed meanwhile
+    logger.info("A notification could not be taken back: {}", reply ? errorText(*reply) : reply.error());
 }
 
 async::Task<DesktopNotifications::Result> DesktopNotifications::show(NotificationRequest request) {
   request.content.title = line(request.content.title, longestTitle);
   request.content.body = line(request.content.body, longestBody);
+  for (auto& further : request.content.furtherLines)
+    further = line(further, longestBody);
   const auto connection = co_await connected();
   if (!connection)
     co_return std::unexpected("There is no session bus");
@@ -259,7 +280,11 @@ async::Task<BusAnswer> DesktopNotifications::notify(glib::Ref<GDBusConnection> c
   g_variant_builder_add(&hints, "{sv}", "sound-name", g_variant_new_string("message-new-email"));
   g_variant_builder_add(&hints, "{sv}", "urgency", g_variant_new_byte(urgencyNormal));
   constexpr guint32 replacesNone = 0;
-  const auto body = server.bodyMarkup ? escaped(content.body) : content.body;
+  auto body = content.body;
+  for (const auto& further : content.furtherLines)
+    body += "\n" + further;
+  if (server.bodyMarkup)
+    body = escaped(body);
   auto* arguments = g_variant_new("(susssasa{sv}i)", options_.applicationName.c_str(), replacesNone,
                                   options_.applicationId.c_str(), content.title.c_str(), body.c_str(),
                                   &actions, &hints, expiresAsTheServerLikes);

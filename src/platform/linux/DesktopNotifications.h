@@ -9,11 +9,12 @@
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <set>
 
 namespace ondrel::platform {
 
 // Notifications through org.freedesktop.Notifications (freedesktop.org, version 1.2). Title and
-// body become one line each of bounded length; with responses they come back as they were shown. Works with
+// lines are bounded in length; with responses they come back as they were shown. Works with
 // servers that are missing, slow, started on demand or restarted meanwhile.
 class DesktopNotifications final : public NotificationCenter {
  public:
@@ -36,6 +37,7 @@ class DesktopNotifications final : public NotificationCenter {
   async::Task<AuthorizationStatus> authorizationStatus() override;
   void setCategories(std::vector<NotificationCategory> categories) override;
   async::Task<std::expected<void, std::string>> add(NotificationRequest request) override;
+  void withdraw(const std::string& identifier) override;
 
  private:
   using Result = std::expected<void, std::string>;
@@ -53,6 +55,7 @@ class DesktopNotifications final : public NotificationCenter {
   async::Task<BusAnswer> notify(glib::Ref<GDBusConnection> connection, Server server,
                                 NotificationRequest request);
   std::vector<NotificationAction> actionsOf(const NotificationContent& content) const;
+  async::Task<void> close(std::string server, std::uint32_t id);
   void serverChanged(const std::string& owner);
   void received(const std::string& sender, const std::string& member, GVariant* arguments);
   void invoked(const std::string& sender, std::uint32_t id, const std::string& action);
@@ -61,7 +64,9 @@ class DesktopNotifications final : public NotificationCenter {
   NotificationCenterDelegate* delegate_ = nullptr;
   std::vector<NotificationCategory> categories_;
   glib::Ref<GDBusConnection> connection_;
-  std::optional<Server> server_; // asked since it came
+  std::optional<Server> server_;        // asked since it came
+  std::set<std::string> onTheirWay_;    // identifiers of those that no server has answered for yet
+  std::set<std::string> unwantedThere_; // those among them that have been withdrawn
   // Shared with calls under way, whose answers may come after the end of this object.
   std::shared_ptr<LiveNotifications> live_ = std::make_shared<LiveNotifications>();
   BusNameWatch nameWatch_;

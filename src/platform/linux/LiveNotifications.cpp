@@ -41,6 +41,16 @@ void LiveNotifications::remove(const std::string& sender, std::uint32_t id) {
     entries_.erase(found);
 }
 
+std::optional<std::uint32_t> LiveNotifications::remove(const std::string& identifier) {
+  const auto found = std::ranges::find(
+      entries_, identifier, [](const Entry& entry) -> const auto& { return entry.request.identifier; });
+  if (found == entries_.end())
+    return std::nullopt;
+  const auto id = found->id;
+  entries_.erase(found);
+  return id;
+}
+
 void LiveNotifications::setActivationToken(const std::string& sender, std::uint32_t id,
                                            std::string_view token) {
   const auto found = find(sender, id);

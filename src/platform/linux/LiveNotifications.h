@@ -30,6 +30,8 @@ class LiveNotifications {
 
   void add(const std::string& sender, Entry entry);
   void remove(const std::string& sender, std::uint32_t id);
+  // Forgets the notification of that identifier and gives the server's number for it.
+  std::optional<std::uint32_t> remove(const std::string& identifier);
   void setActivationToken(const std::string& sender, std::uint32_t id, std::string_view token);
   // Hands out the notification if that action was offered: it can be acted on once.
   std::optional<Entry> take(const std::string& sender, std::uint32_t id, std::string_view action);
