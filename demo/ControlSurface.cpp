@@ -131,10 +131,12 @@ void ControlSurface::stream(Exchange& exchange) {
     parts_.streams.drop(action == "reset");
   } else if (action == "silence" || action == "resume") {
     parts_.streams.setSilent(action == "silence");
+  } else if (action == "terse") {
+    parts_.streams.setTerse(true);
   } else if (action == "raw") {
     parts_.streams.sendRaw(bytesOf(order));
   } else {
-    exchange.refuse(SOUP_STATUS_BAD_REQUEST, "Expected action: drop, reset, silence, resume or raw.");
+    exchange.refuse(SOUP_STATUS_BAD_REQUEST, "Expected action: drop, reset, silence, resume, terse or raw.");
     return;
   }
   exchange.replyJson(json::object{{"listeners", listeners}});
@@ -147,6 +149,7 @@ void ControlSurface::reset(Exchange& exchange) {
   parts_.requestLog.clear();
   parts_.methodFaults.clear();
   parts_.streams.setSilent(false);
+  parts_.streams.setTerse(false);
   parts_.isInLabelsMode = true;
   exchange.replyJson(json::object());
 }

@@ -61,6 +61,7 @@ void EventStreams::open(Exchange& exchange) {
   listener.streams = this;
   listener.connection = exchange.takeConnection();
   listener.told = wantedTypes(*wanted);
+  goOnFrom(listener, exchange.header("Last-Event-ID"));
   listener.isOnce = closeAfter == "state";
   listener.pingSeconds = *ping;
   listener.connection->onClosed([this, &listener] { remove(&listener); });
@@ -118,9 +119,39 @@ void EventStreams::remove(const Listener* listener) {
   listeners_.remove_if([&](const Listener& other) { return &other == listener; });
 }
 
+std::string EventStreams::eventId() const {
+  std::string id;
+  for (const auto& [name, type] : types) {
+    id += (id.empty() ? "" : ".") + store_.changes().state(type);
+  }
+  return id;
+}
+
+/// One that can't be understood stands for having missed everything.
+void EventStreams::goOnFrom(Listener& listener, const std::optional<std::string>& lastEventId) const {
+  if (!lastEventId && !isTerse_) {
+    return;
+  }
+  std::istringstream states(lastEventId.value_or(eventId()));
+  auto told = listener.told;
+  for (const auto& [name, type] : types) {
+    std::string state;
+    if (!std::getline(states, state, '.') || !store_.changes().since(type, state, 1)) {
+      return;
+    }
+    if (const auto wanted = told.find(name); wanted != told.end()) {
+      wanted->second = state;
+    }
+  }
+  listener.told = std::move(told);
+}
+
 void EventStreams::tell(Listener& listener) {
   json::object changes;
   for (const auto& [name, type] : types) {
+    if (isTerse_ && type == DataType::Mailbox) {
+      continue;
+    }
     const auto known = listener.told.find(name);
     const auto state = store_.changes().state(type);
     if (known != listener.told.end() && known->second != state) {
@@ -133,7 +164,8 @@ void EventStreams::tell(Listener& listener) {
   }
   const json::object event{{"@type", "StateChange"},
                            {"changed", json::object{{mailAccountId, std::move(changes)}}}};
-  listener.connection->send(fmt::format("event: state\ndata: {}\n\n", json::serialize(event)));
+  listener.connection->send(
+      fmt::format("event: state\ndata: {}\nid: {}\n\n", json::serialize(event), eventId()));
   if (listener.isOnce) {
     listener.connection->finish();
   }

@@ -10,7 +10,8 @@
 
 namespace ondrel::demo {
 
-/// The event source of RFC 8620, 7.3: tells its listeners which types of data have changed.
+/// The event source of RFC 8620, 7.3: tells its listeners which types of data have changed, those who name
+/// the last event that they know also what they have missed.
 class EventStreams {
  public:
   explicit EventStreams(const MailStore& store) : store_(store) {}
@@ -29,6 +30,9 @@ class EventStreams {
   /// While silent, nothing is sent, pings neither; connections stay and new ones are taken. Afterwards
   /// everybody is told what has changed meanwhile.
   void setSilent(bool isSilent);
+  /// While terse, it says no more than it must: new listeners hear nothing unless they have missed
+  /// something, and of a change of mail hears who listens for emails, not for mailboxes.
+  void setTerse(bool isTerse) { isTerse_ = isTerse; }
   /// To all listeners, also while silent.
   void sendRaw(std::string_view bytes);
 
@@ -43,6 +47,8 @@ class EventStreams {
   };
 
   void remove(const Listener* listener);
+  std::string eventId() const;
+  void goOnFrom(Listener& listener, const std::optional<std::string>& lastEventId) const;
   void tell(Listener& listener);
   void tellAll();
   static gboolean ping(gpointer listener);
@@ -50,6 +56,7 @@ class EventStreams {
   const MailStore& store_;
   std::list<Listener> listeners_;
   bool isSilent_ = false;
+  bool isTerse_ = false;
   guint pending_ = 0;
 };
 

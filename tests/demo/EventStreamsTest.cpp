@@ -13,16 +13,18 @@ using testing::StartsWith;
 
 class EventStreamsTest : public JmapFixture {
  protected:
-  LineClient listen(const std::string& query) {
+  LineClient listen(const std::string& query, const std::string& headers = {}) {
     return LineClient(service_.webPort(), "GET /jmap/event/?" + query + " HTTP/1.1\r\nHost: localhost\r\n" +
-                                              "Authorization: Bearer " + token_ + "\r\n\r\n");
+                                              headers + "Authorization: Bearer " + token_ + "\r\n\r\n");
   }
   /// The types that the next event names.
   std::string nextTypes(LineClient& client) {
     const auto event = client.until("\n\n");
     const std::string start = "event: state\ndata: ";
     EXPECT_THAT(event, StartsWith(start));
-    const auto value = json::parse(event.substr(start.size()));
+    const auto idAt = event.find("\nid: ");
+    lastEventId_ = event.substr(idAt + 5, event.size() - idAt - 7);
+    const auto value = json::parse(event.substr(start.size(), idAt - start.size()));
     EXPECT_EQ(value.at("@type"), "StateChange");
     std::string types;
     for (const auto& [type, state] : value.at("changed").at(mail).as_object()) {
@@ -33,6 +35,8 @@ class EventStreamsTest : public JmapFixture {
   std::size_t listeners() {
     return json::parse(fetch({control("stream")}).body).at("listeners").to_number<std::size_t>();
   }
+
+  std::string lastEventId_; // of the last event that nextTypes() has seen
 };
 
 TEST_F(EventStreamsTest, TellsEveryListenerWhatHasChanged) {
@@ -63,6 +67,31 @@ TEST_F(EventStreamsTest, TellsEveryListenerWhatHasChanged) {
   fetch({web("/data/read"), "POST", {{"Cookie", signIn()}}, R"({"threadId": "T1"})"});
   nextTypes(both);
   EXPECT_EQ(nextTypes(both), "Mailbox,Email") << "what the pages do is told as well";
+}
+
+TEST_F(EventStreamsTest, SaysNoMoreThanItMustOnOrder) {
+  order("stream", R"({"action": "terse"})");
+  auto client = listen("types=Mailbox,Email&closeafter=no&ping=0");
+  client.until("\r\n\r\n");
+  EXPECT_FALSE(client.hasMore());
+  deliver("{}");
+  EXPECT_EQ(nextTypes(client), "Email");
+
+  const auto known = "Last-Event-ID: " + lastEventId_ + "\r\n";
+  auto nothingMissed = listen("types=*&closeafter=no&ping=0", known);
+  nothingMissed.until("\r\n\r\n");
+  EXPECT_FALSE(nothingMissed.hasMore());
+  answer("Email/set", R"({"update": {"M1": {"keywords/x": true}}})");
+  for (const auto& [headers, types] :
+       {std::pair(known, "Email"), std::pair(std::string("Last-Event-ID: 7\r\n"), "Email,Thread")}) {
+    auto again = listen("types=*&closeafter=no&ping=0", headers);
+    again.until("\r\n\r\n");
+    EXPECT_EQ(nextTypes(again), types);
+  }
+  order("reset", "{}");
+  auto other = listen("types=*&closeafter=no&ping=0", known);
+  other.until("\r\n\r\n");
+  EXPECT_EQ(nextTypes(other), "Mailbox,Email");
 }
 
 TEST_F(EventStreamsTest, EndsAfterAStateWhenAskedTo) {
