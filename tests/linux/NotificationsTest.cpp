@@ -88,6 +88,10 @@ TEST_F(NotificationsTest, ShowsWhatTheServerCanShow) {
                                        testing::Pair("sound-name", "'message-new-email'"),
                                        testing::Pair("urgency", "byte 0x01")));
   EXPECT_EQ(shown.expireTimeout, -1);
+  auto several = request("1b", "", "first");
+  several.content.furtherLines = {"<2>\n", "3"};
+  ASSERT_EQ(add(several), "");
+  EXPECT_EQ(last().body, "first\n&lt;2&gt; \n3");
 
   ASSERT_EQ(add(request("2", "a", "b", "no such category")), "");
   EXPECT_THAT(last().actions, ElementsAre("default", "Open"));
@@ -104,7 +108,7 @@ TEST_F(NotificationsTest, ShowsWhatTheServerCanShow) {
   EXPECT_EQ(last().body, "<b>a & b</b> cod\uFFFD") << "the server shows it as it is";
   EXPECT_THAT(last().actions, ElementsAre());
   EXPECT_EQ(server->calls("GetCapabilities"), 3);
-  EXPECT_EQ(log, (Strings{"present 1", "present 2", "present 2b", "present 3"}));
+  EXPECT_EQ(log, (Strings{"present 1", "present 1b", "present 2", "present 2b", "present 3"}));
 }
 
 TEST_F(NotificationsTest, CutsLongTextsAtACharacter) {
@@ -143,6 +147,32 @@ TEST_F(NotificationsTest, TellsOfActionsOnceAndOnlyOfThoseOffered) {
   log.clear();
   server->invoke(5, "default");
   hear();
+  EXPECT_EQ(log, Strings());
+}
+
+TEST_F(NotificationsTest, TakesBackWhatIsThereOrComesLater) {
+  for (const auto* identifier : {"1", "2", "3"})
+    ASSERT_EQ(add(request(identifier)), "");
+  server->close(2);
+  server->invoke(3, "default");
+  hear();
+  for (const auto* identifier : {"1", "1", "2", "3", "never"})
+    center->withdraw(identifier);
+  ASSERT_TRUE(until([&] { return server->calls("CloseNotification") == 1; }));
+  hear();
+  EXPECT_THAT(server->closed(), ElementsAre(1)) << "numbers that are used up may be another's";
+
+  server->setBehaviour(Behaviour::silent);
+  std::optional<Result> late;
+  start(center->add(request("4")), late);
+  ASSERT_TRUE(until([&] { return server->notifications().size() == 4; }));
+  center->withdraw("4");
+  log.clear();
+  server->answerHeldBack();
+  ASSERT_TRUE(until([&] { return server->closed().size() == 2; }));
+  server->invoke(4, "default");
+  hear();
+  EXPECT_EQ(server->closed().back(), 4u);
   EXPECT_EQ(log, Strings());
 }
 
