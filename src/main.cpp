@@ -102,6 +102,7 @@ class Program {
         app_({.bundle = bundle,
               .application = application,
               .defaults = defaults_,
+              .defaultsSaving = defaults_.saving(),
               .directories = directories_,
               .files = files_,
               .fileReader = fileReader_,

@@ -5,7 +5,7 @@
 namespace ondrel::app {
 
 SessionStore::SessionStore(platform::Directories& directories, platform::FileStore& files)
-    : directories_(directories), files_(files) {
+    : directories_(directories), files_(files), saving_([this] { return write(); }) {
 }
 
 std::optional<std::string> SessionStore::path() const {
@@ -16,23 +16,31 @@ std::optional<std::string> SessionStore::path() const {
 }
 
 void SessionStore::save(const PersistedSession& session) {
-  const auto file = path();
-  if (!file) {
+  if (!path()) {
     logger_.error("SessionStore: failed to resolve Application Support URL");
     return;
   }
+  content_ = session.encoded();
+  if (const auto saved = saving_.run(); !saved)
+    logger_.error("SessionStore: save failed: {}", saved.error());
+}
+
+platform::RetriedSave::Result SessionStore::write() {
+  const auto file = path();
+  if (!file)
+    return std::unexpected("there is no folder for the session");
   if (fileIsDamaged_) {
     const auto kept = files_.keepAside(*file);
-    if (!kept) {
-      logger_.error("SessionStore: save failed: the unreadable session can't be kept: {}",
-                    kept.error().description);
-      return;
-    }
-    logger_.notice("SessionStore: the unreadable session is kept as {}", *kept);
+    if (!kept && !kept.error().notFound)
+      return std::unexpected("the unreadable session can't be kept: " + kept.error().description);
+    if (kept)
+      logger_.notice("SessionStore: the unreadable session is kept as {}", *kept);
     fileIsDamaged_ = false;
   }
-  if (const auto written = files_.writeAtomically(*file, session.encoded()); !written)
-    logger_.error("SessionStore: save failed: {}", written.error().description);
+  if (const auto written = files_.writeAtomically(*file, content_); !written)
+    return std::unexpected(written.error().description);
+  content_.clear();
+  return {};
 }
 
 std::optional<PersistedSession> SessionStore::load() {

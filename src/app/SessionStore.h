@@ -2,6 +2,7 @@
 
 #include "app/PersistedSession.h"
 #include "base/Log.h"
+#include "platform/RetriedSave.h"
 
 #include <optional>
 #include <string>
@@ -14,7 +15,7 @@ class FileStore;
 namespace ondrel::app {
 
 // Writes and reads session.json. Both are synchronous and on the main thread: the file is small, and what is
-// saved must be on disk when the program ends. Failures are log lines, never more.
+// saved must be on disk when the program ends. What couldn't be saved is tried again as it was.
 class SessionStore {
  public:
   SessionStore(platform::Directories& directories, platform::FileStore& files);
@@ -24,13 +25,18 @@ class SessionStore {
   void save(const PersistedSession& session);
   // Nothing when there is no file or it is none of ours.
   std::optional<PersistedSession> load();
+  // Of the file.
+  platform::RetriedSave& saving() { return saving_; }
 
  private:
   std::optional<std::string> path() const;
+  platform::RetriedSave::Result write();
 
   platform::Directories& directories_;
   platform::FileStore& files_;
   bool fileIsDamaged_ = false;
+  std::string content_; // the last one to be saved, until it is
+  platform::RetriedSave saving_;
   const base::Logger logger_{"system"};
 };
 

@@ -47,7 +47,7 @@ std::expected<HighlightStore::ByMessageId, std::string> decode(const std::string
 } // namespace
 
 HighlightStore::HighlightStore(platform::Directories& directories, platform::FileStore& files)
-    : directories_(directories), files_(files) {
+    : directories_(directories), files_(files), saving_([this] { return write(); }) {
   load();
 }
 
@@ -152,19 +152,25 @@ std::string HighlightStore::encodedMap() {
 }
 
 void HighlightStore::save() {
-  const auto file = path();
-  if (!file) {
+  if (!path()) {
     logger_.error("HighlightStore: failed to resolve Application Support URL");
     return;
   }
+  if (const auto saved = saving_.run(); !saved)
+    logger_.error("HighlightStore: save failed: {}", saved.error());
+}
+
+platform::RetriedSave::Result HighlightStore::write() {
+  const auto file = path();
+  if (!file)
+    return std::unexpected("there is no folder for highlights");
   const auto saved = files_.replaceKnown(*file, encodedMap(), known_, cantRead_ ? "damaged" : "other");
-  if (!saved) {
-    logger_.error("HighlightStore: save failed: {}", saved.error().description);
-    return;
-  }
+  if (!saved)
+    return std::unexpected(saved.error().description);
   cantRead_ = false;
   if (*saved)
     logger_.notice("HighlightStore: what was saved there by another is kept as {}", **saved);
+  return {};
 }
 
 } // namespace ondrel::highlights

@@ -10,8 +10,8 @@
 namespace ondrel::platform {
 
 // A flat, persistent store of settings, one for each user. Reads are typed: a value of another type counts as
-// absent. Writes are on disk soon after and survive a crash; a failure to write is a log line, and the value
-// holds until exit.
+// absent. Writes are on disk soon after and survive a crash; what can't be written holds and is tried again
+// until exit.
 class UserDefaults {
  public:
   virtual ~UserDefaults() = default;

@@ -68,7 +68,9 @@ OndrelApp::OndrelApp(const PlatformAbilities& platform, settings::Site site, con
                         [makeListener = platform.makeTcpListener](mcp::RPCHandler handler) {
                           return std::make_unique<mcp::MCPHTTPServer>(makeListener(), std::move(handler));
                         }),
-      mcpSettings_(settings_, mcpServerManager_, platform.clipboard) {
+      mcpSettings_(settings_, mcpServerManager_, platform.clipboard),
+      unsavedFiles_({highlightStore_.saving(), platform.defaultsSaving, sessionStore_.saving()},
+                    platform.application, platform.panels) {
   appDelegate_.setWindowManager(&windowManager_);
   webServices_.highlights = &highlightService_;
   if (platform.hasEnvironmentVariable(testVariable))

@@ -16,6 +16,7 @@
 #include "platform/Bundle.h"
 #include "program/AppDelegate.h"
 #include "program/AppLifecycleService.h"
+#include "program/UnsavedFiles.h"
 #include "settings/AppSettings.h"
 #include "web/MessageFiles.h"
 #include "web/WebServices.h"
@@ -35,6 +36,7 @@ class FileReader;
 class FileStore;
 class HttpClient;
 class NotificationCenter;
+class RetriedSave;
 class SleepMonitor;
 class TcpListener;
 class TextFormatting;
@@ -47,6 +49,7 @@ struct PlatformAbilities {
   platform::Bundle bundle;
   platform::Application& application;
   platform::UserDefaults& defaults;
+  platform::RetriedSave& defaultsSaving; // of their file
   platform::Directories& directories;
   platform::FileStore& files;
   platform::FileReader& fileReader;
@@ -105,6 +108,7 @@ class OndrelApp {
   highlights::HighlightImport highlightImport_;
   mcp::MCPServerManager mcpServerManager_;
   mcp::MCPSettingsModel mcpSettings_;
+  UnsavedFiles unsavedFiles_;
   async::Scope scope_;
 };
 

@@ -1,5 +1,6 @@
 #include "app/PersistedSession.h"
 #include "app/SessionStore.h"
+#include "async/VirtualEventLoop.h"
 #include "support/FakeDesktop.h"
 #include "support/LogCapture.h"
 
@@ -60,6 +61,7 @@ class SessionStoreTest : public testing::Test {
  protected:
   static constexpr auto path = "/data/session.json";
   support::LogCapture log;
+  async::VirtualEventLoop loop;
   support::FakeFiles files;
   SessionStore store{files, files};
 };

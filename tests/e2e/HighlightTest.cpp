@@ -4,12 +4,15 @@
 
 #include <boost/json/serialize.hpp>
 
+#include <csignal>
 #include <optional>
+#include <sys/resource.h>
 #include <thread>
 
 namespace ondrel::e2e {
 namespace {
 
+namespace fs = std::filesystem;
 using namespace std::chrono_literals;
 
 class HighlightTest : public HighlightHandsTest {
@@ -74,6 +77,40 @@ TEST_F(HighlightTest, ComesBackOnItsWordsAndGoesWithAClick) {
   EXPECT_TRUE(eventually([this] { return labelled("null") > 0; })) << program->output();
   EXPECT_TRUE(eventually([&] { return program->output().contains(" row(s) — 0 marked"); }));
   EXPECT_EQ(quit(*program), 0);
+}
+
+TEST_F(HighlightTest, WhatAFullDiskRefusesIsToldAndIsThereAfterAnEnd) {
+  // A limit of nothing for files stands for the full disk; the log's file is hit by it too.
+  std::signal(SIGXFSZ, SIG_IGN);
+  const auto limitFiles = [](const Process& program, rlim_t bytes) {
+    const rlimit limit{bytes, RLIM_INFINITY};
+    return prlimit(program.id(), RLIMIT_FSIZE, &limit, nullptr) == 0;
+  };
+  const auto program = start();
+  const auto window = signIn(*program);
+  ASSERT_NE(window, 0U) << program->output();
+  ASSERT_TRUE(listens()) << program->output();
+  press("j j j j");
+  press("o");
+  ASSERT_TRUE(sessionBecomes([](const auto& session) {
+    return session.windows.at(0).tabs.at(0).urlString.contains("/mail/Inbox/T4.");
+  }));
+  const auto place = highlightAWord(window);
+  ASSERT_TRUE(place) << program->output();
+
+  ASSERT_TRUE(limitFiles(*program, 0));
+  click(window, place->x, place->y); // takes the mark away
+  const auto alert = windowBeside({window});
+  ASSERT_NE(alert, 0U);
+  EXPECT_EQ(title(alert), "Your Changes Can't Be Saved");
+  focus(alert);
+  press("Return");
+  EXPECT_TRUE(eventually([&] { return windows() == std::set{window}; }));
+  EXPECT_EQ(saved(), 1U);
+  ASSERT_TRUE(limitFiles(*program, RLIM_INFINITY));
+  EXPECT_EQ(quit(*program), 0);
+  EXPECT_TRUE(fs::exists(file()));
+  EXPECT_EQ(saved(), 0U);
 }
 
 } // namespace

@@ -1,3 +1,4 @@
+#include "async/VirtualEventLoop.h"
 #include "highlights/HighlightStore.h"
 #include "platform/linux/PosixFileStore.h"
 #include "support/FakeDesktop.h"
@@ -71,6 +72,7 @@ class HighlightFileTest : public testing::Test {
   }
 
   support::LogCapture log;
+  async::VirtualEventLoop loop;
   support::TemporaryFolder folder;
   support::FakeFiles directories;
   platform::PosixFileStore files;

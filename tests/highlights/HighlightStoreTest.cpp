@@ -1,4 +1,5 @@
 #include "highlights/HighlightStore.h"
+#include "async/VirtualEventLoop.h"
 #include "support/FakeDesktop.h"
 #include "support/LogCapture.h"
 
@@ -31,6 +32,7 @@ class HighlightStoreTest : public testing::Test {
   }
 
   support::LogCapture log;
+  async::VirtualEventLoop loop;
   support::FakeFiles files;
   std::optional<HighlightStore> store;
 };

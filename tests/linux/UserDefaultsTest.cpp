@@ -167,9 +167,9 @@ TEST_F(UserDefaultsTest, KeepsADamagedFileAsideBeforeItSaves) {
   }
 }
 
-TEST_F(UserDefaultsTest, WorksInMemoryWhereItCannotSave) {
+TEST_F(UserDefaultsTest, WorksInMemoryAndSavesLaterWhereItCannotSave) {
   folder.write("defaults.json", "damaged");
-  const auto defaults = open();
+  auto defaults = open();
   errors.clear();
   store.failing = true;
   for (int i = 0; i < 3; ++i) {
@@ -181,9 +181,15 @@ TEST_F(UserDefaultsTest, WorksInMemoryWhereItCannotSave) {
   EXPECT_EQ(folder.content("defaults.json"), "damaged") << "never replaced without being kept";
 
   store.failing = false;
-  defaults->set("a", 3);
+  loop.advance(RetriedSave::firstRetry);
+  EXPECT_EQ(folder.names(), (Names{"defaults.json", "defaults.json.damaged-1"})) << "without another change";
+
+  store.failing = true;
+  defaults->set("a", 4);
   loop.runUntilIdle();
-  EXPECT_EQ(folder.names(), (Names{"defaults.json", "defaults.json.damaged-1"}));
+  store.failing = false;
+  defaults = nullptr; // a normal end
+  EXPECT_EQ(open()->integer("a"), 4);
 }
 
 } // namespace

@@ -1,4 +1,6 @@
 #include "program/OndrelApp.h"
+#include "highlights/HighlightStore.h"
+#include "platform/RetriedSave.h"
 #include "program/AppDelegate.h"
 #include "program/AppLifecycleService.h"
 #include "program/Migration.h"
@@ -131,6 +133,7 @@ class OndrelAppTest : public testing::Test {
         ownBundle,
         shell.application,
         shell.defaults,
+        defaultsSaving,
         shell.files,
         shell.files,
         fileReader,
@@ -163,6 +166,11 @@ class OndrelAppTest : public testing::Test {
 
   platform::Bundle ownBundle = bundle;
   support::TestShell shell;
+  platform::RetriedSave defaultsSaving{[this]() -> platform::RetriedSave::Result {
+    if (shell.files.full)
+      return std::unexpected("no space left on device");
+    return {};
+  }};
   support::FakeFileReader fileReader{shell.files};
   support::FakeCookieStore cookies;
   support::FakeHttpClient http;
@@ -223,6 +231,35 @@ TEST_F(OndrelAppTest, UnderATestRunnerThereAreWindowsAndNothingElse) {
   EXPECT_EQ(shell.application.all.size(), 1U);
   shell.loop.advance(300s);
   EXPECT_TRUE(shell.panels.alerts.empty());
+}
+
+TEST_F(OndrelAppTest, WhatAFullDiskRefusesIsToldOnceAndSavedLater) {
+  const auto app = launch();
+  auto& highlights = app->highlightService().store();
+  const auto& file = shell.files.files["/data/highlights.json"];
+  const auto add = [&](const char* id) { highlights.add({id, "T1", "words", "", "", 0, 1.5}, "m@x"); };
+  shell.files.full = true;
+  add("first");
+  add("second");
+  EXPECT_FALSE(defaultsSaving.run());
+  app->windowManager().viewModel(shell.application.all[0])->urlString.set("https://app.example.com/mail/new");
+  shell.loop.advance(34s);
+  ASSERT_EQ(shell.panels.alerts.size(), 1U);
+  EXPECT_TRUE(
+      shell.panels.alerts[0].informativeText.starts_with("no space left on device\n\nThey are kept "));
+  shell.files.full = false;
+  shell.loop.advance(3s);
+  EXPECT_TRUE(file.contains("first") && file.contains("second")) << "after 5 and 35 seconds";
+  EXPECT_TRUE(shell.files.files["/data/session.json"].contains("mail/new"));
+  EXPECT_FALSE(*defaultsSaving.problem());
+
+  shell.files.full = true;
+  add("third");
+  shell.loop.advance(0s);
+  EXPECT_EQ(shell.panels.alerts.size(), 2U) << "another run of failures";
+  shell.files.full = false;
+  shell.application.terminate();
+  EXPECT_TRUE(file.contains("third"));
 }
 
 TEST_F(OndrelAppTest, NavigatesInTheActiveWindowAndOpensTheMessage) {

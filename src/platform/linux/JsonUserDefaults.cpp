@@ -21,7 +21,8 @@ constexpr base::Logger logger("system");
 } // namespace
 
 JsonUserDefaults::JsonUserDefaults(FileStore& store, std::string path)
-    : store_(store), path_(std::move(path)), self_(std::make_shared<JsonUserDefaults*>(this)) {
+    : store_(store), path_(std::move(path)), saving_([this] { return write(); }),
+      self_(std::make_shared<JsonUserDefaults*>(this)) {
   load();
 }
 
@@ -110,38 +111,39 @@ void JsonUserDefaults::remove(std::string_view key) {
 }
 
 void JsonUserDefaults::didChange(std::string_view key) {
-  if (!std::exchange(unsaved_, true))
+  unsaved_ = true;
+  if (!std::exchange(savePosted_, true))
     async::EventLoop::current().post([weak = std::weak_ptr(self_)] {
-      if (const auto self = weak.lock())
+      if (const auto self = weak.lock()) {
+        (*self)->savePosted_ = false;
         (*self)->flush();
+      }
     });
   changed.emit(std::string(key));
 }
 
-bool JsonUserDefaults::keepDamagedFile() {
-  if (!damaged_)
-    return true;
-  const auto kept = store_.keepAside(path_);
-  if (!kept && !kept.error().notFound) {
-    if (!std::exchange(failureLogged_, true))
-      logger.error("Settings hold until exit only, the damaged file can't be kept: {}",
-                   kept.error().description);
-    return false;
-  }
-  if (kept)
-    logger.notice("The damaged settings are kept as {}", *kept);
-  damaged_ = false;
-  return true;
+void JsonUserDefaults::flush() {
+  if (!unsaved_)
+    return;
+  const bool isKnownToFail = saving_.problem()->has_value();
+  const auto saved = saving_.run();
+  if (!saved && !isKnownToFail) // one line is enough until a save succeeds again
+    logger.error("Settings can't be saved: {}", saved.error());
 }
 
-void JsonUserDefaults::flush() {
-  if (!std::exchange(unsaved_, false) || !keepDamagedFile())
-    return;
-  const auto saved = store_.writeAtomically(path_, base::jsonText(values_, 2) + "\n");
-  if (saved)
-    failureLogged_ = false;
-  else if (!std::exchange(failureLogged_, true))
-    logger.error("Settings hold until exit only, they can't be saved: {}", saved.error().description);
+RetriedSave::Result JsonUserDefaults::write() {
+  if (damaged_) {
+    const auto kept = store_.keepAside(path_);
+    if (!kept && !kept.error().notFound)
+      return std::unexpected("the damaged file can't be kept: " + kept.error().description);
+    if (kept)
+      logger.notice("The damaged settings are kept as {}", *kept);
+    damaged_ = false;
+  }
+  if (const auto saved = store_.writeAtomically(path_, base::jsonText(values_, 2) + "\n"); !saved)
+    return std::unexpected(saved.error().description);
+  unsaved_ = false;
+  return {};
 }
 
 } // namespace ondrel::platform

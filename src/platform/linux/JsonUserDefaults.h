@@ -2,6 +2,7 @@
 
 #include "async/EventLoop.h"
 #include "platform/FileStore.h"
+#include "platform/RetriedSave.h"
 #include "platform/UserDefaults.h"
 
 #include <boost/json/object.hpp>
@@ -12,8 +13,8 @@ namespace ondrel::platform {
 
 // Settings in one flat JSON object in a file that people may read and edit. Values that the program doesn't
 // know, of whatever shape, are kept as they are. A file that can't be read as such is kept aside before the
-// first save. Needs an event loop; what was set in one turn is saved with the next, and at the latest by the
-// destructor.
+// first save. Needs an event loop; what was set in one turn is saved with the next, or later
+// when that fails, and at the latest by the destructor.
 class JsonUserDefaults final : public UserDefaults {
  public:
   static constexpr std::size_t largestFile = std::size_t{4} << 20; // bytes
@@ -37,19 +38,22 @@ class JsonUserDefaults final : public UserDefaults {
 
   // Saves now what is not saved yet.
   void flush();
+  // Of the file.
+  RetriedSave& saving() { return saving_; }
 
  private:
   void load();
   void store(std::string_view key, boost::json::value value);
   void didChange(std::string_view key);
-  bool keepDamagedFile();
+  RetriedSave::Result write();
 
   FileStore& store_;
   std::string path_;
   boost::json::object values_;
   bool damaged_ = false; // the file holds what values_ was not read from
   bool unsaved_ = false;
-  bool failureLogged_ = false;              // one line is enough until a save succeeds again
+  bool savePosted_ = false;
+  RetriedSave saving_;
   std::shared_ptr<JsonUserDefaults*> self_; // for posted saves: empty once this object has gone
 };
 

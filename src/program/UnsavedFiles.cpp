@@ -1,0 +1,49 @@
+#include "program/UnsavedFiles.h"
+
+#include "platform/Application.h"
+#include "platform/Panels.h"
+#include "platform/RetriedSave.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace ondrel::program {
+
+UnsavedFiles::UnsavedFiles(std::vector<std::reference_wrapper<platform::RetriedSave>> saves,
+                           platform::Application& application, platform::Panels& panels)
+    : saves_(std::move(saves)), application_(application), panels_(panels) {
+  for (const auto save : saves_)
+    subscriptions_.push_back(save.get().problem().observe([this] { look(); }));
+  subscriptions_.push_back(application_.willTerminate.subscribe([this] { saveAtTheEnd(); }));
+  look();
+}
+
+void UnsavedFiles::look() {
+  const auto failed =
+      std::ranges::find_if(saves_, [](platform::RetriedSave& save) { return save.problem()->has_value(); });
+  const bool isTold = std::exchange(told_, failed != saves_.end());
+  if (told_ && !isTold)
+    scope_.spawn(tell(**failed->get().problem()));
+  else if (isTold && !told_)
+    logger_.notice("What couldn't be saved is saved now");
+}
+
+void UnsavedFiles::saveAtTheEnd() {
+  for (platform::RetriedSave& save : saves_) {
+    save.runIfUnsaved();
+    if (const auto& problem = *save.problem())
+      logger_.error("Lost with the end of the program: {}", *problem);
+  }
+}
+
+async::Task<void> UnsavedFiles::tell(std::string problem) {
+  platform::Alert alert{"Your Changes Can't Be Saved",
+                        problem +
+                            "\n\nThey are kept until you quit, and saving is tried again every half minute. "
+                            "Make room on the disk before you quit, or see that the file can be written.",
+                        platform::AlertStyle::warning,
+                        {"OK"}};
+  co_await panels_.runAlert(std::move(alert), application_.mainWindow());
+}
+
+} // namespace ondrel::program
