@@ -135,6 +135,7 @@ class Program {
                     .highlightExport = app_.highlightExport(),
                     .highlightImport = app_.highlightImport(),
                     .removeAllHighlights = [this] { return app_.highlightService().removeAllHighlights(); },
+                    .quit = [this] { app_.quitting().request(); },
                     .bundle = bundle,
                     .navigate =
                         [this](const std::string& url, const std::optional<std::string>& emailId) {

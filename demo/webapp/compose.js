@@ -7,7 +7,7 @@ import {toast} from "/app/toast.js";
 
 /**
  * The compose page. Everything it listens to is inside its element, which may be moved about in the
- * document.
+ * document, but for the end of the page: what was written keeps its user here.
  */
 export class Compose {
   #controller;
@@ -35,6 +35,11 @@ export class Compose {
         this.#close();
       } else if (event.key === "Enter" && (event.ctrlKey || event.metaKey)) {
         this.#send();
+      }
+    });
+    addEventListener("beforeunload", (event) => {
+      if (this.element.isConnected && !this.element.inert && !this.#isEmpty()) {
+        event.preventDefault();
       }
     });
     this.#tellDraft();
@@ -115,10 +120,13 @@ export class Compose {
     }
   }
 
-  #close() {
-    const isEmpty = !this.to.input.value && !this.subject.input.value && this.editor.isUntouched &&
+  #isEmpty() {
+    return !this.to.input.value && !this.subject.input.value && this.editor.isUntouched &&
         this.attachments.isEmpty;
-    isEmpty ? this.#controller.leaveCompose() : this.#discard();
+  }
+
+  #close() {
+    this.#isEmpty() ? this.#controller.leaveCompose() : this.#discard();
   }
 }
 

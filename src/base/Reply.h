@@ -14,11 +14,15 @@ class [[nodiscard]] Reply {
       : answer_(std::move(answer)), default_(std::move(safeDefault)) {}
   Reply(Reply&& other) noexcept
       : answer_(std::exchange(other.answer_, nullptr)), default_(std::move(other.default_)) {}
-  Reply& operator=(Reply&&) = delete;
-  ~Reply() {
-    if (answer_)
-      std::exchange(answer_, nullptr)(std::move(default_));
+  Reply& operator=(Reply&& other) noexcept {
+    if (this != &other) {
+      answerSafely();
+      answer_ = std::exchange(other.answer_, nullptr);
+      default_ = std::move(other.default_);
+    }
+    return *this;
   }
+  ~Reply() { answerSafely(); }
 
   void operator()(T value) && {
     if (answer_)
@@ -26,6 +30,11 @@ class [[nodiscard]] Reply {
   }
 
  private:
+  void answerSafely() {
+    if (answer_)
+      std::exchange(answer_, nullptr)(std::move(default_));
+  }
+
   std::move_only_function<void(T)> answer_;
   T default_;
 };

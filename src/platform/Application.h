@@ -1,5 +1,6 @@
 #pragma once
 
+#include "async/Task.h"
 #include "base/Event.h"
 #include "platform/GroupChrome.h"
 #include "platform/Modifiers.h"
@@ -30,6 +31,11 @@ class Application {
   virtual std::shared_ptr<Window> makeWindow(const WindowAttributes& attributes) = 0;
   // Makes the chrome of each top-level from now on. Set once, before the first window.
   virtual void setChromeFactory(GroupChromeFactory factory) = 0;
+
+  // Asked before windows close as the user wishes, of all that close with one wish: may they go? Without it
+  // they may. Window::close() doesn't ask. Setting it anew ends what is being asked, without an answer.
+  using CloseQuestion = std::function<async::Task<bool>(std::vector<std::shared_ptr<Window>>)>;
+  virtual void setCloseQuestion(CloseQuestion question) = 0;
 
   // All windows that are not closed, tabs included, in the order of their making.
   virtual std::vector<std::shared_ptr<Window>> windows() const = 0;

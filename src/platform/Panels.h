@@ -17,6 +17,7 @@ struct Alert {
   std::string informativeText;
   AlertStyle style = AlertStyle::informational;
   std::vector<std::string> buttons = {"OK"}; // the first is the default one
+  std::string escapeButton = "Cancel";       // what Escape answers; the last one where it is none of them
 };
 
 struct SavePanel {
@@ -38,8 +39,7 @@ class Panels {
   static constexpr int firstButton = 1000;
 
   virtual ~Panels() = default;
-  // firstButton plus the position of the button pressed; for Escape that of "Cancel", or of the last one
-  // where there is none.
+  // firstButton plus the position of the button pressed.
   virtual async::Task<int> runAlert(Alert alert, std::shared_ptr<Window> parent) = 0;
   virtual async::Task<std::optional<std::string>> runSavePanel(SavePanel panel,
                                                                std::shared_ptr<Window> parent) = 0;

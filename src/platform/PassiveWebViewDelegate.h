@@ -17,6 +17,8 @@ class PassiveWebViewDelegate : public WebViewDelegate {
   std::shared_ptr<WebView> createWebView(NewWindowRequest) override { return nullptr; }
   void runAlertPanel(const std::string&, DoneReply) override {}
   void runConfirmPanel(const std::string&, DoneReply) override {}
+  void runPromptPanel(const std::string&, const std::string&, PromptReply) override {}
+  void runBeforeUnloadPanel(DoneReply) override {}
   void runOpenPanel(const OpenPanelParameters&, FilesReply) override {}
   void didReceiveScriptMessage(const ScriptMessage&) override {}
   void didClose() override {}

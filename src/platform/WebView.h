@@ -3,6 +3,7 @@
 #include "async/EventLoop.h"
 #include "async/Task.h"
 #include "base/Base64.h"
+#include "base/Reply.h"
 #include "platform/FrameInfo.h"
 #include "platform/NativeView.h"
 #include "platform/UserScript.h"
@@ -42,6 +43,9 @@ struct PrintSettings {
 
 enum class PrintResult { done, cancelled, failed };
 
+// A page that wants its user asked before it goes, and waits meanwhile: true to leave it, false to stay.
+using LeaveReply = base::Reply<bool>;
+
 // One page of the web engine with its back-forward list. Main thread only. Shared: its view, the model that
 // shows it and running operations hold it; destroying the last reference ends its page.
 class WebView {
@@ -65,6 +69,15 @@ class WebView {
   virtual void stopLoading() = 0;
   virtual void goBack() = 0;
   virtual void goForward() = 0;
+
+  // Asks the page whether it may go. None when it may, or hasn't answered within the deadline. Closes nothing:
+  // that is the caller's, also after a reply of true. Dialogs that the page has open hold it up.
+  virtual async::Task<std::optional<LeaveReply>> tryClose(async::Duration deadline) = 0;
+  // Ends the page's process, whatever it is doing; webProcessDidTerminate follows.
+  virtual void terminateWebProcess() = 0;
+  // Whether the page's process answers. The engine looks when the user does something with the page, and takes
+  // some seconds.
+  virtual bool isResponsive() const = 0;
 
   virtual std::optional<std::string> url() const = 0;
   virtual std::optional<std::string> title() const = 0;

@@ -7,6 +7,7 @@
 #include "platform/UserScript.h"
 #include "platform/WebError.h"
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -26,6 +27,9 @@ struct NavigationAction {
   std::optional<std::string> url;
   bool shouldPerformDownload = false; // the page asked for a download, with the link's `download` attribute
   bool isMainFrame = true;
+  // How often the user had pressed a key or a button in this web view: what follows from one press has one
+  // number.
+  std::uint64_t gesture = 0;
 };
 
 struct NavigationResponse {
@@ -51,6 +55,7 @@ struct OpenPanelParameters {
 
 using PolicyReply = base::Reply<NavigationPolicy>;
 using DoneReply = base::Reply<bool>; // for an alert the value has no meaning
+using PromptReply = base::Reply<std::optional<std::string>>;
 using FilesReply = base::Reply<std::optional<std::vector<std::string>>>;
 
 // What a web view asks and tells. All calls come on the main thread, from the engine's own callbacks: the web
@@ -76,6 +81,10 @@ class WebViewDelegate {
 
   virtual void runAlertPanel(const std::string& message, DoneReply reply) = 0;
   virtual void runConfirmPanel(const std::string& message, DoneReply reply) = 0;
+  // With the text that the page puts into the field first.
+  virtual void runPromptPanel(const std::string& message, const std::string& text, PromptReply reply) = 0;
+  // The page wants its user asked before it is left for another one or loaded again: true to leave it.
+  virtual void runBeforeUnloadPanel(DoneReply reply) = 0;
   virtual void runOpenPanel(const OpenPanelParameters& parameters, FilesReply reply) = 0;
 
   virtual void didReceiveScriptMessage(const ScriptMessage& message) = 0;
@@ -85,11 +94,12 @@ class WebViewDelegate {
   // The web process is gone; the web view is blank until it loads again.
   virtual void webProcessDidTerminate(bool crashed) = 0;
 
-  // Properties changed: canGoBack and canGoForward, the address, isLoading, the title.
+  // Properties changed: canGoBack and canGoForward, the address, isLoading, the title, isResponsive.
   virtual void backForwardListDidChange() = 0;
   virtual void urlDidChange() = 0;
   virtual void loadingDidChange() {}
   virtual void titleDidChange() {}
+  virtual void responsivenessDidChange() {}
 };
 
 } // namespace ondrel::platform

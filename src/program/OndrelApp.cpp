@@ -35,6 +35,7 @@ OndrelApp::OndrelApp(const PlatformAbilities& platform, settings::Site site, con
                    platform.files, lifecycle_),
       windowManager_(platform.application, settings_, sessionStore_, platform.clipboard, webServices_,
                      makeContentFactory(webServices_)),
+      closeQuestion_(windowManager_, platform.panels), quitting_(platform.application, closeQuestion_),
       jmapSession_({.settings = settings_,
                     .webViews = platform.webViews,
                     .cookies = platform.cookies,
@@ -72,6 +73,9 @@ OndrelApp::OndrelApp(const PlatformAbilities& platform, settings::Site site, con
       unsavedFiles_({highlightStore_.saving(), platform.defaultsSaving, sessionStore_.saving()},
                     platform.application, platform.panels) {
   appDelegate_.setWindowManager(&windowManager_);
+  platform.application.setCloseQuestion([this](std::vector<std::shared_ptr<platform::Window>> windows) {
+    return closeQuestion_.mayClose(std::move(windows));
+  });
   webServices_.highlights = &highlightService_;
   if (platform.hasEnvironmentVariable(testVariable))
     return;
@@ -90,6 +94,7 @@ OndrelApp::OndrelApp(const PlatformAbilities& platform, settings::Site site, con
 // The tabs, which outlive the service, report to it until the end.
 OndrelApp::~OndrelApp() {
   webServices_.highlights = nullptr;
+  webServices_.application.setCloseQuestion(nullptr);
 }
 
 } // namespace ondrel::program

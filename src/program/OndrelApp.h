@@ -1,6 +1,8 @@
 #pragma once
 
 #include "app/BrowserContent.h"
+#include "app/CloseQuestion.h"
+#include "app/Quitting.h"
 #include "app/SessionStore.h"
 #include "app/WindowManager.h"
 #include "async/Scope.h"
@@ -82,6 +84,7 @@ class OndrelApp {
 
   settings::AppSettings& settings() { return settings_; }
   app::WindowManager& windowManager() { return windowManager_; }
+  app::Quitting& quitting() { return quitting_; }
   integrations::EmailLinkService& emailLinkService() { return emailLinkService_; }
   highlights::HighlightService& highlightService() { return highlightService_; }
   highlights::HighlightExport& highlightExport() { return highlightExport_; }
@@ -100,6 +103,8 @@ class OndrelApp {
   AppLifecycleService lifecycle_;
   AppDelegate appDelegate_;
   app::WindowManager windowManager_;
+  app::CloseQuestion closeQuestion_;
+  app::Quitting quitting_;
   jmap::JMAPSession jmapSession_;
   integrations::EmailLinkService emailLinkService_;
   highlights::HighlightStore highlightStore_;

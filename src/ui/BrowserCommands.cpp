@@ -160,7 +160,7 @@ CommandGroup BrowserCommands::general() {
         .accelerators = {"<Control>question"},
         .perform = actions_.showShortcuts},
        {.title = "About " + bundle_.displayName, .perform = actions_.showAbout},
-       {.title = "Quit", .accelerators = {"<Control>q"}, .perform = [this] { application_.terminate(); }}}};
+       {.title = "Quit", .accelerators = {"<Control>q"}, .perform = actions_.quit}}};
 }
 
 Condition BrowserCommands::whenHighlighted() const {

@@ -36,6 +36,7 @@ class BrowserCommands {
     std::function<void()> showSettings;
     std::function<void()> showShortcuts;
     std::function<void()> showAbout;
+    std::function<void()> quit;
   };
 
   BrowserCommands(platform::Application& application, app::WindowManager& windows,

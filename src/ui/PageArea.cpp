@@ -20,9 +20,11 @@ PageArea::PageArea(std::shared_ptr<web::WindowViewModel> viewModel)
   subscriptions_.push_back(
       viewModel_->mouseOverString.observe([this] { mouseOver_.setText(*viewModel_->mouseOverString); }));
   subscriptions_.push_back(viewModel_->pageProblem.observe([this] { updateProblem(); }));
+  subscriptions_.push_back(viewModel_->dialogs.shown.observe([this] { updateDialog(); }));
   subscriptions_.push_back(viewModel_->downloads.observe([this] { updateDownloads(); }));
   mouseOver_.setText(*viewModel_->mouseOverString);
   updateProblem();
+  updateDialog();
   updateDownloads();
 }
 
@@ -30,11 +32,15 @@ PageArea::~PageArea() = default;
 
 void PageArea::setPage(GtkWidget* page) {
   gtk_overlay_set_child(GTK_OVERLAY(overlay_), page);
+  if (page)
+    gtk_widget_set_can_focus(page, !dialog_);
 }
 
 void PageArea::focus() {
   if (gtk_stack_get_visible_child(GTK_STACK(stack_)) != overlay_)
     giveFocus(stopped_->reloadButton());
+  else if (dialog_)
+    giveFocus(dialog_->firstFocus());
   else if (auto* page = gtk_overlay_get_child(GTK_OVERLAY(overlay_)))
     giveFocus(page);
 }
@@ -43,17 +49,39 @@ std::function<void()> PageArea::reload() const {
   return [viewModel = viewModel_] { viewModel->reload(); };
 }
 
+ProblemBar::Content PageArea::loadProblem() const {
+  return {.name = "load-problem",
+          .icon = "network-offline-symbolic",
+          .title = "Can't reach the mail service",
+          .note = "Trying again…",
+          .buttons = {{"Try Now", reload()}}};
+}
+
+ProblemBar::Content PageArea::hang() const {
+  return {.name = "page-hangs",
+          .icon = "dialog-warning-symbolic",
+          .title = "This page doesn't answer",
+          .note = "Reload ends what it is doing. Text that was not saved yet may be lost.",
+          .buttons = {{"Wait", [viewModel = viewModel_] { viewModel->hangWatch.wait(); }},
+                      {"Reload", reload()}}};
+}
+
+void PageArea::updateBar(std::optional<ProblemBar>& bar, bool shown,
+                         ProblemBar::Content (PageArea::*content)() const) {
+  if (shown && !bar) {
+    bar.emplace((this->*content)());
+    gtk_box_insert_child_after(GTK_BOX(box_.get()), bar->widget(), announcement_);
+  }
+  if (shown)
+    bar->show(viewModel_->pageProblem->description);
+  else if (bar)
+    bar->hide();
+}
+
 void PageArea::updateProblem() {
   const auto& problem = *viewModel_->pageProblem;
-  if (problem.kind == Kind::loadFailed) {
-    if (!loadProblem_) {
-      loadProblem_.emplace(reload());
-      gtk_box_insert_child_after(GTK_BOX(box_.get()), loadProblem_->widget(), announcement_);
-    }
-    loadProblem_->show(problem.description);
-  } else if (loadProblem_) {
-    loadProblem_->hide();
-  }
+  updateBar(loadProblem_, problem.kind == Kind::loadFailed, &PageArea::loadProblem);
+  updateBar(hang_, problem.kind == Kind::unresponsive, &PageArea::hang);
 
   const bool stopped = problem.kind == Kind::processTerminated;
   if (stopped && !stopped_) {
@@ -65,6 +93,19 @@ void PageArea::updateProblem() {
     return;
   gtk_stack_set_visible_child(GTK_STACK(stack_), shown);
   if (gtk_widget_get_mapped(box_.get()))
+    focus();
+}
+
+void PageArea::updateDialog() {
+  const bool hadOne = dialog_.has_value();
+  if (hadOne)
+    gtk_overlay_remove_overlay(GTK_OVERLAY(overlay_), dialog_->widget());
+  dialog_.reset();
+  if (const auto& dialog = *viewModel_->dialogs.shown)
+    gtk_overlay_add_overlay(GTK_OVERLAY(overlay_), dialog_.emplace(dialog).widget());
+  if (auto* page = gtk_overlay_get_child(GTK_OVERLAY(overlay_)))
+    gtk_widget_set_can_focus(page, !dialog_);
+  if ((dialog_ || hadOne) && gtk_widget_get_mapped(box_.get()))
     focus();
 }
 

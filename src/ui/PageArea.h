@@ -3,8 +3,9 @@
 #include "base/Event.h"
 #include "platform/linux/glib/Ref.h"
 #include "ui/DownloadProgressBar.h"
-#include "ui/LoadProblemBar.h"
 #include "ui/MouseOverBar.h"
+#include "ui/PageDialogView.h"
+#include "ui/ProblemBar.h"
 #include "ui/StoppedPage.h"
 
 #include <gtk/gtk.h>
@@ -20,7 +21,7 @@ class WindowViewModel;
 namespace ondrel::ui {
 
 // All that a tab shows once it has been looked at, from top to bottom: the place of the announcement, what is
-// wrong with the page, the page with the hovered link, the downloads. Parts that are seldom needed are made
+// wrong with the page, the page with the hovered link or its dialog, the downloads. Parts that are seldom needed are made
 // when they are.
 class PageArea {
  public:
@@ -39,6 +40,10 @@ class PageArea {
 
  private:
   void updateProblem();
+  void updateBar(std::optional<ProblemBar>& bar, bool shown, ProblemBar::Content (PageArea::*content)() const);
+  ProblemBar::Content loadProblem() const;
+  ProblemBar::Content hang() const;
+  void updateDialog();
   void updateDownloads();
   std::function<void()> reload() const;
 
@@ -48,7 +53,9 @@ class PageArea {
   GtkWidget* stack_;
   GtkWidget* overlay_;
   MouseOverBar mouseOver_;
-  std::optional<LoadProblemBar> loadProblem_;
+  std::optional<ProblemBar> loadProblem_;
+  std::optional<ProblemBar> hang_;
+  std::optional<PageDialogView> dialog_;
   std::optional<StoppedPage> stopped_;
   std::optional<DownloadProgressBar> downloads_;
   std::vector<base::Subscription> subscriptions_;

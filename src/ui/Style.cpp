@@ -9,10 +9,12 @@ namespace ondrel::ui {
 namespace {
 
 constexpr const char* rules = R"(
-.mouse-over, .downloads, .load-problem { background-color: @headerbar_bg_color; color: @headerbar_fg_color; }
+.mouse-over, .downloads, .page-problem { background-color: @headerbar_bg_color; color: @headerbar_fg_color; }
 .mouse-over > label { padding: 5px 12px; }
 .download { padding: 8px 12px; }
-.load-problem { padding: 9px 12px; }
+.page-problem { padding: 9px 12px; }
+.page-dialog-shade { background-color: alpha(black, .4); padding: 18px; }
+.page-dialog-card { background-color: @dialog_bg_color; color: @dialog_fg_color; border-radius: 12px; padding: 24px; }
 .invalid-setting .subtitle { color: @error_color; opacity: 1; }
 .setup-command { background-color: alpha(currentColor, .06); border-radius: 6px; padding: 9px 12px; }
 )";

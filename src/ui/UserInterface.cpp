@@ -57,7 +57,8 @@ BrowserCommands::Actions UserInterface::commandActions() {
           .showAbout =
               [this] {
                 presentAbout(services_.bundle, services_.settings.site().projectSiteURL, activeWindow());
-              }};
+              },
+          .quit = services_.quit};
 }
 
 GtkWindow* UserInterface::activeWindow() const {

@@ -46,6 +46,7 @@ class UserInterface {
     highlights::HighlightExport& highlightExport;
     highlights::HighlightImport& highlightImport;
     std::function<async::Task<void>()> removeAllHighlights; // asks first
+    std::function<void()> quit;                             // asks too
     platform::Bundle bundle;
     // Shows a message of the service; the id of the email where it is known.
     std::function<void(const std::string& url, const std::optional<std::string>& emailId)> navigate;

@@ -12,6 +12,14 @@ void setTooltip(GtkWidget* widget, const std::string& textWithKeySigns) {
   gtk_widget_set_tooltip_text(widget, withDesktopKeys(textWithKeySigns).c_str());
 }
 
+GtkWidget* wrappedLabel(const char* text) {
+  auto* label = gtk_label_new(text);
+  gtk_label_set_wrap(GTK_LABEL(label), TRUE);
+  gtk_label_set_wrap_mode(GTK_LABEL(label), PANGO_WRAP_WORD_CHAR);
+  gtk_label_set_xalign(GTK_LABEL(label), 0);
+  return label;
+}
+
 bool giveFocus(GtkWidget* widget) {
   if (gtk_widget_grab_focus(widget))
     return true;

@@ -12,6 +12,9 @@ void setAccessibleLabel(GtkWidget* widget, const std::string& label);
 // The key signs of a tooltip become the desktop's own.
 void setTooltip(GtkWidget* widget, const std::string& textWithKeySigns);
 
+// Text of any length on as many lines as it takes; null for none yet.
+GtkWidget* wrappedLabel(const char* text);
+
 // Gives the keyboard to the widget or, where it is a mere container, to the first inside that takes it.
 bool giveFocus(GtkWidget* widget);
 

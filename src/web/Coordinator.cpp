@@ -21,6 +21,8 @@ Coordinator::Coordinator(const std::shared_ptr<WindowViewModel>& viewModel,
 
 Coordinator::~Coordinator() {
   scope_.cancelAll();
+  if (const auto viewModel = viewModel_.lock())
+    viewModel->dialogs.dismiss();
   webView_->setDelegate(nullptr);
   // A download goes on without its tab, and may ask where to go only now.
   for (const auto& [download, running] : downloadItems_)
@@ -80,6 +82,11 @@ void Coordinator::loadingDidChange() {
     viewModel->isLoading.set(webView_->isLoading());
 }
 
+void Coordinator::responsivenessDidChange() {
+  if (const auto viewModel = viewModel_.lock())
+    viewModel->hangWatch.setResponsive(webView_->isResponsive());
+}
+
 void Coordinator::didClose() {
   if (const auto window = this->window())
     window->close();
@@ -89,6 +96,8 @@ void Coordinator::webProcessDidTerminate(bool crashed) {
   uiLogger_.error("The web process of a tab has ended ({})", crashed ? "crash" : "terminated");
   if (const auto viewModel = viewModel_.lock()) {
     viewModel->isLoading.set(false);
+    viewModel->dialogs.dismiss();
+    viewModel->hangWatch.setResponsive(true);
     viewModel->pageProblem.set({PageProblem::Kind::processTerminated, {}});
   }
 }

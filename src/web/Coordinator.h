@@ -4,6 +4,7 @@
 #include "base/Event.h"
 #include "base/Log.h"
 #include "platform/WebViewDelegate.h"
+#include "web/GestureLimit.h"
 #include "web/ScriptMessageFields.h"
 
 #include <chrono>
@@ -45,6 +46,9 @@ class Coordinator final : public platform::WebViewDelegate {
   std::shared_ptr<platform::WebView> createWebView(platform::NewWindowRequest request) override;
   void runAlertPanel(const std::string& message, platform::DoneReply reply) override;
   void runConfirmPanel(const std::string& message, platform::DoneReply reply) override;
+  void runPromptPanel(const std::string& message, const std::string& text,
+                      platform::PromptReply reply) override;
+  void runBeforeUnloadPanel(platform::DoneReply reply) override;
   void runOpenPanel(const platform::OpenPanelParameters& parameters, platform::FilesReply reply) override;
   void didReceiveScriptMessage(const platform::ScriptMessage& message) override;
   void didClose() override;
@@ -53,6 +57,7 @@ class Coordinator final : public platform::WebViewDelegate {
   void urlDidChange() override;
   void loadingDidChange() override;
   void titleDidChange() override;
+  void responsivenessDidChange() override;
 
  private:
   using OpenClosure = std::function<void(std::shared_ptr<WindowViewModel>, bool activate)>;
@@ -89,8 +94,6 @@ class Coordinator final : public platform::WebViewDelegate {
   async::Task<void> closeWindowAfter(std::chrono::milliseconds delay,
                                      std::weak_ptr<platform::WebView> webView);
   async::Task<void> printWithPanel(std::weak_ptr<platform::WebView> webView);
-  async::Task<void> answerAlert(std::string message, platform::DoneReply reply);
-  async::Task<void> answerConfirm(std::string message, platform::DoneReply reply);
   async::Task<void> answerOpenPanel(platform::OpenPanelParameters parameters, platform::FilesReply reply);
 
   async::Task<void> chooseDestination(std::shared_ptr<platform::Download> download, std::string suggestedName,
@@ -122,6 +125,9 @@ class Coordinator final : public platform::WebViewDelegate {
   async::TaskHandle sendClickedTask_;
   async::TaskHandle discardClickedTask_;
   async::TaskHandle retryTask_;
+  async::TaskHandle printTask_;
+  GestureLimit windows_; // that the page opens
+  GestureLimit handOvers_; // to the desktop
   std::chrono::seconds retryDelay_;
   bool titleIsDue_ = false; // the page finished without one, which may still be on its way
   async::Scope scope_;

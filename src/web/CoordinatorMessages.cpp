@@ -106,7 +106,9 @@ void Coordinator::mouseover(const ScriptMessageFields& fields, const Message&) {
 }
 
 void Coordinator::print(const ScriptMessageFields&, const Message& message) {
-  scope_.spawn(printWithPanel(message.webView));
+  // One panel a tab, however often its page asks.
+  if (printTask_.done())
+    printTask_ = scope_.spawn(printWithPanel(message.webView));
 }
 
 async::Task<void> Coordinator::printWithPanel(std::weak_ptr<platform::WebView> weakWebView) {

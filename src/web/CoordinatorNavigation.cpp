@@ -37,8 +37,9 @@ void Coordinator::decidePolicy(const platform::NavigationAction& action, platfor
   const auto& modifiers = action.modifiers;
   if (action.type == platform::NavigationType::linkActivated && modifiers.contains(Modifiers::command) &&
       isWebAddress(action.url)) {
+    const bool mayOpen = windows_.take(action.gesture);
     const auto& open = modifiers.contains(Modifiers::option) ? openInNewWindow_ : openInNewTab_;
-    if (open)
+    if (open && mayOpen)
       open(newViewModel(*action.url), modifiers.contains(Modifiers::shift));
     std::move(reply)(NavigationPolicy::cancel);
     return;
@@ -55,8 +56,10 @@ void Coordinator::decidePolicy(const platform::NavigationResponse& response, pla
 
 void Coordinator::didCommit() {
   titleIsDue_ = false;
-  if (const auto viewModel = viewModel_.lock())
+  if (const auto viewModel = viewModel_.lock()) {
     viewModel->pageProblem.set({});
+    viewModel->dialogs.pageDidCommit(webView_->url().value_or(""));
+  }
   updatePageState();
 }
 
@@ -131,7 +134,11 @@ std::shared_ptr<platform::WebView> Coordinator::createWebView(platform::NewWindo
   uiLogger_.debug("createWebViewWith: url={}", address);
 
   // The engine's side is made when it is known to be wanted: a web view is dear, and most answers are none.
-  const auto open = [&](const OpenClosure& closure) {
+  const auto open = [&](const OpenClosure& closure) -> std::shared_ptr<platform::WebView> {
+    if (!windows_.take(request.action.gesture)) {
+      uiLogger_.info("A page's further window for the same click was not opened");
+      return nullptr;
+    }
     auto webView = request.makeWebView(services_.scripts.popupScripts(*configuration_));
     auto viewModel = newViewModel(address);
     viewModel->toolbarVisible.set(false);
@@ -139,6 +146,16 @@ std::shared_ptr<platform::WebView> Coordinator::createWebView(platform::NewWindo
     if (closure)
       closure(viewModel, true);
     return webView;
+  };
+
+  std::optional<bool> mayHandOver; // one decision for this request, which may hand over twice
+  const auto handOver = [&] {
+    if (!mayHandOver)
+      mayHandOver = handOvers_.take(request.action.gesture);
+    if (*mayHandOver)
+      services_.workspace.open(address);
+    else
+      uiLogger_.info("A page's further link for the same click was not handed to the desktop");
   };
 
   if (hostEndsWith(*url, services_.settings.site().userContentDomainSuffix)) {
@@ -150,7 +167,7 @@ std::shared_ptr<platform::WebView> Coordinator::createWebView(platform::NewWindo
       }
     } else {
       uiLogger_.info("Show the raw value in a new window");
-      services_.workspace.open(address);
+      handOver();
     }
   }
   const bool sameOrigin = *url->scheme() + "://" + url->hostWithPort() + "/" == services_.settings.baseURL();
@@ -162,7 +179,7 @@ std::shared_ptr<platform::WebView> Coordinator::createWebView(platform::NewWindo
   if (containsMail(address))
     return open(openInNewWindow_);
   if (!sameOrigin) {
-    services_.workspace.open(address);
+    handOver();
     return nullptr;
   }
   return open(openInNewTab_);

@@ -1,28 +1,43 @@
 #include "web/Coordinator.h"
 
 #include "platform/Panels.h"
+#include "platform/WebView.h"
 #include "web/WebServices.h"
+#include "web/WindowViewModel.h"
 
 namespace ondrel::web {
 
+// The engine doesn't tell which frame asks: all of them speak for the tab's page.
 void Coordinator::runAlertPanel(const std::string& message, platform::DoneReply reply) {
-  scope_.spawn(answerAlert(message, std::move(reply)));
-}
-
-async::Task<void> Coordinator::answerAlert(std::string message, platform::DoneReply reply) {
-  co_await services_.panels.runAlert({std::move(message), {}, platform::AlertStyle::informational, {"OK"}},
-                                     window());
-  std::move(reply)(true);
+  if (const auto viewModel = viewModel_.lock())
+    viewModel->dialogs.alert(webView_->url().value_or(""), message, std::move(reply));
 }
 
 void Coordinator::runConfirmPanel(const std::string& message, platform::DoneReply reply) {
-  scope_.spawn(answerConfirm(message, std::move(reply)));
+  if (const auto viewModel = viewModel_.lock())
+    viewModel->dialogs.confirm(webView_->url().value_or(""), message, std::move(reply));
 }
 
-async::Task<void> Coordinator::answerConfirm(std::string message, platform::DoneReply reply) {
-  platform::Alert alert{std::move(message), {}, platform::AlertStyle::informational, {"Yes", "No"}};
-  const auto response = co_await services_.panels.runAlert(std::move(alert), window());
-  std::move(reply)(response == platform::Panels::firstButton);
+void Coordinator::runPromptPanel(const std::string& message, const std::string& text,
+                                 platform::PromptReply reply) {
+  if (const auto viewModel = viewModel_.lock())
+    viewModel->dialogs.prompt(webView_->url().value_or(""), message, text, std::move(reply));
+}
+
+void Coordinator::runBeforeUnloadPanel(platform::DoneReply reply) {
+  const auto viewModel = viewModel_.lock();
+  if (!viewModel)
+    return;
+  viewModel->dialogs.leave({[weak = viewModel_, webView = std::weak_ptr(webView_),
+                             inner = std::move(reply)](bool leave) mutable {
+                              std::move(inner)(leave);
+                              const auto tab = weak.lock();
+                              const auto page = webView.lock();
+                              // An address that was asked for is not where the tab is.
+                              if (const auto url = page ? page->url() : std::nullopt; tab && url && !leave)
+                                tab->urlString.set(*url);
+                            },
+                            false});
 }
 
 void Coordinator::runOpenPanel(const platform::OpenPanelParameters& parameters, platform::FilesReply reply) {

@@ -30,6 +30,14 @@ async::Task<void> evaluateQuietly(async::Task<platform::ScriptResult> evaluation
   [[maybe_unused]] const auto ignored = co_await std::move(evaluation);
 }
 
+async::Task<std::optional<platform::LeaveReply>> askToClose(std::shared_ptr<WindowViewModel> viewModel) {
+  const auto webView = viewModel->liveWebView();
+  if (!webView)
+    co_return std::nullopt;
+  const auto quiet = viewModel->dialogs.mute();
+  co_return co_await webView->tryClose(platform::closeDeadline);
+}
+
 async::Task<void> nothing() {
   co_return;
 }
@@ -66,6 +74,7 @@ std::shared_ptr<WindowViewModel> WindowViewModel::make(const WebServices& servic
 WindowViewModel::WindowViewModel(const WebServices& services)
     : webViewConfiguration(services.scripts.mainConfiguration()), urlString(services.settings.baseURL()),
       services_(services) {
+  dialogs.onFlood = [this] { hangWatch.tellHang(); };
 }
 
 void WindowViewModel::setWebView(const std::shared_ptr<platform::WebView>& webView) {
@@ -83,12 +92,14 @@ void WindowViewModel::loadURL() {
     text.insert(0, "https://");
   if (!base::Url::parse(text))
     return;
+  dialogs.userLoads();
   if (const auto webView = liveWebView())
     webView->load(text);
 }
 
 void WindowViewModel::show(const std::string& url) {
   urlString.set(url);
+  dialogs.userLoads();
   if (const auto webView = liveWebView())
     webView->load(url);
   else
@@ -96,11 +107,13 @@ void WindowViewModel::show(const std::string& url) {
 }
 
 void WindowViewModel::goBack() {
+  dialogs.userLoads();
   if (const auto webView = liveWebView())
     webView->goBack();
 }
 
 void WindowViewModel::goForward() {
+  dialogs.userLoads();
   if (const auto webView = liveWebView())
     webView->goForward();
 }
@@ -109,6 +122,9 @@ void WindowViewModel::reload() {
   const auto webView = liveWebView();
   if (!webView)
     return;
+  if (pageProblem->kind == PageProblem::Kind::unresponsive)
+    webView->terminateWebProcess();
+  dialogs.userLoads();
   const bool showsItsPage =
       pageProblem->kind == PageProblem::Kind::none && !webView->url().value_or("").empty();
   pageProblem.set({});
@@ -116,6 +132,10 @@ void WindowViewModel::reload() {
     webView->reload();
   else
     loadURL();
+}
+
+async::Task<std::optional<platform::LeaveReply>> WindowViewModel::tryClose() {
+  return askToClose(shared_from_this());
 }
 
 async::Task<platform::ScriptResult> WindowViewModel::evaluate(std::string source,

@@ -6,6 +6,9 @@
 #include "jmap/MailQueries.h"
 #include "platform/FrameInfo.h"
 #include "platform/WebView.h"
+#include "web/HangWatch.h"
+#include "web/PageDialogs.h"
+#include "web/PageProblem.h"
 #include "web/WebViewConfiguration.h"
 
 #include <boost/json/value.hpp>
@@ -25,15 +28,6 @@ namespace ondrel::web {
 
 class DownloadItem;
 struct WebServices;
-
-// What keeps a tab from showing its page.
-struct PageProblem {
-  enum class Kind { none, loadFailed, processTerminated };
-  Kind kind = Kind::none;
-  std::string description;
-
-  bool operator==(const PageProblem&) const = default;
-};
 
 // The whole state of one browser window, which is one tab: what toolbar, menus and session need to know about
 // its page, and the operations on it. Always owned by a shared_ptr. Main thread only. A missing web view is
@@ -93,6 +87,8 @@ class WindowViewModel : public std::enable_shared_from_this<WindowViewModel> {
 
   base::Observable<bool> isLoading{false};
   base::Observable<PageProblem> pageProblem{};
+  PageDialogs dialogs;
+  HangWatch hangWatch{pageProblem};
 
   // Loads what urlString holds, with "https://" where there is no scheme.
   void loadURL();
@@ -100,8 +96,10 @@ class WindowViewModel : public std::enable_shared_from_this<WindowViewModel> {
   void show(const std::string& url);
   void goBack();
   void goForward();
-  // Loads again; after a failed load or a lost web process, what urlString holds.
+  // Loads again; after a failed load or a lost web process, what urlString holds. A page that hangs is ended.
   void reload();
+  // Asks the page whether the tab may be closed, as platform::WebView::tryClose does; its dialogs go for that.
+  async::Task<std::optional<platform::LeaveReply>> tryClose();
 
   // In the main frame, or in the given one. null when there is no web view.
   async::Task<platform::ScriptResult> evaluate(std::string source,

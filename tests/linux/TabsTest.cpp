@@ -1,4 +1,5 @@
 #include "DesktopTest.h"
+#include "async/sleep.h"
 
 namespace ondrel::platform {
 
@@ -25,6 +26,13 @@ class TabsTest : public DesktopTest {
     AdwTabView* target = nullptr;
     g_signal_emit_by_name(view, "create-window", &target);
     adw_tab_view_transfer_page(view, window->page(), target, 0);
+  }
+
+  // Some turns later, as a page does.
+  static async::Task<bool> answered(Strings& asked, std::string names, const bool& answer) {
+    asked.push_back(std::move(names));
+    co_await async::sleep(std::chrono::milliseconds(20));
+    co_return answer;
   }
 
   std::shared_ptr<TabWindow> a, b, c;
@@ -220,6 +228,39 @@ TEST_F(TabsTest, TellTheChromeWhoIsInFront) {
     a->close();
     turn();
     EXPECT_EQ(log, (Strings{"none", "a", "b", "c", "a", "none", "gone"}));
+  });
+}
+
+TEST_F(TabsTest, CloseAsTheUserWishesOnlyWhenTheyMay) {
+  run([this] {
+    makeThree();
+    Strings asked;
+    bool may = false;
+    application.setCloseQuestion(
+        [&](std::vector<std::shared_ptr<Window>> windows) { return answered(asked, names(windows), may); });
+    auto* view = a->group()->tabView();
+    const auto others = [&] {
+      AdwTabPage* page = b->page();
+      g_signal_emit_by_name(view, "setup-menu", page);
+      gtk_widget_activate_action(GTK_WIDGET(view), "tab.close-others", nullptr);
+    };
+    const std::function<void()> ways[] = {[&] { b->performClose(); },
+                                          [&] { adw_tab_view_close_page(view, b->page()); }, others,
+                                          [&] { gtk_window_close(a->group()->gtkWindow()); }};
+    for (const auto& way : ways) {
+      way();
+      way(); // while the first is being asked about
+      settle();
+    }
+    EXPECT_EQ(asked, (Strings{"b", "b", "ac", "abc"}));
+    EXPECT_EQ(names(application.windows()), "abc");
+    may = true;
+    b->performClose();
+    EXPECT_TRUE(until([&] { return b->isClosed(); }));
+    gtk_window_close(a->group()->gtkWindow());
+    EXPECT_TRUE(until([&] { return application.windows().empty(); }));
+    EXPECT_EQ(willClose, (Strings{"b", "a", "c"}));
+    application.setCloseQuestion(nullptr);
   });
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "async/Scope.h"
 #include "platform/Application.h"
 
 #include <algorithm>
@@ -66,7 +67,7 @@ class FakeWindow final : public platform::Window, public std::enable_shared_from
   bool isVisible() const override { return visible; }
   bool isMiniaturized() const override { return false; }
   void deminiaturize() override { calls.push_back("deminiaturize"); }
-  void performClose() override { close(); }
+  void performClose() override;
   void close() override;
 
   platform::WindowAttributes attributes;
@@ -93,6 +94,7 @@ class FakeApplication final : public platform::Application {
     return window;
   }
   void setChromeFactory(platform::GroupChromeFactory) override {}
+  void setCloseQuestion(CloseQuestion question) override { closeQuestion = std::move(question); }
   std::vector<std::shared_ptr<platform::Window>> windows() const override { return {all.begin(), all.end()}; }
   std::vector<std::shared_ptr<platform::Window>> orderedWindows() const override { return windows(); }
   std::shared_ptr<platform::Window> keyWindow() const override { return key; }
@@ -120,9 +122,11 @@ class FakeApplication final : public platform::Application {
   std::shared_ptr<platform::Window> key;
   std::shared_ptr<platform::Window> main;
   std::optional<std::string> frontmost;
+  CloseQuestion closeQuestion;
   KeyMonitor keyMonitor;
   int activations = 0;
   bool hidden = false;
+  async::Scope scope;
 };
 
 inline void FakeWindow::addTabbedWindow(std::shared_ptr<platform::Window> window) {
@@ -138,6 +142,19 @@ inline void FakeWindow::makeKeyAndOrderFront() {
   visible = true;
   calls.push_back("key");
   application_.setKey(shared_from_this());
+}
+
+inline void FakeWindow::performClose() {
+  const auto ask = [](FakeApplication& application, std::shared_ptr<FakeWindow> window) -> async::Task<void> {
+    std::vector<std::shared_ptr<platform::Window>> asked{window};
+    const bool mayClose = co_await application.closeQuestion(std::move(asked));
+    if (mayClose)
+      window->close();
+  };
+  if (application_.closeQuestion)
+    application_.scope.spawn(ask(application_, shared_from_this()));
+  else
+    close();
 }
 
 inline void FakeWindow::close() {

@@ -32,6 +32,31 @@ class FakeWebView final : public platform::WebView {
   void stopLoading() override {}
   void goBack() override { ++backs; }
   void goForward() override { ++forwards; }
+  // As the engine: a page that keeps its user asks first, one that hangs says nothing until the deadline, and
+  // none answers in the same turn.
+  async::Task<std::optional<platform::LeaveReply>> tryClose(async::Duration deadline) override {
+    ++closeQuestions;
+    if (hangs)
+      co_await async::sleep(deadline);
+    else
+      co_await async::nextTurn();
+    if (hangs || !keepsUser)
+      co_return std::nullopt;
+    co_return platform::LeaveReply([answers = leaveAnswers](bool leave) { answers->push_back(leave); }, false);
+  }
+  void terminateWebProcess() override {
+    ++terminations;
+    hangs = false;
+    if (delegate)
+      delegate->webProcessDidTerminate(false);
+  }
+  bool isResponsive() const override { return !hangs; }
+  // As the engine notices it.
+  void setHangs(bool value) {
+    hangs = value;
+    if (delegate)
+      delegate->responsivenessDidChange();
+  }
   std::optional<std::string> url() const override { return currentUrl; }
   std::optional<std::string> title() const override { return currentTitle; }
   bool canGoBack() const override { return back; }
@@ -55,6 +80,8 @@ class FakeWebView final : public platform::WebView {
   }
   async::Task<platform::PrintResult> print(platform::PrintSettings settings) override {
     prints.push_back(settings);
+    if (printsFor)
+      co_await async::sleep(*std::exchange(printsFor, std::nullopt));
     co_return printResult;
   }
   platform::NativeView nativeView() override { return native; }
@@ -69,10 +96,16 @@ class FakeWebView final : public platform::WebView {
   std::vector<std::optional<platform::FrameInfo>> evaluationFrames; // of each of these
   std::vector<base::Bytes> restored;
   std::vector<platform::PrintSettings> prints;
+  std::optional<async::Duration> printsFor; // how long the next panel stays
   std::function<platform::ScriptResult(const std::string&)> answer;
   std::optional<std::string> currentUrl;
   std::optional<std::string> currentTitle;
   std::optional<base::Bytes> state;
+  std::shared_ptr<std::vector<bool>> leaveAnswers = std::make_shared<std::vector<bool>>(); // to what the page asked before it goes
+  bool keepsUser = false;         // it has a beforeunload, and its user has done something
+  bool hangs = false;
+  int closeQuestions = 0;
+  int terminations = 0;
   platform::PrintResult printResult = platform::PrintResult::done;
   bool acceptsState = true;
   bool back = false;

@@ -30,6 +30,8 @@ class RecordingDelegate : public WebViewDelegate {
   std::function<std::shared_ptr<WebView>(NewWindowRequest)> onCreate;
   std::function<void(const std::string&, DoneReply)> onAlert;
   std::function<void(const std::string&, DoneReply)> onConfirm;
+  std::function<void(const std::string&, PromptReply)> onPrompt;
+  std::function<void(DoneReply)> onBeforeUnload;
   std::function<void(std::shared_ptr<Download>)> onDownload;
   std::function<void(const std::string&)> onEvent; // after each of `events`
 
@@ -67,6 +69,16 @@ class RecordingDelegate : public WebViewDelegate {
       onConfirm(message, std::move(reply));
     note("confirm " + message);
   }
+  void runPromptPanel(const std::string& message, const std::string& text, PromptReply reply) override {
+    if (onPrompt)
+      onPrompt(text, std::move(reply));
+    note("prompt " + message);
+  }
+  void runBeforeUnloadPanel(DoneReply reply) override {
+    if (onBeforeUnload)
+      onBeforeUnload(std::move(reply));
+    note("beforeUnload");
+  }
   void runOpenPanel(const OpenPanelParameters&, FilesReply) override { note("openPanel"); }
   void didReceiveScriptMessage(const ScriptMessage& message) override {
     messages.push_back(message);
@@ -76,6 +88,7 @@ class RecordingDelegate : public WebViewDelegate {
   void webProcessDidTerminate(bool crashed) override { note(crashed ? "crashed" : "terminated"); }
   void backForwardListDidChange() override {}
   void urlDidChange() override {}
+  void responsivenessDidChange() override { note("responsiveness"); }
 
  private:
   void note(std::string event) {

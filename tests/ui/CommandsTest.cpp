@@ -32,7 +32,8 @@ class CommandsTest : public ShellTest {
                                  .removeAllHighlights = [this] { done.push_back("remove all"); },
                                  .showSettings = [] {},
                                  .showShortcuts = [] {},
-                                 .showAbout = [] {}});
+                                 .showAbout = [] {},
+                                 .quit = [this] { done.push_back("quit"); }});
     groups = commands->table();
     actions.emplace(application.get(), groups);
   }

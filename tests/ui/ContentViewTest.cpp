@@ -106,6 +106,55 @@ TEST_F(ContentViewTest, TellsWhatKeepsThePageFromShowing) {
   EXPECT_EQ(gtk_window_get_focus(topLevels[0].get()), pages[0].get());
 }
 
+TEST_F(ContentViewTest, ADialogOfThePageCoversThePageAlone) {
+  start();
+  auto* root = show(0);
+  auto* page = pages[0].get();
+  std::vector<std::string> answers;
+  const auto ask = [&] {
+    model(0)->dialogs.prompt("https://app.example.com/", "Name?\n<b>now</b>", "Jane",
+                             {[&](const auto& text) { answers.push_back(text.value_or("none")); }, std::nullopt});
+  };
+  ask();
+  EXPECT_EQ(visibleTexts(root), (Texts{"app.example.com says", "Name?\n<b>now</b>", "Cancel", "OK"}));
+  EXPECT_FALSE(gtk_widget_grab_focus(page)) << "the page is out of reach";
+  auto* focus = gtk_window_get_focus(topLevels[0].get());
+  ASSERT_TRUE(GTK_IS_TEXT(focus)) << "the field has the keyboard";
+  gtk_editable_set_text(GTK_EDITABLE(focus), "Joe");
+  g_signal_emit_by_name(focus, "activate");
+  EXPECT_EQ(visibleTexts(root), Texts{});
+  EXPECT_EQ(gtk_window_get_focus(topLevels[0].get()), page) << "and has it back";
+
+  ask();
+  gtk_check_button_set_active(GTK_CHECK_BUTTON(find(root, "silence")), TRUE);
+  click(buttonWithLabel(root, "Cancel"));
+  ask();
+  EXPECT_EQ(answers, (Texts{"Joe", "none", "none"}));
+  EXPECT_EQ(find(root, "page-dialog"), nullptr) << "silenced";
+
+  model(0)->dialogs.leave({[&](bool leave) { answers.push_back(leave ? "left" : "stayed"); }, false});
+  EXPECT_EQ(gtk_window_get_focus(topLevels[0].get()), buttonWithLabel(root, "Stay"));
+  model(0)->dialogs.dismiss();
+  EXPECT_EQ(find(root, "page-dialog"), nullptr);
+  EXPECT_EQ(answers.back(), "stayed");
+}
+
+TEST_F(ContentViewTest, AHungPageCanBeWaitedForOrLoadedAgain) {
+  start();
+  auto* root = show(0);
+  const auto view = shell.webView(model(0));
+  view->setHangs(true);
+  shell.loop.advance(8s);
+  EXPECT_EQ(visibleTexts(root).at(0), "This page doesn't answer");
+  EXPECT_TRUE(gtk_widget_get_mapped(pages[0].get())) << "the page still shows";
+  click(buttonWithLabel(root, "Wait"));
+  EXPECT_EQ(visibleTexts(root), Texts{});
+  shell.loop.advance(8s);
+  click(buttonWithLabel(root, "Reload"));
+  EXPECT_EQ(view->terminations, 1);
+  EXPECT_EQ(visibleTexts(root), Texts{});
+}
+
 TEST_F(ContentViewTest, ListsDownloads) {
   start();
   auto* root = show(0);

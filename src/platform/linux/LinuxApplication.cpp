@@ -185,6 +185,11 @@ void LinuxApplication::setChromeFactory(GroupChromeFactory factory) {
   windowSystem_->setChromeFactory(std::move(factory));
 }
 
+void LinuxApplication::setCloseQuestion(CloseQuestion question) {
+  assert(windowSystem_ && "the question can be set from the startup callback on");
+  windowSystem_->setCloseQuestion(std::move(question));
+}
+
 std::vector<std::shared_ptr<Window>> LinuxApplication::windows() const {
   return windowSystem_ ? windowSystem_->windows() : std::vector<std::shared_ptr<Window>>();
 }

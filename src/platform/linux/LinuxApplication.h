@@ -34,6 +34,7 @@ class LinuxApplication final : public Application {
 
   std::shared_ptr<Window> makeWindow(const WindowAttributes& attributes) override;
   void setChromeFactory(GroupChromeFactory factory) override;
+  void setCloseQuestion(CloseQuestion question) override;
   std::vector<std::shared_ptr<Window>> windows() const override;
   std::vector<std::shared_ptr<Window>> orderedWindows() const override;
   std::shared_ptr<Window> keyWindow() const override;

@@ -87,14 +87,14 @@ std::vector<std::string> labels(std::vector<std::string> buttons) {
 }
 
 // What Escape answers, and a window that goes: nothing must come of it.
-int dismissing(const std::vector<std::string>& buttons) {
-  const auto cancel = std::ranges::find(buttons, "Cancel");
+int dismissing(const std::vector<std::string>& buttons, const std::string& escapeButton) {
+  const auto cancel = std::ranges::find(buttons, escapeButton);
   return static_cast<int>(cancel == buttons.end() ? buttons.size() - 1
                                                   : static_cast<std::size_t>(cancel - buttons.begin()));
 }
 
-void addButtons(AdwMessageDialog* dialog, const std::vector<std::string>& buttons, AlertStyle style) {
-  const auto dismiss = dismissing(buttons);
+void addButtons(AdwMessageDialog* dialog, const std::vector<std::string>& buttons, int dismiss,
+                AlertStyle style) {
   const auto add = [&](int i) {
     adw_message_dialog_add_response(dialog, std::to_string(i).c_str(),
                                     label(buttons[static_cast<std::size_t>(i)]).c_str());
@@ -137,8 +137,8 @@ async::Task<int> LinuxPanels::runAlert(Alert alert, std::shared_ptr<Window> pare
   gtk_window_set_title(window, boundedUtf8(alert.messageText, longestLabel).c_str());
   adw_message_dialog_set_body(open.dialog(), boundedUtf8(alert.informativeText, longestText).c_str());
 
-  addButtons(open.dialog(), buttons, alert.style);
-  const auto dismiss = dismissing(buttons);
+  const auto dismiss = dismissing(buttons, alert.escapeButton);
+  addButtons(open.dialog(), buttons, dismiss, alert.style);
 
   auto [resolver, future] = async::makeFuture<int>();
   const auto answer = std::make_shared<async::Resolver<int>>(std::move(resolver));

@@ -35,7 +35,7 @@ TabGroupWindow::TabGroupWindow(WindowSystem& system, GtkApplication* application
                                std::unique_ptr<GroupChrome> chrome)
     : system_(system), window_(glib::share(GTK_WINDOW(adw_application_window_new(application)))),
       view_(glib::share(adw_tab_view_new())), chrome_(std::move(chrome)), placement_(window_.get(), size),
-      menu_(view_.get(), GTK_WIDGET(window_.get())) {
+      menu_(view_.get(), GTK_WIDGET(window_.get()), [this](AdwTabPage* page) { closeOthers(page); }) {
   // Keys come through the application's monitors and commands.
   adw_tab_view_set_shortcuts(view_.get(), ADW_TAB_VIEW_SHORTCUT_NONE);
   gtk_widget_set_size_request(GTK_WIDGET(window_.get()), static_cast<int>(smallestWidth),
@@ -46,7 +46,7 @@ TabGroupWindow::TabGroupWindow(WindowSystem& system, GtkApplication* application
   connectKeys();
   connections_.push_back(
       glib::connect<gboolean(GtkWindow*)>(window_.get(), "close-request", [this](GtkWindow*) {
-        closeAll();
+        closeOthers(nullptr);
         return TRUE;
       }));
   if (chrome_)
@@ -102,9 +102,13 @@ void TabGroupWindow::connectTabs() {
   connections_.push_back(glib::connect<gboolean(AdwTabView*, AdwTabPage*)>(
       view_.get(), "close-page", [this](AdwTabView* view, AdwTabPage* page) {
         const auto self = shared_from_this();
-        if (const auto window = windowOf(page))
+        const auto window = windowOf(page);
+        const bool asks = window && !window->closesUnasked() && system_.asksBeforeClosing();
+        if (window && !asks)
           window->beginClose();
-        adw_tab_view_close_page_finish(view, page, TRUE);
+        adw_tab_view_close_page_finish(view, page, !asks);
+        if (asks)
+          system_.closeAsking({window});
         return TRUE;
       }));
   connections_.push_back(
@@ -185,10 +189,15 @@ void TabGroupWindow::closePage(TabWindow& window) {
   adw_tab_view_close_page(view_.get(), window.page());
 }
 
-void TabGroupWindow::closeAll() {
+void TabGroupWindow::closeOthers(AdwTabPage* kept) {
   const auto self = shared_from_this();
-  for (const auto& window : windows())
-    window->close();
+  std::vector<std::shared_ptr<TabWindow>> others;
+  for (int i = 0; i < size(); ++i) {
+    auto* page = adw_tab_view_get_nth_page(view_.get(), i);
+    if (auto window = page == kept ? nullptr : windowOf(page))
+      others.push_back(std::move(window));
+  }
+  system_.closeAsking(others);
 }
 
 void TabGroupWindow::selectionDidChange() {

@@ -59,7 +59,7 @@ class TabGroupWindow final : public WindowGroup, public std::enable_shared_from_
   void fillTabBar(AdwTabBar* tabBar);
   void connectTabs();
   void connectKeys();
-  void closeAll();
+  void closeOthers(AdwTabPage* kept); // as the user wishes; null for all
   void selectionDidChange();
   void updateTitle();
   std::shared_ptr<TabWindow> windowOf(AdwTabPage* page) const;

@@ -11,10 +11,6 @@ void moveToNewWindow(AdwTabView* view, AdwTabPage* page) {
     adw_tab_view_transfer_page(view, page, target, 0);
 }
 
-void closeOthers(AdwTabView* view, AdwTabPage* page) {
-  adw_tab_view_close_other_pages(view, page);
-}
-
 glib::Ref<GMenu> makeMenu() {
   auto menu = glib::adopt(g_menu_new());
   g_menu_append(menu.get(), "Move to _New Window", "tab.move-to-new-window");
@@ -31,11 +27,13 @@ void enable(GActionMap* actions, const char* name, bool enabled) {
 
 } // namespace
 
-TabMenu::TabMenu(AdwTabView* view, GtkWidget* topLevel) : view_(view) {
+TabMenu::TabMenu(AdwTabView* view, GtkWidget* topLevel, std::function<void(AdwTabPage*)> closeOthers) {
   const auto actions = glib::adopt(g_simple_action_group_new());
-  addAction(G_ACTION_MAP(actions.get()), "move-to-new-window", moveToNewWindow);
-  addAction(G_ACTION_MAP(actions.get()), "close", adw_tab_view_close_page);
-  addAction(G_ACTION_MAP(actions.get()), "close-others", closeOthers);
+  addAction(G_ACTION_MAP(actions.get()), "move-to-new-window",
+            [view](AdwTabPage* page) { moveToNewWindow(view, page); });
+  addAction(G_ACTION_MAP(actions.get()), "close",
+            [view](AdwTabPage* page) { adw_tab_view_close_page(view, page); });
+  addAction(G_ACTION_MAP(actions.get()), "close-others", std::move(closeOthers));
   gtk_widget_insert_action_group(topLevel, "tab", G_ACTION_GROUP(actions.get()));
   adw_tab_view_set_menu_model(view, G_MENU_MODEL(makeMenu().get()));
 
@@ -50,12 +48,12 @@ TabMenu::TabMenu(AdwTabView* view, GtkWidget* topLevel) : view_(view) {
       }));
 }
 
-void TabMenu::addAction(GActionMap* actions, const char* name, void (*run)(AdwTabView*, AdwTabPage*)) {
+void TabMenu::addAction(GActionMap* actions, const char* name, std::function<void(AdwTabPage*)> run) {
   const auto action = glib::adopt(g_simple_action_new(name, nullptr));
   connections_.push_back(glib::connect<void(GSimpleAction*, GVariant*)>(
-      action.get(), "activate", [this, run](GSimpleAction*, GVariant*) {
+      action.get(), "activate", [this, run = std::move(run)](GSimpleAction*, GVariant*) {
         if (const auto page = page_.lock())
-          run(view_, page.get());
+          run(page.get());
       }));
   g_action_map_add_action(actions, G_ACTION(action.get()));
 }

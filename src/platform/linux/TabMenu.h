@@ -4,6 +4,7 @@
 
 #include <adwaita.h>
 
+#include <functional>
 #include <vector>
 
 namespace ondrel::platform {
@@ -12,12 +13,11 @@ namespace ondrel::platform {
 class TabMenu {
  public:
   // Both borrowed; they must be alive while the menu is used.
-  TabMenu(AdwTabView* view, GtkWidget* topLevel);
+  TabMenu(AdwTabView* view, GtkWidget* topLevel, std::function<void(AdwTabPage*)> closeOthers);
 
  private:
-  void addAction(GActionMap* actions, const char* name, void (*run)(AdwTabView*, AdwTabPage*));
+  void addAction(GActionMap* actions, const char* name, std::function<void(AdwTabPage*)> run);
 
-  AdwTabView* view_;
   std::vector<glib::Connection> connections_;
   glib::WeakRef<AdwTabPage> page_; // whose menu is open
 };

@@ -131,9 +131,19 @@ void TabWindow::deminiaturize() {
     gtk_window_unminimize(group->gtkWindow());
 }
 
+void TabWindow::performClose() {
+  if (state_ == State::open)
+    system_->closeAsking({shared_from_this()});
+}
+
+bool TabWindow::beginAsking() {
+  return state_ == State::open && !std::exchange(asking_, true);
+}
+
 void TabWindow::close() {
   if (state_ != State::open)
     return;
+  closesUnasked_ = true;
   const auto self = shared_from_this();
   if (const auto group = group_.lock()) {
     group->closePage(*this); // comes back to beginClose() and didDetach()

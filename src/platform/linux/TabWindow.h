@@ -43,7 +43,7 @@ class TabWindow final : public Window, public std::enable_shared_from_this<TabWi
   bool isMiniaturized() const override;
   void deminiaturize() override;
 
-  void performClose() override { close(); }
+  void performClose() override;
   void close() override;
 
   // The rest is for the top-levels.
@@ -61,6 +61,11 @@ class TabWindow final : public Window, public std::enable_shared_from_this<TabWi
   void didAttach(std::shared_ptr<TabGroupWindow> group, AdwTabPage* page);
   // Left its group: for another one, or for good when the close has begun.
   void didDetach();
+  // The user is being asked whether it may close; false when that is so already, or it is closed.
+  bool beginAsking();
+  void endAsking() { asking_ = false; }
+  // close() was called: its page in the tab view goes without a question.
+  bool closesUnasked() const { return closesUnasked_; }
   // The beginning of the end, by whatever way: tells the application once.
   void beginClose();
   // The application ends: closed without telling anybody.
@@ -82,6 +87,8 @@ class TabWindow final : public Window, public std::enable_shared_from_this<TabWi
   Rect lastFrame_;           // while in no top-level
   bool frameWasSet_ = false; // by setFrame: a place as well as a size
   State state_ = State::open;
+  bool asking_ = false;
+  bool closesUnasked_ = false;
   glib::Ref<GtkWidget> container_; // the page's child: cheap, whatever the content is
   glib::Ref<AdwTabPage> page_;
   std::weak_ptr<TabGroupWindow> group_;

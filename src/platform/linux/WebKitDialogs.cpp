@@ -15,43 +15,62 @@ struct DialogDeleter {
 };
 using Dialog = std::unique_ptr<WebKitScriptDialog, DialogDeleter>;
 
-constexpr const char* leaveQuestion = "Leave this page? What you entered may be lost.";
-
-std::string textOf(WebKitScriptDialog* dialog) {
-  const auto* text = webkit_script_dialog_get_message(dialog);
+std::string textOf(const char* text) {
   return validUtf8(text ? text : "");
 }
 
 // Closes the dialog with a turn of its own: the engine crashes when it is closed inside the signal that shows
 // it (measured, 2.50).
+void closeLater(Dialog dialog) {
+  async::EventLoop::current().post(
+      [answered = std::move(dialog)] { webkit_script_dialog_close(answered.get()); });
+}
+
 DoneReply replyTo(WebKitScriptDialog* dialog, bool hasAnswer) {
   return {[kept = Dialog(webkit_script_dialog_ref(dialog)), hasAnswer](bool confirmed) mutable {
             if (hasAnswer)
               webkit_script_dialog_confirm_set_confirmed(kept.get(), confirmed);
-            async::EventLoop::current().post(
-                [answered = std::move(kept)] { webkit_script_dialog_close(answered.get()); });
+            closeLater(std::move(kept));
           },
           false};
 }
 
+PromptReply promptReplyTo(WebKitScriptDialog* dialog) {
+  return {[kept = Dialog(webkit_script_dialog_ref(dialog))](std::optional<std::string> text) mutable {
+            if (text) // none is null for the page
+              webkit_script_dialog_prompt_set_text(kept.get(), validUtf8(*text).c_str());
+            closeLater(std::move(kept));
+          },
+          std::nullopt};
+}
+
 } // namespace
 
-bool showScriptDialog(WebViewDelegate& delegate, WebKitScriptDialog* dialog) {
-  auto text = textOf(dialog);
+void showScriptDialog(WebViewDelegate& delegate, WebKitScriptDialog* dialog) {
+  const auto text = textOf(webkit_script_dialog_get_message(dialog));
   switch (webkit_script_dialog_get_dialog_type(dialog)) {
   case WEBKIT_SCRIPT_DIALOG_ALERT:
     delegate.runAlertPanel(text, replyTo(dialog, false));
-    return true;
+    return;
   case WEBKIT_SCRIPT_DIALOG_CONFIRM:
     delegate.runConfirmPanel(text, replyTo(dialog, true));
-    return true;
-  case WEBKIT_SCRIPT_DIALOG_BEFORE_UNLOAD_CONFIRM:
-    delegate.runConfirmPanel(text.empty() ? leaveQuestion : text, replyTo(dialog, true));
-    return true;
+    return;
   case WEBKIT_SCRIPT_DIALOG_PROMPT:
-    break;
+    delegate.runPromptPanel(text, textOf(webkit_script_dialog_prompt_get_default_text(dialog)),
+                            promptReplyTo(dialog));
+    return;
+  case WEBKIT_SCRIPT_DIALOG_BEFORE_UNLOAD_CONFIRM:
+    delegate.runBeforeUnloadPanel(leaveReplyTo(dialog));
+    return;
   }
-  return false;
+}
+
+void dismissScriptDialog(WebKitScriptDialog* dialog) {
+  closeLater(Dialog(webkit_script_dialog_ref(dialog)));
+}
+
+DoneReply leaveReplyTo(WebKitScriptDialog* dialog) {
+  return replyTo(dialog, true);
 }
 
 void showFileChooser(WebViewDelegate& delegate, WebKitFileChooserRequest* request) {

@@ -6,9 +6,12 @@
 
 namespace ondrel::platform {
 
-// Hands a page's alert or confirm, or its wish to be asked before it is left, to the delegate; the page waits
-// for the reply. False for a prompt, which the engine shows in the page.
-bool showScriptDialog(WebViewDelegate& delegate, WebKitScriptDialog* dialog);
+// Hands a page's alert, confirm or prompt to the delegate; the page waits for the reply.
+void showScriptDialog(WebViewDelegate& delegate, WebKitScriptDialog* dialog);
+// Answers safely that nobody has seen it.
+void dismissScriptDialog(WebKitScriptDialog* dialog);
+// Of the page's wish to be asked before it is left. The page's own text for it isn't shown to anybody.
+DoneReply leaveReplyTo(WebKitScriptDialog* dialog);
 
 // Hands the page's request for files to the delegate.
 void showFileChooser(WebViewDelegate& delegate, WebKitFileChooserRequest* request);

@@ -83,6 +83,13 @@ void WebKitLoads::refusedByPolicy() {
   listener_.loadFailed(refused(), true);
 }
 
+void WebKitLoads::released(bool leave) {
+  if (!leave)
+    stopWaiting();
+  else if (awaitsCommit_)
+    watchdog_ = async::Timer(commitLimit, [this] { timeOut(); });
+}
+
 void WebKitLoads::timeOut() {
   awaitsCommit_ = false;
   state_ = State::failed; // what the engine says of the stop is no second failure

@@ -40,6 +40,9 @@ class WebKitLoads {
   void finished();
   void failed(const WebError& error, bool provisional);
   void refusedByPolicy();
+  // The user is asked whether the present page may be left, and has answered: it takes none of the load's time.
+  void heldUp() { watchdog_.stop(); }
+  void released(bool leave);
 
  private:
   // A load waits for its commit from the request on, and is the engine's current one from its start on.

@@ -41,4 +41,8 @@ inline constexpr const char* evaluated = "evaluated";
 inline constexpr const char* evaluatedFormat = "(us)";
 enum class Evaluated : unsigned { value, exception, unsupportedValue, frameGone };
 
+// Program to extension: nothing. No one takes it, and that the engine says so means that the page has come to
+// it, after all that was asked of it before.
+inline constexpr const char* areYouThere = "are-you-there";
+
 } // namespace ondrel::platform::webkit

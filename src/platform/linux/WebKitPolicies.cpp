@@ -44,8 +44,9 @@ void answer(WebKitPolicyDecision* decision, NavigationPolicy policy) {
 
 } // namespace
 
-NavigationAction navigationActionFrom(WebKitNavigationAction* action) {
+NavigationAction navigationActionFrom(WebKitNavigationAction* action, std::uint64_t gesture) {
   NavigationAction result;
+  result.gesture = gesture;
   result.type = typeFrom(webkit_navigation_action_get_navigation_type(action));
   result.modifiers =
       modifiersFrom(static_cast<GdkModifierType>(webkit_navigation_action_get_modifiers(action)), false);
@@ -76,7 +77,7 @@ NavigationResponse navigationResponseFrom(WebKitResponsePolicyDecision* decision
 }
 
 void askForPolicy(WebViewDelegate& delegate, WebKitPolicyDecision* decision, WebKitPolicyDecisionType type,
-                  std::function<void()> refused) {
+                  std::uint64_t gesture, std::function<void()> refused) {
   const bool isResponse = type == WEBKIT_POLICY_DECISION_TYPE_RESPONSE;
   PolicyReply reply(
       [decision = glib::share(decision), isResponse, refused = std::move(refused)](NavigationPolicy policy) {
@@ -92,7 +93,7 @@ void askForPolicy(WebViewDelegate& delegate, WebKitPolicyDecision* decision, Web
   }
   auto* action =
       webkit_navigation_policy_decision_get_navigation_action(WEBKIT_NAVIGATION_POLICY_DECISION(decision));
-  delegate.decidePolicy(navigationActionFrom(action), std::move(reply));
+  delegate.decidePolicy(navigationActionFrom(action, gesture), std::move(reply));
 }
 
 } // namespace ondrel::platform

@@ -25,6 +25,10 @@ std::optional<std::string> nonEmpty(const char* text) {
   return text && *text ? std::optional(validUtf8(text)) : std::nullopt;
 }
 
+WebKitBackForwardListItem* currentItem(WebKitWebView* view) {
+  return webkit_back_forward_list_get_current_item(webkit_web_view_get_back_forward_list(view));
+}
+
 // Ends the page at once, whoever else still holds the object: a call into a page that hangs holds it for as
 // long.
 void endPage(WebKitWebView* view) {
@@ -69,6 +73,7 @@ std::shared_ptr<WebKitView> WebKitView::connected(std::shared_ptr<WebKitView> vi
   view->connectLoads();
   view->connectQuestions();
   view->connectProperties();
+  view->countGestures();
   return view;
 }
 
@@ -106,7 +111,7 @@ void WebKitView::removeScriptMessageHandler(const std::string& name) {
 void WebKitView::load(const std::string& url) {
   loads_.requested(url);
   const auto address = validUtf8(url);
-  auto* item = webkit_back_forward_list_get_current_item(webkit_web_view_get_back_forward_list(view_.get()));
+  auto* item = currentItem(view_.get());
   // Another try for the page that a restored history stands at: a plain load would add it a second time.
   if (awaitsRestoredPage_ && item && nonEmpty(webkit_back_forward_list_item_get_uri(item)) == address)
     webkit_web_view_go_to_back_forward_list_item(view_.get(), item);
@@ -142,7 +147,33 @@ void WebKitView::goForward() {
   webkit_web_view_go_forward(view_.get());
 }
 
+namespace {
+
+// Holds the web view, which the question is a part of.
+async::Task<std::optional<LeaveReply>> askToClose([[maybe_unused]] std::shared_ptr<WebKitView> held,
+                                                  WebKitClosing& closing,
+                                                  async::Duration deadline) {
+  co_return co_await closing.ask(deadline);
+}
+
+} // namespace
+
+async::Task<std::optional<LeaveReply>> WebKitView::tryClose(async::Duration deadline) {
+  return askToClose(shared_from_this(), closing_, deadline);
+}
+
+void WebKitView::terminateWebProcess() {
+  webkit_web_view_terminate_web_process(view_.get());
+}
+
+bool WebKitView::isResponsive() const {
+  return webkit_web_view_get_is_web_process_responsive(view_.get()) != FALSE;
+}
+
 std::optional<std::string> WebKitView::url() const {
+  // The engine goes on naming the page that was not loaded (measured, 2.50).
+  if (auto* shown = stayed_ ? currentItem(view_.get()) : nullptr)
+    return nonEmpty(webkit_back_forward_list_item_get_uri(shown));
   return nonEmpty(webkit_web_view_get_uri(view_.get()));
 }
 

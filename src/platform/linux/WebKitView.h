@@ -2,6 +2,7 @@
 
 #include "platform/WebView.h"
 #include "platform/WebViewDelegate.h"
+#include "platform/linux/WebKitClosing.h"
 #include "platform/linux/WebKitLoads.h"
 #include "platform/linux/WebKitMessagePacing.h"
 #include "platform/linux/glib/Connection.h"
@@ -38,6 +39,9 @@ class WebKitView final : public WebView,
   void stopLoading() override;
   void goBack() override;
   void goForward() override;
+  async::Task<std::optional<LeaveReply>> tryClose(async::Duration deadline) override;
+  void terminateWebProcess() override;
+  bool isResponsive() const override;
   std::optional<std::string> url() const override;
   std::optional<std::string> title() const override;
   bool canGoBack() const override;
@@ -62,6 +66,7 @@ class WebKitView final : public WebView,
   void connectLoads();
   void connectQuestions();
   void connectProperties();
+  void countGestures();
   void limitMenu();
   template <class Signature, class Handler>
   void on(const char* signal, Handler handler);
@@ -69,6 +74,7 @@ class WebKitView final : public WebView,
   template <class Call>
   void tell(Call call);
 
+  void showDialog(WebKitScriptDialog* dialog);
   void sendExtraScripts();
   WebKitWebView* openWindow(WebKitNavigationAction* action);
   void receive(WebKitUserMessage* message);
@@ -86,6 +92,9 @@ class WebKitView final : public WebView,
   Scripts extraScripts_;                         // that the extension runs
   std::set<std::string, std::less<>> handlerNames_;
   WebKitLoads loads_{*this};
+  WebKitClosing closing_{view_.get()};
+  std::uint64_t gestures_ = 0; // keys and buttons pressed
+  bool stayed_ = false;             // the user kept the page from being left for another
   bool awaitsRestoredPage_ = false; // its history has come back, and no page of it yet
   WebKitMessagePacing messagePacing_;
   std::shared_ptr<WebKitView> heldUntilShown_; // itself, as a new window of a page

@@ -28,6 +28,7 @@ void WebKitView::connectLoads() {
     const auto self = shared_from_this();
     switch (event) {
     case WEBKIT_LOAD_STARTED:
+      stayed_ = false;
       loads_.started();
       return;
     case WEBKIT_LOAD_REDIRECTED:
@@ -90,7 +91,7 @@ void WebKitView::connectQuestions() {
         if (!delegate_)
           return FALSE; // the engine's own decision; a new window may have no delegate yet
         tell([&](WebViewDelegate& delegate) {
-          askForPolicy(delegate, decision, type, [weak = weak_from_this()] {
+          askForPolicy(delegate, decision, type, gestures_, [weak = weak_from_this()] {
             if (const auto self = weak.lock())
               self->loads_.refusedByPolicy();
           });
@@ -109,14 +110,15 @@ void WebKitView::connectQuestions() {
   });
   on<void(WebKitWebView*)>("close", [this](WebKitWebView*) {
     const auto self = shared_from_this();
+    if (closing_.takeClose())
+      return;
     heldUntilShown_.reset();
     tell([](WebViewDelegate& delegate) { delegate.didClose(); });
   });
   on<gboolean(WebKitWebView*, WebKitScriptDialog*)>(
       "script-dialog", [this](WebKitWebView*, WebKitScriptDialog* dialog) -> gboolean {
-        bool handled = false;
-        tell([&](WebViewDelegate& delegate) { handled = showScriptDialog(delegate, dialog); });
-        return handled;
+        showDialog(dialog);
+        return TRUE;
       });
   on<gboolean(WebKitWebView*, WebKitFileChooserRequest*)>(
       "run-file-chooser", [this](WebKitWebView*, WebKitFileChooserRequest* request) -> gboolean {
@@ -146,6 +148,29 @@ void WebKitView::connectQuestions() {
       });
 }
 
+void WebKitView::showDialog(WebKitScriptDialog* dialog) {
+  if (webkit_script_dialog_get_dialog_type(dialog) != WEBKIT_SCRIPT_DIALOG_BEFORE_UNLOAD_CONFIRM) {
+    if (!delegate_)
+      dismissScriptDialog(dialog);
+    tell([&](WebViewDelegate& delegate) { showScriptDialog(delegate, dialog); });
+    return;
+  }
+  auto reply = leaveReplyTo(dialog);
+  if (closing_.takeQuestion(reply))
+    return;
+  loads_.heldUp();
+  DoneReply answer(
+      [weak = weak_from_this(), inner = std::move(reply)](bool leave) mutable {
+        if (const auto self = weak.lock()) {
+          self->stayed_ = !leave;
+          self->loads_.released(leave);
+        }
+        std::move(inner)(leave);
+      },
+      false);
+  tell([&](WebViewDelegate& delegate) { delegate.runBeforeUnloadPanel(std::move(answer)); });
+}
+
 void WebKitView::connectProperties() {
   connections_.push_back(glib::onNotify(
       view_.get(), "uri", [this] { tell([](WebViewDelegate& delegate) { delegate.urlDidChange(); }); }));
@@ -154,11 +179,27 @@ void WebKitView::connectProperties() {
   }));
   connections_.push_back(glib::onNotify(
       view_.get(), "title", [this] { tell([](WebViewDelegate& delegate) { delegate.titleDidChange(); }); }));
+  connections_.push_back(glib::onNotify(view_.get(), "is-web-process-responsive", [this] {
+    tell([](WebViewDelegate& delegate) { delegate.responsivenessDidChange(); });
+  }));
   connections_.push_back(glib::connect<void(WebKitBackForwardList*, WebKitBackForwardListItem*, gpointer)>(
       webkit_web_view_get_back_forward_list(view_.get()), "changed",
       [this](WebKitBackForwardList*, WebKitBackForwardListItem*, gpointer) {
         tell([](WebViewDelegate& delegate) { delegate.backForwardListDidChange(); });
       }));
+}
+
+void WebKitView::countGestures() {
+  auto* events = gtk_event_controller_legacy_new();
+  gtk_event_controller_set_propagation_phase(events, GTK_PHASE_CAPTURE);
+  connections_.push_back(glib::connect<gboolean(GtkEventControllerLegacy*, GdkEvent*)>(
+      events, "event", [this](GtkEventControllerLegacy*, GdkEvent* event) -> gboolean {
+        const auto type = gdk_event_get_event_type(event);
+        if (type == GDK_BUTTON_PRESS || type == GDK_KEY_PRESS || type == GDK_TOUCH_BEGIN)
+          ++gestures_;
+        return FALSE;
+      }));
+  gtk_widget_add_controller(GTK_WIDGET(view_.get()), events);
 }
 
 void WebKitView::limitMenu() {
@@ -195,7 +236,7 @@ WebKitWebView* WebKitView::openWindow(WebKitNavigationAction* action) {
     return nullptr;
   std::shared_ptr<WebKitView> made;
   NewWindowRequest request;
-  request.action = navigationActionFrom(action);
+  request.action = navigationActionFrom(action, gestures_);
   request.makeWebView = [this, &made](Scripts scripts) -> std::shared_ptr<WebView> {
     made = makePopup(scripts);
     return made;

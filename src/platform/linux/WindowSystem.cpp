@@ -138,6 +138,41 @@ void WindowSystem::moveToFront(TabGroupWindow& group) {
     std::rotate(groups_.begin(), found, found + 1);
 }
 
+void WindowSystem::setCloseQuestion(Application::CloseQuestion question) {
+  asking_.emplace(); // what is being asked belongs to the question before
+  closeQuestion_ = std::move(question);
+}
+
+void WindowSystem::closeAsking(const std::vector<std::shared_ptr<TabWindow>>& windows) {
+  if (!closeQuestion_) {
+    for (const auto& window : windows)
+      window->close();
+    return;
+  }
+  std::vector<std::weak_ptr<TabWindow>> asked;
+  for (const auto& window : windows)
+    if (window->beginAsking())
+      asked.push_back(window);
+  if (!asked.empty())
+    asking_->spawn(askAndClose(std::move(asked)));
+}
+
+async::Task<void> WindowSystem::askAndClose(std::vector<std::weak_ptr<TabWindow>> windows) {
+  std::vector<std::shared_ptr<Window>> asked;
+  for (const auto& window : windows)
+    if (auto live = window.lock())
+      asked.push_back(std::move(live));
+  const bool mayClose = co_await closeQuestion_(std::move(asked));
+  for (const auto& window : windows) {
+    const auto live = window.lock();
+    if (!live)
+      continue;
+    live->endAsking();
+    if (mayClose)
+      live->close();
+  }
+}
+
 void WindowSystem::willClose(const std::shared_ptr<TabWindow>& window) {
   application_.windowWillClose.emit(window);
 }

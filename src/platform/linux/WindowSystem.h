@@ -1,5 +1,6 @@
 #pragma once
 
+#include "async/Scope.h"
 #include "platform/Application.h"
 #include "platform/linux/HiddenTopLevels.h"
 #include "platform/linux/TopLevelWatch.h"
@@ -9,6 +10,7 @@
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace ondrel::platform {
@@ -29,6 +31,7 @@ class WindowSystem {
   WindowSystem& operator=(const WindowSystem&) = delete;
 
   void setChromeFactory(GroupChromeFactory factory) { chromeFactory_ = std::move(factory); }
+  void setCloseQuestion(Application::CloseQuestion question);
   std::shared_ptr<TabWindow> makeWindow(const WindowAttributes& attributes);
   std::vector<std::shared_ptr<Window>> windows() const;
   std::vector<std::shared_ptr<Window>> orderedWindows() const;
@@ -51,6 +54,9 @@ class WindowSystem {
   std::shared_ptr<TabGroupWindow> makeGroup(const Rect& size);
   std::shared_ptr<TabGroupWindow> makeStandalone(const Rect& size); // without bars
   void willShow(TabGroupWindow& group, bool inFront);
+  bool asksBeforeClosing() const { return static_cast<bool>(closeQuestion_); }
+  // The user wants these to close.
+  void closeAsking(const std::vector<std::shared_ptr<TabWindow>>& windows);
   void willClose(const std::shared_ptr<TabWindow>& window);
   void didClose(TabWindow& window);
   // The last tab has gone. Called from inside its signals, so it is destroyed with a later turn.
@@ -59,6 +65,7 @@ class WindowSystem {
   bool keyPressed(const KeyEvent& event); // whether a monitor consumed it
 
  private:
+  async::Task<void> askAndClose(std::vector<std::weak_ptr<TabWindow>> windows);
   void activeTopLevelMayHaveChanged();
   GtkWindow* activeTopLevel() const { return topLevels_ ? topLevels_->active() : nullptr; }
   std::shared_ptr<TabGroupWindow> groupOf(GtkWindow* window) const;
@@ -68,6 +75,7 @@ class WindowSystem {
   GtkApplication* native_;
   std::function<void()> activeMayHaveChanged_;
   GroupChromeFactory chromeFactory_;
+  Application::CloseQuestion closeQuestion_;
   std::vector<std::shared_ptr<TabWindow>> windows_;     // in the order of making
   std::vector<std::shared_ptr<TabGroupWindow>> groups_; // front to back
   std::weak_ptr<Window> lastKey_;
@@ -79,6 +87,7 @@ class WindowSystem {
   std::shared_ptr<Monitors> monitors_ = std::make_shared<Monitors>();
   bool ending_ = false;
   std::unique_ptr<TopLevelWatch> topLevels_; // null while it is being made
+  std::optional<async::Scope> asking_;
 };
 
 } // namespace ondrel::platform

@@ -1,0 +1,111 @@
+#include "app/CloseQuestion.h"
+
+#include "app/Quitting.h"
+#include "support/TestShell.h"
+
+#include <gtest/gtest.h>
+
+namespace ondrel::app {
+namespace {
+
+using namespace std::chrono_literals;
+using Strings = std::vector<std::string>;
+
+// Three tabs that were all looked at. The fake web view closed without a word before: it had neither pages
+// that keep their user nor ones that hang.
+class CloseQuestionTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    shell.start();
+    shell.manager->newTab();
+    shell.manager->newTab();
+    question.emplace(*shell.manager, shell.panels);
+    quitting.emplace(shell.application, *question);
+    shell.application.setCloseQuestion(
+        [this](std::vector<std::shared_ptr<platform::Window>> windows) { return question->mayClose(windows); });
+    ended = shell.application.willTerminate.subscribe([this] { ++ends; });
+  }
+  std::shared_ptr<support::FakeWebView> page(std::size_t index) {
+    return shell.webView(shell.manager->viewModel(shell.application.all.at(index)));
+  }
+  void answer(bool leave) { shell.panels.alertAnswer = platform::Panels::firstButton + (leave ? 1 : 0); }
+  std::size_t windows() const { return shell.application.all.size(); }
+
+  support::TestShell shell;
+  std::optional<CloseQuestion> question;
+  std::optional<Quitting> quitting;
+  base::Subscription ended;
+  int ends = 0;
+};
+
+TEST_F(CloseQuestionTest, OnlyAPageThatKeepsItsUserIsAskedAbout) {
+  shell.application.all.at(2)->performClose();
+  shell.settle();
+  EXPECT_EQ(windows(), 2U);
+  EXPECT_TRUE(shell.panels.alerts.empty());
+
+  page(0)->keepsUser = true;
+  answer(false);
+  shell.application.all.at(0)->performClose();
+  shell.settle();
+  EXPECT_EQ(windows(), 2U);
+  ASSERT_EQ(shell.panels.alerts.size(), 1U);
+  const auto& alert = shell.panels.alerts[0];
+  EXPECT_EQ(alert.messageText + "|" + alert.informativeText,
+            "Leave this page?|Changes that you made may not be saved");
+  EXPECT_EQ(alert.buttons, (Strings{"Stay", "Leave"}));
+  EXPECT_EQ(alert.escapeButton, "Stay");
+  EXPECT_EQ(shell.application.key, shell.application.all.at(0)) << "the user sees which page it is about";
+  const auto kept = page(0);
+  EXPECT_EQ(*kept->leaveAnswers, (std::vector{false}));
+
+  answer(true);
+  shell.application.all.at(0)->performClose();
+  shell.settle();
+  EXPECT_EQ(windows(), 1U);
+  EXPECT_EQ(*kept->leaveAnswers, (std::vector{false, true}));
+  shell.application.all.at(0)->close();
+  EXPECT_EQ(windows(), 0U) << "who closes without asking is not held up";
+}
+
+TEST_F(CloseQuestionTest, QuittingAsksOnceForAll) {
+  page(0)->keepsUser = page(2)->keepsUser = true;
+  answer(false);
+  quitting->request();
+  shell.settle();
+  EXPECT_EQ(ends, 0);
+  EXPECT_EQ(shell.panels.alerts.size(), 1U);
+  answer(true);
+  quitting->request();
+  quitting->request();
+  shell.settle();
+  EXPECT_EQ(ends, 1);
+  EXPECT_EQ(shell.panels.alerts.size(), 2U);
+  EXPECT_EQ(*page(2)->leaveAnswers, (std::vector{false, true}));
+  EXPECT_EQ(page(1)->closeQuestions, 2);
+}
+
+TEST_F(CloseQuestionTest, AHungPageHoldsUpNoEndForLong) {
+  page(1)->hangs = true;
+  quitting->request();
+  shell.loop.advance(2900ms);
+  EXPECT_EQ(ends, 0);
+  shell.loop.advance(200ms);
+  EXPECT_EQ(ends, 1);
+}
+
+// The tab closes by itself while its user is being asked about it.
+TEST_F(CloseQuestionTest, ATabMayGoMeanwhile) {
+  page(1)->hangs = page(1)->keepsUser = true;
+  page(0)->keepsUser = true;
+  answer(true);
+  quitting->request();
+  shell.loop.advance(1s);
+  shell.application.all.at(0)->close();
+  shell.settle();
+  shell.loop.advance(5s);
+  EXPECT_EQ(ends, 1);
+}
+
+} // namespace
+} // namespace ondrel::app
