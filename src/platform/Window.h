@@ -64,6 +64,10 @@ class Window {
 
   virtual void makeKeyAndOrderFront() = 0;
   virtual void orderFront() = 0; // shows it without taking the keyboard
+  // Takes it off the screen and out of its tabs while its content lives on. Ordered to the front again it is
+  // back in its place among them, or alone where they have gone.
+  virtual void orderOut() = 0;
+  virtual bool isOrderedOut() const = 0;
   virtual bool
   isVisible() const = 0; // on screen as the selected tab of a top-level that is neither hidden nor minimised
   virtual bool isMiniaturized() const = 0;

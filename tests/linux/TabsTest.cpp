@@ -89,6 +89,43 @@ TEST_F(TabsTest, AStandaloneWindowTakesNoTabs) {
   });
 }
 
+TEST_F(TabsTest, OrderedOutTheyLiveOnAndComeBackToTheirPlace) {
+  run([this] {
+    makeThree();
+    b->orderOut();
+    EXPECT_EQ(names(a->tabGroup()->windows()), "ac");
+    EXPECT_EQ(names(application.windows()), "abc") << "it is open";
+    EXPECT_TRUE(b->isOrderedOut());
+    EXPECT_EQ(b->tabGroup(), nullptr);
+    EXPECT_TRUE(topLevelOf(b)) << "its page has a root";
+    application.hide();
+    application.unhide();
+    EXPECT_FALSE(b->isVisible());
+    b->makeKeyAndOrderFront();
+    EXPECT_EQ(names(a->tabGroup()->windows()), "abc");
+    EXPECT_TRUE(b->isVisible());
+    EXPECT_FALSE(b->isOrderedOut());
+
+    // Alone, and while the whole program is hidden: it stays behind when the others come back.
+    c->orderOut();
+    a->close();
+    b->close();
+    const auto d = make("d");
+    d->makeKeyAndOrderFront();
+    ASSERT_TRUE(until([&] { return d->isVisible(); }));
+    application.hide();
+    d->orderOut();
+    application.unhide();
+    EXPECT_FALSE(d->isVisible());
+    c->makeKeyAndOrderFront();
+    d->orderFront();
+    EXPECT_TRUE(until([&] { return c->isVisible() && d->isVisible(); })) << "its tabs have gone meanwhile";
+    d->orderOut();
+    d->close();
+    EXPECT_EQ(willClose, (Strings{"a", "b", "d"}));
+  });
+}
+
 TEST_F(TabsTest, ShowNothingUntilTheyAreShown) {
   run([this] {
     const auto before = topLevelCount();

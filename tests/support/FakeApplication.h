@@ -61,9 +61,12 @@ class FakeWindow final : public platform::Window, public std::enable_shared_from
   void selectPreviousTab() override { calls.push_back("previous"); }
   void makeKeyAndOrderFront() override;
   void orderFront() override {
+    comeBack();
     visible = true;
     calls.push_back("front");
   }
+  void orderOut() override;
+  bool isOrderedOut() const override { return orderedOut; }
   bool isVisible() const override { return visible; }
   bool isMiniaturized() const override { return false; }
   void deminiaturize() override { calls.push_back("deminiaturize"); }
@@ -76,11 +79,18 @@ class FakeWindow final : public platform::Window, public std::enable_shared_from
   std::string title;
   bool busy = false;
   bool visible = false;
+  bool orderedOut = false;
   bool closed = false;
   std::vector<std::string> calls;
 
  private:
+  void leaveGroup() {
+    std::erase_if(group->members, [this](const auto& each) { return each.lock().get() == this; });
+  }
+  void comeBack();
+
   FakeApplication& application_;
+  std::shared_ptr<FakeGroup> formerGroup_;
   platform::Rect frame_;
   platform::TabbingMode mode_ = platform::TabbingMode::automatic;
 };
@@ -138,7 +148,27 @@ inline void FakeWindow::addTabbedWindow(std::shared_ptr<platform::Window> window
   added->visible = true;
 }
 
+inline void FakeWindow::orderOut() {
+  if (std::exchange(orderedOut, true))
+    return;
+  visible = false;
+  calls.push_back("out");
+  leaveGroup();
+  formerGroup_ = std::exchange(group, std::make_shared<FakeGroup>());
+  group->members.push_back(weak_from_this());
+  if (application_.key.get() == this)
+    application_.key = nullptr;
+}
+
+inline void FakeWindow::comeBack() {
+  if (!std::exchange(orderedOut, false))
+    return;
+  group = std::move(formerGroup_);
+  group->members.push_back(weak_from_this());
+}
+
 inline void FakeWindow::makeKeyAndOrderFront() {
+  comeBack();
   visible = true;
   calls.push_back("key");
   application_.setKey(shared_from_this());
@@ -162,7 +192,7 @@ inline void FakeWindow::close() {
     return;
   const auto self = shared_from_this();
   application_.windowWillClose.emit(self);
-  std::erase_if(group->members, [this](const auto& each) { return each.lock().get() == this; });
+  leaveGroup();
   std::erase(application_.all, self);
   visible = false;
   if (application_.key.get() == this)

@@ -26,4 +26,9 @@ void HiddenTopLevels::showAgain() {
       gtk_widget_set_visible(widget.get(), TRUE);
 }
 
+void HiddenTopLevels::forget(GtkWindow* window) {
+  std::erase_if(widgets_,
+                [window](const auto& weak) { return weak->lock().get() == GTK_WIDGET(window); });
+}
+
 } // namespace ondrel::platform

@@ -14,6 +14,8 @@ class HiddenTopLevels {
  public:
   void hideAll();
   void showAgain();
+  // One that is to stay off the screen when the others come back.
+  void forget(GtkWindow* window);
   bool any() const { return hidden_; }
 
  private:

@@ -172,6 +172,13 @@ void TabGroupWindow::insertBehind(TabWindow& neighbour, TabWindow& window) {
     adw_tab_view_set_selected_page(view_.get(), selected);
 }
 
+void TabGroupWindow::insert(TabWindow& window, int position) {
+  auto* selected = adw_tab_view_get_selected_page(view_.get());
+  adw_tab_view_transfer_page(window.group()->view_.get(), window.page(), view_.get(), position);
+  if (selected)
+    adw_tab_view_set_selected_page(view_.get(), selected);
+}
+
 void TabGroupWindow::select(TabWindow& window) {
   adw_tab_view_set_selected_page(view_.get(), window.page());
 }
@@ -239,6 +246,12 @@ void TabGroupWindow::showWithoutFocus() {
   }
   x11::mapWithoutFocus(window_.get());
   gtk_widget_set_visible(GTK_WIDGET(window_.get()), TRUE);
+}
+
+void TabGroupWindow::hide() {
+  system_.willHide(*this);
+  placement_.rememberPosition();
+  gtk_widget_set_visible(GTK_WIDGET(window_.get()), FALSE);
 }
 
 bool TabGroupWindow::isOnScreen() const {

@@ -39,6 +39,8 @@ class TabGroupWindow final : public WindowGroup, public std::enable_shared_from_
   void append(TabWindow& window);
   // From wherever it is; the selected tab stays the same.
   void insertBehind(TabWindow& neighbour, TabWindow& window);
+  // From another group; the selected tab stays the same if there is one.
+  void insert(TabWindow& window, int position);
   void select(TabWindow& window);
   void selectNeighbour(int step); // wraps around
   void closePage(TabWindow& window);
@@ -46,6 +48,7 @@ class TabGroupWindow final : public WindowGroup, public std::enable_shared_from_
   void present();          // in front and with the keyboard, as far as the window manager lets it
   void presentInsisting(); // also when another application has the keyboard
   void showWithoutFocus();
+  void hide();
   bool isOnScreen() const;
   bool isMinimized() const;
   Rect frame() const { return placement_.frame(); }

@@ -5,6 +5,7 @@
 #include "platform/linux/TabGroupWindow.h"
 #include "platform/linux/WindowSystem.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace ondrel::platform {
@@ -103,6 +104,7 @@ void TabWindow::selectPreviousTab() {
 void TabWindow::makeKeyAndOrderFront() {
   if (state_ != State::open)
     return;
+  comeBack();
   const auto group = ensureGroup();
   group->select(*this);
   group->present();
@@ -111,9 +113,33 @@ void TabWindow::makeKeyAndOrderFront() {
 void TabWindow::orderFront() {
   if (state_ != State::open)
     return;
+  comeBack();
   const auto group = ensureGroup();
   group->select(*this);
   group->showWithoutFocus();
+}
+
+void TabWindow::orderOut() {
+  if (state_ != State::open || isOrderedOut_)
+    return;
+  const auto group = ensureGroup();
+  isOrderedOut_ = true;
+  if (group->size() == 1) {
+    group->hide();
+    return;
+  }
+  formerGroup_ = group;
+  formerPosition_ = adw_tab_view_get_page_position(group->tabView(), page());
+  // A top-level of its own that isn't shown: the page keeps a root and a size.
+  system_->makeGroup(group->frame())->insert(*this, 0);
+}
+
+void TabWindow::comeBack() {
+  if (!std::exchange(isOrderedOut_, false))
+    return;
+  const auto former = std::exchange(formerGroup_, {}).lock();
+  if (former && former->size() > 0)
+    former->insert(*this, std::min(formerPosition_, former->size()));
 }
 
 bool TabWindow::isVisible() const {

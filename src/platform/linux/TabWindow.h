@@ -39,6 +39,8 @@ class TabWindow final : public Window, public std::enable_shared_from_this<TabWi
 
   void makeKeyAndOrderFront() override;
   void orderFront() override;
+  void orderOut() override;
+  bool isOrderedOut() const override { return isOrderedOut_; }
   bool isVisible() const override;
   bool isMiniaturized() const override;
   void deminiaturize() override;
@@ -76,6 +78,7 @@ class TabWindow final : public Window, public std::enable_shared_from_this<TabWi
   void finishClose();
   void letGo();
   std::shared_ptr<TabGroupWindow> ensureGroup();
+  void comeBack();
 
   WindowSystem* system_;
   const std::string identifier_;
@@ -92,6 +95,10 @@ class TabWindow final : public Window, public std::enable_shared_from_this<TabWi
   glib::Ref<GtkWidget> container_; // the page's child: cheap, whatever the content is
   glib::Ref<AdwTabPage> page_;
   std::weak_ptr<TabGroupWindow> group_;
+
+  bool isOrderedOut_ = false;
+  std::weak_ptr<TabGroupWindow> formerGroup_; // which it left for that, and its place there
+  int formerPosition_ = 0;
 };
 
 // The top-level that shows the window; null when there is none.

@@ -132,6 +132,10 @@ void WindowSystem::willShow(TabGroupWindow& group, bool inFront) {
     moveToFront(group);
 }
 
+void WindowSystem::willHide(TabGroupWindow& group) {
+  hidden_.forget(group.gtkWindow());
+}
+
 void WindowSystem::moveToFront(TabGroupWindow& group) {
   const auto found = std::ranges::find(groups_, &group, &std::shared_ptr<TabGroupWindow>::get);
   if (found != groups_.end())

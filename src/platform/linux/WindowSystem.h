@@ -57,6 +57,7 @@ class WindowSystem {
   bool asksBeforeClosing() const { return static_cast<bool>(closeQuestion_); }
   // The user wants these to close.
   void closeAsking(const std::vector<std::shared_ptr<TabWindow>>& windows);
+  void willHide(TabGroupWindow& group);
   void willClose(const std::shared_ptr<TabWindow>& window);
   void didClose(TabWindow& window);
   // The last tab has gone. Called from inside its signals, so it is destroyed with a later turn.
