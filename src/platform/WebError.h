@@ -9,7 +9,8 @@ namespace ondrel::platform {
 struct WebError {
   std::string domain;
   int code = 0;
-  std::string description; // for people and the log
+  std::string description;     // for people and the log
+  std::string failingURL = {}; // what was asked for, redirects followed; empty where the engine doesn't tell
 
   bool operator==(const WebError&) const = default;
 

@@ -27,9 +27,9 @@ struct NavigationAction {
   std::optional<std::string> url;
   bool shouldPerformDownload = false; // the page asked for a download, with the link's `download` attribute
   bool isMainFrame = true;
-  // How often the user had pressed a key or a button in this web view: what follows from one press has one
-  // number.
+  // Presses of a key or button by the user in this web view so far: what follows from one has one number.
   std::uint64_t gesture = 0;
+  bool isUserGesture = false; // it comes of such a press; the page didn't do it by itself
 };
 
 struct NavigationResponse {

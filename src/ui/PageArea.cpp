@@ -1,5 +1,6 @@
 #include "ui/PageArea.h"
 
+#include "ui/ShownText.h"
 #include "ui/Widgets.h"
 #include "web/WindowViewModel.h"
 
@@ -49,39 +50,62 @@ std::function<void()> PageArea::reload() const {
   return [viewModel = viewModel_] { viewModel->reload(); };
 }
 
+std::function<void()> PageArea::tryAgain() const {
+  return [viewModel = viewModel_] { viewModel->tryAgain(); };
+}
+
+std::function<void()> PageArea::dismissProblem() const {
+  return [viewModel = viewModel_] { viewModel->pageProblem.set({}); };
+}
+
 ProblemBar::Content PageArea::loadProblem() const {
   return {.name = "load-problem",
           .icon = "network-offline-symbolic",
-          .title = "Can't reach the mail service",
           .note = "Trying again…",
-          .buttons = {{"Try Now", reload()}}};
+          .buttons = {{"Try Now", tryAgain()}}};
+}
+
+ProblemBar::Content PageArea::navigationProblem() const {
+  return {.name = "navigation-problem",
+          .icon = "network-offline-symbolic",
+          .buttons = {{"Try Again", tryAgain()}},
+          .dismissed = dismissProblem()};
+}
+
+ProblemBar::Content PageArea::noApplication() const {
+  return {.name = "no-application", .icon = "dialog-warning-symbolic", .dismissed = dismissProblem()};
 }
 
 ProblemBar::Content PageArea::hang() const {
-  return {.name = "page-hangs",
-          .icon = "dialog-warning-symbolic",
-          .title = "This page doesn't answer",
-          .note = "Reload ends what it is doing. Text that was not saved yet may be lost.",
-          .buttons = {{"Wait", [viewModel = viewModel_] { viewModel->hangWatch.wait(); }},
-                      {"Reload", reload()}}};
+  return {
+      .name = "page-hangs",
+      .icon = "dialog-warning-symbolic",
+      .note = "Reload ends what it is doing. Text that was not saved yet may be lost.",
+      .buttons = {{"Wait", [viewModel = viewModel_] { viewModel->hangWatch.wait(); }}, {"Reload", reload()}}};
 }
 
 void PageArea::updateBar(std::optional<ProblemBar>& bar, bool shown,
-                         ProblemBar::Content (PageArea::*content)() const) {
+                         ProblemBar::Content (PageArea::*content)() const, const std::string& title) {
   if (shown && !bar) {
     bar.emplace((this->*content)());
     gtk_box_insert_child_after(GTK_BOX(box_.get()), bar->widget(), announcement_);
   }
   if (shown)
-    bar->show(viewModel_->pageProblem->description);
+    bar->show(title, viewModel_->pageProblem->description);
   else if (bar)
     bar->hide();
 }
 
 void PageArea::updateProblem() {
   const auto& problem = *viewModel_->pageProblem;
-  updateBar(loadProblem_, problem.kind == Kind::loadFailed, &PageArea::loadProblem);
-  updateBar(hang_, problem.kind == Kind::unresponsive, &PageArea::hang);
+  const auto url = shownLine(problem.url);
+  updateBar(loadProblem_, problem.kind == Kind::loadFailed, &PageArea::loadProblem,
+            "Can't reach the mail service");
+  updateBar(navigationProblem_, problem.kind == Kind::navigationFailed, &PageArea::navigationProblem,
+            "“" + url + "” could not be loaded");
+  updateBar(noApplication_, problem.kind == Kind::noApplication, &PageArea::noApplication,
+            "No application opens “" + url + "”");
+  updateBar(hang_, problem.kind == Kind::unresponsive, &PageArea::hang, "This page doesn't answer");
 
   const bool stopped = problem.kind == Kind::processTerminated;
   if (stopped && !stopped_) {

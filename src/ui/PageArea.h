@@ -21,8 +21,8 @@ class WindowViewModel;
 namespace ondrel::ui {
 
 // All that a tab shows once it has been looked at, from top to bottom: the place of the announcement, what is
-// wrong with the page, the page with the hovered link or its dialog, the downloads. Parts that are seldom needed are made
-// when they are.
+// wrong with the page, the page with the hovered link or its dialog, the downloads. Parts that are seldom
+// needed are made when they are.
 class PageArea {
  public:
   explicit PageArea(std::shared_ptr<web::WindowViewModel> viewModel);
@@ -40,12 +40,17 @@ class PageArea {
 
  private:
   void updateProblem();
-  void updateBar(std::optional<ProblemBar>& bar, bool shown, ProblemBar::Content (PageArea::*content)() const);
+  void updateBar(std::optional<ProblemBar>& bar, bool shown, ProblemBar::Content (PageArea::*content)() const,
+                 const std::string& title);
   ProblemBar::Content loadProblem() const;
+  ProblemBar::Content navigationProblem() const;
+  ProblemBar::Content noApplication() const;
   ProblemBar::Content hang() const;
   void updateDialog();
   void updateDownloads();
   std::function<void()> reload() const;
+  std::function<void()> tryAgain() const;
+  std::function<void()> dismissProblem() const;
 
   const std::shared_ptr<web::WindowViewModel> viewModel_;
   glib::Ref<GtkWidget> box_;
@@ -54,6 +59,8 @@ class PageArea {
   GtkWidget* overlay_;
   MouseOverBar mouseOver_;
   std::optional<ProblemBar> loadProblem_;
+  std::optional<ProblemBar> navigationProblem_;
+  std::optional<ProblemBar> noApplication_;
   std::optional<ProblemBar> hang_;
   std::optional<PageDialogView> dialog_;
   std::optional<StoppedPage> stopped_;

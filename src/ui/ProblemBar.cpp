@@ -6,16 +6,17 @@
 namespace ondrel::ui {
 
 ProblemBar::ProblemBar(Content content)
-    : revealer_(glib::share(gtk_revealer_new())), description_(wrappedLabel(nullptr)) {
+    : revealer_(glib::share(gtk_revealer_new())), title_(wrappedLabel(nullptr)),
+      description_(wrappedLabel(nullptr)) {
   gtk_widget_set_name(revealer_.get(), content.name);
   auto* texts = gtk_box_new(GTK_ORIENTATION_VERTICAL, 2);
   gtk_widget_set_hexpand(texts, TRUE);
-  auto* title = wrappedLabel(content.title);
-  gtk_widget_add_css_class(title, "heading");
-  gtk_label_set_lines(GTK_LABEL(description_), 3);
-  gtk_label_set_ellipsize(GTK_LABEL(description_), PANGO_ELLIPSIZE_END);
-  gtk_box_append(GTK_BOX(texts), title);
-  gtk_box_append(GTK_BOX(texts), description_);
+  gtk_widget_add_css_class(title_, "heading");
+  for (auto* label : {title_, description_}) {
+    gtk_label_set_lines(GTK_LABEL(label), 3);
+    gtk_label_set_ellipsize(GTK_LABEL(label), PANGO_ELLIPSIZE_END);
+    gtk_box_append(GTK_BOX(texts), label);
+  }
   if (content.note) {
     auto* note = wrappedLabel(content.note);
     gtk_widget_add_css_class(note, "dim-label");
@@ -26,12 +27,20 @@ ProblemBar::ProblemBar(Content content)
   gtk_widget_add_css_class(row, "page-problem");
   gtk_box_append(GTK_BOX(row), gtk_image_new_from_icon_name(content.icon));
   gtk_box_append(GTK_BOX(row), texts);
-  for (auto& each : content.buttons) {
-    auto* button = gtk_button_new_with_label(each.label);
+  const auto add = [&](GtkWidget* button, std::function<void()> clicked) {
     gtk_widget_set_valign(button, GTK_ALIGN_CENTER);
     clicked_.push_back(glib::connect<void(GtkButton*)>(
-        button, "clicked", [clicked = std::move(each.clicked)](GtkButton*) { clicked(); }));
+        button, "clicked", [clicked = std::move(clicked)](GtkButton*) { clicked(); }));
     gtk_box_append(GTK_BOX(row), button);
+  };
+  for (auto& each : content.buttons)
+    add(gtk_button_new_with_label(each.label), std::move(each.clicked));
+  if (content.dismissed) {
+    auto* close = gtk_button_new_from_icon_name("window-close-symbolic");
+    gtk_widget_add_css_class(close, "flat");
+    gtk_widget_set_tooltip_text(close, "Close");
+    setAccessibleLabel(close, "Close");
+    add(close, std::move(content.dismissed));
   }
   auto* bar = gtk_box_new(GTK_ORIENTATION_VERTICAL, 0);
   gtk_box_append(GTK_BOX(bar), row);
@@ -39,7 +48,8 @@ ProblemBar::ProblemBar(Content content)
   gtk_revealer_set_child(GTK_REVEALER(revealer_.get()), bar);
 }
 
-void ProblemBar::show(const std::string& description) {
+void ProblemBar::show(const std::string& title, const std::string& description) {
+  gtk_label_set_text(GTK_LABEL(title_), title.c_str());
   gtk_label_set_text(GTK_LABEL(description_), shownLine(description).c_str());
   gtk_widget_set_visible(description_, !description.empty());
   gtk_revealer_set_reveal_child(GTK_REVEALER(revealer_.get()), TRUE);

@@ -20,18 +20,19 @@ class ProblemBar {
   struct Content {
     const char* name; // of the widget
     const char* icon;
-    const char* title;
-    const char* note; // a dim line below; null for none
-    std::vector<Button> buttons;
+    const char* note = nullptr; // a dim line below; null for none
+    std::vector<Button> buttons = {};
+    std::function<void()> dismissed = nullptr; // null where the user can't dismiss it
   };
   explicit ProblemBar(Content content);
 
   GtkWidget* widget() const { return revealer_.get(); }
-  void show(const std::string& description = {});
+  void show(const std::string& title, const std::string& description);
   void hide();
 
  private:
   glib::Ref<GtkWidget> revealer_;
+  GtkWidget* title_;
   GtkWidget* description_;
   std::vector<glib::Connection> clicked_;
 };

@@ -4,7 +4,6 @@
 #include "platform/WebView.h"
 #include "platform/Window.h"
 #include "web/DownloadItem.h"
-#include "web/LoadRetry.h"
 #include "web/WebServices.h"
 #include "web/WindowViewModel.h"
 
@@ -16,7 +15,8 @@ Coordinator::Coordinator(const std::shared_ptr<WindowViewModel>& viewModel,
                          const WebServices& services)
     : viewModel_(viewModel), webView_(std::move(webView)), configuration_(std::move(configuration)),
       services_(services), openInNewWindow_(viewModel->openInNewWindow),
-      openInNewTab_(viewModel->openInNewTab), retryDelay_(firstRetryDelay) {
+      openInNewTab_(viewModel->openInNewTab), loadRetry_(viewModel_, webView_),
+      externalLinks_(viewModel_, services.workspace, handOvers_) {
 }
 
 Coordinator::~Coordinator() {
@@ -94,6 +94,7 @@ void Coordinator::didClose() {
 
 void Coordinator::webProcessDidTerminate(bool crashed) {
   uiLogger_.error("The web process of a tab has ended ({})", crashed ? "crash" : "terminated");
+  loadRetry_.webProcessDidTerminate();
   if (const auto viewModel = viewModel_.lock()) {
     viewModel->isLoading.set(false);
     viewModel->dialogs.dismiss();

@@ -4,7 +4,9 @@
 #include "base/Event.h"
 #include "base/Log.h"
 #include "platform/WebViewDelegate.h"
+#include "web/ExternalLinks.h"
 #include "web/GestureLimit.h"
+#include "web/LoadRetry.h"
 #include "web/ScriptMessageFields.h"
 
 #include <chrono>
@@ -24,9 +26,9 @@ class WindowViewModel;
 struct WebServices;
 struct WebViewConfiguration;
 
-// The host's side of one web view: decides where its navigations go, retries failed loads, opens windows and
-// panels for its page, and dispatches its script messages. Owned by the web view's place in the interface;
-// its destruction detaches it from the web view and ends its work. Main thread only.
+// The host's side of one web view: decides where its navigations go, opens windows and panels for its page,
+// and dispatches its script messages. Owned by the web view's place in the interface; its destruction
+// detaches it from the web view and ends its work. Main thread only.
 class Coordinator final : public platform::WebViewDelegate {
  public:
   Coordinator(const std::shared_ptr<WindowViewModel>& viewModel, std::shared_ptr<platform::WebView> webView,
@@ -67,9 +69,7 @@ class Coordinator final : public platform::WebViewDelegate {
 
   std::shared_ptr<WindowViewModel> newViewModel(const std::string& url) const;
   void updatePageState();
-  void failed(std::string_view label, const platform::WebError& error);
-  void scheduleRetry();
-  async::Task<void> retryAfter(std::chrono::seconds delay);
+  void failed(std::string_view label, const platform::WebError& error, bool provisional);
 
   bool isTrusted(const Route& route, const Message& message) const;
   void forward(const Message& message);
@@ -124,11 +124,11 @@ class Coordinator final : public platform::WebViewDelegate {
 
   async::TaskHandle sendClickedTask_;
   async::TaskHandle discardClickedTask_;
-  async::TaskHandle retryTask_;
   async::TaskHandle printTask_;
-  GestureLimit windows_; // that the page opens
+  GestureLimit windows_;   // that the page opens
   GestureLimit handOvers_; // to the desktop
-  std::chrono::seconds retryDelay_;
+  LoadRetry loadRetry_;
+  ExternalLinks externalLinks_;
   bool titleIsDue_ = false; // the page finished without one, which may still be on its way
   async::Scope scope_;
 };

@@ -1,12 +1,10 @@
 #include "web/Coordinator.h"
 
-#include "async/sleep.h"
 #include "base/Text.h"
 #include "base/Url.h"
 #include "platform/WebView.h"
 #include "platform/Workspace.h"
 #include "settings/AppSettings.h"
-#include "web/LoadRetry.h"
 #include "web/MailURL.h"
 #include "web/MessageFiles.h"
 #include "web/WebServices.h"
@@ -34,6 +32,10 @@ bool hostEndsWith(const base::Url& url, const std::string& suffix) {
 } // namespace
 
 void Coordinator::decidePolicy(const platform::NavigationAction& action, platform::PolicyReply reply) {
+  if (externalLinks_.take(action)) {
+    std::move(reply)(NavigationPolicy::cancel);
+    return;
+  }
   const auto& modifiers = action.modifiers;
   if (action.type == platform::NavigationType::linkActivated && modifiers.contains(Modifiers::command) &&
       isWebAddress(action.url)) {
@@ -56,6 +58,7 @@ void Coordinator::decidePolicy(const platform::NavigationResponse& response, pla
 
 void Coordinator::didCommit() {
   titleIsDue_ = false;
+  loadRetry_.didCommit();
   if (const auto viewModel = viewModel_.lock()) {
     viewModel->pageProblem.set({});
     viewModel->dialogs.pageDidCommit(webView_->url().value_or(""));
@@ -64,9 +67,7 @@ void Coordinator::didCommit() {
 }
 
 void Coordinator::didFinish() {
-  retryTask_.cancel();
-  retryTask_ = {};
-  retryDelay_ = firstRetryDelay;
+  loadRetry_.didFinish();
   updatePageState();
   const auto viewModel = viewModel_.lock();
   if (!viewModel)
@@ -88,38 +89,23 @@ void Coordinator::titleDidChange() {
 }
 
 void Coordinator::didFail(const platform::WebError& error) {
-  failed("didFail", error);
+  failed("didFail", error, false);
 }
 
 void Coordinator::didFailProvisional(const platform::WebError& error) {
-  failed("didFailProvisionalNavigation", error);
+  failed("didFailProvisionalNavigation", error, true);
 }
 
-void Coordinator::failed(std::string_view label, const platform::WebError& error) {
+void Coordinator::failed(std::string_view label, const platform::WebError& error, bool provisional) {
   if (error.isCancelled() || error.isInterruptedByPolicy())
     return;
   uiLogger_.error("{}: navigation failed — {} {} {}", label, error.domain, error.code, error.description);
-  if (const auto viewModel = viewModel_.lock())
-    viewModel->pageProblem.set({PageProblem::Kind::loadFailed, error.description});
-  scheduleRetry();
-}
-
-void Coordinator::scheduleRetry() {
-  retryTask_.cancel();
-  const auto delay = retryDelay_;
-  retryDelay_ = nextRetryDelay(delay);
-  retryTask_ = scope_.spawn(retryAfter(delay));
-}
-
-async::Task<void> Coordinator::retryAfter(std::chrono::seconds delay) {
-  const bool sleptThrough = co_await async::sleep(delay);
-  if (!sleptThrough)
-    co_return;
-  if (const auto viewModel = viewModel_.lock())
-    viewModel->loadURL();
+  loadRetry_.didFail(error, provisional);
 }
 
 std::shared_ptr<platform::WebView> Coordinator::createWebView(platform::NewWindowRequest request) {
+  if (externalLinks_.take(request.action))
+    return nullptr;
   const auto url = request.action.url ? base::Url::parse(*request.action.url) : std::nullopt;
   if (!url || !url->scheme() || !url->host()) {
     uiLogger_.debug("createWebViewWith: no URL / scheme / host — url={}", request.action.url.value_or("nil"));

@@ -44,12 +44,17 @@ void WebView::makeWebView() {
   viewModel_->setWebView(webView_);
   if (onWebViewMade)
     onWebViewMade(*webView_);
-  if (restorationData && !webView_->restoreInteractionState(*restorationData))
+  // Restoring makes the engine tell the address of the page before.
+  const auto wanted = *viewModel_->urlString;
+  const bool isRestored = restorationData && webView_->restoreInteractionState(*restorationData);
+  if (restorationData && !isRestored)
     base::Logger("ui").error("The saved state of a tab could not be restored");
 
   const bool anotherPage = std::exchange(viewModel_->loadsURLAfterRestoring, false);
-  if (!wasPrebuilt && (!restorationData || anotherPage))
-    viewModel_->loadURL();
+  if (wasPrebuilt || (isRestored && !anotherPage))
+    return;
+  viewModel_->urlString.set(wanted);
+  viewModel_->loadURL();
 }
 
 } // namespace ondrel::web

@@ -122,11 +122,17 @@ void WindowViewModel::reload() {
   const auto webView = liveWebView();
   if (!webView)
     return;
-  if (pageProblem->kind == PageProblem::Kind::unresponsive)
+  const auto kind = pageProblem->kind;
+  if (kind == PageProblem::Kind::unresponsive)
     webView->terminateWebProcess();
   dialogs.userLoads();
-  const bool showsItsPage =
-      pageProblem->kind == PageProblem::Kind::none && !webView->url().value_or("").empty();
+  if (kind == PageProblem::Kind::loadFailed) {
+    tryAgain();
+    return;
+  }
+  const bool hasProcess =
+      kind != PageProblem::Kind::processTerminated && kind != PageProblem::Kind::unresponsive;
+  const bool showsItsPage = hasProcess && !webView->url().value_or("").empty();
   pageProblem.set({});
   if (showsItsPage)
     webView->reload();
@@ -136,6 +142,13 @@ void WindowViewModel::reload() {
 
 async::Task<std::optional<platform::LeaveReply>> WindowViewModel::tryClose() {
   return askToClose(shared_from_this());
+}
+
+void WindowViewModel::tryAgain() {
+  if (!pageProblem->url.empty())
+    urlString.set(pageProblem->url);
+  pageProblem.set({});
+  loadURL();
 }
 
 async::Task<platform::ScriptResult> WindowViewModel::evaluate(std::string source,

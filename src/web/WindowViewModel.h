@@ -96,9 +96,13 @@ class WindowViewModel : public std::enable_shared_from_this<WindowViewModel> {
   void show(const std::string& url);
   void goBack();
   void goForward();
-  // Loads again; after a failed load or a lost web process, what urlString holds. A page that hangs is ended.
+  // Loads the page that is shown again; without one, what failed last or what urlString holds. A page that
+  // hangs is ended.
   void reload();
-  // Asks the page whether the tab may be closed, as platform::WebView::tryClose does; its dialogs go for that.
+  // Asks once more for what could not be loaded.
+  void tryAgain();
+  // Asks the page whether the tab may be closed, as platform::WebView::tryClose does; its dialogs go for
+  // that.
   async::Task<std::optional<platform::LeaveReply>> tryClose();
 
   // In the main frame, or in the given one. null when there is no web view.

@@ -26,7 +26,10 @@ class FakeWebView final : public platform::WebView {
       std::abort(); // a second registration is a programming error of the caller
   }
   void removeScriptMessageHandler(const std::string& name) override { handlers.erase(name); }
-  void load(const std::string& url) override { loads.push_back(url); }
+  void load(const std::string& url) override {
+    loads.push_back(url);
+    goTo(url);
+  }
   void loadHTML(const std::string& html) override { documents.push_back(html); }
   void reload() override { ++reloads; }
   void stopLoading() override {}
@@ -42,7 +45,8 @@ class FakeWebView final : public platform::WebView {
       co_await async::nextTurn();
     if (hangs || !keepsUser)
       co_return std::nullopt;
-    co_return platform::LeaveReply([answers = leaveAnswers](bool leave) { answers->push_back(leave); }, false);
+    co_return platform::LeaveReply([answers = leaveAnswers](bool leave) { answers->push_back(leave); },
+                                   false);
   }
   void terminateWebProcess() override {
     ++terminations;
@@ -74,9 +78,11 @@ class FakeWebView final : public platform::WebView {
   std::optional<base::Bytes> interactionState() override { return state; }
   bool restoreInteractionState(const base::Bytes& bytes) override {
     restored.push_back(bytes);
-    if (acceptsState)
-      state = bytes;
-    return acceptsState;
+    if (!acceptsState)
+      return false;
+    state = bytes;
+    goTo({bytes.begin(), bytes.end()});
+    return true;
   }
   async::Task<platform::PrintResult> print(platform::PrintSettings settings) override {
     prints.push_back(settings);
@@ -86,6 +92,30 @@ class FakeWebView final : public platform::WebView {
   }
   platform::NativeView nativeView() override { return native; }
   void setInspectable(bool value) override { inspectable = value; }
+
+  // The engine's address is that of a load as soon as it begins, a restored page's too, and that of the page
+  // shown again when it fails. The bytes of a state are its page's address here.
+  void goTo(const std::string& url) {
+    currentUrl = url;
+    loading = true;
+    if (delegate)
+      delegate->urlDidChange();
+  }
+  void commit() {
+    shownUrl = currentUrl;
+    delegate->didCommit();
+  }
+  void finish() {
+    loading = false;
+    delegate->didFinish();
+  }
+  void failProvisional(platform::WebError error) {
+    error.failingURL = currentUrl.value_or("");
+    currentUrl = shownUrl;
+    loading = false;
+    delegate->urlDidChange();
+    delegate->didFailProvisional(error);
+  }
 
   platform::WebViewDelegate* delegate = nullptr;
   platform::NativeView native;
@@ -99,10 +129,12 @@ class FakeWebView final : public platform::WebView {
   std::optional<async::Duration> printsFor; // how long the next panel stays
   std::function<platform::ScriptResult(const std::string&)> answer;
   std::optional<std::string> currentUrl;
+  std::optional<std::string> shownUrl; // of the page
   std::optional<std::string> currentTitle;
   std::optional<base::Bytes> state;
-  std::shared_ptr<std::vector<bool>> leaveAnswers = std::make_shared<std::vector<bool>>(); // to what the page asked before it goes
-  bool keepsUser = false;         // it has a beforeunload, and its user has done something
+  std::shared_ptr<std::vector<bool>> leaveAnswers =
+      std::make_shared<std::vector<bool>>(); // to what the page asked before it goes
+  bool keepsUser = false;                    // it has a beforeunload, and its user has done something
   bool hangs = false;
   int closeQuestions = 0;
   int terminations = 0;

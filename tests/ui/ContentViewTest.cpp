@@ -96,12 +96,21 @@ TEST_F(ContentViewTest, TellsWhatKeepsThePageFromShowing) {
   EXPECT_EQ(view->loads.size(), before + 1);
   EXPECT_EQ(visibleTexts(root), Texts{}) << "asking again is enough for the bar to go";
 
+  model(0)->pageProblem.set({Kind::navigationFailed, "no route", "https://x.example/"});
+  EXPECT_TRUE(gtk_widget_get_mapped(pages[0].get())) << "the page before stays";
+  EXPECT_EQ(visibleTexts(root), (Texts{"“https://x.example/” could not be loaded", "no route", "Try Again"}));
+  click(buttonWithLabel(root, "Try Again"));
+  EXPECT_EQ(view->loads.back(), "https://x.example/");
+  model(0)->pageProblem.set({Kind::noApplication, "", "tel:1"});
+  EXPECT_EQ(visibleTexts(root), Texts{"No application opens “tel:1”"});
+  model(0)->pageProblem.set({});
+
   model(0)->pageProblem.set({Kind::processTerminated, ""});
   EXPECT_FALSE(gtk_widget_get_mapped(pages[0].get()));
   EXPECT_EQ(visibleTexts(root).at(0), "This Page Stopped Working");
   EXPECT_EQ(gtk_window_get_focus(topLevels[0].get()), buttonWithLabel(root, "Reload")) << "Enter is enough";
   click(buttonWithLabel(root, "Reload"));
-  EXPECT_EQ(view->loads.size(), before + 2);
+  EXPECT_EQ(view->loads.size(), before + 3);
   EXPECT_TRUE(gtk_widget_get_mapped(pages[0].get())) << "the page is back";
   EXPECT_EQ(gtk_window_get_focus(topLevels[0].get()), pages[0].get());
 }
@@ -112,8 +121,9 @@ TEST_F(ContentViewTest, ADialogOfThePageCoversThePageAlone) {
   auto* page = pages[0].get();
   std::vector<std::string> answers;
   const auto ask = [&] {
-    model(0)->dialogs.prompt("https://app.example.com/", "Name?\n<b>now</b>", "Jane",
-                             {[&](const auto& text) { answers.push_back(text.value_or("none")); }, std::nullopt});
+    model(0)->dialogs.prompt(
+        "https://app.example.com/", "Name?\n<b>now</b>", "Jane",
+        {[&](const auto& text) { answers.push_back(text.value_or("none")); }, std::nullopt});
   };
   ask();
   EXPECT_EQ(visibleTexts(root), (Texts{"app.example.com says", "Name?\n<b>now</b>", "Cancel", "OK"}));

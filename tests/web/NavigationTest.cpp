@@ -78,9 +78,8 @@ TEST_F(NavigationTest, ModifiersOpenTabsAndWindows) {
   }
   EXPECT_EQ(decide(NavigationAction{NavigationType::other, {Modifiers::command}, "https://x.example/"}),
             NavigationPolicy::allow);
-  for (const auto& none :
-       {std::optional<std::string>(), std::optional<std::string>("file:///etc/passwd"),
-        std::optional<std::string>("javascript://%0aalert(1)"), std::optional<std::string>("email://x")}) {
+  for (const auto& none : {std::optional<std::string>(), std::optional<std::string>("file:///etc/passwd"),
+                           std::optional<std::string>("javascript://%0aalert(1)")}) {
     const auto before = windows();
     EXPECT_EQ(decide(NavigationAction{NavigationType::linkActivated, {Modifiers::command}, none}),
               NavigationPolicy::allow)
@@ -113,40 +112,113 @@ TEST_F(NavigationTest, ResponsesBecomeDownloads) {
         << each.disposition.value_or("none");
 }
 
-TEST_F(NavigationTest, FailedLoadsAreRetriedWithGrowingDelays) {
+TEST_F(NavigationTest, WhatFailedIsTriedAgainWithGrowingDelays) {
   const WebError refused{std::string(WebError::urlDomain), WebError::cannotConnectToHost, "refused"};
-  model->urlString.set("https://app.example.com/mail/");
+  const std::string wanted = "https://app.example.com/mail/";
+  model->show(wanted);
+  view->loads.clear();
   for (const auto delay : {2s, 4s, 8s, 16s, 30s, 30s}) {
-    engine().didFailProvisional(refused);
+    view->failProvisional(refused);
+    EXPECT_EQ(model->pageProblem->kind, PageProblem::Kind::loadFailed);
     shell.loop.advance(delay - 1ms);
     EXPECT_TRUE(view->loads.empty()) << delay.count();
     shell.loop.advance(1ms);
-    EXPECT_EQ(view->loads, (Calls{"https://app.example.com/mail/"})) << delay.count();
+    EXPECT_EQ(view->loads, (Calls{wanted})) << delay.count();
     view->loads.clear();
   }
   EXPECT_EQ(shell.log.count(
                 "error ui: didFailProvisionalNavigation: navigation failed — NSURLErrorDomain -1004 refused"),
             6);
 
-  engine().didFinish();
+  view->commit();
+  view->finish();
   engine().didFail(refused);
   EXPECT_EQ(shell.log.count("error ui: didFail: navigation failed — NSURLErrorDomain -1004 refused"), 1);
-  EXPECT_EQ(model->pageProblem->kind, PageProblem::Kind::loadFailed);
-  model->urlString.set("https://app.example.com/elsewhere");
+  EXPECT_EQ(model->pageProblem->kind, PageProblem::Kind::loadFailed) << "the page is not whole";
   shell.loop.advance(2s);
-  EXPECT_EQ(view->loads, (Calls{"https://app.example.com/elsewhere"})) << "a retry follows the address";
-
-  view->loads.clear();
-  engine().didFail(refused);
-  engine().didFail(refused);
-  shell.loop.advance(8s);
-  EXPECT_EQ(view->loads.size(), 1U) << "a new failure replaces the pending retry";
-  view->loads.clear();
-  engine().didFail(refused);
-  engine().didFinish();
-  EXPECT_EQ(model->pageProblem->kind, PageProblem::Kind::none);
+  EXPECT_EQ(view->loads, (Calls{wanted}));
+  view->commit();
   shell.loop.advance(60s);
-  EXPECT_TRUE(view->loads.empty()) << "a finished load ends the retries";
+  EXPECT_EQ(view->loads.size(), 1U) << "a page that has come ends the retries";
+}
+
+TEST_F(NavigationTest, ALoadThatIsAskedForMeanwhileIsNotReplacedByARetry) {
+  const WebError refused{std::string(WebError::urlDomain), WebError::cannotConnectToHost, "refused"};
+  view->failProvisional(refused);
+  model->show("https://app.example.com/slow");
+  shell.loop.advance(10s);
+  EXPECT_EQ(view->loads, (Calls{"https://app.example.com/slow"}));
+  view->failProvisional(refused);
+  shell.loop.advance(4s);
+  EXPECT_EQ(view->loads.back(), "https://app.example.com/slow");
+  EXPECT_EQ(view->loads.size(), 2U);
+}
+
+// The double kept the address of a load that had failed, where the engine goes back to that of the page.
+TEST_F(NavigationTest, APageStaysWhenAWayAwayFromItFails) {
+  const WebError refused{std::string(WebError::urlDomain), WebError::cannotFindHost, "no such host"};
+  model->show("https://app.example.com/mail/");
+  view->commit();
+  view->finish();
+  view->loads.clear();
+  view->goTo("https://elsewhere.example/"); // the user's click
+  view->failProvisional(refused);
+  EXPECT_EQ(*model->pageProblem,
+            (PageProblem{PageProblem::Kind::navigationFailed, "no such host", "https://elsewhere.example/"}));
+  EXPECT_EQ(*model->urlString, "https://app.example.com/mail/");
+  shell.loop.advance(120s);
+  EXPECT_TRUE(view->loads.empty()) << "it may hold what the user has written";
+  model->tryAgain();
+  EXPECT_EQ(view->loads, (Calls{"https://elsewhere.example/"}));
+  view->failProvisional(refused);
+  model->reload();
+  EXPECT_EQ(view->reloads, 1) << "of the page that is shown";
+  EXPECT_EQ(model->pageProblem->kind, PageProblem::Kind::none);
+
+  engine().webProcessDidTerminate(true);
+  model->reload();
+  view->failProvisional(refused);
+  view->loads.clear();
+  shell.loop.advance(4s);
+  EXPECT_EQ(view->loads, (Calls{"https://app.example.com/mail/"})) << "there is nothing left to keep";
+}
+
+TEST_F(NavigationTest, LinksToOtherProgramsGoToTheDesktop) {
+  const struct {
+    std::string url;
+    std::string handedOver;
+  } cases[] = {
+      {"tel:+49 30 1234", "tel:+49%2030%201234"},
+      {"MAILTO:a@b?subject=\"x\"", "MAILTO:a@b?subject=%22x%22"},
+      {"xmpp:a@b", "xmpp:a@b"},
+      {"FILE:///etc/passwd", ""},
+      {"javascript:alert(1)", ""},
+      {"data:text/html,x", ""},
+      {"blob:https://x/1", ""},
+      {"-tel:1", ""},
+      {"tel:1\n2", ""},
+  };
+  shell.workspace.mailApplication = "phone";
+  for (const auto& each : cases) {
+    shell.workspace.opened.clear();
+    NavigationAction action{NavigationType::linkActivated, {}, each.url};
+    const auto refused = each.handedOver.empty() ? NavigationPolicy::allow : NavigationPolicy::cancel;
+    EXPECT_EQ(decide(action), refused) << each.url;
+    EXPECT_TRUE(shell.workspace.opened.empty()) << "the page did it by itself: " << each.url;
+    action.isUserGesture = true;
+    action.gesture = ++gesture;
+    for (int i = 0; i < 3; ++i)
+      EXPECT_EQ(decide(action), refused) << each.url;
+    EXPECT_EQ(shell.workspace.opened, each.handedOver.empty() ? Calls{} : Calls{each.handedOver}) << each.url;
+  }
+  EXPECT_EQ(model->pageProblem->kind, PageProblem::Kind::none);
+  shell.workspace.mailApplication = std::nullopt;
+  platform::NewWindowRequest window;
+  window.action.url = "tel:1";
+  window.action.isUserGesture = true;
+  window.action.gesture = ++gesture;
+  EXPECT_EQ(engine().createWebView(std::move(window)), nullptr);
+  EXPECT_EQ(*model->pageProblem, (PageProblem{PageProblem::Kind::noApplication, "", "tel:1"}));
 }
 
 TEST_F(NavigationTest, CancelledAndInterruptedLoadsAreNotRetried) {
@@ -156,7 +228,8 @@ TEST_F(NavigationTest, CancelledAndInterruptedLoadsAreNotRetried) {
   EXPECT_TRUE(view->loads.empty());
   EXPECT_EQ(model->pageProblem->kind, PageProblem::Kind::none);
   EXPECT_FALSE(shell.log.anyStartsWith("error"));
-  engine().didFail({std::string(WebError::webKitDomain), WebError::cancelled, "another domain's number"});
+  view->failProvisional(
+      {std::string(WebError::webKitDomain), WebError::cancelled, "another domain's number"});
   shell.loop.advance(2s);
   EXPECT_EQ(view->loads.size(), 1U);
 }
@@ -250,12 +323,13 @@ TEST_F(NavigationTest, PopupsGoWhereTheyBelong) {
 }
 
 TEST_F(NavigationTest, ALinkInAComposePageStaysThere) {
-  model->urlString.set("https://app.example.com/mail/Inbox/compose?u=1");
   for (const std::string url : {"https://elsewhere.example/", "https://app.example.com/mail/x"}) {
     ++gesture;
+    model->urlString.set("https://app.example.com/mail/Inbox/compose?u=1");
     EXPECT_EQ(popup(url), nullptr);
     EXPECT_EQ(view->loads.back(), url);
   }
+  model->urlString.set("https://app.example.com/mail/Inbox/compose?u=1");
   EXPECT_EQ(popup("file://host/etc/passwd"), nullptr);
   EXPECT_EQ(view->loads.size(), 2U);
   EXPECT_TRUE(shell.workspace.opened.empty());

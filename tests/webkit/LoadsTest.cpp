@@ -92,6 +92,7 @@ TEST_F(LoadsTest, PoliciesDecide) {
       {"link", "click 2", Modifiers::command},
       {"link", "click 1", 0},
   };
+  std::uint64_t lastGesture = 0;
   for (const auto& [link, click, flags] : table) {
     SCOPED_TRACE(std::string(link) + ": " + click);
     delegate_.actions.clear();
@@ -103,7 +104,13 @@ TEST_F(LoadsTest, PoliciesDecide) {
     EXPECT_EQ(delegate_.actions.back().url, server_.url("/linked"));
     EXPECT_TRUE(delegate_.actions.back().modifiers.exactly(flags))
         << delegate_.actions.back().modifiers.flags;
+    EXPECT_TRUE(delegate_.actions.back().isUserGesture);
+    EXPECT_GT(delegate_.actions.back().gesture, lastGesture) << "each click has its number";
+    lastGesture = delegate_.actions.back().gesture;
   }
+  evaluate("setTimeout(() => { location = 'tel:1' }, 1500); 0"); // what the program runs counts as a click
+  ASSERT_TRUE(waitFor([&] { return delegate_.actions.back().url == "tel:1"; }));
+  EXPECT_FALSE(delegate_.actions.back().isUserGesture) << "nobody has clicked";
   runFor(200ms);
   EXPECT_EQ(delegate_.events, Events{});
   EXPECT_EQ(server_.requests("/linked"), 0);
@@ -159,6 +166,35 @@ TEST_F(LoadsTest, SecondTryOfARestoredPageAddsNothingToItsHistory) {
   EXPECT_EQ(restored->url(), server_.url("/page"));
   EXPECT_FALSE(restored->canGoBack());
   restored->setDelegate(nullptr);
+}
+
+TEST_F(LoadsTest, AWayBackThatFailedIsTriedAgainInItsPlace) {
+  for (const auto* path : {"/one", "/two", "/three"})
+    server_.serve(path, {path, "text/html", {{"Cache-Control", "no-store"}}});
+  loadUrl(server_.url("/one"));
+  loadUrl(server_.url("/two"));
+  const auto state = view().interactionState();
+  ASSERT_TRUE(state);
+  RecordingDelegate delegate;
+  const auto other = makeView(delegate); // whose page before must be loaded
+  show(*other);
+  ASSERT_TRUE(other->restoreInteractionState(*state));
+  EXPECT_EQ(other->url(), server_.url("/two")) << "it tells the address at once";
+  other->load(server_.url("/three")); // before the restored one is there
+  ASSERT_TRUE(waitFor([&] { return delegate.count("finish") == 1; }));
+  EXPECT_EQ(other->url(), server_.url("/three"));
+
+  server_.goOffline();
+  other->goBack();
+  ASSERT_TRUE(waitFor([&] { return !delegate.errors.empty() && !delegate.errors.back().isCancelled(); }));
+  EXPECT_EQ(delegate.errors.back().failingURL, server_.url("/two"));
+  EXPECT_EQ(other->url(), server_.url("/three")) << "the page that stays";
+  server_.goOnline();
+  other->load(server_.url("/two"));
+  ASSERT_TRUE(waitFor([&] { return delegate.count("finish") == 2; }));
+  EXPECT_EQ(other->url(), server_.url("/two"));
+  EXPECT_TRUE(other->canGoBack() && other->canGoForward());
+  other->setDelegate(nullptr);
 }
 
 namespace {

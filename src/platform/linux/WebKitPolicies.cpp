@@ -52,6 +52,7 @@ NavigationAction navigationActionFrom(WebKitNavigationAction* action, std::uint6
       modifiersFrom(static_cast<GdkModifierType>(webkit_navigation_action_get_modifiers(action)), false);
   if (webkit_navigation_action_get_mouse_button(action) == middleButton)
     result.modifiers.flags |= Modifiers::command;
+  result.isUserGesture = webkit_navigation_action_is_user_gesture(action) != FALSE;
   const auto* url = webkit_uri_request_get_uri(webkit_navigation_action_get_request(action));
   if (url && *url)
     result.url = url;

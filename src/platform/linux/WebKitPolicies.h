@@ -6,6 +6,7 @@
 
 namespace ondrel::platform {
 
+// `gesture` is the number of the last press of a key or button.
 NavigationAction navigationActionFrom(WebKitNavigationAction* action, std::uint64_t gesture);
 NavigationResponse navigationResponseFrom(WebKitResponsePolicyDecision* decision);
 

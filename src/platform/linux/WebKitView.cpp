@@ -73,7 +73,7 @@ std::shared_ptr<WebKitView> WebKitView::connected(std::shared_ptr<WebKitView> vi
   view->connectLoads();
   view->connectQuestions();
   view->connectProperties();
-  view->countGestures();
+  view->connectInput();
   return view;
 }
 
@@ -111,10 +111,8 @@ void WebKitView::removeScriptMessageHandler(const std::string& name) {
 void WebKitView::load(const std::string& url) {
   loads_.requested(url);
   const auto address = validUtf8(url);
-  auto* item = currentItem(view_.get());
-  // Another try for the page that a restored history stands at: a plain load would add it a second time.
-  if (awaitsRestoredPage_ && item && nonEmpty(webkit_back_forward_list_item_get_uri(item)) == address)
-    webkit_web_view_go_to_back_forward_list_item(view_.get(), item);
+  if (wantedItem_ && nonEmpty(webkit_back_forward_list_item_get_uri(wantedItem_.get())) == address)
+    webkit_web_view_go_to_back_forward_list_item(view_.get(), wantedItem_.get());
   else
     webkit_web_view_load_uri(view_.get(), address.c_str());
 }
@@ -151,8 +149,7 @@ namespace {
 
 // Holds the web view, which the question is a part of.
 async::Task<std::optional<LeaveReply>> askToClose([[maybe_unused]] std::shared_ptr<WebKitView> held,
-                                                  WebKitClosing& closing,
-                                                  async::Duration deadline) {
+                                                  WebKitClosing& closing, async::Duration deadline) {
   co_return co_await closing.ask(deadline);
 }
 
@@ -214,8 +211,17 @@ std::optional<base::Bytes> WebKitView::interactionState() {
 }
 
 bool WebKitView::restoreInteractionState(const base::Bytes& state) {
-  awaitsRestoredPage_ = restoreSessionState(view_.get(), state);
-  return awaitsRestoredPage_;
+  if (!restoreSessionState(view_.get(), state))
+    return false;
+  rememberWantedItem(url().value_or(std::string()));
+  return true;
+}
+
+// The list stands at what the engine is on its way to, until that has failed.
+void WebKitView::rememberWantedItem(const std::string& url) {
+  auto* item = webkit_back_forward_list_get_current_item(webkit_web_view_get_back_forward_list(view_.get()));
+  if (item && nonEmpty(webkit_back_forward_list_item_get_uri(item)) == url)
+    wantedItem_ = glib::share(item);
 }
 
 async::Task<PrintResult> WebKitView::print(PrintSettings settings) {

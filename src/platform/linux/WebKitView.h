@@ -66,7 +66,7 @@ class WebKitView final : public WebView,
   void connectLoads();
   void connectQuestions();
   void connectProperties();
-  void countGestures();
+  void connectInput();
   void limitMenu();
   template <class Signature, class Handler>
   void on(const char* signal, Handler handler);
@@ -75,6 +75,7 @@ class WebKitView final : public WebView,
   void tell(Call call);
 
   void showDialog(WebKitScriptDialog* dialog);
+  void rememberWantedItem(const std::string& url);
   void sendExtraScripts();
   WebKitWebView* openWindow(WebKitNavigationAction* action);
   void receive(WebKitUserMessage* message);
@@ -93,9 +94,11 @@ class WebKitView final : public WebView,
   std::set<std::string, std::less<>> handlerNames_;
   WebKitLoads loads_{*this};
   WebKitClosing closing_{view_.get()};
-  std::uint64_t gestures_ = 0; // keys and buttons pressed
-  bool stayed_ = false;             // the user kept the page from being left for another
-  bool awaitsRestoredPage_ = false; // its history has come back, and no page of it yet
+  bool stayed_ = false; // the user kept the page from being left for another
+  // Of the history, asked for and not reached yet: a plain load of its address would add it a second time.
+  glib::Ref<WebKitBackForwardListItem> wantedItem_;
+  std::uint64_t gestures_ = 0; // presses of keys and buttons
+  bool keyIsDown_ = false;
   WebKitMessagePacing messagePacing_;
   std::shared_ptr<WebKitView> heldUntilShown_; // itself, as a new window of a page
   std::vector<glib::Connection> connections_;

@@ -1,6 +1,7 @@
 // The other half of WebKitView: what the engine tells and asks.
 #include "platform/linux/WebKitView.h"
 
+#include "platform/linux/SafeText.h"
 #include "platform/linux/WebKitDialogs.h"
 #include "platform/linux/WebKitEngine.h"
 #include "platform/linux/WebKitErrors.h"
@@ -36,7 +37,7 @@ void WebKitView::connectLoads() {
       return;
     case WEBKIT_LOAD_COMMITTED:
       sendExtraScripts(); // again, since this may be a new web process
-      awaitsRestoredPage_ = false;
+      wantedItem_ = nullptr;
       loads_.committed(url().value_or(std::string()));
       return;
     case WEBKIT_LOAD_FINISHED:
@@ -45,9 +46,13 @@ void WebKitView::connectLoads() {
     }
   });
   on<gboolean(WebKitWebView*, WebKitLoadEvent, const char*, GError*)>(
-      "load-failed", [this](WebKitWebView*, WebKitLoadEvent event, const char*, GError* error) -> gboolean {
+      "load-failed",
+      [this](WebKitWebView*, WebKitLoadEvent event, const char* url, GError* gError) -> gboolean {
         const auto self = shared_from_this();
-        loads_.failed(webErrorFrom(*error), event != WEBKIT_LOAD_COMMITTED);
+        auto error = webErrorFrom(*gError);
+        error.failingURL = validUtf8(url ? url : "");
+        rememberWantedItem(error.failingURL);
+        loads_.failed(error, event != WEBKIT_LOAD_COMMITTED);
         return TRUE; // no error page of the engine's
       });
   on<void(WebKitWebView*, WebKitWebProcessTerminationReason)>(
@@ -189,17 +194,21 @@ void WebKitView::connectProperties() {
       }));
 }
 
-void WebKitView::countGestures() {
-  auto* events = gtk_event_controller_legacy_new();
-  gtk_event_controller_set_propagation_phase(events, GTK_PHASE_CAPTURE);
+// A held key repeats, and is one press.
+void WebKitView::connectInput() {
+  auto* input = gtk_event_controller_legacy_new();
+  gtk_event_controller_set_propagation_phase(input, GTK_PHASE_CAPTURE);
   connections_.push_back(glib::connect<gboolean(GtkEventControllerLegacy*, GdkEvent*)>(
-      events, "event", [this](GtkEventControllerLegacy*, GdkEvent* event) -> gboolean {
+      input, "event", [this](GtkEventControllerLegacy*, GdkEvent* event) -> gboolean {
         const auto type = gdk_event_get_event_type(event);
-        if (type == GDK_BUTTON_PRESS || type == GDK_KEY_PRESS || type == GDK_TOUCH_BEGIN)
+        const bool isKey = type == GDK_KEY_PRESS && !std::exchange(keyIsDown_, true);
+        if (type == GDK_KEY_RELEASE)
+          keyIsDown_ = false;
+        if (isKey || type == GDK_BUTTON_PRESS || type == GDK_TOUCH_BEGIN)
           ++gestures_;
         return FALSE;
       }));
-  gtk_widget_add_controller(GTK_WIDGET(view_.get()), events);
+  gtk_widget_add_controller(container_.get(), input);
 }
 
 void WebKitView::limitMenu() {
