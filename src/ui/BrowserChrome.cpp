@@ -71,8 +71,7 @@ void BrowserChrome::packEnd() {
   onClicked(newTab_, services_.openNewTab);
   zoom_ = zoomButtons();
   // Packed from the edge inwards.
-  menu_ = menuButton();
-  for (auto* widget : {menu_, newTab_, zoom_})
+  for (auto* widget : {menuButton(), newTab_, zoom_})
     adw_header_bar_pack_end(ADW_HEADER_BAR(bar_.get()), widget);
 }
 
@@ -144,9 +143,10 @@ void BrowserChrome::update() {
   updateVisibility();
 }
 
+// The menu is always there: it has the command that brings the others back.
 void BrowserChrome::updateVisibility() {
   const bool hasToolbar = !tab_ || *tab_->toolbarVisible;
-  for (auto* widget : {back_, forward_, reload_, menu_})
+  for (auto* widget : {back_, forward_, reload_})
     gtk_widget_set_visible(widget, hasToolbar);
   gtk_widget_set_visible(zoom_, hasToolbar && width_ >= widthWithZoom);
   gtk_widget_set_visible(newTab_, hasToolbar && width_ >= widthWithNewTab);

@@ -62,7 +62,6 @@ class BrowserChrome final : public platform::GroupChrome {
   GtkWidget* zoomIn_ = nullptr;
   GtkWidget* zoom_ = nullptr; // the three together
   GtkWidget* newTab_ = nullptr;
-  GtkWidget* menu_ = nullptr;
   // Begins small: a window can't become narrower than what it has once shown.
   int width_ = 0;
 

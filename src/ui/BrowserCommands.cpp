@@ -6,6 +6,8 @@
 #include "ui/KeyTab.h"
 #include "web/WindowViewModel.h"
 
+#include <functional>
+
 namespace ondrel::ui {
 
 using web::WindowViewModel;
@@ -27,11 +29,16 @@ Condition whenKeyTab(KeyTab& keyTab, std::function<bool(const WindowViewModel&)>
           [&keyTab](auto changed) { return keyTab.changed.subscribe(std::move(changed)); }};
 }
 
-std::function<void()> inKeyTab(KeyTab& keyTab, void (WindowViewModel::*work)()) {
+template <class Work>
+std::function<void()> inKeyTab(KeyTab& keyTab, Work work) {
   return [&keyTab, work] {
     if (const auto tab = keyTab.viewModel())
-      ((*tab).*work)();
+      std::invoke(work, *tab);
   };
+}
+
+void toggleToolbar(WindowViewModel& tab) {
+  tab.toolbarVisible.set(!*tab.toolbarVisible);
 }
 
 } // namespace
@@ -155,7 +162,11 @@ CommandGroup BrowserCommands::tools() {
 CommandGroup BrowserCommands::general() {
   return {
       "General",
-      {{.title = "Settings…", .accelerators = {"<Control>comma"}, .perform = actions_.showSettings},
+      {{.title = "Show Toolbar",
+        .perform = inKeyTab(keyTab_, toggleToolbar),
+        .enabledWhen = whenKeyTab(keyTab_, [](const auto&) { return true; }),
+        .checkedWhen = whenKeyTab(keyTab_, [](const auto& tab) { return *tab.toolbarVisible; })},
+       {.title = "Settings…", .accelerators = {"<Control>comma"}, .perform = actions_.showSettings},
        {.title = "Keyboard Shortcuts",
         .accelerators = {"<Control>question"},
         .perform = actions_.showShortcuts},

@@ -120,14 +120,15 @@ TEST_F(BrowserChromeTest, ButtonsActOnTheTabInFront) {
   EXPECT_DOUBLE_EQ(view->zoom, 1.0);
 }
 
-TEST_F(BrowserChromeTest, AWindowWithoutAToolbarShowsItsTitleOnly) {
+TEST_F(BrowserChromeTest, ATabWithoutAToolbarKeepsItsTitleAndTheMenu) {
   model(0)->toolbarVisible.set(false);
   model(0)->title.set("Compose");
   chrome->selectedWindowDidChange(window(0));
   EXPECT_EQ(visibleTexts(bar), Names{"Compose"});
   showWidget(bar);
-  for (const char* name : {"back", "reload", "zoom-in", "new-tab", "menu"})
+  for (const char* name : {"back", "reload", "zoom-in", "new-tab"})
     EXPECT_FALSE(gtk_widget_get_mapped(find(bar, name))) << name;
+  EXPECT_TRUE(gtk_widget_get_mapped(find(bar, "menu")));
   chrome->selectedWindowDidChange(window(1));
   EXPECT_TRUE(runUntil([&] { return gtk_widget_get_mapped(find(bar, "zoom-in")); }))
       << "an ordinary tab again";

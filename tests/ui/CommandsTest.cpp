@@ -149,6 +149,23 @@ TEST_F(CommandsTest, HighlightsCanBeShownAndExportedWhenThereAreSome) {
   EXPECT_FALSE(enabled("show-highlights") || enabled("export-highlights"));
 }
 
+TEST_F(CommandsTest, TheToolbarOfTheTabInFrontIsASwitch) {
+  const auto isOn = [&] {
+    const glib::Owned<GVariant> state(g_action_group_get_action_state(group(), "show-toolbar"));
+    return g_variant_get_boolean(state.get()) != FALSE;
+  };
+  shell.application.setKey(window(0));
+  EXPECT_TRUE(isOn());
+  model(1)->toolbarVisible.set(false);
+  EXPECT_TRUE(isOn());
+  shell.application.setKey(window(1));
+  EXPECT_FALSE(isOn());
+  activate("show-toolbar");
+  EXPECT_TRUE(isOn() && *model(1)->toolbarVisible);
+  activate("show-toolbar");
+  EXPECT_FALSE(isOn() || *model(1)->toolbarVisible);
+}
+
 TEST_F(CommandsTest, TheMenuExplainsWhatCantBeUsed) {
   const PrimaryMenu menu(groups);
   auto* button = gtk_menu_button_new();

@@ -41,11 +41,6 @@ void WebKitLoads::started() {
   state_ = State::running;
 }
 
-void WebKitLoads::redirected(const std::string& url) {
-  if (!awaitsStart())
-    requestedUrl_ = url;
-}
-
 void WebKitLoads::committed(const std::string& url) {
   const bool wasRequested = awaitsCommit_;
   stopWaiting();

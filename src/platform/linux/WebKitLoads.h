@@ -35,7 +35,6 @@ class WebKitLoads {
 
   // What the engine tells.
   void started();
-  void redirected(const std::string& url);
   void committed(const std::string& url);
   void finished();
   void failed(const WebError& error, bool provisional);

@@ -33,7 +33,6 @@ void WebKitView::connectLoads() {
       loads_.started();
       return;
     case WEBKIT_LOAD_REDIRECTED:
-      loads_.redirected(url().value_or(std::string()));
       return;
     case WEBKIT_LOAD_COMMITTED:
       sendExtraScripts(); // again, since this may be a new web process
