@@ -57,7 +57,7 @@ TEST_F(MessageFilesTest, HaveTheTitleAsTheirNameAndStayInTheFolder) {
   shell.files.files.clear();
   ask(std::string(300, 'x'));
   shell.settle();
-  EXPECT_TRUE(shell.files.files.contains("/downloads/" + std::string(251, 'x') + ".eml"));
+  EXPECT_TRUE(shell.files.files.contains("/downloads/" + std::string(236, 'x') + ".eml"));
 
   const auto& request = shell.http.requests.back();
   EXPECT_EQ(request.method + " " + request.url, std::string("GET ") + url);
