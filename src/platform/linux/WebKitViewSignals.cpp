@@ -48,10 +48,13 @@ void WebKitView::connectLoads() {
       "load-failed",
       [this](WebKitWebView*, WebKitLoadEvent event, const char* url, GError* gError) -> gboolean {
         const auto self = shared_from_this();
+        const bool provisional = event != WEBKIT_LOAD_COMMITTED;
         auto error = webErrorFrom(*gError);
         error.failingURL = validUtf8(url ? url : "");
         rememberWantedItem(error.failingURL);
-        loads_.failed(error, event != WEBKIT_LOAD_COMMITTED);
+        // Where a server redirects to the empty page, the engine shows one and then says that it couldn't.
+        if (provisional || error.failingURL != "about:blank")
+          loads_.failed(error, provisional);
         return TRUE; // no error page of the engine's
       });
   on<void(WebKitWebView*, WebKitWebProcessTerminationReason)>(
