@@ -54,7 +54,7 @@ std::expected<std::string, int> AsideFile::link() const {
   if (lstat(target.c_str(), &there) == 0) {
     if (there.st_dev == file.st_dev && there.st_ino == file.st_ino)
       return target;
-    if (unlink(target.c_str()) != 0)
+    if (unlink(target.c_str()) != 0 && errno != ENOENT)
       return std::unexpected(errno);
   }
   if (::link(path_.c_str(), target.c_str()) == 0)

@@ -81,7 +81,7 @@ int moveInto(TemporaryFile& temporary, const std::string& name, int) {
 class FolderLock {
  public:
   explicit FolderLock(int folder) : folder_(folder) {
-    for (int attempt = 0; attempt < 100; ++attempt) {
+    for (int attempt = 0; attempt < 1000; ++attempt) {
       if (flock(folder_, LOCK_EX | LOCK_NB) == 0 || (errno != EWOULDBLOCK && errno != EINTR))
         return;
       usleep(1000);
@@ -163,9 +163,10 @@ PosixFileStore::replaceKnown(const std::string& path, std::string_view content,
       return there.error();
     if (there && *there != known) {
       const auto place = AsideFile(path, why).link();
-      if (!place)
+      if (!place && place.error() != ENOENT) // which another copy has moved aside by now
         return place.error();
-      kept = *place;
+      if (place)
+        kept = *place;
     }
     const int error = moveInto(temporary, name, folder);
     if (!error)

@@ -24,6 +24,15 @@ struct CloseDirectory {
   void operator()(DIR* directory) const { closedir(directory); }
 };
 
+// Locks a new file and tells whether a sweep was faster. Not all file systems have locks; there the name is
+// safe enough.
+bool isSwept(int file) {
+  if (flock(file, LOCK_EX | LOCK_NB) != 0)
+    return errno == EWOULDBLOCK;
+  struct stat status{};
+  return fstat(file, &status) == 0 && status.st_nlink == 0;
+}
+
 } // namespace
 
 std::string TemporaryFile::prefixFor(std::string_view target) {
@@ -42,9 +51,10 @@ int TemporaryFile::create() {
     file_ =
         UniqueFd(openat(folder_, name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
     if (file_) {
+      // A sweep in another process may come between, and take it for a left-over.
+      if (isSwept(file_.get()))
+        continue;
       name_ = name;
-      // Not all file systems have locks; there the name is safe enough.
-      flock(file_.get(), LOCK_EX | LOCK_NB);
       return 0;
     }
     if (errno != EEXIST && errno != EINTR)
