@@ -22,6 +22,7 @@
 #include "platform/linux/glib/GlibEventLoop.h"
 #include "program/OndrelApp.h"
 #include "scripts/PageScriptSource.h"
+#include "settings/SettingsKeys.h"
 #include "start/CommandLine.h"
 #include "start/DemoMode.h"
 #include "start/ProgramFolders.h"
@@ -86,6 +87,10 @@ class Program {
   Program(platform::LinuxApplication& application, const platform::Bundle& bundle,
           const start::ProgramFolders& folders, settings::Site site, platform::Rendering rendering)
       : defaults_(files_, directories_.configuration() + "/defaults.json"),
+        panels_({.defaults = defaults_,
+                 .directories = directories_,
+                 .saveFolderKey = settings::keys::lastSaveFolder,
+                 .openFolderKey = settings::keys::lastOpenFolder}),
         webViews_(
             {.dataFolder = directories_.applicationSupport().value_or(directories_.temporary()) + "/webkit",
              .cacheFolder = directories_.cache() + "/webkit",

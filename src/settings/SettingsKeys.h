@@ -32,6 +32,9 @@ inline constexpr Key<bool> mcpServerEnabled{"_mcpServerEnabled", false};
 inline constexpr Key<std::int64_t> mcpServerPort{"_mcpServerPort", 7777};
 inline constexpr std::string_view dismissedAnnouncementID =
     "_dismissedAnnouncementID"; // absent until one is dismissed
+// Where file panels start; absent until one was used.
+inline constexpr std::string_view lastSaveFolder = "_lastSaveFolder";
+inline constexpr std::string_view lastOpenFolder = "_lastOpenFolder";
 inline constexpr Key<std::int64_t> lastMigratedBuild{"_lastMigratedBuild", 0};
 
 } // namespace keys

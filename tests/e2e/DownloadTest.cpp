@@ -12,16 +12,7 @@ class DownloadTest : public UserHandsTest {
     UserHandsTest::SetUp();
     downloads = profile / "downloads";
     fs::create_directory(downloads);
-    // Where the panel opens first.
-    before_ = fs::current_path();
-    fs::current_path(downloads);
     write(profile / "config/user-dirs.dirs", "XDG_DOWNLOAD_DIR=\"" + downloads.string() + "\"\n");
-  }
-
-  void TearDown() override {
-    if (!before_.empty())
-      fs::current_path(before_);
-    UserHandsTest::TearDown();
   }
 
   // Opens the conversation with the attachments.
@@ -33,9 +24,6 @@ class DownloadTest : public UserHandsTest {
 
   fs::path downloads;
   WindowId main = 0;
-
- private:
-  fs::path before_;
 };
 
 TEST_F(DownloadTest, AMessageGoesToTheDownloadsFolderUnderItsTitle) {
@@ -55,14 +43,26 @@ TEST_F(DownloadTest, AMessageGoesToTheDownloadsFolderUnderItsTitle) {
 TEST_F(DownloadTest, AnAttachmentGoesWhereThePanelSays) {
   const auto program = start({}, wholeStacks);
   openConversation(*program);
-  click(main, -368, 684); // the first one
-  const auto panel = windowBeside({main});
-  ASSERT_NE(panel, 0U) << program->output();
-  focus(panel);
-  press("Return");
   const auto file = downloads / "Programme.pdf";
-  EXPECT_TRUE(eventually([&] { return read(file).contains("%%EOF"); })) << program->output();
-  EXPECT_TRUE(read(file).starts_with("%PDF-"));
+  for (const bool replaces : {false, true}) {
+    if (replaces)
+      write(file, "an earlier one");
+    click(main, -368, 684); // the first one
+    const auto panel = windowBeside({main});
+    ASSERT_NE(panel, 0U) << program->output();
+    focus(panel);
+    press("Return");
+    if (replaces) {
+      const auto question = windowBeside({main, panel});
+      ASSERT_NE(question, 0U) << "nobody asked whether to replace the file";
+      focus(question);
+      press("Return");
+    }
+    EXPECT_TRUE(eventually([&] { return read(file).contains("%%EOF"); })) << program->output();
+    EXPECT_TRUE(read(file).starts_with("%PDF-"));
+    ASSERT_TRUE(eventually([&] { return windows() == std::set{main}; }));
+  }
+  EXPECT_EQ(std::distance(fs::directory_iterator(downloads), {}), 1);
   EXPECT_EQ(quit(*program), 0);
 }
 

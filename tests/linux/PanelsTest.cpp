@@ -3,6 +3,9 @@
 #include "async/Scope.h"
 #include "platform/linux/LinuxClipboard.h"
 #include "platform/linux/LinuxPanels.h"
+#include "platform/linux/XdgDirectories.h"
+#include "support/FakeDesktop.h"
+#include "support/TemporaryFolder.h"
 
 namespace ondrel::platform {
 
@@ -42,7 +45,10 @@ class PanelsTest : public DesktopTest {
     return until([this] { return task.done() && !openDialog(); });
   }
 
-  LinuxPanels panels;
+  support::FakeDefaults defaults;
+  XdgDirectories directories;
+  LinuxPanels panels{
+      {.defaults = defaults, .directories = directories, .saveFolderKey = "save", .openFolderKey = "open"}};
   int answer = 0;
   async::TaskHandle task;
   async::Scope scope;
@@ -86,6 +92,24 @@ TEST_F(PanelsTest, AnswerWithTheButtonThatWasPressed) {
     open({}, a); // the parent is closed
     EXPECT_STREQ(adw_message_dialog_get_response_label(openDialog(), "0"), "OK");
   }); // and the dialog is open when all ends
+}
+
+TEST(PanelFolders, StartWhereTheLastOneWasOrInDownloads) {
+  const support::TemporaryFolder folder;
+  support::FakeFiles user;
+  user.downloadsFolder = folder.file("Downloads");
+  support::FakeDefaults defaults;
+  PanelFolders folders(defaults, user);
+  EXPECT_EQ(folders.start("save"), folder.file("Downloads"));
+  EXPECT_EQ(folder.names().size(), 1U) << "what is missing is made";
+  std::filesystem::create_directory(folder.file("letters"));
+  folders.remember("save", folder.file("letters/one.pdf"));
+  EXPECT_EQ(PanelFolders(defaults, user).start("save"), folder.file("letters"));
+  EXPECT_EQ(folders.start("open"), folder.file("Downloads")) << "each kind for itself";
+  std::filesystem::remove(folder.file("letters"));
+  EXPECT_EQ(folders.start("save"), folder.file("Downloads"));
+  user.downloadsFolder = "/proc/none";
+  EXPECT_EQ(folders.start("save"), user.home());
 }
 
 TEST_F(PanelsTest, ClipboardGivesBackWhatItGot) {

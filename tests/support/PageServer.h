@@ -19,6 +19,7 @@ class PageServer {
     std::string type = "text/html; charset=utf-8";
     std::vector<std::pair<std::string, std::string>> headers = {};
     unsigned status = 200;
+    bool stalls = false; // after the body, without an end
   };
 
   PageServer() : server_(soup_server_new(nullptr, nullptr)) {
@@ -72,6 +73,13 @@ class PageServer {
     auto* headers = soup_server_message_get_response_headers(message);
     for (const auto& [name, value] : page.headers)
       soup_message_headers_append(headers, name.c_str(), value.c_str());
+    if (page.stalls) {
+      soup_message_headers_set_encoding(headers, SOUP_ENCODING_CHUNKED);
+      soup_message_headers_set_content_type(headers, page.type.c_str(), nullptr);
+      soup_message_body_append(soup_server_message_get_response_body(message), SOUP_MEMORY_COPY,
+                               page.body.data(), page.body.size());
+      return;
+    }
     soup_server_message_set_response(message, page.type.c_str(), SOUP_MEMORY_COPY, page.body.data(),
                                      page.body.size());
   }

@@ -11,6 +11,7 @@ class DownloadsTest : public WebKitTest {
  protected:
   void SetUp() override {
     WebKitTest::SetUp();
+    std::filesystem::create_directory(chosen_ = folder_ / "chosen");
     server_.serve("/file", {"the content",
                             "application/x-thing",
                             {{"Content-Disposition", "ATTACHMENT; filename=\"../../evil.txt\""}}});
@@ -40,6 +41,7 @@ class DownloadsTest : public WebKitTest {
     return {std::istreambuf_iterator(file), {}};
   }
 
+  std::filesystem::path chosen_; // what the user has chosen is in here
   bool takesDestination_ = true;
   std::vector<Download::DestinationRequest> requests_;
   std::optional<Download::DestinationReply> reply_;
@@ -60,7 +62,7 @@ TEST_F(DownloadsTest, AttachmentIsWrittenWhereTheReplySays) {
 
   runFor(100ms); // the answer may take its time
   EXPECT_EQ(outcomes_, Outcomes{});
-  const auto path = folder_ / "chosen \xC3\xA9.txt";
+  const auto path = chosen_ / "chosen \xC3\xA9.txt";
   std::move (*reply_)(path.string());
   ASSERT_TRUE(waitFor([&] { return !outcomes_.empty(); }));
   EXPECT_EQ(outcomes_, Outcomes{"finished"});
@@ -87,10 +89,47 @@ TEST_F(DownloadsTest, LinkWithDownloadAttributeArrivesToo) {
   EXPECT_EQ(content(path), "plain");
 }
 
-TEST_F(DownloadsTest, NothingIsWrittenWithoutAGoodAnswer) {
-  const auto existing = folder_ / "existing";
+TEST_F(DownloadsTest, ReplacesAFileByAWholeOneOnly) {
+  const auto existing = chosen_ / "existing";
   std::ofstream(existing) << "old";
-  const std::optional<std::string> answers[] = {std::nullopt, "relative", "", existing.string()};
+  const auto begin = [&](bool stalls) {
+    // The engine looks at so much before it asks what to do with it.
+    server_.serve("/file", {std::string(4096, 'x'),
+                            "application/x-thing",
+                            {{"Content-Disposition", "ATTACHMENT"}},
+                            200,
+                            stalls});
+    outcomes_.clear();
+    reply_.reset();
+    loadFile();
+    ASSERT_TRUE(waitFor([&] { return reply_.has_value(); }));
+    std::move (*reply_)(existing.string());
+  };
+  const auto isAlone = [&] { return std::distance(std::filesystem::directory_iterator(chosen_), {}) == 1; };
+  begin(true);
+  ASSERT_TRUE(waitFor([&] { return delegate_.downloads.back()->progress().bytesWritten == 4096; }));
+  EXPECT_FALSE(isAlone()) << "it is written already";
+  delegate_.downloads.back()->cancel();
+  ASSERT_TRUE(waitFor([&] { return !outcomes_.empty(); }));
+  EXPECT_EQ(outcomes_, Outcomes{"failed"});
+  EXPECT_EQ(content(existing), "old");
+  EXPECT_TRUE(isAlone());
+
+  begin(false);
+  ASSERT_TRUE(waitFor([&] { return !outcomes_.empty(); }));
+  EXPECT_EQ(outcomes_, Outcomes{"finished"});
+  EXPECT_EQ(content(existing), std::string(4096, 'x'));
+
+  begin(true);
+  ASSERT_TRUE(waitFor([&] { return delegate_.downloads.back()->progress().bytesWritten == 4096; }));
+  EXPECT_FALSE(isAlone());
+  view_.reset();
+  factory_.reset();
+  EXPECT_TRUE(isAlone()) << "the end of the program leaves nothing behind";
+}
+
+TEST_F(DownloadsTest, NothingIsWrittenWithoutAGoodAnswer) {
+  const std::optional<std::string> answers[] = {std::nullopt, "relative", "", chosen_.string()};
   for (const auto& answer : answers) {
     outcomes_.clear();
     reply_.reset();
@@ -100,7 +139,7 @@ TEST_F(DownloadsTest, NothingIsWrittenWithoutAGoodAnswer) {
     ASSERT_TRUE(waitFor([&] { return !outcomes_.empty(); })) << answer.value_or("nothing");
     EXPECT_EQ(outcomes_, Outcomes{"failed"}) << answer.value_or("nothing");
   }
-  EXPECT_EQ(content(existing), "old");
+  EXPECT_TRUE(std::filesystem::is_empty(chosen_));
 
   takesDestination_ = false;
   outcomes_.clear();

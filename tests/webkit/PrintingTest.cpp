@@ -2,8 +2,10 @@
 #include "support/PdfPage.h"
 #include "support/WebKitTest.h"
 
+#include <csignal>
 #include <fstream>
 #include <iterator>
+#include <sys/resource.h>
 
 namespace ondrel::tests {
 
@@ -22,11 +24,26 @@ TEST_F(PrintingTest, WritesAFileOrSaysThatItCannot) {
   loadHtml("<p>page</p>");
   const auto settings = toFile("out put.pdf");
   EXPECT_EQ(run(view().print(settings)), PrintResult::done);
-  std::ifstream file(*settings.pdfPath);
-  const std::string content{std::istreambuf_iterator(file), {}};
-  EXPECT_TRUE(content.starts_with("%PDF-")) << content.substr(0, 20);
-  EXPECT_NE(content.find("%%EOF"), std::string::npos);
+  const auto text = [&settings] {
+    std::ifstream file(*settings.pdfPath);
+    return std::string{std::istreambuf_iterator(file), {}};
+  };
+  EXPECT_TRUE(text().starts_with("%PDF-")) << text().substr(0, 20);
+  EXPECT_NE(text().find("%%EOF"), std::string::npos);
   EXPECT_EQ(run(view().print(toFile("missing/out.pdf"))), PrintResult::failed);
+
+  // A limit for files stands for the full disk.
+  std::ofstream(*settings.pdfPath) << "old";
+  std::signal(SIGXFSZ, SIG_IGN);
+  rlimit before{};
+  getrlimit(RLIMIT_FSIZE, &before);
+  const rlimit small{100, before.rlim_max};
+  setrlimit(RLIMIT_FSIZE, &small);
+  EXPECT_EQ(run(view().print(settings)), PrintResult::failed);
+  setrlimit(RLIMIT_FSIZE, &before);
+  EXPECT_EQ(text(), "old");
+  EXPECT_EQ(run(view().print(settings)), PrintResult::done);
+  EXPECT_TRUE(text().starts_with("%PDF-"));
 }
 
 TEST_F(PrintingTest, PageFillsThePaperBetweenItsMargins) {

@@ -46,13 +46,27 @@ class OpenChooser {
   GtkNativeDialog* dialog() const { return GTK_NATIVE_DIALOG(native_.get()); }
   GtkFileChooser* chooser() const { return GTK_FILE_CHOOSER(native_.get()); }
 
-  void allow(const std::vector<std::string>& mimeTypes) {
+  void startIn(const std::string& folder) {
+    const auto place = glib::adopt(g_file_new_for_path(folder.c_str()));
+    gtk_file_chooser_set_current_folder(chooser(), place.get(), nullptr);
+  }
+
+  // Shows these types first. What a page or a server says a file is may be wrong: all others can be chosen
+  // too.
+  void prefer(const std::vector<std::string>& mimeTypes) {
     if (mimeTypes.empty())
       return;
-    const auto filter = glib::adopt(gtk_file_filter_new());
+    const auto preferred = glib::adopt(gtk_file_filter_new());
     for (const auto& type : mimeTypes)
-      gtk_file_filter_add_mime_type(filter.get(), validUtf8(type).c_str());
-    gtk_file_chooser_set_filter(chooser(), filter.get());
+      gtk_file_filter_add_mime_type(preferred.get(), validUtf8(type).c_str());
+    const glib::CString description(g_content_type_get_description(validUtf8(mimeTypes.front()).c_str()));
+    gtk_file_filter_set_name(preferred.get(), mimeTypes.size() == 1 ? description.get() : "Suitable Files");
+    const auto all = glib::adopt(gtk_file_filter_new());
+    gtk_file_filter_add_pattern(all.get(), "*");
+    gtk_file_filter_set_name(all.get(), "All Files");
+    for (const auto& filter : {preferred, all})
+      gtk_file_chooser_add_filter(chooser(), filter.get());
+    gtk_file_chooser_set_filter(chooser(), preferred.get());
   }
 
   std::vector<std::string> paths() const {
@@ -126,6 +140,11 @@ async::Task<bool> accepted(GtkNativeDialog* dialog) {
 
 } // namespace
 
+LinuxPanels::LinuxPanels(const Options& options)
+    : folders_(options.defaults, options.directories), saveFolderKey_(options.saveFolderKey),
+      openFolderKey_(options.openFolderKey) {
+}
+
 async::Task<int> LinuxPanels::runAlert(Alert alert, std::shared_ptr<Window> parent) {
   const auto buttons = labels(std::move(alert.buttons));
   auto* topLevel = topLevelOf(parent);
@@ -162,7 +181,8 @@ async::Task<int> LinuxPanels::runAlert(Alert alert, std::shared_ptr<Window> pare
 async::Task<std::optional<std::string>> LinuxPanels::runSavePanel(SavePanel panel,
                                                                   std::shared_ptr<Window> parent) {
   OpenChooser open("Save File", topLevelOf(parent), GTK_FILE_CHOOSER_ACTION_SAVE);
-  open.allow(panel.mimeTypes);
+  open.prefer(panel.mimeTypes);
+  open.startIn(folders_.start(saveFolderKey_));
   gtk_file_chooser_set_current_name(open.chooser(), base::safeFileName(panel.proposedName, "file").c_str());
   const bool agreed = co_await accepted(open.dialog());
   if (!agreed)
@@ -170,6 +190,7 @@ async::Task<std::optional<std::string>> LinuxPanels::runSavePanel(SavePanel pane
   auto paths = open.paths();
   if (paths.empty())
     co_return std::nullopt;
+  folders_.remember(saveFolderKey_, paths.front());
   co_return std::move(paths.front());
 }
 
@@ -179,7 +200,8 @@ LinuxPanels::runOpenPanel(OpenPanel panel, std::shared_ptr<Window> parent) {
   OpenChooser open(foldersOnly ? "Open Folder" : "Open File", topLevelOf(parent),
                    foldersOnly ? GTK_FILE_CHOOSER_ACTION_SELECT_FOLDER : GTK_FILE_CHOOSER_ACTION_OPEN);
   if (!foldersOnly)
-    open.allow(panel.mimeTypes);
+    open.prefer(panel.mimeTypes);
+  open.startIn(folders_.start(openFolderKey_));
   gtk_file_chooser_set_select_multiple(open.chooser(), panel.allowsMultipleSelection);
   const bool agreed = co_await accepted(open.dialog());
   if (!agreed)
@@ -187,6 +209,7 @@ LinuxPanels::runOpenPanel(OpenPanel panel, std::shared_ptr<Window> parent) {
   auto paths = open.paths();
   if (paths.empty())
     co_return std::nullopt;
+  folders_.remember(openFolderKey_, paths.front());
   co_return paths;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/Event.h"
 #include "platform/UserScript.h"
 #include "platform/linux/glib/Connection.h"
 #include "platform/linux/glib/Ref.h"
@@ -43,6 +44,9 @@ class WebKitEngine {
   // (measured, 2.50): scripts of its own must be sent to the extension.
   glib::Ref<WebKitWebView> makePopup(WebKitWebView* opener) const;
   WebKitNetworkSession* session() const { return session_.get(); }
+
+  // Emitted by who has made it, at the end of the program: nothing more is done for what is under way.
+  mutable base::Event<> willEnd;
 
  private:
   glib::Ref<WebKitSettings> makeSettings() const;

@@ -1,30 +1,15 @@
 #include "platform/linux/WebKitFileDownload.h"
 
-#include "base/Text.h"
 #include "platform/linux/SafeText.h"
-
-#include <sys/stat.h>
-
-#include <cerrno>
 
 namespace ondrel::platform {
 
-namespace {
-
-// Where something is already, the engine would refuse to write too, but then remove what is there
-// (measured, 2.50).
-bool isFreePath(const std::string& path) {
-  struct stat status{};
-  return path.starts_with('/') && path.find('\0') == std::string::npos && base::isValidUtf8(path) &&
-         lstat(path.c_str(), &status) != 0 && errno == ENOENT;
-}
-
-} // namespace
-
-std::shared_ptr<WebKitFileDownload> WebKitFileDownload::make(WebKitDownload* download) {
+std::shared_ptr<WebKitFileDownload> WebKitFileDownload::make(WebKitDownload* download,
+                                                             base::Event<>& programEnds) {
   std::shared_ptr<WebKitFileDownload> result(new WebKitFileDownload(download));
   result->self_ = result;
   result->connectSignals();
+  result->programEnd_ = programEnds.subscribe([result = result.get()] { result->end(); });
   return result;
 }
 
@@ -46,21 +31,31 @@ void WebKitFileDownload::connectSignals() {
   connections_.push_back(glib::connect<void(WebKitDownload*, GError*)>(
       download, "failed", [this](WebKitDownload*, GError* error) {
         const auto self = shared_from_this();
-        hasFailed_ = true;
-        failed.emit(validUtf8(error->message));
+        fail(problem_.empty() ? validUtf8(error->message) : problem_);
       }));
   // Comes after a failure too.
   connections_.push_back(glib::connect<void(WebKitDownload*)>(download, "finished", [this](WebKitDownload*) {
     const auto self = shared_from_this();
-    if (!hasFailed_)
-      finished.emit();
+    if (!hasFailed_) {
+      if (const auto moved = file_ ? file_->moveIntoPlace() : std::expected<void, std::string>(); !moved)
+        fail(moved.error());
+      else
+        finished.emit();
+    }
     end();
   }));
 }
 
+void WebKitFileDownload::fail(const std::string& error) {
+  hasFailed_ = true;
+  failed.emit(error);
+}
+
 void WebKitFileDownload::end() {
+  const auto self = std::move(self_);
   connections_.clear();
-  self_.reset();
+  programEnd_.reset();
+  file_.reset();
 }
 
 void WebKitFileDownload::setDestinationHandler(DestinationHandler handler) {
@@ -79,15 +74,27 @@ void WebKitFileDownload::askForDestination(const char* suggestedName) {
       request.mimeType = validUtf8(type);
   }
   DestinationReply reply(
-      [download = download_](std::optional<std::string> path) {
-        if (path && isFreePath(*path))
-          webkit_download_set_destination(download.get(), path->c_str());
+      [weak = weak_from_this(), download = download_](std::optional<std::string> path) {
+        const auto self = weak.lock();
+        if (self && path)
+          self->write(*path);
         else
           webkit_download_cancel(download.get());
       },
       std::nullopt);
   const auto handler = handler_;
   handler(std::move(request), std::move(reply));
+}
+
+void WebKitFileDownload::write(const std::string& destination) {
+  auto file = PendingFile::make(destination);
+  if (!file) {
+    problem_ = std::move(file.error());
+    cancel();
+    return;
+  }
+  file_.emplace(std::move(*file));
+  webkit_download_set_destination(download_.get(), file_->path().c_str());
 }
 
 Download::Progress WebKitFileDownload::progress() const {

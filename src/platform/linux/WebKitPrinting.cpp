@@ -1,10 +1,14 @@
 #include "platform/linux/WebKitPrinting.h"
 
+#include "async/EventLoop.h"
 #include "async/Future.h"
 #include "base/Log.h"
+#include "platform/linux/PendingFile.h"
 #include "platform/linux/glib/Connection.h"
 
 #include <gtk/gtkunixprint.h>
+
+#include <chrono>
 
 namespace ondrel::platform {
 
@@ -35,6 +39,17 @@ Job fileJob(const std::string& path) {
   gtk_print_settings_set(job.get(), GTK_PRINT_SETTINGS_OUTPUT_URI, uri.get());
   gtk_print_settings_set(job.get(), GTK_PRINT_SETTINGS_OUTPUT_FILE_FORMAT, "pdf");
   return job;
+}
+
+// The toolkit lists what was printed to among the recent files, as soon as it has looked at it.
+void correctRecentFile(const std::string& written, const std::optional<std::string>& shown) {
+  constexpr std::chrono::seconds later{2};
+  auto& loop = async::EventLoop::current();
+  loop.schedule(loop.after(later), [written, shown] {
+    const glib::CString from(g_filename_to_uri(written.c_str(), nullptr, nullptr));
+    const glib::CString to(shown ? g_filename_to_uri(shown->c_str(), nullptr, nullptr) : nullptr);
+    gtk_recent_manager_move_item(gtk_recent_manager_get_default(), from.get(), to.get(), nullptr);
+  });
 }
 
 struct Choice {
@@ -117,10 +132,15 @@ async::Task<PrintResult> run(glib::Ref<WebKitPrintOperation> operation) {
 async::Task<PrintResult> printView(glib::Ref<WebKitWebView> view, PrintSettings settings) {
   auto setup = pageSetup(settings);
   Job job;
+  std::optional<PendingFile> file;
   if (settings.pdfPath) {
-    job = fileJob(*settings.pdfPath);
-    if (!job)
+    auto made = PendingFile::make(*settings.pdfPath);
+    if (made)
+      job = fileJob(file.emplace(std::move(*made)).path());
+    if (!job) {
+      logger.error("The PDF can't be written: {}", made ? "its path makes no address" : made.error());
       co_return PrintResult::failed;
+    }
   } else {
     const auto choice = co_await askUser(view, setup);
     if (!choice)
@@ -131,7 +151,18 @@ async::Task<PrintResult> printView(glib::Ref<WebKitWebView> view, PrintSettings 
   const auto operation = glib::adopt(webkit_print_operation_new(view.get()));
   webkit_print_operation_set_page_setup(operation.get(), setup.get());
   webkit_print_operation_set_print_settings(operation.get(), job.get());
-  co_return co_await run(operation);
+  auto result = co_await run(operation);
+  if (!file)
+    co_return result;
+  if (result == PrintResult::done) {
+    if (const auto moved = file->moveIntoPlace(); !moved) {
+      logger.error("The PDF can't be written: {}", moved.error());
+      result = PrintResult::failed;
+    }
+  }
+  correctRecentFile(file->path(),
+                    result == PrintResult::done ? settings.pdfPath : std::optional<std::string>());
+  co_return result;
 }
 
 } // namespace ondrel::platform

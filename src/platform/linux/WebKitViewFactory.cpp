@@ -20,7 +20,9 @@ WebKitViewFactory::WebKitViewFactory(const WebKitOptions& options)
     : engine_(std::make_shared<const WebKitEngine>(options, handOver)), cookies_(engine_->session()) {
 }
 
-WebKitViewFactory::~WebKitViewFactory() = default;
+WebKitViewFactory::~WebKitViewFactory() {
+  engine_->willEnd.emit();
+}
 
 std::shared_ptr<WebView>
 WebKitViewFactory::make(const std::vector<std::shared_ptr<const UserScript>>& scripts) {

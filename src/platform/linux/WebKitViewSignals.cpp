@@ -278,7 +278,9 @@ void WebKitView::didStartDownload(WebKitDownload* download) {
     webkit_download_cancel(download);
     return;
   }
-  tell([&](WebViewDelegate& delegate) { delegate.didBecomeDownload(WebKitFileDownload::make(download)); });
+  tell([&](WebViewDelegate& delegate) {
+    delegate.didBecomeDownload(WebKitFileDownload::make(download, engine_->willEnd));
+  });
 }
 
 } // namespace ondrel::platform

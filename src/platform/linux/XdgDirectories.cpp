@@ -30,7 +30,7 @@ std::optional<std::string> XdgDirectories::documents() const {
 }
 
 std::optional<std::string> XdgDirectories::downloads() const {
-  return userFolder(G_USER_DIRECTORY_DOWNLOAD);
+  return userFolder(G_USER_DIRECTORY_DOWNLOAD).value_or(home() + "/Downloads");
 }
 
 std::string XdgDirectories::temporary() const {

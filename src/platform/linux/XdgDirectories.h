@@ -10,7 +10,7 @@ class XdgDirectories final : public Directories {
  public:
   std::optional<std::string> applicationSupport() const override; // $XDG_DATA_HOME/ondrel
   std::optional<std::string> documents() const override;
-  std::optional<std::string> downloads() const override;
+  std::optional<std::string> downloads() const override; // ~/Downloads where none is configured
   std::string temporary() const override;
   std::string home() const override;
 
