@@ -1,5 +1,6 @@
 #include "BundleValues.h"
 
+#include "async/sleep.h"
 #include "base/Log.h"
 #include "platform/linux/DesktopNotifications.h"
 #include "platform/linux/GioFileReader.h"
@@ -25,12 +26,14 @@
 #include "settings/SettingsKeys.h"
 #include "start/CommandLine.h"
 #include "start/DemoMode.h"
+#include "start/HomeFolder.h"
 #include "start/ProgramFolders.h"
 #include "start/SiteFile.h"
 #include "ui/ContentView.h"
 #include "ui/UserInterface.h"
 #include "web/WebViewConfiguration.h"
 
+#include <chrono>
 #include <clocale>
 #include <cstdio>
 #include <cstdlib>
@@ -75,6 +78,17 @@ unsigned randomUpTo(unsigned most) {
   return std::uniform_int_distribution<unsigned>(0, most)(device);
 }
 
+platform::Alert temporaryHomeAlert(const std::string& folder) {
+  const base::Logger logger("system");
+  logger.error("HOME names no folder: everything is kept in {}, until the end", folder);
+  return {"Your Home Folder Is Missing",
+          "HOME names no folder. Ondrel uses " + folder +
+              " instead, which is removed when you quit, with the settings, highlights and downloads in it. "
+              "To keep them, set HOME to a folder of yours and start Ondrel again.",
+          platform::AlertStyle::warning,
+          {"OK"}};
+}
+
 scripts::ConsoleRelay consoleRelay() {
   // The level of those lines.
   return platform::GlibLogSink::shows(base::LogLevel::debug) ? scripts::ConsoleRelay::wanted
@@ -86,7 +100,7 @@ class Program {
  public:
   Program(platform::LinuxApplication& application, const platform::Bundle& bundle,
           const start::ProgramFolders& folders, settings::Site site, platform::Rendering rendering)
-      : defaults_(files_, directories_.configuration() + "/defaults.json"),
+      : application_(application), defaults_(files_, directories_.configuration() + "/defaults.json"),
         panels_({.defaults = defaults_,
                  .directories = directories_,
                  .saveFolderKey = settings::keys::lastSaveFolder,
@@ -147,7 +161,16 @@ class Program {
                           app_.emailLinkService().navigate(url, emailId);
                         }}) {}
 
+  // Tells the user when the windows are there.
+  void warn(platform::Alert alert) { scope_.spawn(show(std::move(alert))); }
+
  private:
+  async::Task<void> show(platform::Alert alert) {
+    co_await async::sleep(std::chrono::seconds(1));
+    co_await panels_.runAlert(std::move(alert), application_.mainWindow());
+  }
+
+  platform::Application& application_;
   platform::XdgDirectories directories_;
   platform::PosixFileStore files_;
   platform::GioFileReader fileReader_;
@@ -164,10 +187,14 @@ class Program {
   web::PageScripts scripts_;
   program::OndrelApp app_;
   ui::UserInterface interface_;
+  async::Scope scope_;
 };
 
 int run(start::CommandLine commandLine) {
   const auto folders = start::ProgramFolders::find(bundle::installedLibraries);
+  auto home = start::HomeFolder::find();
+  if (!home)
+    return complain(home.error());
   std::unique_ptr<start::DemoMode> demo;
   if (commandLine.demo) {
     auto started = start::DemoMode::start(folders.executables, commandLine.demoProfile);
@@ -190,6 +217,8 @@ int run(start::CommandLine commandLine) {
   std::unique_ptr<Program> program;
   const int status = application.run(std::move(commandLine.urls), [&] {
     program = std::make_unique<Program>(application, bundle, folders, std::move(*site), rendering);
+    if (!demo && !home->temporary().empty())
+      program->warn(temporaryHomeAlert(home->temporary()));
   });
   program.reset();
   return status;

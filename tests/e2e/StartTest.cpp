@@ -109,6 +109,28 @@ TEST_F(StartTest, WorksWithoutASessionBus) {
   }
 }
 
+TEST_F(StartTest, WorksInATemporaryHomeWhereThereIsNone) {
+  const auto missing = (profile / "missing").string();
+  for (const auto& home : {missing, std::string("relative")}) {
+    Environment nothing{{"HOME", home}};
+    for (const auto* folder : {"XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME", "XDG_STATE_HOME"})
+      nothing[folder] = std::nullopt;
+    const auto program = start({}, nothing);
+    ASSERT_TRUE(waitForPage(*program)) << program->output();
+    const auto output = program->output();
+    const std::string words = "HOME names no folder: everything is kept in ";
+    const auto at = output.find(words);
+    ASSERT_NE(at, output.npos) << output;
+    const auto begin = at + words.size();
+    const fs::path temporary = output.substr(begin, output.find(',', begin) - begin);
+    EXPECT_EQ(fs::status(temporary).permissions(), fs::perms::owner_all);
+    EXPECT_TRUE(fs::exists(temporary / ".config/ondrel/defaults.json"));
+    EXPECT_EQ(quit(*program), 0);
+    EXPECT_FALSE(fs::exists(temporary));
+  }
+  EXPECT_FALSE(fs::exists(missing));
+}
+
 TEST_F(StartTest, AKilledProgramLeavesAWholeSession) {
   std::mt19937 random(std::random_device{}());
   for (int round = 0; round < 4; ++round) {
