@@ -192,22 +192,29 @@ class Program {
 
 int run(start::CommandLine commandLine) {
   const auto folders = start::ProgramFolders::find(bundle::installedLibraries);
+  const auto bundle = ownBundle(commandLine.demo);
   auto home = start::HomeFolder::find();
   if (!home)
     return complain(home.error());
   std::unique_ptr<start::DemoMode> demo;
   if (commandLine.demo) {
-    auto started = start::DemoMode::start(folders.executables, commandLine.demoProfile);
-    if (!started)
-      return complain(started.error());
-    demo = std::move(*started);
+    auto prepared = start::DemoMode::prepare(commandLine.demoProfile);
+    if (!prepared)
+      return complain(prepared.error());
+    demo = std::move(*prepared);
+  }
+  platform::GlibLogSink::install(bundle.identifier);
+  if (demo) {
+    // A second service would take the place of the one that the running program talks to.
+    if (const auto status = platform::LinuxApplication::handOver(bundle.identifier, commandLine.urls))
+      return *status;
+    if (const auto problem = demo->startService(folders.executables))
+      return complain(*problem);
   }
   auto site = start::loadSite(folders.data);
   if (!site)
     return complain(site.error());
 
-  const auto bundle = ownBundle(commandLine.demo);
-  platform::GlibLogSink::install(bundle.identifier);
   const auto rendering = platform::chooseRendering();
   async::setUnhandledExceptionHandler(logUnhandled);
 

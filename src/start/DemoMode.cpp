@@ -1,9 +1,12 @@
 #include "start/DemoMode.h"
 
+#include "start/ThrowAwayFolder.h"
+
 #include <fmt/format.h>
 
 #include <fcntl.h>
 #include <spawn.h>
+#include <sys/file.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -35,10 +38,19 @@ std::optional<std::string> readLine(int descriptor) {
   }
 }
 
+// With another home the display's key is no longer found beside it.
+void keepDisplayRights() {
+  const auto* home = std::getenv("HOME");
+  const auto key = fs::path(home ? home : "") / ".Xauthority";
+  std::error_code error;
+  if (!std::getenv("XAUTHORITY") && key.is_absolute() && fs::exists(key, error))
+    setenv("XAUTHORITY", key.c_str(), 1);
+}
+
 } // namespace
 
 std::expected<std::unique_ptr<DemoMode>, std::string>
-DemoMode::start(const std::string& executableFolder, const std::optional<std::string>& keptProfile) {
+DemoMode::prepare(const std::optional<std::string>& keptProfile) {
   std::unique_ptr<DemoMode> demo(new DemoMode);
   std::error_code error;
   if (keptProfile) {
@@ -53,19 +65,35 @@ DemoMode::start(const std::string& executableFolder, const std::optional<std::st
           fmt::format("can't make a folder for the demonstration: {}", std::strerror(errno)));
     demo->profile_ = pattern;
   }
+  if (!error)
+    fs::create_directory(demo->profile_ + "/home", error);
   if (error)
     return std::unexpected(fmt::format("can't use the folder {}: {}", demo->profile_, error.message()));
 
-  if (auto problem = demo->launch(executableFolder + "/ondrel-demo-service"))
-    return std::unexpected(std::move(*problem));
-
-  const std::pair<const char*, std::string> variables[] = {{"XDG_CONFIG_HOME", "/config"},
+  keepDisplayRights();
+  const std::pair<const char*, std::string> variables[] = {{"HOME", "/home"},
+                                                           {"XDG_CONFIG_HOME", "/config"},
                                                            {"XDG_DATA_HOME", "/data"},
                                                            {"XDG_CACHE_HOME", "/cache"},
+                                                           {"XDG_STATE_HOME", "/state"},
                                                            {"ONDREL_SITE", "/site.json"}};
   for (const auto& [name, path] : variables)
     setenv(name, (demo->profile_ + path).c_str(), 1);
+  // The toolkit's own settings would go to the user's through a service.
+  setenv("GSETTINGS_BACKEND", "keyfile", 1);
   return demo;
+}
+
+bool DemoMode::lockProfile() {
+  lock_ = open(profile_.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  // Not all file systems have locks.
+  return lock_ < 0 || flock(lock_, LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK;
+}
+
+std::optional<std::string> DemoMode::startService(const std::string& executableFolder) {
+  if (!lockProfile())
+    return fmt::format("the demonstration runs already on the folder {}", profile_);
+  return launch(executableFolder + "/ondrel-demo-service");
 }
 
 std::optional<std::string> DemoMode::launch(const std::string& program) {
@@ -107,9 +135,10 @@ DemoMode::~DemoMode() {
     close(serviceInput_);
   if (service_ > 0)
     waitpid(service_, nullptr, 0);
-  std::error_code ignored;
   if (!isKept_ && !profile_.empty())
-    fs::remove_all(profile_, ignored);
+    removeThrowAwayFolder(profile_);
+  if (lock_ >= 0)
+    close(lock_);
 }
 
 } // namespace ondrel::start

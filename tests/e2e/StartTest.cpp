@@ -1,3 +1,4 @@
+#include "Loopback.h"
 #include "ProgramTest.h"
 
 #include <csignal>
@@ -129,6 +130,35 @@ TEST_F(StartTest, WorksInATemporaryHomeWhereThereIsNone) {
     EXPECT_FALSE(fs::exists(temporary));
   }
   EXPECT_FALSE(fs::exists(missing));
+}
+
+TEST_F(StartTest, TheDemonstrationIsOneAndKeepsToItsProfile) {
+  const auto home = profile / "home";
+  write(home / ".claude.json", "{}");
+  write(profile / "demo/config/ondrel/defaults.json",
+        R"({"_mcpServerEnabled":true,"_mcpServerPort":)" + std::to_string(freePort()) + "}");
+  const std::vector<std::string> demo{"--demo=" + (profile / "demo").string()};
+  const Environment environment{{"HOME", home}};
+  const auto first = start(demo, environment);
+  ASSERT_TRUE(waitForPage(*first)) << first->output();
+  const auto ports = read(profile / "demo/ports.json");
+  const auto second = start(demo, environment);
+  EXPECT_EQ(second->wait(20s), 0) << second->output();
+  EXPECT_EQ(read(profile / "demo/ports.json"), ports) << "another service has taken its place";
+  // Without a bus the two can't find each other, but both see the profile.
+  auto alone = environment;
+  alone["DBUS_SESSION_BUS_ADDRESS"] = "unix:path=/nonexistent";
+  const auto third = start(demo, alone);
+  EXPECT_EQ(third->wait(20s), 2) << third->output();
+  EXPECT_EQ(read(profile / "demo/ports.json"), ports);
+  EXPECT_TRUE(first->isRunning());
+
+  EXPECT_EQ(quit(*first), 0);
+  EXPECT_TRUE(read(profile / "demo/home/.claude.json").contains("mcpServers"));
+  EXPECT_EQ(read(home / ".claude.json"), "{}");
+  EXPECT_EQ(std::distance(fs::directory_iterator(home), {}), 1);
+  for (const auto* folder : {"config", "data", "cache"})
+    EXPECT_FALSE(fs::exists(profile / folder)) << folder;
 }
 
 TEST_F(StartTest, AKilledProgramLeavesAWholeSession) {

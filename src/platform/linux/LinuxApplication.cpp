@@ -81,12 +81,19 @@ void LinuxApplication::connectSignals() {
       glib::connect<void(GApplication*)>(app, "shutdown", [this](GApplication*) { tellTermination(); }));
 }
 
+std::optional<int> LinuxApplication::handOver(const std::string& applicationId,
+                                              const std::vector<std::string>& urls) {
+  const RunningInstance first(applicationId);
+  if (!first.exists())
+    return std::nullopt;
+  return first.open(passable(urls)) ? 0 : 1;
+}
+
 int LinuxApplication::run(std::vector<std::string> urls, std::function<void()> startup) {
   startup_ = std::move(startup);
   urls = passable(std::move(urls));
-  const RunningInstance first(options_.applicationId);
-  if (first.exists())
-    return first.open(urls) ? 0 : 1;
+  if (const auto status = handOver(options_.applicationId, urls))
+    return *status;
 
   const bool hasBus = glib::adopt(g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, nullptr)).get() != nullptr;
   if (!hasBus) {
@@ -110,7 +117,7 @@ int LinuxApplication::run(std::vector<std::string> urls, std::function<void()> s
     return 1;
   }
   if (g_application_get_is_remote(app)) // another one was faster since we looked
-    return first.open(urls) ? 0 : 1;
+    return RunningInstance(options_.applicationId).open(urls) ? 0 : 1;
   const int status = g_application_run(app, 0, nullptr);
   tellTermination();
   return status;

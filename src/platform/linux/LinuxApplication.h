@@ -26,6 +26,9 @@ class LinuxApplication final : public Application {
   explicit LinuxApplication(Options options);
   ~LinuxApplication() override;
 
+  // The exit status of a start that only handed its URLs to the first instance, or brought that one to the
+  // front; absent where there is none.
+  static std::optional<int> handOver(const std::string& applicationId, const std::vector<std::string>& urls);
   // Runs until terminate() and gives the exit status of the program. The first instance calls `startup` once
   // GTK is ready, then emits didFinishLaunching, then urlReceived for each URL. A later one hands the URLs
   // over, or asks the first to come to the front when there are none, and returns at once. The URLs may be of
