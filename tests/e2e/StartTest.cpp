@@ -102,7 +102,8 @@ TEST_F(StartTest, ASiteFileThatCantBeUsedIsOneClearLine) {
 TEST_F(StartTest, WorksWithoutASessionBus) {
   for (const auto& bus :
        {std::optional<std::string>("unix:path=/nonexistent"), std::optional<std::string>()}) {
-    const auto program = start({}, {{"DBUS_SESSION_BUS_ADDRESS", bus}});
+    // Some desktops have a program that starts a bus where there is none.
+    const auto program = start({}, {{"DBUS_SESSION_BUS_ADDRESS", bus}, {"PATH", "/nonexistent"}});
     ASSERT_TRUE(waitForPage(*program)) << program->output();
     EXPECT_EQ(quit(*program), 0);
     EXPECT_EQ(count(program->output(), "No session bus"), 1U);

@@ -60,6 +60,7 @@ TEST_F(ApplicationTest, KnowsWhoHasTheKeyboard) {
     EXPECT_EQ(names(application.orderedWindows()), "cba");
     EXPECT_EQ(std::ranges::count(log, "resign"), 0);
     EXPECT_EQ(log.back(), "c");
+    settle();
     log.clear();
 
     giveKeyboard(nullptr); // to another application
