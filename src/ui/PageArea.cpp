@@ -10,19 +10,22 @@ using Kind = web::PageProblem::Kind;
 
 PageArea::PageArea(std::shared_ptr<web::WindowViewModel> viewModel)
     : viewModel_(std::move(viewModel)), box_(glib::share(gtk_box_new(GTK_ORIENTATION_VERTICAL, 0))),
-      announcement_(gtk_revealer_new()), stack_(gtk_stack_new()), overlay_(gtk_overlay_new()) {
+      announcement_(gtk_revealer_new()), stack_(gtk_stack_new()), overlay_(gtk_overlay_new()),
+      notices_(stack_) {
   gtk_widget_set_name(announcement_, "announcement");
   gtk_widget_set_vexpand(stack_, TRUE);
   gtk_stack_add_child(GTK_STACK(stack_), overlay_);
   gtk_overlay_add_overlay(GTK_OVERLAY(overlay_), mouseOver_.widget());
   gtk_box_append(GTK_BOX(box_.get()), announcement_);
-  gtk_box_append(GTK_BOX(box_.get()), stack_);
+  gtk_box_append(GTK_BOX(box_.get()), notices_.widget());
 
   subscriptions_.push_back(
       viewModel_->mouseOverString.observe([this] { mouseOver_.setText(*viewModel_->mouseOverString); }));
   subscriptions_.push_back(viewModel_->pageProblem.observe([this] { updateProblem(); }));
   subscriptions_.push_back(viewModel_->dialogs.shown.observe([this] { updateDialog(); }));
   subscriptions_.push_back(viewModel_->downloads.observe([this] { updateDownloads(); }));
+  subscriptions_.push_back(
+      viewModel_->noticed.subscribe([this](const web::PageNotice& notice) { notices_.show(notice); }));
   mouseOver_.setText(*viewModel_->mouseOverString);
   updateProblem();
   updateDialog();

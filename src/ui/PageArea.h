@@ -5,6 +5,7 @@
 #include "ui/DownloadProgressBar.h"
 #include "ui/MouseOverBar.h"
 #include "ui/PageDialogView.h"
+#include "ui/PageNotices.h"
 #include "ui/ProblemBar.h"
 #include "ui/StoppedPage.h"
 
@@ -57,6 +58,7 @@ class PageArea {
   GtkWidget* announcement_;
   GtkWidget* stack_;
   GtkWidget* overlay_;
+  PageNotices notices_;
   MouseOverBar mouseOver_;
   std::optional<ProblemBar> loadProblem_;
   std::optional<ProblemBar> navigationProblem_;

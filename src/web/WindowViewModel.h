@@ -8,6 +8,7 @@
 #include "platform/WebView.h"
 #include "web/HangWatch.h"
 #include "web/PageDialogs.h"
+#include "web/PageNotice.h"
 #include "web/PageProblem.h"
 #include "web/WebViewConfiguration.h"
 
@@ -89,6 +90,7 @@ class WindowViewModel : public std::enable_shared_from_this<WindowViewModel> {
   base::Observable<PageProblem> pageProblem{};
   PageDialogs dialogs;
   HangWatch hangWatch{pageProblem};
+  base::Event<const PageNotice&> noticed;
 
   // Loads what urlString holds, with "https://" where there is no scheme.
   void loadURL();

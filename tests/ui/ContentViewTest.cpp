@@ -63,6 +63,17 @@ TEST_F(ContentViewTest, TellsTheWindowTitleAndLoadAndZoomsANewPage) {
   EXPECT_DOUBLE_EQ(shell.webView(model(1))->zoom, 0.9);
 }
 
+TEST_F(ContentViewTest, ANoticeShowsOverThePageWithWhatCanBeDone) {
+  start();
+  auto* root = show(0);
+  int done = 0;
+  model(0)->noticed.emit({.text = "<b>One</b>"});
+  model(0)->noticed.emit({.text = "Two", .button = "Open", .act = [&] { ++done; }});
+  EXPECT_TRUE(runUntil([&] { return buttonWithLabel(root, "Open") != nullptr; }));
+  click(buttonWithLabel(root, "Open"));
+  EXPECT_EQ(done, 1);
+}
+
 TEST_F(ContentViewTest, TheBarOfTheHoveredLinkShowsOneHarmlessLineAboveThePage) {
   start();
   auto* root = show(0);
