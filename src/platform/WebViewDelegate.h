@@ -94,6 +94,9 @@ class WebViewDelegate {
   // The web process is gone; the web view is blank until it loads again.
   virtual void webProcessDidTerminate(bool crashed) = 0;
 
+  // Files that the user dropped on the page or pasted into it did not get there: one line for the user.
+  virtual void didRefuseFiles(const std::string&) {}
+
   // Properties changed: canGoBack and canGoForward, the address, isLoading, the title, isResponsive.
   virtual void backForwardListDidChange() = 0;
   virtual void urlDidChange() = 0;

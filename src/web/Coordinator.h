@@ -53,6 +53,7 @@ class Coordinator final : public platform::WebViewDelegate {
   void runBeforeUnloadPanel(platform::DoneReply reply) override;
   void runOpenPanel(const platform::OpenPanelParameters& parameters, platform::FilesReply reply) override;
   void didReceiveScriptMessage(const platform::ScriptMessage& message) override;
+  void didRefuseFiles(const std::string& text) override;
   void didClose() override;
   void webProcessDidTerminate(bool crashed) override;
   void backForwardListDidChange() override;

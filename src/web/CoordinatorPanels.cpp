@@ -53,4 +53,9 @@ async::Task<void> Coordinator::answerOpenPanel(platform::OpenPanelParameters par
   std::move(reply)(std::move(files));
 }
 
+void Coordinator::didRefuseFiles(const std::string& text) {
+  if (const auto viewModel = viewModel_.lock())
+    viewModel->noticed.emit({.text = text});
+}
+
 } // namespace ondrel::web

@@ -86,6 +86,7 @@ class RecordingDelegate : public WebViewDelegate {
   }
   void didClose() override { note("close"); }
   void webProcessDidTerminate(bool crashed) override { note(crashed ? "crashed" : "terminated"); }
+  void didRefuseFiles(const std::string& text) override { note("refused " + text); }
   void backForwardListDidChange() override {}
   void urlDidChange() override {}
   void responsivenessDidChange() override { note("responsiveness"); }

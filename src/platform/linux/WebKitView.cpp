@@ -48,6 +48,7 @@ std::shared_ptr<WebKitView> WebKitView::make(std::shared_ptr<const WebKitEngine>
   auto view = engine->makeView(scripts);
   auto result = connected(std::shared_ptr<WebKitView>(new WebKitView(std::move(engine), std::move(view))));
   result->engineScripts_ = std::make_shared<const Scripts>(std::move(scripts));
+  result->takeFiles();
   return result;
 }
 
@@ -63,6 +64,7 @@ std::shared_ptr<WebKitView> WebKitView::makePopup(const Scripts& scripts) {
   auto result =
       connected(std::shared_ptr<WebKitView>(new WebKitView(engine_, engine_->makePopup(view_.get()))));
   result->engineScripts_ = engineScripts_;
+  result->takeFiles();
   std::ranges::copy_if(scripts, std::back_inserter(result->extraScripts_), [this](const auto& script) {
     return std::ranges::find(*engineScripts_, script) == engineScripts_->end();
   });
@@ -92,6 +94,7 @@ WebKitView::WebKitView(std::shared_ptr<const WebKitEngine> engine, glib::Ref<Web
 
 WebKitView::~WebKitView() {
   connections_.clear();
+  pageFiles_.reset();
   g_object_set_data(G_OBJECT(view_.get()), objectKey, nullptr);
   adw_bin_set_child(ADW_BIN(container_.get()), nullptr);
   // With a turn of its own: this may be a callback of the very page.

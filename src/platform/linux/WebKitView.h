@@ -5,6 +5,7 @@
 #include "platform/linux/WebKitClosing.h"
 #include "platform/linux/WebKitLoads.h"
 #include "platform/linux/WebKitMessagePacing.h"
+#include "platform/linux/WebKitPageFiles.h"
 #include "platform/linux/glib/Connection.h"
 #include "platform/linux/glib/Ref.h"
 
@@ -58,6 +59,8 @@ class WebKitView final : public WebView,
   void setInspectable(bool inspectable) override;
 
   void didStartDownload(WebKitDownload* download);
+  // None for a page without scripts.
+  WebKitPageFiles* pageFiles() { return pageFiles_.get(); }
 
  private:
   WebKitView(std::shared_ptr<const WebKitEngine> engine, glib::Ref<WebKitWebView> view);
@@ -67,6 +70,7 @@ class WebKitView final : public WebView,
   void connectQuestions();
   void connectProperties();
   void connectInput();
+  void takeFiles();
   void limitMenu();
   template <class Signature, class Handler>
   void on(const char* signal, Handler handler);
@@ -100,6 +104,7 @@ class WebKitView final : public WebView,
   std::uint64_t gestures_ = 0; // presses of keys and buttons
   bool keyIsDown_ = false;
   WebKitMessagePacing messagePacing_;
+  std::unique_ptr<WebKitPageFiles> pageFiles_;
   std::shared_ptr<WebKitView> heldUntilShown_; // itself, as a new window of a page
   std::vector<glib::Connection> connections_;
 };

@@ -129,6 +129,8 @@ void WebKitView::connectQuestions() {
       });
   on<gboolean(WebKitWebView*, WebKitFileChooserRequest*)>(
       "run-file-chooser", [this](WebKitWebView*, WebKitFileChooserRequest* request) -> gboolean {
+        if (pageFiles_ && pageFiles_->answers(request))
+          return TRUE;
         if (!delegate_)
           webkit_file_chooser_request_cancel(request);
         tell([&](WebViewDelegate& delegate) { showFileChooser(delegate, request); });
@@ -211,6 +213,18 @@ void WebKitView::connectInput() {
         return FALSE;
       }));
   gtk_widget_add_controller(container_.get(), input);
+}
+
+void WebKitView::takeFiles() {
+  pageFiles_ =
+      std::make_unique<WebKitPageFiles>(view_.get(), container_.get(), [this](const std::string& text) {
+        tell([&](WebViewDelegate& delegate) { delegate.didRefuseFiles(text); });
+      });
+  on<gboolean(WebKitWebView*, WebKitContextMenu*, WebKitHitTestResult*)>(
+      "context-menu", [this](WebKitWebView*, WebKitContextMenu* menu, WebKitHitTestResult*) -> gboolean {
+        pageFiles_->willShowMenu(menu);
+        return FALSE;
+      });
 }
 
 void WebKitView::limitMenu() {
