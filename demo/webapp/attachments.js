@@ -19,8 +19,9 @@ export class Attachments {
           onclick: () => this.#choose()
         },
           icon("attachment"));
-    target.addEventListener("dragover", (event) => event.preventDefault());
-    target.addEventListener("drop", (event) => this.#take(event, event.dataTransfer?.files));
+    for (const type of ["dragenter", "dragover", "dragleave", "drop"]) {
+      target.addEventListener(type, (event) => this.#drag(event, target));
+    }
     target.addEventListener("paste", (event) => this.#take(event, event.clipboardData?.files));
   }
 
@@ -40,6 +41,16 @@ export class Attachments {
     });
     this.element.before(input);
     input.click();
+  }
+
+  // Text and links that are dragged are left to the editor.
+  #drag(event, target) {
+    if (event.dataTransfer?.types.includes("Files")) {
+      event.preventDefault();
+      const leaves = event.type === "dragleave" && !target.contains(event.relatedTarget);
+      target.classList.toggle("is-dropTarget", event.type !== "drop" && !leaves);
+      this.#take(event, event.type === "drop" ? event.dataTransfer.files : []);
+    }
   }
 
   #take(event, files) {
