@@ -1,0 +1,60 @@
+// Files and pictures of other programs, dropped on a letter and pasted into it.
+#include "UserHandsTest.h"
+
+namespace ondrel::e2e {
+namespace {
+
+namespace fs = std::filesystem;
+
+class FilesTest : public UserHandsTest {
+ protected:
+  std::unique_ptr<Process> source(std::vector<std::string> arguments) {
+    const auto log = profile / ("source-" + std::to_string(++sources_));
+    auto process = std::make_unique<Process>(FILE_SOURCE_PROBE, std::move(arguments), Environment(), log);
+    EXPECT_TRUE(eventually([&] { return process->output().contains("ready"); })) << process->output();
+    return process;
+  }
+  int sources_ = 0;
+  bool uploadsBecome(int number) const {
+    return eventually([&] { return requests("/data/upload") == number; });
+  }
+};
+
+TEST_F(FilesTest, AreAttachedToTheLetterThatIsBeingWritten) {
+  const auto program = start();
+  const auto main = signIn(*program);
+  press("c");
+  ASSERT_TRUE(eventually([&] { return title(main) == "New message"; })) << title(main);
+  write(profile / "100% \u00FCber.txt", "one");
+  write(profile / "two.html", "<title>Replaced</title>");
+  fs::create_directory(profile / "folder");
+  {
+    const auto other = source({profile / "100% \u00FCber.txt", profile / "two.html", profile / "folder"});
+    const auto found = xdotool("search --sync --onlyvisible --name 'File Source'");
+    ASSERT_FALSE(found.empty());
+    const auto window = std::stoul(found.front());
+    moveTo(window, 50, 50);
+    // As a hand does it: the toolkits look at each step.
+    const auto onto = "mousemove --window " + std::to_string(main);
+    EXPECT_FALSE(xdotool("mousedown 1 sleep 0.2 mousemove_relative 20 20 sleep 0.2 mousemove_relative 60 60 "
+                         "sleep 0.3 " +
+                         onto + " 400 400 sleep 0.5 " + onto + " 420 410 sleep 1 mouseup 1")
+                     .empty());
+    EXPECT_TRUE(uploadsBecome(2)) << program->output();
+    EXPECT_EQ(title(main), "New message") << "no file takes the place of the page";
+
+    // The same files are on its clipboard.
+    focus(main);
+    press("ctrl+v");
+    EXPECT_TRUE(uploadsBecome(4)) << program->output();
+  }
+  const auto other = source({"--picture", PICTURE});
+  focus(main);
+  press("ctrl+v");
+  EXPECT_TRUE(uploadsBecome(5)) << program->output();
+  EXPECT_EQ(title(main), "New message");
+  EXPECT_EQ(quit(*program), 0);
+}
+
+} // namespace
+} // namespace ondrel::e2e
