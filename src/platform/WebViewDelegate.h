@@ -45,6 +45,7 @@ struct NavigationResponse {
 // with these user scripts; call it at most once and during createWebView only.
 struct NewWindowRequest {
   NavigationAction action;
+  bool followsUser = true; // the user has clicked or typed in the page in these seconds
   std::function<std::shared_ptr<WebView>(std::vector<std::shared_ptr<const UserScript>>)> makeWebView;
 };
 

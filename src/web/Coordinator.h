@@ -69,6 +69,7 @@ class Coordinator final : public platform::WebViewDelegate {
   static const Route routes[];
 
   std::shared_ptr<WindowViewModel> newViewModel(const std::string& url) const;
+  void tellOfBlockedWindow(const std::optional<std::string>& url);
   void updatePageState();
   void failed(std::string_view label, const platform::WebError& error, bool provisional);
 

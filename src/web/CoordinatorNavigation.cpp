@@ -103,9 +103,30 @@ void Coordinator::failed(std::string_view label, const platform::WebError& error
   loadRetry_.didFail(error, provisional);
 }
 
+void Coordinator::tellOfBlockedWindow(const std::optional<std::string>& url) {
+  const auto viewModel = viewModel_.lock();
+  if (!viewModel)
+    return;
+  PageNotice notice{.text = "A window was blocked."};
+  // An empty window is for the page to fill, which has been told that there is none.
+  if (isWebAddress(url)) {
+    notice.button = "Open";
+    if (url->starts_with(services_.settings.baseURL()) && openInNewTab_)
+      notice.act = [open = openInNewTab_, opened = newViewModel(*url)] { open(opened, true); };
+    else
+      notice.act = [&services = services_, address = *url] { services.workspace.open(address); };
+  }
+  viewModel->noticed.emit(notice);
+}
+
 std::shared_ptr<platform::WebView> Coordinator::createWebView(platform::NewWindowRequest request) {
   if (externalLinks_.take(request.action))
     return nullptr;
+  if (!request.followsUser) {
+    uiLogger_.debug("createWebViewWith: blocked, nobody has clicked");
+    tellOfBlockedWindow(request.action.url);
+    return nullptr;
+  }
   const auto url = request.action.url ? base::Url::parse(*request.action.url) : std::nullopt;
   if (!url || !url->scheme() || !url->host()) {
     uiLogger_.debug("createWebViewWith: no URL / scheme / host — url={}", request.action.url.value_or("nil"));

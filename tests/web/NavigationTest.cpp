@@ -21,8 +21,9 @@ class NavigationTest : public CoordinatorTest {
     return answer.value();
   }
 
-  std::shared_ptr<platform::WebView> popup(const std::optional<std::string>& url) {
+  std::shared_ptr<platform::WebView> popup(const std::optional<std::string>& url, bool followsUser = true) {
     platform::NewWindowRequest request;
+    request.followsUser = followsUser;
     request.action.url = url;
     request.action.gesture = gesture;
     request.makeWebView = [this](std::vector<std::shared_ptr<const platform::UserScript>> scripts) {
@@ -320,6 +321,26 @@ TEST_F(NavigationTest, PopupsGoWhereTheyBelong) {
   EXPECT_EQ(popupScripts.front(), "consoleRelayScript");
   EXPECT_EQ((Calls{popupScripts.end() - 2, popupScripts.end()}),
             (Calls{"sendWatcherScript", "discardWatcherScript"}));
+}
+
+TEST_F(NavigationTest, AWindowThatNobodyAskedForIsToldAndCanBeOpened) {
+  std::vector<PageNotice> notices;
+  const auto subscription = model->noticed.subscribe([&](const auto& notice) { notices.push_back(notice); });
+  const auto before = windows();
+  EXPECT_EQ(popup("https://app.example.com/print", false), nullptr);
+  EXPECT_EQ(popup("https://other.example/", false), nullptr);
+  EXPECT_EQ(popup("about:blank", false), nullptr);
+  EXPECT_EQ(windows(), before);
+  EXPECT_TRUE(shell.workspace.opened.empty());
+  ASSERT_EQ(notices.size(), 3U);
+  EXPECT_EQ(notices[2].text, "A window was blocked.");
+  EXPECT_EQ(notices[2].button, "") << "nobody would fill it";
+  ASSERT_EQ(notices[0].button, "Open");
+  notices[0].act();
+  EXPECT_EQ(windows(), before + 1);
+  EXPECT_EQ(*newest()->urlString, "https://app.example.com/print");
+  notices[1].act();
+  EXPECT_EQ(shell.workspace.opened, Calls{"https://other.example/"});
 }
 
 TEST_F(NavigationTest, ALinkInAComposePageStaysThere) {

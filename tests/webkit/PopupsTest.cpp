@@ -104,6 +104,19 @@ TEST_F(PopupsTest, TargetBlankLinkAsksBothQuestions) {
   EXPECT_EQ(asked_.url, server_.url("/popup"));
 }
 
+TEST_F(PopupsTest, WindowAfterTheEngineHasForgottenTheClickIsAskedForToo) {
+  loadHtml("<p>page</p>");
+  std::vector<bool> followsUser;
+  delegate_.onCreate = [&](const NewWindowRequest& request) -> std::shared_ptr<WebView> {
+    followsUser.push_back(request.followsUser);
+    return nullptr;
+  };
+  // What the program runs in a page counts as a click. The engine remembers one for a second.
+  evaluate("window.open('/popup'); setTimeout(() => window.open('/popup'), 1500); 0");
+  ASSERT_TRUE(waitFor([&] { return followsUser.size() == 2; }));
+  EXPECT_EQ(followsUser, (std::vector{true, false}));
+}
+
 TEST_F(PopupsTest, RefusedWindowDoesNotOpen) {
   loadHtml("<p>page</p>");
   EXPECT_EQ(evaluateToText("window.open('/popup') === null"), "true");

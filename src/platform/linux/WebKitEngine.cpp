@@ -97,6 +97,9 @@ WebKitEngine::WebKitEngine(const WebKitOptions& options, DownloadHandler downloa
 Ref<WebKitSettings> WebKitEngine::makeSettings() const {
   auto settings = adopt(webkit_settings_new());
   webkit_settings_set_enable_developer_extras(settings.get(), FALSE);
+  // The engine forgets a click after a second, and would refuse the windows of a page that asked its server
+  // first without a word. So it always asks, and the answer is ours (NewWindowRequest::followsUser).
+  webkit_settings_set_javascript_can_open_windows_automatically(settings.get(), TRUE);
   if (softwareRendering_)
     webkit_settings_set_hardware_acceleration_policy(settings.get(),
                                                      WEBKIT_HARDWARE_ACCELERATION_POLICY_NEVER);

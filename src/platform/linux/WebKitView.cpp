@@ -75,7 +75,6 @@ std::shared_ptr<WebKitView> WebKitView::connected(std::shared_ptr<WebKitView> vi
   view->connectLoads();
   view->connectQuestions();
   view->connectProperties();
-  view->connectInput();
   return view;
 }
 

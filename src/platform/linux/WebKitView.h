@@ -2,6 +2,7 @@
 
 #include "platform/WebView.h"
 #include "platform/WebViewDelegate.h"
+#include "platform/linux/UserPresses.h"
 #include "platform/linux/WebKitClosing.h"
 #include "platform/linux/WebKitLoads.h"
 #include "platform/linux/WebKitMessagePacing.h"
@@ -69,7 +70,6 @@ class WebKitView final : public WebView,
   void connectLoads();
   void connectQuestions();
   void connectProperties();
-  void connectInput();
   void takeFiles();
   void limitMenu();
   template <class Signature, class Handler>
@@ -101,9 +101,8 @@ class WebKitView final : public WebView,
   bool stayed_ = false; // the user kept the page from being left for another
   // Of the history, asked for and not reached yet: a plain load of its address would add it a second time.
   glib::Ref<WebKitBackForwardListItem> wantedItem_;
-  std::uint64_t gestures_ = 0; // presses of keys and buttons
-  bool keyIsDown_ = false;
   WebKitMessagePacing messagePacing_;
+  UserPresses presses_{container_.get()};
   std::unique_ptr<WebKitPageFiles> pageFiles_;
   std::shared_ptr<WebKitView> heldUntilShown_; // itself, as a new window of a page
   std::vector<glib::Connection> connections_;

@@ -98,7 +98,7 @@ void WebKitView::connectQuestions() {
         if (!delegate_)
           return FALSE; // the engine's own decision; a new window may have no delegate yet
         tell([&](WebViewDelegate& delegate) {
-          askForPolicy(delegate, decision, type, gestures_, [weak = weak_from_this()] {
+          askForPolicy(delegate, decision, type, presses_.count(), [weak = weak_from_this()] {
             if (const auto self = weak.lock())
               self->loads_.refusedByPolicy();
           });
@@ -198,23 +198,6 @@ void WebKitView::connectProperties() {
       }));
 }
 
-// A held key repeats, and is one press.
-void WebKitView::connectInput() {
-  auto* input = gtk_event_controller_legacy_new();
-  gtk_event_controller_set_propagation_phase(input, GTK_PHASE_CAPTURE);
-  connections_.push_back(glib::connect<gboolean(GtkEventControllerLegacy*, GdkEvent*)>(
-      input, "event", [this](GtkEventControllerLegacy*, GdkEvent* event) -> gboolean {
-        const auto type = gdk_event_get_event_type(event);
-        const bool isKey = type == GDK_KEY_PRESS && !std::exchange(keyIsDown_, true);
-        if (type == GDK_KEY_RELEASE)
-          keyIsDown_ = false;
-        if (isKey || type == GDK_BUTTON_PRESS || type == GDK_TOUCH_BEGIN)
-          ++gestures_;
-        return FALSE;
-      }));
-  gtk_widget_add_controller(container_.get(), input);
-}
-
 void WebKitView::takeFiles() {
   pageFiles_ =
       std::make_unique<WebKitPageFiles>(view_.get(), container_.get(), [this](const std::string& text) {
@@ -261,7 +244,8 @@ WebKitWebView* WebKitView::openWindow(WebKitNavigationAction* action) {
     return nullptr;
   std::shared_ptr<WebKitView> made;
   NewWindowRequest request;
-  request.action = navigationActionFrom(action, gestures_);
+  request.action = navigationActionFrom(action, presses_.count());
+  request.followsUser = request.action.isUserGesture || presses_.isRecent();
   request.makeWebView = [this, &made](Scripts scripts) -> std::shared_ptr<WebView> {
     made = makePopup(scripts);
     return made;
