@@ -128,6 +128,33 @@ TEST_F(DownloadsTest, ReplacesAFileByAWholeOneOnly) {
   EXPECT_TRUE(isAlone()) << "the end of the program leaves nothing behind";
 }
 
+// A page revokes the address at once; the user chooses the place later.
+TEST_F(DownloadsTest, BlobThatAScriptHandsOverIsWritten) {
+  loadHtml(R"(<script>
+    function save(how) {
+      const link = document.createElement('a');
+      link.href = URL.createObjectURL(new Blob(['made here'], {type: 'text/plain'}));
+      link.download = 'made.txt';
+      if (how === 'attached')
+        document.body.append(link);
+      link.click();
+      link.remove();
+      URL.revokeObjectURL(link.href);
+    }</script>)");
+  for (const std::string call : {"save('attached')", "save('detached')", "setTimeout(save, 1500)"}) {
+    outcomes_.clear();
+    reply_.reset();
+    evaluate(call + "; 0");
+    ASSERT_TRUE(waitFor([&] { return reply_.has_value(); })) << call;
+    EXPECT_EQ(requests_.back().suggestedFileName, "made.txt");
+    runFor(300ms);
+    const auto path = folder_ / std::to_string(requests_.size());
+    std::move (*reply_)(path.string());
+    ASSERT_TRUE(waitFor([&] { return !outcomes_.empty(); })) << call;
+    EXPECT_EQ(content(path), "made here") << call;
+  }
+}
+
 TEST_F(DownloadsTest, NothingIsWrittenWithoutAGoodAnswer) {
   const std::optional<std::string> answers[] = {std::nullopt, "relative", "", chosen_.string()};
   for (const auto& answer : answers) {
