@@ -19,6 +19,13 @@ bool AnnouncedMail::tellsOf(const std::string& emailId) const {
   return std::ranges::any_of(entries_, [&](const Entry& entry) { return entry.emailIds.contains(emailId); });
 }
 
+std::set<std::string> AnnouncedMail::emailIds() const {
+  std::set<std::string> all;
+  for (const auto& entry : entries_)
+    all.insert(entry.emailIds.begin(), entry.emailIds.end());
+  return all;
+}
+
 std::vector<std::string> AnnouncedMail::remove(const std::string& emailId) {
   std::vector<std::string> emptied;
   for (auto& entry : entries_)

@@ -16,6 +16,7 @@ class AnnouncedMail {
   // The user has answered it.
   void forget(const std::string& notification);
   bool tellsOf(const std::string& emailId) const;
+  std::set<std::string> emailIds() const;
   // That email is none any more that the user is to be told of. Gives the notifications that have lost their
   // last one, and forgets them.
   std::vector<std::string> remove(const std::string& emailId);

@@ -155,6 +155,7 @@ async::Task<WorkOutcome> NewMailCheck::seedAnew(JMAPError error) {
     co_return state.error().isPassing() ? WorkOutcome::failed : WorkOutcome::done;
   }
   lastEmailState_ = std::move(*state);
+  notifier_.anyMayHaveChanged();
   logger_.error("checkAndNotifyNewEmails: re-seeded lastEmailState after error — any emails in this window "
                 "were not notified for");
   co_return WorkOutcome::done;

@@ -72,7 +72,7 @@ NewMailNotifier::fetch(std::vector<std::string> ids, json::array properties, std
   const auto accountId = mailAccountId(*session);
   if (!accountId) {
     networkLogger.error("{}: no mail account ID in JMAP session", operation);
-    co_return Inbox();
+    co_return Inbox{.accountId = {}, .isComplete = false};
   }
   Inbox inbox{.accountId = *accountId};
   for (std::size_t at = 0; at < ids.size(); at += mostInOneRequest) {
@@ -87,6 +87,7 @@ NewMailNotifier::fetch(std::vector<std::string> ids, json::array properties, std
     const auto* list = answeredList(*reply, 0);
     if (!list) {
       networkLogger.error("{}: unexpected Email/get response format", operation);
+      inbox.isComplete = false;
       continue;
     }
     for (const auto* email : objects(*list))
@@ -180,10 +181,13 @@ async::Task<Result<void>> NewMailNotifier::takeBackWhatChanged() {
       changed_.clear();
     co_return std::unexpected(std::move(inbox.error()));
   }
+  auto gone = std::exchange(changed_, {});
+  if (!inbox->isComplete)
+    co_return {};
   for (const auto& email : inbox->emails)
-    if (const auto id = stringMember(email, "id"); id && !reasonForSilence(email, inbox->id).empty())
-      takeBack(*id);
-  changed_.clear();
+    if (reasonForSilence(email, inbox->id).empty())
+      gone.erase(stringMember(email, "id").value_or(""));
+  std::ranges::for_each(gone, [this](const auto& id) { takeBack(id); });
   co_return {};
 }
 

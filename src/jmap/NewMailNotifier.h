@@ -41,10 +41,12 @@ class NewMailNotifier {
   // One notification after the other, or one for all when there are many.
   async::Task<void> announce(NewMail mail);
 
-  // Notifications of emails that have gone are taken back.
+  // Notifications of emails that have gone are taken back, those of updated ones are in doubt.
   void emailsChanged(const std::vector<std::string>& updated, const std::vector<std::string>& destroyed);
-  // Likewise those of the updated ones that have been read or moved. An error leaves the question for the
-  // next time.
+  // What has changed is not known: all announced emails are in doubt.
+  void anyMayHaveChanged() { changed_ = announced_.emailIds(); }
+  // Takes back the notifications of emails in doubt that have been read, moved or deleted. An error leaves
+  // the question for the next time.
   async::Task<Result<void>> takeBackWhatChanged();
   // For another account.
   void forget();
@@ -54,6 +56,7 @@ class NewMailNotifier {
     std::string accountId;
     std::optional<std::string> id = {};
     std::vector<boost::json::object> emails = {};
+    bool isComplete = true; // all answers could be understood
   };
 
   async::Task<Result<Inbox>> fetch(std::vector<std::string> ids, boost::json::array properties,
@@ -69,7 +72,7 @@ class NewMailNotifier {
   settings::AppSettings& settings_;
   std::function<void(const std::string& url)> openURL_;
   AnnouncedMail announced_;
-  std::set<std::string> changed_; // announced emails that are to be looked at again
+  std::set<std::string> changed_; // announced emails in doubt
   async::Scope scope_;
 };
 

@@ -41,14 +41,17 @@ TEST_F(JMAPSessionTest, RejectedRepliesAreTriedFiveTimesWithFreshTokens) {
     return "JMAP request rejected — status: " + std::to_string(status) + ", body: " + body;
   };
   const std::string methodError = R"({"methodResponses":[["a",{},"0"],["error",{"type":"x"},"q0"]]})";
+  const std::string unavailable = R"({"methodResponses":[["error",{"type":"serverUnavailable"},"q0"]]})";
   const std::string cut = std::string(3999, 'x') + "\xC3\xA9";
   const struct {
     Response reply;
     std::string logged; // of the reply; empty for none
     std::string error;
+    bool isPassing = true;
   } cases[] = {
       {FakeHttpClient::ok(""), rejected(200, ""), shape},
-      {FakeHttpClient::ok(methodError), rejected(200, methodError), shape},
+      {FakeHttpClient::ok(methodError), rejected(200, methodError), shape, false},
+      {FakeHttpClient::ok(unavailable), rejected(200, unavailable), shape},
       {platform::HttpResponse{302, {}, "x"}, rejected(302, "x"), shape},
       {platform::HttpResponse{500, {}, std::string(5000, 'x')}, rejected(500, std::string(4000, 'x')), shape},
       {platform::HttpResponse{500, {}, cut + "tail"}, rejected(500, "<4005 non-UTF8 bytes>"), shape},
@@ -59,7 +62,7 @@ TEST_F(JMAPSessionTest, RejectedRepliesAreTriedFiveTimesWithFreshTokens) {
   };
   cookies.cookies = {{"sid", "42", "api.example.com", "/"}, {"id", "sid-value-abc", ".example.com", "/"}};
   connect();
-  for (const auto& [reply, logged, error] : cases) {
+  for (const auto& [reply, logged, error, isPassing] : cases) {
     token = "secret-token1";
     onRequest = [&](const platform::HttpRequest& request) {
       auto answer = reply;
@@ -75,6 +78,7 @@ TEST_F(JMAPSessionTest, RejectedRepliesAreTriedFiveTimesWithFreshTokens) {
     const auto result = run(session->mail().inboxUnreadCount(), 1min);
     ASSERT_TRUE(result && !*result);
     EXPECT_EQ(result->error().description(), error);
+    EXPECT_EQ(result->error().isPassing(), isPassing) << logged;
     EXPECT_EQ(loop.now() - start, 3200ms);
     Lines tokens;
     for (const auto& request : http.requests)

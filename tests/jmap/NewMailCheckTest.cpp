@@ -187,6 +187,15 @@ TEST_F(NewMailCheckTest, NotificationsGoWithTheirMail) {
   answerNext({changes("s6", 1, 0), R"({"list":[{"id":"M4","mailboxIds":{"B9":true}}]})"});
   EXPECT_EQ(checked(), done);
   EXPECT_EQ(center.shown, Lines{});
+
+  // After a state that nothing is known of, all are asked about.
+  answerNext({changes("s7", 5, 7), mails(5, 7)});
+  checked();
+  ASSERT_EQ(center.shown.size(), 3u);
+  client.failNext(JMAPError::badResponse());
+  answerNext({R"({"state":"s8"})", R"({"list":[{"id":"M5","keywords":{"$seen":true}},{"id":"M6"}]})"});
+  EXPECT_EQ(checked(), done);
+  EXPECT_EQ(center.shown.size(), 1u) << "5 has been read, 7 has gone";
 }
 
 TEST_F(NewMailCheckTest, ASeedingThatIsCancelledChangesNothing) {
