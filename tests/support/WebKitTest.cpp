@@ -35,12 +35,16 @@ void WebKitTest::SetUpTestSuite() {
 void WebKitTest::SetUp() {
   glib::CString made(g_dir_make_tmp("ondrel-webkit-XXXXXX", nullptr));
   folder_ = made.get();
+  factory_ = std::make_unique<WebKitViewFactory>(options());
+}
+
+WebKitOptions WebKitTest::options() const {
   WebKitOptions options;
   options.dataFolder = folder_ / "data";
   options.cacheFolder = folder_ / "cache";
   options.extensionFolder = ONDREL_EXTENSION_FOLDER;
   options.softwareRendering = true;
-  factory_ = std::make_unique<WebKitViewFactory>(options);
+  return options;
 }
 
 void WebKitTest::TearDown() {

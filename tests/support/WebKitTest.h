@@ -24,6 +24,7 @@ class WebKitTest : public testing::Test {
   using Scripts = std::vector<std::shared_ptr<const UserScript>>;
 
   static void SetUpTestSuite();
+  WebKitOptions options() const; // of this test's web views
   void SetUp() override;
   void TearDown() override;
 

@@ -58,8 +58,23 @@ GVariant* initializationData(const WebKitOptions& options) {
   return g_variant_new(webkit::initializationFormat, guint64{ScriptMessage::largestBody}, &names);
 }
 
+// The engine frees what it can from half of the limit on, and ends a process at one and a half times the
+// limit: it looks from time to time, and gives a page the time to shrink.
+std::unique_ptr<WebKitMemoryPressureSettings, decltype(&webkit_memory_pressure_settings_free)>
+memorySettings(unsigned limit) {
+  constexpr double killThreshold = 1.5;
+  constexpr double secondsBetweenLooks = 5;
+  auto* settings = webkit_memory_pressure_settings_new();
+  webkit_memory_pressure_settings_set_memory_limit(settings, limit);
+  webkit_memory_pressure_settings_set_kill_threshold(settings, killThreshold);
+  webkit_memory_pressure_settings_set_poll_interval(settings, secondsBetweenLooks);
+  return {settings, webkit_memory_pressure_settings_free};
+}
+
 Ref<WebKitWebContext> makeContext(const WebKitOptions& options) {
-  auto context = adopt(webkit_web_context_new());
+  const auto memory = memorySettings(options.pageMemoryLimit);
+  auto context = adopt(WEBKIT_WEB_CONTEXT(
+      g_object_new(WEBKIT_TYPE_WEB_CONTEXT, "memory-pressure-settings", memory.get(), nullptr)));
   webkit_web_context_add_path_to_sandbox(context.get(), options.extensionFolder.c_str(), TRUE);
   webkit_web_context_set_web_process_extensions_directory(context.get(), options.extensionFolder.c_str());
   webkit_web_context_set_web_process_extensions_initialization_user_data(context.get(),
@@ -100,6 +115,7 @@ Ref<WebKitSettings> WebKitEngine::makeSettings() const {
   // The engine forgets a click after a second, and would refuse the windows of a page that asked its server
   // first without a word. So it always asks, and the answer is ours (NewWindowRequest::followsUser).
   webkit_settings_set_javascript_can_open_windows_automatically(settings.get(), TRUE);
+  webkit_settings_set_enable_media_stream(settings.get(), FALSE);
   if (softwareRendering_)
     webkit_settings_set_hardware_acceleration_policy(settings.get(),
                                                      WEBKIT_HARDWARE_ACCELERATION_POLICY_NEVER);

@@ -19,7 +19,8 @@ struct WebKitOptions {
   std::string cacheFolder;     // may be emptied at any time
   std::string extensionFolder; // of the extension's library, which must be there
   std::vector<std::string> handlerNames = {
-      "ondrel"}; // that the extension puts under window.webkit.messageHandlers
+      "ondrel"};                   // that the extension puts under window.webkit.messageHandlers
+  unsigned pageMemoryLimit = 2048; // MB, of one web process; half as much again ends it
   bool softwareRendering = false;
   bool ephemeral = false; // keeps everything in memory; the two folders are not used
 };
