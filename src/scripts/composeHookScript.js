@@ -56,5 +56,8 @@
     return originalGoNewCompose?.apply(this, args);
   };
 
-  window.webkit.messageHandlers.ondrel.postMessage({type: 'composeReady'});
+  const reportReady = () => window.webkit.messageHandlers.ondrel.postMessage({type: 'composeReady'});
+  // Shown again as it was left, which is before the user's last choice perhaps.
+  window.addEventListener('pageshow', ({persisted}) => persisted && reportReady());
+  reportReady();
 })();

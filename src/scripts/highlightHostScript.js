@@ -53,8 +53,7 @@
   let currentAnchorsByContainer = [];  // anchors {id, exact, occurrenceIndex} by index in `containers`
   let tickScheduled = false;
   let hostReadyPosted = false;
-  let lastReportedCount = -1;
-  let lastReportedFocusedIndex = null;
+  let lastReported = '';
   let btn = null;
   let selectionDebounce = null;
   const searches = new WeakMap();   // container -> TextSearch of its text
@@ -459,16 +458,12 @@
   const tick = () => {
     containers = findContainers();
     reconcileAll();
-    const focusedIndex = computeFocusedIndex();
-    const focusedIndexOrNull = focusedIndex < 0 ? null : focusedIndex;
-    if (containers.length !== lastReportedCount || focusedIndexOrNull !== lastReportedFocusedIndex) {
-      lastReportedCount = containers.length;
-      lastReportedFocusedIndex = focusedIndexOrNull;
-      post({
-        type: 'ondrelHighlightContainersChanged',
-        count: String(containers.length),
-        focusedIndex: focusedIndexOrNull === null ? '' : String(focusedIndexOrNull),
-      });
+    const count = String(containers.length);
+    const focused = computeFocusedIndex();
+    const focusedIndex = focused < 0 ? '' : String(focused);
+    if (`${count}, ${focusedIndex}` !== lastReported) {
+      lastReported = `${count}, ${focusedIndex}`;
+      post({type: 'ondrelHighlightContainersChanged', count, focusedIndex});
     }
     if (containers.length > 0 && !hostReadyPosted) {
       hostReadyPosted = true;
@@ -487,6 +482,15 @@
       tick();
     }, TICK_MS);
   };
+
+  // Shown again as it was left: the program knows the page that was shown meanwhile.
+  window.addEventListener('pageshow', ({persisted}) => {
+    if (persisted) {
+      lastReported = '';
+      hostReadyPosted = false;
+      tick();
+    }
+  });
 
   const mainObserver = new MutationObserver(scheduleTick);
   const observe = () =>

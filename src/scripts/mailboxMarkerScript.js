@@ -114,6 +114,14 @@
     }, TICK_MS);
   };
 
+  // Shown again as it was left: the marks may be others by now.
+  window.addEventListener('pageshow', ({persisted}) => {
+    if (persisted) {
+      readyPosted = false;
+      tick();
+    }
+  });
+
   // Adding a corner is a change as well: it brings one more tick, which changes nothing.
   new MutationObserver(scheduleTick).observe(document.documentElement, {childList: true, subtree: true});
   tick();

@@ -40,6 +40,14 @@
     }
   };
 
+  // Shown again as it was left: the program knows the page that was shown meanwhile.
+  window.addEventListener('pageshow', ({persisted}) => {
+    if (persisted) {
+      last = '';
+      lastMsgId = '';
+    }
+  });
+
   setInterval(() => {
     try {
       const {router} = FastMail;

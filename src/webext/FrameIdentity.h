@@ -17,4 +17,10 @@ struct FrameIdentity {
 
 FrameIdentity identityOf(WebKitFrame* frame);
 
+// Gives the document that the frame shows now a number, by which it is known whenever it is shown: the engine
+// keeps documents that are left, and brings them back without a word.
+void numberDocument(WebKitFrame* frame, std::uint64_t number);
+// 0 for a document without one.
+std::uint64_t documentNumber(WebKitFrame* frame);
+
 } // namespace ondrel::webext

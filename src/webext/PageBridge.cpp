@@ -71,6 +71,7 @@ void PageBridge::documentBegan(WebKitFrame* frame) {
 
   const auto context = glib::adopt(webkit_frame_get_js_context(frame));
   for (const auto& name : settings_->handlerNames) {
+  numberDocument(frame, entry.document);
     auto* handler = new Handler{glib::WeakRef<WebKitWebPage>(page_), id, entry.document, name};
     const auto function = glib::adopt(jsc_value_new_function(
         context.get(), "postMessage", G_CALLBACK(+[](JSCValue* body, Handler* called) -> gboolean {
@@ -110,7 +111,7 @@ void PageBridge::takeUserScripts(WebKitUserMessage* message) {
 
 bool PageBridge::post(const Handler& handler, JSCValue* body) {
   const auto sender = frame(handler.frame);
-  if (!sender || !flow_.isOpen() || frames_.at(handler.frame).document != handler.document)
+  if (!sender || !flow_.isOpen() || documentNumber(sender.get()) != handler.document)
     return false;
   // Before the body becomes JSON: that runs code of the page, which may take the frame away.
   const auto identity = identityOf(sender.get());
@@ -130,6 +131,9 @@ void PageBridge::evaluate(WebKitUserMessage* message) {
   auto* parameters = webkit_user_message_get_parameters(message);
   if (!parameters || !g_variant_is_of_type(parameters, G_VARIANT_TYPE(messages::evaluateFormat)))
     return;
+  // One that has come back: what the one after it has not got out by now is dropped.
+  if (std::exchange(frames_.at(handler.frame).document, handler.document) != handler.document)
+    flow_.documentBegan(handler.frame, webkit_frame_is_main_frame(sender.get()) != FALSE);
   guint64 id = 0;
   const char* origin = nullptr;
   const char* source = nullptr;

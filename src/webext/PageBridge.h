@@ -32,10 +32,10 @@ class PageBridge {
   void documentBegan(WebKitFrame* frame);
 
  private:
-  // The handlers of a document stop working when its frame shows another one, or is gone.
+  // The handlers of a document work while its frame shows it.
   struct Frame {
     glib::WeakRef<WebKitFrame> object;
-    std::uint64_t document = 0;
+    std::uint64_t document = 0; // the last one that began or spoke
   };
   struct Handler;
 

@@ -27,6 +27,7 @@
     await advance(1999);
     await tells(() => type('KeyC', true), 'compose true 1 2');
     await tells(() => advance(1), 'composeReady');
+    await tells(comeBack, 'composeReady');
     const opened = `compose: ${location.origin}/mail/Inbox/compose?u=1&ui=minimal`;
     for (const [wanted, action, expected] of [
              [false, () => type('KeyC'), 'compose true 1 2'],

@@ -115,6 +115,7 @@
     const {id} = await highlight(['one'], ['one', 3]);
     await redraw('one two');
     same(marks(), [`${id}@0:one`, 'b@4:two']);
+    await tells(comeBack, reports(1), ready);
   });
 
   test('What is shown looks as it should', page(body('<p style="margin: 50px">one two')), async () => {

@@ -59,6 +59,7 @@
     await tells(() => advance(300), counted(2, 0));
     same(marked(), '11');
     told(await advance(300));
+    await tells(comeBack, ready, counted(2, 0));
     $('ul').remove();
     await tells(() => advance(300), skipped);
   });

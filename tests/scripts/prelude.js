@@ -57,6 +57,9 @@
   };
   window.handBackBridge = () => handler.postMessage = post;  // messages go to the program again
 
+  // As a document that comes out of the engine's cache.
+  window.comeBack = () => dispatchEvent(new PageTransitionEvent('pageshow', {persisted: true}));
+
   // A case: what `body` does and expects on a page with these page scripts, at this path, with this HTML and
   // that of its frame "/frame".
   const tests = [];

@@ -19,6 +19,8 @@
     await polls(() => open({get: () => 'B'}), 'titleChange: B');
     await polls(() => open(messageOf('A', '')), 'titleChange: A');
     await polls(() => open(messageOf('', ''), router.title = 'Kept'), 'titleChange: Kept');
+    await polls(() => open(messageOf('C', 'M3')), 'titleChange: C', 'ondrelMessageChanged: M3');
+    await polls(comeBack, 'titleChange: C', 'ondrelMessageChanged: M3');
   });
 
   const settings = {scripts: ['titlePollScript'], html: '<div id=s-settings-notifications></div>'};
