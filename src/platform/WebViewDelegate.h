@@ -26,7 +26,6 @@ struct NavigationAction {
   Modifiers modifiers; // a click with the middle button counts as one with Command
   std::optional<std::string> url;
   bool shouldPerformDownload = false; // the page asked for a download, with the link's `download` attribute
-  bool isMainFrame = true;
   // Presses of a key or button by the user in this web view so far: what follows from one has one number.
   std::uint64_t gesture = 0;
   bool isUserGesture = false; // it comes of such a press; the page didn't do it by itself

@@ -7,6 +7,7 @@
 #include "settings/AppSettings.h"
 #include "web/MailURL.h"
 #include "web/MessageFiles.h"
+#include "web/NavigationRules.h"
 #include "web/WebServices.h"
 #include "web/WebViewConfiguration.h"
 #include "web/WindowViewModel.h"
@@ -46,14 +47,23 @@ void Coordinator::decidePolicy(const platform::NavigationAction& action, platfor
     std::move(reply)(NavigationPolicy::cancel);
     return;
   }
-  std::move(reply)(action.shouldPerformDownload ? NavigationPolicy::download : NavigationPolicy::allow);
+  if (action.shouldPerformDownload)
+    std::move(reply)(NavigationPolicy::download);
+  else if (action.url && addressUse(*action.url, TargetFrame::unknown) == AddressUse::cancel)
+    std::move(reply)(NavigationPolicy::cancel);
+  else
+    std::move(reply)(NavigationPolicy::allow);
 }
 
 void Coordinator::decidePolicy(const platform::NavigationResponse& response, platform::PolicyReply reply) {
   const bool isAttachment = response.isHttp && response.contentDisposition &&
                             base::lowercasedAscii(*response.contentDisposition).starts_with("attachment");
-  std::move(reply)(isAttachment || !response.canShowMimeType ? NavigationPolicy::download
-                                                             : NavigationPolicy::allow);
+  if (isAttachment || !response.canShowMimeType)
+    std::move(reply)(NavigationPolicy::download);
+  else if (response.isMainFrame && addressUse(response.url, TargetFrame::main) != AddressUse::stay)
+    std::move(reply)(NavigationPolicy::cancel);
+  else
+    std::move(reply)(NavigationPolicy::allow);
 }
 
 void Coordinator::didCommit() {

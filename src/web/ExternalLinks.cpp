@@ -5,21 +5,14 @@
 #include "platform/WebViewDelegate.h"
 #include "platform/Workspace.h"
 #include "web/GestureLimit.h"
+#include "web/NavigationRules.h"
 #include "web/WindowViewModel.h"
 
-#include <algorithm>
-#include <array>
-#include <string_view>
 #include <utility>
 
 namespace ondrel::web {
 
 namespace {
-
-// The engine's own, and what must not reach the desktop in a page's name.
-constexpr std::array<std::string_view, 14> engineSchemes = {
-    "about",     "blob",       "data",     "file",     "filesystem",  "http", "https",
-    "inspector", "javascript", "resource", "vbscript", "view-source", "ws",   "wss"};
 
 // Behind a scheme that engines don't know they leave these as they are ("tel:+49 30 1234").
 std::string encoded(const std::string& url) {
@@ -49,7 +42,7 @@ std::string encoded(const std::string& url) {
 std::optional<std::string> externalAddress(const std::string& url) {
   const auto parsed = base::Url::parse(encoded(url));
   if (!parsed || !parsed->scheme() ||
-      std::ranges::find(engineSchemes, base::lowercasedAscii(*parsed->scheme())) != engineSchemes.end())
+      addressUse(parsed->absoluteString(), TargetFrame::unknown) != AddressUse::handToDesktop)
     return std::nullopt;
   return parsed->absoluteString();
 }
