@@ -36,6 +36,7 @@ GtkWidget* boxOf(std::initializer_list<GtkWidget*> widgets) {
 
 GtkWidget* titleLabel() {
   auto* label = gtk_label_new(nullptr);
+  gtk_widget_set_name(label, "title");
   gtk_widget_add_css_class(label, "title");
   gtk_label_set_single_line_mode(GTK_LABEL(label), TRUE);
   gtk_label_set_ellipsize(GTK_LABEL(label), PANGO_ELLIPSIZE_END);
@@ -43,12 +44,23 @@ GtkWidget* titleLabel() {
   return label;
 }
 
+// Whose page it is. A page chooses the start of its host's name as it likes, so that goes first.
+GtkWidget* hostLabel() {
+  auto* label = gtk_label_new(nullptr);
+  gtk_widget_set_name(label, "host");
+  gtk_widget_add_css_class(label, "page-host");
+  gtk_label_set_single_line_mode(GTK_LABEL(label), TRUE);
+  gtk_label_set_ellipsize(GTK_LABEL(label), PANGO_ELLIPSIZE_START);
+  gtk_label_set_width_chars(GTK_LABEL(label), 12);
+  return label;
+}
+
 } // namespace
 
 BrowserChrome::BrowserChrome(const ChromeServices& services)
-    : services_(services), bar_(glib::share(adw_header_bar_new())), title_(titleLabel()) {
+    : services_(services), bar_(glib::share(adw_header_bar_new())), host_(hostLabel()), title_(titleLabel()) {
   gtk_widget_set_name(bar_.get(), "ondrel-browser");
-  adw_header_bar_set_title_widget(ADW_HEADER_BAR(bar_.get()), title_);
+  adw_header_bar_set_title_widget(ADW_HEADER_BAR(bar_.get()), boxOf({host_, title_}));
   packStart();
   packEnd();
   connections_.push_back(
@@ -134,6 +146,9 @@ void BrowserChrome::selectedWindowDidChange(std::shared_ptr<platform::Window> wi
 void BrowserChrome::update() {
   const auto* tab = tab_.get();
   gtk_label_set_text(GTK_LABEL(title_), tab ? shownLine(*tab->title).c_str() : "");
+  const auto host = tab ? shownLine(*tab->foreignHost) : "";
+  gtk_label_set_text(GTK_LABEL(host_), host.c_str());
+  gtk_widget_set_visible(host_, !host.empty());
   gtk_widget_set_sensitive(back_, tab && *tab->canGoBack);
   gtk_widget_set_sensitive(forward_, tab && *tab->canGoForward);
   gtk_widget_set_sensitive(reload_, tab != nullptr);

@@ -53,6 +53,7 @@ class BrowserChrome final : public platform::GroupChrome {
 
   const ChromeServices& services_;
   glib::Ref<GtkWidget> bar_;
+  GtkWidget* host_ = nullptr;
   GtkWidget* title_ = nullptr;
   GtkWidget* back_ = nullptr;
   GtkWidget* forward_ = nullptr;

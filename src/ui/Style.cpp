@@ -10,6 +10,7 @@ namespace {
 
 constexpr const char* rules = R"(
 .mouse-over, .downloads, .page-problem { background-color: @headerbar_bg_color; color: @headerbar_fg_color; }
+.page-host { background-color: alpha(currentColor, .1); border-radius: 6px; padding: 2px 8px; }
 .mouse-over > label { padding: 5px 12px; }
 .download { padding: 8px 12px; }
 .page-problem { padding: 9px 12px; }

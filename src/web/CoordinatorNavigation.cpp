@@ -26,6 +26,14 @@ bool isWebAddress(const std::optional<std::string>& address) {
   return url && url->isWeb();
 }
 
+// Whose page stands in a window of the program, where it isn't the service's.
+std::string foreignHostOf(const std::string& address, const settings::AppSettings& settings) {
+  const auto url = base::Url::parse(address);
+  if (!url)
+    return address;
+  return url->host() && !settings.isServiceOrigin(address) ? url->hostWithPort() : "";
+}
+
 bool hostEndsWith(const base::Url& url, const std::string& suffix) {
   return !suffix.empty() && (url.host()->ends_with(suffix) || url.hostWithPort().ends_with(suffix));
 }
@@ -72,6 +80,7 @@ void Coordinator::didCommit() {
   if (const auto viewModel = viewModel_.lock()) {
     viewModel->pageProblem.set({});
     viewModel->dialogs.pageDidCommit(webView_->url().value_or(""));
+    viewModel->foreignHost.set(foreignHostOf(webView_->url().value_or(""), services_.settings));
   }
   updatePageState();
 }
@@ -193,7 +202,7 @@ std::shared_ptr<platform::WebView> Coordinator::createWebView(platform::NewWindo
       webView_->load(address);
     return nullptr;
   }
-  if (containsMail(address))
+  if (containsMail(address) && services_.settings.isServiceOrigin(address))
     return open(openInNewWindow_);
   if (!sameOrigin) {
     handOver();

@@ -45,6 +45,8 @@ class WindowViewModel : public std::enable_shared_from_this<WindowViewModel> {
   std::shared_ptr<const WebViewConfiguration> webViewConfiguration;
   base::Observable<bool> toolbarVisible{true};
   base::Observable<std::string> urlString; // as last reported or requested
+  // Of the page that has come and is shown, whatever is on its way; empty for pages of the service.
+  base::Observable<std::string> foreignHost;
   base::Observable<std::string> title{std::string("New Tab")};
   base::Observable<std::string> mouseOverString; // the hovered link
   base::Observable<bool> canGoBack{false};

@@ -25,9 +25,8 @@ class BrowserChromeTest : public ShellTest {
 
   bool enabled(const std::string& name) { return gtk_widget_get_sensitive(find(bar, name)); }
   std::string tooltip(const std::string& name) { return gtk_widget_get_tooltip_text(find(bar, name)); }
-  std::string title() {
-    return gtk_label_get_text(GTK_LABEL(adw_header_bar_get_title_widget(ADW_HEADER_BAR(bar))));
-  }
+  std::string text(const std::string& name) { return gtk_label_get_text(GTK_LABEL(find(bar, name))); }
+  std::string title() { return text("title"); }
 
   int newTabs = 0;
   int menus = 0;
@@ -132,6 +131,17 @@ TEST_F(BrowserChromeTest, ATabWithoutAToolbarKeepsItsTitleAndTheMenu) {
   chrome->selectedWindowDidChange(window(1));
   EXPECT_TRUE(runUntil([&] { return gtk_widget_get_mapped(find(bar, "zoom-in")); }))
       << "an ordinary tab again";
+}
+
+TEST_F(BrowserChromeTest, APageOfAnotherOriginShowsItsHost) {
+  chrome->selectedWindowDidChange(window(0));
+  EXPECT_FALSE(gtk_widget_get_visible(find(bar, "host")));
+  model(0)->toolbarVisible.set(false);
+  model(0)->foreignHost.set("xn--pple-43d.example:8443");
+  EXPECT_TRUE(gtk_widget_get_visible(find(bar, "host"))) << "also in a window that a page has opened";
+  EXPECT_EQ(text("host"), "xn--pple-43d.example:8443");
+  model(0)->foreignHost.set("");
+  EXPECT_FALSE(gtk_widget_get_visible(find(bar, "host")));
 }
 
 TEST_F(BrowserChromeTest, ALongTitleAndANarrowWindowLeaveRoomForEachOther) {

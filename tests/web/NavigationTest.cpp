@@ -277,6 +277,28 @@ TEST_F(NavigationTest, AMainFrameStaysOnTheWeb) {
   EXPECT_EQ(decide(of("file:///etc/passwd", true)), NavigationPolicy::cancel);
 }
 
+TEST_F(NavigationTest, HostOfAnotherOriginIsShown) {
+  const struct {
+    const char* url;
+    const char* host;
+  } table[] = {
+      {"https://beta.example.com/mail/", ""},
+      {"https://elsewhere.example:444/mail/", "elsewhere.example:444"},
+      {"http://app.example.com/mail/", "app.example.com"},
+      {"about:blank", ""},
+      {"https://app.example.com@elsewhere.example/", "elsewhere.example"},
+      {"https://elsewhere.example/\"odd\"", "https://elsewhere.example/\"odd\""},
+  };
+  for (const auto& row : table) {
+    view->currentUrl = row.url;
+    engine().didCommit();
+    EXPECT_EQ(*model->foreignHost, row.host) << row.url;
+    view->currentUrl = "https://app.example.com/on-its-way";
+    engine().urlDidChange();
+    EXPECT_EQ(*model->foreignHost, row.host) << "until another page has come";
+  }
+}
+
 TEST_F(NavigationTest, PopupsGoWhereTheyBelong) {
   enum Result { none, window, tab };
   struct Case {
@@ -294,7 +316,12 @@ TEST_F(NavigationTest, PopupsGoWhereTheyBelong) {
       {"FILE://localhost/etc/passwd", true, none, {}},
       {"https://app.example.com/settings/", true, tab, {}},
       {"https://app.example.com/mail/Inbox/T.M", true, window, {}},
-      {"https://elsewhere.example/mail/x", true, window, {}},
+      {"https://beta.example.com/mail/x", true, window, {}},
+      {"https://elsewhere.example/mail/x", true, none, {"https://elsewhere.example/mail/x"}},
+      {"https://app.example.com@elsewhere.example/mail/",
+       true,
+       none,
+       {"https://app.example.com@elsewhere.example/mail/"}},
       {"https://elsewhere.example/x", true, none, {"https://elsewhere.example/x"}},
       {"https://elsewhere.example/?sale=50%&a={b}",
        true,
@@ -304,7 +331,7 @@ TEST_F(NavigationTest, PopupsGoWhereTheyBelong) {
       {"https://app.example.com:8443/settings/", true, none, {"https://app.example.com:8443/settings/"}},
       {"http://app.example.com/settings/", true, none, {"http://app.example.com/settings/"}},
       {raw, true, none, {raw, raw}}, // opened twice: the rule for other sites holds as well
-      {raw + "/mail/", true, window, {raw + "/mail/"}},
+      {raw + "/mail/", true, none, {raw + "/mail/", raw + "/mail/"}},
       {raw + "?download=1", true, none, {}}, // saved as a file
       {raw + "?download=1", false, none, {raw + "?download=1"}},
   };
