@@ -1,8 +1,10 @@
 #include "app/WindowManager.h"
 
+#include "app/SessionLimits.h"
 #include "app/SessionStore.h"
 #include "platform/Application.h"
 #include "platform/WebView.h"
+#include "settings/AppSettings.h"
 #include "web/WindowViewModel.h"
 
 #include <set>
@@ -14,18 +16,24 @@ using web::WindowViewModel;
 
 namespace {
 
-PersistedTab persisted(const WindowViewModel& viewModel) {
+// The history of a page of somebody else's isn't worth what such a page can make it cost.
+bool keepsState(const WindowViewModel& viewModel, const settings::AppSettings& settings) {
+  return settings.isServiceOrigin(*viewModel.urlString) && viewModel.foreignHost->empty();
+}
+
+PersistedTab persisted(const WindowViewModel& viewModel, bool withState) {
   PersistedTab tab;
   tab.urlString = *viewModel.urlString;
   tab.title = *viewModel.title;
   tab.toolbarVisible = *viewModel.toolbarVisible;
   // A tab without a web view is a restored one that nobody has looked at: what was restored is its state.
   if (const auto webView = viewModel.liveWebView()) {
-    tab.interactionState = webView->interactionState();
+    if (withState)
+      tab.interactionState = webView->interactionState();
     tab.pageZoom = webView->pageZoom();
   } else {
     // Unless another page has been asked for since, which the old state would hide.
-    if (!viewModel.loadsURLAfterRestoring)
+    if (withState && !viewModel.loadsURLAfterRestoring)
       tab.interactionState = viewModel.restorationData;
     tab.pageZoom = *viewModel.initialPageZoom;
   }
@@ -46,7 +54,8 @@ PersistedSession WindowManager::snapshot() const {
     for (const auto& member : members) {
       seen.insert(member.get());
       if (const auto* registered = entry(member.get()))
-        saved.tabs.push_back(persisted(*registered->viewModel));
+        saved.tabs.push_back(
+            persisted(*registered->viewModel, keepsState(*registered->viewModel, settings_)));
     }
     if (saved.tabs.empty())
       continue;
@@ -56,6 +65,7 @@ PersistedSession WindowManager::snapshot() const {
     }
     session.windows.push_back(std::move(saved));
   }
+  limitSize(session);
   return session;
 }
 

@@ -94,7 +94,7 @@ class WebView {
                                              async::Duration deadline) = 0;
 
   // Back-forward list and scroll positions as opaque bytes of the engine; absent when there is nothing to
-  // keep.
+  // keep, or too much. Costs 170 times their size in memory for a moment.
   virtual std::optional<base::Bytes> interactionState() = 0;
   // False when the bytes are none of this engine's; the web view is then as it was.
   virtual bool restoreInteractionState(const base::Bytes& state) = 0;

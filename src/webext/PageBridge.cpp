@@ -4,6 +4,7 @@
 #include "webext/Evaluation.h"
 #include "webext/FrameIdentity.h"
 #include "webext/HandlerObject.h"
+#include "webext/HistoryLimits.h"
 #include "webext/ScriptText.h"
 
 #include <utility>
@@ -14,7 +15,10 @@ namespace messages = platform::webkit;
 
 namespace {
 constexpr const char* bridgeKey = "ondrel-page-bridge";
-}
+// Bytes of history states. A list of as many small ones as the engine keeps is no burden.
+constexpr std::uint64_t smallState = 4 << 10;
+constexpr std::uint64_t largestHistory = 1 << 20;
+} // namespace
 
 // Data of one postMessage function. Owned by the function, which scripts may keep longer than anything else
 // lives.
@@ -67,11 +71,17 @@ void PageBridge::documentBegan(WebKitFrame* frame) {
   auto& entry = frames_[id];
   entry.object.set(frame);
   entry.document = ++lastDocument_;
+  numberDocument(frame, entry.document);
   flow_.documentBegan(id, webkit_frame_is_main_frame(frame) != FALSE);
 
   const auto context = glib::adopt(webkit_frame_get_js_context(frame));
+  limitHistory(context.get(),
+               [page = std::make_shared<glib::WeakRef<WebKitWebPage>>(page_)](std::uint64_t bytes) {
+                 const auto locked = page->lock();
+                 if (auto* bridge = locked ? of(locked.get()) : nullptr)
+                   bridge->historyGrew(bytes);
+               });
   for (const auto& name : settings_->handlerNames) {
-  numberDocument(frame, entry.document);
     auto* handler = new Handler{glib::WeakRef<WebKitWebPage>(page_), id, entry.document, name};
     const auto function = glib::adopt(jsc_value_new_function(
         context.get(), "postMessage", G_CALLBACK(+[](JSCValue* body, Handler* called) -> gboolean {
@@ -84,6 +94,14 @@ void PageBridge::documentBegan(WebKitFrame* frame) {
     installHandler(context.get(), name, function.get());
   }
   arrangeUserScripts(frame, userScripts_);
+}
+
+void PageBridge::historyGrew(std::uint64_t bytes) {
+  if (bytes <= smallState)
+    return;
+  historySize_ += bytes;
+  if (historySize_ > largestHistory && flow_.isOpen() && !std::exchange(toldOfLargeHistory_, true))
+    flow_.note(messages::historyTooLarge, nullptr);
 }
 
 void PageBridge::takeUserScripts(WebKitUserMessage* message) {
@@ -113,6 +131,9 @@ bool PageBridge::post(const Handler& handler, JSCValue* body) {
   const auto sender = frame(handler.frame);
   if (!sender || !flow_.isOpen() || documentNumber(sender.get()) != handler.document)
     return false;
+  // One that has come back: what the one after it has not got out by now is dropped.
+  if (std::exchange(frames_.at(handler.frame).document, handler.document) != handler.document)
+    flow_.documentBegan(handler.frame, webkit_frame_is_main_frame(sender.get()) != FALSE);
   // Before the body becomes JSON: that runs code of the page, which may take the frame away.
   const auto identity = identityOf(sender.get());
   const auto json = jsonText(body).value_or(std::string());
@@ -131,9 +152,6 @@ void PageBridge::evaluate(WebKitUserMessage* message) {
   auto* parameters = webkit_user_message_get_parameters(message);
   if (!parameters || !g_variant_is_of_type(parameters, G_VARIANT_TYPE(messages::evaluateFormat)))
     return;
-  // One that has come back: what the one after it has not got out by now is dropped.
-  if (std::exchange(frames_.at(handler.frame).document, handler.document) != handler.document)
-    flow_.documentBegan(handler.frame, webkit_frame_is_main_frame(sender.get()) != FALSE);
   guint64 id = 0;
   const char* origin = nullptr;
   const char* source = nullptr;

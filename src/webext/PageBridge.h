@@ -44,6 +44,8 @@ class PageBridge {
   glib::Ref<WebKitFrame> frame(std::uint64_t id) const;
   // False for what is dropped.
   bool post(const Handler& handler, JSCValue* body);
+  // A state of that size has gone into the page's history.
+  void historyGrew(std::uint64_t bytes);
   gboolean receive(WebKitUserMessage* message);
   void evaluate(WebKitUserMessage* message);
   void takeUserScripts(WebKitUserMessage* message);
@@ -54,6 +56,8 @@ class PageBridge {
   std::map<std::uint64_t, Frame> frames_;
   std::uint64_t lastDocument_ = 0;
   bool toldOfLargeMessage_ = false;
+  std::uint64_t historySize_ = 0; // bytes of all states that are not small
+  bool toldOfLargeHistory_ = false;
   std::vector<UserScript> userScripts_;
   glib::Connection received_;
 };

@@ -75,6 +75,17 @@ TEST_F(RestoreTest, OnlyTheTabInFrontGetsAWebView) {
   EXPECT_EQ(model(1)->restorationData, std::nullopt);
 }
 
+TEST_F(RestoreTest, OnlyPagesOfTheServiceKeepTheirState) {
+  auto foreign = tab("b", base::Bytes{2});
+  foreign.urlString = "https://elsewhere.example/";
+  startWith({{{{tab("a", base::Bytes{1}), foreign}, std::nullopt}}});
+  EXPECT_EQ(saveNow().windows[0].tabs[1].interactionState, std::nullopt);
+  EXPECT_EQ(saveNow().windows[0].tabs[0].interactionState, base::Bytes{1});
+  model(0)->foreignHost.set("elsewhere.example");
+  EXPECT_EQ(saveNow().windows[0].tabs[0].interactionState, std::nullopt)
+      << "such a page is still shown while one of the service is on its way";
+}
+
 TEST_F(RestoreTest, ATabNotShownYetTakesANewAddressWithItsHistory) {
   // The double didn't tell that restoring changes the address, which then replaced the new one.
   startWith({{{{tab("a", at("a")), tab("b", at("b"))}, std::nullopt}}});

@@ -1,4 +1,5 @@
 #include "app/PersistedSession.h"
+#include "app/SessionLimits.h"
 #include "app/SessionStore.h"
 #include "async/VirtualEventLoop.h"
 #include "support/FakeDesktop.h"
@@ -22,6 +23,24 @@ TEST(PersistedSession, SurvivesItsFile) {
   EXPECT_TRUE(text.contains(R"("pageZoom":1.1,)")) << text;
   EXPECT_EQ(text.find("\"frame\""), text.rfind("\"frame\"")) << "an absent frame leaves its key out";
   EXPECT_EQ(PersistedSession{}.encoded(), R"({"windows":[]})");
+}
+
+TEST(PersistedSession, IsBounded) {
+  const auto tab = [](std::size_t state) { return PersistedTab{"u", "t", base::Bytes(state), 1.0, true}; };
+  PersistedSession session{{{{tab(largestTabState), tab(largestTabState + 1)}, {}}, {{}, {}}}};
+  session.windows[1].tabs.assign(20, tab(largestTabState));
+  session.windows[1].tabs.push_back({"https://x.example:8/" + std::string(1 << 20, 'a'),
+                                     std::string(1023, 't') + "\xC3\xA9", base::Bytes{1}, 1.0, true});
+  limitSize(session);
+  EXPECT_EQ(session.windows[0].tabs[0], tab(largestTabState));
+  EXPECT_EQ(session.windows[0].tabs[1].interactionState, std::nullopt);
+  std::size_t kept = 0;
+  for (const auto& window : session.windows)
+    for (const auto& each : window.tabs)
+      kept += each.interactionState.value_or(base::Bytes()).size();
+  EXPECT_EQ(kept, largestSessionStates);
+  EXPECT_EQ(session.windows[1].tabs.back(),
+            (PersistedTab{"https://x.example:8/", std::string(1023, 't'), std::nullopt, 1.0, true}));
 }
 
 TEST(PersistedSession, IsReadWholeOrNotAtAll) {

@@ -25,6 +25,10 @@ inline constexpr const char* mayGoOn = "may-go-on";
 // Extension to program: the page posts more than could be held, and some was dropped. Once for each page.
 inline constexpr const char* messagesDropped = "messages-dropped";
 
+// Extension to program: the states that the page has given to its history are too much to be written down.
+// Once for each page.
+inline constexpr const char* historyTooLarge = "history-too-large";
+
 // Program to extension: user scripts of the page that the engine doesn't run (see WebKitEngine::makePopup),
 // each with its source, whether it runs at the start of a document, and whether in the main frame only. Only
 // the first such message of a page counts.

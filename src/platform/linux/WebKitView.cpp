@@ -209,7 +209,7 @@ async::Task<ScriptResult> WebKitView::evaluate(std::string source, std::optional
 }
 
 std::optional<base::Bytes> WebKitView::interactionState() {
-  return sessionStateOf(view_.get());
+  return keepsHistory_ ? sessionStateOf(view_.get()) : std::nullopt;
 }
 
 bool WebKitView::restoreInteractionState(const base::Bytes& state) {

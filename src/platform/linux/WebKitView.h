@@ -101,6 +101,7 @@ class WebKitView final : public WebView,
   bool stayed_ = false; // the user kept the page from being left for another
   // Of the history, asked for and not reached yet: a plain load of its address would add it a second time.
   glib::Ref<WebKitBackForwardListItem> wantedItem_;
+  bool keepsHistory_ = true; // until its states are too large
   WebKitMessagePacing messagePacing_;
   UserPresses presses_{container_.get()};
   std::unique_ptr<WebKitPageFiles> pageFiles_;

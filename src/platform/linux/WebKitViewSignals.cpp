@@ -264,6 +264,10 @@ void WebKitView::receive(WebKitUserMessage* message) {
     messagePacing_.answerWithTime(message);
     return;
   }
+  if (std::string_view(webkit_user_message_get_name(message)) == webkit::historyTooLarge) {
+    keepsHistory_ = false;
+    return;
+  }
   auto scriptMessage = scriptMessageFrom(message);
   if (!scriptMessage || !handlerNames_.contains(scriptMessage->name))
     return;
