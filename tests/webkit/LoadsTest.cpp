@@ -245,6 +245,7 @@ class LoadStatesTest : public testing::Test, protected WebKitLoads::Listener {
   void loadFinished() override { events.emplace_back("finish"); }
   void loadFailed(const WebError& error, bool provisional) override {
     events.push_back((provisional ? "provisional " : "fail ") + std::to_string(error.code));
+    failingURL = error.failingURL;
   }
   void loadTimedOut(const WebError& error) override {
     // What the engine says of being stopped.
@@ -257,6 +258,7 @@ class LoadStatesTest : public testing::Test, protected WebKitLoads::Listener {
   async::VirtualEventLoop loop;
   WebKitLoads loads{*this};
   Events events;
+  std::string failingURL;
 };
 
 TEST_F(LoadStatesTest, SilentServerTimesOutOnce) {
@@ -266,6 +268,7 @@ TEST_F(LoadStatesTest, SilentServerTimesOutOnce) {
   EXPECT_EQ(events, Events{});
   loop.advance(1s);
   EXPECT_EQ(events, Events{"provisional -1001"});
+  EXPECT_EQ(failingURL, "https://a/");
   loop.advance(1h);
   EXPECT_EQ(events.size(), 1U);
   loads.requested("https://a/");

@@ -6,16 +6,16 @@ namespace {
 
 constexpr std::string_view blankPage = "about:blank";
 
-WebError restrictedPort() {
-  return {std::string(WebError::webKitDomain), 103, "Not allowed to use restricted network port"};
+WebError restrictedPort(const std::string& url) {
+  return {std::string(WebError::webKitDomain), 103, "Not allowed to use restricted network port", url};
 }
 
 WebError refused() {
   return {std::string(WebError::webKitDomain), WebError::frameLoadInterrupted, "Frame load interrupted"};
 }
 
-WebError timedOut() {
-  return {std::string(WebError::urlDomain), WebError::timedOut, "The request timed out"};
+WebError timedOut(const std::string& url) {
+  return {std::string(WebError::urlDomain), WebError::timedOut, "The request timed out", url};
 }
 
 } // namespace
@@ -47,7 +47,7 @@ void WebKitLoads::committed(const std::string& url) {
   // The engine shows an empty page in place of one from a port that it never connects to.
   if (wasRequested && url == blankPage && !requestedUrl_.starts_with("about:")) {
     state_ = State::failed;
-    listener_.loadFailed(restrictedPort(), true);
+    listener_.loadFailed(restrictedPort(requestedUrl_), true);
     return;
   }
   state_ = State::committed;
@@ -88,7 +88,7 @@ void WebKitLoads::released(bool leave) {
 void WebKitLoads::timeOut() {
   awaitsCommit_ = false;
   state_ = State::failed; // what the engine says of the stop is no second failure
-  listener_.loadTimedOut(timedOut());
+  listener_.loadTimedOut(timedOut(requestedUrl_));
 }
 
 } // namespace ondrel::platform
