@@ -28,6 +28,10 @@ json::object toJson(const PersistedWindow& window) {
   json::object object{{"tabs", std::move(tabs)}};
   if (const auto& frame = window.frame)
     object["frame"] = {{"x", frame->x}, {"y", frame->y}, {"width", frame->width}, {"height", frame->height}};
+  if (window.isMaximized)
+    object["isMaximized"] = true;
+  if (window.selectedTab != 0)
+    object["selectedTab"] = window.selectedTab;
   return object;
 }
 
@@ -81,6 +85,12 @@ class Decoder {
     return result;
   }
 
+  // 0 for what is no position of a list of that size.
+  std::size_t index(std::size_t size) const {
+    const auto position = number();
+    return position >= 0 && position < static_cast<double>(size) ? static_cast<std::size_t>(position) : 0;
+  }
+
   bool boolean() const {
     const auto* result = value_.if_bool();
     if (!result)
@@ -126,6 +136,10 @@ PersistedWindow decodeWindow(const Decoder& from) {
   if (const auto frame = from.optionalMember("frame"))
     window.frame = PersistedFrame{frame->member("x").number(), frame->member("y").number(),
                                   frame->member("width").number(), frame->member("height").number()};
+  if (const auto maximized = from.optionalMember("isMaximized"))
+    window.isMaximized = maximized->boolean();
+  if (const auto selected = from.optionalMember("selectedTab"))
+    window.selectedTab = selected->index(window.tabs.size());
   return window;
 }
 

@@ -2,6 +2,7 @@
 
 #include "base/Base64.h"
 
+#include <cstddef>
 #include <expected>
 #include <optional>
 #include <string>
@@ -11,7 +12,7 @@
 namespace ondrel::app {
 
 // The saved windows and tabs, as session.json holds them: keys are the field names, bytes are base64, an
-// absent optional leaves its key out.
+// absent optional leaves its key out, and so does a window's state that is the usual one.
 struct PersistedTab {
   std::string urlString;
   std::string title;
@@ -35,6 +36,8 @@ struct PersistedFrame {
 struct PersistedWindow {
   std::vector<PersistedTab> tabs;
   std::optional<PersistedFrame> frame;
+  bool isMaximized = false;    // the frame is then what it goes back to
+  std::size_t selectedTab = 0; // the one in front
 
   bool operator==(const PersistedWindow&) const = default;
 };

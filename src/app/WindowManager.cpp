@@ -42,8 +42,9 @@ WindowPtr WindowManager::makeWindow(const ViewModelPtr& viewModel) {
     const auto self = weakSelf.lock();
     if (!self)
       return;
+    auto& openedTabs = (*self)->openedTabs_;
     if (const auto key = (*self)->application_.keyWindow())
-      (*self)->openTab(opened, key, activate);
+      openedTabs.didOpen(key, (*self)->openTab(opened, openedTabs.neighbour(key), activate));
     else
       (*self)->showAlone((*self)->makeWindow(opened), activate);
   };
@@ -75,12 +76,13 @@ void WindowManager::showAlone(const WindowPtr& window, bool activate) {
   scope_.spawn(preferTabs(window));
 }
 
-void WindowManager::openTab(const ViewModelPtr& viewModel, const WindowPtr& neighbour, bool activate) {
+WindowPtr WindowManager::openTab(const ViewModelPtr& viewModel, const WindowPtr& neighbour, bool activate) {
   const auto window = makeWindow(viewModel);
   window->setTabbingMode(TabbingMode::preferred);
   neighbour->addTabbedWindow(window);
   if (activate)
     window->makeKeyAndOrderFront();
+  return window;
 }
 
 void WindowManager::openMainWindow() {

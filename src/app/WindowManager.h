@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/BrowserContent.h"
+#include "app/OpenedTabs.h"
 #include "app/PersistedSession.h"
 #include "async/Scope.h"
 #include "base/Observable.h"
@@ -93,8 +94,9 @@ class WindowManager {
   std::vector<ActiveWindow> candidates() const;
   std::shared_ptr<web::WindowViewModel> newViewModel() const;
   void showAlone(const std::shared_ptr<platform::Window>& window, bool activate = true);
-  void openTab(const std::shared_ptr<web::WindowViewModel>& viewModel,
-               const std::shared_ptr<platform::Window>& neighbour, bool activate);
+  std::shared_ptr<platform::Window> openTab(const std::shared_ptr<web::WindowViewModel>& viewModel,
+                                            const std::shared_ptr<platform::Window>& neighbour,
+                                            bool activate);
 
   // Runs a member on the next turn of the main loop.
   void later(void (WindowManager::*work)());
@@ -128,6 +130,7 @@ class WindowManager {
   std::vector<Entry> windowViewModels_; // in the order of making
   base::Event<> windowViewModelsChanged_;
   std::optional<platform::Rect> lastClosedWindowFrame_;
+  OpenedTabs openedTabs_;
   // What the last reads for each key window depended on; each set is followed until its next change.
   std::map<const web::WindowViewModel*, std::vector<base::Subscription>> trackedReads_;
   std::vector<base::Subscription> subscriptions_;

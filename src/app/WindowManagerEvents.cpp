@@ -45,8 +45,10 @@ WindowManager::WindowManager(platform::Application& application, settings::AppSe
   subscriptions_.push_back(application_.windowWillClose.subscribe(
       [this](const WindowPtr& window) { scope_.spawn(windowClosed(window)); }));
   subscriptions_.push_back(application_.willResignActive.subscribe([this] { later(&WindowManager::save); }));
-  subscriptions_.push_back(application_.windowDidBecomeKey.subscribe(
-      [this](const WindowPtr&) { later(&WindowManager::updateActiveURLContainsMail); }));
+  subscriptions_.push_back(application_.windowDidBecomeKey.subscribe([this](const WindowPtr& window) {
+    openedTabs_.didBecomeKey(window);
+    later(&WindowManager::updateActiveURLContainsMail);
+  }));
   subscriptions_.push_back(settings_.fastmailEnvironmentDidChange.subscribe(
       [this] { later(&WindowManager::environmentChanged); }));
   subscriptions_.push_back(

@@ -7,6 +7,7 @@
 #include "settings/AppSettings.h"
 #include "web/WindowViewModel.h"
 
+#include <algorithm>
 #include <set>
 
 namespace ondrel::app {
@@ -53,12 +54,16 @@ PersistedSession WindowManager::snapshot() const {
     PersistedWindow saved;
     for (const auto& member : members) {
       seen.insert(member.get());
+      if (group && member == group->selectedWindow())
+        saved.selectedTab = saved.tabs.size();
       if (const auto* registered = entry(member.get()))
         saved.tabs.push_back(
             persisted(*registered->viewModel, keepsState(*registered->viewModel, settings_)));
     }
     if (saved.tabs.empty())
       continue;
+    saved.selectedTab = std::min(saved.selectedTab, saved.tabs.size() - 1);
+    saved.isMaximized = window->isMaximized();
     if (!members.empty()) {
       const auto frame = members.front()->frame();
       saved.frame = PersistedFrame{frame.x, frame.y, frame.width, frame.height};
@@ -91,14 +96,20 @@ void WindowManager::restoreWindow(const PersistedWindow& saved) {
   const auto first = makeWindow(viewModelFor(saved.tabs.front()));
   if (const auto& frame = saved.frame)
     first->setFrame({frame->x, frame->y, frame->width, frame->height});
-  showAlone(first);
+  if (saved.isMaximized)
+    first->maximize();
   auto previous = first;
+  auto selected = first;
   for (std::size_t i = 1; i < saved.tabs.size(); ++i) {
     const auto next = makeWindow(viewModelFor(saved.tabs[i]));
     next->setTabbingMode(TabbingMode::preferred);
     previous->addTabbedWindow(next);
     previous = next;
+    if (i == saved.selectedTab)
+      selected = next;
   }
+  // Only now, so that no other tab is seen and makes its web view.
+  showAlone(selected);
 }
 
 std::shared_ptr<WindowViewModel> WindowManager::viewModelFor(const PersistedTab& tab) const {

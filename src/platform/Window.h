@@ -48,6 +48,9 @@ class Window {
 
   virtual Rect frame() const = 0;
   virtual void setFrame(const Rect& frame) = 0;
+  // The top-level fills its monitor; its frame is what it goes back to.
+  virtual bool isMaximized() const = 0;
+  virtual void maximize() = 0;
 
   virtual TabbingMode tabbingMode() const = 0;
   virtual void setTabbingMode(TabbingMode mode) = 0;

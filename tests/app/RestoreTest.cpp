@@ -86,6 +86,17 @@ TEST_F(RestoreTest, OnlyPagesOfTheServiceKeepTheirState) {
       << "such a page is still shown while one of the service is on its way";
 }
 
+TEST_F(RestoreTest, TheActiveTabAndTheSizeComeBack) {
+  const PersistedSession session{
+      {{{tab("a", at("a")), tab("b", at("b"))}, PersistedFrame{5, 6, 700, 500}, true, 1}}};
+  startWith(session);
+  EXPECT_EQ(shell.application.key, shell.application.all.at(1));
+  EXPECT_EQ(shell.webViews.made.size(), 1U) << "the first tab was never seen";
+  EXPECT_EQ(saveNow(), session);
+  EXPECT_FALSE(
+      PersistedSession::decode(R"({"windows":[{"tabs":[],"selectedTab":7}]})")->windows[0].selectedTab);
+}
+
 TEST_F(RestoreTest, ATabNotShownYetTakesANewAddressWithItsHistory) {
   // The double didn't tell that restoring changes the address, which then replaced the new one.
   startWith({{{{tab("a", at("a")), tab("b", at("b"))}, std::nullopt}}});

@@ -58,6 +58,24 @@ TEST_F(WindowManagerTest, NewTabsStandBehindTheKeyWindow) {
   EXPECT_EQ(window(3)->tabGroup(), nullptr) << "without a key window it is a window of its own";
 }
 
+TEST_F(WindowManagerTest, TabsOpenedBehindComeInTheirOrder) {
+  shell.start();
+  shell.manager->newTab();
+  shell.application.setKey(window(0));
+  const auto open = [this] { model(0)->openInNewTab(web::WindowViewModel::make(shell.services), false); };
+  open();
+  open();
+  EXPECT_EQ(window(0)->group->windows(),
+            (std::vector<std::shared_ptr<platform::Window>>{window(0), window(2), window(3), window(1)}));
+  shell.application.setKey(window(1));
+  shell.application.setKey(window(0));
+  open();
+  EXPECT_EQ(window(0)->group->windows()[1], window(4)) << "another tab was looked at";
+  window(4)->close();
+  open();
+  EXPECT_EQ(window(0)->group->windows()[1], window(4));
+}
+
 TEST_F(WindowManagerTest, ChoosesTheActiveWindow) {
   shell.start();
   shell.manager->openMainWindow();
@@ -195,6 +213,7 @@ TEST_F(WindowManagerTest, FollowsTheKeyWindowsPage) {
   shell.start();
   EXPECT_FALSE(*shell.manager->activeURLContainsMail);
   const auto webView = shell.webView(model(0));
+  webView->loading = false;
   webView->answer = [](const std::string&) { return boost::json::value(true); };
   model(0)->urlString.set("https://app.example.com/mail/Inbox/T.M");
   shell.settle();

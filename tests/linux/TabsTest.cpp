@@ -171,7 +171,14 @@ TEST_F(TabsTest, MoveBetweenTopLevelsWithTheirIdentity) {
     makeThree();
     const auto before = topLevelCount();
     const auto source = a->tabGroup();
+    bool wasAlone = false;
+    const auto dragged = glib::connect<void(AdwTabView*, AdwTabPage*, int)>(
+        a->group()->tabView(), "page-detached", [&](AdwTabView*, AdwTabPage*, int) {
+          wasAlone = !b->tabGroup() && a->tabGroup() == source;
+          b->makeKeyAndOrderFront(); // its page is with the pointer
+        });
     dragOut(b);
+    EXPECT_TRUE(wasAlone) << "it is in no group while it is dragged";
     EXPECT_EQ(names(source->windows()), "ac");
     EXPECT_EQ(b->tabGroup(), nullptr) << "alone";
     EXPECT_TRUE(b->isVisible());
@@ -194,6 +201,25 @@ TEST_F(TabsTest, MoveBetweenTopLevelsWithTheirIdentity) {
     EXPECT_EQ(topLevelCount(), before);
     EXPECT_EQ(willClose, Strings()) << "nothing was closed";
   });
+}
+
+// The virtual display has nothing behind the windows.
+TEST_F(TabsTest, ADragOntoTheBareRootEndsInATopLevelOfItsOwn) {
+  run([this] {
+    makeThree();
+    settle();
+    std::string command = "bash -c 'xdotool mousemove 60 68 mousedown 1 sleep 0.3";
+    for (int i = 1; i <= 10; ++i)
+      command += fmt::format(" mousemove {} {} sleep 0.05", 60 + 70 * i, 68 + 70 * i);
+    command += " sleep 0.5 mouseup 1'";
+    ASSERT_TRUE(g_spawn_command_line_async(command.c_str(), nullptr));
+    const auto source = a->group();
+    ASSERT_TRUE(until([&] { return source->size() == 2; }));
+    EXPECT_EQ(a->tabGroup(), nullptr) << "on its way";
+    EXPECT_TRUE(until([&] { return a->group() != source && a->isVisible(); }));
+    settle();
+  });
+  std::erase_if(complaints, [](const auto& text) { return text.contains("GDK_DRAG_PROTO_ROOTWIN"); });
 }
 
 TEST_F(TabsTest, TellOnceThatTheyCloseByWhateverWay) {

@@ -44,6 +44,8 @@ class FakeWindow final : public platform::Window, public std::enable_shared_from
     frame_ = frame;
     calls.push_back("setFrame");
   }
+  bool isMaximized() const override { return maximized; }
+  void maximize() override { maximized = true; }
   platform::TabbingMode tabbingMode() const override { return mode_; }
   void setTabbingMode(platform::TabbingMode mode) override {
     mode_ = mode;
@@ -80,6 +82,7 @@ class FakeWindow final : public platform::Window, public std::enable_shared_from
   bool busy = false;
   bool visible = false;
   bool orderedOut = false;
+  bool maximized = false;
   bool closed = false;
   std::vector<std::string> calls;
 
@@ -141,6 +144,7 @@ class FakeApplication final : public platform::Application {
 
 inline void FakeWindow::addTabbedWindow(std::shared_ptr<platform::Window> window) {
   const auto added = std::static_pointer_cast<FakeWindow>(window);
+  std::erase_if(added->group->members, [&window](const auto& each) { return each.lock() == window; });
   const auto own =
       std::ranges::find_if(group->members, [this](const auto& each) { return each.lock().get() == this; });
   group->members.insert(own + 1, added);
@@ -170,6 +174,7 @@ inline void FakeWindow::comeBack() {
 inline void FakeWindow::makeKeyAndOrderFront() {
   comeBack();
   visible = true;
+  group->selected = weak_from_this();
   calls.push_back("key");
   application_.setKey(shared_from_this());
 }

@@ -53,6 +53,8 @@ class TabGroupWindow final : public WindowGroup, public std::enable_shared_from_
   bool isMinimized() const;
   Rect frame() const { return placement_.frame(); }
   void setFrame(const Rect& frame) { placement_.setFrame(frame); }
+  bool isMaximized() const { return placement_.isMaximized(); }
+  void maximize() { placement_.maximize(); }
   void rememberPosition() { placement_.rememberPosition(); }
   GtkWindow* gtkWindow() const { return window_.get(); }
   AdwTabView* tabView() const { return view_.get(); }

@@ -1,5 +1,6 @@
 #include "platform/linux/TabWindow.h"
 
+#include "async/EventLoop.h"
 #include "base/Text.h"
 #include "platform/linux/SafeText.h"
 #include "platform/linux/TabGroupWindow.h"
@@ -55,6 +56,20 @@ Rect TabWindow::frame() const {
   return group && !isClosed() ? group->frame() : lastFrame_;
 }
 
+bool TabWindow::isMaximized() const {
+  const auto group = group_.lock();
+  return group && !isClosed() ? group->isMaximized() : isMaximized_;
+}
+
+void TabWindow::maximize() {
+  if (state_ != State::open)
+    return;
+  if (const auto group = group_.lock())
+    group->maximize();
+  else
+    isMaximized_ = true;
+}
+
 void TabWindow::setFrame(const Rect& frame) {
   if (state_ != State::open)
     return;
@@ -72,6 +87,8 @@ std::shared_ptr<TabGroupWindow> TabWindow::ensureGroup() {
   auto group = standalone_ ? system_->makeStandalone(lastFrame_) : system_->makeGroup(lastFrame_);
   if (frameWasSet_)
     group->setFrame(lastFrame_);
+  if (isMaximized_)
+    group->maximize();
   group->append(*this);
   return group;
 }
@@ -80,7 +97,7 @@ void TabWindow::addTabbedWindow(std::shared_ptr<Window> window) {
   const auto other = std::dynamic_pointer_cast<TabWindow>(window);
   if (state_ != State::open || !other || other.get() == this || other->state_ != State::open)
     return;
-  if (!standalone_ && !other->standalone_)
+  if (!standalone_ && !other->standalone_ && !isDragged_ && !other->isDragged_)
     ensureGroup()->insertBehind(*this, *other);
   else
     other->orderFront();
@@ -88,7 +105,7 @@ void TabWindow::addTabbedWindow(std::shared_ptr<Window> window) {
 
 std::shared_ptr<WindowGroup> TabWindow::tabGroup() const {
   auto group = group_.lock();
-  return group && group->size() > 1 ? group : nullptr;
+  return group && !isDragged_ && group->size() > 1 ? group : nullptr;
 }
 
 void TabWindow::selectNextTab() {
@@ -102,7 +119,7 @@ void TabWindow::selectPreviousTab() {
 }
 
 void TabWindow::makeKeyAndOrderFront() {
-  if (state_ != State::open)
+  if (state_ != State::open || isDragged_)
     return;
   comeBack();
   const auto group = ensureGroup();
@@ -111,7 +128,7 @@ void TabWindow::makeKeyAndOrderFront() {
 }
 
 void TabWindow::orderFront() {
-  if (state_ != State::open)
+  if (state_ != State::open || isDragged_)
     return;
   comeBack();
   const auto group = ensureGroup();
@@ -169,6 +186,10 @@ bool TabWindow::beginAsking() {
 void TabWindow::close() {
   if (state_ != State::open)
     return;
+  if (isDragged_) {
+    closesOnceDropped_ = true;
+    return;
+  }
   closesUnasked_ = true;
   const auto self = shared_from_this();
   if (const auto group = group_.lock()) {
@@ -180,23 +201,34 @@ void TabWindow::close() {
 }
 
 void TabWindow::didAttach(std::shared_ptr<TabGroupWindow> group, AdwTabPage* page) {
+  isDragged_ = false;
   group_ = group;
   page_ = glib::share(page);
   g_object_set_data(G_OBJECT(page), pageKey, this);
   adw_tab_page_set_title(page, title_.c_str());
   adw_tab_page_set_loading(page, busy_);
+  if (std::exchange(closesOnceDropped_, false))
+    async::EventLoop::current().post([weak = weak_from_this()] {
+      if (const auto self = weak.lock())
+        self->close();
+    });
 }
 
 void TabWindow::didDetach() {
-  if (state_ == State::open)
-    return; // didAttach follows
-  finishClose();
+  // Into another group at once, or when the user lets go of it.
+  if (state_ == State::open) {
+    lastFrame_ = frame();
+    isDragged_ = true;
+  } else {
+    finishClose();
+  }
 }
 
 void TabWindow::beginClose() {
   if (state_ != State::open)
     return;
   lastFrame_ = frame();
+  isMaximized_ = isMaximized();
   state_ = State::closing;
   system_->willClose(shared_from_this());
 }

@@ -26,6 +26,8 @@ class TabWindow final : public Window, public std::enable_shared_from_this<TabWi
 
   Rect frame() const override;
   void setFrame(const Rect& frame) override;
+  bool isMaximized() const override;
+  void maximize() override;
 
   TabbingMode tabbingMode() const override { return tabbingMode_; }
   void setTabbingMode(TabbingMode mode) override { tabbingMode_ = mode; }
@@ -89,6 +91,9 @@ class TabWindow final : public Window, public std::enable_shared_from_this<TabWi
   bool busy_ = false;
   Rect lastFrame_;           // while in no top-level
   bool frameWasSet_ = false; // by setFrame: a place as well as a size
+  bool isMaximized_ = false; // while in no top-level, as the frame
+  bool closesOnceDropped_ = false;
+  bool isDragged_ = false; // its page is in no tab view until it is dropped
   State state_ = State::open;
   bool asking_ = false;
   bool closesUnasked_ = false;

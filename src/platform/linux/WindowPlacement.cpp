@@ -59,6 +59,22 @@ void WindowPlacement::setFrame(const Rect& frame) {
     moveOnceMapped();
 }
 
+bool WindowPlacement::isMaximized() const {
+  return maximizesOnceMoved_ || gtk_window_is_maximized(window_);
+}
+
+void WindowPlacement::maximize() {
+  if (wanted_)
+    maximizesOnceMoved_ = true;
+  else
+    gtk_window_maximize(window_);
+}
+
+void WindowPlacement::moved() {
+  if (std::exchange(maximizesOnceMoved_, false))
+    gtk_window_maximize(window_);
+}
+
 void WindowPlacement::rememberPosition() {
   if (const auto position = currentPosition()) {
     last_ = *position;
@@ -73,6 +89,7 @@ void WindowPlacement::moveOnceMapped() {
   auto* display = gtk_widget_get_display(GTK_WIDGET(window_));
   if (!x11::position(window_)) {
     wanted_.reset();
+    moved();
     return;
   }
   serverEvent_ =
@@ -90,6 +107,7 @@ bool WindowPlacement::moveIfMapped() {
   last_ = *std::exchange(wanted_, std::nullopt);
   x11::move(window_, static_cast<int>(std::lround(last_.first * scale)),
             static_cast<int>(std::lround(last_.second * scale)));
+  moved();
   return true;
 }
 

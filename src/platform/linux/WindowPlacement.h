@@ -20,6 +20,8 @@ class WindowPlacement {
   Rect frame() const;
   // Absurd values are replaced; a frame off all monitors is moved onto one.
   void setFrame(const Rect& frame);
+  bool isMaximized() const;
+  void maximize();
   // A hidden window is put somewhere by the window manager when it is shown again: this is where it belongs.
   void rememberPosition();
 
@@ -27,11 +29,13 @@ class WindowPlacement {
   using Position = std::pair<double, double>;
   std::optional<Position> currentPosition() const;
   void moveOnceMapped();
+  void moved();
   bool moveIfMapped();
 
   GtkWindow* window_;
   std::optional<Position> wanted_; // not applied yet
   Position last_{0, 0};
+  bool maximizesOnceMoved_ = false; // so that it goes back to where it belongs, on the right monitor
   glib::Connection mapped_;
   glib::Connection serverEvent_;
 };

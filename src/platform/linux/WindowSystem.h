@@ -3,6 +3,7 @@
 #include "async/Scope.h"
 #include "platform/Application.h"
 #include "platform/linux/HiddenTopLevels.h"
+#include "platform/linux/StuckDrags.h"
 #include "platform/linux/TopLevelWatch.h"
 
 #include <gtk/gtk.h>
@@ -81,6 +82,7 @@ class WindowSystem {
   std::vector<std::shared_ptr<TabGroupWindow>> groups_; // front to back
   std::weak_ptr<Window> lastKey_;
   HiddenTopLevels hidden_;
+  StuckDrags stuckDrags_;
   struct Monitors {
     std::uint64_t last = 0;
     std::map<std::uint64_t, std::shared_ptr<Application::KeyMonitor>> byId;
