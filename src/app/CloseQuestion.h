@@ -18,9 +18,11 @@ class WindowManager;
 // don't want it. Both outlive the question.
 class CloseQuestion {
  public:
-  CloseQuestion(const WindowManager& windows, platform::Panels& panels) : windows_(windows), panels_(panels) {}
+  CloseQuestion(const WindowManager& windows, platform::Panels& panels)
+      : windows_(windows), panels_(panels) {}
 
-  // Pages are asked at the same time, and no longer than platform::closeDeadline. A window without a page goes.
+  // Pages are asked at the same time, and no longer than platform::closeDeadline. A window without a page
+  // goes.
   async::Task<bool> mayClose(std::vector<std::shared_ptr<platform::Window>> windows);
 
  private:

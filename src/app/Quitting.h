@@ -10,8 +10,8 @@ namespace ondrel::app {
 
 class CloseQuestion;
 
-// The user's way out of the program: it ends when its pages may go. What the desktop orders (a signal, the end
-// of the session) doesn't come this way and ends it at once.
+// The user's way out of the program: it ends when its pages may go. What the desktop orders (a signal, the
+// end of the session) doesn't come this way and ends it at once.
 class Quitting {
  public:
   // Both outlive this object.

@@ -4,15 +4,16 @@
 
 namespace ondrel::app {
 
-SessionStore::SessionStore(platform::Directories& directories, platform::FileStore& files)
-    : directories_(directories), files_(files), saving_([this] { return write(); }) {
+SessionStore::SessionStore(platform::Directories& directories, platform::FileStore& files,
+                           std::string_view fileName)
+    : fileName_(fileName), directories_(directories), files_(files), saving_([this] { return write(); }) {
 }
 
 std::optional<std::string> SessionStore::path() const {
   auto folder = directories_.applicationSupport();
   if (!folder)
     return std::nullopt;
-  return *folder + "/session.json";
+  return *folder + "/" + fileName_;
 }
 
 void SessionStore::save(const PersistedSession& session) {

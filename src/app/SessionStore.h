@@ -6,6 +6,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace ondrel::platform {
 class Directories;
@@ -14,11 +15,13 @@ class FileStore;
 
 namespace ondrel::app {
 
-// Writes and reads session.json. Both are synchronous and on the main thread: the file is small, and what is
-// saved must be on disk when the program ends. What couldn't be saved is tried again as it was.
+// Writes and reads session.json, or another file of its form. Both are synchronous and on the main thread:
+// the file is small, and what is saved must be on disk when the program ends. What couldn't be saved is tried
+// again as it was.
 class SessionStore {
  public:
-  SessionStore(platform::Directories& directories, platform::FileStore& files);
+  SessionStore(platform::Directories& directories, platform::FileStore& files,
+               std::string_view fileName = "session.json");
 
   // The previous file stays as it was when the write fails. A file that could not be read as a session is
   // kept aside under another name before the first save takes its place.
@@ -32,6 +35,7 @@ class SessionStore {
   std::optional<std::string> path() const;
   platform::RetriedSave::Result write();
 
+  const std::string fileName_;
   platform::Directories& directories_;
   platform::FileStore& files_;
   bool fileIsDamaged_ = false;

@@ -31,6 +31,7 @@ struct WebServices;
 
 namespace ondrel::app {
 
+class ClosedTabs;
 class SessionStore;
 
 // Owner of every browser window: makes them, groups them as tabs, knows the active one, saves the session and
@@ -42,7 +43,7 @@ class WindowManager {
 
   // Schedules the restoring of the session for the first turn of the main loop.
   WindowManager(platform::Application& application, settings::AppSettings& settings,
-                SessionStore& sessionStore, platform::Clipboard& clipboard,
+                SessionStore& sessionStore, ClosedTabs& closedTabs, platform::Clipboard& clipboard,
                 const web::WebServices& webServices, BrowserContentFactory contentFactory);
   ~WindowManager();
 
@@ -52,6 +53,9 @@ class WindowManager {
   // As openMainWindow, at the frame of the browser window that was closed last.
   void reopenWindow();
   void newTab();
+  // Brings back what was closed last: tabs where they were, a window as a whole.
+  void reopenClosedTab();
+  const base::Observable<bool>& canReopenClosedTab() const;
   // Shows a message of the service in the first window with mail; a new one when there is no browser window.
   void openURL(const std::string& url);
   void openInNewTabOrWindow(const std::string& url);
@@ -104,6 +108,7 @@ class WindowManager {
 
   void restore();
   void restoreWindow(const PersistedWindow& saved);
+  void windowWillClose(const std::shared_ptr<platform::Window>& window);
   std::shared_ptr<web::WindowViewModel> viewModelFor(const PersistedTab& tab) const;
   void save();
   async::Task<void> windowClosed(std::shared_ptr<platform::Window> window);
@@ -123,6 +128,7 @@ class WindowManager {
   platform::Application& application_;
   settings::AppSettings& settings_;
   SessionStore& sessionStore_;
+  ClosedTabs& closedTabs_;
   platform::Clipboard& clipboard_;
   const web::WebServices& webServices_;
   BrowserContentFactory contentFactory_;

@@ -1,5 +1,6 @@
 #include "app/WindowManager.h"
 
+#include "app/ClosedTabs.h"
 #include "app/SessionStore.h"
 #include "async/sleep.h"
 #include "base/Text.h"
@@ -30,20 +31,22 @@ constexpr std::string_view conversationVisible =
 } // namespace
 
 WindowManager::WindowManager(platform::Application& application, settings::AppSettings& settings,
-                             SessionStore& sessionStore, platform::Clipboard& clipboard,
-                             const web::WebServices& webServices, BrowserContentFactory contentFactory)
-    : application_(application), settings_(settings), sessionStore_(sessionStore), clipboard_(clipboard),
-      webServices_(webServices), contentFactory_(std::move(contentFactory)) {
+                             SessionStore& sessionStore, ClosedTabs& closedTabs,
+                             platform::Clipboard& clipboard, const web::WebServices& webServices,
+                             BrowserContentFactory contentFactory)
+    : application_(application), settings_(settings), sessionStore_(sessionStore), closedTabs_(closedTabs),
+      clipboard_(clipboard), webServices_(webServices), contentFactory_(std::move(contentFactory)) {
   later(&WindowManager::restore);
   subscriptions_.push_back(application_.willTerminate.subscribe([this] {
     save();
+    closedTabs_.finish();
     // What closes from now on closes because the program ends, and belongs to the session.
     isTerminating_ = true;
   }));
   subscriptions_.push_back(
       application_.addKeyDownMonitor([this](const KeyEvent& event) { return keyDown(event); }));
-  subscriptions_.push_back(application_.windowWillClose.subscribe(
-      [this](const WindowPtr& window) { scope_.spawn(windowClosed(window)); }));
+  subscriptions_.push_back(
+      application_.windowWillClose.subscribe([this](const WindowPtr& window) { windowWillClose(window); }));
   subscriptions_.push_back(application_.willResignActive.subscribe([this] { later(&WindowManager::save); }));
   subscriptions_.push_back(application_.windowDidBecomeKey.subscribe([this](const WindowPtr& window) {
     openedTabs_.didBecomeKey(window);

@@ -1,10 +1,12 @@
 #include "app/WindowManager.h"
 
+#include "app/ClosedTabs.h"
 #include "app/SessionLimits.h"
 #include "app/SessionStore.h"
 #include "platform/Application.h"
 #include "platform/WebView.h"
 #include "settings/AppSettings.h"
+#include "web/WebServices.h"
 #include "web/WindowViewModel.h"
 
 #include <algorithm>
@@ -39,6 +41,20 @@ PersistedTab persisted(const WindowViewModel& viewModel, bool withState) {
     tab.pageZoom = *viewModel.initialPageZoom;
   }
   return tab;
+}
+
+// A letter that was sent or discarded is done, and one that was closed is in its draft.
+bool comesBack(const WindowViewModel& viewModel, const web::WebServices& services) {
+  return !viewModel.isDone && !viewModel.isComposeURL() &&
+         viewModel.webViewConfiguration != services.scripts.composeConfiguration();
+}
+
+void insert(const std::shared_ptr<platform::Window>& window, const platform::WindowGroup& group,
+            std::size_t position) {
+  const auto members = group.windows();
+  members[std::min(std::max<std::size_t>(position, 1), members.size()) - 1]->addTabbedWindow(window);
+  if (position == 0)
+    window->addTabbedWindow(members.front());
 }
 
 } // namespace
@@ -110,6 +126,41 @@ void WindowManager::restoreWindow(const PersistedWindow& saved) {
   }
   // Only now, so that no other tab is seen and makes its web view.
   showAlone(selected);
+}
+
+void WindowManager::windowWillClose(const std::shared_ptr<platform::Window>& window) {
+  // Now, while its web view is there.
+  const auto* closing = isTerminating_ ? nullptr : entry(window.get());
+  if (closing && comesBack(*closing->viewModel, webServices_))
+    closedTabs_.add(*window, persisted(*closing->viewModel, keepsState(*closing->viewModel, settings_)));
+  scope_.spawn(windowClosed(window));
+}
+
+const base::Observable<bool>& WindowManager::canReopenClosedTab() const {
+  return closedTabs_.canReopen;
+}
+
+void WindowManager::reopenClosedTab() {
+  const auto closed = closedTabs_.take();
+  if (!closed)
+    return;
+  auto group = closed->group.lock();
+  const bool isWhole = closed->window.frame || (!(group && !group->windows().empty()) && !keyViewModel());
+  if (isWhole) {
+    restoreWindow(closed->window);
+    return;
+  }
+  auto neighbour = application_.keyWindow();
+  for (std::size_t i = 0; i < closed->window.tabs.size(); ++i) {
+    const auto window = makeWindow(viewModelFor(closed->window.tabs[i]));
+    window->setTabbingMode(TabbingMode::preferred);
+    if (group && !group->windows().empty())
+      insert(window, *group, closed->positions[i]);
+    else
+      neighbour->addTabbedWindow(window);
+    neighbour = window;
+  }
+  neighbour->makeKeyAndOrderFront();
 }
 
 std::shared_ptr<WindowViewModel> WindowManager::viewModelFor(const PersistedTab& tab) const {

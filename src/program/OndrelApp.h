@@ -2,6 +2,7 @@
 
 #include "app/BrowserContent.h"
 #include "app/CloseQuestion.h"
+#include "app/ClosedTabs.h"
 #include "app/Quitting.h"
 #include "app/SessionStore.h"
 #include "app/WindowManager.h"
@@ -100,6 +101,7 @@ class OndrelApp {
   web::MessageFiles messageFiles_;
   web::WebServices webServices_;
   app::SessionStore sessionStore_;
+  app::ClosedTabs closedTabs_;
   AppLifecycleService lifecycle_;
   AppDelegate appDelegate_;
   app::WindowManager windowManager_;

@@ -60,6 +60,10 @@ CommandGroup BrowserCommands::windowsAndTabs() {
             .accelerators = {"<Control>n"},
             .perform = [this] { windows_.openMainWindow(); }},
            {.title = "New Tab", .accelerators = {"<Control>t"}, .perform = [this] { windows_.newTab(); }},
+           {.title = "Reopen Closed Tab",
+            .accelerators = {"<Control><Shift>t"},
+            .perform = [this] { windows_.reopenClosedTab(); },
+            .enabledWhen = whenTrue(windows_.canReopenClosedTab())},
            {.title = "Close Tab",
             .accelerators = {"<Control>w"},
             .perform =

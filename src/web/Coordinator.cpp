@@ -88,6 +88,12 @@ void Coordinator::responsivenessDidChange() {
 }
 
 void Coordinator::didClose() {
+  closeWindow();
+}
+
+void Coordinator::closeWindow() {
+  if (const auto viewModel = viewModel_.lock())
+    viewModel->isDone = true;
   if (const auto window = this->window())
     window->close();
 }

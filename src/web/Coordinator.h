@@ -106,6 +106,7 @@ class Coordinator final : public platform::WebViewDelegate {
   async::Task<void> retire(std::shared_ptr<DownloadItem> item);
 
   std::shared_ptr<platform::Window> window() const;
+  void closeWindow(); // for good
 
   std::weak_ptr<WindowViewModel> viewModel_;
   std::shared_ptr<platform::WebView> webView_;

@@ -163,8 +163,7 @@ async::Task<void> Coordinator::closeWindowAfter(std::chrono::milliseconds delay,
   const bool sleptThrough = co_await async::sleep(delay);
   if (!sleptThrough || webView.expired())
     co_return;
-  if (const auto window = this->window())
-    window->close();
+  closeWindow();
 }
 
 void Coordinator::consoleLog(const ScriptMessageFields& fields, const Message&) {

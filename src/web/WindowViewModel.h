@@ -64,6 +64,8 @@ class WindowViewModel : public std::enable_shared_from_this<WindowViewModel> {
 
   // The engine's state to apply once, when the web view is made; until then it is the tab's state.
   std::optional<base::Bytes> restorationData;
+  // Its page or the program closes it, and it shall not be opened again.
+  bool isDone = false;
   // A restored tab makes its web view only when it is shown.
   bool loadsWhenShown = false;
   // Something else than the restored page was asked for before there was a web view.

@@ -301,8 +301,10 @@ TEST_F(WindowManagerTest, TheEndSavesWhatIsOpenAndNothingAfterIt) {
 
 TEST_F(WindowManagerTest, AnEndBeforeTheRestoringLosesNothing) {
   shell.files.files["/data/session.json"] = "kept";
+  shell.closedTabs.emplace(shell.files, shell.files);
   shell.manager = std::make_unique<WindowManager>(shell.application, shell.settings, shell.sessionStore,
-                                                  shell.clipboard, shell.services, BrowserContentFactory());
+                                                  *shell.closedTabs, shell.clipboard, shell.services,
+                                                  BrowserContentFactory());
   shell.application.willTerminate.emit();
   EXPECT_EQ(saved(), "kept");
 }

@@ -198,6 +198,7 @@ inline void FakeWindow::close() {
   const auto self = shared_from_this();
   application_.windowWillClose.emit(self);
   leaveGroup();
+  group = std::make_shared<FakeGroup>();
   std::erase(application_.all, self);
   visible = false;
   if (application_.key.get() == this)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/BrowserContent.h"
+#include "app/ClosedTabs.h"
 #include "app/SessionStore.h"
 #include "app/WindowManager.h"
 #include "async/VirtualEventLoop.h"
@@ -41,8 +42,9 @@ class TestShell {
   };
 
   void start() {
+    closedTabs.emplace(files, files);
     manager = std::make_unique<app::WindowManager>(
-        application, settings, sessionStore, clipboard, services,
+        application, settings, sessionStore, *closedTabs, clipboard, services,
         [this](std::shared_ptr<web::WindowViewModel> viewModel, std::shared_ptr<platform::Window> window) {
           auto content = std::make_unique<Content>(std::move(viewModel), services);
           content->view.viewDidLoad();
@@ -84,6 +86,7 @@ class TestShell {
   web::WebServices services{settings, scripts,   application,   webViews,
                             panels,   workspace, notifications, messageFiles};
   app::SessionStore sessionStore{files, files};
+  std::optional<app::ClosedTabs> closedTabs; // read with the start
   std::vector<std::pair<std::weak_ptr<platform::Window>, Content*>> contents;
   std::unique_ptr<app::WindowManager> manager;
 };

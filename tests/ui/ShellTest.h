@@ -33,9 +33,10 @@ class ShellTest : public ToolkitTest {
   }
 
   void start() {
-    shell.manager =
-        std::make_unique<app::WindowManager>(shell.application, shell.settings, shell.sessionStore,
-                                             shell.clipboard, shell.services, contentFactory(shell.services));
+    shell.closedTabs.emplace(shell.files, shell.files);
+    shell.manager = std::make_unique<app::WindowManager>(
+        shell.application, shell.settings, shell.sessionStore, *shell.closedTabs, shell.clipboard,
+        shell.services, contentFactory(shell.services));
     shell.settle();
   }
 
