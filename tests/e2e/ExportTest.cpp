@@ -14,16 +14,9 @@ class ExportTest : public UserHandsTest {
     if (!PdfPage::canBeDrawn())
       GTEST_SKIP() << "pdftoppm is missing";
     UserHandsTest::SetUp();
-    // Where the panel opens first.
-    before_ = fs::current_path();
-    folder = profile / "documents";
+    folder = profile / "downloads"; // where the panel opens first
     fs::create_directory(folder);
-    fs::current_path(folder);
-  }
-  void TearDown() override {
-    if (!before_.empty())
-      fs::current_path(before_);
-    UserHandsTest::TearDown();
+    write(profile / "config/user-dirs.dirs", "XDG_DOWNLOAD_DIR=\"" + folder.string() + "\"\n");
   }
 
   void openPanel() {
@@ -35,9 +28,6 @@ class ExportTest : public UserHandsTest {
 
   fs::path folder;
   WindowId main = 0;
-
- private:
-  fs::path before_;
 };
 
 TEST_F(ExportTest, WritesThePageWithItsMarginsUnderItsTitleIfThePanelIsAccepted) {
