@@ -25,9 +25,9 @@ bool offersFiles(GdkDrop* drop) {
 WebKitFileDrop::WebKitFileDrop(GtkWidget* view, GtkWidget* container, WebKitFileHandover& handover,
                                Handler dropped)
     : view_(view), container_(glib::share(container)), handover_(handover), handler_(std::move(dropped)),
-      target_(glib::share(GTK_EVENT_CONTROLLER(gtk_drop_target_async_new(
+      target_(glib::adopt(GTK_EVENT_CONTROLLER(gtk_drop_target_async_new(
           gdk_content_formats_new_for_gtype(GDK_TYPE_FILE_LIST), GDK_ACTION_COPY)))),
-      pointer_(glib::share(gtk_event_controller_motion_new())) {
+      pointer_(glib::adopt(gtk_event_controller_motion_new())) {
   using Target = GtkDropTargetAsync;
   auto* target = target_.get();
   connections_.push_back(glib::connect<gboolean(Target*, GdkDrop*)>(

@@ -17,15 +17,17 @@ constexpr std::array pictureTypes = {"image/png", "image/jpeg", "image/webp",
                                      "image/gif", "image/tiff", "image/bmp"};
 constexpr gsize pieceSize = gsize{1} << 20;
 
-enum class Content { files, picture, other };
+bool holdsFiles(GdkContentFormats* formats) {
+  return gdk_content_formats_contain_gtype(formats, GDK_TYPE_FILE_LIST) != FALSE;
+}
 
-Content contentOf(GdkContentFormats* formats) {
-  if (gdk_content_formats_contain_gtype(formats, GDK_TYPE_FILE_LIST))
-    return Content::files;
-  if (gdk_content_formats_contain_gtype(formats, GDK_TYPE_TEXTURE) &&
-      !gdk_content_formats_contain_gtype(formats, G_TYPE_STRING))
-    return Content::picture;
-  return Content::other;
+// The type of a picture that stands for itself: cells of a table, say, come as text and as their picture.
+std::optional<std::string> pictureIn(GdkContentFormats* formats) {
+  if (!gdk_content_formats_contain_gtype(formats, G_TYPE_STRING))
+    for (const auto* type : pictureTypes)
+      if (gdk_content_formats_contain_mime_type(formats, type))
+        return type;
+  return std::nullopt;
 }
 
 // Absent for a failure; longer than the limit when there is more.
@@ -56,7 +58,7 @@ async::Task<std::optional<std::string>> readUpTo(std::size_t limit, Ref<GInputSt
 
 WebKitFilePaste::WebKitFilePaste(WebKitWebView* view, GtkWidget* container, Handlers handlers)
     : view_(view), container_(glib::share(container)), handlers_(std::move(handlers)),
-      keys_(glib::share(gtk_shortcut_controller_new())),
+      keys_(adopt(gtk_shortcut_controller_new())),
       menuAction_(adopt(g_simple_action_new("paste-files", nullptr))) {
   gtk_event_controller_set_propagation_phase(keys_.get(), GTK_PHASE_CAPTURE);
   auto* trigger = gtk_shortcut_trigger_parse_string("<Control>v|<Shift>Insert");
@@ -81,22 +83,14 @@ WebKitFilePaste::~WebKitFilePaste() {
 
 bool WebKitFilePaste::start() {
   auto* formats = gdk_clipboard_get_formats(gtk_widget_get_clipboard(container_.get()));
-  switch (contentOf(formats)) {
-  case Content::files:
+  auto picture = pictureIn(formats);
+  if (holdsFiles(formats))
     scope_.spawn(pasteFiles());
-    return true;
-  case Content::picture:
-    for (const auto* type : pictureTypes) {
-      if (gdk_content_formats_contain_mime_type(formats, type)) {
-        scope_.spawn(pastePicture(type));
-        return true;
-      }
-    }
+  else if (picture)
+    scope_.spawn(pastePicture(std::move(*picture)));
+  else
     return false;
-  case Content::other:
-    break;
-  }
-  return false;
+  return true;
 }
 
 async::Task<void> WebKitFilePaste::pasteFiles() {
@@ -109,12 +103,15 @@ async::Task<void> WebKitFilePaste::pasteFiles() {
     co_return;
   glib::Error error;
   auto files = filesOf(gdk_clipboard_read_value_finish(clipboard.get(), result->get(), error.out()));
-  // Those of other machines may be addresses of pages.
+  // Those of other machines may be addresses of pages, or of where a copied picture comes from.
   std::erase_if(files, [](const auto& file) { return !g_file_peek_path(file.get()); });
-  if (files.empty())
-    webkit_web_view_execute_editing_command(view_, WEBKIT_EDITING_COMMAND_PASTE);
-  else
+  auto picture = pictureIn(gdk_clipboard_get_formats(clipboard.get()));
+  if (!files.empty())
     handlers_.files(std::move(files));
+  else if (picture)
+    co_await pastePicture(std::move(*picture));
+  else
+    webkit_web_view_execute_editing_command(view_, WEBKIT_EDITING_COMMAND_PASTE);
 }
 
 async::Task<void> WebKitFilePaste::pastePicture(std::string type) {
@@ -140,7 +137,8 @@ async::Task<void> WebKitFilePaste::pastePicture(std::string type) {
 }
 
 void WebKitFilePaste::takeMenuItem(WebKitContextMenu* menu) {
-  if (contentOf(gdk_clipboard_get_formats(gtk_widget_get_clipboard(container_.get()))) == Content::other)
+  auto* formats = gdk_clipboard_get_formats(gtk_widget_get_clipboard(container_.get()));
+  if (!holdsFiles(formats) && !pictureIn(formats))
     return;
   for (guint i = 0; i < webkit_context_menu_get_n_items(menu); ++i) {
     auto* item = webkit_context_menu_get_item_at_position(menu, i);
