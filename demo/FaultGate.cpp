@@ -3,6 +3,7 @@
 #include "demo/Exchange.h"
 
 #include <fmt/core.h>
+#include <sys/socket.h>
 
 namespace ondrel::demo {
 
@@ -13,6 +14,12 @@ void closeConnection(SoupServerMessage* message) {
   if (GSocket* socket = soup_server_message_get_socket(message)) {
     g_socket_shutdown(socket, TRUE, TRUE, nullptr);
   }
+}
+
+bool clientHasGone(SoupServerMessage* message) {
+  GSocket* socket = soup_server_message_get_socket(message);
+  char next = 0;
+  return !socket || recv(g_socket_get_fd(socket), &next, 1, MSG_PEEK | MSG_DONTWAIT) == 0;
 }
 
 std::string hugeJson() {
@@ -50,6 +57,10 @@ void FaultGate::pass(SoupServerMessage* message) {
   }
   switch (fault->kind) {
   case Fault::Kind::Status:
+    if (fault->delay.count() > 0) {
+      hold(message, fault->delay, fault->status);
+      return;
+    }
     exchange.refuse(fault->status, "Fault on demand.");
     return;
   case Fault::Kind::Close:
@@ -94,9 +105,10 @@ void FaultGate::dropHeld() {
   }
 }
 
-void FaultGate::hold(SoupServerMessage* message, std::optional<std::chrono::milliseconds> delay) {
+void FaultGate::hold(SoupServerMessage* message, std::optional<std::chrono::milliseconds> delay,
+                     unsigned status) {
   soup_server_message_pause(message);
-  auto& held = held_.emplace_back(Held{this, share(message)});
+  auto& held = held_.emplace_back(Held{this, share(message), 0, status});
   if (delay) {
     held.timer = g_timeout_add(
         static_cast<guint>(delay->count()),
@@ -111,8 +123,17 @@ void FaultGate::hold(SoupServerMessage* message, std::optional<std::chrono::mill
 
 void FaultGate::letGo(Held* held) {
   const auto message = std::move(held->message);
+  const auto status = held->status;
   held_.remove_if([&](const Held& other) { return &other == held; });
-  next_(message.get());
+  if (clientHasGone(message.get())) {
+    closeConnection(message.get()); // a slow request that was called off has never arrived
+    soup_server_message_unpause(message.get());
+    return;
+  }
+  if (status != 0)
+    Exchange(message.get()).refuse(status, "Fault on demand.");
+  else
+    next_(message.get());
   if (soup_server_message_get_status(message.get()) != 0) { // else the handler has taken the connection
     soup_server_message_unpause(message.get());
   }

@@ -26,10 +26,11 @@ class FaultGate {
   struct Held {
     FaultGate* gate;
     ObjectPtr<SoupServerMessage> message;
-    guint timer = 0; // 0: held until dropped
+    guint timer = 0;     // 0: held until dropped
+    unsigned status = 0; // to answer with; 0: as usual
   };
 
-  void hold(SoupServerMessage* message, std::optional<std::chrono::milliseconds> delay);
+  void hold(SoupServerMessage* message, std::optional<std::chrono::milliseconds> delay, unsigned status = 0);
   void letGo(Held* held);
   void truncate(SoupServerMessage* message);
   void cut(SoupServerMessage* message);

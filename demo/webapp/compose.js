@@ -2,7 +2,7 @@ import {Attachments} from "/app/attachments.js";
 import {send} from "/app/data.js";
 import {h, icon} from "/app/dom.js";
 import {makeEditor} from "/app/editors.js";
-import {overlay} from "/app/modal.js";
+import {askModal, overlay} from "/app/modal.js";
 import {toast} from "/app/toast.js";
 
 /**
@@ -73,6 +73,14 @@ export class Compose {
     return {to: this.to.input.value, subject: this.subject.input.value, content: this.editor.content()};
   }
 
+  // In the user's own words, the quoted ones aside.
+  #tellsOfMissingFile() {
+    const written = h("div");
+    written.innerHTML = this.editor.html();
+    written.querySelectorAll("blockquote").forEach((quote) => quote.remove());
+    return this.attachments.isEmpty && /\battached\b/i.test(written.textContent);
+  }
+
   async #send() {
     const to = this.#recipients();
     if (to.length === 0) {
@@ -83,6 +91,12 @@ export class Compose {
     if (!this.subject.input.value.trim() && !confirm("Send this message without a subject?")) {
       return;
     }
+    if (this.#tellsOfMissingFile() &&
+        !await askModal(
+            "Attachment missing?", "Your message tells of a file, and none is attached.", "Send anyway")) {
+      return;
+    }
+    const focused = document.activeElement;
     this.element.inert = true;
     const dialog =
         overlay(h("div", {class: "v-Modal v-Compose-sendDialog", role: "dialog"}, h("p", {}, "Sending…")));
@@ -91,6 +105,7 @@ export class Compose {
       await send({to, subject: this.subject.input.value, html: this.editor.html(), blobIds});
     } catch (error) {
       this.element.inert = false;
+      focused?.focus();
       toast("The message could not be sent. Try again in a moment.");
       console.error("send failed:", String(error));
       return;
@@ -111,6 +126,7 @@ export class Compose {
         action: "Undo",
         onAction: () => {
           this.element.inert = false;
+          this.focus();
         },
         onExpire: () => this.#controller.leaveCompose(),
       });

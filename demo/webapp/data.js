@@ -12,8 +12,9 @@ async function ask(path, options) {
   return response.json();
 }
 
-const post = (path, body) =>
-    ask(path, {method: "POST", headers: {"Content-Type": "application/json"}, body: JSON.stringify(body)});
+const jsonBody = (body) =>
+    ({method: "POST", headers: {"Content-Type": "application/json"}, body: JSON.stringify(body)});
+const post = (path, body) => ask(path, jsonBody(body));
 
 export const fetchMailboxes = () => ask("/data/mailboxes");
 export const fetchThread = (threadId, mailbox) =>
@@ -21,7 +22,13 @@ export const fetchThread = (threadId, mailbox) =>
 export const fetchBody = async (emailId) => (await ask(`/data/body/${encodeURIComponent(emailId)}`)).html;
 export const markRead = (threadId) => post("/data/read", {threadId});
 export const moveThread = (threadId, role) => post("/data/move", {threadId, role});
-export const send = (message) => post("/data/send", message);
+/** Fails when the service doesn't take it, also where nobody is signed in: what was written must stay. */
+export async function send(message) {
+  const response = await fetch("/data/send", jsonBody(message));
+  if (!response.ok) {
+    throw new Error(`/data/send: ${response.status}`);
+  }
+}
 /** The token for requests outside of the pages; undefined when nobody is signed in. */
 export async function fetchToken() {
   const response = await fetch("/data/token");

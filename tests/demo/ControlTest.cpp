@@ -43,14 +43,17 @@ TEST_F(ControlTest, DelaysAnAnswerWithoutHoldingUpOthers) {
 }
 
 TEST_F(ControlTest, ForgetsAHeldRequestWhoseClientHasGone) {
-  ASSERT_EQ(order("fail", R"({"path": "/", "kind": "delay", "milliseconds": 30})").status, 200u);
+  const auto cookie = signIn();
+  ASSERT_EQ(order("fail", R"({"path": "/data", "kind": "delay", "milliseconds": 30})").status, 200u);
   {
-    Call given({web("/mail/Inbox/")});
-    while (boost::json::parse(fetch({control("requests")}).body).as_object().empty()) {
+    Call given(
+        {web("/data/send"), "POST", {{"Cookie", cookie}}, R"({"to": ["a@b.example"], "subject": "x"})"});
+    while (!fetch({control("requests")}).body.contains("/data/send")) {
     }
   }
-  ASSERT_EQ(order("fail", R"({"path": "/", "kind": "delay", "milliseconds": 60})").status, 200u);
+  ASSERT_EQ(order("fail", R"({"path": "/mail", "kind": "delay", "milliseconds": 60})").status, 200u);
   EXPECT_EQ(fetch({web("/mail/Inbox/")}).status, 200u) << "answered after the abandoned one came due";
+  EXPECT_NE(data("list?mailbox=Sent", cookie).at("rows").at(0).at("subject"), "x") << "it never arrived";
 }
 
 TEST_F(ControlTest, RefusesWebPagesAndNonsense) {
