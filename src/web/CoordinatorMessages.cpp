@@ -135,6 +135,10 @@ void Coordinator::compose(const ScriptMessageFields& fields, const Message&) {
     scriptLogger_.error("JS compose: invalid targetAddress URL: {}", *address);
     return;
   }
+  if (!services_.settings.isServiceOrigin(*address)) {
+    scriptLogger_.error("JS compose: targetAddress is none of the service's: {}", *address);
+    return;
+  }
   auto viewModel = WindowViewModel::make(services_);
   viewModel->urlString.set(url->absoluteString());
   viewModel->webViewConfiguration = services_.scripts.composeConfiguration();

@@ -129,6 +129,10 @@ TEST_F(ScriptMessageTest, ComposeOpensAReducedWindow) {
   post({{"type", "compose"}, {"targetAddress", "&ui=minimal"}});
   EXPECT_EQ(windows(), 2U);
   EXPECT_EQ(shell.log.count("error script: JS compose: invalid targetAddress URL: &ui=minimal"), 1);
+  for (const auto* foreign : {"file:///etc/passwd", "https://elsewhere.example/mail/compose", "about:blank",
+                              "http://app.example.com/mail/compose", "/mail/compose"})
+    post({{"type", "compose"}, {"targetAddress", foreign}});
+  EXPECT_EQ(windows(), 2U) << "an address of the service and no other";
 }
 
 TEST_F(ScriptMessageTest, TellsHowAFileTooLargeWasShared) {
