@@ -16,13 +16,35 @@
     }
   };
 
+  // Gives the cursor to whatever had it in the editor, else to the first field that waits for the user:
+  // behind the recipients if the address brings some.
+  const focus = (compose, focused) => {
+    if (compose.contains(focused) && focused !== compose) {
+      focused.focus();
+      return;
+    }
+    const fields = [
+      ...compose.querySelectorAll(
+          'input:is([type="text"], [type="email"], [type="search"], :not([type])), textarea, [contenteditable="true"]')
+    ].filter((field) => field.getClientRects().length > 0);
+    const hasRecipients = /[?&]to=[^&]/.test(location.href);
+    fields.find((field, i) => !field.value && !(hasRecipients && i === 0))?.focus();
+  };
+
   // True once the editor is there and stands alone.
   const cleanUI = () => {
     const compose = document.getElementById('compose');
     if (!compose) {
       return false;
     }
-    document.body.replaceChildren(compose);
+    const focused = document.activeElement;
+    if (compose.parentNode === document.body) {
+      // Moved already: it keeps the cursor and what is selected in it.
+      [...document.body.childNodes].filter((node) => node !== compose).forEach((node) => node.remove());
+    } else {
+      document.body.replaceChildren(compose);
+      focus(compose, focused);
+    }
     removeChrome(compose);
     // The application renders its buttons later than the editor, and again at times.
     new MutationObserver(() => removeChrome(compose)).observe(compose, {childList: true, subtree: true});

@@ -148,6 +148,29 @@
         await shows('<p id=toast>x</p>');
         same(document.body.children.length, 2);
       });
+  const fields = `<section id=compose><input name=to><input name=subject><input type=file>
+    <div contenteditable=true id=text>text</div></section>`;
+  const focusing = (what, path, expected, prepare = () => {}) => test(
+      `The cursor is where the user goes on: ${what}`, {scripts: ['chromeRemoverScript'], path}, async () => {
+        show(`<div>${fields}</div>`);
+        prepare();
+        await settle();
+        const focused = () => document.activeElement.name ?? document.activeElement.id;
+        same(focused(), expected);
+        same(document.body.children.length, 1);
+        // What comes and goes around the editor leaves the cursor and what is selected.
+        getSelection().setBaseAndExtent($('#text').firstChild, 1, $('#text').firstChild, 3);
+        const before = [focused(), String(getSelection())];
+        show('<p>toast</p>');
+        await settle();
+        same([focused(), String(getSelection())], before);
+      });
+  focusing('new', '/mail/compose?u=1', 'to');
+  focusing('recipient', '/mail/compose?to=a', 'subject');
+  focusing('empty recipient', '/mail/compose?to=&u=1', 'to');
+  focusing('both', '/mail/compose?to=a&subject=b', 'text', () => $('[name=subject]').value = 'b');
+  focusing('by the application', '/mail/compose', 'text', () => $('#text').focus());
+
   reducing(`<nav>list</nav><div>${editor}</div>`);
   reducing('<nav>list</nav>', `<div>${editor}</div>`);
 }
