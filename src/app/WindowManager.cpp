@@ -1,5 +1,6 @@
 #include "app/WindowManager.h"
 
+#include "async/Future.h"
 #include "base/Url.h"
 #include "platform/Application.h"
 #include "platform/WebView.h"
@@ -107,33 +108,43 @@ void WindowManager::newTab() {
   openTab(newViewModel(), key, true);
 }
 
-void WindowManager::openURL(const std::string& url) {
-  application_.activateIgnoringOtherApps();
-  const auto windows = candidates();
-  if (windows.empty()) {
-    const auto viewModel = newViewModel();
-    viewModel->urlString.set(url);
-    showAlone(makeWindow(viewModel));
-    return;
-  }
-  // Here the key window has no preference: a message goes where mail is shown.
-  auto chosen = std::ranges::find_if(
-      windows, [](const ActiveWindow& window) { return web::containsMail(*window.second->urlString); });
-  if (chosen == windows.end())
-    chosen = windows.begin();
-  chosen->second->show(url);
-  chosen->first->deminiaturize();
-  chosen->first->makeKeyAndOrderFront();
+ViewModelPtr WindowManager::showIn(const ActiveWindow& window, const std::string& url) {
+  window.second->show(url);
+  window.first->deminiaturize();
+  window.first->makeKeyAndOrderFront();
+  return window.second;
 }
 
-bool WindowManager::loadInActiveWindow(const std::string& url) {
-  const auto active = activeWindow();
-  if (!active)
-    return false;
-  active->second->show(url);
-  active->first->deminiaturize();
-  active->first->makeKeyAndOrderFront();
-  return true;
+ViewModelPtr WindowManager::openURL(const std::string& url) {
+  application_.activateIgnoringOtherApps();
+  const auto windows = withoutLetters();
+  if (windows.empty())
+    return openBesideLetters(url);
+  // Here the key window has no preference: a message goes where mail is shown.
+  const auto withMail = std::ranges::find_if(
+      windows, [](const ActiveWindow& window) { return web::containsMail(*window.second->urlString); });
+  return showIn(withMail == windows.end() ? windows.front() : *withMail, url);
+}
+
+// A compose window stays one for its letter.
+ViewModelPtr WindowManager::openBesideLetters(const std::string& url) {
+  auto viewModel = newViewModel();
+  viewModel->urlString.set(url);
+  const auto windows = candidates();
+  const auto& composing = webServices_.scripts.composeConfiguration();
+  const auto neighbour = std::ranges::find_if(windows, [&composing](const ActiveWindow& window) {
+    return window.second->webViewConfiguration != composing;
+  });
+  if (neighbour == windows.end())
+    showAlone(makeWindow(viewModel));
+  else
+    openTab(viewModel, neighbour->first, true);
+  return viewModel;
+}
+
+ViewModelPtr WindowManager::loadInActiveWindow(const std::string& url) {
+  const auto active = activeOf(withoutLetters());
+  return active ? showIn(*active, url) : nullptr;
 }
 
 void WindowManager::openInNewTabOrWindow(const std::string& url) {
@@ -155,13 +166,23 @@ const WindowManager::Entry* WindowManager::entry(const platform::Window* window)
 std::vector<WindowManager::ActiveWindow> WindowManager::candidates() const {
   std::vector<ActiveWindow> result;
   for (const auto& window : application_.windows())
-    if (const auto* found = entry(window.get()))
+    if (const auto* found = entry(window.get()); found && !window->isOrderedOut())
       result.emplace_back(found->window, found->viewModel);
   return result;
 }
 
+std::vector<WindowManager::ActiveWindow> WindowManager::withoutLetters() const {
+  auto result = candidates();
+  std::erase_if(result, [](const ActiveWindow& window) { return window.second->isWritingLetter(); });
+  return result;
+}
+
 std::optional<WindowManager::ActiveWindow> WindowManager::activeWindow() const {
-  const auto windows = candidates();
+  return activeOf(candidates());
+}
+
+std::optional<WindowManager::ActiveWindow>
+WindowManager::activeOf(const std::vector<ActiveWindow>& windows) const {
   const auto key = application_.keyWindow();
   const ActiveWindow* firstWithMail = nullptr;
   for (const auto& candidate : windows) {
@@ -201,8 +222,9 @@ bool WindowManager::mainWindowContainsMail() const {
 }
 
 bool WindowManager::hasComposeWindow() const {
-  return std::ranges::any_of(windowViewModels_,
-                             [](const Entry& each) { return each.viewModel->isComposeURL(); });
+  return std::ranges::any_of(windowViewModels_, [](const Entry& each) {
+    return each.viewModel->isComposeURL() && !each.window->isOrderedOut();
+  });
 }
 
 std::optional<std::string> WindowManager::currentAccountParameter() const {
@@ -233,7 +255,34 @@ void WindowManager::environmentChanged() {
   for (const auto& each : windowViewModels_)
     viewModels.push_back(each.viewModel);
   for (const auto& viewModel : viewModels)
-    viewModel->show(base);
+    if (viewModel->isWritingLetter())
+      viewModel->notice.set("You are writing here, so this tab stays with the service that it was opened on "
+                            "until you close it.");
+    else
+      viewModel->show(base);
+}
+
+bool WindowManager::hasLettersUnderWay() const {
+  return std::ranges::any_of(windowViewModels_,
+                             [](const Entry& each) { return *each.viewModel->letterIsLeaving; });
+}
+
+async::Task<bool> WindowManager::lettersToLeave() const {
+  for (;;) {
+    const auto leaving = std::ranges::find_if(
+        windowViewModels_, [](const Entry& each) { return *each.viewModel->letterIsLeaving; });
+    if (leaving == windowViewModels_.end())
+      co_return true;
+    const auto viewModel = leaving->viewModel;
+    auto [resolver, future] = async::makeFuture<bool>();
+    const auto changed = std::make_shared<async::Resolver<bool>>(std::move(resolver));
+    const auto subscription = viewModel->letterIsLeaving.observe([changed] { changed->resolve(true); });
+    const auto told = co_await std::move(future);
+    // A letter that has left takes its window with it.
+    const auto stays = std::ranges::find(windowViewModels_, viewModel, &Entry::viewModel);
+    if (!told || stays != windowViewModels_.end())
+      co_return false;
+  }
 }
 
 } // namespace ondrel::app

@@ -56,12 +56,15 @@ class WindowManager {
   // Brings back what was closed last: tabs where they were, a window as a whole.
   void reopenClosedTab();
   const base::Observable<bool>& canReopenClosedTab() const;
-  // Shows a message of the service in the first window with mail; a new one when there is no browser window.
-  void openURL(const std::string& url);
+  // Shows a message of the service in the first window with mail where no letter is being written; in a new
+  // tab or window when there is none. Gives the one that shows it.
+  std::shared_ptr<web::WindowViewModel> openURL(const std::string& url);
   void openInNewTabOrWindow(const std::string& url);
-  bool loadInActiveWindow(const std::string& url);
+  // In the active one of the windows where no letter is being written; none when there is none.
+  std::shared_ptr<web::WindowViewModel> loadInActiveWindow(const std::string& url);
 
-  // Among the browser windows: the key window if it shows mail, else the first with mail, else the first.
+  // Among the browser windows: the key window if it shows mail, else the first with mail, else the first. A
+  // window that is off the screen with a letter under way is none of them.
   std::optional<ActiveWindow> activeWindow() const;
   std::shared_ptr<web::WindowViewModel> keyViewModel() const;
   std::shared_ptr<web::WindowViewModel> viewModel(const std::shared_ptr<platform::Window>& window) const;
@@ -71,6 +74,11 @@ class WindowManager {
   bool hasComposeWindow() const;
   // The account in the address of any tab, for building an address of the service.
   std::optional<std::string> currentAccountParameter() const;
+
+  // A letter that was sent or discarded is on its way: its page must live.
+  bool hasLettersUnderWay() const;
+  // Ends when there is none, at once if so: true when all have left, false when one came back to its user.
+  async::Task<bool> lettersToLeave() const;
 
   void printActive();
   void exportPDFActive();
@@ -96,6 +104,10 @@ class WindowManager {
 
   const Entry* entry(const platform::Window* window) const;
   std::vector<ActiveWindow> candidates() const;
+  std::vector<ActiveWindow> withoutLetters() const;
+  std::optional<ActiveWindow> activeOf(const std::vector<ActiveWindow>& windows) const;
+  std::shared_ptr<web::WindowViewModel> openBesideLetters(const std::string& url);
+  std::shared_ptr<web::WindowViewModel> showIn(const ActiveWindow& window, const std::string& url);
   std::shared_ptr<web::WindowViewModel> newViewModel() const;
   void showAlone(const std::shared_ptr<platform::Window>& window, bool activate = true);
   std::shared_ptr<platform::Window> openTab(const std::shared_ptr<web::WindowViewModel>& viewModel,

@@ -75,7 +75,10 @@ async::Task<void> WindowManager::windowClosed(WindowPtr window) {
     co_return;
   const auto closed = std::ranges::find(windowViewModels_, window, &Entry::window);
   if (closed != windowViewModels_.end()) {
-    if (windowViewModels_.size() == 1)
+    const auto isOther = [&](const Entry& each) {
+      return each.window != window && !each.window->isOrderedOut();
+    };
+    if (std::ranges::none_of(windowViewModels_, isOther) && !window->isOrderedOut())
       lastClosedWindowFrame_ = window->frame();
     // Out of the list before it is taken apart, which may call back.
     const auto entry = std::move(*closed);

@@ -15,17 +15,13 @@ EmailLinkService::EmailLinkService(platform::Application& application, app::Wind
 
 void EmailLinkService::navigate(const std::string& url, const std::optional<std::string>& emailId) {
   application_.activateIgnoringOtherApps();
-  if (const auto active = windowManager_.activeWindow()) {
-    active->second->show(url);
-    active->first->deminiaturize();
-    active->first->makeKeyAndOrderFront();
-    if (emailId) {
-      const auto parsed = base::Url::parse(url);
-      const auto last = parsed ? parsed->lastPathComponent() : std::string();
-      scope_.spawn(web::selectRow(*emailId, last.substr(0, last.find('.')), active->second, webServices_));
-    }
-  } else {
+  const auto shown = windowManager_.loadInActiveWindow(url);
+  if (!shown) {
     windowManager_.openURL(url);
+  } else if (emailId) {
+    const auto parsed = base::Url::parse(url);
+    const auto last = parsed ? parsed->lastPathComponent() : std::string();
+    scope_.spawn(web::selectRow(*emailId, last.substr(0, last.find('.')), shown, webServices_));
   }
   logger_.info("Navigated to FastMail URL: {}", url);
 }

@@ -1,4 +1,5 @@
-// Tells the program the title and the open message. The application has no event for either, so it is asked.
+// Tells the program the title, the open message, and whether a letter is being written. The application has
+// no event for any of them, so it is asked.
 (() => {
   'use strict';
 
@@ -6,6 +7,7 @@
 
   let last = '';
   let lastMsgId = '';
+  let lastWriting = 'false';
 
   const post = (message) => window.webkit.messageHandlers.ondrel.postMessage(message);
 
@@ -29,6 +31,16 @@
     }
   };
 
+  // A reply may be written below its message, at the message's own address. An editor counts before the
+  // application has a draft of it, and a draft before its editor.
+  const reportWriting = (draft) => {
+    const isWriting = String(Boolean(draft) || document.querySelector('#compose, .v-Compose') !== null);
+    if (isWriting !== lastWriting) {
+      lastWriting = isWriting;
+      post({type: 'ondrelWritingChanged', isWriting});
+    }
+  };
+
   // The program notifies, so the application's own setting has no meaning here.
   const disableNotificationSetting = () => {
     try {
@@ -40,8 +52,10 @@
     }
   };
 
-  // Shown again as it was left: the program knows the page that was shown meanwhile.
+  // Shown again as it was left: the program knows the page that was shown meanwhile, and takes one that comes for
+  // a new one.
   window.addEventListener('pageshow', ({persisted}) => {
+    lastWriting = 'false';
     if (persisted) {
       last = '';
       lastMsgId = '';
@@ -53,6 +67,7 @@
       const {router} = FastMail;
       reportTitle(router);
       reportMessage(router);
+      reportWriting(router.appController.draft);
       if (router.app === 'settings') {
         disableNotificationSetting();
       }

@@ -21,12 +21,14 @@ PageArea::PageArea(std::shared_ptr<web::WindowViewModel> viewModel)
 
   subscriptions_.push_back(
       viewModel_->mouseOverString.observe([this] { mouseOver_.setText(*viewModel_->mouseOverString); }));
+  subscriptions_.push_back(viewModel_->notice.observe([this] { updateNotice(); }));
   subscriptions_.push_back(viewModel_->pageProblem.observe([this] { updateProblem(); }));
   subscriptions_.push_back(viewModel_->dialogs.shown.observe([this] { updateDialog(); }));
   subscriptions_.push_back(viewModel_->downloads.observe([this] { updateDownloads(); }));
   subscriptions_.push_back(
       viewModel_->noticed.subscribe([this](const web::PageNotice& notice) { notices_.show(notice); }));
   mouseOver_.setText(*viewModel_->mouseOverString);
+  updateNotice();
   updateProblem();
   updateDialog();
   updateDownloads();
@@ -79,6 +81,12 @@ ProblemBar::Content PageArea::noApplication() const {
   return {.name = "no-application", .icon = "dialog-warning-symbolic", .dismissed = dismissProblem()};
 }
 
+ProblemBar::Content PageArea::notice() const {
+  return {.name = "notice", .icon = "dialog-information-symbolic", .dismissed = [viewModel = viewModel_] {
+            viewModel->notice.set("");
+          }};
+}
+
 ProblemBar::Content PageArea::hang() const {
   return {
       .name = "page-hangs",
@@ -88,27 +96,34 @@ ProblemBar::Content PageArea::hang() const {
 }
 
 void PageArea::updateBar(std::optional<ProblemBar>& bar, bool shown,
-                         ProblemBar::Content (PageArea::*content)() const, const std::string& title) {
+                         ProblemBar::Content (PageArea::*content)() const, const std::string& title,
+                         const std::string& description) {
   if (shown && !bar) {
     bar.emplace((this->*content)());
     gtk_box_insert_child_after(GTK_BOX(box_.get()), bar->widget(), announcement_);
   }
   if (shown)
-    bar->show(title, viewModel_->pageProblem->description);
+    bar->show(title, description);
   else if (bar)
     bar->hide();
+}
+
+void PageArea::updateNotice() {
+  const auto& text = *viewModel_->notice;
+  updateBar(notice_, !text.empty(), &PageArea::notice, shownLine(text), "");
 }
 
 void PageArea::updateProblem() {
   const auto& problem = *viewModel_->pageProblem;
   const auto url = shownLine(problem.url);
   updateBar(loadProblem_, problem.kind == Kind::loadFailed, &PageArea::loadProblem,
-            "Can't reach the mail service");
+            "Can't reach the mail service", problem.description);
   updateBar(navigationProblem_, problem.kind == Kind::navigationFailed, &PageArea::navigationProblem,
-            "“" + url + "” could not be loaded");
+            "“" + url + "” could not be loaded", problem.description);
   updateBar(noApplication_, problem.kind == Kind::noApplication, &PageArea::noApplication,
-            "No application opens “" + url + "”");
-  updateBar(hang_, problem.kind == Kind::unresponsive, &PageArea::hang, "This page doesn't answer");
+            "No application opens “" + url + "”", problem.description);
+  updateBar(hang_, problem.kind == Kind::unresponsive, &PageArea::hang, "This page doesn't answer",
+            problem.description);
 
   const bool stopped = problem.kind == Kind::processTerminated;
   if (stopped && !stopped_) {

@@ -21,9 +21,9 @@ class WindowViewModel;
 
 namespace ondrel::ui {
 
-// All that a tab shows once it has been looked at, from top to bottom: the place of the announcement, what is
-// wrong with the page, the page with the hovered link or its dialog, the downloads. Parts that are seldom
-// needed are made when they are.
+// All that a tab shows once it has been looked at, from top to bottom: the place of the announcement, what
+// the user has to know, what is wrong with the page, the page with the hovered link or its dialog, the
+// downloads. Parts that are seldom needed are made when they are.
 class PageArea {
  public:
   explicit PageArea(std::shared_ptr<web::WindowViewModel> viewModel);
@@ -40,12 +40,14 @@ class PageArea {
   void focus();
 
  private:
+  void updateNotice();
   void updateProblem();
   void updateBar(std::optional<ProblemBar>& bar, bool shown, ProblemBar::Content (PageArea::*content)() const,
-                 const std::string& title);
+                 const std::string& title, const std::string& description);
   ProblemBar::Content loadProblem() const;
   ProblemBar::Content navigationProblem() const;
   ProblemBar::Content noApplication() const;
+  ProblemBar::Content notice() const;
   ProblemBar::Content hang() const;
   void updateDialog();
   void updateDownloads();
@@ -60,6 +62,7 @@ class PageArea {
   GtkWidget* overlay_;
   PageNotices notices_;
   MouseOverBar mouseOver_;
+  std::optional<ProblemBar> notice_;
   std::optional<ProblemBar> loadProblem_;
   std::optional<ProblemBar> navigationProblem_;
   std::optional<ProblemBar> noApplication_;

@@ -15,6 +15,10 @@
 #include <string>
 #include <vector>
 
+namespace ondrel::base {
+class Url;
+}
+
 namespace ondrel::platform {
 class Window;
 }
@@ -70,6 +74,11 @@ class Coordinator final : public platform::WebViewDelegate {
 
   std::shared_ptr<WindowViewModel> newViewModel(const std::string& url) const;
   void tellOfBlockedWindow(const std::optional<std::string>& url);
+  enum class Place { window, tab, desktop };
+  Place placeOf(const base::Url& url) const;
+  bool wouldReplaceLetter(const platform::NavigationAction& action) const;
+  // One for each press of the user.
+  void handOver(const std::string& address, std::uint64_t gesture);
   void updatePageState();
   void failed(std::string_view label, const platform::WebError& error, bool provisional);
 
@@ -83,6 +92,7 @@ class Coordinator final : public platform::WebViewDelegate {
   void sendClicked(const ScriptMessageFields& fields, const Message& message);
   void discardClicked(const ScriptMessageFields& fields, const Message& message);
   void discardUndone(const ScriptMessageFields& fields, const Message& message);
+  void writingChanged(const ScriptMessageFields& fields, const Message& message);
   void consoleLog(const ScriptMessageFields& fields, const Message& message);
   void filesAutoShare(const ScriptMessageFields& fields, const Message& message);
   void messageChanged(const ScriptMessageFields& fields, const Message& message);

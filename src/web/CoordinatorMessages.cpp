@@ -42,6 +42,7 @@ const Coordinator::Route Coordinator::routes[] = {
     {"sendClicked", Trust::serviceOnly, &Coordinator::sendClicked},
     {"discardClicked", Trust::serviceOnly, &Coordinator::discardClicked},
     {"discardUndone", Trust::serviceOnly, &Coordinator::discardUndone},
+    {"ondrelWritingChanged", Trust::serviceOnly, &Coordinator::writingChanged},
     {"consoleLog", Trust::anyFrame, &Coordinator::consoleLog},
     {"ondrelMessageChanged", Trust::serviceOnly, &Coordinator::messageChanged},
     {"ondrelHighlightContainersChanged", Trust::serviceOnly, &Coordinator::containersChanged},
@@ -168,6 +169,13 @@ async::Task<void> Coordinator::closeWindowAfter(std::chrono::milliseconds delay,
   if (!sleptThrough || webView.expired())
     co_return;
   closeWindow();
+}
+
+// Told anew after each change, and by each page that comes.
+void Coordinator::writingChanged(const ScriptMessageFields& fields, const Message&) {
+  const auto viewModel = viewModel_.lock();
+  if (const auto* isWriting = fields.find("isWriting"); viewModel && isWriting)
+    viewModel->reportsWriting = *isWriting == "true";
 }
 
 void Coordinator::consoleLog(const ScriptMessageFields& fields, const Message&) {

@@ -34,8 +34,10 @@ std::string foreignHostOf(const std::string& address, const settings::AppSetting
   return url->host() && !settings.isServiceOrigin(address) ? url->hostWithPort() : "";
 }
 
-bool hostEndsWith(const base::Url& url, const std::string& suffix) {
-  return !suffix.empty() && (url.host()->ends_with(suffix) || url.hostWithPort().ends_with(suffix));
+bool isUserContent(const base::Url& url, const settings::Site& site) {
+  const auto& suffix = site.userContentDomainSuffix;
+  return !suffix.empty() && url.host() &&
+         (url.host()->ends_with(suffix) || url.hostWithPort().ends_with(suffix));
 }
 
 } // namespace
@@ -55,12 +57,53 @@ void Coordinator::decidePolicy(const platform::NavigationAction& action, platfor
     std::move(reply)(NavigationPolicy::cancel);
     return;
   }
-  if (action.shouldPerformDownload)
+  if (action.shouldPerformDownload) {
     std::move(reply)(NavigationPolicy::download);
-  else if (action.url && addressUse(*action.url, TargetFrame::unknown) == AddressUse::cancel)
+    return;
+  }
+  if (action.url && addressUse(*action.url, TargetFrame::unknown) == AddressUse::cancel) {
     std::move(reply)(NavigationPolicy::cancel);
-  else
+    return;
+  }
+  if (!wouldReplaceLetter(action)) {
     std::move(reply)(NavigationPolicy::allow);
+    return;
+  }
+  const auto place = placeOf(*base::Url::parse(*action.url));
+  const auto& open = place == Place::window ? openInNewWindow_ : openInNewTab_;
+  if (place == Place::desktop)
+    handOver(*action.url, action.gesture);
+  else if (open && windows_.take(action.gesture))
+    open(newViewModel(*action.url), true);
+  std::move(reply)(NavigationPolicy::cancel);
+}
+
+void Coordinator::handOver(const std::string& address, std::uint64_t gesture) {
+  if (handOvers_.take(gesture))
+    services_.workspace.open(address);
+  else
+    uiLogger_.info("A page's further link for the same click was not handed to the desktop");
+}
+
+// Where a page opens that isn't to show in this tab.
+Coordinator::Place Coordinator::placeOf(const base::Url& url) const {
+  if (isUserContent(url, services_.settings.site()))
+    return Place::desktop;
+  if (containsMail(url.absoluteString()) && services_.settings.isServiceOrigin(url.absoluteString()))
+    return Place::window;
+  const bool sameOrigin = *url.scheme() + "://" + url.hostWithPort() + "/" == services_.settings.baseURL();
+  return sameOrigin ? Place::tab : Place::desktop;
+}
+
+// A link of the page leads it, or a frame in it, away from a letter. What the application does
+// by itself goes on: it knows about its letters.
+bool Coordinator::wouldReplaceLetter(const platform::NavigationAction& action) const {
+  const auto viewModel = viewModel_.lock();
+  if (action.type != platform::NavigationType::linkActivated || !viewModel || !viewModel->isWritingLetter() ||
+      !isWebAddress(action.url))
+    return false;
+  const auto withoutFragment = [](const std::string& url) { return url.substr(0, url.find('#')); };
+  return withoutFragment(*action.url) != withoutFragment(webView_->url().value_or(""));
 }
 
 void Coordinator::decidePolicy(const platform::NavigationResponse& response, platform::PolicyReply reply) {
@@ -81,6 +124,7 @@ void Coordinator::didCommit() {
     viewModel->pageProblem.set({});
     viewModel->dialogs.pageDidCommit(webView_->url().value_or(""));
     viewModel->foreignHost.set(foreignHostOf(webView_->url().value_or(""), services_.settings));
+    viewModel->reportsWriting = false;
   }
   updatePageState();
 }
@@ -174,41 +218,25 @@ std::shared_ptr<platform::WebView> Coordinator::createWebView(platform::NewWindo
     return webView;
   };
 
-  std::optional<bool> mayHandOver; // one decision for this request, which may hand over twice
-  const auto handOver = [&] {
-    if (!mayHandOver)
-      mayHandOver = handOvers_.take(request.action.gesture);
-    if (*mayHandOver)
-      services_.workspace.open(address);
-    else
-      uiLogger_.info("A page's further link for the same click was not handed to the desktop");
-  };
-
-  if (hostEndsWith(*url, services_.settings.site().userContentDomainSuffix)) {
-    if (address.contains("download=")) {
-      // The page's link to a message's file.
-      if (const auto title = webView_->title(); title && url->isWeb()) {
-        services_.messageFiles.saveEml(*title, address);
-        return nullptr;
-      }
-    } else {
-      uiLogger_.info("Show the raw value in a new window");
-      handOver();
+  if (isUserContent(*url, services_.settings.site())) {
+    const bool isMessageFile = address.contains("download="); // by the page's link to it
+    if (const auto title = webView_->title(); isMessageFile && title && url->isWeb()) {
+      services_.messageFiles.saveEml(*title, address);
+      return nullptr;
     }
+    if (!isMessageFile)
+      uiLogger_.info("Show the raw value in a new window");
   }
-  const bool sameOrigin = *url->scheme() + "://" + url->hostWithPort() + "/" == services_.settings.baseURL();
-  if (const auto viewModel = viewModel_.lock(); viewModel && viewModel->isComposeURL()) {
-    if (url->isWeb())
-      webView_->load(address);
-    return nullptr;
-  }
-  if (containsMail(address) && services_.settings.isServiceOrigin(address))
+  switch (placeOf(*url)) {
+  case Place::window:
     return open(openInNewWindow_);
-  if (!sameOrigin) {
-    handOver();
+  case Place::tab:
+    return open(openInNewTab_);
+  case Place::desktop:
+    handOver(address, request.action.gesture);
     return nullptr;
   }
-  return open(openInNewTab_);
+  return nullptr;
 }
 
 } // namespace ondrel::web

@@ -28,16 +28,16 @@ void Coordinator::runBeforeUnloadPanel(platform::DoneReply reply) {
   const auto viewModel = viewModel_.lock();
   if (!viewModel)
     return;
-  viewModel->dialogs.leave({[weak = viewModel_, webView = std::weak_ptr(webView_),
-                             inner = std::move(reply)](bool leave) mutable {
-                              std::move(inner)(leave);
-                              const auto tab = weak.lock();
-                              const auto page = webView.lock();
-                              // An address that was asked for is not where the tab is.
-                              if (const auto url = page ? page->url() : std::nullopt; tab && url && !leave)
-                                tab->urlString.set(*url);
-                            },
-                            false});
+  viewModel->dialogs.leave(
+      {[weak = viewModel_, webView = std::weak_ptr(webView_), inner = std::move(reply)](bool leave) mutable {
+         std::move(inner)(leave);
+         const auto tab = weak.lock();
+         const auto page = webView.lock();
+         // An address that was asked for is not where the tab is.
+         if (const auto url = page ? page->url() : std::nullopt; tab && url && !leave)
+           tab->urlString.set(*url);
+       },
+       false});
 }
 
 void Coordinator::runOpenPanel(const platform::OpenPanelParameters& parameters, platform::FilesReply reply) {

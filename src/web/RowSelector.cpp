@@ -87,6 +87,8 @@ async::Task<void> selectRow(std::string emailId, std::string thread,
   for (int attempt = 0; attempt < attempts; ++attempt) {
     bool selected = false;
     if (const auto viewModel = weakViewModel.lock()) {
+      if (viewModel->isWritingLetter())
+        co_return; // begun while the message was on its way
       const auto result = co_await viewModel->evaluate(script);
       selected = isTrue(result);
     }

@@ -199,4 +199,8 @@ bool WindowViewModel::isComposeURL() const {
   return web::isComposeURL(*urlString);
 }
 
+bool WindowViewModel::isWritingLetter() const {
+  return isComposeURL() || reportsWriting || webViewConfiguration == services_.scripts.composeConfiguration();
+}
+
 } // namespace ondrel::web

@@ -90,6 +90,13 @@ class WindowViewModel : public std::enable_shared_from_this<WindowViewModel> {
 
   base::Observable<std::vector<std::shared_ptr<DownloadItem>>> downloads;
 
+  // What the user is told above the page until they put it away; empty for nothing.
+  base::Observable<std::string> notice;
+  // The user has sent or discarded the letter of this page, and the page hasn't let go of it.
+  base::Observable<bool> letterIsLeaving{false};
+  // The page says that a letter is being written in it.
+  bool reportsWriting = false;
+
   base::Observable<bool> isLoading{false};
   base::Observable<PageProblem> pageProblem{};
   PageDialogs dialogs;
@@ -126,6 +133,9 @@ class WindowViewModel : public std::enable_shared_from_this<WindowViewModel> {
 
   // The page composes a message.
   bool isComposeURL() const;
+  // A letter is being written here, as a page of its own or inside another: nobody but the user leads such a
+  // tab elsewhere.
+  bool isWritingLetter() const;
 
  private:
   explicit WindowViewModel(const WebServices& services);

@@ -23,6 +23,20 @@
     await polls(comeBack, 'titleChange: C', 'ondrelMessageChanged: M3');
   });
 
+  test('A letter that is being written is told', {scripts: ['titlePollScript']}, async () => {
+    window.FastMail = {router: {app: 'mail', title: '', appController: {message: null, draft: null}}};
+    const {appController} = FastMail.router;
+    const changed = (isWriting) => `ondrelWritingChanged: ${isWriting}`;
+    await polls(() => {});
+    await polls(() => appController.draft = {to: []}, changed('true'));
+    await polls(() => show('<p class=v-Compose></p>'));
+    await polls(() => appController.draft = null);
+    await polls(() => $('.v-Compose').remove(), changed('false'));
+    await polls(() => show('<p id=compose></p>'), changed('true'));
+    await polls(() => {});
+    await polls(() => dispatchEvent(new Event('pageshow')), changed('true'));  // out of the page cache
+  });
+
   const settings = {scripts: ['titlePollScript'], html: '<div id=s-settings-notifications></div>'};
   test('The notification setting is disabled', settings, async () => {
     window.FastMail = {router};
