@@ -44,7 +44,8 @@ platform::Alert leaveAlert() {
 async::Task<bool> CloseQuestion::mayClose(std::vector<std::shared_ptr<platform::Window>> windows) {
   std::vector<std::pair<ViewModelPtr, std::size_t>> pages;
   for (std::size_t i = 0; i < windows.size(); ++i)
-    if (auto viewModel = windows_.viewModel(windows[i]); viewModel && viewModel->liveWebView())
+    if (auto viewModel = windows_.viewModel(windows[i]);
+        viewModel && viewModel->liveWebView() && !*viewModel->letterIsLeaving)
       pages.emplace_back(std::move(viewModel), i);
   if (pages.empty())
     co_return true;

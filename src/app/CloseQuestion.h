@@ -21,8 +21,8 @@ class CloseQuestion {
   CloseQuestion(const WindowManager& windows, platform::Panels& panels)
       : windows_(windows), panels_(panels) {}
 
-  // Pages are asked at the same time, and no longer than platform::closeDeadline. A window without a page
-  // goes.
+  // Pages are asked at the same time, and no longer than platform::closeDeadline. A window without a page,
+  // or with a letter that is on its way, goes: the latter is waited for elsewhere.
   async::Task<bool> mayClose(std::vector<std::shared_ptr<platform::Window>> windows);
 
  private:

@@ -1,6 +1,7 @@
 #include "app/Quitting.h"
 
 #include "app/CloseQuestion.h"
+#include "app/LettersLeaving.h"
 #include "platform/Application.h"
 
 namespace ondrel::app {
@@ -15,8 +16,9 @@ async::Task<void> Quitting::quit() {
   const bool mayGo = co_await question_.mayClose(std::move(windows));
   if (!mayGo)
     co_return;
-  // What mustn't be cut off is waited for here: the user has agreed, and the pages still live.
-  application_.terminate();
+  const bool lettersHaveLeft = co_await letLettersLeave(application_, windows_, panels_);
+  if (lettersHaveLeft)
+    application_.terminate();
 }
 
 } // namespace ondrel::app

@@ -4,19 +4,22 @@
 
 namespace ondrel::platform {
 class Application;
-}
+class Panels;
+} // namespace ondrel::platform
 
 namespace ondrel::app {
 
 class CloseQuestion;
+class WindowManager;
 
-// The user's way out of the program: it ends when its pages may go. What the desktop orders (a signal, the
-// end of the session) doesn't come this way and ends it at once.
+// The user's way out of the program: it ends when its pages may go and the letters that are under way have
+// left. What the desktop orders (a signal, the end of the session) doesn't come this way and ends it at once.
 class Quitting {
  public:
-  // Both outlive this object.
-  Quitting(platform::Application& application, CloseQuestion& question)
-      : application_(application), question_(question) {}
+  // All outlive this object.
+  Quitting(platform::Application& application, const WindowManager& windows, CloseQuestion& question,
+           platform::Panels& panels)
+      : application_(application), windows_(windows), question_(question), panels_(panels) {}
 
   // Nothing while an earlier wish is under way.
   void request();
@@ -25,7 +28,9 @@ class Quitting {
   async::Task<void> quit();
 
   platform::Application& application_;
+  const WindowManager& windows_;
   CloseQuestion& question_;
+  platform::Panels& panels_;
   async::TaskHandle underWay_;
   async::Scope scope_;
 };

@@ -5,6 +5,12 @@
 
   const post = (type) => window.webkit.messageHandlers.ondrel.postMessage({type});
 
+  // What the page tells from here on is told of this draft.
+  const forgetTold = () => {
+    const toasts = [...document.querySelectorAll('.v-Notification-message')];
+    window._ondrelToldBefore = new WeakMap(toasts.map((toast) => [toast, toast.textContent]));
+  };
+
   // The words between vary with the number of drafts.
   const tellsOfDiscard = (text) => text.startsWith('Discarded') && text.includes('draft');
 
@@ -18,6 +24,7 @@
             node :
             node.querySelector('.v-Notification-message');
         if (toast && tellsOfDiscard(toast.textContent.trim())) {
+          forgetTold();
           post('discardClicked');
         }
       }

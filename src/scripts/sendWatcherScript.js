@@ -12,8 +12,15 @@
     }
   };
 
+  // What the page tells from here on is told of this letter.
+  const forgetTold = () => {
+    const toasts = [...document.querySelectorAll('.v-Notification-message')];
+    window._ondrelToldBefore = new WeakMap(toasts.map((toast) => [toast, toast.textContent]));
+  };
+
   const notifySent = () => {
     if (isDraftReady()) {
+      forgetTold();
       window.webkit.messageHandlers.ondrel.postMessage({type: 'sendClicked'});
     }
   };
@@ -28,12 +35,10 @@
       (node.classList.contains('v-Compose-sendDialog') ||
        node.querySelector('.v-Compose-sendDialog') !== null);
 
-  // A message sent by the keyboard shows this dialog without a click.
-  const observer = new MutationObserver((records) => {
+  // A message sent by the keyboard shows this dialog without a click. One that was refused may be sent again.
+  new MutationObserver((records) => {
     if (records.some(({addedNodes}) => [...addedNodes].some(isSendDialog))) {
-      observer.disconnect();
       notifySent();
     }
-  });
-  observer.observe(document.documentElement, {childList: true, subtree: true});
+  }).observe(document.documentElement, {childList: true, subtree: true});
 })();

@@ -16,7 +16,8 @@ Coordinator::Coordinator(const std::shared_ptr<WindowViewModel>& viewModel,
     : viewModel_(viewModel), webView_(std::move(webView)), configuration_(std::move(configuration)),
       services_(services), openInNewWindow_(viewModel->openInNewWindow),
       openInNewTab_(viewModel->openInNewTab), loadRetry_(viewModel_, webView_),
-      externalLinks_(viewModel_, services.workspace, handOvers_) {
+      externalLinks_(viewModel_, services.workspace, handOvers_),
+      letter_(viewModel, services.scripts.letterState()) {
 }
 
 Coordinator::~Coordinator() {

@@ -6,6 +6,7 @@
 #include "platform/WebViewDelegate.h"
 #include "web/ExternalLinks.h"
 #include "web/GestureLimit.h"
+#include "web/LetterHandOver.h"
 #include "web/LoadRetry.h"
 #include "web/ScriptMessageFields.h"
 
@@ -103,8 +104,6 @@ class Coordinator final : public platform::WebViewDelegate {
   void highlightClearOrphaned(const ScriptMessageFields& fields, const Message& message);
   void mailboxMarkersReady(const ScriptMessageFields& fields, const Message& message);
 
-  async::Task<void> closeWindowAfter(std::chrono::milliseconds delay,
-                                     std::weak_ptr<platform::WebView> webView);
   async::Task<void> printWithPanel(std::weak_ptr<platform::WebView> webView);
   async::Task<void> answerOpenPanel(platform::OpenPanelParameters parameters, platform::FilesReply reply);
 
@@ -135,14 +134,13 @@ class Coordinator final : public platform::WebViewDelegate {
   };
   std::map<platform::Download*, RunningDownload> downloadItems_;
 
-  async::TaskHandle sendClickedTask_;
-  async::TaskHandle discardClickedTask_;
   async::TaskHandle printTask_;
   GestureLimit windows_;   // that the page opens
   GestureLimit handOvers_; // to the desktop
   LoadRetry loadRetry_;
   ExternalLinks externalLinks_;
   bool titleIsDue_ = false; // the page finished without one, which may still be on its way
+  LetterHandOver letter_;
   async::Scope scope_;
 };
 

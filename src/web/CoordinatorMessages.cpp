@@ -1,6 +1,5 @@
 #include "web/Coordinator.h"
 
-#include "async/sleep.h"
 #include "base/Url.h"
 #include "jmap/NotificationManager.h"
 #include "platform/Application.h"
@@ -14,14 +13,6 @@
 #include <algorithm>
 
 namespace ondrel::web {
-
-namespace {
-
-// How long the page gets to hand a message to the server, and the user to take a discarded draft back.
-constexpr std::chrono::milliseconds sendGrace{1000};
-constexpr std::chrono::milliseconds discardGrace{1500};
-
-} // namespace
 
 // Who may send a message: any frame of any page can call the handler, so those that act are reached from the
 // service's own origin only, and those that describe the page from its main frame too.
@@ -149,26 +140,16 @@ void Coordinator::compose(const ScriptMessageFields& fields, const Message&) {
     openInNewWindow_(std::move(viewModel), true);
 }
 
-void Coordinator::sendClicked(const ScriptMessageFields&, const Message& message) {
-  sendClickedTask_.cancel();
-  sendClickedTask_ = scope_.spawn(closeWindowAfter(sendGrace, message.webView));
+void Coordinator::sendClicked(const ScriptMessageFields&, const Message&) {
+  letter_.begin(LetterEnd::sent);
 }
 
-void Coordinator::discardClicked(const ScriptMessageFields&, const Message& message) {
-  discardClickedTask_.cancel();
-  discardClickedTask_ = scope_.spawn(closeWindowAfter(discardGrace, message.webView));
+void Coordinator::discardClicked(const ScriptMessageFields&, const Message&) {
+  letter_.begin(LetterEnd::discarded);
 }
 
 void Coordinator::discardUndone(const ScriptMessageFields&, const Message&) {
-  discardClickedTask_.cancel();
-}
-
-async::Task<void> Coordinator::closeWindowAfter(std::chrono::milliseconds delay,
-                                                std::weak_ptr<platform::WebView> webView) {
-  const bool sleptThrough = co_await async::sleep(delay);
-  if (!sleptThrough || webView.expired())
-    co_return;
-  closeWindow();
+  letter_.discardUndone();
 }
 
 // Told anew after each change, and by each page that comes.

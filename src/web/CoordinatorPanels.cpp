@@ -9,17 +9,20 @@ namespace ondrel::web {
 
 // The engine doesn't tell which frame asks: all of them speak for the tab's page.
 void Coordinator::runAlertPanel(const std::string& message, platform::DoneReply reply) {
+  letter_.pageAsks();
   if (const auto viewModel = viewModel_.lock())
     viewModel->dialogs.alert(webView_->url().value_or(""), message, std::move(reply));
 }
 
 void Coordinator::runConfirmPanel(const std::string& message, platform::DoneReply reply) {
+  letter_.pageAsks();
   if (const auto viewModel = viewModel_.lock())
     viewModel->dialogs.confirm(webView_->url().value_or(""), message, std::move(reply));
 }
 
 void Coordinator::runPromptPanel(const std::string& message, const std::string& text,
                                  platform::PromptReply reply) {
+  letter_.pageAsks();
   if (const auto viewModel = viewModel_.lock())
     viewModel->dialogs.prompt(webView_->url().value_or(""), message, text, std::move(reply));
 }
@@ -41,6 +44,7 @@ void Coordinator::runBeforeUnloadPanel(platform::DoneReply reply) {
 }
 
 void Coordinator::runOpenPanel(const platform::OpenPanelParameters& parameters, platform::FilesReply reply) {
+  letter_.pageAsks();
   scope_.spawn(answerOpenPanel(parameters, std::move(reply)));
 }
 

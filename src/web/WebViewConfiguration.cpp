@@ -74,6 +74,7 @@ PageScripts::PageScripts(const Source& source) {
   compose_ = std::make_shared<WebViewConfiguration>(
       WebViewConfiguration{builder.list(composeScripts), {}, /*reportsTitle=*/false});
   watchers_ = builder.list(watcherScripts);
+  letterState_ = source("letterStateScript").value_or("");
 }
 
 UserScripts PageScripts::popupScripts(const WebViewConfiguration& opener) const {

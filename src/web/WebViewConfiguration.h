@@ -35,11 +35,14 @@ class PageScripts {
   const std::shared_ptr<const WebViewConfiguration>& composeConfiguration() const { return compose_; }
   // For a window that the page opened itself: the scripts of its opener, and what closes it after sending.
   UserScripts popupScripts(const WebViewConfiguration& opener) const;
+  // What to evaluate to learn what has become of a letter.
+  const std::string& letterState() const { return letterState_; }
 
  private:
   std::shared_ptr<const WebViewConfiguration> main_;
   std::shared_ptr<const WebViewConfiguration> compose_;
   UserScripts watchers_;
+  std::string letterState_;
 };
 
 } // namespace ondrel::web

@@ -20,9 +20,10 @@ class CloseQuestionTest : public testing::Test {
     shell.manager->newTab();
     shell.manager->newTab();
     question.emplace(*shell.manager, shell.panels);
-    quitting.emplace(shell.application, *question);
-    shell.application.setCloseQuestion(
-        [this](std::vector<std::shared_ptr<platform::Window>> windows) { return question->mayClose(windows); });
+    quitting.emplace(shell.application, *shell.manager, *question, shell.panels);
+    shell.application.setCloseQuestion([this](std::vector<std::shared_ptr<platform::Window>> windows) {
+      return question->mayClose(windows);
+    });
     ended = shell.application.willTerminate.subscribe([this] { ++ends; });
   }
   std::shared_ptr<support::FakeWebView> page(std::size_t index) {

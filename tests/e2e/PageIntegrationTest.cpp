@@ -9,6 +9,7 @@ namespace ondrel::e2e {
 namespace {
 
 using namespace std::chrono_literals;
+namespace json = boost::json;
 using Clock = std::chrono::steady_clock;
 
 class PageIntegrationTest : public UserHandsTest {
@@ -82,11 +83,10 @@ class PageIntegrationTest : public UserHandsTest {
   std::size_t composed_ = 0;
 };
 
-// In a page reduced to the editor, nothing but these stands in the way of the Tab key.
-constexpr auto toDiscard = "Tab Tab";           // past the button that attaches files
-constexpr auto toRecipient = "Tab Tab Tab Tab"; // and past the one that sends
+// In a page reduced to the editor, nothing but this stands between the recipient and the button.
+constexpr auto toDiscard = "shift+Tab shift+Tab";
 
-TEST_F(PageIntegrationTest, SendingClosesTheComposeWindowWhenTheServerHasTheMessage) {
+TEST_F(PageIntegrationTest, AMessageThatTakesLongIsSent) {
   startComposing();
   const auto compose = openComposeWindow();
   EXPECT_TRUE(eventually([&] { return title(compose) == "New message"; })) << title(compose);
@@ -94,31 +94,65 @@ TEST_F(PageIntegrationTest, SendingClosesTheComposeWindowWhenTheServerHasTheMess
     return saved.windows.size() == 2 && saved.windows[1].tabs.at(0).urlString.ends_with(composeAddress) &&
            !saved.windows[1].tabs[0].toolbarVisible;
   })) << read(sessionFile());
-  press(toRecipient);
+  // The cursor is in the recipient's field.
   type("nadia@example.org");
   press("Tab");
   type("Keys");
-  EXPECT_EQ(requests("/data/send"), 0);
+  order("/control/fail", {{"path", "/data/send"}, {"kind", "delay"}, {"milliseconds", 4000}});
   const auto sent = Clock::now();
   press("ctrl+Return");
   expectClosed(compose, sent, 1s);
-  EXPECT_EQ(requests("/data/send"), 1);
+  EXPECT_TRUE(eventually([&] { return requests("/data/send") == 1; }));
+  EXPECT_FALSE(eventually([&] { return session()->windows.size() == 1; }, 2s)) << "its page lives";
   EXPECT_TRUE(sessionBecomes([](const auto& saved) { return saved.windows.size() == 1; }));
+  EXPECT_GE(Clock::now() - sent, 4s);
   EXPECT_EQ(quit(*program), 0);
+}
+
+TEST_F(PageIntegrationTest, ALetterThatIsNotSentComesBack) {
+  startComposing();
+  const auto compose = openComposeWindow();
+  type("nadia@example.org");
+  press("Tab");
+  type("Keys");
+  const auto refused = [](int milliseconds) {
+    return json::object{
+        {"path", "/data/send"}, {"kind", "status"}, {"status", 500}, {"milliseconds", milliseconds}};
+  };
+  const auto isThere = [&] { return windows().contains(compose); };
+  // At once, which leaves the window, and late, which brings it back.
+  order("/control/fail", refused(0));
+  press("ctrl+Return");
+  EXPECT_FALSE(eventually([&] { return !isThere(); }, 3s));
+  order("/control/fail", refused(2500));
+  press("ctrl+Return");
+  EXPECT_TRUE(eventually([&] { return !isThere(); }));
+  EXPECT_TRUE(eventually(isThere)) << "with the letter";
+
+  // A quit of the user's waits for the next try.
+  focus(compose);
+  order("/control/fail", {{"path", "/data/send"}, {"kind", "delay"}, {"milliseconds", 3000}});
+  const auto sent = Clock::now();
+  press("ctrl+Return");
+  EXPECT_TRUE(eventually([&] { return !isThere(); }));
+  focus(main);
+  press("ctrl+q");
+  EXPECT_EQ(program->wait(20s), 0);
+  EXPECT_GE(Clock::now() - sent, 3s);
+  EXPECT_EQ(session()->windows.size(), 1U);
 }
 
 TEST_F(PageIntegrationTest, DiscardingClosesTheComposeWindowUnlessItIsUndone) {
   startComposing();
   const auto compose = openComposeWindow();
-  press(toRecipient);
   type("nadia@example.org");
   // Back to the button; then the toast's own is the only one that can be reached.
-  press("shift+Tab shift+Tab space Tab space");
+  press(std::string(toDiscard) + " space Tab space");
   EXPECT_FALSE(eventually([&] { return !windows().contains(compose); }, 3s)) << "it was undone in time";
 
   // The editor works again.
   const auto discarded = Clock::now();
-  press(std::string(toDiscard) + " space");
+  press("shift+Tab shift+Tab shift+Tab space");
   expectClosed(compose, discarded, 1500ms);
   EXPECT_EQ(requests("/data/send"), 0);
 

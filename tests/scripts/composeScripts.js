@@ -112,12 +112,12 @@
 
   const dialog = '<b class=v-Compose-sendDialog></b>';
   const telling = (html, to, ...expected) =>
-      test(`The send dialog tells once: ${html} ${to}`, sending, async () => {
+      test(`Each send dialog tells: ${html} ${to}`, sending, async () => {
         withDraft({subject: 'S', to});
         await tells(() => document.body.append('text', element('<p>no dialog</p>')));
         await tells(() => document.body.append('text', element(html)), ...expected);
         withDraft({subject: 'S', to: [1]});
-        await tells(() => show(html));
+        await tells(() => show(html), 'sendClicked');  // the letter was refused, say
         await tells(() => [1, 2].forEach(() => $('.s-send').click()), 'sendClicked', 'sendClicked');
       });
   telling(dialog, [1], 'sendClicked');

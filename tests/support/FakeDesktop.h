@@ -23,6 +23,8 @@ class FakePanels final : public platform::Panels {
   async::Task<int> runAlert(platform::Alert alert, std::shared_ptr<platform::Window>) override {
     alerts.push_back(std::move(alert));
     co_await async::nextTurn();
+    if (alertTakes > async::Duration{})
+      co_await async::sleep(alertTakes);
     co_return alertAnswer;
   }
   async::Task<std::optional<std::string>> runSavePanel(platform::SavePanel panel,
@@ -44,6 +46,7 @@ class FakePanels final : public platform::Panels {
   std::shared_ptr<platform::Window> savePanelParent; // of the last of them
   std::vector<platform::OpenPanel> openPanels;
   int alertAnswer = firstButton;
+  async::Duration alertTakes{0}; // users think
   std::optional<std::string> savePath;
   std::optional<std::vector<std::string>> openPaths;
 };

@@ -69,9 +69,13 @@ class FakeWebView final : public platform::WebView {
   double pageZoom() const override { return zoom; }
   void setPageZoom(double value) override { zoom = value; }
   async::Task<platform::ScriptResult> evaluate(std::string source, std::optional<platform::FrameInfo> frame,
-                                               async::Duration) override {
+                                               async::Duration deadline) override {
     evaluations.push_back(source);
     evaluationFrames.push_back(std::move(frame));
+    if (hangs) {
+      co_await async::sleep(deadline);
+      co_return std::unexpected(platform::ScriptError{platform::ScriptError::Kind::timedOut, {}});
+    }
     co_await async::nextTurn();
     co_return answer ? answer(source) : platform::ScriptResult(boost::json::value());
   }
@@ -140,6 +144,7 @@ class FakeWebView final : public platform::WebView {
   int terminations = 0;
   platform::PrintResult printResult = platform::PrintResult::done;
   bool acceptsState = true;
+  bool hangs = false; // a page that a box of the engine's holds up, or a loop without end
   bool back = false;
   bool forward = false;
   bool loading = false;

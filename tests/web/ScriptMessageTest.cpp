@@ -5,13 +5,9 @@
 namespace ondrel::web {
 namespace {
 
-using namespace std::chrono_literals;
 namespace json = boost::json;
 
-class ScriptMessageTest : public CoordinatorTest {
- protected:
-  bool isOpen() const { return windows() == 1; }
-};
+using ScriptMessageTest = CoordinatorTest;
 
 TEST_F(ScriptMessageTest, TitleAndHoverFollowThePage) {
   post({{"type", "titleChange"}, {"title", "Hello"}});
@@ -60,7 +56,7 @@ TEST_F(ScriptMessageTest, ABodyThatIsNoMapOfStringsChangesNothing) {
   EXPECT_EQ(forwarded, static_cast<int>(std::size(bodies)))
       << "a known type ends the dispatch, usable or not";
   EXPECT_EQ(*model->title, "New Tab");
-  EXPECT_TRUE(isOpen());
+  EXPECT_EQ(windows(), 1U);
 
   post({{"type", "titleChange"}, {"title", "x"}}, "https://app.example.com", true, "another");
   EXPECT_EQ(*model->title, "New Tab") << "a known type under another name goes to the observer";
@@ -220,40 +216,6 @@ TEST_F(ScriptMessageTest, ComposeReadyBringsTheSetting) {
   post({{"type", "composeReady"}});
   shell.settle();
   EXPECT_EQ(view->evaluations, (Calls{"composeInWindow = false;", "composeInWindow = true;"}));
-}
-
-TEST_F(ScriptMessageTest, SendingClosesAfterAGrace) {
-  post({{"type", "sendClicked"}});
-  shell.loop.advance(900ms);
-  post({{"type", "sendClicked"}});
-  shell.loop.advance(999ms);
-  EXPECT_TRUE(isOpen()) << "a second click starts the second anew";
-  shell.loop.advance(1ms);
-  EXPECT_FALSE(isOpen());
-}
-
-TEST_F(ScriptMessageTest, DiscardingClosesUnlessItIsUndone) {
-  post({{"type", "discardUndone"}});
-  post({{"type", "discardClicked"}});
-  shell.loop.advance(1400ms);
-  post({{"type", "discardUndone"}});
-  shell.loop.advance(10s);
-  EXPECT_TRUE(isOpen());
-  post({{"type", "discardClicked"}});
-  shell.loop.advance(1499ms);
-  EXPECT_TRUE(isOpen());
-  shell.loop.advance(1ms);
-  EXPECT_FALSE(isOpen());
-}
-
-TEST_F(ScriptMessageTest, AWindowThatClosesInTheGraceIsNoMatter) {
-  post({{"type", "sendClicked"}});
-  post({{"type", "discardClicked"}});
-  model->window.lock()->close();
-  shell.manager->openMainWindow();
-  view.reset();
-  shell.loop.advance(10s);
-  EXPECT_EQ(windows(), 1U) << "another window is none of its business";
 }
 
 TEST_F(ScriptMessageTest, ConsoleAndFailuresAreLogged) {

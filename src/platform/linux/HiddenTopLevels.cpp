@@ -27,8 +27,7 @@ void HiddenTopLevels::showAgain() {
 }
 
 void HiddenTopLevels::forget(GtkWindow* window) {
-  std::erase_if(widgets_,
-                [window](const auto& weak) { return weak->lock().get() == GTK_WIDGET(window); });
+  std::erase_if(widgets_, [window](const auto& weak) { return weak->lock().get() == GTK_WIDGET(window); });
 }
 
 } // namespace ondrel::platform
