@@ -1,7 +1,6 @@
 #include "app/CloseQuestion.h"
 
 #include "app/WindowManager.h"
-#include "async/Future.h"
 #include "async/Scope.h"
 #include "platform/Panels.h"
 #include "platform/Window.h"
@@ -15,15 +14,14 @@ namespace ondrel::app {
 
 namespace {
 
-using ViewModelPtr = std::shared_ptr<web::WindowViewModel>;
-
 struct Answers {
   std::size_t missing;
   async::Resolver<bool> complete;
-  std::map<std::size_t, platform::LeaveReply> objections; // by the position of the window
+  std::map<std::size_t, platform::LeaveReply> objections; // by the position of the page
 };
 
-async::Task<void> ask(ViewModelPtr viewModel, std::size_t position, std::shared_ptr<Answers> answers) {
+async::Task<void> askPage(std::shared_ptr<web::WindowViewModel> viewModel, std::size_t position,
+                          std::shared_ptr<Answers> answers) {
   auto objection = co_await viewModel->tryClose();
   if (objection)
     answers->objections.emplace(position, std::move(*objection));
@@ -41,20 +39,54 @@ platform::Alert leaveAlert() {
 
 } // namespace
 
-async::Task<bool> CloseQuestion::mayClose(std::vector<std::shared_ptr<platform::Window>> windows) {
-  std::vector<std::pair<ViewModelPtr, std::size_t>> pages;
-  for (std::size_t i = 0; i < windows.size(); ++i)
-    if (auto viewModel = windows_.viewModel(windows[i]);
+struct CloseQuestion::Turn {
+  explicit Turn(CloseQuestion& owner) : question(owner) { question.busy_ = true; }
+  Turn(const Turn&) = delete;
+  Turn& operator=(const Turn&) = delete;
+  ~Turn() { question.endTurn(); }
+
+  CloseQuestion& question;
+};
+
+void CloseQuestion::endTurn() {
+  busy_ = false;
+  askedAbout_.reset();
+  for (auto& next : std::exchange(waiting_, {}))
+    next.resolve(true);
+}
+
+CloseQuestion::Pages CloseQuestion::pagesOf(const Windows& windows) const {
+  Pages pages;
+  for (const auto& window : windows)
+    if (auto viewModel = windows_.viewModel(window);
         viewModel && viewModel->liveWebView() && !*viewModel->letterIsLeaving)
-      pages.emplace_back(std::move(viewModel), i);
+      pages.emplace_back(window, std::move(viewModel));
+  return pages;
+}
+
+async::Task<bool> CloseQuestion::mayClose(Windows windows) {
+  while (busy_ && !pagesOf(windows).empty()) {
+    if (const auto window = askedAbout_.lock())
+      window->makeKeyAndOrderFront();
+    auto [resolver, future] = async::makeFuture<bool>();
+    waiting_.push_back(std::move(resolver));
+    const auto turn = co_await std::move(future);
+    if (!turn)
+      co_return false;
+  }
+  auto pages = pagesOf(windows);
   if (pages.empty())
     co_return true;
+  const Turn turn(*this);
+  co_return co_await ask(std::move(pages));
+}
 
+async::Task<bool> CloseQuestion::ask(Pages pages) {
   auto [resolver, future] = async::makeFuture<bool>();
   const auto answers = std::make_shared<Answers>(pages.size(), std::move(resolver));
   async::Scope asking;
-  for (auto& [viewModel, position] : pages)
-    asking.spawn(ask(std::move(viewModel), position, answers));
+  for (std::size_t i = 0; i < pages.size(); ++i)
+    asking.spawn(askPage(pages[i].second, i, answers));
   const auto complete = co_await std::move(future);
   if (!complete)
     co_return false;
@@ -62,9 +94,10 @@ async::Task<bool> CloseQuestion::mayClose(std::vector<std::shared_ptr<platform::
     co_return true;
 
   // The user sees what is asked about.
-  const auto& first = windows[answers->objections.begin()->first];
+  const auto& first = pages[answers->objections.begin()->first].first;
   first->deminiaturize();
   first->makeKeyAndOrderFront();
+  askedAbout_ = first;
   const auto pressed = co_await panels_.runAlert(leaveAlert(), first);
   const bool leave = pressed == platform::Panels::firstButton + 1;
   for (auto& [position, objection] : answers->objections)

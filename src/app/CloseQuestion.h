@@ -1,14 +1,20 @@
 #pragma once
 
+#include "async/Future.h"
 #include "async/Task.h"
 
 #include <memory>
+#include <utility>
 #include <vector>
 
 namespace ondrel::platform {
 class Panels;
 class Window;
 } // namespace ondrel::platform
+
+namespace ondrel::web {
+class WindowViewModel;
+}
 
 namespace ondrel::app {
 
@@ -22,12 +28,25 @@ class CloseQuestion {
       : windows_(windows), panels_(panels) {}
 
   // Pages are asked at the same time, and no longer than platform::closeDeadline. A window without a page,
-  // or with a letter that is on its way, goes: the latter is waited for elsewhere.
+  // or with a letter that is on its way, goes: the latter is waited for elsewhere. A
+  // second wish waits until the first has its answer, and is reminded of what is asked.
   async::Task<bool> mayClose(std::vector<std::shared_ptr<platform::Window>> windows);
 
  private:
+  using Windows = std::vector<std::shared_ptr<platform::Window>>;
+  using Pages =
+      std::vector<std::pair<std::shared_ptr<platform::Window>, std::shared_ptr<web::WindowViewModel>>>;
+  struct Turn;
+
+  Pages pagesOf(const Windows& windows) const; // that have one to ask
+  async::Task<bool> ask(Pages pages);
+  void endTurn();
+
   const WindowManager& windows_;
   platform::Panels& panels_;
+  bool busy_ = false;
+  std::weak_ptr<platform::Window> askedAbout_; // the window that the open question is about
+  std::vector<async::Resolver<bool>> waiting_;
 };
 
 } // namespace ondrel::app

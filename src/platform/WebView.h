@@ -70,13 +70,14 @@ class WebView {
   virtual void goBack() = 0;
   virtual void goForward() = 0;
 
-  // Asks the page whether it may go. None when it may, or hasn't answered within the deadline. Closes nothing:
-  // that is the caller's, also after a reply of true. Dialogs that the page has open hold it up.
+  // Asks the page whether it may go. None when it may, or hasn't answered within the deadline. Closes
+  // nothing: that is the caller's, also after a reply of true. One at a time; open dialogs of the page hold
+  // it up.
   virtual async::Task<std::optional<LeaveReply>> tryClose(async::Duration deadline) = 0;
   // Ends the page's process, whatever it is doing; webProcessDidTerminate follows.
   virtual void terminateWebProcess() = 0;
-  // Whether the page's process answers. The engine looks when the user does something with the page, and takes
-  // some seconds.
+  // Whether the page's process answers. The engine looks when the user does something with the page, and
+  // takes some seconds.
   virtual bool isResponsive() const = 0;
 
   virtual std::optional<std::string> url() const = 0;

@@ -42,8 +42,9 @@ PageDialogView::PageDialogView(std::shared_ptr<const web::PageDialog> dialog)
 }
 
 GtkWidget* PageDialogView::card() {
-  auto* card = GTK_WIDGET(g_object_new(GTK_TYPE_BOX, "orientation", GTK_ORIENTATION_VERTICAL, "spacing", spacing,
-                                       "accessible-role", GTK_ACCESSIBLE_ROLE_ALERT_DIALOG, nullptr));
+  auto* card =
+      GTK_WIDGET(g_object_new(GTK_TYPE_BOX, "orientation", GTK_ORIENTATION_VERTICAL, "spacing", spacing,
+                              "accessible-role", GTK_ACCESSIBLE_ROLE_ALERT_DIALOG, nullptr));
   const auto heading = shownLine(dialog_->heading);
   gtk_accessible_update_property(GTK_ACCESSIBLE(card), GTK_ACCESSIBLE_PROPERTY_LABEL, heading.c_str(),
                                  GTK_ACCESSIBLE_PROPERTY_DESCRIPTION, dialog_->text.c_str(),

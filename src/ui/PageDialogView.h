@@ -13,8 +13,8 @@ struct PageDialog;
 
 namespace ondrel::ui {
 
-// Shows a dialog of a page as a card over that page, which is dimmed and out of reach. The rest of the window,
-// other tabs too, stays as it is.
+// Shows a dialog of a page as a card over that page, which is dimmed and out of reach. The rest of the
+// window, other tabs too, stays as it is.
 class PageDialogView {
  public:
   explicit PageDialogView(std::shared_ptr<const web::PageDialog> dialog);

@@ -66,7 +66,9 @@ void PageDialogs::prompt(const std::string& address, std::string text, std::stri
 
 void PageDialogs::leave(base::Reply<bool> reply) {
   if (mutes_ == 0)
-    show({.heading = std::string(leaveHeading), .text = std::string(leaveText), .buttons = {std::string(stayButton), std::string(leaveButton)}},
+    show({.heading = std::string(leaveHeading),
+          .text = std::string(leaveText),
+          .buttons = {std::string(stayButton), std::string(leaveButton)}},
          [reply = std::move(reply)](const PageDialogAnswer& answer) mutable {
            std::move(reply)(answer.button == 1);
          });
@@ -91,7 +93,8 @@ void PageDialogs::show(PageDialog dialog, Answered answered) {
     dialog.offersSilence = ++asked_ > 1;
   answered_ = std::move(answered);
   auto made = std::make_shared<PageDialog>(std::move(dialog));
-  made->answer = [weakSelf = std::weak_ptr(self_), asked = std::weak_ptr(made)](const PageDialogAnswer& answer) {
+  made->answer = [weakSelf = std::weak_ptr(self_),
+                  asked = std::weak_ptr(made)](const PageDialogAnswer& answer) {
     const auto self = weakSelf.lock();
     if (self && *(*self)->shown == asked.lock())
       (*self)->finish(answer);

@@ -15,7 +15,7 @@ namespace ondrel::web {
 
 struct PageDialogAnswer {
   std::size_t button = 0;
-  std::string text;    // of the field
+  std::string text;     // of the field
   bool silence = false; // the page shall not ask again
 };
 

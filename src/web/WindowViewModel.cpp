@@ -32,7 +32,8 @@ async::Task<void> evaluateQuietly(async::Task<platform::ScriptResult> evaluation
 
 async::Task<std::optional<platform::LeaveReply>> askToClose(std::shared_ptr<WindowViewModel> viewModel) {
   const auto webView = viewModel->liveWebView();
-  if (!webView)
+  // What hangs is not waited for again.
+  if (!webView || viewModel->pageProblem->kind == PageProblem::Kind::unresponsive)
     co_return std::nullopt;
   const auto quiet = viewModel->dialogs.mute();
   co_return co_await webView->tryClose(platform::closeDeadline);

@@ -86,6 +86,21 @@ TEST_F(CloseQuestionTest, QuittingAsksOnceForAll) {
   EXPECT_EQ(page(1)->closeQuestions, 2);
 }
 
+TEST_F(CloseQuestionTest, WishesAreAskedAboutInTurn) {
+  page(0)->keepsUser = true;
+  page(1)->hangs = true;
+  answer(false);
+  shell.application.all.at(1)->performClose();
+  shell.application.all.at(0)->performClose();
+  quitting->request();
+  shell.loop.advance(2900ms);
+  EXPECT_EQ(page(0)->closeQuestions, 0) << "a page that waits for one answer would miss the second question";
+  shell.loop.advance(20s);
+  EXPECT_EQ(windows(), 2U);
+  EXPECT_EQ(ends, 0);
+  EXPECT_EQ(shell.panels.alerts.size(), 2U);
+}
+
 TEST_F(CloseQuestionTest, AHungPageHoldsUpNoEndForLong) {
   page(1)->hangs = true;
   quitting->request();

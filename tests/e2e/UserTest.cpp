@@ -95,6 +95,29 @@ TEST_F(UserTest, AKilledWebProcessLeavesTheProgramAndCanBeReloaded) {
   EXPECT_EQ(quit(*program), 0);
 }
 
+TEST_F(UserTest, AnUnsentLetterIsAskedAboutBeforeItGoes) {
+  const auto program = start();
+  const auto main = signIn(*program);
+  ASSERT_NE(main, 0U);
+  press("c");
+  ASSERT_TRUE(eventually([&] { return title(main) == "New message"; }));
+  type("nadia@example.org");
+  const auto ask = [&](const std::string& keys, const std::string& answer) {
+    focus(main);
+    press(keys);
+    focus("Leave this page.*");
+    press(answer);
+  };
+  ask("ctrl+w", "Escape");
+  ask("ctrl+q", "Return"); // Stay is the default
+  EXPECT_TRUE(eventually([&] { return windows() == std::set<WindowId>{main}; }));
+  EXPECT_TRUE(program->isRunning());
+  EXPECT_EQ(title(main), "New message");
+  ask("ctrl+q", "Tab Return");
+  EXPECT_EQ(program->wait(20s), 0);
+  EXPECT_EQ(session()->windows.size(), 1U) << "what the end closes belongs to the session";
+}
+
 TEST_F(UserTest, ClosingTheLastWindowLeavesItRunningAndAStartReopensIt) {
   const auto program = start();
   ASSERT_TRUE(waitForPage(*program)) << program->output();

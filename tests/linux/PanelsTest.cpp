@@ -79,6 +79,17 @@ TEST_F(PanelsTest, AnswerWithTheButtonThatWasPressed) {
     EXPECT_TRUE(answered());
     EXPECT_EQ(answer, Panels::firstButton) << "who dismisses it doesn't agree";
 
+    task = scope.spawn(ask(panels,
+                           {.messageText = "Leave?",
+                            .informativeText = "",
+                            .buttons = {"Stay", "Leave"},
+                            .escapeButton = "Stay"},
+                           nullptr, answer));
+    ASSERT_TRUE(until([] { return openDialog() != nullptr; }));
+    gtk_window_close(GTK_WINDOW(openDialog()));
+    EXPECT_TRUE(answered());
+    EXPECT_EQ(answer, Panels::firstButton) << "nor who dismisses what names its own safe answer";
+
     open({"Cancel", "Remove All"}, a);
     a->close(); // takes its dialog with it
     EXPECT_TRUE(answered());

@@ -97,7 +97,8 @@ TEST_F(PageDialogsTest, CanBeEndedFromTheSecondOneOn) {
   press(0, "", true);
   for (int i = 0; i < PageDialogs::flood; ++i)
     ask();
-  EXPECT_EQ(model->pageProblem->kind, Kind::unresponsive) << "the engine takes a page that asks for a live one";
+  EXPECT_EQ(model->pageProblem->kind, Kind::unresponsive)
+      << "the engine takes a page that asks for a live one";
   view->currentUrl = "https://other.example/";
   engine().didCommit();
   ask();
@@ -108,7 +109,8 @@ TEST_F(PageDialogsTest, MakeWayForTheQuestionOfClosing) {
   engine().runConfirmPanel("Discard?", reply());
   view->keepsUser = true;
   std::optional<bool> kept;
-  const auto close = [](std::shared_ptr<WindowViewModel> tab, std::optional<bool>& result) -> async::Task<void> {
+  const auto close = [](std::shared_ptr<WindowViewModel> tab,
+                        std::optional<bool>& result) -> async::Task<void> {
     const auto objection = co_await tab->tryClose();
     result = objection.has_value();
   };

@@ -1,5 +1,5 @@
-// Pages that want their user asked before they go, and pages that hang. The engine asks for neither unless the
-// user has done something with the page, so the tests click on it.
+// Pages that want their user asked before they go, and pages that hang. The engine asks for neither unless
+// the user has done something with the page, so the tests click on it.
 #include "support/WebKitTest.h"
 
 #include <boost/json/serialize.hpp>
@@ -18,7 +18,8 @@ class ClosingTest : public WebKitTest {
   }
 
   void loadAndClick(const std::string& html) {
-    loadHtml("<body style='height: 100vh' onclick=\"window.webkit.messageHandlers.ondrel.postMessage('clicked')\">" +
+    loadHtml("<body style='height: 100vh' "
+             "onclick=\"window.webkit.messageHandlers.ondrel.postMessage('clicked')\">" +
              html);
     // There is no window manager: the window stands at the display's corner.
     ASSERT_EQ(std::system("xdotool mousemove 200 200 click 1"), 0);

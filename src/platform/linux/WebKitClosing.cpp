@@ -17,7 +17,7 @@ async::Task<std::optional<LeaveReply>> WebKitClosing::ask(async::Duration deadli
 
 async::Task<WebKitClosing::Objection> WebKitClosing::pageAnswer() {
   auto [resolver, future] = async::makeFuture<Objection>();
-  asker_.emplace(std::move(resolver)); // one that asked before hears that nothing will come
+  asker_.emplace(std::move(resolver));
   scope_.spawn(waitForPage());
   ++underWay_;
   webkit_web_view_try_close(view_);

@@ -39,7 +39,8 @@ class WebKitLoads {
   void finished();
   void failed(const WebError& error, bool provisional);
   void refusedByPolicy();
-  // The user is asked whether the present page may be left, and has answered: it takes none of the load's time.
+  // The user is asked whether the present page may be left, and has answered: it takes none of the load's
+  // time.
   void heldUp() { watchdog_.stop(); }
   void released(bool leave);
 
