@@ -145,16 +145,17 @@ void WindowManager::reopenClosedTab() {
   if (!closed)
     return;
   auto group = closed->group.lock();
-  const bool isWhole = closed->window.frame || (!(group && !group->windows().empty()) && !keyViewModel());
-  if (isWhole) {
+  if (group && group->windows().empty())
+    group = nullptr;
+  auto neighbour = keyViewModel() ? application_.keyWindow() : nullptr;
+  if (closed->window.frame || (!group && !neighbour)) {
     restoreWindow(closed->window);
     return;
   }
-  auto neighbour = application_.keyWindow();
   for (std::size_t i = 0; i < closed->window.tabs.size(); ++i) {
     const auto window = makeWindow(viewModelFor(closed->window.tabs[i]));
     window->setTabbingMode(TabbingMode::preferred);
-    if (group && !group->windows().empty())
+    if (group)
       insert(window, *group, closed->positions[i]);
     else
       neighbour->addTabbedWindow(window);
