@@ -49,6 +49,7 @@ GtkWidget* hostLabel() {
   auto* label = gtk_label_new(nullptr);
   gtk_widget_set_name(label, "host");
   gtk_widget_add_css_class(label, "page-host");
+  gtk_widget_set_valign(label, GTK_ALIGN_CENTER);
   gtk_label_set_single_line_mode(GTK_LABEL(label), TRUE);
   gtk_label_set_ellipsize(GTK_LABEL(label), PANGO_ELLIPSIZE_START);
   gtk_label_set_width_chars(GTK_LABEL(label), 12);

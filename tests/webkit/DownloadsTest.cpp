@@ -148,6 +148,28 @@ TEST_F(DownloadsTest, BlobThatAScriptHandsOverArrives) {
   }
 }
 
+// What the rules of a main frame stand on.
+TEST_F(DownloadsTest, BlobIsKnownAsAPageAFrameOrADownload) {
+  delegate_.onResponse = [](const NavigationResponse& response) {
+    return response.isMainFrame && !response.isHttp ? NavigationPolicy::cancel : NavigationPolicy::allow;
+  };
+  loadHtml("<iframe id=f></iframe><a id=a download=x.txt>x</a><script>"
+           "const blob = (type) => URL.createObjectURL(new Blob(['<p>blob'], {type}));"
+           "f.src = blob('text/html'); f.onload = () => { window.framed = true }</script>");
+  EXPECT_TRUE(waitFor([&] { return evaluateToText("window.framed") == "true"; }));
+  EXPECT_FALSE(delegate_.responses.back().isMainFrame);
+
+  evaluate("location.href = blob('text/html'); 0");
+  EXPECT_TRUE(
+      waitFor([&] { return delegate_.responses.back().isMainFrame && !delegate_.responses.back().isHttp; }));
+  runFor(100ms);
+  EXPECT_EQ(view().url(), server_.url("/page"));
+  EXPECT_EQ(evaluateToText("window.framed"), "true") << "the page must still be there";
+
+  evaluate("a.href = blob('text/plain'); a.click(); 0");
+  EXPECT_TRUE(waitFor([&] { return reply_.has_value(); }));
+}
+
 TEST_F(DownloadsTest, NothingIsWrittenWithoutAGoodAnswer) {
   const std::optional<std::string> answers[] = {std::nullopt, "relative", "", chosen_.string()};
   for (const auto& answer : answers) {
