@@ -76,11 +76,11 @@ TEST_F(RestoreTest, OnlyTheTabInFrontGetsAWebView) {
 }
 
 TEST_F(RestoreTest, OnlyPagesOfTheServiceKeepTheirState) {
-  auto foreign = tab("b", base::Bytes{2});
+  auto foreign = tab("b", at("b"));
   foreign.urlString = "https://elsewhere.example/";
-  startWith({{{{tab("a", base::Bytes{1}), foreign}, std::nullopt}}});
+  startWith({{{{tab("a", at("a")), foreign}, std::nullopt}}});
   EXPECT_EQ(saveNow().windows[0].tabs[1].interactionState, std::nullopt);
-  EXPECT_EQ(saveNow().windows[0].tabs[0].interactionState, base::Bytes{1});
+  EXPECT_EQ(saveNow().windows[0].tabs[0].interactionState, at("a"));
   model(0)->foreignHost.set("elsewhere.example");
   EXPECT_EQ(saveNow().windows[0].tabs[0].interactionState, std::nullopt)
       << "such a page is still shown while one of the service is on its way";

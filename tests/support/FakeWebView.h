@@ -139,12 +139,11 @@ class FakeWebView final : public platform::WebView {
   std::shared_ptr<std::vector<bool>> leaveAnswers =
       std::make_shared<std::vector<bool>>(); // to what the page asked before it goes
   bool keepsUser = false;                    // it has a beforeunload, and its user has done something
-  bool hangs = false;
+  bool hangs = false;                        // a loop without end, or a box of the engine's that holds it up
   int closeQuestions = 0;
   int terminations = 0;
   platform::PrintResult printResult = platform::PrintResult::done;
   bool acceptsState = true;
-  bool hangs = false; // a page that a box of the engine's holds up, or a loop without end
   bool back = false;
   bool forward = false;
   bool loading = false;
