@@ -42,6 +42,9 @@ class JMAPClient {
   virtual async::Task<Result<JMAPSessionData>> fetchSessionData() = 0;
   // Read anew from the signed-in page with each call.
   virtual async::Task<Result<std::string>> currentAccessToken() = 0;
+  // Whether nobody is signed in, as far as the page shows; within two seconds. For callers whose own caller
+  // would not wait as long as currentAccessToken() does.
+  virtual async::Task<bool> isSignInShown() = 0;
   // Posts a body to the session's apiUrl, up to five times. The first attempt goes with this token, each
   // further one with a fresh one.
   virtual async::Task<Result<JMAPReply>> send(JMAPSessionData session, std::string token,

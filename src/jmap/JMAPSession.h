@@ -57,6 +57,7 @@ class JMAPSession final : public JMAPClient {
 
   async::Task<Result<JMAPSessionData>> fetchSessionData() override;
   async::Task<Result<std::string>> currentAccessToken() override { return page_.currentAccessToken(); }
+  async::Task<bool> isSignInShown() override { return page_.isSignInShown(); }
   async::Task<Result<JMAPReply>> send(JMAPSessionData session, std::string token,
                                       boost::json::object body) override;
 

@@ -1,5 +1,6 @@
 #include "jmap/SignedInPage.h"
 
+#include "async/Deadline.h"
 #include "async/sleep.h"
 #include "platform/Deadlines.h"
 #include "platform/WebView.h"
@@ -12,6 +13,12 @@ namespace ondrel::jmap {
 namespace {
 
 constexpr std::string_view tokenExpression = "globalThis.FastMail?.auth?.accessToken ?? null";
+// By what sign-in pages have, whoever made them.
+constexpr std::string_view signInExpression =
+    "!globalThis.FastMail?.auth?.accessToken && (/\\/(log-?in|sign-?in)\\b/i.test(location.pathname) ||"
+    " document.querySelector('input[type=password], input[autocomplete~=username]') !== null)";
+constexpr std::chrono::milliseconds signInLook{500};
+constexpr std::chrono::milliseconds signInReload{900};
 constexpr std::chrono::milliseconds pollPause{500};
 constexpr int firstAttempts = 20;
 constexpr int attemptsAfterReload = 10;
@@ -78,14 +85,39 @@ async::Task<Result<std::string>> SignedInPage::currentAccessToken() {
     if (*token)
       co_return std::move(**token);
     if (attempts == firstAttempts) {
-      const auto now = async::EventLoop::current().now();
-      if (lastRecovery_ && now - *lastRecovery_ < recoveryPause)
+      if (!takeRecovery())
         break;
-      lastRecovery_ = now;
       isPageLoaded_ = false;
     }
   }
   co_return std::unexpected(JMAPError::notAuthenticated());
+}
+
+bool SignedInPage::takeRecovery() {
+  const auto now = async::EventLoop::current().now();
+  if (lastRecovery_ && now - *lastRecovery_ < recoveryPause)
+    return false;
+  lastRecovery_ = now;
+  return true;
+}
+
+async::Task<bool> SignedInPage::looksLikeSignIn() {
+  const auto webView = webView_;
+  const auto answer = co_await webView->evaluate(std::string(signInExpression), std::nullopt, signInLook);
+  co_return answer && answer->is_bool() && answer->get_bool();
+}
+
+async::Task<bool> SignedInPage::isSignInShown() {
+  if (!isPageLoaded_)
+    co_return signInWasShown_;
+  signInWasShown_ = co_await looksLikeSignIn();
+  if (!signInWasShown_ || !takeRecovery())
+    co_return signInWasShown_;
+  isPageLoaded_ = false;
+  const auto loaded = co_await async::withDeadline(signInReload, waitForPageLoad());
+  if (loaded && *loaded)
+    signInWasShown_ = co_await looksLikeSignIn();
+  co_return signInWasShown_;
 }
 
 void SignedInPage::decidePolicy(const platform::NavigationAction& action, platform::PolicyReply reply) {

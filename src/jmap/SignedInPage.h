@@ -46,6 +46,9 @@ class SignedInPage final : platform::PassiveWebViewDelegate {
   async::Task<Result<std::optional<std::string>>> pollAccessToken(int attempts);
   // Waits for the page and polls; without a token loads the page once more, unless that was done just before.
   async::Task<Result<std::string>> currentAccessToken();
+  // Whether the page asks for a sign-in instead of showing mail, so that waiting for a token leads nowhere.
+  // Answers within two seconds. The page isn't told of a sign-in elsewhere: it is loaded again now and then.
+  async::Task<bool> isSignInShown();
 
  private:
   void decidePolicy(const platform::NavigationAction& action, platform::PolicyReply reply) override;
@@ -54,6 +57,9 @@ class SignedInPage final : platform::PassiveWebViewDelegate {
   void didFail(const platform::WebError& error) override;
   void webProcessDidTerminate(bool crashed) override;
 
+  async::Task<bool> looksLikeSignIn();
+  // True once in a while.
+  bool takeRecovery();
   void failWaiters(const std::string& reason);
 
   settings::AppSettings& settings_;
@@ -61,6 +67,7 @@ class SignedInPage final : platform::PassiveWebViewDelegate {
   std::shared_ptr<platform::WebView> webView_;
   std::vector<async::Resolver<Result<void>>> readyContinuations_;
   bool isPageLoaded_ = false;
+  bool signInWasShown_ = false; // at the last look
   // A load that is never finished must not keep its waiters for ever.
   async::Timer loadDeadline_;
   // Where nobody asks again, as after a start without network, the page would never be loaded.

@@ -118,6 +118,25 @@ TEST_F(SignedInPageTest, WithoutATokenThePageIsLoadedOnceMoreButNotAgainAndAgain
   EXPECT_EQ(view->loads.size(), 3U) << "the user may sign in at any time";
 }
 
+TEST_F(SignedInPageTest, TellsSoonThatNobodyIsSignedIn) {
+  std::optional<bool> shown;
+  bool pageShows = true;
+  view->answer = [&](const std::string&) { return json::value(pageShows); };
+  const auto ask = [&] {
+    start(page->isSignInShown(), shown);
+    loop.advance(2s);
+    return shown;
+  };
+  EXPECT_EQ(ask(), false) << "nothing is known of a page that isn't there";
+  engine().didFinish();
+  EXPECT_EQ(ask(), true);
+  EXPECT_EQ(view->loads.size(), 2U) << "somebody may have signed in since, elsewhere";
+  EXPECT_EQ(ask(), true) << "as long as that load takes";
+  pageShows = false;
+  engine().didFinish();
+  EXPECT_EQ(ask(), false);
+}
+
 TEST_F(SignedInPageTest, APageThatHasFinishedStays) {
   engine().didFailProvisional(refused);
   engine().didFinish(); // of a load that the page began itself

@@ -57,6 +57,10 @@ class FakeJMAPClient final : public jmap::JMAPClient {
     co_await async::nextTurn();
     co_return token;
   }
+  async::Task<bool> isSignInShown() override {
+    co_await async::nextTurn();
+    co_return signInShown;
+  }
   async::Task<jmap::Result<jmap::JMAPReply>> send(jmap::JMAPSessionData, std::string usedToken,
                                                   boost::json::object body) override {
     auto& answers = next_.empty() ? byMethod_[firstMethod(body)] : next_;
@@ -78,6 +82,7 @@ class FakeJMAPClient final : public jmap::JMAPClient {
       .downloadUrl = "https://api.example.com/jmap/download/{accountId}/{blobId}/{name}",
       .primaryAccounts = {{std::string(jmap::mailCapability), "u123"}}};
   jmap::Result<std::string> token = "token";
+  bool signInShown = false;
   async::Duration delay{0}; // of each request
 
   std::vector<Sent> sent;
