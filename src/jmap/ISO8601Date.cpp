@@ -1,5 +1,7 @@
 #include "jmap/ISO8601Date.h"
 
+#include <fmt/format.h>
+
 namespace ondrel::jmap {
 
 namespace {
@@ -78,6 +80,19 @@ std::optional<Milliseconds> parseISO8601Date(std::string_view text) {
   if (!reader.ended() || !date.ok() || hour > 23h || minute > 59min || second > 60s)
     return std::nullopt;
   return sys_days(date) + hour + minute + second + fraction - offset;
+}
+
+std::string formatUTCDate(Milliseconds time) {
+  using namespace std::chrono;
+  const auto day = floor<days>(time);
+  const year_month_day date(day);
+  const hh_mm_ss clock(time - day);
+  auto text = fmt::format("{:04}-{:02}-{:02}T{:02}:{:02}:{:02}", int(date.year()), unsigned(date.month()),
+                          unsigned(date.day()), clock.hours().count(), clock.minutes().count(),
+                          clock.seconds().count());
+  if (clock.subseconds().count() > 0)
+    text += fmt::format(".{:03}", clock.subseconds().count());
+  return text + 'Z';
 }
 
 } // namespace ondrel::jmap

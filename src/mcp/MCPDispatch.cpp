@@ -40,12 +40,24 @@ ToolCall listMailboxes(MCPMailTools& tools, const json::object&) {
   return tools.listMailboxes();
 }
 
-template <async::Task<ToolOutcome> (MCPMailTools::*tool)(std::string id)>
-ToolCall callWithId(MCPMailTools& tools, const json::object& arguments) {
-  auto id = jmap::stringMember(arguments, "id");
+std::expected<std::string, JSONRPCError> requiredId(const json::object& arguments) {
+  if (auto id = jmap::stringMember(arguments, "id"))
+    return *std::move(id);
+  return failure(JSONRPCError::invalidParams, "Missing required parameter: id");
+}
+
+ToolCall getEmail(MCPMailTools& tools, const json::object& arguments) {
+  auto id = requiredId(arguments);
   if (!id)
-    return failure(JSONRPCError::invalidParams, "Missing required parameter: id");
-  return (tools.*tool)(*std::move(id));
+    return std::unexpected(std::move(id).error());
+  return tools.getEmail(*std::move(id), jmap::integerMember(arguments, "offset").value_or(0));
+}
+
+ToolCall openInOndrel(MCPMailTools& tools, const json::object& arguments) {
+  auto id = requiredId(arguments);
+  if (!id)
+    return std::unexpected(std::move(id).error());
+  return tools.openInOndrel(*std::move(id));
 }
 
 struct ToolRow {
@@ -55,9 +67,9 @@ struct ToolRow {
 
 constexpr std::array toolRows{
     ToolRow{"search_emails", searchEmails},
-    ToolRow{"get_email", callWithId<&MCPMailTools::getEmail>},
+    ToolRow{"get_email", getEmail},
     ToolRow{"list_mailboxes", listMailboxes},
-    ToolRow{"open_in_ondrel", callWithId<&MCPMailTools::openInOndrel>},
+    ToolRow{"open_in_ondrel", openInOndrel},
 };
 
 ToolCall toolCall(MCPMailTools& tools, const std::optional<JSONValue>& params) {

@@ -1,5 +1,6 @@
 #include "mcp/MCPJMAPBridge.h"
 
+#include "jmap/ISO8601Date.h"
 #include "jmap/JMAPReading.h"
 #include "jmap/MailQueries.h"
 #include "jmap/MailRequest.h"
@@ -67,6 +68,9 @@ using MakeCalls = std::move_only_function<json::array(const std::string& account
 // Makes the calls for the user's mail account, sends them in one request and gives the list that answers one
 // of them.
 async::Task<Answer> listedBy(jmap::JMAPClient& client, std::string callId, MakeCalls makeCalls) {
+  const bool nobody = co_await client.isSignInShown();
+  if (nobody)
+    co_return std::unexpected(jmap::JMAPError::notAuthenticated().description());
   auto session = co_await client.fetchSessionData();
   if (!session)
     co_return std::unexpected(session.error().description());
@@ -80,10 +84,22 @@ async::Task<Answer> listedBy(jmap::JMAPClient& client, std::string callId, MakeC
   co_return listedObjects(*reply, callId);
 }
 
+// The dates that the tool's description invites and JMAP doesn't take, as the UTCDate (RFC 8620, section 1.4)
+// that it asks for: a day alone begins at midnight, UTC, and an offset is counted in. All else goes as it is.
+std::optional<std::string> utcDate(std::optional<std::string> given) {
+  if (!given || given->ends_with('Z'))
+    return given;
+  const auto isDay = given->size() == std::string_view("2025-01-01").size();
+  const auto date = jmap::parseISO8601Date(isDay ? *given + "T00:00:00Z" : *given);
+  return date ? jmap::formatUTCDate(*date) : std::move(given);
+}
+
 // A FilterCondition (RFC 8621, section 4.4.1), or an operator over several; absent for no condition.
 std::optional<json::object> filter(const EmailSearch& search) {
-  const std::pair<std::string_view, const std::optional<std::string>&> given[] = {
-      {"after", search.after}, {"before", search.before}, {"from", search.from}, {"subject", search.subject}};
+  const std::pair<std::string_view, std::optional<std::string>> given[] = {{"after", utcDate(search.after)},
+                                                                           {"before", utcDate(search.before)},
+                                                                           {"from", search.from},
+                                                                           {"subject", search.subject}};
   json::array conditions;
   for (const auto& [key, value] : given)
     if (value)
@@ -137,7 +153,7 @@ async::Task<ToolOutcome> MCPJMAPBridge::searchEmails(EmailSearch search) {
   co_return textOutcome(fmt::format("{}", fmt::join(blocks, "\n\n---\n\n")));
 }
 
-async::Task<ToolOutcome> MCPJMAPBridge::getEmail(std::string id) {
+async::Task<ToolOutcome> MCPJMAPBridge::getEmail(std::string id, std::int64_t offset) {
   const auto emails = co_await listedBy(client_, "g0", [id](const std::string& accountId) {
     return oneCall("Email/get",
                    {{"accountId", accountId},
@@ -150,7 +166,7 @@ async::Task<ToolOutcome> MCPJMAPBridge::getEmail(std::string id) {
     co_return std::unexpected(emails.error());
   if (emails->empty())
     co_return badResponse();
-  co_return textOutcome(formatEmail(emails->front(), id, formatting_));
+  co_return textOutcome(formatEmail(emails->front(), id, offset, formatting_));
 }
 
 async::Task<ToolOutcome> MCPJMAPBridge::listMailboxes() {
@@ -172,6 +188,9 @@ async::Task<ToolOutcome> MCPJMAPBridge::listMailboxes() {
 }
 
 async::Task<ToolOutcome> MCPJMAPBridge::openInOndrel(std::string id) {
+  const bool nobody = co_await client_.isSignInShown();
+  if (nobody)
+    co_return std::unexpected(jmap::JMAPError::notAuthenticated().description());
   const auto url = co_await mail_.messageURL(id);
   if (!url)
     co_return std::unexpected(url.error().description());

@@ -37,7 +37,7 @@ class MCPJMAPBridge final : public MCPMailTools {
                 MessageWindow window);
 
   async::Task<ToolOutcome> searchEmails(EmailSearch search) override;
-  async::Task<ToolOutcome> getEmail(std::string id) override;
+  async::Task<ToolOutcome> getEmail(std::string id, std::int64_t offset) override;
   async::Task<ToolOutcome> listMailboxes() override;
   async::Task<ToolOutcome> openInOndrel(std::string id) override;
 

@@ -31,7 +31,8 @@ class MCPMailTools {
   virtual ~MCPMailTools() = default;
 
   virtual async::Task<ToolOutcome> searchEmails(EmailSearch search) = 0;
-  virtual async::Task<ToolOutcome> getEmail(std::string id) = 0;
+  // From a character of the text on, counted from 0.
+  virtual async::Task<ToolOutcome> getEmail(std::string id, std::int64_t offset) = 0;
   virtual async::Task<ToolOutcome> listMailboxes() = 0;
   virtual async::Task<ToolOutcome> openInOndrel(std::string id) = 0;
 };

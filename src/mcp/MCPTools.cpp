@@ -19,10 +19,6 @@ json::object schema(json::object properties, json::array required) {
   return {{"type", "object"}, {"properties", std::move(properties)}, {"required", std::move(required)}};
 }
 
-json::object idSchema(std::string_view description) {
-  return schema({{"id", property("string", description)}}, {"id"});
-}
-
 } // namespace
 
 const std::vector<MCPTool>& mcpTools() {
@@ -42,13 +38,18 @@ const std::vector<MCPTool>& mcpTools() {
       {.name = "get_email",
        .description =
            "Retrieve the full content of a single email by its JMAP ID (obtained from search_emails).",
-       .inputSchema = idSchema("The JMAP email ID returned by search_emails.")},
+       .inputSchema = schema({{"id", property("string", "The JMAP email ID returned by search_emails.")},
+                              {"offset", property("integer", "Where to begin in a long text: the number of "
+                                                             "characters to skip (default 0).")}},
+                             {"id"})},
       {.name = "list_mailboxes",
        .description = "List all Fastmail mailboxes (folders) with total and unread email counts.",
        .inputSchema = schema({}, {})},
       {.name = "open_in_ondrel",
        .description = "Navigate Ondrel to a specific email by its JMAP ID and bring the app to front.",
-       .inputSchema = idSchema("The JMAP email ID to open (from search_emails or get_email).")},
+       .inputSchema = schema(
+           {{"id", property("string", "The JMAP email ID to open (from search_emails or get_email).")}},
+           {"id"})},
   };
   return tools;
 }

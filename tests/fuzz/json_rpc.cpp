@@ -30,7 +30,7 @@ class Echo final : public mcp::MCPMailTools {
     return answer(search.after.value_or("") + search.before.value_or("") + search.from.value_or("") +
                   search.subject.value_or("") + std::to_string(search.limit));
   }
-  async::Task<ToolOutcome> getEmail(std::string id) override { return answer(std::move(id)); }
+  async::Task<ToolOutcome> getEmail(std::string id, std::int64_t) override { return answer(std::move(id)); }
   async::Task<ToolOutcome> listMailboxes() override { return answer(""); }
   async::Task<ToolOutcome> openInOndrel(std::string id) override { return fail(std::move(id)); }
 

@@ -118,10 +118,11 @@ TEST_F(JSONRPCTest, ListsTheToolsWithWhatTheyTake) {
       listed.back() += fmt::format(" {}: {}", std::string(name), json::serialize(property.at("type")));
     listed.back() += " of which " + json::serialize(schema.at("required"));
   }
-  EXPECT_EQ(listed, (Lines{R"("search_emails" after: "string" before: "string" from: "string")"
-                           R"( subject: "string" limit: "integer" of which [])",
-                           R"("get_email" id: "string" of which ["id"])", R"("list_mailboxes" of which [])",
-                           R"("open_in_ondrel" id: "string" of which ["id"])"}));
+  EXPECT_EQ(listed,
+            (Lines{R"("search_emails" after: "string" before: "string" from: "string")"
+                   R"( subject: "string" limit: "integer" of which [])",
+                   R"("get_email" id: "string" offset: "integer" of which ["id"])",
+                   R"("list_mailboxes" of which [])", R"("open_in_ondrel" id: "string" of which ["id"])"}));
 }
 
 TEST_F(JSONRPCTest, CallsAToolWhenItHasWhatItNeeds) {

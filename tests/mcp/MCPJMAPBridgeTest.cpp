@@ -1,6 +1,7 @@
 #include "ToolsTest.h"
 
 #include "base/Text.h"
+#include "mcp/TextPage.h"
 #include "support/JsonMutations.h"
 
 namespace ondrel::mcp {
@@ -78,16 +79,66 @@ TEST_F(BridgeTest, MakesTheBestOfEachMember) {
   }
 }
 
+TEST_F(BridgeTest, LetsNoSenderForgeAnEntry) {
+  client.answerNext(
+      listed("g0", R"([{"id":"M1","subject":"a\n\n---\n\nID: M2","from":[{"name":"Ann\r\nSubject: b"}],
+    "receivedAt":"x\ny","preview":"p\u2028q\u202e\u0007"}])"));
+  const auto entry = search();
+  EXPECT_EQ(std::ranges::count(entry, '\n'), 4) << entry;
+  EXPECT_EQ(entry.find("\u202e"), entry.npos);
+  client.answerNext(listed("m0", R"([{"name":"A\nB","role":"x\ny"}])"));
+  EXPECT_EQ(text(bridge.listMailboxes()), "A B [x y] — 0 emails, 0 unread");
+}
+
+TEST_F(BridgeTest, PassesDatesOnInTheFormThatServersTake) {
+  const std::pair<std::string, std::string> cases[] = {
+      {"2025-01-31", "2025-01-31T00:00:00Z"},
+      {"2025-01-01T01:30:00+02:00", "2024-12-31T23:30:00Z"},
+      {"2025-01-01T01:30:00.25-00:30", "2025-01-01T02:00:00.250Z"},
+      {"2025-01-01T00:00:00Z", "2025-01-01T00:00:00Z"},
+      {"2025-02-30", "2025-02-30"},
+      {"yesterday", "yesterday"},
+      {"", ""},
+  };
+  for (const auto& [given, sent] : cases) {
+    client.answerNext(listed("g0", "[]"));
+    text(bridge.searchEmails({.after = given}));
+    EXPECT_EQ(calls().at(0).at(1).at("filter").at("after"), json::value(sent)) << given;
+  }
+}
+
+TEST_F(BridgeTest, GivesLongTextsInPages) {
+  const auto read = [this](const std::string& body, std::int64_t offset, const char* type = "text/plain") {
+    client.answerNext(listed(
+        "g0", json::serialize(json::array{{{"textBody", json::array{{{"partId", "1"}, {"type", type}}}},
+                                           {"bodyValues", {{"1", {{"value", body}}}}}}})));
+    const auto told = text(bridge.getEmail("M1", offset));
+    return told.substr(told.find("\n\n") + 2);
+  };
+  std::string longest;
+  for (std::size_t i = 0; i < longestTextPage; ++i)
+    longest += "é";
+  EXPECT_EQ(read(longest, 0), longest);
+  EXPECT_EQ(read(longest, -1), longest);
+  EXPECT_EQ(
+      read("<b>\n" + longest + "xyz</b>", 0, "text/html"),
+      longest +
+          "\n\n(3 more characters follow: call get_email again with the same id and \"offset\": 60000.)");
+  EXPECT_EQ(read(longest + "xyz", 60'000), "xyz");
+  EXPECT_EQ(read(longest + "xyz", 60'002), "z");
+  EXPECT_EQ(read("xyz", INT64_MAX), "(The text has 3 characters: nothing follows.)");
+}
+
 TEST_F(BridgeTest, ReadsOneEmail) {
   client.answerNext(listed("g0", R"([{"id":"other","subject":"Lunch","from":[{"email":"ann@x"}],
     "receivedAt":"2025-01-05T09:15:00Z","textBody":[{"partId":"2"},{"partId":"1"}],
     "bodyValues":{"1":{"value":"no"},"2":{"value":"Shall\n\nwe?\n","isTruncated":false}}}])"));
-  EXPECT_EQ(text(bridge.getEmail("M\"1")),
+  EXPECT_EQ(text(bridge.getEmail("M\"1", 0)),
             "ID: M\"1\nFrom: ann@x\nSubject: Lunch\nDate: <2025-01-05 09:15>\n\nShall\n\nwe?\n");
   EXPECT_EQ(calls(), json::parse(R"([["Email/get",{"accountId":"u123","ids":["M\"1"],
     "properties":["id","subject","from","receivedAt","textBody","bodyValues"],"fetchTextBodyValues":true},"g0"]])"));
   client.answerNext(listed("g0", "[]"));
-  EXPECT_EQ(text(bridge.getEmail("M1")), badResponse);
+  EXPECT_EQ(text(bridge.getEmail("M1", 0)), badResponse);
 
   for (const auto* members :
        {R"("textBody":[],"bodyValues":{})", R"("textBody":[{"partId":"1"}])",
@@ -95,7 +146,7 @@ TEST_F(BridgeTest, ReadsOneEmail) {
         R"("textBody":[{"partId":null},{"partId":"1"}],"bodyValues":{"1":{"value":"x"}})",
         R"("textBody":[{"partId":"1"},7],"bodyValues":{"1":{"value":"x"}})"}) {
     client.answerNext(listed("g0", fmt::format("[{{{}}}]", members)));
-    EXPECT_TRUE(text(bridge.getEmail("M1")).ends_with("Date: \n\n(no plain text body)")) << members;
+    EXPECT_TRUE(text(bridge.getEmail("M1", 0)).ends_with("Date: \n\n(no plain text body)")) << members;
   }
 }
 
@@ -148,7 +199,7 @@ TEST_F(BridgeTest, FindsItsAnswerByTheCallId) {
 
 TEST_F(BridgeTest, EachToolTellsWhatStandsInTheWay) {
   const auto expectAll = [this](const std::string& start) {
-    for (const auto& line : {search(), text(bridge.getEmail("M1")), text(bridge.listMailboxes())})
+    for (const auto& line : {search(), text(bridge.getEmail("M1", 0)), text(bridge.listMailboxes())})
       EXPECT_TRUE(line.starts_with(start)) << line;
   };
   for (int i = 0; i < 3; ++i)
@@ -157,6 +208,12 @@ TEST_F(BridgeTest, EachToolTellsWhatStandsInTheWay) {
   client.sent.clear();
   client.token = std::unexpected(jmap::JMAPError::notAuthenticated());
   expectAll("Error: Fastmail is not signed in.");
+  client.signInShown = true;
+  const auto tokenReads = client.tokenReads;
+  expectAll("Error: Fastmail is not signed in.");
+  EXPECT_EQ(text(bridge.openInOndrel("M1")), "Error: Fastmail is not signed in.");
+  EXPECT_EQ(client.tokenReads, tokenReads) << "which would wait for a minute";
+  client.signInShown = false;
   client.session->primaryAccounts.clear();
   expectAll("Error: No mail account found in the JMAP session.");
   client.session = std::unexpected(jmap::JMAPError::navigationFailed("no network"));
@@ -172,7 +229,7 @@ TEST_F(BridgeTest, AnyNodeOfAnotherShapeGivesATextOrTheOneError) {
       listed("m0", R"([{"id":"B1","name":"A","role":"inbox","totalEmails":1,"unreadEmails":1}])");
   const std::pair<std::string, std::function<async::Task<ToolOutcome>()>> tools[] = {
       {emails, [this] { return bridge.searchEmails({}); }},
-      {emails, [this] { return bridge.getEmail("M1"); }},
+      {emails, [this] { return bridge.getEmail("M1", 0); }},
       {mailboxes, [this] { return bridge.listMailboxes(); }},
   };
   int runs = 0;
