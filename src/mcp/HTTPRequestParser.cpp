@@ -67,9 +67,11 @@ std::optional<HTTPRequest> parseHTTPRequest(std::string_view bytes) {
   if (path.empty())
     return std::nullopt;
   const auto host = firstValue(head, "host:");
+  const auto origin = firstValue(head, "origin:");
   return HTTPRequest{.method = uppercasedAscii(method),
                      .path = std::string(path),
                      .host = host ? std::optional<std::string>(*host) : std::nullopt,
+                     .origin = origin ? std::optional<std::string>(*origin) : std::nullopt,
                      .body = std::string(bytes.substr(headLength + blankLine.size()))};
 }
 

@@ -12,13 +12,14 @@ struct HTTPRequest {
   std::string method; // in upper case
   std::string path;   // as it was sent
   std::optional<std::string> host;
-  std::string body; // everything behind the head, whatever Content-Length says
+  std::optional<std::string> origin; // of the web page whose request it is
+  std::string body;                  // everything behind the head, whatever Content-Length says
 
   bool operator==(const HTTPRequest&) const = default;
 };
 
 // Nothing when the bytes have no blank line, the head is not UTF-8, or its first line has not two words. Only
-// the first Host counts, and no other header counts at all.
+// the first Host and Origin count, and no other header counts at all.
 std::optional<HTTPRequest> parseHTTPRequest(std::string_view bytes);
 
 // Tells when a request that comes piece by piece is complete, and looks at no byte twice.

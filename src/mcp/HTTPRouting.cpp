@@ -19,6 +19,16 @@ bool isAdmittedHost(std::string_view value) {
   return name == "localhost" || name == "127.0.0.1";
 }
 
+// Browsers name the page that a request comes from; programs have no reason to.
+bool isAdmittedOrigin(std::string_view value) {
+  for (const std::string_view scheme : {"http://", "https://"})
+    if (value.starts_with(scheme)) {
+      const auto host = value.substr(scheme.size());
+      return isAdmittedHost(host) || host == "[::1]" || host.starts_with("[::1]:");
+    }
+  return false;
+}
+
 } // namespace
 
 bool isAdmittedPeer(std::string_view host) {
@@ -32,6 +42,8 @@ std::expected<std::string, HTTPResponse> rpcBody(std::optional<HTTPRequest> requ
     return plain(403, "Forbidden");
   if (request->method == "OPTIONS")
     return plain(204, "");
+  if (request->origin && !isAdmittedOrigin(*request->origin))
+    return plain(403, "Forbidden");
   if (request->method != "POST" || request->path != "/mcp")
     return plain(404, "Not Found");
   if (request->body.empty())

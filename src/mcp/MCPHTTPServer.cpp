@@ -46,6 +46,19 @@ async::Task<std::string> receiveRequest(platform::TcpConnection& connection) {
   co_return givenUp ? std::string() : std::move(buffer);
 }
 
+constexpr std::chrono::seconds goneCheckPause{1};
+
+// Gives the connection up when nobody is there any more to read the answer that is being worked on. A peer
+// that has only ended its side waits for it.
+async::Task<void> watchPeer(platform::TcpConnection& connection, OpenConnections& connections,
+                            std::uint64_t number) {
+  bool goesOn = co_await connection.peerEnds();
+  while (goesOn && connection.peer() != platform::TcpConnection::Peer::gone)
+    goesOn = co_await async::sleep(goneCheckPause);
+  if (goesOn)
+    connections.giveUp(number);
+}
+
 async::Task<bool> discardRest(platform::TcpConnection& connection) {
   while (true) {
     const auto bytes = co_await connection.receive();
@@ -82,12 +95,13 @@ async::Task<void> MCPHTTPServer::run(std::uint16_t port) {
     co_return;
   }
   logger_.info("MCP HTTP server ready on port {}", port);
+  isListening.set(true);
   while (true) {
     auto connection = co_await listener_->accept();
     if (!connection)
       co_return;
     // Before it takes a place: other machines can't push out programs of this one.
-    if (!isAdmittedPeer(connection->peerHost()))
+    if (!isAdmittedPeer(connection->peerHost()) || !isSameUser(*connection))
       continue;
     const bool room = co_await connections_.room();
     if (!room)
@@ -96,6 +110,14 @@ async::Task<void> MCPHTTPServer::run(std::uint16_t port) {
     const auto number = place.number();
     connections_.setTask(number, scope_.spawn(serve(std::move(place), std::move(connection))));
   }
+}
+
+// The mail is one user's, and others may be at work on this machine.
+bool MCPHTTPServer::isSameUser(const platform::TcpConnection& connection) {
+  const auto peer = connection.peer();
+  if (peer == platform::TcpConnection::Peer::unknown && !std::exchange(toldOfUnknownPeers_, true))
+    logger_.error("MCP: this machine doesn't tell whose connections are whose: none can be taken");
+  return peer == platform::TcpConnection::Peer::sameUser;
 }
 
 // A handler that fails is a fault of this program: its peer is told, and nobody else suffers from it.
@@ -125,7 +147,15 @@ async::Task<void> MCPHTTPServer::serve(OpenConnections::Place place,
   if (request.empty())
     co_return;
   place.setPhase(Phase::working);
-  auto answer = co_await answerTo(std::move(request));
+  std::string answer;
+  {
+    async::Scope watch;
+    watch.spawn(watchPeer(*connection, connections_, place.number()));
+    answer = co_await answerTo(std::move(request));
+  }
+  const bool givenUp = co_await async::cancelled();
+  if (givenUp)
+    co_return;
   place.beginSending(answer.size());
   const bool sent = co_await connection->send(std::move(answer));
   if (!sent)

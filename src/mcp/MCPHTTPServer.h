@@ -21,7 +21,8 @@ class TcpListener;
 namespace ondrel::mcp {
 
 // A small HTTP/1.1 server for one thing: JSON-RPC posted to /mcp by a program of this machine. One request a
-// connection. It listens on all interfaces and turns away each peer that isn't this machine. A peer may be as
+// connection. It listens on all interfaces and turns away each peer that isn't a program of
+// the same user on this machine. A peer may be as
 // slow as it likes; how many connections there are, and how much each can hold, is limited instead.
 class MCPHTTPServer final : public MCPServer {
  public:
@@ -44,6 +45,7 @@ class MCPHTTPServer final : public MCPServer {
 
  private:
   async::Task<void> run(std::uint16_t port);
+  bool isSameUser(const platform::TcpConnection& connection);
   async::Task<std::string> answerTo(std::string request);
   async::Task<HTTPResponse> answerToRPC(std::string body);
   async::Task<void> serve(OpenConnections::Place place, std::unique_ptr<platform::TcpConnection> connection);
@@ -51,6 +53,7 @@ class MCPHTTPServer final : public MCPServer {
   base::Logger logger_{"network"};
   std::unique_ptr<platform::TcpListener> listener_;
   RPCHandler handleRPC_;
+  bool toldOfUnknownPeers_ = false;
   OpenConnections connections_{mostWaiting, mostWorking, mostUnread};
   async::TaskHandle accepting_;
   async::Scope scope_;

@@ -30,6 +30,8 @@ class MCPServer {
   // Returns when no connection is left. For after stop().
   virtual async::Task<void> drained() = 0;
 
+  // The port is its own, and connections are taken.
+  base::Observable<bool> isListening{false};
   // Why it does not listen although start() went well, for people: the port is in use, say.
   base::Observable<std::optional<std::string>> failure;
 };

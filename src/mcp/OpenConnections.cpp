@@ -27,7 +27,10 @@ void OpenConnections::giveUpOne() {
 }
 
 void OpenConnections::giveUp(std::uint64_t number) {
-  auto task = entries_.at(number).task;
+  const auto found = entries_.find(number);
+  if (found == entries_.end())
+    return;
+  auto task = found->second.task;
   leave(number);
   task.cancel();
 }

@@ -38,6 +38,8 @@ class OpenConnections {
   Place enter();
   // What to cancel when the place is given up.
   void setTask(std::uint64_t number, async::TaskHandle task);
+  // Ends its task and frees its place at once.
+  void giveUp(std::uint64_t number);
   // Returns when no connection is left.
   async::Task<void> drained();
 
@@ -50,7 +52,6 @@ class OpenConnections {
 
   std::size_t countWorking() const;
   void giveUpOne();
-  void giveUp(std::uint64_t number);
   void giveUpUnreadBefore(std::uint64_t number);
   void leave(std::uint64_t number);
 

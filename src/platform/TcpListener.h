@@ -19,11 +19,17 @@ class TcpConnection {
   virtual ~TcpConnection() = default;
   // The peer's address: "127.0.0.1", "::1". That of an IPv4 peer is never written as one of IPv6.
   virtual const std::string& peerHost() const = 0;
+  // Whose the other end is, where that is a process of this machine; `gone` when no process has it any more.
+  enum class Peer { sameUser, otherUser, gone, unknown };
+  virtual Peer peer() const = 0;
   // Waits, without a limit of time, for 1 to largestChunk bytes. Empty when no more will come: the peer has
   // ended its side, the connection is broken or the task is cancelled.
   virtual async::Task<std::string> receive() = 0;
   // Hands all bytes to the network. False when the connection is broken or the task is cancelled.
   virtual async::Task<bool> send(std::string bytes) = 0;
+  // Waits until the peer has ended its side or the connection is broken, and reads nothing. False when the
+  // task is cancelled. Not beside receive() or send().
+  virtual async::Task<bool> peerEnds() = 0;
   // Tells the peer that nothing more comes; receiving goes on.
   virtual void endSending() = 0;
 };

@@ -68,8 +68,10 @@ class MCPHTTPServerSocketTest : public testing::Test {
   }
   async::Task<RPCAnswer> answer(std::string body) {
     bodies.push_back(body);
-    if (body == "hold")
-      co_await release.wait();
+    if (body == "hold") {
+      const bool released = co_await release.wait();
+      hasGivenUp = !released;
+    }
     co_return RPCAnswer(200, body == "large" ? large : "echo " + body);
   }
   SocketClient connect(const std::string& bytes = "", const std::string& address = "127.0.0.1") const {
@@ -117,6 +119,7 @@ class MCPHTTPServerSocketTest : public testing::Test {
   support::LogCapture log;
   std::vector<std::string> bodies;
   async::Signal release;
+  bool hasGivenUp = false;
   const std::uint16_t port = freePort();
   std::unique_ptr<MCPHTTPServer> server;
   async::Scope scope;
@@ -136,6 +139,21 @@ TEST_F(MCPHTTPServerSocketTest, AnswersLoopbackPeersAndTurnsOthersAway) {
   connect(post("{}"), "127.0.0.2").reset();
   EXPECT_EQ(exchange(post("after it")), answered("echo after it"));
   EXPECT_EQ(bodies, std::vector<std::string>{"after it"});
+}
+
+TEST_F(MCPHTTPServerSocketTest, TurnsOtherUsersAwayAndGivesUpForWhoHasGone) {
+  auto another = connect();
+  if (another.giveTo(65534)) {
+    another.send(post("{}"));
+    EXPECT_FALSE(answerTo(std::move(another)).contains("HTTP"));
+  }
+  {
+    const auto gone = connect(post("hold"));
+    EXPECT_TRUE(until([&] { return !bodies.empty(); }));
+    EXPECT_FALSE(hasGivenUp);
+  }
+  EXPECT_TRUE(until([&] { return hasGivenUp; }));
+  EXPECT_EQ(bodies, std::vector<std::string>{"hold"});
 }
 
 TEST_F(MCPHTTPServerSocketTest, AnswersPeersThatSendMoreThanItReads) {

@@ -89,6 +89,31 @@ TEST_F(MCPHTTPServerTest, TurnsOtherMachinesAwayWithoutAByte) {
   }
 }
 
+TEST_F(MCPHTTPServerTest, TurnsOtherUsersAwayWithoutAByte) {
+  using Peer = platform::TcpConnection::Peer;
+  for (const auto whose : {Peer::otherUser, Peer::gone, Peer::unknown}) {
+    const auto peer = port.connect();
+    peer->peer = whose;
+    peer->send(request);
+    loop.advance(1min);
+    EXPECT_TRUE(peer->closed);
+    EXPECT_EQ(peer->answer, "");
+  }
+  EXPECT_EQ(served, 0U);
+}
+
+TEST_F(MCPHTTPServerTest, GivesUpWorkThatNobodyWaitsFor) {
+  const auto gone = connect(MCPHTTPServer::mostWorking, request);
+  const auto halfOpen = connect(1, request);
+  halfOpen.front()->end();
+  for (const auto& peer : gone)
+    peer->go();
+  loop.advance(1s);
+  EXPECT_EQ(countClosed(gone), static_cast<long>(gone.size()));
+  loop.advance(20s);
+  EXPECT_TRUE(allAnswered(halfOpen)) << "it has only said that it sends no more";
+}
+
 TEST_F(MCPHTTPServerTest, WaitsForAPeerWithoutALimitAndLingersForALimitedTime) {
   const auto peer = port.connect();
   for (const char c : request) {

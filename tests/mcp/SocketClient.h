@@ -4,6 +4,7 @@
 
 #include <gio/gio.h>
 #include <sys/socket.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <array>
@@ -31,6 +32,10 @@ class SocketClient {
   std::uint16_t ownPort() const {
     const auto own = glib::adopt(g_socket_get_local_address(socket_.get(), nullptr));
     return g_inet_socket_address_get_port(G_INET_SOCKET_ADDRESS(own.get()));
+  }
+  // As if a process of that user had made it; only root may.
+  bool giveTo(uid_t user) const {
+    return fchown(g_socket_get_fd(socket_.get()), user, static_cast<gid_t>(-1)) == 0;
   }
   // How many bytes the system took.
   std::size_t send(std::string_view bytes) const {

@@ -22,7 +22,14 @@ struct FakeTcpPeer {
     arrived.send();
   }
 
+  // Its process ends, and with it both sides.
+  void go() {
+    peer = platform::TcpConnection::Peer::gone;
+    end();
+  }
+
   std::string host = "127.0.0.1";
+  platform::TcpConnection::Peer peer = platform::TcpConnection::Peer::sameUser;
   std::deque<std::string> toServer;
   bool ended = false;
   async::Signal arrived;
@@ -40,6 +47,15 @@ class FakeTcpConnection final : public platform::TcpConnection {
   ~FakeTcpConnection() override { peer_->closed = true; }
 
   const std::string& peerHost() const override { return peer_->host; }
+  Peer peer() const override { return peer_->peer; }
+  async::Task<bool> peerEnds() override {
+    while (!peer_->ended) {
+      const bool arrived = co_await peer_->arrived.wait();
+      if (!arrived)
+        co_return false;
+    }
+    co_return true;
+  }
   async::Task<std::string> receive() override {
     while (peer_->toServer.empty() && !peer_->ended) {
       const bool arrived = co_await peer_->arrived.wait();

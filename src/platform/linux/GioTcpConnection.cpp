@@ -1,5 +1,6 @@
 #include "platform/linux/GioTcpConnection.h"
 
+#include "platform/linux/SocketPeer.h"
 #include "platform/linux/SocketPoller.h"
 
 #include <sys/epoll.h>
@@ -64,6 +65,11 @@ async::Task<bool> sendTo(glib::Ref<GSocket> socket, std::shared_ptr<SocketPoller
   }
 }
 
+async::Task<bool> endOf(glib::Ref<GSocket> socket, std::shared_ptr<SocketPoller> poller) {
+  const bool ended = co_await poller->ready(g_socket_get_fd(socket.get()), EPOLLRDHUP);
+  co_return ended;
+}
+
 } // namespace
 
 GioTcpConnection::GioTcpConnection(glib::Ref<GSocket> socket, std::shared_ptr<SocketPoller> poller,
@@ -72,12 +78,20 @@ GioTcpConnection::GioTcpConnection(glib::Ref<GSocket> socket, std::shared_ptr<So
   g_socket_set_blocking(socket_.get(), FALSE);
 }
 
+TcpConnection::Peer GioTcpConnection::peer() const {
+  return peerOfSocket(g_socket_get_fd(socket_.get()));
+}
+
 async::Task<std::string> GioTcpConnection::receive() {
   return receiveFrom(socket_, poller_);
 }
 
 async::Task<bool> GioTcpConnection::send(std::string bytes) {
   return sendTo(socket_, poller_, std::move(bytes));
+}
+
+async::Task<bool> GioTcpConnection::peerEnds() {
+  return endOf(socket_, poller_);
 }
 
 void GioTcpConnection::endSending() {

@@ -19,8 +19,10 @@ class GioTcpConnection final : public TcpConnection {
   GioTcpConnection(glib::Ref<GSocket> socket, std::shared_ptr<SocketPoller> poller, std::string peerHost);
 
   const std::string& peerHost() const override { return peerHost_; }
+  Peer peer() const override;
   async::Task<std::string> receive() override;
   async::Task<bool> send(std::string bytes) override;
+  async::Task<bool> peerEnds() override;
   void endSending() override;
 
  private:

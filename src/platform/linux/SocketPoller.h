@@ -23,7 +23,8 @@ class SocketPoller : public std::enable_shared_from_this<SocketPoller> {
   SocketPoller(const SocketPoller&) = delete;
   SocketPoller& operator=(const SocketPoller&) = delete;
 
-  // Waits until the socket can be read (EPOLLIN) or written (EPOLLOUT), or is broken. False when the task is
+  // Waits until the socket can be read (EPOLLIN) or written (EPOLLOUT), its peer has ended
+  // (EPOLLRDHUP), or it is broken. False when the task is
   // cancelled or forget() was called. The caller keeps the descriptor open; one wait for each at a time.
   async::Task<bool> ready(int fd, std::uint32_t events);
   // Ends the wait for a descriptor that is about to be closed.
