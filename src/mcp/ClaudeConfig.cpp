@@ -20,6 +20,16 @@ ConfigValue entry(std::int64_t port) {
   return ConfigValue(std::move(members));
 }
 
+// Whatever else somebody has added to it.
+bool isEntry(ConfigValue& value, std::int64_t port) {
+  auto* members = value.object();
+  const auto holds = [&](const char* key, const std::string& text) {
+    const auto found = members->find(key);
+    return found != members->end() && found->second.isString(text);
+  };
+  return members && holds("type", "http") && holds("url", serverURL(port));
+}
+
 } // namespace
 
 std::string serverURL(std::int64_t port) {
@@ -73,6 +83,10 @@ std::expected<void, std::string> ClaudeConfig::registerServer(std::int64_t port)
   if (!file)
     return std::unexpected(std::move(file).error());
   auto& servers = file->config[serversKey];
+  // Then nothing is written, however the file is sorted and spaced.
+  if (auto* known = servers.object())
+    if (const auto found = known->find(entryName); found != known->end() && isEntry(found->second, port))
+      return {};
   if (!servers.object())
     servers = ConfigValue();
   servers.object()->insert_or_assign(entryName, entry(port));

@@ -1,6 +1,8 @@
 #include "mcp/ConfigValue.h"
 
+#include "base/Text.h"
 #include "mcp/ConfigReader.h"
+#include "mcp/LoneSurrogates.h"
 
 #include <boost/json/basic_parser_impl.hpp>
 #include <boost/json/serialize.hpp>
@@ -20,9 +22,13 @@ void startLine(std::string& text, std::size_t level) {
 
 } // namespace
 
-std::expected<ConfigValue, std::string> ConfigValue::parse(std::string_view text) {
+std::expected<ConfigValue, std::string> ConfigValue::parse(std::string_view given) {
+  if (!base::isValidUtf8(given))
+    return std::unexpected("it is not UTF-8");
+  const auto text = loneSurrogatesAsBytes(given);
   json::parse_options options;
   options.max_depth = deepest;
+  options.allow_invalid_utf8 = true; // those bytes
   json::basic_parser<ConfigReader> parser(options);
   boost::system::error_code failure;
   const auto read = parser.write_some(false, text.data(), text.size(), failure);
@@ -30,7 +36,7 @@ std::expected<ConfigValue, std::string> ConfigValue::parse(std::string_view text
     return std::unexpected("an object has two members of the same name");
   if (failure)
     return std::unexpected(failure.message());
-  if (text.find_first_not_of(" \t\r\n", read) != text.npos)
+  if (text.find_first_not_of(" \t\r\n", read) != std::string::npos)
     return std::unexpected("something follows the JSON");
   return std::move(parser.handler().result);
 }
@@ -38,7 +44,12 @@ std::expected<ConfigValue, std::string> ConfigValue::parse(std::string_view text
 std::string ConfigValue::text() const {
   std::string text;
   append(text, 0);
-  return text;
+  return loneSurrogatesAsEscapes(text);
+}
+
+bool ConfigValue::isString(std::string_view text) const {
+  const auto* string = std::get_if<std::string>(&value_);
+  return string && *string == text;
 }
 
 void ConfigValue::append(std::string& text, std::size_t level) const {

@@ -10,7 +10,8 @@
 namespace ondrel::mcp {
 
 // JSON of another program's, to be changed in one place and written again without losing anything else:
-// numbers keep their digits as they stand, whatever their size.
+// numbers keep their digits as they stand, whatever their size, and halves of surrogate pairs (which are no
+// characters, but may be escaped in JSON) stay what they are.
 class ConfigValue {
  public:
   using Array = std::vector<ConfigValue>;
@@ -33,6 +34,7 @@ class ConfigValue {
   std::string text() const;
 
   Object* object() { return std::get_if<Object>(&value_); }
+  bool isString(std::string_view text) const;
 
  private:
   void append(std::string& text, std::size_t level) const;

@@ -36,19 +36,22 @@ async::Task<void> MCPServerManager::restartOnce() {
   co_await stopServer();
   if (restartWanted_)
     co_return;
-  std::expected<void, std::string> told;
   const auto port = settings_.mcpServerPort();
   if (!settings_.get(settings::keys::mcpServerEnabled))
-    told = claudeConfig_.unregister();
+    configure(claudeConfig_.unregister());
   else if (port > std::numeric_limits<std::uint16_t>::max())
-    // Not for Claude Code either: nothing can ever be there.
     failToStart(port, invalidPortText(std::to_string(port)));
-  else if (dispatch_) {
-    told = claudeConfig_.registerServer(port);
+  else if (dispatch_)
     startServer(port);
+}
+
+void MCPServerManager::configure(const std::expected<void, std::string>& done) {
+  if (done) {
+    configurationProblem.set(std::nullopt);
+    return;
   }
-  if (!told)
-    logger_.notice("MCP: the configuration of Claude Code was not changed: {}", told.error());
+  logger_.notice("MCP: the configuration of Claude Code was not changed: {}", done.error());
+  configurationProblem.set(done.error());
 }
 
 async::Task<void> MCPServerManager::stopServer() {
@@ -56,7 +59,7 @@ async::Task<void> MCPServerManager::stopServer() {
   if (!server_)
     co_return;
   co_await server_->stop();
-  serverFailures_.reset();
+  serverChanges_.clear();
   scope_.spawn(serveToTheEnd(std::move(server_)));
   isRunning.set(false);
 }
@@ -73,15 +76,27 @@ void MCPServerManager::startServer(std::int64_t port) {
     return;
   }
   server_ = std::move(server);
-  serverFailures_ = server_->failure.observe([this] { problem.set(*server_->failure); });
-  problem.set(*server_->failure);
+  serverPort_ = port;
+  const auto changed = [this] { serverStateDidChange(); };
+  serverChanges_.push_back(server_->failure.observe(changed));
+  serverChanges_.push_back(server_->isListening.observe(changed));
   isRunning.set(true);
+  serverStateDidChange();
+}
+
+void MCPServerManager::serverStateDidChange() {
+  problem.set(*server_->failure);
+  if (*server_->failure)
+    configure(claudeConfig_.unregister());
+  else if (*server_->isListening)
+    configure(claudeConfig_.registerServer(serverPort_));
 }
 
 void MCPServerManager::failToStart(std::int64_t port, std::string reason) {
   logger_.error("MCP server failed to start on port {}: {}", port, reason);
   problem.set(std::move(reason));
   isRunning.set(false);
+  configure(claudeConfig_.unregister());
 }
 
 } // namespace ondrel::mcp

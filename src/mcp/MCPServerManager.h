@@ -12,6 +12,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace ondrel::settings {
 class AppSettings;
@@ -41,6 +42,8 @@ class MCPServerManager {
   base::Observable<bool> claudeCodeDetected{false};
   // Why nothing listens although the setting is on, for people.
   base::Observable<std::optional<std::string>> problem;
+  // Why Claude Code's configuration doesn't say what it should, for people.
+  base::Observable<std::optional<std::string>> configurationProblem;
 
  private:
   async::Task<void> restartUntilSettled();
@@ -49,6 +52,9 @@ class MCPServerManager {
   static async::Task<void> serveToTheEnd(std::unique_ptr<MCPServer> server);
   void startServer(std::int64_t port);
   void failToStart(std::int64_t port, std::string reason);
+  // Only where our server answers: another program on the port would be given the assistant's questions.
+  void serverStateDidChange();
+  void configure(const std::expected<void, std::string>& done);
 
   base::Logger logger_{"network"};
   settings::AppSettings& settings_;
@@ -57,7 +63,8 @@ class MCPServerManager {
   std::unique_ptr<MCPMailTools> tools_;
   std::optional<MCPDispatch> dispatch_;
   std::unique_ptr<MCPServer> server_;
-  base::Subscription serverFailures_;
+  std::int64_t serverPort_ = 0;
+  std::vector<base::Subscription> serverChanges_;
   bool restartWanted_ = false;
   async::TaskHandle restarting_;
   async::Scope scope_;

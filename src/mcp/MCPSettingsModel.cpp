@@ -8,6 +8,8 @@
 #include "platform/UserDefaults.h"
 #include "settings/AppSettings.h"
 
+#include <fmt/format.h>
+
 #include <limits>
 
 namespace ondrel::mcp {
@@ -24,7 +26,8 @@ MCPSettingsModel::MCPSettingsModel(settings::AppSettings& settings, MCPServerMan
         changed.emit();
       })),
       detections_(manager.claudeCodeDetected.observe([this] { changed.emit(); })),
-      problems_(manager.problem.observe([this] { changed.emit(); })) {
+      problems_(manager.problem.observe([this] { changed.emit(); })),
+      configurationProblems_(manager.configurationProblem.observe([this] { changed.emit(); })) {
 }
 
 bool MCPSettingsModel::showsNotFound() const {
@@ -65,7 +68,10 @@ void MCPSettingsModel::copySetupCommand() {
 }
 
 std::optional<std::string> MCPSettingsModel::problem() const {
-  return *manager_.problem;
+  if (*manager_.problem || !*manager_.configurationProblem)
+    return *manager_.problem;
+  return fmt::format("Claude Code's configuration was not changed ({}). The setup command does it by hand.",
+                     **manager_.configurationProblem);
 }
 
 const std::string& MCPSettingsModel::helpURL() const {

@@ -56,7 +56,7 @@ class MCPSettingsModel {
 
   std::string setupCommand() const;
   void copySetupCommand();
-  // Why nothing listens although the setting is on.
+  // Why nothing listens although the setting is on, or why Claude Code doesn't know of it.
   std::optional<std::string> problem() const;
   // Of the page that explains it all; empty where there is none.
   const std::string& helpURL() const;
@@ -71,6 +71,7 @@ class MCPSettingsModel {
   base::Subscription settingChanges_;
   base::Subscription detections_;
   base::Subscription problems_;
+  base::Subscription configurationProblems_;
 };
 
 } // namespace ondrel::mcp

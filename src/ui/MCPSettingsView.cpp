@@ -112,7 +112,7 @@ void MCPSettingsView::update() {
   gtk_widget_set_visible(GTK_WIDGET(enabledRow_), isFound);
   if (help_)
     gtk_widget_set_visible(help_, isFound);
-  gtk_widget_set_visible(GTK_WIDGET(problemRow_), isOn && problem);
+  gtk_widget_set_visible(GTK_WIDGET(problemRow_), isFound && problem);
   gtk_widget_set_visible(GTK_WIDGET(portRow_), isOn);
   gtk_widget_set_visible(command_.widget(), isOn);
 

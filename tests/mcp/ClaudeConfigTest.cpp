@@ -69,6 +69,20 @@ TEST_F(ClaudeConfigTest, KeepsTheDigitsOfNumbers) {
   }
 }
 
+TEST_F(ClaudeConfigTest, LeavesAnEntryThatIsRightAsItIs) {
+  for (const std::string old :
+       {R"({ "z":1, "mcpServers":{"ondrel":{"url":"http://localhost:7777/mcp","type":"http"}},"a":2})",
+        R"({"mcpServers":{"ondrel":{"type":"http","headers":{"X":"y"},"url":"http://localhost:7777/mcp"}}})"})
+    EXPECT_EQ(registered(old), old);
+  EXPECT_EQ(files.writes, 0);
+}
+
+TEST_F(ClaudeConfigTest, KeepsHalvesOfSurrogatePairs) {
+  const auto text = registered(R"({"\ud83d":"cut \ud83d","b":["\udE00x\ud83d","\\ud83d \ud83d\ude00"]})");
+  EXPECT_TRUE(text.contains("\"\\ud83d\": \"cut \\ud83d\"")) << text;
+  EXPECT_TRUE(text.contains("\"\\ude00x\\ud83d\",\n    \"\\\\ud83d 😀\"")) << text;
+}
+
 TEST_F(ClaudeConfigTest, TakesAnythingElseThanObjectsForEmptyOnes) {
   const auto fresh = "{\n  \"mcpServers\": {\n    " + entry + "\n  }\n}";
   for (const auto* old : {"{}", R"([{"mcpServers":{}}])", "7", "null", R"("x")", R"({"mcpServers":[]})",
@@ -88,7 +102,6 @@ TEST_F(ClaudeConfigTest, LeavesAloneWhatItCouldNotKeep) {
       "// comment\n{}",
       "\xEF\xBB\xBF{}",
       "{\"a\":\"\xC3\x28\"}",
-      R"({"a":"\ud800"})",
       R"({"a":NaN})",
       R"({"a":1,"a":2})",
       R"({"x":[{"mcpServers":{},"mcpServers":{}}]})",

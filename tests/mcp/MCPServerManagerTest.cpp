@@ -1,5 +1,6 @@
 #include "ToolsTest.h"
 
+#include "async/Timer.h"
 #include "mcp/MCPServerManager.h"
 #include "mcp/MCPSettingsModel.h"
 #include "support/LogCapture.h"
@@ -21,6 +22,7 @@ struct Servers {
   MCPServer* newest = nullptr;
   RPCHandler handler;
   std::expected<void, std::string> startResult;
+  bool portIsTaken = false;
 };
 
 class FakeServer final : public MCPServer {
@@ -31,6 +33,11 @@ class FakeServer final : public MCPServer {
   std::expected<void, std::string> start(std::uint16_t port) override {
     port_ = port;
     note("start");
+    // As the real one, which binds the port on a later turn.
+    if (servers_.startResult)
+      binding_ = async::Timer(1ms, [this] {
+        servers_.portIsTaken ? failure.set("address already in use") : isListening.set(true);
+      });
     return servers_.startResult;
   }
   async::Task<void> stop() override {
@@ -48,6 +55,7 @@ class FakeServer final : public MCPServer {
 
   Servers& servers_;
   int port_ = 0;
+  async::Timer binding_;
 };
 
 class ManagerTest : public ToolsTest {
@@ -127,7 +135,7 @@ TEST_F(ManagerTest, TakesThePortOfTheSettingsWhereItCanBe) {
     const auto text = fmt::format("Invalid MCP server port: {}. Choose a port between 1 and 65535.", port);
     EXPECT_EQ(*manager->problem, text);
     EXPECT_TRUE(log.lines().back().ends_with(fmt::format("failed to start on port {}: {}", port, text)));
-    EXPECT_TRUE(toldToClaudeCode(65535)) << "nothing new, as nothing can ever be there";
+    EXPECT_FALSE(config.contains("http")) << "nothing can ever be there";
   }
   EXPECT_EQ(events(), (Lines{"stop 65535", "stopped 65535", "drained 65535", "gone 65535"}));
 }
@@ -143,9 +151,12 @@ TEST_F(ManagerTest, TellsWhyNothingListens) {
   servers.startResult = {};
   restart();
   EXPECT_EQ(*manager->problem, std::nullopt);
-  servers.newest->failure.set("address already in use");
+  EXPECT_TRUE(toldToClaudeCode(7777));
+  servers.portIsTaken = true;
+  restart();
   EXPECT_EQ(*manager->problem, "address already in use");
   EXPECT_TRUE(*manager->isRunning) << "the start itself went well";
+  EXPECT_FALSE(config.contains("http")) << "whoever has the port would be taken for the server";
   set(false, 7777);
   restart();
   EXPECT_EQ(*manager->problem, std::nullopt);
@@ -203,6 +214,7 @@ TEST_F(ManagerTest, ServesThoughClaudeCodeCannotBeTold) {
     start();
     EXPECT_TRUE(*manager->isRunning);
     EXPECT_EQ(config, old);
+    EXPECT_TRUE(manager->configurationProblem->has_value());
     EXPECT_TRUE(log.anyStartsWith("notice network: MCP: the configuration of Claude Code was not changed: "));
     for (const auto& line : log.lines())
       EXPECT_FALSE(line.contains("private")) << "the log tells nothing of the content";
