@@ -53,7 +53,7 @@ std::unexpected<WebError> tooLarge() {
 }
 
 async::Task<HttpResult<HttpResponse>> fetch(SoupHttpClient::Sessions sessions, HttpRequest request,
-                                            std::size_t largest) {
+                                            std::size_t largest, std::shared_ptr<MemoryReturn> memory) {
   const auto limit = request.timeout;
   const auto started = co_await follow(std::move(sessions), std::move(request), Transfer::Encoding::decoded);
   if (!started)
@@ -66,8 +66,10 @@ async::Task<HttpResult<HttpResponse>> fetch(SoupHttpClient::Sessions sessions, H
     const auto bytes = co_await Transfer::read(transfer, limit);
     if (!bytes)
       co_return std::unexpected(bytes.error());
-    if (bytes->empty())
+    if (bytes->empty()) {
+      memory->note(response.body.size());
       co_return response;
+    }
     if (bytes->size() > largest - response.body.size())
       co_return tooLarge();
     response.body += *bytes;
@@ -112,7 +114,7 @@ SoupHttpClient::SoupHttpClient(const SoupHttpClientOptions& options)
 }
 
 async::Task<HttpResult<HttpResponse>> SoupHttpClient::send(HttpRequest request) {
-  return fetch(sessions_, std::move(request), largestBody_);
+  return fetch(sessions_, std::move(request), largestBody_, memory_);
 }
 
 async::Task<HttpResult<std::unique_ptr<HttpStream>>> SoupHttpClient::open(HttpRequest request) {

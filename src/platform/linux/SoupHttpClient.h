@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/HttpClient.h"
+#include "platform/linux/MemoryReturn.h"
 #include "platform/linux/glib/Ref.h"
 
 #include <libsoup/soup.h>
@@ -36,6 +37,7 @@ class SoupHttpClient final : public HttpClient {
  private:
   Sessions sessions_;
   std::size_t largestBody_;
+  std::shared_ptr<MemoryReturn> memory_ = std::make_shared<MemoryReturn>();
 };
 
 } // namespace ondrel::platform
