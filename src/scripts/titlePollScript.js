@@ -52,8 +52,8 @@
     }
   };
 
-  // Shown again as it was left: the program knows the page that was shown meanwhile, and takes one that comes for
-  // a new one.
+  // Shown again as it was left: the program knows the page that was shown meanwhile, and takes one that comes
+  // for a new one.
   window.addEventListener('pageshow', ({persisted}) => {
     lastWriting = 'false';
     if (persisted) {

@@ -9,6 +9,8 @@ class DemoServiceTest : public ScriptTest {
  protected:
   void SetUp() override {
     ScriptTest::SetUp();
+    // The application keeps its user at a letter.
+    delegate_.onBeforeUnload = [](platform::DoneReply reply) { std::move(reply)(true); };
     const auto listening = service_.listen(0, 0);
     ASSERT_TRUE(listening) << listening.error();
     Scripts scripts{injected("prelude.js")};

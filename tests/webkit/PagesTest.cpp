@@ -162,10 +162,6 @@ TEST_F(PagesTest, WebViewMayEndInAnyCall) {
     if (event.starts_with("fail"))
       url = "http://127.0.0.1:6/";
     view().load(url);
-    if (event == "create") {
-      ASSERT_TRUE(waitForEvent("finish"));
-      std::ignore = evaluate("window.open('/popup'); 0");
-    }
     ASSERT_TRUE(waitFor([&] { return !view_; }));
     runFor(100ms);
     delegate_.events.clear();

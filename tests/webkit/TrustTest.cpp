@@ -48,16 +48,15 @@ class TrustTest : public WebKitTest {
   }
 
   // A document that posts what acts, and says on the console when it has.
-  static std::string
-  acting(const std::string& name,
-         const std::string& types = "'compose', 'print', 'sendClicked', 'discardClicked'") {
+  std::string acting(const std::string& name,
+                     const std::string& types = "'compose', 'print', 'sendClicked', 'discardClicked'") {
     return fmt::format("<script>"
                        "const post = (message) => window.webkit.messageHandlers.ondrel.postMessage(message);"
                        "for (const type of [{1}])"
-                       "  post({{type, targetAddress: 'https://opened.example/{0}'}});"
+                       "  post({{type, targetAddress: '{2}/{0}'}});"
                        "post({{type: 'consoleLog', message: '{0} is done'}})"
                        "</script>",
-                       name, types);
+                       name, types, server_.origin(service));
   }
   bool waitForLine(const std::string& line) {
     return waitFor([&] { return log_.count(line) == 1; });
@@ -73,7 +72,10 @@ class TrustTest : public WebKitTest {
   support::FakeHttpClient http_;
   support::FakeFiles files_;
   web::MessageFiles messageFiles_{http_, files_, files_, notifications_};
-  web::PageScripts scripts_{[](std::string_view) { return std::nullopt; }};
+  // Of a page that has let go of its letter when it is asked.
+  web::PageScripts scripts_{[](std::string_view name) {
+    return name == "letterStateScript" ? std::optional<std::string>("'sent'") : std::nullopt;
+  }};
   std::unique_ptr<settings::AppSettings> settings_;
   std::unique_ptr<web::WebServices> services_;
   std::shared_ptr<support::FakeWindow> window_;
@@ -103,7 +105,7 @@ TEST_F(TrustTest, OnlyFramesOfTheServiceAct) {
   std::ignore = run(model_->evaluate("document.body.append(Object.assign(document.createElement('iframe'),"
                                      "  {src: '/own'})); 0"));
   ASSERT_TRUE(waitForLine("debug script: JS log: own is done"));
-  EXPECT_EQ(opened_, std::vector<std::string>{"https://opened.example/own"});
+  EXPECT_EQ(opened_, std::vector<std::string>{server_.url("/own", service)});
   EXPECT_TRUE(waitFor([&] { return window_->closed; }));
 }
 
