@@ -164,18 +164,17 @@ CommandGroup BrowserCommands::tools() {
 }
 
 CommandGroup BrowserCommands::general() {
-  return {
-      "General",
-      {{.title = "Show Toolbar",
-        .perform = inKeyTab(keyTab_, toggleToolbar),
-        .enabledWhen = whenKeyTab(keyTab_, [](const auto&) { return true; }),
-        .checkedWhen = whenKeyTab(keyTab_, [](const auto& tab) { return *tab.toolbarVisible; })},
-       {.title = "Settings…", .accelerators = {"<Control>comma"}, .perform = actions_.showSettings},
-       {.title = "Keyboard Shortcuts",
-        .accelerators = {"<Control>question"},
-        .perform = actions_.showShortcuts},
-       {.title = "About " + bundle_.displayName, .perform = actions_.showAbout},
-       {.title = "Quit", .accelerators = {"<Control>q"}, .perform = actions_.quit}}};
+  return {"General",
+          {{.title = "Show Toolbar",
+            .perform = inKeyTab(keyTab_, toggleToolbar),
+            .enabledWhen = whenKeyTab(keyTab_, [](const auto&) { return true; }),
+            .checkedWhen = whenKeyTab(keyTab_, [](const auto& tab) { return *tab.toolbarVisible; })},
+           {.title = "Settings…", .accelerators = {"<Control>comma"}, .perform = actions_.showSettings},
+           {.title = "Keyboard Shortcuts",
+            .accelerators = {"<Control>question"},
+            .perform = actions_.showShortcuts},
+           {.title = "About " + bundle_.displayName, .perform = actions_.showAbout},
+           {.title = "Quit", .accelerators = {"<Control>q"}, .perform = actions_.quit}}};
 }
 
 Condition BrowserCommands::whenHighlighted() const {
