@@ -16,10 +16,10 @@ class PageDialogsTest : public CoordinatorTest {
   }
 
   platform::DoneReply reply() {
-    return {[this](bool value) { answers.push_back(value ? "yes" : "no"); }, false};
+    return {[to = answers](bool value) { to->push_back(value ? "yes" : "no"); }, false};
   }
   platform::PromptReply promptReply() {
-    return {[this](const std::optional<std::string>& text) { answers.push_back(text.value_or("none")); },
+    return {[to = answers](const std::optional<std::string>& text) { to->push_back(text.value_or("none")); },
             std::nullopt};
   }
   std::shared_ptr<const PageDialog> dialog() { return *model->dialogs.shown; }
@@ -29,9 +29,10 @@ class PageDialogsTest : public CoordinatorTest {
     asked->answer({button, text, silence});
     asked->answer({button, text, silence}); // counts for nothing
   }
-  Calls taken() { return std::exchange(answers, {}); }
+  Calls taken() { return std::exchange(*answers, {}); }
 
-  Calls answers;
+  // Outlives the test: the tab answers what is open when it goes.
+  std::shared_ptr<Calls> answers = std::make_shared<Calls>();
 };
 
 TEST_F(PageDialogsTest, AnswerThePageAndNameWhoAsks) {
@@ -39,7 +40,7 @@ TEST_F(PageDialogsTest, AnswerThePageAndNameWhoAsks) {
   EXPECT_EQ(dialog()->heading, "app.example.com:8443 says");
   EXPECT_EQ(dialog()->text, "Told");
   EXPECT_EQ(dialog()->buttons, (Calls{"OK"}));
-  EXPECT_TRUE(answers.empty()) << "the page waits";
+  EXPECT_TRUE(answers->empty()) << "the page waits";
   press(0);
   EXPECT_EQ(taken(), (Calls{"yes"}));
   EXPECT_FALSE(dialog());
