@@ -5,7 +5,7 @@
 namespace ondrel::platform {
 
 namespace {
-constexpr std::int64_t recentTime = 5 * G_USEC_PER_SEC;
+constexpr std::int64_t recentTime = std::int64_t{5} * G_USEC_PER_SEC;
 }
 
 UserPresses::UserPresses(GtkWidget* widget) : last_(g_get_monotonic_time() - recentTime) {
