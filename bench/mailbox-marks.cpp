@@ -3,6 +3,7 @@
 #include "Bench.h"
 #include "EngineWindow.h"
 #include "app/BrowserContent.h"
+#include "app/ClosedTabs.h"
 #include "app/SessionStore.h"
 #include "app/WindowManager.h"
 #include "async/sleep.h"
@@ -68,7 +69,7 @@ class Tabs {
                                                          .notifications = notifications_,
                                                          .messageFiles = messageFiles_},
         stack_(GTK_STACK(gtk_stack_new())),
-        manager_(application_, settings_, sessionStore_, clipboard_, services_,
+        manager_(application_, settings_, sessionStore_, closedTabs_, clipboard_, services_,
                  [this](std::shared_ptr<web::WindowViewModel> model, std::shared_ptr<platform::Window>) {
                    return std::make_unique<Content>(std::move(model), services_, stack_);
                  }) {
@@ -136,6 +137,7 @@ class Tabs {
   const web::PageScripts scripts_{
       scripts::pageScriptSource(platform::resourceText, scripts::ConsoleRelay::unwanted)};
   app::SessionStore sessionStore_{files_, files_};
+  app::ClosedTabs closedTabs_{files_, files_};
   support::FakeHttpClient http_;
   web::MessageFiles messageFiles_{http_, files_, files_, notifications_};
   web::WebServices services_;
