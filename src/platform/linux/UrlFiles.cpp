@@ -1,5 +1,7 @@
 #include "platform/linux/UrlFiles.h"
 
+#include <initializer_list>
+
 namespace ondrel::platform {
 
 namespace {
