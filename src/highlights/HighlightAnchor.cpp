@@ -75,6 +75,8 @@ std::optional<HighlightAnchor> parsed(std::string_view text) {
       !read("suffix", anchor.suffix) || !occurrence || !occurrence->is_int64())
     return std::nullopt;
   anchor.occurrenceIndex = occurrence->get_int64();
+  if (const auto* quote = record->if_contains("quote"))
+    anchor.quote = HighlightQuote::decode(*quote);
   return anchor;
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "highlights/HighlightQuote.h"
+
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -14,10 +16,12 @@ struct HighlightAnchor {
   std::string prefix;
   std::string suffix;
   std::int64_t occurrenceIndex = 0;
+  std::optional<HighlightQuote> quote = std::nullopt; // where it differs from these texts
 
-  // All keys are required and of their type. The page cuts prefix and suffix at 32 code units, which may
-  // halve a character: the half, which UTF-8 has no form for, is left out. A half in `exact` could not be
-  // found again and makes the anchor none, as in the other fields.
+  // All keys but `quote` are required and of their type. The page cuts prefix and suffix at 32 code units,
+  // which may halve a character: the half, which UTF-8 has no form for, is left out. A half in `exact` could
+  // not be found again and makes the anchor none, as in the other fields. A quote of another form is left
+  // out.
   static std::optional<HighlightAnchor> decode(const std::string& json);
 };
 

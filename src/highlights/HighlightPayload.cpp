@@ -47,7 +47,7 @@ std::string encodedPayload(const std::vector<ExportedHighlight>& highlights) {
     if (&each != &highlights.front())
       text += ',';
     text.append(base::jsonText(json::object{{"messageId", json::string_view(each.messageId)},
-                                            {"highlight", each.highlight.encode()}}));
+                                            {"highlight", each.highlight.encodeWhole()}}));
   }
   text += ']';
   return base::base64Encoded({reinterpret_cast<const std::uint8_t*>(text.data()), text.size()});

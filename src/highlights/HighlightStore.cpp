@@ -86,7 +86,7 @@ const std::vector<PersistedHighlight>& HighlightStore::highlights(const std::str
 
 void HighlightStore::add(PersistedHighlight highlight, const std::string& messageId) {
   if (const auto encoded = encoded_.find(messageId); encoded != encoded_.end())
-    encoded->second.append(",").append(base::jsonText(highlight.encode()));
+    encoded->second.append(",").append(base::jsonText(highlight.encodeWhole()));
   byMessageId_[messageId].push_back(std::move(highlight));
   save();
   changed.emit();
@@ -140,7 +140,7 @@ std::string HighlightStore::encodedMap() {
     if (text.empty()) {
       text = base::jsonStringLiteral(messageId) + ":[";
       for (const auto& highlight : list)
-        text.append(&highlight == &list.front() ? "" : ",").append(base::jsonText(highlight.encode()));
+        text.append(&highlight == &list.front() ? "" : ",").append(base::jsonText(highlight.encodeWhole()));
     }
     length += text.size() + 2;
   }

@@ -1,9 +1,12 @@
 #include "highlights/PersistedHighlight.h"
 
+#include "highlights/HighlightAnchor.h"
+
 #include <boost/json/object.hpp>
 #include <boost/json/value.hpp>
 
 #include <cmath>
+#include <utility>
 
 namespace ondrel::highlights {
 
@@ -38,6 +41,17 @@ bool read(const json::object& record, std::string_view key, double& field) {
 
 } // namespace
 
+PersistedHighlight PersistedHighlight::from(HighlightAnchor anchor, std::string threadId, double createdAt) {
+  return {.id = std::move(anchor.id),
+          .threadId = std::move(threadId),
+          .exact = std::move(anchor.exact),
+          .prefix = std::move(anchor.prefix),
+          .suffix = std::move(anchor.suffix),
+          .occurrenceIndex = anchor.occurrenceIndex,
+          .createdAt = createdAt,
+          .quote = std::move(anchor.quote)};
+}
+
 json::object PersistedHighlight::encode() const {
   json::object record;
   record.reserve(7);
@@ -51,6 +65,13 @@ json::object PersistedHighlight::encode() const {
   return record;
 }
 
+json::object PersistedHighlight::encodeWhole() const {
+  auto record = encode();
+  if (quote)
+    record.emplace("quote", quote->encode());
+  return record;
+}
+
 std::optional<PersistedHighlight> PersistedHighlight::decode(const json::value& value) {
   const auto* record = value.if_object();
   PersistedHighlight highlight;
@@ -60,6 +81,8 @@ std::optional<PersistedHighlight> PersistedHighlight::decode(const json::value& 
       !read(*record, "occurrenceIndex", highlight.occurrenceIndex) ||
       !read(*record, "createdAt", highlight.createdAt))
     return std::nullopt;
+  if (const auto* quote = record->if_contains("quote"))
+    highlight.quote = HighlightQuote::decode(*quote);
   return highlight;
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "highlights/HighlightQuote.h"
+
 #include <boost/json/fwd.hpp>
 
 #include <cstdint>
@@ -7,6 +9,8 @@
 #include <string>
 
 namespace ondrel::highlights {
+
+struct HighlightAnchor;
 
 // One saved highlight. Two records with the same id are the same highlight.
 struct PersistedHighlight {
@@ -18,9 +22,16 @@ struct PersistedHighlight {
   std::int64_t occurrenceIndex = 0; // how often `exact` stands before this place, overlaps counted
   double createdAt = 0;             // seconds since 2001-01-01T00:00:00Z
 
-  // The seven keys in the order of the fields.
+  // For readers, where it differs from the texts by which pages find the place.
+  std::optional<HighlightQuote> quote = std::nullopt;
+
+  static PersistedHighlight from(HighlightAnchor anchor, std::string threadId, double createdAt);
+
+  // The seven keys without the quote, in the order of the fields: what pages get.
   boost::json::object encode() const;
-  // All seven keys are required and of their type.
+  // All of it: what is kept in files.
+  boost::json::object encodeWhole() const;
+  // The seven keys are required and of their type.
   static std::optional<PersistedHighlight> decode(const boost::json::value& value);
 
   bool operator==(const PersistedHighlight&) const = default;

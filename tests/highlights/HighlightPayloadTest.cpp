@@ -42,7 +42,8 @@ ExportedHighlight sample(std::string id) {
            .prefix = "[{\"",
            .suffix = "\\\\\"",
            .occurrenceIndex = 3,
-           .createdAt = 757382400.125}};
+           .createdAt = 757382400.125,
+           .quote = HighlightQuote{"a b", "c \"d\"", ""}}};
 }
 
 TEST(HighlightPayload, IsFoundAsTheExpressionTells) {

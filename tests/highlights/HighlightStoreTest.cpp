@@ -1,5 +1,7 @@
 #include "highlights/HighlightStore.h"
+
 #include "async/VirtualEventLoop.h"
+#include "highlights/HighlightAnchor.h"
 #include "support/FakeDesktop.h"
 #include "support/LogCapture.h"
 
@@ -52,6 +54,25 @@ TEST_F(HighlightStoreTest, KeepsItsFormat) {
   store->remove("h2", "m@x");
   EXPECT_EQ(file(), R"({"m@x":[)" + oneRecord + "]}");
   EXPECT_TRUE(support::LogCapture::lines().empty());
+}
+
+TEST_F(HighlightStoreTest, KeepsTheQuoteThatAPageSends) {
+  const auto decoded = [](std::string_view quote) {
+    return HighlightAnchor::decode(R"({"id":"h","exact":"onetwo","prefix":"\ud83d","suffix":"",)"
+                                   R"("occurrenceIndex":0,"quote":)" +
+                                   std::string(quote) + "}");
+  };
+  const auto quote = R"({"prefix":"a","exact":"one two","suffix":"\ud83d"})";
+  const auto made = PersistedHighlight::from(decoded(quote).value(), "T1", 1.5);
+  EXPECT_EQ(made,
+            (PersistedHighlight{"h", "T1", "onetwo", "", "", 0, 1.5, HighlightQuote{"a", "one two", ""}}));
+  open().add(made, "m@x");
+  EXPECT_TRUE(file().contains(R"("createdAt":1.5,"quote":{"prefix":"a","exact":"one two","suffix":""}}])"));
+  EXPECT_EQ(made.encode().size(), 7U) << "a page needs no quote";
+  EXPECT_EQ(open().highlights("m@x").front(), made);
+  for (const auto* other :
+       {"null", "[]", R"({"prefix":"","exact":"one two"})", R"({"prefix":"","exact":"","suffix":1})"})
+    EXPECT_FALSE(decoded(other).value().quote) << other;
 }
 
 TEST_F(HighlightStoreTest, ADamagedFileEmptiesTheStoreAndIsKeptBeforeTheFirstSave) {

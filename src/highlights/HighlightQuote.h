@@ -1,0 +1,24 @@
+#pragma once
+
+#include <boost/json/fwd.hpp>
+
+#include <optional>
+#include <string>
+
+namespace ondrel::highlights {
+
+// A highlight's text and what stands around it as people read them: the words of neighbouring blocks, which
+// stand side by side in a page's textContent, are parted by a blank.
+struct HighlightQuote {
+  std::string prefix;
+  std::string exact;
+  std::string suffix;
+
+  boost::json::object encode() const;
+  // Three strings; further members are passed over.
+  static std::optional<HighlightQuote> decode(const boost::json::value& value);
+
+  bool operator==(const HighlightQuote&) const = default;
+};
+
+} // namespace ondrel::highlights
