@@ -1,15 +1,14 @@
 #include "highlights/HighlightService.h"
 
 #include "app/WindowManager.h"
-#include "base/Json.h"
-#include "highlights/ContainerMessages.h"
 #include "highlights/HighlightAnchor.h"
 #include "highlights/HighlightStore.h"
 #include "platform/Panels.h"
+#include "web/ScriptMessageFields.h"
+#include "web/ScriptMessageRouter.h"
 #include "web/WindowViewModel.h"
 
 #include <boost/json/array.hpp>
-#include <boost/json/object.hpp>
 #include <boost/json/parse.hpp>
 #include <boost/json/value.hpp>
 
@@ -22,6 +21,8 @@ namespace ondrel::highlights {
 namespace {
 
 namespace json = boost::json;
+
+constexpr std::chrono::seconds timeToUndo{10};
 
 double secondsSince2001() {
   constexpr std::chrono::seconds from1970To2001{978307200};
@@ -41,163 +42,162 @@ std::optional<std::vector<std::string>> strings(const std::string& text) {
   return result;
 }
 
-// Absent when the container or its message is unknown.
-std::optional<std::string> messageIn(const web::WindowViewModel& tab, std::int64_t container) {
-  auto ids = containerMessageIds(tab);
-  return container >= 0 && std::cmp_less(container, ids.size()) ? ids[static_cast<std::size_t>(container)]
-                                                                : std::nullopt;
-}
-
 } // namespace
 
-HighlightService::HighlightService(app::WindowManager& windowManager, jmap::MailQueries& mail,
-                                   HighlightStore& store, settings::AppSettings& settings,
-                                   platform::Panels& panels)
+HighlightService::HighlightService(app::WindowManager& windowManager, web::ScriptMessageRouter& messages,
+                                   jmap::MailQueries& mail, HighlightStore& store,
+                                   settings::AppSettings& settings, platform::Panels& panels)
     : windowManager_(windowManager), mail_(mail), store_(store), settings_(settings), panels_(panels),
-      storeChanged_(store.changed.subscribe([this] { marks_.reset(); })) {
+      pages_(mail, store), storeChanged_(store.changed.subscribe([this] { marks_.reset(); })) {
+  takeMessages(messages);
 }
 
-void HighlightService::messageChanged(Tab tab, std::string internalId) {
-  scope_.spawn(handleMessageChanged(tab, std::move(internalId)));
+void HighlightService::takeMessages(web::ScriptMessageRouter& messages) {
+  using Received = web::ScriptMessageRouter::Received;
+  const auto take = [&](const char* type, std::function<void(const Received&)> handler) {
+    messages_.push_back(messages.add(type, web::Trust::serviceOnly, std::move(handler)));
+  };
+  // A message that lacks what it needs is ignored.
+  const auto takeAt = [&](const char* type, const char* field,
+                          void (HighlightService::*handle)(const Place&, const std::string&)) {
+    take(type, [this, field, handle](const Received& message) {
+      const auto* text = message.fields.find(field);
+      const auto container = message.fields.integer("containerIndex");
+      if (text && container)
+        (this->*handle)({.tab = message.tab,
+                         .frame = message.frame,
+                         .report = message.fields.integer("report").value_or(0),
+                         .container = *container},
+                        *text);
+    });
+  };
+  take("ondrelMessageChanged", [this](const Received& message) {
+    if (const auto* internalId = message.fields.find("internalId"))
+      pages_.messageChanged(message.tab, *internalId);
+  });
+  take("ondrelHighlightContainersChanged", [this](const Received& message) {
+    if (auto report = ContainerReport::from(message.fields))
+      pages_.containersChanged(message.tab, message.frame, *std::move(report));
+  });
+  take("ondrelHighlightHostReady",
+       [this](const Received& message) { pages_.hostReady(message.tab, message.frame); });
+  takeAt("ondrelHighlightCreate", "anchorJSON", &HighlightService::create);
+  takeAt("ondrelHighlightRemove", "highlightId", &HighlightService::remove);
+  takeAt("ondrelHighlightClearOrphaned", "idsJSON", &HighlightService::clearOrphaned);
+  take("ondrelMailboxMarkersReady",
+       [this](const Received& message) { scope_.spawn(pushMailboxMarks(message.tab)); });
 }
 
-void HighlightService::containersChanged(Tab tab, std::int64_t count,
-                                         std::optional<std::int64_t> focusedIndex) {
-  scope_.spawn(handleContainersChanged(tab, count, focusedIndex));
+HighlightService::Message HighlightService::messageAt(const HighlightPages::Shown& shown,
+                                                      std::int64_t container) {
+  if (!shown.conversation)
+    return {};
+  return {shown.conversation->threadId, shown.messageIn(container), shown.conversation->emails};
 }
 
-void HighlightService::hostReady(Tab tab, platform::FrameInfo frame) {
-  scope_.spawn(handleHostReady(tab, std::move(frame)));
+void HighlightService::withMessageAt(const Place& place, WithMessage use) {
+  const auto tab = place.tab.lock();
+  auto shown = tab ? pages_.shown(tab, place.frame, place.report) : std::nullopt;
+  if (!shown || shown->isSettled() || place.container < 0)
+    use(shown ? messageAt(*shown, place.container) : Message{});
+  else
+    scope_.spawn(waitForMessage(place, *std::move(shown), std::move(use)));
 }
 
-async::Task<void> HighlightService::handleMessageChanged(WeakTab weakTab, std::string internalId) {
-  auto tab = weakTab.lock();
-  if (!tab)
-    co_return;
-  tab->highlightCurrentInternalId = internalId;
-  const auto threadId = threadIdFromURL(*tab->urlString);
-  if (!threadId)
-    co_return;
-  const bool sameThread = tab->highlightCurrentThreadId == threadId;
-  const bool known =
-      std::ranges::count(tab->highlightThreadEmails, internalId, &jmap::ThreadEmailInfo::internalId) > 0;
-  if (sameThread && known) {
-    // Only the focus has moved.
-    const auto current = tab->highlightGeneration;
-    tab.reset();
-    co_await pushAnchors(weakTab, current);
-    co_return;
-  }
-  const auto generation = ++tab->highlightGeneration;
-  tab->highlightCurrentThreadId = threadId;
-  // An unknown message of the same thread has come since: the cached list lacks it too.
-  if (const auto cached = threadCache_.find(*threadId); !sameThread && cached != threadCache_.end()) {
-    tab->highlightThreadEmails = cached->second;
-    tab.reset();
-    co_await pushAnchors(weakTab, generation);
-    co_return;
-  }
-
-  tab.reset();
-  auto fetched = co_await mail_.threadEmails(*threadId);
-  if (!fetched) {
-    logger_.error("HighlightService: failed to resolve thread {}", *threadId);
-    co_return;
-  }
-  threadCache_[*threadId] = *fetched;
-  tab = weakTab.lock();
-  if (!tab || tab->highlightGeneration != generation)
-    co_return;
-  tab->highlightThreadEmails = std::move(*fetched);
-  tab.reset();
-  co_await pushAnchors(weakTab, generation);
+async::Task<void> HighlightService::waitForMessage(Place place, HighlightPages::Shown shown,
+                                                   WithMessage use) {
+  co_await pages_.settled(place.tab, shown);
+  use(messageAt(shown, place.container));
 }
 
-async::Task<void> HighlightService::handleContainersChanged(WeakTab weakTab, std::int64_t count,
-                                                            std::optional<std::int64_t> focusedIndex) {
-  auto tab = weakTab.lock();
-  if (!tab)
-    co_return;
-  tab->highlightContainerCount = count;
-  tab->highlightFocusedContainerIndex = focusedIndex;
-  const auto generation = tab->highlightGeneration;
-  tab.reset();
-  co_await pushAnchors(weakTab, generation);
-}
-
-async::Task<void> HighlightService::handleHostReady(WeakTab weakTab, platform::FrameInfo frame) {
-  auto tab = weakTab.lock();
-  if (!tab)
-    co_return;
-  tab->highlightContentFrame = std::move(frame);
-  const auto generation = tab->highlightGeneration;
-  tab.reset();
-  co_await pushAnchors(weakTab, generation);
-}
-
-async::Task<void> HighlightService::pushAnchors(WeakTab weakTab, std::int64_t generation) {
-  auto tab = weakTab.lock();
-  if (!tab || !tab->highlightContentFrame || tab->highlightGeneration != generation)
-    co_return;
-  json::array containers;
-  for (const auto& messageId : containerMessageIds(*tab)) {
-    json::array anchors;
-    if (messageId)
-      for (const auto& highlight : store_.highlights(*messageId))
-        anchors.push_back(highlight.encode());
-    containers.push_back(std::move(anchors));
-  }
-  auto call = "window.__ondrelApplyHighlights(" + base::jsonText(containers) + ")";
-  auto evaluation = tab->evaluate(std::move(call), tab->highlightContentFrame);
-  tab.reset();
-  // A page that couldn't take it gets the whole list again with its next report.
-  [[maybe_unused]] const auto ignored = co_await std::move(evaluation);
-}
-
-void HighlightService::create(Tab tab, std::string anchorJSON, std::int64_t containerIndex) {
-  const auto messageId = messageIn(*tab, containerIndex);
+void HighlightService::create(const Place& place, const std::string& anchorJSON) {
   auto anchor = HighlightAnchor::decode(anchorJSON);
-  if (!messageId || !tab->highlightCurrentThreadId || !anchor) {
-    logger_.error("HighlightService: failed to resolve container {} or decode anchor", containerIndex);
+  if (!anchor) {
+    logger_.error("HighlightService: failed to resolve container {} or decode anchor", place.container);
     return;
   }
-  store_.add({.id = std::move(anchor->id),
-              .threadId = *tab->highlightCurrentThreadId,
-              .exact = std::move(anchor->exact),
-              .prefix = std::move(anchor->prefix),
-              .suffix = std::move(anchor->suffix),
-              .occurrenceIndex = anchor->occurrenceIndex,
-              .createdAt = secondsSince2001()},
-             *messageId);
-  highlightsChanged(std::move(tab));
+  waiting_.insert(anchor->id);
+  withMessageAt(place, [this, place, anchor = *std::move(anchor),
+                        createdAt = secondsSince2001()](const Message& message) {
+    // Taken away again meanwhile?
+    if (waiting_.erase(anchor.id) > 0)
+      save(place, anchor, createdAt, message);
+  });
 }
 
-void HighlightService::remove(Tab tab, std::string highlightId, std::int64_t containerIndex) {
-  const auto messageId = messageIn(*tab, containerIndex);
-  if (!messageId) {
-    logger_.error("HighlightService: failed to resolve container {} for removal", containerIndex);
+void HighlightService::save(const Place& place, HighlightAnchor anchor, double createdAt,
+                            const Message& message) {
+  if (!message.id) {
+    notSaved(place, anchor);
     return;
   }
-  store_.remove(highlightId, *messageId);
-  highlightsChanged(std::move(tab));
+  store_.add(PersistedHighlight::from(std::move(anchor), message.threadId, createdAt), *message.id);
+  highlightsChanged(message.threadEmails);
 }
 
-void HighlightService::clearOrphaned(Tab tab, std::string idsJSON, std::int64_t containerIndex) {
-  const auto messageId = messageIn(*tab, containerIndex);
+// A mark that isn't saved doesn't stay, since it would be gone the next time.
+void HighlightService::notSaved(const Place& place, const HighlightAnchor& anchor) {
+  logger_.error("HighlightService: failed to resolve container {} or decode anchor", place.container);
+  const auto tab = place.tab.lock();
+  if (!tab)
+    return;
+  pages_.takeOff(tab, place.frame, {anchor.id});
+  tab->noticed.emit({.text = "The highlight was not saved: its message could not be found on the server."});
+}
+
+void HighlightService::remove(const Place& place, const std::string& id) {
+  if (waiting_.erase(id) > 0)
+    return;
+  withMessageAt(place, [this, place, id](const Message& message) {
+    if (message.id)
+      removeFrom(place, message, {id});
+    else
+      logger_.error("HighlightService: failed to resolve container {} for removal", place.container);
+  });
+}
+
+void HighlightService::clearOrphaned(const Place& place, const std::string& idsJSON) {
   const auto ids = strings(idsJSON);
-  if (!messageId || !ids) {
-    logger_.error("HighlightService: failed to resolve container {} for clearing orphaned highlights",
-                  containerIndex);
-    return;
-  }
-  for (const auto& id : *ids)
-    store_.remove(id, *messageId);
-  highlightsChanged(std::move(tab));
+  withMessageAt(place, [this, place, ids](const Message& message) {
+    if (message.id && ids)
+      removeFrom(place, message, *ids);
+    else
+      logger_.error("HighlightService: failed to resolve container {} for clearing orphaned highlights",
+                    place.container);
+  });
 }
 
-void HighlightService::highlightsChanged(Tab tab) {
+void HighlightService::removeFrom(const Place& place, const Message& message,
+                                  const std::vector<std::string>& ids) {
+  std::vector<PersistedHighlight> removed;
+  for (const auto& highlight : store_.highlights(*message.id))
+    if (std::ranges::find(ids, highlight.id) != ids.end())
+      removed.push_back(highlight);
+  for (const auto& id : ids)
+    store_.remove(id, *message.id);
+  highlightsChanged(message.threadEmails);
+  if (const auto tab = place.tab.lock(); tab && !removed.empty())
+    tab->noticed.emit({.text = removed.size() == 1 ? "Highlight removed" : "Highlights removed",
+                       .button = "Undo",
+                       .act = [this, place, message, removed] { bringBack(place, message, removed); },
+                       .time = timeToUndo});
+}
+
+void HighlightService::bringBack(const Place& place, const Message& message,
+                                 const std::vector<PersistedHighlight>& removed) {
+  for (const auto& highlight : removed) {
+    const auto& present = store_.highlights(*message.id);
+    if (std::ranges::find(present, highlight.id, &PersistedHighlight::id) == present.end())
+      store_.add(highlight, *message.id);
+  }
+  highlightsChanged(message.threadEmails);
+  if (const auto tab = place.tab.lock())
+    pages_.push(tab);
+}
+
+void HighlightService::highlightsChanged(Emails threadEmails) {
   scope_.spawn(pushMailboxMarksToAllWindows());
-  scope_.spawn(syncTagOfTab(std::move(tab)));
+  scope_.spawn(syncTag(std::move(threadEmails)));
 }
 
 async::Task<void> HighlightService::removeAllHighlights() {
@@ -212,6 +212,7 @@ async::Task<void> HighlightService::removeAllHighlights() {
     co_return;
   auto threadIds = store_.allThreadIds();
   store_.removeAll();
+  pages_.takeAllOff();
   co_await pushMailboxMarksToAllWindows();
   co_await syncAllTags(std::move(threadIds));
 }

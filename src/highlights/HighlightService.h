@@ -4,9 +4,12 @@
 #include "async/Task.h"
 #include "base/Event.h"
 #include "base/Log.h"
+#include "highlights/HighlightAnchor.h"
+#include "highlights/HighlightPages.h"
+#include "highlights/PersistedHighlight.h"
 #include "jmap/MailQueries.h"
-#include "web/HighlightReceiver.h"
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -27,28 +30,24 @@ namespace ondrel::settings {
 class AppSettings;
 }
 
+namespace ondrel::web {
+class ScriptMessageRouter;
+}
+
 namespace ondrel::highlights {
 
 class HighlightStore;
 
-// The program's half of highlighting: knows which message each container of a page shows, saves what the page
-// highlights, sends each page its highlights back, marks the highlighted threads in the mailbox lists and
-// labels them on the server. One for the process, main thread only.
-class HighlightService final : public web::HighlightReceiver {
+// The program's half of highlighting: saves what pages highlight in their messages, marks the highlighted
+// threads in the mailbox lists and labels them on the server. One for the process, main thread only.
+class HighlightService {
  public:
-  // All outlive it.
-  HighlightService(app::WindowManager& windowManager, jmap::MailQueries& mail, HighlightStore& store,
-                   settings::AppSettings& settings, platform::Panels& panels);
+  // All outlive it. It takes the messages of the pages' highlight scripts while it lives.
+  HighlightService(app::WindowManager& windowManager, web::ScriptMessageRouter& messages,
+                   jmap::MailQueries& mail, HighlightStore& store, settings::AppSettings& settings,
+                   platform::Panels& panels);
 
-  void messageChanged(Tab tab, std::string internalId) override;
-  void containersChanged(Tab tab, std::int64_t count, std::optional<std::int64_t> focusedIndex) override;
-  void hostReady(Tab tab, platform::FrameInfo frame) override;
-  void create(Tab tab, std::string anchorJSON, std::int64_t containerIndex) override;
-  void remove(Tab tab, std::string highlightId, std::int64_t containerIndex) override;
-  void clearOrphaned(Tab tab, std::string idsJSON, std::int64_t containerIndex) override;
-  void mailboxMarkersReady(Tab tab) override;
-
-  // Asks first. Marks that are on screen stay until their message is shown again.
+  // Asks first.
   async::Task<void> removeAllHighlights();
 
   // Sends all highlighted threads to every tab, in turn; ends without waiting for a page that hangs.
@@ -61,18 +60,42 @@ class HighlightService final : public web::HighlightReceiver {
   HighlightStore& store() { return store_; }
 
  private:
+  using Tab = HighlightPages::Tab;
+  using Emails = std::vector<jmap::ThreadEmailInfo>;
   // The work outlives no tab: it looks again after each suspension.
   using WeakTab = std::weak_ptr<web::WindowViewModel>;
 
-  async::Task<void> handleMessageChanged(WeakTab weakTab, std::string internalId);
-  async::Task<void> handleContainersChanged(WeakTab weakTab, std::int64_t count,
-                                            std::optional<std::int64_t> focusedIndex);
-  async::Task<void> handleHostReady(WeakTab weakTab, platform::FrameInfo frame);
-  // `generation` is that of the tab when its thread was known to be the right one.
-  async::Task<void> pushAnchors(WeakTab weakTab, std::int64_t generation);
+  // A container in a report of a frame, as a page names it.
+  struct Place {
+    WeakTab tab;
+    platform::FrameInfo frame;
+    std::int64_t report = 0; // its number; 0 for the last one
+    std::int64_t container = 0;
+  };
+  // The message there; without an id it isn't known and won't be.
+  struct Message {
+    std::string threadId;
+    std::optional<std::string> id;
+    Emails threadEmails;
+  };
+  static Message messageAt(const HighlightPages::Shown& shown, std::int64_t container);
+  using WithMessage = std::function<void(const Message& message)>;
 
-  // The saved highlights of the message in that tab have changed.
-  void highlightsChanged(Tab tab);
+  void takeMessages(web::ScriptMessageRouter& messages);
+  void create(const Place& place, const std::string& anchorJSON);
+  void remove(const Place& place, const std::string& id);
+  void clearOrphaned(const Place& place, const std::string& idsJSON);
+
+  // At once when it is known; otherwise when the server has answered, though the tab may have gone by then.
+  void withMessageAt(const Place& place, WithMessage use);
+  async::Task<void> waitForMessage(Place place, HighlightPages::Shown shown, WithMessage use);
+  void save(const Place& place, HighlightAnchor anchor, double createdAt, const Message& message);
+  void notSaved(const Place& place, const HighlightAnchor& anchor);
+  void removeFrom(const Place& place, const Message& message, const std::vector<std::string>& ids);
+  void bringBack(const Place& place, const Message& message, const std::vector<PersistedHighlight>& removed);
+
+  // The saved highlights of a message of that thread have changed.
+  void highlightsChanged(Emails threadEmails);
   // All highlighted threads, as pages and the log get them.
   struct Marks {
     std::size_t count = 0;
@@ -81,8 +104,7 @@ class HighlightService final : public web::HighlightReceiver {
   };
   const Marks& marks();
   async::Task<void> pushMailboxMarks(WeakTab weakTab);
-  async::Task<void> syncTagOfTab(Tab tab);
-  async::Task<void> syncTag(std::vector<jmap::ThreadEmailInfo> threadEmails);
+  async::Task<void> syncTag(Emails threadEmails);
   async::Task<std::optional<std::string>> resolveTagMailbox(std::string name);
 
   app::WindowManager& windowManager_;
@@ -91,10 +113,12 @@ class HighlightService final : public web::HighlightReceiver {
   settings::AppSettings& settings_;
   platform::Panels& panels_;
   const base::Logger logger_{"system"};
-  std::map<std::string, std::vector<jmap::ThreadEmailInfo>> threadCache_; // by thread id
-  std::optional<std::pair<std::string, std::string>> cachedTagMailbox_;   // name and id
-  std::optional<Marks> marks_;                                            // until the store changes
+  HighlightPages pages_;
+  std::set<std::string> waiting_; // ids of highlights that are on the page and not saved yet
+  std::optional<std::pair<std::string, std::string>> cachedTagMailbox_; // name and id
+  std::optional<Marks> marks_;                                          // until the store changes
   base::Subscription storeChanged_;
+  std::vector<base::Subscription> messages_;
   async::Scope scope_;
 };
 

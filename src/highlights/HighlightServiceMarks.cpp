@@ -31,10 +31,6 @@ std::string description(const platform::ScriptError& error) {
 
 } // namespace
 
-void HighlightService::mailboxMarkersReady(Tab tab) {
-  scope_.spawn(pushMailboxMarks(tab));
-}
-
 const HighlightService::Marks& HighlightService::marks() {
   if (!marks_) {
     const auto threadIds = store_.allThreadIds();
@@ -46,7 +42,7 @@ const HighlightService::Marks& HighlightService::marks() {
 
 async::Task<void> HighlightService::pushMailboxMarks(WeakTab weakTab) {
   auto tab = weakTab.lock();
-  if (!tab)
+  if (!tab || !tab->showsService())
     co_return;
   const auto pushed = marks();
   auto evaluation = tab->evaluate("window.__ondrelApplyMailboxHighlightMarks(" + pushed.json + ")");
@@ -66,13 +62,6 @@ async::Task<void> HighlightService::pushMailboxMarksToAllWindows() {
   co_await runInTurn(scope_, std::move(pushes), patience);
 }
 
-// Holds the tab until its first turn: a tab that closes right after a change has its thread labelled too.
-async::Task<void> HighlightService::syncTagOfTab(Tab tab) {
-  auto threadEmails = tab->highlightThreadEmails;
-  tab.reset();
-  co_await syncTag(std::move(threadEmails));
-}
-
 async::Task<void> HighlightService::syncTag(std::vector<jmap::ThreadEmailInfo> threadEmails) {
   if (!settings_.get(settings::keys::highlightTagEnabled)) {
     logger_.info("syncTag: skipped — feature disabled in Settings");
@@ -88,6 +77,8 @@ async::Task<void> HighlightService::syncTag(std::vector<jmap::ThreadEmailInfo> t
     logger_.error("syncTag: no mailbox/tag named '{}' found — has it been created in Fastmail?", name);
     co_return;
   }
+  // What has no Message-ID is labelled by nobody.
+  std::erase_if(threadEmails, [](const auto& email) { return email.messageId.empty(); });
   if (threadEmails.empty()) {
     logger_.info("syncTag: skipped — no resolved thread emails");
     co_return;

@@ -19,7 +19,7 @@ class AppSettings;
 namespace ondrel::jmap {
 
 // A message of a thread: the server's id, which changes mailboxes, and the value of its Message-ID header,
-// under which its highlights are kept.
+// under which its highlights are kept; empty for a message without one.
 struct ThreadEmailInfo {
   std::string internalId;
   std::string messageId;
@@ -57,7 +57,7 @@ class MailQueries {
   async::Task<Result<AttachmentPage>> fetchAttachments(std::int64_t position, std::int64_t limit);
 
   async::Task<Result<EmailInfo>> emailInfo(std::string emailId);
-  // In the thread's order; messages without a Message-ID are left out.
+  // In the thread's order.
   async::Task<Result<std::vector<ThreadEmailInfo>>> threadEmails(std::string threadId);
   // Adds emails to a mailbox or takes them out of it. Logs what fails.
   async::Task<void> setMailboxMembership(std::vector<std::string> emailIds, std::string mailboxId, bool add);

@@ -44,8 +44,8 @@ async::Task<Result<std::vector<ThreadEmailInfo>>> MailQueries::threadEmails(std:
   for (const auto* email : objects(*list)) {
     auto id = stringMember(*email, "id");
     auto messageId = firstStringMember(*email, "messageId");
-    if (id && messageId)
-      messageIds.insert_or_assign(*std::move(id), *std::move(messageId));
+    if (id)
+      messageIds.insert_or_assign(*std::move(id), std::move(messageId).value_or(""));
   }
   // The order of the thread, whatever the order of the list.
   std::vector<ThreadEmailInfo> result;

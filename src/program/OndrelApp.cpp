@@ -47,7 +47,8 @@ OndrelApp::OndrelApp(const PlatformAbilities& platform, settings::Site site, con
                     .openURL = [this](const std::string& url) { windowManager_.openURL(url); }}),
       emailLinkService_(platform.application, windowManager_, webServices_),
       highlightStore_(platform.directories, platform.files),
-      highlightService_(windowManager_, jmapSession_.mail(), highlightStore_, settings_, platform.panels),
+      highlightService_(windowManager_, webServices_.messages, jmapSession_.mail(), highlightStore_,
+                        settings_, platform.panels),
       highlightExport_({.store = highlightStore_,
                         .mail = jmapSession_.mail(),
                         .settings = settings_,
@@ -77,7 +78,6 @@ OndrelApp::OndrelApp(const PlatformAbilities& platform, settings::Site site, con
   platform.application.setCloseQuestion([this](std::vector<std::shared_ptr<platform::Window>> windows) {
     return closeQuestion_.mayClose(std::move(windows));
   });
-  webServices_.highlights = &highlightService_;
   if (platform.hasEnvironmentVariable(testVariable))
     return;
   mcpServerManager_.start(std::make_unique<mcp::MCPJMAPBridge>(
@@ -92,9 +92,7 @@ OndrelApp::OndrelApp(const PlatformAbilities& platform, settings::Site site, con
   }
 }
 
-// The tabs, which outlive the service, report to it until the end.
 OndrelApp::~OndrelApp() {
-  webServices_.highlights = nullptr;
   webServices_.application.setCloseQuestion(nullptr);
 }
 

@@ -16,13 +16,17 @@ PageNotices::PageNotices(GtkWidget* child) : overlay_(glib::share(adw_toast_over
 void PageNotices::show(const web::PageNotice& notice) {
   clicked_ = {};
   const glib::CString title(g_markup_escape_text(shownLine(notice.text).c_str(), -1));
-  // One that says the same stays, so that a page can't make the line flicker.
-  const bool isShown = toast_ && std::string_view(adw_toast_get_title(toast_.get())) == title.get();
+  // One that says the same stays, so that a page can't make the line flicker. What has a time of its own has
+  // all of it.
+  const bool isShown = toast_ && notice.time.count() == 0 &&
+                       std::string_view(adw_toast_get_title(toast_.get())) == title.get();
   if (!isShown) {
     if (const auto former = std::exchange(toast_, nullptr))
       adw_toast_dismiss(former.get());
     toast_ = glib::adopt(adw_toast_new(title.get()));
-    adw_toast_set_timeout(toast_.get(), notice.button.empty() ? secondsToRead : secondsToAct);
+    const auto usual = notice.button.empty() ? secondsToRead : secondsToAct;
+    const auto time = static_cast<guint>(notice.time.count());
+    adw_toast_set_timeout(toast_.get(), time > 0 ? time : usual);
     dismissed_ = glib::connect<void(AdwToast*)>(toast_.get(), "dismissed", [this](AdwToast* toast) {
       if (toast_.get() == toast)
         toast_ = nullptr;

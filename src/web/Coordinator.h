@@ -83,7 +83,6 @@ class Coordinator final : public platform::WebViewDelegate {
   void updatePageState();
   void failed(std::string_view label, const platform::WebError& error, bool provisional);
 
-  bool isTrusted(const Route& route, const Message& message) const;
   void forward(const Message& message);
   void titleChange(const ScriptMessageFields& fields, const Message& message);
   void mouseover(const ScriptMessageFields& fields, const Message& message);
@@ -96,13 +95,6 @@ class Coordinator final : public platform::WebViewDelegate {
   void writingChanged(const ScriptMessageFields& fields, const Message& message);
   void consoleLog(const ScriptMessageFields& fields, const Message& message);
   void filesAutoShare(const ScriptMessageFields& fields, const Message& message);
-  void messageChanged(const ScriptMessageFields& fields, const Message& message);
-  void containersChanged(const ScriptMessageFields& fields, const Message& message);
-  void highlightHostReady(const ScriptMessageFields& fields, const Message& message);
-  void highlightCreate(const ScriptMessageFields& fields, const Message& message);
-  void highlightRemove(const ScriptMessageFields& fields, const Message& message);
-  void highlightClearOrphaned(const ScriptMessageFields& fields, const Message& message);
-  void mailboxMarkersReady(const ScriptMessageFields& fields, const Message& message);
 
   async::Task<void> printWithPanel(std::weak_ptr<platform::WebView> webView);
   async::Task<void> answerOpenPanel(platform::OpenPanelParameters parameters, platform::FilesReply reply);

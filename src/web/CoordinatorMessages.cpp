@@ -14,10 +14,6 @@
 
 namespace ondrel::web {
 
-// Who may send a message: any frame of any page can call the handler, so those that act are reached from the
-// service's own origin only, and those that describe the page from its main frame too.
-enum class Trust { anyFrame, mainFrameOrService, serviceOnly };
-
 struct Coordinator::Route {
   std::string_view type;
   Trust trust;
@@ -35,13 +31,6 @@ const Coordinator::Route Coordinator::routes[] = {
     {"discardUndone", Trust::serviceOnly, &Coordinator::discardUndone},
     {"ondrelWritingChanged", Trust::serviceOnly, &Coordinator::writingChanged},
     {"consoleLog", Trust::anyFrame, &Coordinator::consoleLog},
-    {"ondrelMessageChanged", Trust::serviceOnly, &Coordinator::messageChanged},
-    {"ondrelHighlightContainersChanged", Trust::serviceOnly, &Coordinator::containersChanged},
-    {"ondrelHighlightHostReady", Trust::serviceOnly, &Coordinator::highlightHostReady},
-    {"ondrelHighlightCreate", Trust::serviceOnly, &Coordinator::highlightCreate},
-    {"ondrelHighlightRemove", Trust::serviceOnly, &Coordinator::highlightRemove},
-    {"ondrelHighlightClearOrphaned", Trust::serviceOnly, &Coordinator::highlightClearOrphaned},
-    {"ondrelMailboxMarkersReady", Trust::serviceOnly, &Coordinator::mailboxMarkersReady},
     {"ondrelFilesAutoShare", Trust::serviceOnly, &Coordinator::filesAutoShare},
 };
 
@@ -52,24 +41,20 @@ void Coordinator::didReceiveScriptMessage(const platform::ScriptMessage& message
   }
   const auto fields = ScriptMessageFields::from(message.body);
   const auto* type = fields ? fields->find("type") : nullptr;
-  const auto* route = type ? std::ranges::find(routes, *type, &Route::type) : std::end(routes);
-  if (route == std::end(routes)) {
+  const auto* own = type ? std::ranges::find(routes, *type, &Route::type) : std::end(routes);
+  const auto features = type ? services_.messages.find(*type) : nullptr;
+  if (own == std::end(routes) && !features) {
     forward(message);
     return;
   }
-  if (!isTrusted(*route, message)) {
-    scriptLogger_.debug("A message of type {} from a frame of {} was dropped", route->type,
-                        message.frame.origin);
+  if (!isTrusted(features ? features->trust : own->trust, message.frame, services_.settings)) {
+    scriptLogger_.debug("A message of type {} from a frame of {} was dropped", *type, message.frame.origin);
     return;
   }
-  (this->*route->handle)(*fields, message);
-}
-
-bool Coordinator::isTrusted(const Route& route, const Message& message) const {
-  if (route.trust == Trust::anyFrame ||
-      (route.trust == Trust::mainFrameOrService && message.frame.isMainFrame))
-    return true;
-  return services_.settings.isServiceOrigin(message.frame.origin);
+  if (!features)
+    (this->*own->handle)(*fields, message);
+  else if (const auto viewModel = viewModel_.lock())
+    features->handle({viewModel, *fields, message.frame});
 }
 
 void Coordinator::forward(const Message& message) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "web/ScriptMessageRouter.h"
+
 namespace ondrel::jmap {
 class NotificationManager;
 }
@@ -17,7 +19,6 @@ class AppSettings;
 
 namespace ondrel::web {
 
-class HighlightReceiver;
 class MessageFiles;
 class PageScripts;
 
@@ -31,8 +32,8 @@ struct WebServices {
   platform::Workspace& workspace;
   jmap::NotificationManager& notifications;
   MessageFiles& messageFiles;
-  // Filled while there is one; without it what pages report of highlights is dropped.
-  HighlightReceiver* highlights = nullptr;
+  // What features take of the pages' messages.
+  ScriptMessageRouter messages{};
 };
 
 } // namespace ondrel::web

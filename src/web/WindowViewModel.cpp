@@ -25,6 +25,11 @@ async::Task<platform::ScriptResult> evaluateIn(std::shared_ptr<platform::WebView
   co_return co_await webView->evaluate(std::move(source), std::move(frame), platform::evaluationDeadline);
 }
 
+async::Task<platform::ScriptResult> refuse() {
+  co_return std::unexpected(
+      platform::ScriptError{platform::ScriptError::Kind::exception, "the page is none of the service's"});
+}
+
 // A page that can't take it keeps what it has.
 async::Task<void> evaluateQuietly(async::Task<platform::ScriptResult> evaluation) {
   [[maybe_unused]] const auto ignored = co_await std::move(evaluation);
@@ -152,9 +157,19 @@ void WindowViewModel::tryAgain() {
   loadURL();
 }
 
+bool WindowViewModel::showsService() const {
+  const auto webView = liveWebView();
+  const auto url = webView ? webView->url() : std::nullopt;
+  // The address is that of a load that is under way.
+  return url && foreignHost->empty() && services_.settings.isServiceOrigin(*url);
+}
+
 async::Task<platform::ScriptResult> WindowViewModel::evaluate(std::string source,
                                                               std::optional<platform::FrameInfo> frame) {
-  return evaluateIn(liveWebView(), std::move(source), std::move(frame));
+  const auto webView = liveWebView();
+  if (webView && (!frame || frame->isMainFrame) && !showsService())
+    return refuse();
+  return evaluateIn(webView, std::move(source), std::move(frame));
 }
 
 async::Task<void> WindowViewModel::setComposeInWindow(bool composeInWindow) {

@@ -3,7 +3,6 @@
 #include "async/Task.h"
 #include "base/Base64.h"
 #include "base/Observable.h"
-#include "jmap/MailQueries.h"
 #include "platform/FrameInfo.h"
 #include "platform/WebView.h"
 #include "web/HangWatch.h"
@@ -76,15 +75,6 @@ class WindowViewModel : public std::enable_shared_from_this<WindowViewModel> {
   // Sees messages that no handler of the program's takes.
   std::function<void(const std::string& name, const boost::json::value& body)> onScriptMessage;
 
-  // What highlights::HighlightService knows of the conversation in view.
-  std::int64_t highlightGeneration = 0; // bumped whenever its thread changes
-  std::optional<std::string> highlightCurrentInternalId;
-  std::optional<std::string> highlightCurrentThreadId; // whose emails are known or being asked for
-  std::vector<jmap::ThreadEmailInfo> highlightThreadEmails;
-  std::int64_t highlightContainerCount = 0; // as the page says
-  std::optional<std::int64_t> highlightFocusedContainerIndex;
-  std::optional<platform::FrameInfo> highlightContentFrame; // which shows the messages
-
   OpenClosure openInNewWindow;
   OpenClosure openInNewTab;
 
@@ -118,7 +108,10 @@ class WindowViewModel : public std::enable_shared_from_this<WindowViewModel> {
   // that.
   async::Task<std::optional<platform::LeaveReply>> tryClose();
 
-  // In the main frame, or in the given one. null when there is no web view.
+  // Its page has come from the service.
+  bool showsService() const;
+  // In the main frame while that shows a page of the service, or in the given one. null when there is no web
+  // view.
   async::Task<platform::ScriptResult> evaluate(std::string source,
                                                std::optional<platform::FrameInfo> frame = {});
   async::Task<void> setComposeInWindow(bool composeInWindow);

@@ -1,6 +1,7 @@
 #include "HighlightWorld.h"
-#include "highlights/ContainerMessages.h"
+#include "highlights/ContainerReport.h"
 #include "highlights/HighlightAnchor.h"
+#include "highlights/MessageAddress.h"
 
 #include <limits>
 
@@ -13,49 +14,79 @@ using HighlightServiceTest = HighlightWorld;
 TEST_F(HighlightServiceTest, ContainersAreCountedFromTheOpenMessage) {
   constexpr auto least = std::numeric_limits<std::int64_t>::min();
   constexpr auto most = std::numeric_limits<std::int64_t>::max();
+  using Cards = std::vector<std::int64_t>;
   struct Case {
-    std::optional<std::string> open;
-    std::int64_t count;
-    std::optional<std::int64_t> focused;
+    std::string open;
+    ContainerReport report;
     std::string expected; // "-" for an unknown message
   };
-  const Case cases[] = {
-      {"3", 3, 1, "234"},   {"0", 1, {}, "0"},  {"3", 2, {}, "01"},  {"0", 7, 1, "-01234-"},
-      {"4", 3, 0, "4--"},   {"x", 2, 1, "01"},  {{}, 2, 1, "01"},    {"0", 7, 0, "01234--"},
-      {"0", 0, 0, ""},      {"0", -1, 0, ""},   {"0", least, 0, ""}, {"4", 2, least, "--"},
-      {"0", 2, most, "--"}, {"4", 2, -1, "--"}, {"0", 2, 5, "--"},   {"0", 2, -3, "34"},
+  const auto plain = [](std::int64_t count, std::optional<std::int64_t> focused) {
+    return ContainerReport{.count = count, .focusedIndex = focused};
   };
+  const auto cards = [](std::int64_t cardCount, Cards indexes, std::optional<std::int64_t> focused) {
+    return ContainerReport{.count = static_cast<std::int64_t>(indexes.size()),
+                           .focusedIndex = 0,
+                           .cardCount = cardCount,
+                           .cardIndexes = std::move(indexes),
+                           .focusedCard = focused};
+  };
+  const Case cases[] = {
+      {"3", plain(3, 1), "234"},
+      {"0", plain(1, {}), "0"},
+      {"3", plain(2, {}), "01"},
+      {"0", plain(7, 1), "-01234-"},
+      {"4", plain(3, 0), "4--"},
+      {"x", plain(2, 1), "01"},
+      {"", plain(2, 1), "01"},
+      {"0", plain(7, 0), "01234--"},
+      {"0", plain(0, 0), ""},
+      {"0", plain(-1, 0), ""},
+      {"0", plain(least, 0), ""},
+      {"4", plain(2, least), "--"},
+      {"0", plain(2, most), "--"},
+      {"4", plain(2, -1), "--"},
+      {"0", plain(2, 5), "--"},
+      {"0", plain(2, -3), "34"},
+      {"3", plain(1, {}), "3"}, // alone in view, it is the open one
+      // An earlier message that is opened while others stay folded.
+      {"4", cards(5, {1, 4}, 4), "14"},
+      {"2", cards(5, {0, 3}, 1), "03"},
+      {"4", cards(3, {0, 2}, 2), "24"},
+      {"2", cards(1, {0}, {}), "2"},
+      {"1", cards(7, {0, 6}, 1), "0-"},
+      {"1", cards(5, {-1, 1, 99}, 1), "-1-"},
+      {"0", cards(5, {-1, -1}, 0), "01"},
+      {"4", cards(2, {least, most}, 1), "--"},
+  };
+  std::vector<jmap::ThreadEmailInfo> thread;
   for (const auto* message : {"0", "1", "2", "3", "4"})
-    tab->highlightThreadEmails.push_back({message, message});
+    thread.push_back({message, message});
   for (const auto& each : cases) {
-    tab->highlightCurrentInternalId = each.open;
-    tab->highlightContainerCount = each.count;
-    tab->highlightFocusedContainerIndex = each.focused;
     std::string ids;
-    for (const auto& id : containerMessageIds(*tab))
+    for (const auto& id : containerMessageIds(each.report, thread, each.open))
       ids += id.value_or("-");
-    EXPECT_EQ(ids, each.expected);
+    EXPECT_EQ(ids, each.expected) << &each - cases;
   }
-  tab->highlightContainerCount = most;
-  EXPECT_LE(containerMessageIds(*tab).size(), 10'000U);
-  tab->highlightThreadEmails.clear();
-  EXPECT_TRUE(containerMessageIds(*tab).empty());
+  EXPECT_LE(containerMessageIds(plain(most, {}), thread, "0").size(), 10'000U);
+  thread[1].messageId.clear();
+  EXPECT_EQ(containerMessageIds(plain(2, {}), thread, "0")[1], std::nullopt) << "it has no Message-ID";
+  EXPECT_TRUE(containerMessageIds(plain(2, {}), {}, "0").empty());
 }
 
-TEST_F(HighlightServiceTest, ThreadIdOfAnAddress) {
-  const std::pair<std::string, std::optional<std::string>> cases[] = {
-      {"https://app.example.com/mail/Inbox/T1.M2.3?u=1", "T1"},
-      {"https://app.example.com/mail/Inbox/T1", "T1"},
-      {"https://app.example.com/mail/Inbox/T1.M2/", "T1"},
-      {"https://app.example.com/mail/Inbox/", "Inbox"},
+TEST_F(HighlightServiceTest, WhatAnAddressNames) {
+  const std::pair<std::string, std::optional<MessageAddress>> cases[] = {
+      {"https://app.example.com/mail/Inbox/T1.M2.3?u=1", {{"T1", "M2"}}},
+      {"https://app.example.com/mail/Inbox/T1", {{"T1", ""}}},
+      {"https://app.example.com/mail/Inbox/T1.M2/", {{"T1", "M2"}}},
+      {"https://app.example.com/mail/Inbox/", {{"Inbox", ""}}},
       {"https://app.example.com/mail/.M2", {}},
       {"https://app.example.com/", {}},
       {"", {}},
       {"not an address", {}},
       {"https://app.example.com/mail/%FF.M2", {}},
-      {"https://app.example.com/mail/a%20b.c", "a b"}};
+      {"https://app.example.com/mail/a%20b.c", {{"a b", "c"}}}};
   for (const auto& [url, expected] : cases)
-    EXPECT_EQ(threadIdFromURL(url), expected) << url;
+    EXPECT_EQ(MessageAddress::of(url), expected) << url;
 }
 
 TEST_F(HighlightServiceTest, AnchorsNeedAllTheirKeys) {
@@ -103,15 +134,39 @@ TEST_F(HighlightServiceTest, EachReportIsAnsweredWithTheWholeList) {
   ASSERT_TRUE(page->evaluationFrames.back());
   EXPECT_EQ(page->evaluationFrames.back()->id, 7U);
 
-  postAlone({{"type", "ondrelHighlightHostReady"}}, 9);
-  post({{"type", "ondrelHighlightContainersChanged"}, {"count", "2"}, {"focusedIndex", "1"}});
-  EXPECT_EQ(sentAnchors(), R"([[],["h1","h2"]])");
-  EXPECT_EQ(page->evaluationFrames.back()->id, 9U);
   post({{"type", "ondrelHighlightContainersChanged"}, {"count", "3"}, {"focusedIndex", ""}});
   EXPECT_EQ(sentAnchors(), R"([[],["h1","h2"],["h3"]])");
-  EXPECT_FALSE(tab->highlightFocusedContainerIndex);
   post({{"type", "ondrelHighlightContainersChanged"}, {"count", "0"}});
   EXPECT_EQ(sentAnchors(), "[]") << "clears what the page has";
+}
+
+// An empty frame of the service's took the other's place.
+TEST_F(HighlightServiceTest, EachFrameAnswersForItself) {
+  showThread();
+  store.add({"h1", "T1", "words", "", "", 0, 1.5}, "a@x");
+  store.add({"h2", "T1", "words", "", "", 0, 1.5}, "c@x");
+  post({{"type", "ondrelHighlightContainersChanged"}, {"count", "0"}});
+  clear();
+  for (const std::uint64_t empty : {1, 8}) {
+    postAlone({{"type", "ondrelHighlightContainersChanged"}, {"count", "0"}, {"report", "1"}}, empty);
+    shell.settle();
+  }
+  EXPECT_EQ(sentAnchors(), "nothing");
+  // Each message in a frame of its own, and a second document in one of them.
+  showCards("1", "M2", "0", "3", 9);
+  shell.settle();
+  EXPECT_EQ(sentAnchors(), R"([["h1"]])");
+  showCards("1", "M2", "1", "3", 10);
+  showCards("1", "M2", "2", "3", 10);
+  shell.settle();
+  EXPECT_EQ(sentAnchors(), R"([["h2"]])");
+  EXPECT_EQ(page->evaluationFrames.back()->id, 10U);
+  EXPECT_TRUE(page->evaluations.back().ends_with(",1)")) << "names what it answers";
+  open("T1", "M3");
+  shell.settle();
+  EXPECT_EQ(page->evaluationFrames.at(page->evaluationFrames.size() - 2)->id, 9U) << "all of them";
+  postAlone({{"type", "ondrelHighlightCreate"}, {"anchorJSON", anchor("h3")}, {"containerIndex", "0"}}, 9);
+  EXPECT_EQ(ids("a@x"), (Lines{"h1", "h3"}));
 }
 
 TEST_F(HighlightServiceTest, TheListOfAThreadIsFetchedWhenItMustBe) {
@@ -119,80 +174,123 @@ TEST_F(HighlightServiceTest, TheListOfAThreadIsFetchedWhenItMustBe) {
   open("T1", "M3");
   shell.settle();
   EXPECT_TRUE(requests().empty()) << "only the focus has moved";
-  EXPECT_EQ(tab->highlightGeneration, 1);
   EXPECT_EQ(sentAnchors(), "[[],[],[]]");
 
   answerThread({"M1 a@x", "M2 b@x", "M3 c@x", "M4 d@x"});
   open("T1", "M4");
   shell.settle();
   EXPECT_EQ(requests(), (Lines{"Thread/get", "Email/get"})) << "a new message of the same thread";
-  EXPECT_EQ(tab->highlightThreadEmails.size(), 4U);
+  open("T1", "M1");
+  shell.settle();
+  clear();
 
-  client.failNext(jmap::JMAPError::badResponse());
   open("T2", "N1");
   shell.settle();
   EXPECT_EQ(shell.log.count("error system: HighlightService: failed to resolve thread T2"), 1);
-  EXPECT_EQ(tab->highlightThreadEmails.size(), 4U) << "the old list stays";
   answerThread({"N1 n@x"});
   open("T2", "N1");
   shell.settle();
-  EXPECT_EQ(tab->highlightThreadEmails, (std::vector<jmap::ThreadEmailInfo>{{"N1", "n@x"}})) << "asked again";
-
   clear();
+  open("T1", "M4");
+  shell.settle();
+  EXPECT_TRUE(requests().empty()) << "known from before";
+  open("T1", "M4");
+  shell.settle();
+  answerThread({"M5 e@x"});
   open("T1", "M5");
   shell.settle();
-  EXPECT_TRUE(requests().empty()) << "from another thread the cache does, though it lacks M5";
-  EXPECT_EQ(tab->highlightThreadEmails.size(), 4U);
-  EXPECT_NE(sentAnchors(), "nothing");
+  EXPECT_EQ(requests().size(), 2U) << "what is known lacks it";
 
-  answerThread({"M4 d@x"});
-  open("T3", "M4");
-  shell.settle();
-  EXPECT_EQ(tab->highlightThreadEmails.size(), 1U)
-      << "another thread, though the list of the last one has M4";
-
-  tab->urlString.set("");
-  post({{"type", "ondrelMessageChanged"}, {"internalId", "M6"}});
-  EXPECT_EQ(tab->highlightCurrentInternalId, "M6");
-  EXPECT_EQ(tab->highlightCurrentThreadId, "T3");
+  // The way to the server fails for a while.
+  clear();
+  store.add({"h1", "T3", "words", "", "", 0, 1.5}, "o@x");
+  for (int i = 0; i < 2; ++i)
+    client.failNext({jmap::JMAPError::Kind::transport, "down"});
+  answerThread({"O1 o@x"});
+  open("T3", "O1");
+  post({{"type", "ondrelHighlightContainersChanged"}, {"count", "1"}});
+  EXPECT_EQ(sentAnchors(), "nothing") << "nothing is known of it yet";
+  shell.loop.advance(60s);
+  EXPECT_EQ(sentAnchors(), R"([["h1"]])") << "it is asked again";
 }
 
-TEST_F(HighlightServiceTest, ALateListGoesIntoTheCacheOnly) {
-  // The first thread's list is asked for before the second one's and comes after it.
-  for (const std::string id : {"M1", "N1", "O1"})
-    client.answer("Thread/get",
-                  support::FakeJMAPClient::reply({R"({"list":[{"id":"T","emailIds":[")" + id + R"("]}]})"}));
-  for (const std::string id : {"N1", "M1"})
-    client.answer("Email/get", support::FakeJMAPClient::reply(
-                                   {R"({"list":[{"id":")" + id + R"(","messageId":["x@x"]}]})"}));
-  post({{"type", "ondrelHighlightHostReady"}});
-  client.delay = 10s;
-  open("T1", "M1");
-  shell.settle();
-  client.delay = 0s;
-  open("T2", "N1");
-  shell.settle();
-  EXPECT_EQ(tab->highlightThreadEmails.at(0).internalId, "N1");
+// A notification's address ends in the email's id, and the page completes it later.
+TEST_F(HighlightServiceTest, AnAddressMayNameTheEmailAlone) {
+  client.answer("Email/get", support::FakeJMAPClient::reply(
+                                 {R"({"list":[{"id":"M2","threadId":"T1","mailboxIds":{"B1":true}}]})"}));
+  client.answer("Mailbox/get", support::FakeJMAPClient::reply({R"({"list":[{"id":"B1","name":"Inbox"}]})"}));
+  client.answer("Thread/get",
+                support::FakeJMAPClient::reply({R"({"list":[{"id":"T1","emailIds":["M1","M2"]}]})"}));
+  client.answer("Email/get",
+                support::FakeJMAPClient::reply(
+                    {R"({"list":[{"id":"M1","messageId":["a@x"]},{"id":"M2","messageId":["b@x"]}]})"}));
+  tab->urlString.set("https://app.example.com/mail/Inbox/M2?u=1");
+  showCards("1", "M2", "1", "2");
+  create("h1", "0", "1");
+  EXPECT_EQ(store.highlights("b@x").at(0).threadId, "T1");
+  tab->urlString.set("https://app.example.com/mail/Inbox/T1.M2?u=1");
   clear();
-  shell.loop.advance(60s);
-  EXPECT_EQ(requests(), Lines{"Email/get"});
-  EXPECT_EQ(tab->highlightThreadEmails.at(0).internalId, "N1") << "the user has moved on";
-  EXPECT_EQ(sentAnchors(), "nothing");
-  clear();
-  open("T1", "M1");
-  shell.settle();
-  EXPECT_EQ(tab->highlightThreadEmails.at(0).internalId, "M1");
+  showCards("2", "M2", "0,1", "2");
+  create("h2", "0", "2");
+  EXPECT_EQ(ids("a@x"), Lines{"h2"});
   EXPECT_TRUE(requests().empty());
+}
 
-  // A tab that closes while its thread is under way.
-  client.delay = 10s;
-  open("T3", "O1");
+// Loopback answers before anybody can press a button: what was made in one conversation went to the one
+// before it.
+TEST_F(HighlightServiceTest, WhatIsMadeWhileTheServerIsAskedWaits) {
+  showThread();
+  std::vector<std::string> notices;
+  const auto noticed =
+      tab->noticed.subscribe([&](const web::PageNotice& notice) { notices.push_back(notice.text); });
+  client.delay = 1s;
+  client.answer("Thread/get",
+                support::FakeJMAPClient::reply({R"({"list":[{"id":"T2","emailIds":["N1","N2"]}]})"}));
+  client.fail("Thread/get", {jmap::JMAPError::Kind::transport, "down"});
+  client.answer("Email/get",
+                support::FakeJMAPClient::reply(
+                    {R"({"list":[{"id":"N1","messageId":["n@x"]},{"id":"N2","messageId":["o@x"]}]})"}));
+  tab->urlString.set("https://app.example.com/mail/Inbox/T2.N2?u=1");
+  showCards("1", "N2", "0,1", "2");
   shell.settle();
+  create("h1", "1", "1");
+  create("h2", "0", "1");
+  post({{"type", "ondrelHighlightRemove"}, {"highlightId", "h2"}, {"containerIndex", "0"}, {"report", "1"}});
+  // Meanwhile the user goes on.
+  tab->urlString.set("https://app.example.com/mail/Inbox/T3.O1?u=1");
+  showCards("2", "O1", "0", "1");
+  shell.settle();
+  create("h3", "0", "2");
+  create("h4", "1", "1");
+  EXPECT_TRUE(store.allHighlights().empty());
+  shell.loop.advance(3s);
+  EXPECT_EQ(ids("o@x"), (Lines{"h1", "h4"})) << "each in the message that it was made in";
+  EXPECT_EQ(store.highlights("o@x").at(0).threadId, "T2");
+  shell.loop.advance(10min);
+  EXPECT_EQ(store.allHighlights().size(), 2U);
+  EXPECT_EQ(page->evaluations.back(), R"(window.__ondrelRemoveHighlights(["h3"]))") << "doesn't stay unsaved";
+  EXPECT_EQ(notices.size(), 1U);
+
+  // Elements of a conversation that stay in view while the next one's address has come.
+  showCards("3", "N2", "0,1", "2");
+  tab->urlString.set("https://app.example.com/mail/Inbox/T1.M2?u=1");
+  post({{"type", "ondrelMessageChanged"}, {"internalId", "M2"}});
+  create("h5", "1", "1");
+  EXPECT_EQ(ids("o@x"), (Lines{"h1", "h4", "h5"}));
+  EXPECT_TRUE(ids("b@x").empty());
+}
+
+TEST_F(HighlightServiceTest, ATabMayCloseMeanwhile) {
+  client.delay = 10s;
+  answerThread({"O1 o@x"});
+  open("T3", "O1");
+  post({{"type", "ondrelHighlightContainersChanged"}, {"count", "1"}});
+  create("h1", "0");
   shell.application.last()->close();
   tab.reset();
   page.reset();
   shell.loop.advance(60s);
-  EXPECT_EQ(client.sent.size(), 2U);
+  EXPECT_EQ(ids("o@x"), Lines{"h1"});
 }
 
 TEST_F(HighlightServiceTest, WhatThePageMakesIsSaved) {
@@ -212,18 +310,15 @@ TEST_F(HighlightServiceTest, WhatThePageMakesIsSaved) {
   create("h2", "3");
   create("h2", "-1");
   post({{"type", "ondrelHighlightCreate"}, {"anchorJSON", "{}"}, {"containerIndex", "0"}});
-  tab->highlightCurrentThreadId.reset();
-  create("h2", "0");
-  tab->highlightCurrentThreadId = "T1";
-  tab->highlightThreadEmails.clear();
-  create("h2", "0");
+  postAlone({{"type", "ondrelHighlightCreate"}, {"anchorJSON", anchor("h2")}, {"containerIndex", "0"}}, 99);
+  shell.settle();
   Lines failures;
-  for (const auto* container : {"3", "-1", "0", "0", "0"})
+  for (const auto* container : {"3", "-1", "0", "0"})
     failures.push_back("error system: HighlightService: failed to resolve container " +
                        std::string(container) + " or decode anchor");
   EXPECT_EQ(lines(), failures);
   EXPECT_EQ(store.allHighlights().size(), 1U);
-  EXPECT_TRUE(page->evaluations.empty());
+  EXPECT_EQ(page->evaluations.size(), 3U) << "the marks are taken off again";
 }
 
 TEST_F(HighlightServiceTest, RemovesAndClears) {
@@ -253,9 +348,22 @@ TEST_F(HighlightServiceTest, RemovesAndClears) {
   EXPECT_EQ(ids("b@x").size(), 4U);
   EXPECT_TRUE(page->evaluations.empty());
 
+  std::vector<web::PageNotice> notices;
+  const auto noticed =
+      tab->noticed.subscribe([&](const web::PageNotice& notice) { notices.push_back(notice); });
   remove("1");
   EXPECT_EQ(ids("b@x"), (Lines{"h2", "h3", "h4"}));
   EXPECT_EQ(page->evaluations.size(), 1U);
+  ASSERT_EQ(notices.size(), 1U);
+  EXPECT_EQ(notices[0].time, 10s);
+  for (int i = 0; i < 2; ++i)
+    notices[0].act();
+  shell.settle();
+  EXPECT_EQ(ids("b@x"), (Lines{"h2", "h3", "h4", "h1"})) << "brought back";
+  EXPECT_EQ(sentAnchors(), R"([[],["h2","h3","h4","h1"],[]])");
+  remove("1");
+  clear();
+  page->evaluations.resize(1);
   clearOrphaned("[]", "1");
   EXPECT_EQ(page->evaluations.size(), 2U) << "nothing to remove, and told all the same";
   clearOrphaned(R"(["h2","unknown","h4"])", "1");
@@ -285,7 +393,6 @@ TEST_F(HighlightServiceTest, MessagesThatLackSomethingAreIgnored) {
     post(message);
   EXPECT_TRUE(lines().empty()) << lines().front();
   EXPECT_TRUE(page->evaluations.empty());
-  EXPECT_EQ(tab->highlightContainerCount, 3);
   EXPECT_EQ(store.allHighlights().size(), 1U);
 
   for (const auto* origin : {"null", "https://evil.example", "https://1.usercontent.example"}) {
@@ -293,10 +400,6 @@ TEST_F(HighlightServiceTest, MessagesThatLackSomethingAreIgnored) {
     postAlone({{"type", "ondrelHighlightRemove"}, {"highlightId", "h1"}, {"containerIndex", "0"}}, 11,
               origin);
   }
-  shell.services.highlights = nullptr;
-  post({{"type", "ondrelHighlightRemove"}, {"highlightId", "h1"}, {"containerIndex", "0"}});
-  post({{"type", "ondrelMailboxMarkersReady"}});
-  EXPECT_EQ(tab->highlightContentFrame->id, 7U);
   EXPECT_EQ(store.allHighlights().size(), 1U);
   EXPECT_TRUE(page->evaluations.empty());
 }

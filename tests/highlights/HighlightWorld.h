@@ -26,7 +26,6 @@ class HighlightWorld : public testing::Test {
   using Lines = std::vector<std::string>;
 
   HighlightWorld() {
-    shell.services.highlights = &service;
     tab = shell.keyModel();
     page = shell.webView(tab);
     clear();
@@ -60,8 +59,23 @@ class HighlightWorld : public testing::Test {
     return boost::json::serialize(boost::json::object{
         {"id", id}, {"exact", exact}, {"prefix", "p"}, {"suffix", "s"}, {"occurrenceIndex", 3}});
   }
-  void create(std::string_view id, std::string_view container) {
-    post({{"type", "ondrelHighlightCreate"}, {"anchorJSON", anchor(id)}, {"containerIndex", container}});
+  void create(std::string_view id, std::string_view container, std::string_view report = "") {
+    post({{"type", "ondrelHighlightCreate"},
+          {"anchorJSON", anchor(id)},
+          {"containerIndex", container},
+          {"report", report}});
+  }
+  // As a page does that numbers its reports: of its cards each shows its message.
+  void showCards(std::string_view report, std::string_view openId, std::string_view cardIndexes,
+                 std::string_view cardCount, std::uint64_t frame = 7) {
+    postAlone({{"type", "ondrelHighlightContainersChanged"},
+               {"count", std::to_string(std::ranges::count(cardIndexes, ',') + 1)},
+               {"report", report},
+               {"internalId", openId},
+               {"cardIndexes", "[" + std::string(cardIndexes) + "]"},
+               {"cardCount", cardCount}},
+              frame);
+    postAlone({{"type", "ondrelHighlightHostReady"}}, frame);
   }
 
   // What the server answers for the next thread that is asked for. Emails are written "internalId messageId".
@@ -106,10 +120,10 @@ class HighlightWorld : public testing::Test {
                                    [](const auto& each) { return each.starts_with(start); });
     if (call == page->evaluations.rend())
       return "nothing";
-    EXPECT_TRUE(call->ends_with(")"));
+    const auto end = call->rfind(']') + 1;
     boost::json::array result;
     for (const auto& container :
-         boost::json::parse(call->substr(start.size(), call->size() - start.size() - 1)).as_array()) {
+         boost::json::parse(call->substr(start.size(), end - start.size())).as_array()) {
       boost::json::array idsOfOne;
       for (const auto& each : container.as_array())
         idsOfOne.push_back(each.at("id"));
@@ -129,7 +143,8 @@ class HighlightWorld : public testing::Test {
   support::FakeJMAPClient client;
   jmap::MailQueries mail{client, shell.settings, [] {}};
   HighlightStore store{shell.files, shell.files};
-  HighlightService service{started(shell), mail, store, shell.settings, shell.panels};
+  HighlightService service{started(shell), shell.services.messages, mail,
+                           store,          shell.settings,          shell.panels};
   std::shared_ptr<web::WindowViewModel> tab;
   std::shared_ptr<support::FakeWebView> page;
 };

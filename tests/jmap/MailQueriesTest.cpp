@@ -35,7 +35,7 @@ TEST_F(MailQueriesTest, AThreadKeepsItsOwnOrder) {
               R"({"list":[{"id":"M1","messageId":["1@x"]}, {"id":"M2","messageId":[]},
                 {"messageId":["lost@x"]}, {"id":"M9","messageId":["9@x"]},
                 {"id":"M3","messageId":["3@x","3b@x"]}]})"});
-  const std::vector<ThreadEmailInfo> expected{{"M3", "3@x"}, {"M1", "1@x"}};
+  const std::vector<ThreadEmailInfo> expected{{"M3", "3@x"}, {"M1", "1@x"}, {"M2", ""}};
   EXPECT_EQ(run(queries.threadEmails("T1")), expected);
   expectCalls(0, R"([["Thread/get", {"accountId": "u123", "ids": ["T1"]}, "t0"]])");
   expectCalls(1, R"([["Email/get", {"accountId": "u123", "ids": ["M3", "M1", "M2", "M4"],
