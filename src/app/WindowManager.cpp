@@ -3,6 +3,7 @@
 #include "async/Future.h"
 #include "base/Url.h"
 #include "platform/Application.h"
+#include "platform/Deadlines.h"
 #include "platform/WebView.h"
 #include "settings/AppSettings.h"
 #include "web/MailURL.h"
@@ -236,11 +237,14 @@ std::optional<std::string> WindowManager::currentAccountParameter() const {
 }
 
 void WindowManager::printActive() {
-  const auto evaluatePrint = [](ViewModelPtr viewModel) -> async::Task<void> {
-    [[maybe_unused]] const auto ignored = co_await viewModel->evaluate("window.print()");
+  const auto evaluatePrint = [](std::shared_ptr<platform::WebView> webView) -> async::Task<void> {
+    [[maybe_unused]] const auto ignored =
+        co_await webView->evaluate("window.print()", std::nullopt, platform::evaluationDeadline);
   };
-  if (auto viewModel = keyViewModel())
-    scope_.spawn(evaluatePrint(std::move(viewModel)));
+  // Whosever page it is.
+  const auto viewModel = keyViewModel();
+  if (auto webView = viewModel ? viewModel->liveWebView() : nullptr)
+    scope_.spawn(evaluatePrint(std::move(webView)));
 }
 
 void WindowManager::exportPDFActive() {

@@ -61,12 +61,13 @@ async::Task<Result<void>> SignedInPage::waitForPageLoad() {
 async::Task<Result<std::optional<std::string>>> SignedInPage::pollAccessToken(int attempts) {
   assert(attempts >= 0);
   for (int i = 0; i < attempts; ++i) {
-    const auto webView = webView_;
-    const auto answer =
-        co_await webView->evaluate(std::string(tokenExpression), std::nullopt, platform::evaluationDeadline);
-    const auto* token = answer ? answer->if_string() : nullptr;
-    if (token && !token->empty())
-      co_return std::string(*token);
+    if (const auto webView = webView_; isAtService()) {
+      const auto answer = co_await webView->evaluate(std::string(tokenExpression), std::nullopt,
+                                                     platform::evaluationDeadline);
+      const auto* token = answer ? answer->if_string() : nullptr;
+      if (token && !token->empty())
+        co_return std::string(*token);
+    }
     const bool slept = co_await async::sleep(pollPause);
     if (!slept)
       co_return std::unexpected(JMAPError::cancelled());
@@ -101,7 +102,13 @@ bool SignedInPage::takeRecovery() {
   return true;
 }
 
+bool SignedInPage::isAtService() const {
+  return settings_.isServiceOrigin(webView_->url().value_or(""));
+}
+
 async::Task<bool> SignedInPage::looksLikeSignIn() {
+  if (!isAtService())
+    co_return true; // the service has sent it to where people sign in
   const auto webView = webView_;
   const auto answer = co_await webView->evaluate(std::string(signInExpression), std::nullopt, signInLook);
   co_return answer && answer->is_bool() && answer->get_bool();

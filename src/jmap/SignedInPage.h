@@ -57,6 +57,8 @@ class SignedInPage final : platform::PassiveWebViewDelegate {
   void didFail(const platform::WebError& error) override;
   void webProcessDidTerminate(bool crashed) override;
 
+  // Other pages are asked nothing.
+  bool isAtService() const;
   async::Task<bool> looksLikeSignIn();
   // True once in a while.
   bool takeRecovery();

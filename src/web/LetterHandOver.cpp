@@ -91,7 +91,7 @@ void LetterHandOver::bringBack() {
 async::Task<LetterState> LetterHandOver::ask() {
   const auto viewModel = viewModel_.lock();
   const auto webView = viewModel ? viewModel->liveWebView() : nullptr;
-  if (!webView)
+  if (!webView || !viewModel->showsService())
     co_return LetterState::unknown;
   const auto said = co_await webView->evaluate(stateScript_, std::nullopt, answerDeadline);
   co_return said && said->is_string() ? letterState(said->get_string()) : LetterState::unknown;
