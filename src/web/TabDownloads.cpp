@@ -1,12 +1,10 @@
-#include "web/Coordinator.h"
+#include "web/TabDownloads.h"
 
 #include "async/sleep.h"
 #include "base/Text.h"
 #include "platform/Download.h"
 #include "platform/Panels.h"
-#include "platform/WebView.h"
 #include "web/DownloadItem.h"
-#include "web/WebServices.h"
 #include "web/WindowViewModel.h"
 
 #include <fmt/format.h>
@@ -36,33 +34,43 @@ std::string fileNameOf(const std::string& path) {
 
 } // namespace
 
-void Coordinator::didBecomeDownload(std::shared_ptr<platform::Download> download) {
+TabDownloads::TabDownloads(std::weak_ptr<WindowViewModel> viewModel, platform::Panels& panels)
+    : viewModel_(std::move(viewModel)), panels_(panels) {
+}
+
+TabDownloads::~TabDownloads() {
+  // One may ask where to go only now.
+  for (const auto& [download, running] : running_)
+    download->setDestinationHandler(nullptr);
+}
+
+void TabDownloads::take(std::shared_ptr<platform::Download> download) {
   auto* key = download.get();
-  auto& running = downloadItems_[key];
-  running.download = download;
-  running.subscriptions.push_back(key->finished.subscribe([this, key] { downloadDidFinish(key); }));
+  auto& running = running_[key];
+  running.download = std::move(download);
+  running.subscriptions.push_back(key->finished.subscribe([this, key] { didEnd(key, std::nullopt); }));
   running.subscriptions.push_back(
-      key->failed.subscribe([this, key](const std::string& error) { downloadDidFail(key, error); }));
+      key->failed.subscribe([this, key](const std::string& error) { didEnd(key, error); }));
   key->setDestinationHandler([this, key](platform::Download::DestinationRequest request,
                                          platform::Download::DestinationReply reply) {
-    const auto found = downloadItems_.find(key);
-    if (found != downloadItems_.end())
+    const auto found = running_.find(key);
+    if (found != running_.end())
       scope_.spawn(chooseDestination(found->second.download, std::move(request.suggestedFileName),
                                      std::move(request.mimeType), std::move(reply)));
   });
 }
 
-async::Task<void> Coordinator::chooseDestination(std::shared_ptr<platform::Download> download,
-                                                 std::string suggestedName,
-                                                 std::optional<std::string> mimeType,
-                                                 base::Reply<std::optional<std::string>> reply) {
+async::Task<void> TabDownloads::chooseDestination(std::shared_ptr<platform::Download> download,
+                                                  std::string suggestedName,
+                                                  std::optional<std::string> mimeType, Destination reply) {
   platform::SavePanel panel{proposedFileName(suggestedName), {}};
   if (mimeType && mimeType->contains('/') && *mimeType != anyType)
     panel.mimeTypes.push_back(std::move(*mimeType));
-  auto path = co_await services_.panels.runSavePanel(std::move(panel), window());
-  const auto running = downloadItems_.find(download.get());
-  if (!path || running == downloadItems_.end()) {
-    downloadItems_.erase(download.get());
+  const auto tab = viewModel_.lock();
+  auto path = co_await panels_.runSavePanel(std::move(panel), tab ? tab->window.lock() : nullptr);
+  const auto running = running_.find(download.get());
+  if (!path || running == running_.end()) {
+    running_.erase(download.get());
     co_return;
   }
   const auto item = std::make_shared<DownloadItem>(fileNameOf(*path), *path, download);
@@ -75,25 +83,19 @@ async::Task<void> Coordinator::chooseDestination(std::shared_ptr<platform::Downl
   std::move(reply)(std::move(path));
 }
 
-void Coordinator::downloadDidFinish(platform::Download* download) {
-  const auto running = downloadItems_.extract(download);
+void TabDownloads::didEnd(platform::Download* download, std::optional<std::string> error) {
+  const auto running = running_.extract(download);
   if (running.empty() || !running.mapped().item)
     return;
   const auto item = running.mapped().item;
-  item->markFinished();
+  if (error)
+    item->markFailed(*std::move(error));
+  else
+    item->markFinished();
   scope_.spawn(retire(item));
 }
 
-void Coordinator::downloadDidFail(platform::Download* download, const std::string& error) {
-  const auto running = downloadItems_.extract(download);
-  if (running.empty() || !running.mapped().item)
-    return;
-  const auto item = running.mapped().item;
-  item->markFailed(error);
-  scope_.spawn(retire(item));
-}
-
-async::Task<void> Coordinator::retire(std::shared_ptr<DownloadItem> item) {
+async::Task<void> TabDownloads::retire(std::shared_ptr<DownloadItem> item) {
   const bool sleptThrough = co_await async::sleep(rowTime);
   const auto viewModel = viewModel_.lock();
   if (!sleptThrough || !viewModel)
