@@ -80,11 +80,11 @@ class Tabs {
 
   async::Task<void> open() {
     co_await async::sleep(100ms); // the session has been restored
-    while (manager_.viewModels().size() < tabCount) {
+    while (manager_.windows().viewModels().size() < tabCount) {
       manager_.newTab();
       co_await async::sleep(10ms);
     }
-    for (const auto& tab : manager_.viewModels())
+    for (const auto& tab : manager_.windows().viewModels())
       for (int attempt = 0; co_await marks(tab) != rowCount / 10; ++attempt) {
         if (attempt == 300)
           fail("a page never got its marks");

@@ -58,7 +58,7 @@ void CloseQuestion::endTurn() {
 CloseQuestion::Pages CloseQuestion::pagesOf(const Windows& windows) const {
   Pages pages;
   for (const auto& window : windows)
-    if (auto viewModel = windows_.viewModel(window);
+    if (auto viewModel = windows_.windows().viewModel(window);
         viewModel && viewModel->liveWebView() && !*viewModel->letterIsLeaving)
       pages.emplace_back(window, std::move(viewModel));
   return pages;

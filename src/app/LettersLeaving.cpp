@@ -16,7 +16,7 @@ constexpr std::chrono::seconds silentWait{3};
 using Answer = std::shared_ptr<async::Resolver<bool>>;
 
 async::Task<void> answerByLetters(const WindowManager& windows, Answer answer) {
-  const bool haveLeft = co_await windows.lettersToLeave();
+  const bool haveLeft = co_await windows.windows().lettersToLeave();
   answer->resolve(haveLeft);
 }
 
@@ -35,9 +35,9 @@ async::Task<void> answerByUser(platform::Panels& panels, std::shared_ptr<platfor
 
 async::Task<bool> letLettersLeave(platform::Application& application, const WindowManager& windows,
                                   platform::Panels& panels) {
-  if (!windows.hasLettersUnderWay())
+  if (!windows.windows().hasLettersUnderWay())
     co_return true;
-  const auto soon = co_await async::withDeadline(silentWait, windows.lettersToLeave());
+  const auto soon = co_await async::withDeadline(silentWait, windows.windows().lettersToLeave());
   if (soon)
     co_return *soon;
   auto [resolver, future] = async::makeFuture<bool>();

@@ -1,7 +1,8 @@
 #include "app/WindowManager.h"
 
-#include "async/Future.h"
-#include "base/Url.h"
+#include "app/ClosedTabs.h"
+#include "app/TabKeys.h"
+#include "base/Text.h"
 #include "platform/Application.h"
 #include "platform/Deadlines.h"
 #include "platform/WebView.h"
@@ -14,6 +15,8 @@
 
 namespace ondrel::app {
 
+using platform::KeyEvent;
+using platform::Modifiers;
 using platform::TabbingMode;
 using web::WindowViewModel;
 using WindowPtr = std::shared_ptr<platform::Window>;
@@ -32,7 +35,75 @@ async::Task<void> preferTabs(std::weak_ptr<platform::Window> weakWindow) {
   co_return;
 }
 
+// A letter that was sent or discarded is done, and one that was closed is in its draft.
+bool comesBack(const WindowViewModel& viewModel, const web::WebServices& services) {
+  return !viewModel.isDone && !viewModel.isComposeURL() &&
+         viewModel.webViewConfiguration != services.scripts.composeConfiguration();
+}
+
+void insert(const std::shared_ptr<platform::Window>& window, const platform::WindowGroup& group,
+            std::size_t position) {
+  const auto members = group.windows();
+  members[std::min(std::max<std::size_t>(position, 1), members.size()) - 1]->addTabbedWindow(window);
+  if (position == 0)
+    window->addTabbedWindow(members.front());
+}
+
 } // namespace
+
+WindowManager::WindowManager(platform::Application& application, settings::AppSettings& settings,
+                             SessionStore& sessionStore, ClosedTabs& closedTabs,
+                             platform::Clipboard& clipboard, const web::WebServices& webServices,
+                             BrowserContentFactory contentFactory)
+    : application_(application), settings_(settings), closedTabs_(closedTabs), webServices_(webServices),
+      contentFactory_(std::move(contentFactory)), windows_(application),
+      session_(application, windows_, sessionStore, webServices), conversation_(application, windows_),
+      copiedLink_(clipboard, settings) {
+  later(&WindowManager::restore);
+  subscriptions_.push_back(application_.willTerminate.subscribe([this] {
+    session_.finish();
+    closedTabs_.finish();
+  }));
+  subscriptions_.push_back(
+      application_.addKeyDownMonitor([this](const KeyEvent& event) { return keyDown(event); }));
+  subscriptions_.push_back(
+      application_.windowWillClose.subscribe([this](const WindowPtr& window) { windowWillClose(window); }));
+  subscriptions_.push_back(application_.willResignActive.subscribe([this] { later(&WindowManager::save); }));
+  subscriptions_.push_back(application_.windowDidBecomeKey.subscribe(
+      [this](const WindowPtr& window) { openedTabs_.didBecomeKey(window); }));
+  subscriptions_.push_back(settings_.fastmailEnvironmentDidChange.subscribe(
+      [this] { later(&WindowManager::environmentChanged); }));
+  subscriptions_.push_back(application_.menuDidBeginTracking.subscribe([this] { copiedLink_.refresh(); }));
+  subscriptions_.push_back(conversation_.pageChanged.subscribe([this] { session_.saveSoon(); }));
+}
+
+WindowManager::~WindowManager() = default;
+
+void WindowManager::later(void (WindowManager::*work)()) {
+  scope_.spawn(onNextTurn(work));
+}
+
+async::Task<void> WindowManager::onNextTurn(void (WindowManager::*work)()) {
+  (this->*work)();
+  co_return;
+}
+
+async::Task<void> WindowManager::windowClosed(WindowPtr window) {
+  if (session_.isFinished())
+    co_return;
+  if (windows_.viewModel(window) && windows_.isLastShown(window))
+    lastClosedWindowFrame_ = window->frame();
+  windows_.remove(window);
+  save();
+}
+
+bool WindowManager::keyDown(const KeyEvent& event) {
+  // The menu's item behind this shortcut shall find a fresh value; it still sees the key.
+  if (event.modifiers.exactly(Modifiers::command | Modifiers::shift) &&
+      base::lowercasedAscii(event.charactersIgnoringModifiers) == "f")
+    copiedLink_.refresh();
+  return takeTabKey(event, application_.keyWindow());
+}
 
 WindowPtr WindowManager::makeWindow(const ViewModelPtr& viewModel) {
   const std::weak_ptr weakSelf = self_;
@@ -55,13 +126,8 @@ WindowPtr WindowManager::makeWindow(const ViewModelPtr& viewModel) {
   attributes.identifier = windowIdentifier;
   auto window = application_.makeWindow(attributes);
   viewModel->window = window;
-  windowViewModels_.push_back({window, viewModel, nullptr});
-  // Looked up again: filling the window may open others.
-  auto content = contentFactory_(viewModel, window);
-  const auto made = std::ranges::find(windowViewModels_, window, &Entry::window);
-  if (made != windowViewModels_.end())
-    made->content = std::move(content);
-  windowViewModelsChanged_.emit();
+  windows_.add(window, viewModel);
+  windows_.setContent(window, contentFactory_(viewModel, window));
   return window;
 }
 
@@ -118,7 +184,7 @@ ViewModelPtr WindowManager::showIn(const ActiveWindow& window, const std::string
 
 ViewModelPtr WindowManager::openURL(const std::string& url) {
   application_.activateIgnoringOtherApps();
-  const auto windows = withoutLetters();
+  const auto windows = windows_.shownWithoutLetters();
   if (windows.empty())
     return openBesideLetters(url);
   // Here the key window has no preference: a message goes where mail is shown.
@@ -131,7 +197,7 @@ ViewModelPtr WindowManager::openURL(const std::string& url) {
 ViewModelPtr WindowManager::openBesideLetters(const std::string& url) {
   auto viewModel = newViewModel();
   viewModel->urlString.set(url);
-  const auto windows = candidates();
+  const auto windows = windows_.shown();
   const auto& composing = webServices_.scripts.composeConfiguration();
   const auto neighbour = std::ranges::find_if(windows, [&composing](const ActiveWindow& window) {
     return window.second->webViewConfiguration != composing;
@@ -144,7 +210,7 @@ ViewModelPtr WindowManager::openBesideLetters(const std::string& url) {
 }
 
 ViewModelPtr WindowManager::loadInActiveWindow(const std::string& url) {
-  const auto active = activeOf(withoutLetters());
+  const auto active = windows_.activeOf(windows_.shownWithoutLetters());
   return active ? showIn(*active, url) : nullptr;
 }
 
@@ -152,88 +218,10 @@ void WindowManager::openInNewTabOrWindow(const std::string& url) {
   application_.activateIgnoringOtherApps();
   const auto viewModel = newViewModel();
   viewModel->urlString.set(url);
-  if (const auto active = activeWindow())
+  if (const auto active = windows_.activeWindow())
     openTab(viewModel, active->first, true);
   else
     showAlone(makeWindow(viewModel));
-}
-
-const WindowManager::Entry* WindowManager::entry(const platform::Window* window) const {
-  const auto found = std::ranges::find_if(
-      windowViewModels_, [window](const Entry& each) { return each.window.get() == window; });
-  return found == windowViewModels_.end() ? nullptr : &*found;
-}
-
-std::vector<WindowManager::ActiveWindow> WindowManager::candidates() const {
-  std::vector<ActiveWindow> result;
-  for (const auto& window : application_.windows())
-    if (const auto* found = entry(window.get()); found && !window->isOrderedOut())
-      result.emplace_back(found->window, found->viewModel);
-  return result;
-}
-
-std::vector<WindowManager::ActiveWindow> WindowManager::withoutLetters() const {
-  auto result = candidates();
-  std::erase_if(result, [](const ActiveWindow& window) { return window.second->isWritingLetter(); });
-  return result;
-}
-
-std::optional<WindowManager::ActiveWindow> WindowManager::activeWindow() const {
-  return activeOf(candidates());
-}
-
-std::optional<WindowManager::ActiveWindow>
-WindowManager::activeOf(const std::vector<ActiveWindow>& windows) const {
-  const auto key = application_.keyWindow();
-  const ActiveWindow* firstWithMail = nullptr;
-  for (const auto& candidate : windows) {
-    if (!web::containsMail(*candidate.second->urlString))
-      continue;
-    if (candidate.first == key)
-      return candidate;
-    if (!firstWithMail)
-      firstWithMail = &candidate;
-  }
-  if (firstWithMail)
-    return *firstWithMail;
-  if (windows.empty())
-    return std::nullopt;
-  return windows.front();
-}
-
-std::vector<ViewModelPtr> WindowManager::viewModels() const {
-  std::vector<ViewModelPtr> all;
-  for (const auto& entry : windowViewModels_)
-    all.push_back(entry.viewModel);
-  return all;
-}
-
-ViewModelPtr WindowManager::viewModel(const WindowPtr& window) const {
-  const auto* found = window ? entry(window.get()) : nullptr;
-  return found ? found->viewModel : nullptr;
-}
-
-ViewModelPtr WindowManager::keyViewModel() const {
-  return viewModel(application_.keyWindow());
-}
-
-bool WindowManager::mainWindowContainsMail() const {
-  const auto main = viewModel(application_.mainWindow());
-  return main && web::containsMail(*main->urlString);
-}
-
-bool WindowManager::hasComposeWindow() const {
-  return std::ranges::any_of(windowViewModels_, [](const Entry& each) {
-    return each.viewModel->isComposeURL() && !each.window->isOrderedOut();
-  });
-}
-
-std::optional<std::string> WindowManager::currentAccountParameter() const {
-  for (const auto& each : windowViewModels_)
-    if (const auto url = base::Url::parse(*each.viewModel->urlString))
-      if (auto account = url->queryItem("u"))
-        return account;
-  return std::nullopt;
 }
 
 void WindowManager::printActive() {
@@ -242,23 +230,19 @@ void WindowManager::printActive() {
         co_await webView->evaluate("window.print()", std::nullopt, platform::evaluationDeadline);
   };
   // Whosever page it is.
-  const auto viewModel = keyViewModel();
+  const auto viewModel = windows_.keyViewModel();
   if (auto webView = viewModel ? viewModel->liveWebView() : nullptr)
     scope_.spawn(evaluatePrint(std::move(webView)));
 }
 
 void WindowManager::exportPDFActive() {
-  if (const auto viewModel = keyViewModel())
+  if (const auto viewModel = windows_.keyViewModel())
     scope_.spawn(viewModel->exportPDF());
 }
 
 void WindowManager::environmentChanged() {
   const auto& base = settings_.baseURL();
-  std::vector<ViewModelPtr> viewModels;
-  viewModels.reserve(windowViewModels_.size());
-  for (const auto& each : windowViewModels_)
-    viewModels.push_back(each.viewModel);
-  for (const auto& viewModel : viewModels)
+  for (const auto& viewModel : windows_.viewModels())
     if (viewModel->isWritingLetter())
       viewModel->notice.set("You are writing here, so this tab stays with the service that it was opened on "
                             "until you close it.");
@@ -266,27 +250,71 @@ void WindowManager::environmentChanged() {
       viewModel->show(base);
 }
 
-bool WindowManager::hasLettersUnderWay() const {
-  return std::ranges::any_of(windowViewModels_,
-                             [](const Entry& each) { return *each.viewModel->letterIsLeaving; });
+void WindowManager::restore() {
+  const auto session = session_.load();
+  if (!session || session->windows.empty()) {
+    openMainWindow();
+    return;
+  }
+  for (const auto& window : session->windows)
+    if (!window.tabs.empty())
+      restoreWindow(window);
 }
 
-async::Task<bool> WindowManager::lettersToLeave() const {
-  for (;;) {
-    const auto leaving = std::ranges::find_if(
-        windowViewModels_, [](const Entry& each) { return *each.viewModel->letterIsLeaving; });
-    if (leaving == windowViewModels_.end())
-      co_return true;
-    const auto viewModel = leaving->viewModel;
-    auto [resolver, future] = async::makeFuture<bool>();
-    const auto changed = std::make_shared<async::Resolver<bool>>(std::move(resolver));
-    const auto subscription = viewModel->letterIsLeaving.observe([changed] { changed->resolve(true); });
-    const auto told = co_await std::move(future);
-    // A letter that has left takes its window with it.
-    const auto stays = std::ranges::find(windowViewModels_, viewModel, &Entry::viewModel);
-    if (!told || stays != windowViewModels_.end())
-      co_return false;
+void WindowManager::restoreWindow(const PersistedWindow& saved) {
+  const auto first = makeWindow(session_.restored(saved.tabs.front()));
+  if (const auto& frame = saved.frame)
+    first->setFrame({frame->x, frame->y, frame->width, frame->height});
+  if (saved.isMaximized)
+    first->maximize();
+  auto previous = first;
+  auto selected = first;
+  for (std::size_t i = 1; i < saved.tabs.size(); ++i) {
+    const auto next = makeWindow(session_.restored(saved.tabs[i]));
+    next->setTabbingMode(TabbingMode::preferred);
+    previous->addTabbedWindow(next);
+    previous = next;
+    if (i == saved.selectedTab)
+      selected = next;
   }
+  // Only now, so that no other tab is seen and makes its web view.
+  showAlone(selected);
+}
+
+void WindowManager::windowWillClose(const std::shared_ptr<platform::Window>& window) {
+  // Now, while its web view is there.
+  const auto closing = session_.isFinished() ? nullptr : windows_.viewModel(window);
+  if (closing && comesBack(*closing, webServices_))
+    closedTabs_.add(*window, session_.persisted(*closing));
+  scope_.spawn(windowClosed(window));
+}
+
+const base::Observable<bool>& WindowManager::canReopenClosedTab() const {
+  return closedTabs_.canReopen;
+}
+
+void WindowManager::reopenClosedTab() {
+  const auto closed = closedTabs_.take();
+  if (!closed)
+    return;
+  auto group = closed->group.lock();
+  if (group && group->windows().empty())
+    group = nullptr;
+  auto neighbour = windows_.keyViewModel() ? application_.keyWindow() : nullptr;
+  if (closed->window.frame || (!group && !neighbour)) {
+    restoreWindow(closed->window);
+    return;
+  }
+  for (std::size_t i = 0; i < closed->window.tabs.size(); ++i) {
+    const auto window = makeWindow(session_.restored(closed->window.tabs[i]));
+    window->setTabbingMode(TabbingMode::preferred);
+    if (group)
+      insert(window, *group, closed->positions[i]);
+    else
+      neighbour->addTabbedWindow(window);
+    neighbour = window;
+  }
+  neighbour->makeKeyAndOrderFront();
 }
 
 } // namespace ondrel::app

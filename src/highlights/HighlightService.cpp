@@ -206,7 +206,7 @@ async::Task<void> HighlightService::removeAllHighlights() {
       "This deletes every highlight saved in Ondrel. This can't be undone unless you've exported them first.",
       platform::AlertStyle::warning,
       {"Cancel", "Remove All"}};
-  const auto active = windowManager_.activeWindow();
+  const auto active = windowManager_.windows().activeWindow();
   const auto answer = co_await panels_.runAlert(std::move(alert), active ? active->first : nullptr);
   if (answer != platform::Panels::firstButton + 1)
     co_return;

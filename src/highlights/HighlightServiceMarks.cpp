@@ -57,7 +57,7 @@ async::Task<void> HighlightService::pushMailboxMarks(WeakTab weakTab) {
 
 async::Task<void> HighlightService::pushMailboxMarksToAllWindows() {
   std::vector<async::Task<void>> pushes;
-  for (const auto& tab : windowManager_.viewModels())
+  for (const auto& tab : windowManager_.windows().viewModels())
     pushes.push_back(pushMailboxMarks(tab));
   co_await runInTurn(scope_, std::move(pushes), patience);
 }

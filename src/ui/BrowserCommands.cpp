@@ -151,15 +151,16 @@ CommandGroup BrowserCommands::tools() {
           {{.title = "Open Copied FastMail Link",
             .accelerators = {"<Control><Shift>f"},
             .perform = [this] { openCopiedLink(); },
-            .enabledWhen = whenSet(windows_.clipboardFastMailURL)},
+            .enabledWhen = whenSet(windows_.copiedLink().url)},
            {.title = "New Masked Email Address",
             .accelerators = {"<Control><Shift>m"},
             .perform = [this] { newMaskedEmailAddress(); },
-            .enabledWhen = whenTrue(windows_.activeURLContainsMail),
+            .enabledWhen = whenTrue(windows_.conversation().activeURLContainsMail),
             .help =
                 [this] {
-                  return *windows_.activeURLContainsMail ? ""
-                                                         : "Only available when an mail window is in front";
+                  return *windows_.conversation().activeURLContainsMail
+                             ? ""
+                             : "Only available when an mail window is in front";
                 }}}};
 }
 
@@ -187,7 +188,7 @@ std::string BrowserCommands::helpWithoutHighlights() const {
 }
 
 void BrowserCommands::openCopiedLink() {
-  if (const auto& url = *windows_.clipboardFastMailURL)
+  if (const auto& url = *windows_.copiedLink().url)
     actions_.navigate(*url);
 }
 

@@ -14,7 +14,7 @@ KeyTab::KeyTab(platform::Application& application, const app::WindowManager& win
 }
 
 std::shared_ptr<web::WindowViewModel> KeyTab::viewModel() const {
-  return windows_.keyViewModel();
+  return windows_.windows().keyViewModel();
 }
 
 void KeyTab::follow() {

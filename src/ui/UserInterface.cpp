@@ -38,7 +38,7 @@ UserInterface::UserInterface(const Services& services)
       commands_(services_.application, services_.windows, services_.highlights, keyTab_, services_.bundle,
                 commandActions()),
       groups_(commands_.table()), actions_(services_.toolkitApplication, groups_), menu_(groups_),
-      chrome_{menu_, [this](const auto& window) { return services_.windows.viewModel(window); },
+      chrome_{menu_, [this](const auto& window) { return services_.windows.windows().viewModel(window); },
               [this] { services_.windows.newTab(); },
               [this] { services_.application.menuDidBeginTracking.emit(); }},
       copiedLink_(services_.application, services_.windows) {

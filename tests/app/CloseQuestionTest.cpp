@@ -27,7 +27,7 @@ class CloseQuestionTest : public testing::Test {
     ended = shell.application.willTerminate.subscribe([this] { ++ends; });
   }
   std::shared_ptr<support::FakeWebView> page(std::size_t index) {
-    return shell.webView(shell.manager->viewModel(shell.application.all.at(index)));
+    return shell.webView(shell.manager->windows().viewModel(shell.application.all.at(index)));
   }
   void answer(bool leave) { shell.panels.alertAnswer = platform::Panels::firstButton + (leave ? 1 : 0); }
   std::size_t windows() const { return shell.application.all.size(); }

@@ -27,7 +27,7 @@ class ClosedTabsTest : public testing::Test {
   }
   std::shared_ptr<FakeWindow> window(const std::string& title) {
     for (const auto& each : shell.application.all)
-      if (*shell.manager->viewModel(each)->title == title)
+      if (*shell.manager->windows().viewModel(each)->title == title)
         return each;
     return nullptr;
   }
@@ -44,7 +44,7 @@ class ClosedTabsTest : public testing::Test {
   std::string titles(const std::string& member) {
     std::string result;
     for (const auto& each : window(member)->group->windows())
-      result += *shell.manager->viewModel(each)->title;
+      result += *shell.manager->windows().viewModel(each)->title;
     return result;
   }
   bool canReopen() { return *shell.manager->canReopenClosedTab(); }
@@ -63,7 +63,8 @@ TEST_F(ClosedTabsTest, ComeBackWhereTheyStoodWithTheirHistory) {
   EXPECT_EQ(titles("d"), "bcd") << "what was closed in one go is one entry";
   EXPECT_EQ(shell.application.key, window("c"));
   EXPECT_EQ(shell.webView(shell.keyModel())->restored, (std::vector<base::Bytes>{at("c")}));
-  EXPECT_EQ(shell.manager->viewModel(window("b"))->liveWebView(), nullptr) << "nobody has looked at it";
+  EXPECT_EQ(shell.manager->windows().viewModel(window("b"))->liveWebView(), nullptr)
+      << "nobody has looked at it";
   reopen();
   EXPECT_EQ(titles("d"), "abcd");
   EXPECT_EQ(shell.webView(shell.keyModel())->restored, (std::vector<base::Bytes>{at("now")}));
@@ -117,7 +118,7 @@ TEST_F(ClosedTabsTest, AreBoundedAndHoldNoLetters) {
   };
   closeNew(mail + "compose?u=1", false, 1);
   closeNew(mail, true, 1);
-  shell.webView(shell.manager->viewModels().front())->delegate->didClose();
+  shell.webView(shell.manager->windows().viewModels().front())->delegate->didClose();
   shell.settle();
   EXPECT_FALSE(canReopen());
 

@@ -28,7 +28,7 @@ struct World {
                                        "mail/Inbox/T1.M1",
                                        "mail/compose&ui=minimal"};
       const auto& window = shell.application.all.at(i);
-      const auto model = shell.manager->viewModel(window);
+      const auto model = shell.manager->windows().viewModel(window);
       model->urlString.set(service + paths[kinds[i]]);
       model->reportsWriting = kinds[i] == reply;
       if (kinds[i] == composeWindow || kinds[i] == leaving)
@@ -40,7 +40,7 @@ struct World {
   }
 
   std::shared_ptr<web::WindowViewModel> model(std::size_t index) {
-    return shell.manager->viewModel(shell.application.all.at(index));
+    return shell.manager->windows().viewModel(shell.application.all.at(index));
   }
   const Calls& loads(std::size_t index) { return shell.webView(model(index))->loads; }
 

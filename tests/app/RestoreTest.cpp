@@ -30,7 +30,7 @@ class RestoreTest : public testing::Test {
     return *PersistedSession::decode(shell.files.files["/data/session.json"]);
   }
   std::shared_ptr<web::WindowViewModel> model(std::size_t index) {
-    return shell.manager->viewModel(shell.application.all.at(index));
+    return shell.manager->windows().viewModel(shell.application.all.at(index));
   }
 
   support::TestShell shell;
@@ -47,7 +47,7 @@ TEST_F(RestoreTest, BringsWindowsAndTabsBackInOrder) {
   const auto tabs = first->tabGroup()->windows();
   ASSERT_EQ(tabs.size(), 3U);
   EXPECT_EQ(shell.application.all.at(2)->tabbingMode(), platform::TabbingMode::preferred);
-  EXPECT_EQ(*shell.manager->viewModel(tabs[2])->title, "c");
+  EXPECT_EQ(*shell.manager->windows().viewModel(tabs[2])->title, "c");
   EXPECT_EQ(*model(3)->initialPageZoom, 0.9);
   EXPECT_FALSE(*model(3)->toolbarVisible);
 }

@@ -18,7 +18,7 @@ class WindowManagerTest : public testing::Test {
  protected:
   std::shared_ptr<FakeWindow> window(std::size_t index) { return shell.application.all.at(index); }
   std::shared_ptr<web::WindowViewModel> model(std::size_t index) {
-    return shell.manager->viewModel(window(index));
+    return shell.manager->windows().viewModel(window(index));
   }
   std::string saved() { return shell.files.files["/data/session.json"]; }
   bool press(int keyCode, std::uint32_t flags, const std::string& text = "") {
@@ -80,12 +80,13 @@ TEST_F(WindowManagerTest, ChoosesTheActiveWindow) {
   shell.start();
   shell.manager->openMainWindow();
   shell.manager->openMainWindow();
-  EXPECT_EQ(shell.manager->activeWindow()->first, window(0)) << "no mail anywhere: the first";
+  EXPECT_EQ(shell.manager->windows().activeWindow()->first, window(0)) << "no mail anywhere: the first";
   model(1)->urlString.set("https://app.example.com/mail/Inbox/");
   model(2)->urlString.set("https://app.example.com/mail/Sent/");
-  EXPECT_EQ(shell.manager->activeWindow()->first, window(2)) << "the key window shows mail";
+  EXPECT_EQ(shell.manager->windows().activeWindow()->first, window(2)) << "the key window shows mail";
   shell.application.setKey(window(0));
-  EXPECT_EQ(shell.manager->activeWindow()->first, window(1)) << "the key window doesn't: the first that does";
+  EXPECT_EQ(shell.manager->windows().activeWindow()->first, window(1))
+      << "the key window doesn't: the first that does";
 
   shell.application.setKey(window(2));
   shell.manager->openURL("https://app.example.com/mail/Inbox/T.M");
@@ -111,22 +112,22 @@ TEST_F(WindowManagerTest, AWindowThatIsNoBrowserCountsForNothing) {
   window(0)->close();
   shell.settle();
   shell.application.makeWindow({400, 300, "", "files"});
-  EXPECT_EQ(shell.manager->activeWindow(), std::nullopt);
+  EXPECT_EQ(shell.manager->windows().activeWindow(), std::nullopt);
   EXPECT_FALSE(shell.manager->loadInActiveWindow("https://app.example.com/mail/x"));
   shell.manager->openInNewTabOrWindow("https://app.example.com/mail/compose?u=1");
   EXPECT_EQ(shell.application.all.size(), 2U);
   EXPECT_EQ(*model(1)->urlString, "https://app.example.com/mail/compose?u=1");
-  EXPECT_TRUE(shell.manager->hasComposeWindow());
-  EXPECT_EQ(shell.manager->currentAccountParameter(), "1");
-  EXPECT_TRUE(shell.manager->mainWindowContainsMail());
+  EXPECT_TRUE(shell.manager->windows().hasComposeWindow());
+  EXPECT_EQ(shell.manager->windows().currentAccountParameter(), "1");
+  EXPECT_TRUE(shell.manager->windows().mainWindowContainsMail());
   EXPECT_EQ(shell.application.key, window(1));
   shell.manager->openInNewTabOrWindow("https://app.example.com/x");
   EXPECT_EQ(window(2)->group, window(1)->group);
   EXPECT_EQ(shell.application.key, window(2));
-  EXPECT_FALSE(shell.manager->mainWindowContainsMail());
+  EXPECT_FALSE(shell.manager->windows().mainWindowContainsMail());
   shell.application.main = window(1);
   shell.application.key = nullptr;
-  EXPECT_TRUE(shell.manager->mainWindowContainsMail()) << "the one in front of ours, key or not";
+  EXPECT_TRUE(shell.manager->windows().mainWindowContainsMail()) << "the one in front of ours, key or not";
 }
 
 TEST_F(WindowManagerTest, ComposeAddresses) {
@@ -201,24 +202,24 @@ TEST_F(WindowManagerTest, ReadsMessageLinksFromTheClipboard) {
     shell.clipboard.text = text;
     shell.application.menuDidBeginTracking.emit();
     shell.settle();
-    EXPECT_EQ(shell.manager->clipboardFastMailURL->has_value(), recognised) << text.value_or("none");
+    EXPECT_EQ(shell.manager->copiedLink().url->has_value(), recognised) << text.value_or("none");
   }
   shell.settings.setEnvironment(settings::FastmailEnvironment::beta);
   shell.clipboard.text = good;
   EXPECT_FALSE(press(0, Modifiers::command | Modifiers::shift, "F")) << "the menu's item shall see it too";
-  EXPECT_EQ(*shell.manager->clipboardFastMailURL, good);
+  EXPECT_EQ(*shell.manager->copiedLink().url, good);
 }
 
 TEST_F(WindowManagerTest, FollowsTheKeyWindowsPage) {
   shell.start();
-  EXPECT_FALSE(*shell.manager->activeURLContainsMail);
+  EXPECT_FALSE(*shell.manager->conversation().activeURLContainsMail);
   const auto webView = shell.webView(model(0));
   webView->loading = false;
   webView->answer = [](const std::string&) { return boost::json::value(true); };
   model(0)->urlString.set("https://app.example.com/mail/Inbox/T.M");
   shell.settle();
-  EXPECT_TRUE(*shell.manager->activeURLContainsMail);
-  EXPECT_TRUE(*shell.manager->isConversationVisible);
+  EXPECT_TRUE(*shell.manager->conversation().activeURLContainsMail);
+  EXPECT_TRUE(*shell.manager->conversation().isConversationVisible);
   EXPECT_EQ(webView->evaluations,
             (Calls{"globalThis.FastMail?.router?.appController?.isConversationVisible ?? false"}));
 
@@ -234,21 +235,22 @@ TEST_F(WindowManagerTest, FollowsTheKeyWindowsPage) {
     webView->loading = false;
     model(0)->urlString.set("https://app.example.com/mail/Inbox/" + std::to_string(++step));
     shell.settle();
-    ASSERT_TRUE(*shell.manager->isConversationVisible);
+    ASSERT_TRUE(*shell.manager->conversation().isConversationVisible);
     webView->answer = [&miss](const std::string&) { return miss.answer; };
     webView->loading = miss.loading;
     model(0)->urlString.set("https://app.example.com/mail/Inbox/" + std::to_string(++step));
     shell.settle();
-    EXPECT_FALSE(*shell.manager->isConversationVisible) << step;
+    EXPECT_FALSE(*shell.manager->conversation().isConversationVisible) << step;
   }
 
   shell.manager->newTab();
   shell.settle();
-  EXPECT_FALSE(*shell.manager->activeURLContainsMail)
+  EXPECT_FALSE(*shell.manager->conversation().activeURLContainsMail)
       << "the new key window is not at the mail application yet";
   model(1)->urlString.set("https://app.example.com/mail/");
   shell.settle();
-  EXPECT_TRUE(*shell.manager->activeURLContainsMail) << "the second change is followed as well";
+  EXPECT_TRUE(*shell.manager->conversation().activeURLContainsMail)
+      << "the second change is followed as well";
 
   shell.application.setKey(window(0));
   shell.settle();
@@ -262,7 +264,7 @@ TEST_F(WindowManagerTest, FollowsTheKeyWindowsPage) {
   shell.settle();
   window(1)->close();
   shell.settle();
-  EXPECT_TRUE(*shell.manager->activeURLContainsMail);
+  EXPECT_TRUE(*shell.manager->conversation().activeURLContainsMail);
 }
 
 TEST_F(WindowManagerTest, SavesTwoSecondsAfterTheLastChange) {
@@ -324,7 +326,7 @@ TEST_F(WindowManagerTest, ChangesTheEnvironmentOfAllTabs) {
 TEST_F(WindowManagerTest, SurvivesTheManagersEndWithWorkPending) {
   shell.start();
   model(0)->urlString.set("https://app.example.com/mail/x");
-  shell.manager->refreshClipboardURL();
+  shell.manager->copiedLink().refresh();
   shell.loop.advance(1s);
   shell.manager.reset();
   const auto writes = shell.files.writes;

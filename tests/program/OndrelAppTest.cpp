@@ -242,7 +242,10 @@ TEST_F(OndrelAppTest, WhatAFullDiskRefusesIsToldOnceAndSavedLater) {
   add("first");
   add("second");
   EXPECT_FALSE(defaultsSaving.run());
-  app->windowManager().viewModel(shell.application.all[0])->urlString.set("https://app.example.com/mail/new");
+  app->windowManager()
+      .windows()
+      .viewModel(shell.application.all[0])
+      ->urlString.set("https://app.example.com/mail/new");
   shell.loop.advance(34s);
   ASSERT_EQ(shell.panels.alerts.size(), 1U);
   EXPECT_TRUE(
@@ -264,7 +267,7 @@ TEST_F(OndrelAppTest, WhatAFullDiskRefusesIsToldOnceAndSavedLater) {
 
 TEST_F(OndrelAppTest, NavigatesInTheActiveWindowAndOpensTheMessage) {
   const auto app = launch();
-  const auto model = app->windowManager().viewModel(shell.application.all[0]);
+  const auto model = app->windowManager().windows().viewModel(shell.application.all[0]);
   model->urlString.set("https://app.example.com/mail/");
   const auto view = shell.webView(model);
   view->answer = [](const std::string&) { return json::value(true); };
@@ -284,7 +287,7 @@ TEST_F(OndrelAppTest, NavigatesInTheActiveWindowAndOpensTheMessage) {
   shell.application.all[0]->close();
   shell.settle();
   app->emailLinkService().navigate("https://app.example.com/mail/x");
-  EXPECT_EQ(*app->windowManager().viewModel(shell.application.all.at(0))->urlString,
+  EXPECT_EQ(*app->windowManager().windows().viewModel(shell.application.all.at(0))->urlString,
             "https://app.example.com/mail/x");
 }
 

@@ -65,7 +65,7 @@ class TestShell {
   std::shared_ptr<FakeWebView> webView(const std::shared_ptr<web::WindowViewModel>& viewModel) {
     return std::static_pointer_cast<FakeWebView>(viewModel->liveWebView());
   }
-  std::shared_ptr<web::WindowViewModel> keyModel() { return manager->keyViewModel(); }
+  std::shared_ptr<web::WindowViewModel> keyModel() { return manager->windows().keyViewModel(); }
   void settle() { loop.runUntilIdle(); }
 
   LogCapture log;

@@ -32,7 +32,8 @@ class BrowserChromeTest : public ShellTest {
   int menus = 0;
   std::vector<CommandGroup> groups{{"Group", {{.title = "Print…", .perform = [] {}}}}};
   PrimaryMenu menu{groups};
-  ChromeServices services{menu, [this](const auto& window) { return shell.manager->viewModel(window); },
+  ChromeServices services{menu,
+                          [this](const auto& window) { return shell.manager->windows().viewModel(window); },
                           [this] { ++newTabs; }, [this] { ++menus; }};
   std::optional<BrowserChrome> chrome;
   GtkWidget* bar = nullptr;

@@ -122,7 +122,7 @@ TEST_F(CommandsTest, ActOnTheTabWithTheKeyboardAndFollowIt) {
 TEST_F(CommandsTest, ToolsAreThereWhenTheyHaveSomethingToWorkOn) {
   EXPECT_FALSE(enabled("open-copied-fastmail-link") || enabled("new-masked-email-address"));
   shell.clipboard.text = "https://app.example.com/mail/Inbox/T1?u=1";
-  shell.manager->refreshClipboardURL();
+  shell.manager->copiedLink().refresh();
   shell.settle();
   ASSERT_TRUE(enabled("open-copied-fastmail-link"));
   activate("open-copied-fastmail-link");

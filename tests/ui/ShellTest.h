@@ -42,7 +42,7 @@ class ShellTest : public ToolkitTest {
 
   std::shared_ptr<support::FakeWindow> window(std::size_t index) { return shell.application.all.at(index); }
   std::shared_ptr<web::WindowViewModel> model(std::size_t index) {
-    return shell.manager->viewModel(window(index));
+    return shell.manager->windows().viewModel(window(index));
   }
   GtkWidget* content(std::size_t index) { return static_cast<GtkWidget*>(window(index)->content.handle); }
 

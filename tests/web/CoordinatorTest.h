@@ -23,7 +23,9 @@ class CoordinatorTest : public testing::Test {
 
   platform::WebViewDelegate& engine() { return *view->delegate; }
   std::size_t windows() const { return shell.application.all.size(); }
-  std::shared_ptr<WindowViewModel> newest() { return shell.manager->viewModel(shell.application.last()); }
+  std::shared_ptr<WindowViewModel> newest() {
+    return shell.manager->windows().viewModel(shell.application.last());
+  }
   void post(const boost::json::value& body, const std::string& origin = "https://app.example.com",
             bool isMainFrame = true, const std::string& name = "ondrel") {
     engine().didReceiveScriptMessage({name, body, {1, origin + "/x", origin, isMainFrame}, view});

@@ -53,14 +53,15 @@ TEST_F(LetterHandOverTest, ThePageLivesUntilItHasLetGo) {
     post({{"type", each.type}});
     shell.loop.advance(900ms);
     post({{"type", each.type}});
-    EXPECT_TRUE(shell.manager->hasLettersUnderWay()) << "in the grace too";
+    EXPECT_TRUE(shell.manager->windows().hasLettersUnderWay()) << "in the grace too";
     shell.loop.advance(each.grace - 1ms);
     EXPECT_TRUE(isShown()) << "a second click starts the grace anew";
     shell.loop.advance(1ms);
     EXPECT_TRUE(window->orderedOut);
-    EXPECT_EQ(shell.manager->activeWindow(), std::nullopt);
-    EXPECT_FALSE(shell.manager->hasComposeWindow());
-    EXPECT_EQ(shell.manager->snapshot().windows.size(), 1U) << "until it has left it may be lost with us";
+    EXPECT_EQ(shell.manager->windows().activeWindow(), std::nullopt);
+    EXPECT_FALSE(shell.manager->windows().hasComposeWindow());
+    EXPECT_EQ(shell.manager->session().snapshot().windows.size(), 1U)
+        << "until it has left it may be lost with us";
     shell.loop.advance(40s);
     EXPECT_FALSE(window->closed) << "closing it would end the request";
     says(each.last);
@@ -68,7 +69,7 @@ TEST_F(LetterHandOverTest, ThePageLivesUntilItHasLetGo) {
     shell.loop.advance(each.settling + 500ms);
     EXPECT_TRUE(window->closed);
     EXPECT_TRUE(page.expired());
-    EXPECT_FALSE(shell.manager->hasLettersUnderWay());
+    EXPECT_FALSE(shell.manager->windows().hasLettersUnderWay());
     EXPECT_TRUE(model->notice->empty());
     openNext();
   }
@@ -97,7 +98,7 @@ TEST_F(LetterHandOverTest, TheWindowComesBackWithTheLetter) {
     EXPECT_TRUE(isShown()) << each.what;
     EXPECT_EQ(shell.application.key, window) << each.what;
     EXPECT_EQ(!model->notice->empty(), each.isTold) << each.what;
-    EXPECT_FALSE(shell.manager->hasLettersUnderWay()) << each.what;
+    EXPECT_FALSE(shell.manager->windows().hasLettersUnderWay()) << each.what;
     // What the user does with it now is theirs to say.
     says("gone");
     shell.loop.advance(70s);
@@ -141,7 +142,7 @@ TEST_F(LetterHandOverTest, ABoxOfTheEngineIsAnsweredBeforeAnythingElse) {
     engine().runConfirmPanel("No attachment. Send?", {[](bool) {}, false});
     shell.loop.advance(100s);
     EXPECT_TRUE(isShown()) << "as long as the user needs";
-    EXPECT_FALSE(shell.manager->hasLettersUnderWay()) << "it can't be waited for";
+    EXPECT_FALSE(shell.manager->windows().hasLettersUnderWay()) << "it can't be waited for";
     view->hangs = false;
     shell.loop.advance(2s);
     EXPECT_TRUE(window->orderedOut) << "it is on its way now";
@@ -181,7 +182,7 @@ TEST_F(LetterHandOverTest, AWindowThatClosesIsNoMatter) {
   view.reset();
   shell.loop.advance(100s);
   EXPECT_EQ(windows(), 1U) << "another window is none of its business";
-  EXPECT_FALSE(shell.manager->hasLettersUnderWay());
+  EXPECT_FALSE(shell.manager->windows().hasLettersUnderWay());
 }
 
 } // namespace

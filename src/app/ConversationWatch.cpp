@@ -1,0 +1,80 @@
+#include "app/ConversationWatch.h"
+
+#include "app/BrowserWindows.h"
+#include "async/sleep.h"
+#include "platform/Application.h"
+#include "platform/WebView.h"
+#include "web/MailURL.h"
+#include "web/WindowViewModel.h"
+
+#include <string>
+#include <string_view>
+
+namespace ondrel::app {
+
+namespace {
+
+constexpr std::string_view conversationVisible =
+    "globalThis.FastMail?.router?.appController?.isConversationVisible ?? false";
+
+} // namespace
+
+ConversationWatch::ConversationWatch(platform::Application& application, BrowserWindows& windows)
+    : application_(application), windows_(windows),
+      keyWindowChanged_(application.windowDidBecomeKey.subscribe(
+          [this](const BrowserWindows::Window&) { later(&ConversationWatch::update); })) {
+  later(&ConversationWatch::update);
+}
+
+void ConversationWatch::later(void (ConversationWatch::*work)()) {
+  scope_.spawn(onNextTurn(work));
+}
+
+async::Task<void> ConversationWatch::onNextTurn(void (ConversationWatch::*work)()) {
+  (this->*work)();
+  co_return;
+}
+
+void ConversationWatch::update() {
+  const auto key = application_.keyWindow();
+  const auto keyModel = windows_.viewModel(key);
+  if (key) {
+    auto& reads = trackedReads_[keyModel.get()];
+    reads.clear();
+    const auto changed = [this, tracked = keyModel.get()] { trackedValueChanged(tracked); };
+    reads.push_back(windows_.changed.subscribe(changed));
+    if (keyModel)
+      reads.push_back(keyModel->urlString.observe(changed));
+  }
+  activeURLContainsMail.set(keyModel && web::containsMail(*keyModel->urlString));
+}
+
+void ConversationWatch::trackedValueChanged(const web::WindowViewModel* keyModel) {
+  // Once for each set of reads: a page that changes twice in a turn is looked at once.
+  trackedReads_.erase(keyModel);
+  later(&ConversationWatch::followTrackedChange);
+}
+
+void ConversationWatch::followTrackedChange() {
+  check_.cancel();
+  update();
+  check_ = scope_.spawn(check());
+}
+
+async::Task<void> ConversationWatch::check() {
+  bool visible = false;
+  const auto keyModel = windows_.keyViewModel();
+  const auto webView = keyModel ? keyModel->liveWebView() : nullptr;
+  if (*activeURLContainsMail && webView && !webView->isLoading()) {
+    const auto result = co_await keyModel->evaluate(std::string(conversationVisible));
+    visible = result && result->is_bool() && result->get_bool();
+  }
+  // A newer check follows, and knows better.
+  const bool isReplaced = co_await async::cancelled();
+  if (isReplaced)
+    co_return;
+  isConversationVisible.set(visible);
+  pageChanged.emit();
+}
+
+} // namespace ondrel::app
