@@ -2,49 +2,22 @@
 
 #include "base/Json.h"
 
-#include <boost/json/monotonic_resource.hpp>
 #include <boost/json/object.hpp>
-#include <boost/json/parse.hpp>
 #include <boost/json/value.hpp>
 
-#include <expected>
 #include <iterator>
+#include <utility>
 
 namespace ondrel::highlights {
 
-namespace {
-
-namespace json = boost::json;
-
-std::expected<HighlightStore::ByMessageId, std::string> decode(const std::string& text) {
-  json::error_code error;
-  json::monotonic_resource memory;
-  const auto value = json::parse(text, error, &memory);
-  if (error)
-    return std::unexpected(error.message());
-  const auto* members = value.if_object();
-  if (!members)
-    return std::unexpected("not an object");
-  HighlightStore::ByMessageId byMessageId;
-  for (const auto& [messageId, records] : *members) {
-    const auto* list = records.if_array();
-    if (!list)
-      return std::unexpected("a message's highlights are not a list");
-    if (list->empty())
-      continue;
-    auto& highlights = byMessageId[messageId];
-    highlights.reserve(list->size());
-    for (const auto& record : *list) {
-      auto highlight = PersistedHighlight::decode(record);
-      if (!highlight)
-        return std::unexpected("a record is no highlight");
-      highlights.push_back(std::move(*highlight));
-    }
-  }
-  return byMessageId;
+HighlightStore::Batch::Batch(HighlightStore& store) : store_(store) {
+  ++store_.batches_;
 }
 
-} // namespace
+HighlightStore::Batch::~Batch() {
+  if (--store_.batches_ == 0 && std::exchange(store_.isDirty_, false))
+    store_.save();
+}
 
 HighlightStore::HighlightStore(platform::Directories& directories, platform::FileStore& files)
     : directories_(directories), files_(files), saving_([this] { return write(); }) {
@@ -62,17 +35,14 @@ void HighlightStore::load() {
     return;
   const auto version = files_.version(*file);
   const auto text = files_.read(*file);
-  if (!text) {
-    cantRead_ = !text.error().notFound;
+  if (!text)
     return;
-  }
-  auto decoded = decode(*text);
+  auto decoded = StoredHighlights::decode(*text);
   if (!decoded) {
     logger_.error("HighlightStore: decode failed: {}", decoded.error());
-    cantRead_ = true;
     return;
   }
-  byMessageId_ = std::move(*decoded);
+  stored_ = std::move(*decoded);
   // Replaced while it was read: which of the two contents we have, nobody knows.
   if (files_.version(*file) == version)
     known_ = version;
@@ -80,35 +50,41 @@ void HighlightStore::load() {
 
 const std::vector<PersistedHighlight>& HighlightStore::highlights(const std::string& messageId) const {
   static const std::vector<PersistedHighlight> none;
-  const auto found = byMessageId_.find(messageId);
-  return found == byMessageId_.end() ? none : found->second;
+  const auto found = stored_.byMessageId.find(messageId);
+  return found == stored_.byMessageId.end() ? none : found->second;
 }
 
 void HighlightStore::add(PersistedHighlight highlight, const std::string& messageId) {
   if (const auto encoded = encoded_.find(messageId); encoded != encoded_.end())
     encoded->second.append(",").append(base::jsonText(highlight.encodeWhole()));
-  byMessageId_[messageId].push_back(std::move(highlight));
+  noteChange(highlight.id, messageId);
+  stored_.byMessageId[messageId].push_back(std::move(highlight));
   save();
   changed.emit();
 }
 
 void HighlightStore::remove(const std::string& id, const std::string& messageId) {
-  const auto list = byMessageId_.find(messageId);
-  if (list == byMessageId_.end())
+  const auto list = stored_.byMessageId.find(messageId);
+  if (list == stored_.byMessageId.end())
     return;
   const auto removed =
       std::erase_if(list->second, [&id](const auto& highlight) { return highlight.id == id; });
-  if (removed > 0)
+  if (removed > 0) {
     encoded_.erase(messageId);
+    noteChange(id, messageId);
+  }
   if (list->second.empty())
-    byMessageId_.erase(list);
+    stored_.byMessageId.erase(list);
   save();
   if (removed > 0)
     changed.emit();
 }
 
 void HighlightStore::removeAll() {
-  byMessageId_.clear();
+  for (const auto& [messageId, list] : stored_.byMessageId)
+    for (const auto& highlight : list)
+      noteChange(highlight.id, messageId);
+  stored_.byMessageId.clear();
   encoded_.clear();
   save();
   changed.emit();
@@ -116,7 +92,7 @@ void HighlightStore::removeAll() {
 
 std::set<std::string> HighlightStore::allThreadIds() const {
   std::set<std::string> ids;
-  for (const auto& [messageId, list] : byMessageId_)
+  for (const auto& [messageId, list] : stored_.byMessageId)
     for (const auto& highlight : list)
       ids.insert(highlight.threadId);
   return ids;
@@ -124,16 +100,22 @@ std::set<std::string> HighlightStore::allThreadIds() const {
 
 std::vector<std::pair<std::string, PersistedHighlight>> HighlightStore::allHighlights() const {
   std::vector<std::pair<std::string, PersistedHighlight>> all;
-  for (const auto& [messageId, list] : byMessageId_)
+  for (const auto& [messageId, list] : stored_.byMessageId)
     for (const auto& highlight : list)
       all.emplace_back(messageId, highlight);
   return all;
 }
 
-std::string HighlightStore::encodedMap() {
-  std::size_t length = 2;
+bool HighlightStore::isUnsaved(const std::string& id, const std::string& messageId) const {
+  const auto ids = changes_.find(messageId);
+  return ids != changes_.end() && ids->second.contains(id);
+}
+
+std::string HighlightStore::encoded() {
+  const auto& further = stored_.further;
+  std::size_t length = further.size() + 3;
   auto next = encoded_.begin(); // both maps have the same order
-  for (const auto& [messageId, list] : byMessageId_) {
+  for (const auto& [messageId, list] : stored_.byMessageId) {
     const auto entry = encoded_.try_emplace(next, messageId);
     next = std::next(entry);
     auto& text = entry->second;
@@ -144,32 +126,65 @@ std::string HighlightStore::encodedMap() {
     }
     length += text.size() + 2;
   }
-  std::string map;
-  map.reserve(length);
+  std::string whole;
+  whole.reserve(length);
+  whole.append("{").append(further);
   for (const auto& [messageId, text] : encoded_)
-    map.append(map.empty() ? "{" : "],").append(text);
-  return map.append(map.empty() ? "{}" : "]}");
+    whole.append(whole.size() == 1 ? "" : ",").append(text).append("]");
+  return whole.append("}");
 }
 
 void HighlightStore::save() {
-  if (!path()) {
-    logger_.error("HighlightStore: failed to resolve Application Support URL");
+  if (batches_ > 0) {
+    isDirty_ = true;
     return;
   }
-  if (const auto saved = saving_.run(); !saved)
+  const auto saved = saving_.run();
+  if (!path())
+    logger_.error("HighlightStore: failed to resolve Application Support URL");
+  else if (!saved)
     logger_.error("HighlightStore: save failed: {}", saved.error());
+}
+
+bool HighlightStore::merge(StoredHighlights theirs) {
+  for (const auto& [messageId, ids] : changes_) {
+    auto list = merged(highlights(messageId), std::move(theirs.byMessageId[messageId]), ids);
+    if (list.empty())
+      theirs.byMessageId.erase(messageId);
+    else
+      theirs.byMessageId[messageId] = std::move(list);
+  }
+  const bool isOther = theirs.byMessageId != stored_.byMessageId;
+  stored_ = std::move(theirs);
+  if (isOther)
+    encoded_.clear();
+  return isOther;
 }
 
 platform::RetriedSave::Result HighlightStore::write() {
   const auto file = path();
   if (!file)
     return std::unexpected("there is no folder for highlights");
-  const auto saved = files_.replaceKnown(*file, encodedMap(), known_, cantRead_ ? "damaged" : "other");
+  bool hasMerged = false;
+  const auto content = [&](const std::expected<std::string, platform::FileError>* other) {
+    bool isDamaged = false;
+    if (other) {
+      auto theirs = *other ? StoredHighlights::decode(**other) : std::unexpected(other->error().description);
+      isDamaged = !theirs;
+      if (theirs)
+        hasMerged = merge(std::move(*theirs)) || hasMerged;
+    }
+    return platform::FileStore::Content{encoded(), isDamaged};
+  };
+  const auto saved = files_.replaceShared(*file, content, known_);
+  if (saved)
+    changes_.clear();
+  if (hasMerged)
+    changed.emit();
   if (!saved)
     return std::unexpected(saved.error().description);
-  cantRead_ = false;
   if (*saved)
-    logger_.notice("HighlightStore: what was saved there by another is kept as {}", **saved);
+    logger_.notice("HighlightStore: what can't be read is kept as {}", **saved);
   return {};
 }
 

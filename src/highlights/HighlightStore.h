@@ -2,7 +2,7 @@
 
 #include "base/Event.h"
 #include "base/Log.h"
-#include "highlights/PersistedHighlight.h"
+#include "highlights/StoredHighlights.h"
 #include "platform/FileStore.h"
 #include "platform/RetriedSave.h"
 
@@ -16,23 +16,36 @@
 namespace ondrel::highlights {
 
 // The user's highlights by the Message-ID of their message, in memory and in highlights.json, which is saved
-// with each change, and later when that fails. A list is never empty. What stands in the file's place and
-// isn't what this store has read or saved there (it can't be decoded, or a second copy of the program has
-// saved it) is kept beside it before a save replaces it. One for the process, main thread only; reads the
-// file when it is made.
+// with each change, and later when that fails. A list is never empty. What a second copy of the program has
+// saved there meanwhile is merged by id before it is replaced: only what was added or removed here since the
+// last reading or saving is as it is here. What can't be decoded is kept beside. One for the process, main
+// thread only; reads the file when it is made.
 class HighlightStore {
  public:
   using ByMessageId = std::map<std::string, std::vector<PersistedHighlight>>;
 
+  // While one lives, changes are not saved; the last one to go saves them all at once.
+  class Batch {
+   public:
+    explicit Batch(HighlightStore& store);
+    Batch(const Batch&) = delete;
+    Batch& operator=(const Batch&) = delete;
+    ~Batch();
+
+   private:
+    HighlightStore& store_;
+  };
+
   // Both outlive it.
   HighlightStore(platform::Directories& directories, platform::FileStore& files);
 
-  const ByMessageId& byMessageId() const { return byMessageId_; }
+  const ByMessageId& byMessageId() const { return stored_.byMessageId; }
   // Of one message; empty where there are none.
   const std::vector<PersistedHighlight>& highlights(const std::string& messageId) const;
 
   void add(PersistedHighlight highlight, const std::string& messageId);
   void remove(const std::string& id, const std::string& messageId);
+  // All that is known here: what another copy has saved since the last reading stays.
   void removeAll();
 
   std::set<std::string> allThreadIds() const;
@@ -40,25 +53,33 @@ class HighlightStore {
 
   // Of the file.
   platform::RetriedSave& saving() { return saving_; }
+  // Of that highlight the file doesn't know yet what has become of it here.
+  bool isUnsaved(const std::string& id, const std::string& messageId) const;
 
-  base::Event<> changed; // after the map has changed, whether it could be saved or not
+  // After the map has changed, whether it could be saved or not. Who hears it changes nothing here at once.
+  base::Event<> changed;
 
  private:
   std::optional<std::string> path() const;
   void load();
   void save();
   platform::RetriedSave::Result write();
-  std::string encodedMap();
+  // Whether that has changed something.
+  bool merge(StoredHighlights theirs);
+  void noteChange(const std::string& id, const std::string& messageId) { changes_[messageId].insert(id); }
+  std::string encoded();
 
   base::Logger logger_{"system"};
   platform::Directories& directories_;
   platform::FileStore& files_;
-  ByMessageId byMessageId_;
+  StoredHighlights stored_;
   // Each message's member of the file but for the last bracket, since the file is written anew with each
   // change. Those that aren't here are made when they are needed.
   std::map<std::string, std::string> encoded_;
-  std::optional<platform::FileVersion> known_; // what we have read or saved last
-  bool cantRead_ = false;                      // there was a file, and nothing of it could be used
+  std::optional<platform::FileVersion> known_;           // what we have read or saved last
+  std::map<std::string, std::set<std::string>> changes_; // ids added or removed since, by Message-ID
+  int batches_ = 0;
+  bool isDirty_ = false; // in a batch
   platform::RetriedSave saving_;
 };
 

@@ -1,10 +1,13 @@
 #include "highlights/PersistedHighlight.h"
 
+#include "base/Json.h"
 #include "highlights/HighlightAnchor.h"
 
 #include <boost/json/object.hpp>
+#include <boost/json/parse.hpp>
 #include <boost/json/value.hpp>
 
+#include <algorithm>
 #include <cmath>
 #include <utility>
 
@@ -39,6 +42,16 @@ bool read(const json::object& record, std::string_view key, double& field) {
   return std::isfinite(field);
 }
 
+// All of the member is in a field. A quote that has more to it is kept as it is, too.
+bool isKnown(const json::key_value_pair& member, bool hasQuote) {
+  static constexpr std::string_view keys[] = {"id",     "threadId",        "exact",    "prefix",
+                                              "suffix", "occurrenceIndex", "createdAt"};
+  const std::string_view key = member.key();
+  if (key == "quote")
+    return hasQuote && member.value().get_object().size() == 3;
+  return std::ranges::count(keys, key) > 0;
+}
+
 } // namespace
 
 PersistedHighlight PersistedHighlight::from(HighlightAnchor anchor, std::string threadId, double createdAt) {
@@ -69,6 +82,9 @@ json::object PersistedHighlight::encodeWhole() const {
   auto record = encode();
   if (quote)
     record.emplace("quote", quote->encode());
+  if (!further.empty())
+    for (const auto& member : json::parse(further).as_object())
+      record.insert_or_assign(member.key(), member.value());
   return record;
 }
 
@@ -83,6 +99,12 @@ std::optional<PersistedHighlight> PersistedHighlight::decode(const json::value& 
     return std::nullopt;
   if (const auto* quote = record->if_contains("quote"))
     highlight.quote = HighlightQuote::decode(*quote);
+  json::object further;
+  for (const auto& member : *record)
+    if (!isKnown(member, highlight.quote.has_value()))
+      further.emplace(member.key(), member.value());
+  if (!further.empty())
+    highlight.further = base::jsonText(further);
   return highlight;
 }
 

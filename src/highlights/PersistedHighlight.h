@@ -24,10 +24,12 @@ struct PersistedHighlight {
 
   // For readers, where it differs from the texts by which pages find the place.
   std::optional<HighlightQuote> quote = std::nullopt;
+  // Members that only a later version of the program knows, as a JSON object; empty for none.
+  std::string further = {};
 
   static PersistedHighlight from(HighlightAnchor anchor, std::string threadId, double createdAt);
 
-  // The seven keys without the quote, in the order of the fields: what pages get.
+  // The seven keys in the order of the fields: what pages get.
   boost::json::object encode() const;
   // All of it: what is kept in files.
   boost::json::object encodeWhole() const;

@@ -2,9 +2,11 @@
 
 #include <cstdint>
 #include <expected>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace ondrel::platform {
 
@@ -33,14 +35,21 @@ class FileStore {
   // mixture. Makes missing folders.
   virtual std::expected<void, FileError> writeAtomically(const std::string& path,
                                                          std::string_view content) = 0;
-  // The same, but what is in the file's place and isn't `known` is kept beside it first, under a free name
-  // that says why ("other", say): that path, if there was one. `known` becomes the new version as soon as
-  // that is in place, also where an error follows. Several processes may do this at once, and none of them
-  // loses the last version of another.
-  virtual std::expected<std::optional<std::string>, FileError> replaceKnown(const std::string& path,
-                                                                            std::string_view content,
-                                                                            std::optional<FileVersion>& known,
-                                                                            std::string_view why) = 0;
+  // What replaceShared() is to write.
+  struct Content {
+    std::string text;
+    bool keepsOther = false; // what is there is damaged: it is kept beside first
+  };
+  // Gets what stands in the file's place and isn't what this process has read or saved there last, an error
+  // if that can't be read; null if there is no such thing.
+  using MakeContent = std::function<Content(const std::expected<std::string, FileError>* other)>;
+  // As writeAtomically, for a file that other processes of this program save too: nothing is replaced that
+  // `make` hasn't seen, so it may be asked again. `known` tells what was read or saved last, and becomes the
+  // new version as soon as that is in place, also where an error follows. Links are followed, and the mode
+  // behind them is kept; a folder that is missing there is an error. The path of what was kept beside
+  // ("<path>.damaged-<n>"), if there was something.
+  virtual std::expected<std::optional<std::string>, FileError>
+  replaceShared(const std::string& path, const MakeContent& make, std::optional<FileVersion>& known) = 0;
   // Absent where there is no file, or none that can be looked at.
   virtual std::optional<FileVersion> version(const std::string& path) = 0;
   // As writeAtomically, for a file that is another program's too: links are followed, the file's mode is
@@ -48,6 +57,9 @@ class FileStore {
   virtual std::expected<void, FileError> rewriteShared(const std::string& path, std::string_view content) = 0;
   // Moves a damaged file out of the way under a free name beside it; the new path.
   virtual std::expected<std::string, FileError> keepAside(const std::string& path) = 0;
+  // What was kept beside this file in its time, and beside the one that it leads to if it is a link; the
+  // newest first.
+  virtual std::vector<std::string> keptAside(const std::string& path) = 0;
   virtual bool exists(const std::string& path) = 0;
   virtual std::expected<void, FileError> removeRecursively(const std::string& path) = 0;
 };

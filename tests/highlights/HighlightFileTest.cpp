@@ -104,20 +104,24 @@ TEST_F(HighlightFileTest, NothingSavedIsLostWhenTheProgramIsKilled) {
   EXPECT_LE(folder.names().size(), 2U) << "no more than the last save that broke off is left over";
 }
 
-TEST_F(HighlightFileTest, TwoCopiesAtOnceLoseNothingOfEachOther) {
-  const auto one = start("one", "60");
-  const auto two = start("two", "60");
-  int status = 0;
-  auto saved = finish(one, status);
-  EXPECT_EQ(status, 0);
-  saved.merge(finish(two, status));
-  EXPECT_EQ(status, 0);
-  EXPECT_EQ(saved.size(), 120U);
-  Ids found;
-  for (const auto& name : folder.names())
-    found.merge(ids(name));
-  EXPECT_EQ(found, saved);
-  EXPECT_LE(folder.names().size(), 1U + platform::AsideFile::mostKept);
+TEST_F(HighlightFileTest, TwoCopiesAtOnceLoseNothingOfEachOtherBehindALinkToo) {
+  for (const bool behindLink : {false, true}) {
+    fs::create_directory(folder.file("synced"));
+    if (behindLink)
+      fs::create_symlink("synced/ours.json", folder.file("highlights.json"));
+    const auto one = start("one", "60");
+    const auto two = start("two", "60");
+    int status = 0;
+    auto saved = finish(one, status);
+    EXPECT_EQ(status, 0);
+    saved.merge(finish(two, status));
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(saved.size(), 120U);
+    EXPECT_EQ(ids("highlights.json"), saved);
+    EXPECT_EQ(fs::is_symlink(folder.file("highlights.json")), behindLink);
+    EXPECT_EQ(folder.names(), (Ids{"highlights.json", "synced"})) << "nothing is set aside";
+    fs::remove(folder.file("highlights.json"));
+  }
 }
 
 TEST_F(HighlightFileTest, AFullDiskLeavesTheLastSave) {
@@ -152,7 +156,7 @@ TEST_F(HighlightFileTest, AFullDiskLeavesTheLastSave) {
   EXPECT_EQ(ids("highlights.json").size(), 11U);
 }
 
-TEST_F(HighlightFileTest, KeepsAFewVersionsOfOthersAndEachOnce) {
+TEST_F(HighlightFileTest, KeepsAFewDamagedVersionsAndEachOnce) {
   HighlightStore store(directories, files);
   for (int version = 1; version <= platform::AsideFile::mostKept + 1; ++version) {
     folder.write("theirs", "theirs " + std::to_string(version));
@@ -163,8 +167,8 @@ TEST_F(HighlightFileTest, KeepsAFewVersionsOfOthersAndEachOnce) {
     store.add(highlight(std::to_string(version)), "m@x");
     store.remove("none", "m@x");
   }
-  EXPECT_EQ(folder.content("highlights.json.other-1"), "theirs 5");
-  EXPECT_EQ(folder.content("highlights.json.other-2"), "theirs 2");
+  EXPECT_EQ(folder.content("highlights.json.damaged-1"), "theirs 5");
+  EXPECT_EQ(folder.content("highlights.json.damaged-2"), "theirs 2");
   EXPECT_EQ(folder.names().size(), 1U + platform::AsideFile::mostKept);
   EXPECT_EQ(ids("highlights.json"), (Ids{"1", "2", "3", "4", "5"}));
 }

@@ -6,6 +6,7 @@
 #include "support/LogCapture.h"
 
 #include <boost/json/object.hpp>
+#include <boost/json/parse.hpp>
 #include <boost/json/serialize.hpp>
 #include <gtest/gtest.h>
 
@@ -84,7 +85,6 @@ TEST_F(HighlightStoreTest, ADamagedFileEmptiesTheStoreAndIsKeptBeforeTheFirstSav
                                 "{",
                                 "[]",
                                 "null",
-                                R"({"m@x":1})",
                                 R"({"m@x":[1]})",
                                 "{\"m\xFF@x\":[]}",
                                 std::string(100, '[') + std::string(100, ']'),
@@ -112,9 +112,10 @@ TEST_F(HighlightStoreTest, ADamagedFileEmptiesTheStoreAndIsKeptBeforeTheFirstSav
     store->add(highlight("newer"), "m@x");
     EXPECT_EQ(files.files[path + ".damaged-1"], content);
     EXPECT_EQ(files.files.size(), 2U);
-    files.files[path] = "of another";
+    files.files[path] = content;
     store->add(highlight("newest"), "m@x");
-    EXPECT_EQ(files.files[path + ".other-1"], "of another") << "ours was damaged, not this";
+    EXPECT_EQ(files.files[path + ".damaged-2"], content) << "damaged while we ran";
+    EXPECT_EQ(ids("m@x"), (std::vector<std::string>{"new", "newer", "newest"}));
   }
 
   files.files = {{path, "secret"}};
@@ -167,6 +168,7 @@ TEST_F(HighlightStoreTest, AFailedSaveLeavesMemoryAndTheOldFile) {
   files.support.reset();
   store->add(highlight("c"), "m@x");
   EXPECT_EQ(log.count("error system: HighlightStore: failed to resolve Application Support URL"), 1);
+  EXPECT_EQ(store->saving().problem()->value(), "there is no folder for highlights") << "as it is told";
   files.support = "/data";
   store->remove("a", "m@x");
   open();
@@ -174,25 +176,113 @@ TEST_F(HighlightStoreTest, AFailedSaveLeavesMemoryAndTheOldFile) {
   EXPECT_EQ(files.files.size(), 1U);
 }
 
-TEST_F(HighlightStoreTest, WhatAnotherCopyHasSavedIsKept) {
-  open();
-  store->add(highlight("ours"), "m@x");
-  HighlightStore other(files, files);
-  other.add(highlight("theirs"), "m@x");
-  const auto theirs = file();
-  store->add(highlight("ours too"), "m@x");
-  store->add(highlight("and this"), "m@x");
-  EXPECT_EQ(files.files[path + ".other-1"], theirs);
-  EXPECT_EQ(files.files.size(), 2U) << "our own saves are not kept";
-  other.add(highlight("theirs too"), "m@x");
-  EXPECT_TRUE(files.files[path + ".other-2"].contains("and this"));
-  EXPECT_TRUE(file().contains("theirs too"));
+TEST_F(HighlightStoreTest, WhatAnotherCopyHasSavedIsMergedById) {
+  using Change = std::function<void(HighlightStore&)>;
+  const auto add = [](const char* id) { return [id](auto& copy) { copy.add(highlight(id), "m@x"); }; };
+  const auto remove = [](const char* id) { return [id](auto& copy) { copy.remove(id, "m@x"); }; };
+  const auto removeAll = [](auto& copy) { copy.removeAll(); };
+  const auto readd = [](auto& copy) {
+    const HighlightStore::Batch batch(copy);
+    copy.remove("a", "m@x");
+    copy.add(highlight("a"), "m@x");
+  };
+  struct Case {
+    std::vector<Change> theirs;
+    Change ours;
+    std::vector<std::string> result; // both had a, b, c
+  };
+  const Case cases[] = {
+      {{add("t")}, add("o"), {"a", "b", "c", "o", "t"}},
+      {{remove("a"), add("t")}, add("o"), {"b", "c", "o", "t"}},
+      {{add("t")}, remove("a"), {"b", "c", "t"}},
+      {{remove("a")}, remove("b"), {"c"}},
+      {{remove("a"), remove("b")}, remove("c"), {}},
+      {{add("t")}, removeAll, {"t"}},
+      {{removeAll}, add("o"), {"o"}},
+      {{removeAll}, readd, {"a"}},
+      {{add("t"), add("o")}, add("o"), {"a", "b", "c", "t", "o"}},
+      {{remove("b"), add("b")}, remove("x"), {"a", "c", "b"}},
+  };
+  for (const auto& each : cases) {
+    files.files.clear();
+    open();
+    for (const auto* id : {"a", "b", "c"})
+      store->add(highlight(id), "m@x");
+    HighlightStore other(files, files);
+    for (const auto& change : each.theirs)
+      change(other);
+    other.add(highlight("theirs"), "t@x");
+    int changes = 0;
+    const auto subscription = store->changed.subscribe([&] { ++changes; });
+    each.ours(*store);
+    EXPECT_EQ(ids("m@x"), each.result) << &each - cases;
+    EXPECT_EQ(ids("t@x"), std::vector<std::string>{"theirs"});
+    EXPECT_GE(changes, 1);
+    EXPECT_EQ(files.files.size(), 1U) << "nothing is set aside";
+    const auto merged = store->byMessageId();
+    EXPECT_EQ(open().byMessageId(), merged) << file();
+  }
+}
 
-  files.afterRead = [this] { files.files[path] = "put there while it was read"; };
+TEST_F(HighlightStoreTest, MergesWhatComesWhileItReadsOrCantSave) {
   open();
-  files.afterRead = nullptr;
-  store->add(highlight("late"), "m@x");
-  EXPECT_EQ(files.files[path + ".other-3"], "put there while it was read");
+  store->add(highlight("a"), "m@x");
+  HighlightStore(files, files).add(highlight("b"), "m@x");
+  // A third one saves while we read the second one's.
+  files.afterRead = [this] {
+    files.afterRead = nullptr;
+    HighlightStore(files, files).add(highlight("c"), "m@x");
+  };
+  store->add(highlight("d"), "m@x");
+  EXPECT_EQ(ids("m@x"), (std::vector<std::string>{"a", "d", "b", "c"}));
+
+  HighlightStore(files, files).remove("b", "m@x");
+  files.full = true;
+  store->remove("c", "m@x");
+  store->add(highlight("e"), "m@x");
+  EXPECT_TRUE(store->isUnsaved("e", "m@x") && store->isUnsaved("c", "m@x"));
+  EXPECT_FALSE(store->isUnsaved("a", "m@x"));
+  files.full = false;
+  HighlightStore(files, files).add(highlight("f"), "m@x");
+  loop.advance(platform::RetriedSave::firstRetry);
+  EXPECT_EQ(ids("m@x"), (std::vector<std::string>{"a", "d", "e", "f"}));
+  EXPECT_FALSE(store->isUnsaved("e", "m@x"));
+  EXPECT_EQ(open().highlights("m@x").size(), 4U);
+}
+
+TEST_F(HighlightStoreTest, WhatALaterVersionHasWrittenSurvives) {
+  const auto later = [](const std::string& note) {
+    return R"({"version":{"of":[1.5]},"m@x":[)" + oneRecord.substr(0, oneRecord.size() - 1) +
+           R"(,"quote":{"prefix":"","exact":"words","suffix":"","lang":"de"},"note":")" + note +
+           R"(","tags":["a",{}]}],"empty":null})";
+  };
+  files.files[path] = later("one");
+  open();
+  EXPECT_EQ(store->highlights("m@x").front().quote->exact, "words");
+  files.files[path] = later("two");
+  store->add(highlight("new"), "m@x");
+  store->remove("new", "m@x");
+  EXPECT_EQ(boost::json::parse(file()), boost::json::parse(later("two")));
+  store->removeAll();
+  EXPECT_EQ(boost::json::parse(file()), boost::json::parse(R"({"version":{"of":[1.5]},"empty":null})"));
+}
+
+TEST_F(HighlightStoreTest, ABatchIsOneSave) {
+  open();
+  {
+    const HighlightStore::Batch batch(*store);
+    for (const auto* id : {"a", "b", "c"})
+      store->add(highlight(id), "m@x");
+    const HighlightStore::Batch inner(*store);
+    store->remove("b", "m@x");
+    EXPECT_EQ(files.writes, 0);
+  }
+  EXPECT_EQ(files.writes, 1);
+  EXPECT_EQ(open().highlights("m@x").size(), 2U);
+  {
+    const HighlightStore::Batch idle(*store);
+  }
+  EXPECT_EQ(files.writes, 1);
 }
 
 TEST_F(HighlightStoreTest, EveryTextComesBackAsItWas) {

@@ -82,6 +82,46 @@ TEST_F(FileStoreTest, RewritesTheTargetOfALinkInItsMode) {
   EXPECT_EQ(mode(folder.file("to come")), 0600U);
 }
 
+TEST_F(FileStoreTest, ReplacesWhatOthersSaveOnlyWhenTheyWereSeen) {
+  const auto path = folder.file("ours.json");
+  std::vector<std::string> seen;
+  std::function<void()> meanwhile = [] {};
+  const auto make = [&](const std::expected<std::string, FileError>* other) {
+    seen.push_back(other ? other->value_or("unreadable") : "nothing");
+    std::exchange(meanwhile, [] {})();
+    return FileStore::Content{"ours " + seen.back(), seen.back() == "damaged"};
+  };
+  std::optional<FileVersion> known;
+  ASSERT_TRUE(store.replaceShared(path, make, known));
+  ASSERT_TRUE(store.replaceShared(path, make, known));
+  EXPECT_EQ(seen, (std::vector<std::string>{"nothing", "nothing"}));
+  meanwhile = [&] { ASSERT_TRUE(store.writeAtomically(path, "theirs")); };
+  ASSERT_TRUE(store.replaceShared(path, make, known));
+  EXPECT_EQ(folder.content("ours.json"), "ours theirs");
+
+  // Behind a link, whose target has a mode of its own.
+  fs::create_directory(folder.file("synced"));
+  folder.write("synced/real", "damaged");
+  fs::permissions(folder.file("synced/real"), fs::perms(0640));
+  fs::create_symlink("synced/real", folder.file("link"));
+  known = {};
+  const auto kept = folder.file("synced/real.damaged-1");
+  EXPECT_EQ(store.replaceShared(folder.file("link"), make, known).value(), kept);
+  EXPECT_TRUE(fs::is_symlink(folder.file("link")));
+  EXPECT_EQ(folder.content("synced/real"), "ours damaged");
+  EXPECT_EQ(mode(folder.file("synced/real")), 0640U);
+  EXPECT_EQ(folder.content("synced/real.damaged-1"), "damaged");
+  folder.write("link.other-1", "older");
+  fs::last_write_time(folder.file("link.other-1"), fs::file_time_type::clock::now() - std::chrono::hours(1));
+  folder.write("link.other-x", "no number");
+  const auto beside = store.keptAside(folder.file("link"));
+  EXPECT_EQ(Names(beside.begin(), beside.end()), (Names{kept, folder.file("link.other-1")}));
+
+  fs::create_symlink("missing/real", folder.file("astray"));
+  EXPECT_FALSE(store.replaceShared(folder.file("astray"), make, known)) << "a disk that isn't there";
+  EXPECT_FALSE(fs::exists(folder.file("missing")));
+}
+
 TEST_F(FileStoreTest, TellsWhatCannotBeDone) {
   folder.write("file", "x");
   fs::create_directory(folder.file("folder"));

@@ -31,11 +31,10 @@ class CountingStore final : public FileStore {
   std::expected<void, FileError> rewriteShared(const std::string& path, std::string_view content) override {
     return writeAtomically(path, content);
   }
-  std::expected<std::optional<std::string>, FileError> replaceKnown(const std::string& path,
-                                                                    std::string_view content,
-                                                                    std::optional<FileVersion>& known,
-                                                                    std::string_view why) override {
-    return files_.replaceKnown(path, content, known, why);
+  std::expected<std::optional<std::string>, FileError>
+  replaceShared(const std::string& path, const MakeContent& make,
+                std::optional<FileVersion>& known) override {
+    return files_.replaceShared(path, make, known);
   }
   std::optional<FileVersion> version(const std::string& path) override { return files_.version(path); }
   std::expected<std::string, FileError> keepAside(const std::string& path) override {
@@ -43,6 +42,7 @@ class CountingStore final : public FileStore {
       return std::unexpected(FileError{false, "disk full"});
     return files_.keepAside(path);
   }
+  std::vector<std::string> keptAside(const std::string& path) override { return files_.keptAside(path); }
   bool exists(const std::string& path) override { return files_.exists(path); }
   std::expected<void, FileError> removeRecursively(const std::string& path) override {
     return files_.removeRecursively(path);

@@ -139,17 +139,24 @@ class FakeFiles final : public platform::FileStore, public platform::Directories
     return writeAtomically(path, content);
   }
   std::expected<std::optional<std::string>, platform::FileError>
-  replaceKnown(const std::string& path, std::string_view content, std::optional<platform::FileVersion>& known,
-               std::string_view why) override {
+  replaceShared(const std::string& path, const MakeContent& make,
+                std::optional<platform::FileVersion>& known) override {
+    const auto there = version(path);
+    std::optional<std::expected<std::string, platform::FileError>> other;
+    if (there && there != known)
+      other = read(path);
+    const auto content = make(other ? &*other : nullptr);
+    if (version(path) != there)
+      return replaceShared(path, make, known);
     std::optional<std::string> kept;
-    if (const auto there = version(path); !full && there && there != known) {
+    if (content.keepsOther && there && !full) {
       int number = 1;
       do
-        kept = path + "." + std::string(why) + "-" + std::to_string(number++);
+        kept = path + ".damaged-" + std::to_string(number++);
       while (files.contains(*kept));
       files[*kept] = files[path];
     }
-    if (auto written = writeAtomically(path, content); !written)
+    if (auto written = writeAtomically(path, content.text); !written)
       return std::unexpected(written.error());
     known = version(path);
     return kept;
@@ -165,6 +172,13 @@ class FakeFiles final : public platform::FileStore, public platform::Directories
     const auto kept = path + ".damaged-1";
     files[kept] = files[path];
     files.erase(path);
+    return kept;
+  }
+  std::vector<std::string> keptAside(const std::string& path) override {
+    std::vector<std::string> kept;
+    for (const auto& [name, content] : files)
+      if (name.starts_with(path + ".damaged-") || name.starts_with(path + ".other-"))
+        kept.push_back(name);
     return kept;
   }
   bool exists(const std::string& path) override { return files.contains(path); }

@@ -2,9 +2,11 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <fcntl.h>
+#include <functional>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
@@ -64,6 +66,21 @@ std::expected<std::string, int> AsideFile::link() const {
   if (!hasNoLinks || std::rename(path_.c_str(), target.c_str()) != 0)
     return std::unexpected(errno);
   return target;
+}
+
+std::vector<std::string> AsideFile::all(const std::string& path) {
+  std::vector<std::pair<std::int64_t, std::string>> found;
+  for (const auto* why : {"damaged", "other"})
+    for (int n = 1; n <= mostKept; ++n) {
+      auto candidate = fmt::format("{}.{}-{}", path, why, n);
+      if (const auto version = fileVersion(candidate))
+        found.emplace_back(version->modified, std::move(candidate));
+    }
+  std::ranges::sort(found, std::greater<>(), &std::pair<std::int64_t, std::string>::first);
+  std::vector<std::string> paths;
+  for (auto& [time, name] : found)
+    paths.push_back(std::move(name));
+  return paths;
 }
 
 std::expected<FileVersion, int> fileVersion(const std::string& path) {

@@ -5,6 +5,7 @@
 #include <expected>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace ondrel::platform {
 
@@ -20,6 +21,9 @@ class AsideFile {
   std::expected<std::string, int> move() const;
   // The file is there too, and stays where it is.
   std::expected<std::string, int> link() const;
+
+  // All that is kept of a file for whatever reason, the newest first.
+  static std::vector<std::string> all(const std::string& path);
 
  private:
   std::string place() const;

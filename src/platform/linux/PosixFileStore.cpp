@@ -5,11 +5,13 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <fcntl.h>
 #include <filesystem>
+#include <iterator>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -77,23 +79,29 @@ int moveInto(TemporaryFile& temporary, const std::string& name, int) {
 }
 
 // Keeps the other copies of this program out for a moment. Where there are no locks, or where a copy that was
-// stopped holds it, the work goes on without: it is the guard of a gap of microseconds.
+// stopped holds it, the work goes on without: what has come meanwhile is noticed all the same.
 class FolderLock {
  public:
-  explicit FolderLock(int folder) : folder_(folder) {
-    for (int attempt = 0; attempt < 1000; ++attempt) {
-      if (flock(folder_, LOCK_EX | LOCK_NB) == 0 || (errno != EWOULDBLOCK && errno != EINTR))
+  explicit FolderLock(const std::string& folder)
+      : folder_(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
+    for (int attempt = 0; folder_ && attempt < 1000; ++attempt) {
+      if (flock(folder_.get(), LOCK_EX | LOCK_NB) == 0 || (errno != EWOULDBLOCK && errno != EINTR))
         return;
       usleep(1000);
     }
   }
-  FolderLock(const FolderLock&) = delete;
-  FolderLock& operator=(const FolderLock&) = delete;
-  ~FolderLock() { flock(folder_, LOCK_UN); }
 
  private:
-  int folder_;
+  UniqueFd folder_; // unlocked when it is closed
 };
+
+// 0, or the error number.
+int takeModeOf(const std::string& path, TemporaryFile& temporary) {
+  struct stat status{};
+  if (stat(path.c_str(), &status) != 0)
+    return errno;
+  return temporary.setMode(status.st_mode & 0777);
+}
 
 } // namespace
 
@@ -152,30 +160,57 @@ std::expected<void, FileError> PosixFileStore::rewriteShared(const std::string& 
 }
 
 std::expected<std::optional<std::string>, FileError>
-PosixFileStore::replaceKnown(const std::string& path, std::string_view content,
-                             std::optional<FileVersion>& known, std::string_view why) {
-  std::optional<std::string> kept;
-  const auto move = [&](TemporaryFile& temporary, const std::string& name, int folder) {
-    // From the look at what is there until the new file is in place, no other process may do the same.
+PosixFileStore::replaceShared(const std::string& path, const MakeContent& make,
+                              std::optional<FileVersion>& known) {
+  const auto target = followed(path);
+  if (!target)
+    return failure("can't follow the links of", path, target.error());
+  const auto folder = split(*target).folder;
+  const bool isLink = *target != path;
+  // Where it leads may be a disk that isn't there at the moment.
+  if (isLink && !exists(folder))
+    return failure("can't open the folder", folder, ENOENT);
+
+  constexpr int mostAttempts = 20;
+  for (int attempt = 0; attempt < mostAttempts; ++attempt) {
+    // From the look at what is there until the new file is in place, no other copy may do the same.
     const FolderLock lock(folder);
-    const auto there = fileVersion(path);
+    const auto there = fileVersion(*target);
     if (!there && there.error() != ENOENT)
-      return there.error();
-    if (there && *there != known) {
-      const auto place = AsideFile(path, why).link();
-      if (!place && place.error() != ENOENT) // which another copy has moved aside by now
-        return place.error();
-      if (place)
+      return failure("can't look at", path, there.error());
+    std::optional<std::expected<std::string, FileError>> other;
+    if (there && *there != known)
+      other = read(*target);
+    if (other && !*other && other->error().notFound)
+      continue;
+    const auto content = make(other ? &*other : nullptr);
+
+    bool isOvertaken = false;
+    std::optional<std::string> kept;
+    const auto move = [&](TemporaryFile& temporary, const std::string& name, int folderFile) {
+      if (const int error = isLink && there ? takeModeOf(*target, temporary) : 0)
+        return error;
+      const auto now = fileVersion(*target);
+      isOvertaken = now != there;
+      if (isOvertaken)
+        return now || now.error() == ENOENT ? 0 : now.error();
+      if (content.keepsOther && there) {
+        const auto place = AsideFile(*target, "damaged").link();
+        if (!place)
+          return place.error();
         kept = *place;
-    }
-    const int error = moveInto(temporary, name, folder);
-    if (!error)
-      known = version(path);
-    return error;
-  };
-  if (auto replaced = replace(path, content, move); !replaced)
-    return std::unexpected(std::move(replaced.error()));
-  return kept;
+      }
+      const int error = moveInto(temporary, name, folderFile);
+      if (!error)
+        known = version(*target);
+      return error;
+    };
+    if (auto replaced = replace(*target, content.text, move); !replaced)
+      return std::unexpected(std::move(replaced.error()));
+    if (!isOvertaken)
+      return kept;
+  }
+  return std::unexpected(FileError{false, fmt::format("{} is being changed by other programs", path)});
 }
 
 std::expected<void, FileError> PosixFileStore::replace(const std::string& path, std::string_view content,
@@ -206,6 +241,13 @@ std::expected<std::string, FileError> PosixFileStore::keepAside(const std::strin
   if (!kept)
     return failure("can't move aside", path, kept.error());
   return std::move(*kept);
+}
+
+std::vector<std::string> PosixFileStore::keptAside(const std::string& path) {
+  auto kept = AsideFile::all(path);
+  if (const auto target = followed(path); target && *target != path)
+    std::ranges::move(AsideFile::all(*target), std::back_inserter(kept));
+  return kept;
 }
 
 std::optional<FileVersion> PosixFileStore::version(const std::string& path) {

@@ -7,6 +7,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <vector>
 
 namespace ondrel::platform {
 
@@ -24,14 +25,13 @@ class PosixFileStore final : public FileStore {
   std::expected<void, FileError> writeAtomically(const std::string& path, std::string_view content) override;
   // Owner, access lists and hard links of the old file are not kept.
   std::expected<void, FileError> rewriteShared(const std::string& path, std::string_view content) override;
-  // What is kept is "<path>.<why>-<n>", n from 1, and so few as of damaged ones.
-  std::expected<std::optional<std::string>, FileError> replaceKnown(const std::string& path,
-                                                                    std::string_view content,
-                                                                    std::optional<FileVersion>& known,
-                                                                    std::string_view why) override;
+  // As many files are kept as of damaged ones.
+  std::expected<std::optional<std::string>, FileError>
+  replaceShared(const std::string& path, const MakeContent& make, std::optional<FileVersion>& known) override;
   std::optional<FileVersion> version(const std::string& path) override;
   // The new path is "<path>.damaged-<n>", n from 1.
   std::expected<std::string, FileError> keepAside(const std::string& path) override;
+  std::vector<std::string> keptAside(const std::string& path) override;
   bool exists(const std::string& path) override;
   // Links are removed, not followed. What isn't there counts as removed.
   std::expected<void, FileError> removeRecursively(const std::string& path) override;

@@ -1,6 +1,6 @@
 // Saves one file: file_probe PATH SIZE [forever|known]. The content is SIZE times the same letter; with
 // "forever" it saves again and again, with letters and sizes that change, with "known" it keeps what is there
-// as another's. Exit status 1 tells that the save failed.
+// as something damaged. Exit status 1 tells that the save failed.
 
 #include "platform/linux/PosixFileStore.h"
 
@@ -14,7 +14,8 @@ static std::optional<FileError> save(PosixFileStore& store, const std::string& p
                                      const std::string& content, bool keeps) {
   if (keeps) {
     std::optional<FileVersion> none;
-    const auto saved = store.replaceKnown(path, content, none, "other");
+    const auto saved = store.replaceShared(
+        path, [&](const auto* other) { return FileStore::Content{content, other != nullptr}; }, none);
     return saved ? std::nullopt : std::optional(saved.error());
   }
   const auto saved = store.writeAtomically(path, content);
