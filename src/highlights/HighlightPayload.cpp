@@ -79,7 +79,7 @@ std::optional<std::string_view> findPayload(std::string_view document) {
 PayloadDecoder::State PayloadDecoder::step() {
   if (state_ != State::working)
     return state_;
-  if (!hasJSON_)
+  if (!scanner_)
     decodeBase64();
   else
     decodeRecord();
@@ -100,77 +100,29 @@ void PayloadDecoder::decodeBase64() {
     return;
   }
   json_.append(reinterpret_cast<const char*>(bytes->data()), bytes->size());
-  hasJSON_ = base64_.empty();
+  if (base64_.empty())
+    scanner_.emplace(json_);
 }
 
 // Element by element: what belongs to one is found by its brackets and quotes alone, and whether it is good
 // JSON the parser says, so that the whole is accepted exactly when it is a good array.
 void PayloadDecoder::decodeRecord() {
-  if (!isOpen_ && !openArray()) {
-    state_ = State::corrupted;
-    return;
-  }
-  if (!isLast_) {
-    const auto element = nextElement();
-    auto record = element && element->size() <= longestRecord ? decodedRecord(*element) : std::nullopt;
-    if (!record) {
+  if (!isOpen_) {
+    isOpen_ = scanner_->take('[');
+    isLast_ = isOpen_ && scanner_->take(']');
+    if (!isOpen_)
       state_ = State::corrupted;
-      return;
-    }
-    highlights_.push_back(std::move(*record));
+  } else if (!isLast_) {
+    const auto element = scanner_->takeElement(longestRecord);
+    auto record = element ? decodedRecord(*element) : std::nullopt;
+    isLast_ = record && scanner_->take(']');
+    if (!record || (!isLast_ && !scanner_->take(',')))
+      state_ = State::corrupted;
+    else
+      highlights_.push_back(std::move(*record));
   }
-  if (isLast_) {
-    skipWhiteSpace();
-    state_ = position_ == json_.size() ? State::done : State::corrupted;
-  }
-}
-
-bool PayloadDecoder::openArray() {
-  skipWhiteSpace();
-  if (position_ == json_.size() || json_[position_] != '[')
-    return false;
-  ++position_;
-  isOpen_ = true;
-  skipWhiteSpace();
-  if (position_ < json_.size() && json_[position_] == ']') {
-    ++position_;
-    isLast_ = true;
-  }
-  return true;
-}
-
-std::optional<std::string_view> PayloadDecoder::nextElement() {
-  const auto start = position_;
-  std::size_t depth = 0;
-  for (; position_ < json_.size(); ++position_) {
-    const char c = json_[position_];
-    if (depth == 0 && (c == ',' || c == ']')) {
-      isLast_ = c == ']';
-      return std::string_view(json_).substr(start, position_++ - start);
-    }
-    if (c == '[' || c == '{')
-      ++depth;
-    else if ((c == ']' || c == '}') && depth > 0)
-      --depth;
-    else if (c == '"' && !skipString())
-      return std::nullopt;
-  }
-  return std::nullopt;
-}
-
-void PayloadDecoder::skipWhiteSpace() {
-  position_ = std::min(json_.find_first_not_of(" \t\r\n", position_), json_.size());
-}
-
-// From its first quote to its last one.
-bool PayloadDecoder::skipString() {
-  for (++position_; position_ < json_.size(); ++position_) {
-    if (json_[position_] == '"')
-      return true;
-    if (json_[position_] == '\\')
-      ++position_;
-  }
-  return false;
+  if (isLast_)
+    state_ = scanner_->isAtEnd() ? State::done : State::corrupted;
 }
 
 } // namespace ondrel::highlights

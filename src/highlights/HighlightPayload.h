@@ -1,8 +1,8 @@
 #pragma once
 
+#include "highlights/JsonScanner.h"
 #include "highlights/PersistedHighlight.h"
 
-#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -38,6 +38,8 @@ class PayloadDecoder {
 
   // The text must stay where it is until the work is done.
   explicit PayloadDecoder(std::string_view base64) : base64_(base64) {}
+  PayloadDecoder(const PayloadDecoder&) = delete;
+  PayloadDecoder& operator=(const PayloadDecoder&) = delete;
 
   // Goes on for a moment; all states but `working` are final.
   State step();
@@ -47,17 +49,12 @@ class PayloadDecoder {
  private:
   void decodeBase64();
   void decodeRecord();
-  bool openArray();
-  std::optional<std::string_view> nextElement();
-  void skipWhiteSpace();
-  bool skipString();
 
   std::string_view base64_;
   std::string json_;
-  std::size_t position_ = 0; // in json_
-  bool hasJSON_ = false;
-  bool isOpen_ = false; // behind the array's first bracket
-  bool isLast_ = false; // the array has been closed
+  std::optional<JsonScanner> scanner_; // of the JSON, once that is all there
+  bool isOpen_ = false;                // behind the array's first bracket
+  bool isLast_ = false;                // the array has been closed
   State state_ = State::working;
   std::vector<ExportedHighlight> highlights_;
 };
