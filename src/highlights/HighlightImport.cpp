@@ -4,6 +4,7 @@
 #include "async/EventLoop.h"
 #include "async/sleep.h"
 #include "base/Text.h"
+#include "highlights/HighlightSalvage.h"
 #include "highlights/HighlightStore.h"
 #include "platform/Application.h"
 #include "platform/FileReader.h"
@@ -23,6 +24,8 @@ constexpr std::uint64_t largestFile = std::uint64_t{256} << 20;
 constexpr std::string_view nothingToImport =
     "This file doesn't contain any Ondrel highlight data. If it's an older export, re-export it with the "
     "current version of Ondrel first.";
+
+constexpr std::string_view corrupted = "This file's highlight data appears to be corrupted.";
 
 // Tells when a piece of work has taken long enough for others to have their turn.
 class Slice {
@@ -48,11 +51,8 @@ std::string_view piece(std::string_view text) {
   return text.substr(0, end);
 }
 
-std::string report(std::size_t imported, std::size_t skipped) {
-  auto text = "Imported " + std::to_string(imported) + (imported == 1 ? " highlight" : " highlights");
-  if (skipped > 0)
-    text += ", skipped " + std::to_string(skipped) + " already saved";
-  return text + ".";
+std::string highlightsInWords(std::size_t count) {
+  return std::to_string(count) + (count == 1 ? " highlight" : " highlights");
 }
 
 } // namespace
@@ -67,15 +67,22 @@ async::Task<void> HighlightImport::importHighlights() {
   const auto paths = co_await services_.panels.runOpenPanel({.mimeTypes = {"text/html"}}, window);
   if (!paths || paths->empty())
     co_return;
+  co_await importFile(std::move(paths->front()), window);
+}
+
+async::Task<bool> HighlightImport::importFile(std::string path) {
+  return importFile(std::move(path), services_.application.mainWindow());
+}
+
+async::Task<bool> HighlightImport::importFile(std::string path, std::shared_ptr<platform::Window> window) {
   while (progress_->has_value()) {
     const bool slept = co_await async::sleep(50ms);
     if (!slept)
-      co_return;
+      co_return false;
   }
-  const auto& path = paths->front();
   stopRequested_ = false;
   progress_.set(TransferProgress{});
-  auto result = co_await importFile(path);
+  auto result = co_await mergeFile(path);
   if (result && result->imported > 0)
     co_await show(std::move(result->threadIds));
   progress_.set(std::nullopt);
@@ -84,24 +91,50 @@ async::Task<void> HighlightImport::importHighlights() {
     if (!result.error().title.empty())
       co_await services_.panels.runAlert(
           {.messageText = result.error().title, .informativeText = result.error().text}, window);
-    co_return;
+    co_return false;
   }
   logger_.info("importHighlights: imported {}, skipped {} from {}", result->imported, result->skipped, path);
-  co_await services_.panels.runAlert(
-      {.messageText = "Highlights Imported", .informativeText = report(result->imported, result->skipped)},
-      window);
+  co_await services_.panels.runAlert(report(*result), window);
+  co_return true;
+}
+
+platform::Alert HighlightImport::report(const Merged& merged) const {
+  // What could not be saved at first may be by now.
+  const auto& problem = *services_.store.saving().problem();
+  const auto unsaved =
+      problem ? std::ranges::count_if(
+                    merged.all,
+                    [this](const auto& each) { return services_.store.isUnsaved(each.first, each.second); })
+              : 0;
+  auto text = "Imported " + highlightsInWords(merged.imported);
+  if (merged.skipped > 0)
+    text +=
+        ", skipped " + std::to_string(merged.skipped) + (unsaved > 0 ? " already there" : " already saved");
+  if (unsaved > 0) {
+    const auto total = merged.imported + merged.skipped;
+    const auto which = std::cmp_less(unsaved, total) ? std::to_string(unsaved) + " of them"
+                       : total == 1                  ? std::string("it")
+                                                     : std::string("they");
+    text += ", but " + which + " could not be saved: " + *problem + ". Ondrel goes on trying";
+  }
+  text += ".";
+  if (merged.isDamaged)
+    text += " The file is damaged, and holds more that could not be read.";
+  return {.messageText = "Highlights Imported",
+          .informativeText = std::move(text),
+          .style = unsaved > 0 ? platform::AlertStyle::warning : platform::AlertStyle::informational};
 }
 
 async::Task<std::expected<HighlightImport::Merged, HighlightImport::ImportProblem>>
-HighlightImport::importFile(std::string path) {
-  auto highlights = co_await readHighlights(std::move(path));
-  if (!highlights)
-    co_return std::unexpected(std::move(highlights.error()));
-  auto merged = co_await merge(std::move(*highlights));
+HighlightImport::mergeFile(std::string path) {
+  auto read = co_await readHighlights(std::move(path));
+  if (!read)
+    co_return std::unexpected(std::move(read.error()));
+  auto merged = co_await merge(std::move(*read));
   co_return std::move(merged);
 }
 
-async::Task<std::expected<HighlightImport::Highlights, HighlightImport::ImportProblem>>
+async::Task<std::expected<HighlightImport::Read, HighlightImport::ImportProblem>>
 HighlightImport::readHighlights(std::string path) {
   const auto text = co_await readText(path);
   if (stopRequested_)
@@ -110,25 +143,43 @@ HighlightImport::readHighlights(std::string path) {
     logger_.error("importHighlights: could not read file at {}", path);
     co_return std::unexpected(ImportProblem{"Couldn't Read File", "Ondrel couldn't open that file."});
   }
-  const auto payload = findPayload(*text);
-  auto state = PayloadDecoder::State::notBase64;
+  if (HighlightSalvage::looksLikeFile(*text))
+    co_return co_await decodeStoreFile(*text, std::move(path));
+  co_return co_await decodeExport(*text, std::move(path));
+}
+
+async::Task<std::expected<HighlightImport::Read, HighlightImport::ImportProblem>>
+HighlightImport::decodeExport(const std::string& text, std::string path) {
+  const auto payload = findPayload(text);
   PayloadDecoder decoder(payload.value_or(std::string_view()));
-  if (payload)
-    state = co_await decode(decoder);
-  switch (state) {
-  case PayloadDecoder::State::working:
-    break;
-  case PayloadDecoder::State::done:
-    co_return decoder.take();
-  case PayloadDecoder::State::notBase64:
+  const bool isRead =
+      co_await inSlices([&decoder] { return decoder.step() == PayloadDecoder::State::working; });
+  if (!isRead)
+    co_return std::unexpected(ImportProblem{});
+  if (!payload || decoder.step() == PayloadDecoder::State::notBase64) {
     logger_.error("importHighlights: no highlight data payload found in {}", path);
     co_return std::unexpected(ImportProblem{"Nothing to Import", std::string(nothingToImport)});
-  case PayloadDecoder::State::corrupted:
-    logger_.error("importHighlights: found a payload but couldn't decode it in {}", path);
-    co_return std::unexpected(
-        ImportProblem{"Couldn't Read Highlights", "This file's highlight data appears to be corrupted."});
   }
-  co_return std::unexpected(ImportProblem{});
+  if (decoder.step() == PayloadDecoder::State::corrupted) {
+    logger_.error("importHighlights: found a payload but couldn't decode it in {}", path);
+    co_return std::unexpected(ImportProblem{"Couldn't Read Highlights", std::string(corrupted)});
+  }
+  co_return Read{decoder.take()};
+}
+
+async::Task<std::expected<HighlightImport::Read, HighlightImport::ImportProblem>>
+HighlightImport::decodeStoreFile(const std::string& text, std::string path) {
+  HighlightSalvage salvage(text);
+  const bool isRead = co_await inSlices([&salvage] { return salvage.step(); });
+  if (!isRead)
+    co_return std::unexpected(ImportProblem{});
+  Read read{salvage.take(), salvage.isDamaged()};
+  if (!read.highlights.empty())
+    co_return std::move(read);
+  logger_.error("importHighlights: no highlights found in {}", path);
+  co_return std::unexpected(read.isDamaged
+                                ? ImportProblem{"Couldn't Read Highlights", std::string(corrupted)}
+                                : ImportProblem{"Nothing to Import", std::string(nothingToImport)});
 }
 
 async::Task<std::optional<std::string>> HighlightImport::readText(std::string path) {
@@ -137,64 +188,67 @@ async::Task<std::optional<std::string>> HighlightImport::readText(std::string pa
     logger_.notice("importHighlights: {}", text.error().description);
     co_return std::nullopt;
   }
-  Slice slice;
-  for (std::string_view left = *text; !left.empty();) {
+  std::string_view left = *text;
+  // What is no text in a damaged file costs its own record only.
+  if (HighlightSalvage::looksLikeFile(left))
+    left = {};
+  bool isText = true;
+  co_await inSlices([&left, &isText] {
     const auto part = piece(left);
-    if (part.empty() || !base::isValidUtf8(part))
-      co_return std::nullopt;
+    isText = left.empty() || (!part.empty() && base::isValidUtf8(part));
     left.remove_prefix(part.size());
-    if (slice.isOver()) {
-      const bool goOn = co_await async::sleep(Slice::pause);
-      if (!goOn || stopRequested_)
-        break;
-      slice.begin();
-    }
-  }
-  co_return std::move(*text);
+    return isText && !left.empty();
+  });
+  co_return isText ? std::optional(std::move(*text)) : std::nullopt;
 }
 
-async::Task<PayloadDecoder::State> HighlightImport::decode(PayloadDecoder& decoder) {
+async::Task<bool> HighlightImport::inSlices(std::function<bool()> step) {
   Slice slice;
-  while (decoder.step() == PayloadDecoder::State::working && !stopRequested_) {
+  while (!stopRequested_ && step()) {
     if (!slice.isOver())
       continue;
     const bool goOn = co_await async::sleep(Slice::pause);
     if (!goOn)
-      break;
+      co_return false;
     slice.begin();
   }
-  co_return stopRequested_ ? PayloadDecoder::State::working : decoder.step();
+  co_return !stopRequested_;
 }
 
-bool HighlightImport::isKnown(const ExportedHighlight& exported) const {
-  return std::ranges::any_of(services_.store.highlights(exported.messageId),
-                             [&](const auto& highlight) { return highlight.id == exported.highlight.id; });
-}
-
-async::Task<HighlightImport::Merged> HighlightImport::merge(Highlights highlights) {
+async::Task<HighlightImport::Merged> HighlightImport::merge(Read read) {
   Merged merged;
-  Slice slice;
+  merged.isDamaged = read.isDamaged;
+  auto& highlights = read.highlights;
+  std::size_t done = 0;
   progress_.set(TransferProgress{TransferProgress::Step::adding, 0, highlights.size()});
-  for (auto& each : highlights) {
-    if (stopRequested_)
-      break;
-    if (isKnown(each)) {
-      ++merged.skipped;
-    } else {
-      merged.threadIds.insert(each.highlight.threadId);
-      services_.store.add(std::move(each.highlight), each.messageId);
-      ++merged.imported;
+  while (done < highlights.size() && !stopRequested_) {
+    const Slice slice;
+    {
+      // The whole file is written anew with each save.
+      const HighlightStore::Batch batch(services_.store);
+      do
+        add(std::move(highlights[done++]), merged);
+      while (done < highlights.size() && !stopRequested_ && !slice.isOver());
     }
-    if (!slice.isOver())
-      continue;
-    progress_.set(TransferProgress{TransferProgress::Step::adding, merged.imported + merged.skipped,
-                                   highlights.size()});
+    progress_.set(TransferProgress{TransferProgress::Step::adding, done, highlights.size()});
     const bool goOn = co_await async::sleep(Slice::pause);
     if (!goOn)
       break;
-    slice.begin();
   }
   co_return merged;
+}
+
+void HighlightImport::add(ExportedHighlight exported, Merged& merged) {
+  auto& [messageId, highlight] = exported;
+  merged.all.emplace_back(highlight.id, messageId);
+  const auto& known = services_.store.highlights(messageId);
+  if (std::ranges::find(known, highlight.id, &PersistedHighlight::id) != known.end()) {
+    ++merged.skipped;
+    return;
+  }
+  merged.threadIds.insert(highlight.threadId);
+  services_.store.add(std::move(highlight), messageId);
+  ++merged.imported;
 }
 
 // Where others can see it: in the lists of all tabs, and on the server.

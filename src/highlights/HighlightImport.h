@@ -9,23 +9,27 @@
 #include <cstddef>
 #include <expected>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace ondrel::platform {
 class Application;
 class FileReader;
 class Panels;
+class Window;
+struct Alert;
 } // namespace ondrel::platform
 
 namespace ondrel::highlights {
 
 class HighlightStore;
 
-// Highlights from a file that an export has made, or that says it was, into the store. One for the process,
-// main thread only.
+// Highlights from a file into the store: one that an export has made, or that says it was, or a file of a
+// store, also a damaged one. One for the process, main thread only.
 class HighlightImport {
  public:
   // All outlive it.
@@ -45,6 +49,8 @@ class HighlightImport {
 
   // Asks which file and adds what isn't there yet. Imports take place one after the other.
   async::Task<void> importHighlights();
+  // The same with this file. Whether it could be read.
+  async::Task<bool> importFile(std::string path);
 
   // Of the import that is under way; absent while there is none.
   const base::Observable<std::optional<TransferProgress>>& progress() const { return progress_; }
@@ -52,8 +58,10 @@ class HighlightImport {
   void stop() { stopRequested_ = true; }
 
  private:
-  using Highlights = std::vector<ExportedHighlight>;
-
+  struct Read {
+    std::vector<ExportedHighlight> highlights;
+    bool isDamaged = false; // there was more in the file
+  };
   // Why nothing was imported. Without a title the user has stopped it, and is told nothing.
   struct ImportProblem {
     std::string title;
@@ -62,17 +70,24 @@ class HighlightImport {
   struct Merged {
     std::size_t imported = 0;
     std::size_t skipped = 0;
-    std::set<std::string> threadIds; // of what was imported
+    bool isDamaged = false;                                 // there was more in the file
+    std::set<std::string> threadIds;                        // of what was imported
+    std::vector<std::pair<std::string, std::string>> all{}; // ids and Message-IDs
   };
 
-  async::Task<std::expected<Merged, ImportProblem>> importFile(std::string path);
-  async::Task<std::expected<Highlights, ImportProblem>> readHighlights(std::string path);
+  async::Task<bool> importFile(std::string path, std::shared_ptr<platform::Window> window);
+  async::Task<std::expected<Merged, ImportProblem>> mergeFile(std::string path);
+  async::Task<std::expected<Read, ImportProblem>> readHighlights(std::string path);
   async::Task<std::optional<std::string>> readText(std::string path);
-  // `working` when the user has stopped it.
-  async::Task<PayloadDecoder::State> decode(PayloadDecoder& decoder);
-  async::Task<Merged> merge(Highlights highlights);
+  // Of the text.
+  async::Task<std::expected<Read, ImportProblem>> decodeExport(const std::string& text, std::string path);
+  async::Task<std::expected<Read, ImportProblem>> decodeStoreFile(const std::string& text, std::string path);
+  // Until the step says that there are no more; false when the user has stopped it.
+  async::Task<bool> inSlices(std::function<bool()> step);
+  async::Task<Merged> merge(Read read);
+  void add(ExportedHighlight highlight, Merged& merged);
   async::Task<void> show(std::set<std::string> threadIds);
-  bool isKnown(const ExportedHighlight& exported) const;
+  platform::Alert report(const Merged& merged) const;
 
   const Services services_;
   const base::Logger logger_{"system"};

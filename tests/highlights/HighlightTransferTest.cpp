@@ -367,6 +367,92 @@ TEST_F(HighlightTransferTest, WhatIsStoppedKeepsWhatItHasAdded) {
   EXPECT_EQ(alert().second, "Imported 3 highlights.");
 }
 
+TEST_F(HighlightTransferTest, SaysWhatCouldNotBeSaved) {
+  const auto text = [this] {
+    EXPECT_EQ(shell.panels.alerts.size(), 1U);
+    const auto shown = std::exchange(shell.panels.alerts, {}).at(0);
+    EXPECT_EQ(shown.style == platform::AlertStyle::warning, shown.informativeText.contains("could not"));
+    return shown.informativeText;
+  };
+  const std::string reason = " could not be saved: no space left on device. Ondrel goes on trying.";
+  std::vector<ExportedHighlight> many;
+  for (int i = 0; i < 1000; ++i)
+    many.push_back({"1@x", highlight(std::to_string(i), i)});
+  shell.files.full = true;
+  import(fileWithPayload(encodedPayload(many)));
+  EXPECT_EQ(text(), "Imported 1000 highlights, but they" + reason);
+  import(fileWithPayload(encodedPayload({many[0]})));
+  EXPECT_EQ(text(), "Imported 0 highlights, skipped 1 already there, but it" + reason);
+
+  // The first slice's save still has its place on the disk.
+  shell.files.full = false;
+  shell.loop.advance(std::chrono::minutes(1));
+  shell.files.writes = 0;
+  const auto filling = store.changed.subscribe([this] {
+    shell.files.full = store.highlights("2@x").size() > 400;
+    if (store.highlights("2@x").size() == 400)
+      shell.loop.advance(std::chrono::milliseconds(8)); // the slice is over
+  });
+  for (auto& each : many)
+    each.messageId = "2@x";
+  import(fileWithPayload(encodedPayload(many)));
+  EXPECT_EQ(text(), "Imported 1000 highlights, but 600 of them" + reason);
+  EXPECT_LT(shell.files.writes, 10) << "a save for each slice";
+}
+
+TEST_F(HighlightTransferTest, TakesWhatCanBeReadOfAStoresFile) {
+  shell.panels.openPaths = Lines{"/data/highlights.json.damaged-1"};
+  for (const auto* message : {"1@x", "2\"@x", "3@x"})
+    for (const auto* id : {"a", "b"})
+      store.add(highlight(message + std::string(id), 1.5, "text],\",[{\"id\":\""), message);
+  const auto whole = shell.files.files["/data/highlights.json"];
+  const auto before = store.byMessageId();
+  const auto with = [&](const std::string& part, const std::string& other) {
+    auto text = whole;
+    return text.replace(text.find(part), part.size(), other);
+  };
+  const std::string second = R"({"id":"1@xb")";
+  const std::string damage = " The file is damaged, and holds more that could not be read.";
+  const std::pair<std::string, std::string> cases[] = {
+      {"\n" + whole, "Imported 6 highlights."},
+      {with("{", R"({"version":2,"later":{"a":[1]},)"), "Imported 6 highlights."},
+      {whole.substr(0, whole.size() - 1), "Imported 6 highlights." + damage},
+      {whole.substr(0, whole.size() - 10), "Imported 5 highlights." + damage},
+      {whole + std::string(1000, '\0'), "Imported 6 highlights." + damage},
+      {with(second, R"({"id":1)"), "Imported 5 highlights." + damage},
+      {with(second, R"({"id":"\xFF")"), "Imported 5 highlights." + damage},
+      {with(second, R"({"id:"1@xb")"), "Imported 5 highlights." + damage},
+      {with(second, std::string(40, '\0')), "Imported 5 highlights." + damage},
+  };
+  for (const auto& [content, report] : cases) {
+    store.removeAll();
+    shell.files.files["/data/highlights.json.damaged-1"] = content;
+    shell.panels.alerts.clear();
+    run(highlightImport.importHighlights());
+    EXPECT_EQ(alert().second, report) << content;
+    for (const auto& [messageId, list] : store.byMessageId())
+      for (const auto& each : list)
+        EXPECT_EQ(each.id.substr(0, messageId.size()), messageId) << content;
+    if (!report.contains("damaged")) {
+      EXPECT_EQ(store.byMessageId(), before);
+    }
+  }
+
+  store.removeAll();
+  const std::pair<std::string, std::string> none[] = {
+      {"{}", "Nothing to Import"},
+      {R"({"a":1})", "Nothing to Import"},
+      {R"({"a":[1]})", "Couldn't Read Highlights"},
+      {"{" + std::string(1 << 20, '['), "Couldn't Read Highlights"},
+      {"{\"a\":[{\"\\", "Couldn't Read Highlights"}};
+  for (const auto& [content, title] : none) {
+    shell.files.files["/data/highlights.json.damaged-1"] = content;
+    run(highlightImport.importHighlights());
+    EXPECT_EQ(alert().first, title) << content.substr(0, 100);
+  }
+  EXPECT_TRUE(store.byMessageId().empty());
+}
+
 TEST_F(HighlightTransferTest, TwoImportsDontCountEachOthersHighlights) {
   shell.files.files["/documents/out.html"] = fileWithPayload(encodedPayload({{"1@x", highlight("a", 1)}}));
   scope.spawn(highlightImport.importHighlights());
