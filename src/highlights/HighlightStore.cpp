@@ -35,11 +35,14 @@ void HighlightStore::load() {
     return;
   const auto version = files_.version(*file);
   const auto text = files_.read(*file);
-  if (!text)
+  if (!text) {
+    cantRead_ = !text.error().notFound;
     return;
+  }
   auto decoded = StoredHighlights::decode(*text);
   if (!decoded) {
     logger_.error("HighlightStore: decode failed: {}", decoded.error());
+    cantRead_ = true;
     return;
   }
   stored_ = std::move(*decoded);
@@ -104,6 +107,14 @@ std::vector<std::pair<std::string, PersistedHighlight>> HighlightStore::allHighl
     for (const auto& highlight : list)
       all.emplace_back(messageId, highlight);
   return all;
+}
+
+std::vector<std::string> HighlightStore::keptFiles() const {
+  const auto file = path();
+  auto kept = file ? files_.keptAside(*file) : std::vector<std::string>();
+  if (file && cantRead_)
+    kept.insert(kept.begin(), *file);
+  return kept;
 }
 
 bool HighlightStore::isUnsaved(const std::string& id, const std::string& messageId) const {
@@ -177,8 +188,10 @@ platform::RetriedSave::Result HighlightStore::write() {
     return platform::FileStore::Content{encoded(), isDamaged};
   };
   const auto saved = files_.replaceShared(*file, content, known_);
-  if (saved)
+  if (saved) {
     changes_.clear();
+    cantRead_ = false;
+  }
   if (hasMerged)
     changed.emit();
   if (!saved)

@@ -51,6 +51,10 @@ class HighlightStore {
   std::set<std::string> allThreadIds() const;
   std::vector<std::pair<std::string, PersistedHighlight>> allHighlights() const;
 
+  // Files with highlights that are not in this store: kept beside its own, the newest first, or that one
+  // itself when it couldn't be read and nothing was saved since.
+  std::vector<std::string> keptFiles() const;
+
   // Of the file.
   platform::RetriedSave& saving() { return saving_; }
   // Of that highlight the file doesn't know yet what has become of it here.
@@ -78,6 +82,7 @@ class HighlightStore {
   std::map<std::string, std::string> encoded_;
   std::optional<platform::FileVersion> known_;           // what we have read or saved last
   std::map<std::string, std::set<std::string>> changes_; // ids added or removed since, by Message-ID
+  bool cantRead_ = false;                                // there is a file, and nothing of it could be used
   int batches_ = 0;
   bool isDirty_ = false; // in a batch
   platform::RetriedSave saving_;

@@ -67,6 +67,11 @@ OndrelApp::OndrelApp(const PlatformAbilities& platform, settings::Site site, con
                [this](std::set<std::string> threadIds, highlights::HighlightService::TagProgress progress) {
                  return highlightService_.syncAllTags(std::move(threadIds), std::move(progress));
                }}),
+      keptHighlights_({.store = highlightStore_,
+                       .files = platform.files,
+                       .settings = settings_,
+                       .windowManager = windowManager_,
+                       .highlightImport = highlightImport_}),
       mcpServerManager_(settings_, platform.directories, platform.files,
                         [makeListener = platform.makeTcpListener](mcp::RPCHandler handler) {
                           return std::make_unique<mcp::MCPHTTPServer>(makeListener(), std::move(handler));
@@ -80,6 +85,7 @@ OndrelApp::OndrelApp(const PlatformAbilities& platform, settings::Site site, con
   });
   if (platform.hasEnvironmentVariable(testVariable))
     return;
+  keptHighlights_.start();
   mcpServerManager_.start(std::make_unique<mcp::MCPJMAPBridge>(
       jmapSession_, jmapSession_.mail(), platform.textFormatting,
       mcp::MessageWindow{

@@ -11,6 +11,7 @@
 #include "highlights/HighlightImport.h"
 #include "highlights/HighlightService.h"
 #include "highlights/HighlightStore.h"
+#include "highlights/KeptHighlights.h"
 #include "integrations/EmailLinkService.h"
 #include "jmap/JMAPSession.h"
 #include "jmap/NotificationManager.h"
@@ -113,6 +114,7 @@ class OndrelApp {
   highlights::HighlightService highlightService_;
   highlights::HighlightExport highlightExport_;
   highlights::HighlightImport highlightImport_;
+  highlights::KeptHighlights keptHighlights_;
   mcp::MCPServerManager mcpServerManager_;
   mcp::MCPSettingsModel mcpSettings_;
   UnsavedFiles unsavedFiles_;

@@ -35,6 +35,8 @@ inline constexpr std::string_view dismissedAnnouncementID =
 // Where file panels start; absent until one was used.
 inline constexpr std::string_view lastSaveFolder = "_lastSaveFolder";
 inline constexpr std::string_view lastOpenFolder = "_lastOpenFolder";
+// Which files beside the highlights' own have been imported; absent until one was.
+inline constexpr std::string_view importedHighlightFiles = "_importedHighlightFiles";
 inline constexpr Key<std::int64_t> lastMigratedBuild{"_lastMigratedBuild", 0};
 
 } // namespace keys
