@@ -88,10 +88,11 @@ async::Task<bool> HighlightImport::importFile(std::string path, std::shared_ptr<
   progress_.set(std::nullopt);
 
   if (!result) {
-    if (!result.error().title.empty())
-      co_await services_.panels.runAlert(
-          {.messageText = result.error().title, .informativeText = result.error().text}, window);
-    co_return false;
+    if (result.error().title.empty())
+      co_return false;
+    co_await services_.panels.runAlert(
+        {.messageText = result.error().title, .informativeText = result.error().text}, window);
+    co_return true;
   }
   logger_.info("importHighlights: imported {}, skipped {} from {}", result->imported, result->skipped, path);
   co_await services_.panels.runAlert(report(*result), window);

@@ -49,7 +49,7 @@ class HighlightImport {
 
   // Asks which file and adds what isn't there yet. Imports take place one after the other.
   async::Task<void> importHighlights();
-  // The same with this file. Whether it could be read.
+  // The same with this file. False when the user has stopped it before anything was added.
   async::Task<bool> importFile(std::string path);
 
   // Of the import that is under way; absent while there is none.

@@ -55,8 +55,8 @@ async::Task<void> KeptHighlights::importNewest() {
   if (!path)
     co_return;
   const auto done = mark(*path);
-  const bool isRead = co_await services_.highlightImport.importFile(*path);
-  if (!isRead)
+  const bool isDone = co_await services_.highlightImport.importFile(*path);
+  if (!isDone)
     co_return;
   const auto memory = imported() + done;
   services_.settings.defaults().set(settings::keys::importedHighlightFiles,

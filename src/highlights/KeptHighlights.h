@@ -25,8 +25,8 @@ class HighlightStore;
 
 // Tells the user after the start, over the page in front, that highlights lie in a file that was kept beside
 // the store's, or in that one when it can't be read, and imports it when asked to. The newest comes first,
-// the next one when that has been imported. With each start again until then. One for the process, main
-// thread only.
+// the next one when that is done: it was imported, or the user was told why it can't be. With each start
+// again until then. One for the process, main thread only.
 class KeptHighlights {
  public:
   // All outlive it.

@@ -55,6 +55,7 @@ TEST_F(KeptHighlightsTest, AreToldWithEachStartUntilTheyAreImported) {
   EXPECT_TRUE(told.empty());
   files[file] = fileWith("a") + "!";
   files[file + ".damaged-1"] = fileWith("b") + "}";
+  files[file + ".damaged-3"] = ""; // nothing to be had from it: told once
   files[file + ".other-1"] = fileWith("c");
   start(false);
   const std::string first = "Your highlights can't be read: highlights.json is damaged.";
@@ -65,6 +66,7 @@ TEST_F(KeptHighlightsTest, AreToldWithEachStartUntilTheyAreImported) {
   start(true);
   EXPECT_EQ(told, (std::vector<std::string>{
                       first, "Highlights of a damaged file were kept: highlights.json.damaged-1",
+                      "Highlights of a damaged file were kept: highlights.json.damaged-3",
                       "Highlights of another copy of Ondrel were kept: "
                       "highlights.json.other-1"}));
   EXPECT_EQ(store->highlights("m@x").size(), 3U);
