@@ -1,0 +1,43 @@
+// An anchor tells where a highlight stands in a message's plain text.
+
+const CONTEXT_WIDTH = 32;  // UTF-16 code units on each side
+
+const randomId = () => {
+  if (crypto.randomUUID) {
+    return crypto.randomUUID();
+  }
+  // Pages without transport security lack it.
+  const bytes = crypto.getRandomValues(new Uint8Array(16));
+  bytes[6] = bytes[6] & 0x0f | 0x40;
+  bytes[8] = bytes[8] & 0x3f | 0x80;
+  return Array.from(bytes, (byte) => byte.toString(16).padStart(2, '0'))
+      .join('')
+      .replace(/^(.{8})(.{4})(.{4})(.{4})/, '$1-$2-$3-$4-');
+};
+
+// Without the half of a character that the cut has left at an edge: the program takes Unicode only.
+const wholeCharacters = (text) => text.replace(/^[\udc00-\udfff]|[\ud800-\udbff]$/g, '').toWellFormed();
+
+const computeAnchor = (containerEl, range) => {
+  const full = containerEl.textContent;
+  const startOffset = plainTextOffset(containerEl, range.startContainer, range.startOffset);
+  const endOffset = plainTextOffset(containerEl, range.endContainer, range.endOffset);
+  const exact = full.slice(startOffset, endOffset);
+  if (exact === '') {
+    return null;
+  }
+  let occurrenceIndex = 0;
+  for (const start of occurrencesOf(full, exact)) {
+    if (start >= startOffset) {
+      break;
+    }
+    ++occurrenceIndex;
+  }
+  return {
+    id: randomId(),
+    exact,
+    prefix: wholeCharacters(full.slice(Math.max(0, startOffset - CONTEXT_WIDTH), startOffset)),
+    suffix: wholeCharacters(full.slice(endOffset, endOffset + CONTEXT_WIDTH)),
+    occurrenceIndex,
+  };
+};
