@@ -7,6 +7,10 @@
   const card = (html, classes = '') => `<section class="v-MessageCard ${classes}">${html}</section>`;
   const anchor = (id, exact, occurrenceIndex = 0) => ({id, exact, occurrenceIndex, threadId: 'T1'});
   const push = (...anchorsByContainer) => __ondrelApplyHighlights(anchorsByContainer);
+  // Of what is posted only what this tells apart; the whole is told by `posts`.
+  shorten = (line) => line.replace(/^(ondrelHighlightContainersChanged: [^,]*, [^,]*), .*$/s, '$1')
+                          .replace(/^(ondrelHighlight(?:Create|Remove|ClearOrphaned): .*), \d+$/s, '$1');
+  const posts = () => record.splice(0);
   const reports = (count, focused = '') => `ondrelHighlightContainersChanged: ${count}, ${focused}`;
   const ready = 'ondrelHighlightHostReady';
   const start = (count = 1) => same(told(), [reports(count), ready]);
@@ -147,17 +151,16 @@
     };
     await shows('<p>loading</p>');
     await shows(card(body('a')), reports(1), ready);
-    await shows(card(body('b')));
+    await shows(card(body('b')), reports(1));  // another message, though the number is the same
     await shows(card('collapsed') + card(body('b'), 'is-focused'), reports(1, 0));
     await shows(card(body('a')) + card(body('b'), 'is-focused'), reports(2, 1));
     await shows(
         '<div class="v-MessageView v-MessageCard is-focused"><div class=v-MessageView-body></div></div>',
-        reports(2, 0));
+        reports(1, 0));
     await shows('', reports(0));
     await shows(card(body('a')), reports(1));
-    // The class alone is no change in the document that is watched; the next one tells it.
-    await tells(() => advance(1000, $('.v-MessageCard').classList.add('is-focused')));
-    await tells(() => advance(300, $('#body').firstChild.data = 'changed'), reports(1, 0));
+    // The class alone is enough.
+    await tells(() => advance(300, $('.v-MessageCard').classList.add('is-focused')), reports(1, 0));
   });
 
   test('Changes that go on delay nothing', page(body('')), async () => {
@@ -192,12 +195,128 @@
     same([banners(), $$('mark').length], [[], 3]);
   });
 
-  test('An answer may come late', page(body('one', 'b0'), body('two', 'b1')), async () => {
-    start(2);
-    await settle($('#b0').remove());
-    push([anchor('a', 'one')], [anchor('b', 'two')]);  // for the list of before
-    same(marks($('#b1')), ['b@0:two']);
-    await tells(() => advance(300), lost('a'), reports(1));
+  // As an application draws another message: into new elements.
+  const replace = (id, html) => $(`#${id}`).replaceWith(element(body(html, id)));
+  test(
+      'Anchors belong to the elements they were sent for', page(body('one', 'b0'), body('two', 'b1')),
+      async () => {
+        start(2);
+        push([anchor('a', 'one')]);
+        $('#b0').remove();
+        await tells(() => push([anchor('a', 'one')], [anchor('b', 'two')]));  // for the list of before
+        same([marks($('#b1')), banners()], [['b@0:two'], []]);
+        await tells(() => advance(300), reports(1));
+        push([anchor('c', 'wo'), anchor('gone', 'gone')]);
+        replace('b1', 'two');
+        await tells(() => advance(300), lost('gone'), reports(1));
+        same([marks($('#b1')), banners()], [[], []], 'nothing until there is an answer');
+        const late = (number) => __ondrelApplyHighlights([[anchor('c', 'wo')]], number);
+        late(2);
+        late(99);
+        same([marks($('#b1')), banners()], [[], []]);
+        late(3);
+        same(marks($('#b1')), ['c@1:wo']);
+        // Taken out and brought back it may show anything.
+        const body1 = $('#b1');
+        body1.remove();
+        await advance(300);
+        document.body.append(body1);
+        await advance(300);
+        late(3);
+        late(4);
+        same([marks($('#b1')), banners()], [[], []]);
+        // What is listed for another message now stands astray.
+        await advance(300, document.body.append(element(body('two', 'b2'))));
+        __ondrelApplyHighlights([[anchor('x', 'two')]], 6);
+        __ondrelApplyHighlights([[], [anchor('x', 'two')]], 6);
+        same([marks($('#b1')), marks($('#b2'))], [[], ['x@0:two']]);
+      });
+
+  test(
+      'What is told of a highlight names its place in the last report', page(body('one', 'b0')), async () => {
+        const {length} = posts();
+        push([anchor('a', 'one'), anchor('gone', 'gone')]);
+        const press1 = (target, type, ...expected) => {
+          document.body.prepend(element(body('new')));  // nobody has looked since
+          posts();
+          press(target, type);
+          same(posts().map((line) => line.replace(/: \{.*\}/, ':').replace(/, \[[-\d].*/, '')), expected);
+        };
+        press1(
+            $('mark'), 'click', 'ondrelHighlightContainersChanged: 2, , 2, , 0',
+            'ondrelHighlightRemove: a, 1, 2');
+        press1(
+            banner(), 'click', 'ondrelHighlightContainersChanged: 3, , 3, , 0',
+            'ondrelHighlightClearOrphaned: 2, ["gone"], 3');
+        await select(['one'], ['one', 3]);
+        press1(
+            button(), 'mousedown', 'ondrelHighlightContainersChanged: 4, , 4, , 0',
+            'ondrelHighlightCreate:, 3, 4');
+        same(length, 2);
+      });
+
+  // The application says which message is open, and may draw the next one into the same elements.
+  test('A message in the elements of another has nothing of it', page(body('Kind regards')), async () => {
+    let id = 'M1';
+    window.FastMail = {router: {appController: {message: {id: () => id}}}};
+    const told = (number) => `ondrelHighlightContainersChanged: 1, , ${number}, ${id}, 0, [-1], `;
+    posts();
+    comeBack();
+    same(posts(), [told(2), ready]);
+    push([anchor('h', 'regards')]);
+    id = 'M2';
+    posts(await advance(300, document.body.append(' ')));
+    same(marks(), ['h@5:regards'], 'not yet');
+    $('#body').innerHTML = 'Best regards';
+    await tells(() => advance(300), reports(1));
+    __ondrelApplyHighlights([[anchor('h', 'regards')]], 2);
+    same([marks(), banners()], [[], []]);
+    push([anchor('h', 'Best')]);
+    same(marks(), ['h@0:Best']);
+  });
+
+  test('Cards count, whatever mail brings with it', {scripts}, async () => {
+    const shows = async (html, ...expected) => {
+      document.body.innerHTML = html;
+      await advance(300);
+      same(posts().map((line) => line.replace(/^.*?: (.*?), \d+, ,/, '$1:')), expected, html);
+    };
+    posts();
+    const [closed, foreign] = [card('collapsed'), body('x') + card(body('y', 'y'), 'is-focused')];
+    await shows(closed + card(body('a')) + card(body('b')), '2, : 3, [1,2], ', ready);
+    await shows(card('', 'is-focused') + closed + card(body('b')), '1, : 3, [2], 0');
+    await shows(closed + card(body(foreign)) + card(body('b')), '2, : 3, [1,2], ');
+    await shows(closed + body(foreign), '3, : 1, [-1,-1,-1], ');
+    for (const editor of ['contenteditable', 'id=compose', 'class="a v-Compose"', 'class=v-RichText-input']) {
+      await shows('', '0, : 0, [], ');
+      await shows(card(body('a')) + `<div ${editor}>${card(foreign)}</div>`, '1, : 1, [0], ');
+    }
+  });
+
+  const inCard = {
+    scripts,
+    html: card('closed') + card('<iframe src=/frame></iframe>'),
+    frame: body('inside')
+  };
+  test('The card of a framed message is around its frame', inCard, async () => {
+    const inFrame = () => posts().filter((line) => line.startsWith('ondrelHighlightContainersChanged: 1'));
+    same(inFrame(), ['ondrelHighlightContainersChanged: 1, , 1, , 2, [1], ']);
+    $$('section')[1].classList.add('is-focused');
+    await advance(300);
+    same(inFrame(), ['ondrelHighlightContainersChanged: 1, 0, 2, , 2, [1], 1']);
+    await advance(300, $('section').remove());
+    same(inFrame(), ['ondrelHighlightContainersChanged: 1, 0, 3, , 1, [0], 0']);
+  });
+
+  test('The program takes highlights off', five, () => {
+    push([anchor('a', 'text'), anchor('b', 'text')], [anchor('c', 'gone'), anchor('d', 'gone')]);
+    __ondrelRemoveHighlights(['a', 'c']);
+    push();
+    same([marks($('#b0')), banners()], [['b@0:text'], []]);
+    push([anchor('b', 'text')], [anchor('d', 'gone')]);
+    __ondrelRemoveHighlights(null);
+    comeBack();
+    same([$$('mark').length, banners()], [0, []]);
   });
 
   const nested = page('<div class=v-MessageView id=outer>head ', body('text', 'inner'), '</div>');

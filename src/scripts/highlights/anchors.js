@@ -19,7 +19,7 @@ const randomId = () => {
 const wholeCharacters = (text) => text.replace(/^[\udc00-\udfff]|[\ud800-\udbff]$/g, '').toWellFormed();
 
 const computeAnchor = (containerEl, range) => {
-  const full = containerEl.textContent;
+  const full = textOf(containerEl);
   const startOffset = plainTextOffset(containerEl, range.startContainer, range.startOffset);
   const endOffset = plainTextOffset(containerEl, range.endContainer, range.endOffset);
   const exact = full.slice(startOffset, endOffset);

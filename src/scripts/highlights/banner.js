@@ -12,20 +12,21 @@ const BANNER_STYLE = {
 
 const orphanIds = new WeakMap();  // banner -> ids
 
-// Not that of a message inside.
+// Not that of a message inside, and none that mail has brought.
 const bannerOf = (containerEl) => [...containerEl.querySelectorAll(`[${ORPHAN_ATTR}]`)].find(
-    (banner) => banner.closest(CONTAINER_SELECTOR) === containerEl);
+    (banner) => orphanIds.has(banner) && banner.closest(CONTAINER_SELECTOR) === containerEl);
 
 const clearOrphans = (containerEl, banner) => {
   const ids = orphanIds.get(banner);
-  const index = containers.indexOf(containerEl);
   banner.remove();
   // Or the reconcile that follows the removal brings the banner back.
-  forget(index, ids);
+  forget(containerEl, (id) => ids.includes(id));
+  const {containerIndex, report: number} = placeOf(containerEl);
   post({
     type: 'ondrelHighlightClearOrphaned',
-    containerIndex: String(index),
+    containerIndex,
     idsJSON: JSON.stringify(ids),
+    report: number,
   });
 };
 

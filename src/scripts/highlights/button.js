@@ -24,24 +24,19 @@ const hideButton = () => {
 };
 
 const createHighlight = (containerEl, range) => {
-  const index = containers.indexOf(containerEl);
+  hideButton();
+  const told = placeOf(containerEl);
   // Before the wrap, which splits text nodes.
   const anchor = computeAnchor(containerEl, range);
-  hideButton();
   window.getSelection()?.removeAllRanges();
-  if (!anchor || index < 0) {
+  if (!anchor || !containers.includes(containerEl)) {
     return;
   }
-  const isSent = post({
-    type: 'ondrelHighlightCreate',
-    anchorJSON: JSON.stringify(anchor),
-    containerIndex: String(index),
-  });
-  if (!isSent) {
+  if (!post({type: 'ondrelHighlightCreate', anchorJSON: JSON.stringify(anchor), ...told})) {
     log(': not saved, since the program can\'t take it');  // a mark now would be gone the next time
     return;
   }
-  currentAnchorsByContainer[index] = [...currentAnchorsByContainer[index] ?? [], anchor];
+  known.get(containerEl).made.push(anchor);
   wrapRange(containerEl, range, anchor.id);
 };
 

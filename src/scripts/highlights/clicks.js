@@ -6,12 +6,12 @@ document.addEventListener('click', (event) => {
     return;
   }
   swallow(event);  // a link under the mark isn't followed
-  const containerEl = containerOf(mark);
-  const index = containers.indexOf(containerEl);
   const id = mark.getAttribute(HID_ATTR);
+  const around = containers.filter((containerEl) => containerEl.contains(mark));
+  const containerEl = around.find((candidate) => hasAnchor(candidate, id)) ?? around[0];
   if (containerEl) {
     removeMarksById(containerEl, id);
+    forget(containerEl, (forgotten) => forgotten === id);
   }
-  forget(index, [id]);
-  post({type: 'ondrelHighlightRemove', highlightId: id, containerIndex: String(index)});
+  post({type: 'ondrelHighlightRemove', highlightId: id, ...placeOf(containerEl)});
 }, true);

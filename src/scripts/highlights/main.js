@@ -2,8 +2,8 @@
 // highlights whenever the application has drawn a message, and tells of those whose text can't be found.
 //
 // The application owns the document and draws it anew as it likes. So a highlight is anchored to a message's
-// plain text, never to nodes, and a message is known by its place in the list of message bodies alone: the
-// program knows which message stands there.
+// plain text, never to nodes, and a message is known by its place in a report of the message bodies alone:
+// the program knows which message stands there.
 //
 //   change in the document -> tick (300 ms) -> report to the program -> __ondrelApplyHighlights -> reconcile
 observe();

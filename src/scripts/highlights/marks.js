@@ -79,3 +79,9 @@ const unwrapMark = (mark) => {
 // Compared and never put into a selector: ids come from files, too.
 const removeMarksById = (containerEl, id) =>
     marksIn(containerEl).filter((mark) => mark.getAttribute(HID_ATTR) === id).forEach(unwrapMark);
+
+// Leaves nothing of ours in it.
+const clearContainer = (containerEl) => {
+  marksIn(containerEl).forEach(unwrapMark);
+  bannerOf(containerEl)?.remove();
+};

@@ -2,8 +2,10 @@
 
 const searches = new WeakMap();  // container -> TextSearch of its text
 
+const textOf = (containerEl) => containerEl.textContent;
+
 const searchOf = (containerEl) => {
-  const text = containerEl.textContent;
+  const text = textOf(containerEl);
   let search = searches.get(containerEl);
   if (search?.text !== text) {
     search = new TextSearch(text);
