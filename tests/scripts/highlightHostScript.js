@@ -510,6 +510,21 @@
     same(posted(told()[0]).exact, 'outer inner');
   });
 
+  const asking = `${body('words')}<script>addEventListener('load', async () => {
+    getSelection().selectAllChildren(document.querySelector('#body'));
+    await new Promise((resolve) => requestAnimationFrame(resolve));
+    await advance(150);
+    parent.postMessage([typeof __ondrelApplyHighlights, document.body.lastChild.textContent === 'Highlight'], '*');
+  })</script>`;
+  test('A frame that speaks for its sender offers nothing', {scripts, frame: asking}, async () => {
+    const says = (attributes) => new Promise((resolve) => {
+      addEventListener('message', ({data}) => resolve(data), {once: true});
+      show(`<iframe src=/frame ${attributes}></iframe>`);
+    });
+    same(await says(''), ['function', true]);
+    same(await says('sandbox="allow-scripts"'), ['undefined', false]);
+  });
+
   test('A page without transport security has ids, too', page(body('one')), async () => {
     Object.defineProperty(crypto, 'randomUUID', {value: undefined});
     start();

@@ -16,7 +16,7 @@ const removeStrays = (containerEl) => {
 
 // The answer to a report, to the last one if there is no number: for each of its containers all highlights.
 // An element may be gone since, or show another message.
-window.__ondrelApplyHighlights = (anchorsByContainer, number) => {
+const applyHighlights = (anchorsByContainer, number) => {
   const lists = listOf(anchorsByContainer);
   const answered = listOf(reported.get(Number(number ?? reportNumber)));
   const isFor = (containerEl) =>
@@ -36,11 +36,16 @@ window.__ondrelApplyHighlights = (anchorsByContainer, number) => {
 };
 
 // Takes highlights off the page, all of them for null.
-window.__ondrelRemoveHighlights = (ids) => {
+const removeHighlights = (ids) => {
   const removed = new Set(listOf(ids));
   const isRemoved = (id) => ids === null || removed.has(id);
   containers.forEach((containerEl) => forget(containerEl, isRemoved));
   unobserved(
       () => marksIn(document).filter((mark) => isRemoved(mark.getAttribute(HID_ATTR))).forEach(unwrapMark));
   reconcileAll();
+};
+
+const takeAnswers = () => {
+  window.__ondrelApplyHighlights = applyHighlights;
+  window.__ondrelRemoveHighlights = removeHighlights;
 };

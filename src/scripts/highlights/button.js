@@ -71,13 +71,14 @@ const followSelection = () => {
   }
 };
 
-document.addEventListener('selectionchange', () => {
-  clearTimeout(selectionDebounce);
-  selectionDebounce = setTimeout(followSelection, SELECTION_DEBOUNCE_MS);
-});
-
-document.addEventListener('mousedown', ({target}) => {
-  if (btn && target !== btn) {
-    hideButton();
-  }
-}, true);
+const offerButton = () => {
+  document.addEventListener('selectionchange', () => {
+    clearTimeout(selectionDebounce);
+    selectionDebounce = setTimeout(followSelection, SELECTION_DEBOUNCE_MS);
+  });
+  document.addEventListener('mousedown', ({target}) => {
+    if (btn && target !== btn) {
+      hideButton();
+    }
+  }, true);
+};

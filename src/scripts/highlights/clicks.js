@@ -1,6 +1,6 @@
 // A click takes a highlight away, all its pieces.
 
-document.addEventListener('click', (event) => {
+const takeClick = (event) => {
   const mark = event.target.closest?.(MARK_SELECTOR);
   if (!mark) {
     return;
@@ -14,4 +14,6 @@ document.addEventListener('click', (event) => {
     forget(containerEl, (forgotten) => forgotten === id);
   }
   post({type: 'ondrelHighlightRemove', highlightId: id, ...placeOf(containerEl)});
-}, true);
+};
+
+const takeClicks = () => document.addEventListener('click', takeClick, true);

@@ -38,12 +38,15 @@ const mainObserver = new MutationObserver(scheduleTick);
 const observe = () =>
     mainObserver.observe(document.documentElement, {childList: true, subtree: true, characterData: true});
 
-// Shown again as it was left.
-window.addEventListener('pageshow', ({persisted}) => {
-  if (persisted) {
-    lookAgain();
-    tick();
-  }
-});
-
-window.addEventListener(CARDS_EVENT, tick);
+const followPage = () => {
+  observe();
+  // Shown again as it was left.
+  window.addEventListener('pageshow', ({persisted}) => {
+    if (persisted) {
+      lookAgain();
+      tick();
+    }
+  });
+  window.addEventListener(CARDS_EVENT, tick);
+  tick();
+};
