@@ -83,10 +83,42 @@
   painting('<p>end</p><p>start</p>', 'start', 0, '3:start');
   painting('<p>end</p><p>start</p>', 'end', 0, '0:end');
   painting('x<!-- no --><b></b>y', 'xy', 0, '0:x', '1:y');
-  painting('a<style>b {}</style>c', 'ab {}c', 0, '0:a', '1:b {}', '5:c');
   painting('π 👩🏽‍🚀 ü', '👩🏽‍🚀', 0, '2:👩🏽‍🚀');
   const as = 'a'.repeat(200);
   painting(`${as}b${as}b${as}c`, `${as}b${as}c`, 0, `201:${as}b${as}c`);
+
+  const keeping = (html, exact, ...expected) =>
+      test(`A mark changes no layout: ${exact} in ${html}`, page(body(html)), () => {
+        const before = $('#body').innerHTML;
+        const elements = $$('#body *');
+        const places = () =>
+            elements.map((one) => JSON.stringify([one.localName, one.getBoundingClientRect()]));
+        const [was] = [places(), start()];
+        push([anchor('h', exact)]);
+        same([places(), $$('mark').map((mark) => mark.textContent), told()], [was, expected, []]);
+        __ondrelRemoveHighlights(null);
+        same($('#body').innerHTML, before);
+      });
+  const rows = '<tr>\n <td>one</td>\n <td>two</td>\n</tr>\n<tr><td>three</td></tr>\n';
+  keeping(`<table border=1>\n${rows}</table>`, 'one\n two\n\nthree', 'one', 'two', 'three');
+  keeping(
+      '<p style="display: table"><b style="display: table-cell; padding: 9px">one</b> <b>two</b></p>',
+      'one two', 'one', 'two');
+  for (const display of ['flex', 'inline-flex', 'grid']) {
+    keeping(
+        `<div style="display: ${display}; gap: 9px">one two<!-- --> three <i>four</i> <b>five</b></div>`,
+        'two three four five', 'two', ' three ', 'four', 'five');
+  }
+  keeping('<ul>\n<li>one</li> <li>two</li>\n</ul>', 'one two', 'one', 'two');
+  keeping(
+      '<style>p + p { margin: 50px }</style><p>one</p>\n<p>two <b>three</b> <i>four</i>',
+      'one\ntwo three four', 'one', 'two ', 'three', ' ', 'four');
+  keeping(
+      'a<svg><title>x</title><text y=9>b</text></svg><select><option>c</select><textarea>d</textarea>e',
+      'abcde', 'a', 'e');
+  keeping(
+      'a<style>b {}</style><script>0</script><template>c</template><noscript>d</noscript>e<p contenteditable>f</p>g',
+      'aeg', 'a', 'e', 'g');
 
   test('Highlights overlap, in the order they came in', page(body('one two <i>three</i> four')), () => {
     push([anchor('a', 'two three'), anchor('b', 'o three f'), anchor('c', 'three'), anchor('a', 'one')]);
@@ -263,10 +295,10 @@
     posts();
     comeBack();
     same(posts(), [told(2), ready]);
-    push([anchor('h', 'regards')]);
+    push([anchor('h', 'regards'), anchor('gone', 'gone')]);
     id = 'M2';
     posts(await advance(300, document.body.append(' ')));
-    same(marks(), ['h@5:regards'], 'not yet');
+    same([$$('mark').length, banners().length], [1, 1], 'not yet');
     $('#body').innerHTML = 'Best regards';
     await tells(() => advance(300), reports(1));
     __ondrelApplyHighlights([[anchor('h', 'regards')]], 2);
@@ -349,6 +381,12 @@
     same([banners(), clicks], [[], 0]);
     await tells(() => advance(1000));
     same([banners(), marks()], [[], ['b@0:one']]);
+    // What it says is no text of the message.
+    push([anchor('a', 'gone'), anchor('h', 'highlight')]);
+    same(banners(), [['body', 'a,h', hidden(2)]]);
+    same((await highlight(['one'], ['one', 3])).prefix, '');
+    __ondrelRemoveHighlights(null);
+    told();
     // Of a message that is none any more.
     push([anchor('a', 'gone')]);
     const late = banner();

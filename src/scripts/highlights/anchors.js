@@ -18,10 +18,10 @@ const randomId = () => {
 // Without the half of a character that the cut has left at an edge: the program takes Unicode only.
 const wholeCharacters = (text) => text.replace(/^[\udc00-\udfff]|[\ud800-\udbff]$/g, '').toWellFormed();
 
-const computeAnchor = (containerEl, range) => {
+const computeAnchor = (containerEl, range, leftOut) => {
   const full = textOf(containerEl);
-  const startOffset = plainTextOffset(containerEl, range.startContainer, range.startOffset);
-  const endOffset = plainTextOffset(containerEl, range.endContainer, range.endOffset);
+  const startOffset = plainTextOffset(containerEl, range.startContainer, range.startOffset, leftOut);
+  const endOffset = plainTextOffset(containerEl, range.endContainer, range.endOffset, leftOut);
   const exact = full.slice(startOffset, endOffset);
   if (exact === '') {
     return null;

@@ -27,7 +27,8 @@ const createHighlight = (containerEl, range) => {
   hideButton();
   const told = placeOf(containerEl);
   // Before the wrap, which splits text nodes.
-  const anchor = computeAnchor(containerEl, range);
+  const leftOut = leftOutOf(containerEl);
+  const anchor = computeAnchor(containerEl, range, leftOut);
   window.getSelection()?.removeAllRanges();
   if (!anchor || !containers.includes(containerEl)) {
     return;
@@ -37,7 +38,7 @@ const createHighlight = (containerEl, range) => {
     return;
   }
   known.get(containerEl).made.push(anchor);
-  wrapRange(containerEl, range, anchor.id);
+  wrapRange(containerEl, range, anchor.id, leftOut);
 };
 
 const showButtonFor = (containerEl, range) => {

@@ -16,10 +16,10 @@ const newMark = (id) => {
 
 const marksIn = (containerEl) => [...containerEl.querySelectorAll(MARK_SELECTOR)];
 
-// The range's part of each text node in it.
-const piecesOf = (containerEl, range) => {
+// The range's part of each text node in it that takes a mark.
+const piecesOf = (containerEl, range, leftOut) => {
   const {startContainer, startOffset, endContainer, endOffset} = range;
-  const walker = document.createTreeWalker(containerEl, NodeFilter.SHOW_TEXT);
+  const walker = textWalker(containerEl);
   // From the start on, since a walk through all of a long message for each highlight takes too long.
   walker.currentNode = containerEl.contains(startContainer) ? startContainer : containerEl;
   let node = isText(walker.currentNode) ? walker.currentNode : walker.nextNode();
@@ -30,14 +30,14 @@ const piecesOf = (containerEl, range) => {
   for (; node && !isBehind(node); node = walker.nextNode()) {
     const start = node === startContainer ? startOffset : 0;
     const end = node === endContainer ? endOffset : node.length;
-    if (start < end && isInside(node)) {
-      pieces.push({node, start, end});
+    if (start < end && !leftOut.has(node) && isInside(node)) {
+      pieces.push({node, start, end, ...placeForMark(node, start, end)});
     }
     if (node === endContainer) {
       break;
     }
   }
-  return pieces;
+  return pieces.filter(({takesMark}) => takesMark);
 };
 
 // Made once: at each change the document brings all ranges up to date that haven't been collected yet.
@@ -53,13 +53,12 @@ const place = (range, start, end) => {
   range.setEnd(end.node, end.offset);
 };
 
-const wrapRange = (containerEl, range, id) => {
+const wrapRange = (containerEl, range, id, leftOut) => {
   try {
-    if (range.startContainer === range.endContainer && isText(range.startContainer)) {
-      range.surroundContents(newMark(id));
-      return true;
-    }
-    for (const {node, start, end} of piecesOf(containerEl, range)) {
+    for (const {node, start, end, needsBox} of piecesOf(containerEl, range, leftOut)) {
+      if (needsBox && node.parentNode.localName !== BOX_TAG) {
+        putInBox(node);
+      }
       place(pieceRange, {node, offset: start}, {node, offset: end});
       pieceRange.surroundContents(newMark(id));
     }
@@ -74,6 +73,7 @@ const unwrapMark = (mark) => {
   const {parentNode} = mark;
   mark.replaceWith(...mark.childNodes);
   parentNode.normalize();
+  removeEmptyBox(parentNode);
 };
 
 // Compared and never put into a selector: ids come from files, too.

@@ -4,9 +4,6 @@
 // counts, and a card inside a container is none. A message may stand in a frame: then its card is around the
 // frame, in the document outside.
 
-const EDITOR_SELECTOR =
-    '[contenteditable]:not([contenteditable="false" i]), .v-RichText-input, .v-Compose, #compose';
-
 // Null for the top, and where the document outside is another origin's.
 const parentOf = (frame) => frame.frameElement?.ownerDocument.defaultView ?? null;
 

@@ -1,8 +1,42 @@
-// A container's text. Offsets count UTF-16 code units in its textContent.
+// A container's text, as the message has it. Offsets count UTF-16 code units in it.
+
+// What nobody reads, what the user writes below, and our own banner.
+const LEFT_OUT_SELECTOR = `style, script, title, template, noscript, [${ORPHAN_ATTR}], ${EDITOR_SELECTOR}`;
 
 const searches = new WeakMap();  // container -> TextSearch of its text
 
-const textOf = (containerEl) => containerEl.textContent;
+const textWalker = (root) => document.createTreeWalker(root, NodeFilter.SHOW_TEXT);
+
+// The text nodes that are no text of the message.
+const leftOutOf = (containerEl) => {
+  const leftOut = new Set();
+  let last = null;
+  for (const element of containerEl.querySelectorAll(LEFT_OUT_SELECTOR)) {
+    if (last?.contains(element)) {
+      continue;
+    }
+    last = element;
+    const walker = textWalker(element);
+    while (walker.nextNode()) {
+      leftOut.add(walker.currentNode);
+    }
+  }
+  return leftOut;
+};
+
+const textOf = (containerEl) => {
+  const leftOut = leftOutOf(containerEl);
+  if (leftOut.size === 0) {
+    return containerEl.textContent;
+  }
+  const parts = [];
+  for (const walker = textWalker(containerEl); walker.nextNode();) {
+    if (!leftOut.has(walker.currentNode)) {
+      parts.push(walker.currentNode.data);
+    }
+  }
+  return parts.join('');
+};
 
 const searchOf = (containerEl) => {
   const text = textOf(containerEl);
@@ -14,11 +48,19 @@ const searchOf = (containerEl) => {
   return search;
 };
 
-const plainTextOffset = (root, node, offset) => {
+const plainTextOffset = (root, node, offset, leftOut) => {
   const range = document.createRange();
   range.setStart(root, 0);
   range.setEnd(node, offset);
-  return range.toString().length;
+  let length = range.toString().length;
+  for (const text of leftOut) {
+    if (text === node) {
+      length -= offset;
+    } else if (range.comparePoint(text, 0) === 0) {
+      length -= text.length;
+    }
+  }
+  return length;
 };
 
 // The text nodes of a container by their offsets. Wraps may split them meanwhile: the first piece of each
@@ -28,10 +70,13 @@ class TextNodes {
   #nodes = [];
   #ends = [];
 
-  constructor(root) {
-    this.#walker = document.createTreeWalker(root, NodeFilter.SHOW_TEXT);
+  constructor(root, leftOut) {
+    this.#walker = textWalker(root);
     let consumed = 0;
     for (let node = this.#walker.nextNode(); node; node = this.#walker.nextNode()) {
+      if (leftOut.has(node)) {
+        continue;
+      }
       consumed += node.length;
       this.#nodes.push(node);
       this.#ends.push(consumed);

@@ -4,6 +4,7 @@ class Painter {
   #markIds;
   #search = null;
   #nodes = null;
+  #leftOut = null;
 
   constructor(containerEl) {
     this.#containerEl = containerEl;
@@ -20,7 +21,7 @@ class Painter {
       log(`: text not found for ${id}`);
       return false;
     }
-    if (wrapRange(this.#containerEl, paintRange, id)) {
+    if (wrapRange(this.#containerEl, paintRange, id, this.#leftOut)) {
       this.#markIds.add(id);
     } else {
       this.#nodes = null;  // whatever is there now
@@ -34,7 +35,8 @@ class Painter {
   }
 
   #locateRange(startOffset, endOffset) {
-    this.#nodes ??= new TextNodes(this.#containerEl);
+    this.#leftOut ??= leftOutOf(this.#containerEl);
+    this.#nodes ??= new TextNodes(this.#containerEl, this.#leftOut);
     const start = this.#nodes.pointAtOffset(startOffset);
     const end = this.#nodes.pointAtOffset(endOffset);
     if (!start || !end) {

@@ -1,6 +1,8 @@
 // Where the application has its messages, and what marks our own elements in them.
 const CONTAINER_SELECTOR = '.v-Message-body, .v-MessageView, .v-MessageView-body';
 const CARD_SELECTOR = '.v-MessageCard';
+const EDITOR_SELECTOR =
+    '[contenteditable]:not([contenteditable="false" i]), .v-RichText-input, .v-Compose, #compose';
 const FOCUSED_CLASS = 'is-focused';
 const HID_ATTR = 'data-ondrel-hid';
 const MARK_SELECTOR = `mark[${HID_ATTR}]`;
