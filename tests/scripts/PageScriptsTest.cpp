@@ -9,7 +9,8 @@ class PageScriptsTest : public ScriptTest, public testing::WithParamInterface<co
 
 TEST_P(PageScriptsTest, DoAsTheirCasesSay) {
   const auto file = std::string(GetParam()) + ".js";
-  useScripts({injected("prelude.js"), injected(file)});
+  const Scripts words{injected("prelude.js"), injected("highlightWords.js"), injected(file)};
+  useScripts(words);
   loadHtml("");
   const auto cases = evaluate("listTests()");
   ASSERT_TRUE(cases) << cases.error().message;
@@ -20,7 +21,7 @@ TEST_P(PageScriptsTest, DoAsTheirCasesSay) {
     const auto text = [&](const char* field) { return std::string(wanted.at(field).as_string()); };
     if (names != wanted.at("scripts")) {
       names = wanted.at("scripts");
-      Scripts scripts{injected("prelude.js"), injected(file)};
+      auto scripts = words;
       for (const auto& name : names.as_array())
         scripts.push_back(pageScript(name.as_string()));
       useScripts(std::move(scripts));
@@ -35,7 +36,7 @@ TEST_P(PageScriptsTest, DoAsTheirCasesSay) {
 
 INSTANTIATE_TEST_SUITE_P(Of, PageScriptsTest,
                          testing::Values("smallScripts", "composeScripts", "filesAutoShareScript",
-                                         "replySelectionScript", "highlightHostScript",
+                                         "replySelectionScript", "highlightPainting", "highlightHands",
                                          "mailboxMarkerScript"),
                          [](const auto& tested) { return tested.param; });
 

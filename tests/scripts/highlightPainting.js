@@ -1,67 +1,26 @@
-// Highlights are made, painted, told of and taken away.
+// Highlights are painted, and what the page shows is told.
 {
-  // Injected twice, it works once.
-  const scripts = ['highlightHostScript', 'highlightHostScript'];
-  const page = (...bodies) => ({scripts, html: bodies.join('')});
-  const body = (html, id = 'body') => `<div class=v-Message-body id=${id}>${html}</div>`;
-  const card = (html, classes = '') => `<section class="v-MessageCard ${classes}">${html}</section>`;
-  const anchor = (id, exact, occurrenceIndex = 0) => ({id, exact, occurrenceIndex, threadId: 'T1'});
-  const push = (...anchorsByContainer) => __ondrelApplyHighlights(anchorsByContainer);
-  // Of what is posted only what this tells apart; the whole is told by `posts`.
-  shorten = (line) => line.replace(/^(ondrelHighlightContainersChanged: [^,]*, [^,]*), .*$/s, '$1')
-                          .replace(/^(ondrelHighlight(?:Create|Remove|ClearOrphaned): .*), \d+$/s, '$1');
-  const posts = () => record.splice(0);
-  const reports = (count, focused = '') => `ondrelHighlightContainersChanged: ${count}, ${focused}`;
-  const ready = 'ondrelHighlightHostReady';
-  const start = (count = 1) => same(told(), [reports(count), ready]);
-  const lost = (id) => `[Ondrel] highlight: text not found for ${id}`;
-
-  // The marks, "id@offset:text", each with its offset in its container.
-  const marks = (container = $('#body')) => [...container.querySelectorAll('mark')].map((mark) => {
-    const before = document.createRange();
-    before.setStart(container, 0);
-    before.setEndBefore(mark);
-    return `${mark.dataset.ondrelHid}@${before.toString().length}:${mark.textContent}`;
-  });
-  const banner = () => $('[data-ondrel-orphan-banner="1"]');
-  const banners = () => $$('[data-ondrel-orphan-banner]')
-                            .map(({parentElement,
-                                   dataset,
-                                   textContent}) => [parentElement.id, dataset.ondrelOrphanIds, textContent]);
-  const hidden = (count) =>
-      `${count} highlight(s) hidden — open the other emails in this thread to see them, or click to clear`;
-  const button = () => $$('body > div').find((div) => div.textContent === 'Highlight');
-
-  // From one point to the other, each a text in the page and an offset from there.
-  const pointAt = ([text, offset = 0]) => {
-    const walker = document.createTreeWalker(document.body, NodeFilter.SHOW_TEXT);
-    while (!walker.nextNode().data.includes(text)) {
-    }
-    return [walker.currentNode, walker.currentNode.data.indexOf(text) + offset];
-  };
-  const select = async (from, to, milliseconds = 150) => {
-    getSelection().setBaseAndExtent(...pointAt(from), ...pointAt(to));
-    await painted();
-    await advance(milliseconds);
-  };
-  // The anchor that the line tells of.
-  const uuid = /^[0-9a-f]{8}-[0-9a-f]{4}-4[0-9a-f]{3}-[89ab][0-9a-f]{3}-[0-9a-f]{12}$/;
-  const posted = (line, containerIndex = 0) => {
-    const [, json, index] = /^ondrelHighlightCreate: (.*), (-?\d+)$/s.exec(line) ?? [];
-    same(index, String(containerIndex), line);
-    const made = JSON.parse(json);
-    same(
-        [uuid.test(made.id), ...Object.keys(made)],
-        [true, 'id', 'exact', 'prefix', 'suffix', 'occurrenceIndex']);
-    return made;
-  };
-  const highlight = async (from, to) => {
-    await select(from, to);
-    same([press(button(), 'mousedown'), button(), getSelection().rangeCount], [true, undefined, 0]);
-    return posted(told().at(-1));
-  };
-  // As the application draws a message again.
-  const redraw = (html) => advance(300, $('#body').innerHTML = html);
+  const {
+    scripts,
+    page,
+    body,
+    card,
+    anchor,
+    push,
+    posts,
+    reports,
+    ready,
+    start,
+    lost,
+    marks,
+    banner,
+    banners,
+    hidden,
+    button,
+    select,
+    highlight,
+    redraw
+  } = words;
 
   // --- Painting. ---
 
@@ -152,24 +111,6 @@
     await redraw('one two');
     same(marks(), [`${id}@0:one`, 'b@4:two']);
     await tells(comeBack, reports(1), ready);
-  });
-
-  test('What is shown looks as it should', page(body('<p style="margin: 50px">one two')), async () => {
-    push([anchor('a', 'one'), anchor('b', 'gone')]);
-    looks($('mark'), 'background-color: #ffe066; border-radius: 2px; cursor: pointer');
-    looks(banner(), `background: #fff3cd; color: #7a5b00; padding: 4px 8px; cursor: pointer;
-        font: 12px -apple-system,sans-serif; border-radius: 4px; margin-bottom: 6px`);
-    for (const [margin, text] of [['100px 0 0 200px', 'one'], ['0', 'two']]) {
-      $('#body').style.cssText = `position: fixed; top: 0; left: 0; margin: ${margin}`;
-      $('p').style.margin = 0;
-      banner()?.remove();
-      await select([text], [text, 3]);
-      const {left, top, width} = getSelection().getRangeAt(0).getBoundingClientRect();
-      looks(button(), `position: fixed; z-index: 2147483647; background: #222; color: #fff;
-          font: 12px -apple-system,sans-serif; padding: 4px 10px; border-radius: 6px; cursor: pointer;
-          box-shadow: 0 2px 6px rgba(0,0,0,.3); user-select: none; -webkit-user-select: none;
-          left: ${Math.max(4, left + width / 2 - 40)}px; top: ${Math.max(4, top - 32)}px`);
-    }
   });
 
   // --- Reports and ticks. ---
@@ -440,149 +381,7 @@
     same(told(), ['[Ondrel] highlight wrapRange failed: Error: no']);
   });
 
-  // --- Making and removing. ---
-
-  const making = (html, from, to, expected, ...expectedMarks) =>
-      test(`A selection becomes a highlight: ${from} ${to} in ${html}`, page(body(html)), async () => {
-        start();
-        const made = await highlight(from, to);
-        same([made.exact, made.prefix, made.suffix, made.occurrenceIndex], expected);
-        const all = expectedMarks.map((mark) => `${made.id}@${mark}`);
-        same(marks(), all);
-        await tells(() => advance(1000));  // the tick paints nothing twice
-        same(marks(), all);
-        await redraw(html);
-        same([marks(), banners()], [all, []], 'drawn again');
-      });
-  making('one two one two', ['one two', 8], ['one two', 11], ['one', 'one two ', ' two', 1], '8:one');
-  making('xaaax', ['xaaax', 2], ['xaaax', 4], ['aa', 'xa', 'x', 1], '2:aa');
-  making(
-      'go <a href=/x>to <b>it</b></a>!', ['go', 1], ['it', 1], ['o to i', 'g', 't!', 0], '1:o ', '3:to ',
-      '6:i');
-  making('<p>one</p><p>two</p>', ['one', 3], ['two', 3], ['two', 'one', '', 0], '3:two');
-  const [long, astral] = ['0123456789'.repeat(4), '👍'.repeat(16)];
-  making(`${long}X${long}`, ['X'], ['X', 1], ['X', long.slice(8), long.slice(0, 32), 0], '40:X');
-  // A character that the context's width cuts in two is left out.
-  making(
-      `${astral}.X.${astral}`, ['X'], ['X', 1], ['X', `${'👍'.repeat(15)}.`, `.${'👍'.repeat(15)}`, 0],
-      '33:X');
-
-  const several = page(body('one<i hidden>unseen</i>'), body('two', 'other'), '<p>outside</p>');
-  test('Nothing is made of nothing', several, async () => {
-    start(2);
-    const shows = async (expected, ...selection) => {
-      await select(...selection);
-      same(Boolean(button()), expected, selection.join());
-    };
-    await shows(true, ['one'], ['one', 3]);
-    await shows(false, ['one'], ['two', 3]);  // across two messages
-    await shows(false, ['outside'], ['outside', 2]);
-    await shows(false, ['unseen'], ['unseen', 2]);
-    await shows(true, ['one', 3], ['one']);  // backwards
-    await shows(false, ['one'], ['one']);
-    // The last selection counts, 150 ms after it.
-    await shows(false, ['one'], ['one', 3], 149);
-    await shows(false, ['two'], ['two', 3], 149);
-    await advance(1);
-    same(Boolean(button()), true);
-    press(document.body, 'mousedown');
-    same(button(), undefined);
-    await shows(true, ['two'], ['two', 2]);
-    // The message went away meanwhile, with its place in the list or without.
-    $('#other').innerHTML = 'two';
-    press(button(), 'mousedown');
-    await shows(true, ['one'], ['one', 2]);
-    const late = button();
-    $('#body').className = '';
-    document.body.append(' ');
-    await advance(300);
-    press(late, 'mousedown');
-    same([told(), $$('mark').length, button()], [[reports(1)], 0, undefined]);
-  });
-
-  const linked = body('see <a href=#followed>this <b>link</b></a> now', 'b0');
-  test('A click removes all pieces and follows no link', page(linked, body('see', 'b1')), async () => {
-    start(2);
-    let heard = 0;
-    $('a').addEventListener('click', () => ++heard);
-    push([anchor('h', 'this link now'), anchor('keep', 'see')], [anchor('h', 'see')]);
-    const before = $('#b0').textContent;
-    await tells(() => same(press($('b mark'), 'click'), true), 'ondrelHighlightRemove: h, 0');
-    same([marks($('#b0')), marks($('#b1')), heard, location.hash], [['keep@0:see'], ['h@0:see'], 0, '']);
-    same([$('#b0').textContent, $('a').childNodes.length, $('#b0').childNodes.length], [before, 2, 4]);
-    await tells(() => advance(1000));
-    same(marks($('#b0')), ['keep@0:see'], 'the cache has forgotten it');
-    $('b').click();
-    same([heard, location.hash], [1, '#followed'], 'other clicks pass');
-    // A mark that lies in no container.
-    document.body.append($('#b1 mark'));
-    await tells(() => press($('body > mark'), 'click'), 'ondrelHighlightRemove: h, -1');
-    document.dispatchEvent(new MouseEvent('click'));
-  });
-
-  test('Without the program the page goes on', page(body('one')), async () => {
-    start();
-    const {ondrel} = window.webkit.messageHandlers;
-    delete window.webkit.messageHandlers.ondrel;
-    document.body.append(element(body('two', 'second')));
-    await select(['one'], ['one', 3]);
-    await advance(300);
-    press(button(), 'mousedown');
-    window.webkit.messageHandlers.ondrel = ondrel;
-    push([], [anchor('h', 'two')]);
-    same([marks(), marks($('#second'))], [[], ['h@0:two']]);
-  });
-
-  // --- Frames and size. ---
-
-  const framed = {scripts, html: `${body('outer')}<iframe src=/frame></iframe>`, frame: body('outer inner')};
-  test('Each frame is on its own', framed, async () => {
-    same(told().toSorted(), [reports(1), reports(1), ready, ready]);
-    const {contentWindow: frame, contentDocument} = $('iframe');
-    frame.__ondrelApplyHighlights([[anchor('f', 'outer')]]);
-    same([marks(), marks(contentDocument.body)], [[], ['f@0:outer']]);
-    frame.getSelection().selectAllChildren(contentDocument.querySelector('#body'));
-    await painted(frame);
-    await frame.advance(150);
-    press(contentDocument.body.lastChild, 'mousedown');
-    same(posted(told()[0]).exact, 'outer inner');
-  });
-
-  const asking = `${body('words')}<script>addEventListener('load', async () => {
-    getSelection().selectAllChildren(document.querySelector('#body'));
-    await new Promise((resolve) => requestAnimationFrame(resolve));
-    await advance(150);
-    parent.postMessage([typeof __ondrelApplyHighlights, document.body.lastChild.textContent === 'Highlight'], '*');
-  })</script>`;
-  test('A frame that speaks for its sender offers nothing', {scripts, frame: asking}, async () => {
-    const says = (attributes) => new Promise((resolve) => {
-      addEventListener('message', ({data}) => resolve(data), {once: true});
-      show(`<iframe src=/frame ${attributes}></iframe>`);
-    });
-    same(await says(''), ['function', true]);
-    same(await says('sandbox="allow-scripts"'), ['undefined', false]);
-  });
-
-  test('A page without transport security has ids, too', page(body('one')), async () => {
-    Object.defineProperty(crypto, 'randomUUID', {value: undefined});
-    start();
-    same((await highlight(['one'], ['one', 3])).exact, 'one');
-  });
-
-  // A control character takes seven bytes of the message.
-  test('What can\'t be saved isn\'t painted', page(body('[<i hidden></i>]')), async () => {
-    start();
-    for (const [length, painted] of [[2 ** 20, true], [2 ** 20 * 8 / 7, false]]) {
-      $('i').textContent = '\x01'.repeat(length);
-      handBackBridge();
-      await select(['['], [']', 1]);
-      press(button(), 'mousedown');
-      await advance(300);
-      same($$('mark').length, painted ? 3 : 0);
-      press($('mark') ?? document.body, 'click');
-    }
-    same(told(), ['[Ondrel] highlight: not saved, since the program can\'t take it']);
-  });
+  // --- Size. ---
 
   // Drawing it isn't what is tested, and takes long.
   const large = page('<div hidden>', body(''), '</div>');
