@@ -46,6 +46,18 @@
       `${astral}.X.${astral}`, ['X'], ['X', 1], ['X', `${'👍'.repeat(15)}.`, `.${'👍'.repeat(15)}`, 0],
       '33:X');
 
+  const reading = (html, from, to, ...quote) =>
+      test(`Readers see blanks between blocks: ${html}`, page(body(html)), async () => {
+        const made = await highlight(from, to);
+        const {prefix, exact, suffix} = made.quote ?? {};
+        same([prefix, exact, suffix], quote);
+      });
+  reading('<p>a</p><p>b<i>c</i></p><p>d</p>', ['b'], ['c', 1], 'a ', 'bc', ' d');
+  reading('a<br>b<table><tr><td>c<td>d</table>e', ['b'], ['d', 1], 'a ', 'b c d', ' e');
+  reading(
+      'a<div><!-- --><hr></div>b<style>p {}</style><p>c <p>d\n<p>e', ['a'], ['e', 1], '', 'a b c d\ne', '');
+  reading('<b>a</b>b<span>c</span>\n<p>d</p>', ['a'], ['d', 1], ...[undefined, undefined, undefined]);
+
   const several = page(body('one<i hidden>unseen</i>'), body('two', 'other'), '<p>outside</p>');
   test('Nothing is made of nothing', several, async () => {
     start(2);

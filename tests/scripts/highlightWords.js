@@ -52,7 +52,7 @@
     same(index, String(containerIndex), line);
     const made = JSON.parse(json);
     same(
-        [uuid.test(made.id), ...Object.keys(made)],
+        [uuid.test(made.id), ...Object.keys(made).slice(0, 5)],
         [true, 'id', 'exact', 'prefix', 'suffix', 'occurrenceIndex']);
     return made;
   };

@@ -18,6 +18,18 @@ const randomId = () => {
 // Without the half of a character that the cut has left at an edge: the program takes Unicode only.
 const wholeCharacters = (text) => text.replace(/^[\udc00-\udfff]|[\ud800-\udbff]$/g, '').toWellFormed();
 
+const occurrenceIndexOf = (text, exact, startOffset) => {
+  let index = 0;
+  for (const start of occurrencesOf(text, exact)) {
+    if (start >= startOffset) {
+      break;
+    }
+    ++index;
+  }
+  return index;
+};
+
+// Null for no text. `quote` is there where readers are better served by it.
 const computeAnchor = (containerEl, range, leftOut) => {
   const full = textOf(containerEl);
   const startOffset = plainTextOffset(containerEl, range.startContainer, range.startOffset, leftOut);
@@ -26,18 +38,16 @@ const computeAnchor = (containerEl, range, leftOut) => {
   if (exact === '') {
     return null;
   }
-  let occurrenceIndex = 0;
-  for (const start of occurrencesOf(full, exact)) {
-    if (start >= startOffset) {
-      break;
-    }
-    ++occurrenceIndex;
-  }
+  const from = Math.max(0, startOffset - CONTEXT_WIDTH);
+  const to = Math.min(full.length, endOffset + CONTEXT_WIDTH);
+  const textsOf = ([before, text, after]) =>
+      ({exact: text, prefix: wholeCharacters(before), suffix: wholeCharacters(after)});
+  const plain = textsOf([full.slice(from, startOffset), exact, full.slice(endOffset, to)]);
+  const quote = textsOf(readersTexts(containerEl, [from, startOffset, endOffset, to], leftOut));
   return {
     id: randomId(),
-    exact,
-    prefix: wholeCharacters(full.slice(Math.max(0, startOffset - CONTEXT_WIDTH), startOffset)),
-    suffix: wholeCharacters(full.slice(endOffset, endOffset + CONTEXT_WIDTH)),
-    occurrenceIndex,
+    ...plain,
+    occurrenceIndex: occurrenceIndexOf(full, exact, startOffset),
+    ...JSON.stringify(quote) === JSON.stringify(plain) ? {} : {quote},
   };
 };
