@@ -91,6 +91,37 @@
     same([told(), $$('mark').length, button()], [[reports(1)], 0, undefined]);
   });
 
+  const scrolled = page(
+      '<div id=scroller style="height: 200px; margin-top: 99px; overflow: auto">',
+      body('<p style="margin: 99px 0 2000px">one two</p>'), '</div>');
+  test('The button follows its text out of sight, and is pressed once', scrolled, async () => {
+    start();
+    const scroll = async (to) => {
+      $('#scroller').scrollTop = to;
+      await painted();
+      await painted();
+    };
+    await select(['one'], ['one', 3]);
+    const [top, shown] = [button().offsetTop, button()];
+    await scroll(40);
+    same([button() === shown, shown.offsetTop, shown.role], [true, top - 40, 'button']);
+    await scroll(150);
+    same(button(), undefined);
+    for (const events of [['mousedown', 'click'], ['click', 'mousedown', 'click']]) {
+      await scroll(0);
+      await select(['two'], ['two', 3]);
+      told();
+      const pressed = button();
+      events.forEach((type) => press(pressed, type));
+      same(told().length, 1);
+    }
+    // Hidden with the message, without a change of the selection.
+    await select(['one'], ['one', 3]);
+    $('#scroller').style.display = 'none';
+    await advance(300, document.body.append(' '));
+    same(button(), undefined);
+  });
+
   const linked = body('see <a href=#followed>this <b>link</b></a> now', 'b0');
   test('A click removes all pieces and follows no link', page(linked, body('see', 'b1')), async () => {
     start(2);
@@ -150,6 +181,25 @@
   });
 
   // --- Frames. ---
+
+  test('A highlight can be ordered', {scripts, html: body('one'), frame: body('two')}, async () => {
+    same(__ondrelHighlightSelection(), false);
+    await select(['one'], ['one', 3], 0);
+    same([__ondrelHighlightSelection(), __ondrelHighlightSelection(), marks().length], [true, false, 1]);
+    show('<iframe src=/frame></iframe>');
+    const frame = $('iframe');
+    await new Promise((resolve) => frame.onload = resolve);
+    const {contentDocument, contentWindow} = frame;
+    show('<iframe sandbox src=/frame></iframe>');
+    contentWindow.getSelection().selectAllChildren(contentDocument.querySelector('#body'));
+    same([__ondrelHighlightSelection(), marks(contentDocument.body).length], [true, 1]);
+    same(contentWindow.__ondrelHighlightSelection(), false);
+    getSelection().selectAllChildren($('#body'));
+    contentWindow.getSelection().selectAllChildren(contentDocument.querySelector('#body'));
+    frame.focus();
+    same([__ondrelHighlightSelection(), marks(contentDocument.body).length, marks().length], [true, 2, 1]);
+    window.focus();  // or the engine takes the selection out of the next page
+  });
 
   const framed = {scripts, html: `${body('outer')}<iframe src=/frame></iframe>`, frame: body('outer inner')};
   test('Each frame is on its own', framed, async () => {

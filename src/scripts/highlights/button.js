@@ -16,58 +16,62 @@ const BUTTON_STYLE = {
 };
 
 let btn = null;
+let offered = null;  // {containerEl, range} while there is a button
 let selectionDebounce = null;
 
 const hideButton = () => {
   btn?.remove();
   btn = null;
+  offered = null;
 };
 
-const createHighlight = (containerEl, range) => {
-  hideButton();
-  const told = placeOf(containerEl);
-  // Before the wrap, which splits text nodes.
-  const leftOut = leftOutOf(containerEl);
-  const anchor = computeAnchor(containerEl, range, leftOut);
-  window.getSelection()?.removeAllRanges();
-  if (!anchor || !containers.includes(containerEl)) {
-    return;
-  }
-  if (!post({type: 'ondrelHighlightCreate', anchorJSON: JSON.stringify(anchor), ...told})) {
-    log(': not saved, since the program can\'t take it');  // a mark now would be gone the next time
-    return;
-  }
-  known.get(containerEl).made.push(anchor);
-  wrapRange(containerEl, range, anchor.id, leftOut);
+const placeButton = ({left, top, width}) => {
+  btn.style.left = `${Math.max(4, left + width / 2 - 40)}px`;
+  btn.style.top = `${Math.max(4, top - 32)}px`;
 };
 
-const showButtonFor = (containerEl, range) => {
+const showButton = ({containerEl, range}) => {
   hideButton();
-  const rect = range.getBoundingClientRect();
-  if (rect.width === 0 && rect.height === 0) {
-    return;
-  }
-  const selected = range.cloneRange();
+  offered = {containerEl, range: range.cloneRange()};
   btn = styled('div', BUTTON_STYLE);
+  btn.setAttribute('role', 'button');
   btn.textContent = 'Highlight';
-  btn.style.left = `${Math.max(4, rect.left + rect.width / 2 - 40)}px`;
-  btn.style.top = `${Math.max(4, rect.top - 32)}px`;
-  btn.addEventListener('mousedown', (event) => {
+  placeButton(range.getBoundingClientRect());
+  const take = (event) => {
     swallow(event);  // or the press takes the selection away first
-    createHighlight(containerEl, selected);
-  });
+    if (offered) {
+      createHighlight(offered);
+    }
+  };
+  btn.addEventListener('mousedown', take);
+  btn.addEventListener('click', take);  // without a pointer there was no press
   document.body.append(btn);
 };
 
 const followSelection = () => {
-  const selection = window.getSelection();
-  const range =
-      selection && !selection.isCollapsed && selection.rangeCount > 0 ? selection.getRangeAt(0) : null;
-  // A selection across two messages is in neither.
-  const containerEl = range && containerOf(range.commonAncestorContainer);
-  if (containerEl) {
-    showButtonFor(containerEl, range);
+  const selected = findSelected();
+  if (selected) {
+    showButton(selected);
   } else {
+    hideButton();
+  }
+};
+
+// With its text, until that is out of sight.
+const followText = () => {
+  if (!offered) {
+    return;
+  }
+  const rect = offered.range.getBoundingClientRect();
+  if (isInSight(rect, offered.containerEl)) {
+    placeButton(rect);
+  } else {
+    hideButton();
+  }
+};
+
+const hideButtonWithText = () => {
+  if (offered && !isShown(offered.range.getBoundingClientRect())) {
     hideButton();
   }
 };
@@ -82,4 +86,6 @@ const offerButton = () => {
       hideButton();
     }
   }, true);
+  window.addEventListener('scroll', followText, {capture: true, passive: true});
+  window.addEventListener('resize', followText);
 };

@@ -29,6 +29,7 @@ const reconcileAll = () =>
 const tick = () => {
   look();
   reconcileAll();
+  hideButtonWithText();
 };
 
 // While the document goes on changing, a tick still runs.

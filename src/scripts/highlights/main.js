@@ -19,6 +19,7 @@ const isOfThePage = () => {
 
 if (isOfThePage()) {
   takeAnswers();
+  takeOrders();
   offerButton();
   takeClicks();
   followPage();

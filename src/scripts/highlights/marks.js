@@ -17,13 +17,12 @@ const newMark = (id) => {
 const marksIn = (containerEl) => [...containerEl.querySelectorAll(MARK_SELECTOR)];
 
 // The range's part of each text node in it that takes a mark.
-const piecesOf = (containerEl, range, leftOut) => {
+function* piecesOf(containerEl, range, leftOut) {
   const {startContainer, startOffset, endContainer, endOffset} = range;
   const walker = textWalker(containerEl);
   // From the start on, since a walk through all of a long message for each highlight takes too long.
   walker.currentNode = containerEl.contains(startContainer) ? startContainer : containerEl;
   let node = isText(walker.currentNode) ? walker.currentNode : walker.nextNode();
-  const pieces = [];
   // Comparing places is slow among many siblings; between two text nodes the walk alone tells.
   const isBehind = (candidate) => !isText(endContainer) && range.comparePoint(candidate, 0) > 0;
   const isInside = (candidate) => isText(startContainer) || range.intersectsNode(candidate);
@@ -31,14 +30,16 @@ const piecesOf = (containerEl, range, leftOut) => {
     const start = node === startContainer ? startOffset : 0;
     const end = node === endContainer ? endOffset : node.length;
     if (start < end && !leftOut.has(node) && isInside(node)) {
-      pieces.push({node, start, end, ...placeForMark(node, start, end)});
+      const {takesMark, needsBox} = placeForMark(node, start, end);
+      if (takesMark) {
+        yield {node, start, end, needsBox};
+      }
     }
     if (node === endContainer) {
       break;
     }
   }
-  return pieces.filter(({takesMark}) => takesMark);
-};
+}
 
 // Made once: at each change the document brings all ranges up to date that haven't been collected yet.
 const paintRange = document.createRange();
@@ -53,9 +54,11 @@ const place = (range, start, end) => {
   range.setEnd(end.node, end.offset);
 };
 
+const hasPieces = (containerEl, range, leftOut) => !piecesOf(containerEl, range, leftOut).next().done;
+
 const wrapRange = (containerEl, range, id, leftOut) => {
   try {
-    for (const {node, start, end, needsBox} of piecesOf(containerEl, range, leftOut)) {
+    for (const {node, start, end, needsBox} of [...piecesOf(containerEl, range, leftOut)]) {
       if (needsBox && node.parentNode.localName !== BOX_TAG) {
         putInBox(node);
       }
