@@ -16,21 +16,17 @@ const removeStrays = (containerEl) => {
 
 // The answer to a report, to the last one if there is no number: for each of its containers all highlights.
 // An element may be gone since, or show another message.
-const applyHighlights = (anchorsByContainer, number) => {
+const applyHighlights = (anchorsByContainer, number = null) => {
   const lists = listOf(anchorsByContainer);
-  const answered = listOf(reported.get(Number(number ?? reportNumber)));
-  const isFor = (containerEl) =>
-      (known.get(containerEl)?.since ?? Infinity) <= Number(number ?? reportNumber);
-  answered.forEach((containerEl, i) => {
-    if (isFor(containerEl)) {
-      learn(containerEl, listOf(lists[i]).filter(isAnchor));
-    }
-  });
+  const answered = Number(number ?? reportNumber);
+  const concerned = listOf(reported.get(answered))
+                        .map((containerEl, i) => ({containerEl, list: lists[i]}))
+                        .filter(({containerEl}) => known.get(containerEl)?.since <= answered);
+  concerned.forEach(({containerEl, list}) => learn(containerEl, listOf(list).filter(isAnchor)));
   // An answer without a number may be to an earlier report.
-  if (number !== undefined) {
-    unobserved(
-        () => answered.filter((containerEl, i) => Array.isArray(lists[i]) && isFor(containerEl))
-                  .forEach(removeStrays));
+  if (number !== null) {
+    const listed = concerned.filter(({list}) => Array.isArray(list));
+    unobserved(() => listed.forEach(({containerEl}) => removeStrays(containerEl)));
   }
   reconcileAll();
 };

@@ -28,7 +28,7 @@ const outermostContainer = (element) => {
 };
 
 const cardOf = (element) => {
-  for (let inside = element; inside; inside = inside.ownerDocument.defaultView.frameElement) {
+  for (let inside = element; inside; inside = inside.ownerDocument.defaultView?.frameElement) {
     const card = outermostContainer(inside).closest(CARD_SELECTOR);
     if (card) {
       return card;
