@@ -1,24 +1,5 @@
 // Highlights are made and taken away by hand.
 {
-  const {
-    scripts,
-    page,
-    body,
-    anchor,
-    push,
-    reports,
-    ready,
-    start,
-    marks,
-    banners,
-    hidden,
-    button,
-    select,
-    posted,
-    highlight,
-    redraw
-  } = words;
-
   // --- Making and removing. ---
 
   const making = (html, from, to, expected, ...expectedMarks) =>

@@ -1,27 +1,5 @@
 // Highlights are painted, and what the page shows is told.
 {
-  const {
-    scripts,
-    page,
-    body,
-    card,
-    anchor,
-    push,
-    posts,
-    reports,
-    ready,
-    start,
-    lost,
-    marks,
-    banner,
-    banners,
-    hidden,
-    button,
-    select,
-    highlight,
-    redraw
-  } = words;
-
   // --- Painting. ---
 
   const painting = (html, text, occurrenceIndex, ...expected) =>

@@ -64,7 +64,7 @@
   // As the application draws a message again.
   const redraw = (html) => advance(300, $('#body').innerHTML = html);
 
-  window.words = {
+  Object.assign(window, {
     scripts,
     page,
     body,
@@ -85,5 +85,5 @@
     posted,
     highlight,
     redraw,
-  };
+  });
 })();
