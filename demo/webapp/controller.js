@@ -3,6 +3,25 @@
 
 import {toast} from "/app/toast.js";
 
+// What the store gives is no array, and can't be iterated.
+class RecordCollection {
+  #records;
+
+  constructor(records) {
+    this.#records = records;
+  }
+
+  length() {
+    return this.#records.length;
+  }
+  getObjectAt(index) {
+    return this.#records[index];
+  }
+  find(accepts) {
+    return this.#records.find((record) => accepts(record)) ?? null;
+  }
+}
+
 /** `actions` has go(url, state), composeUrl(), messageUrl(message), reveal(message). */
 export function installFastMail(actions) {
   const open = (fields) => actions.go(actions.composeUrl(), fields ? {fields} : null);
@@ -23,7 +42,7 @@ export function installFastMail(actions) {
   const records = [];
   const store = {
     add: (record) => records.push(record),
-    getAll: (type) => records.filter((record) => record instanceof type),
+    getAll: (type) => new RecordCollection(records.filter((record) => record instanceof type)),
   };
   const classes = {};
   // Loads a part of the application without showing it.

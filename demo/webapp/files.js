@@ -41,7 +41,7 @@ class StorageNodeListController {
     for (const file of files) {
       const node = new StorageNode({name: file.name});
       this.#store.add(node);
-      upload(file).then(({blobId}) => node.set("blobId", blobId)).catch((error) => {
+      upload(file).then(({blobId, size}) => node.set("size", size).set("blobId", blobId)).catch((error) => {
         console.warn("file not uploaded:", String(error));
       });
     }
