@@ -1,8 +1,8 @@
 // Lets a reply quote only what was selected in the message. It watches selections and replies without a hand
 // in either, and when the editor has opened with the whole quote, puts the selection in its place.
 //
-//   selection -> lastSelection -> (reply on the same message) -> pendingSwap -> (editor with a quote) ->
-//   swapped
+//   selection -> lastSelection -> (reply on the same message) -> pendingSwap -> (quote of the application's)
+//   -> swapped
 //
 // Each way of giving up is logged: a swap that silently doesn't happen leaves nothing else to go on.
 (() => {
@@ -18,6 +18,7 @@
   const CARD_SELECTOR = '.v-MessageCard';
   const RICH_EDITOR_SELECTOR = '[contenteditable="true"].v-RichText-input';
   const PLAIN_EDITOR_SELECTOR = 'textarea.v-TextInput-input';
+  const EDITOR_SELECTOR = `${RICH_EDITOR_SELECTOR}, ${PLAIN_EDITOR_SELECTOR}`;
   const FRESHNESS_MS = 30000;
   // The application goes on working on a new quote, on the signature below it above all. Raise this if a
   // signature still goes missing.
@@ -26,41 +27,58 @@
   const SELECTION_DEBOUNCE_MS = 150;
   const QUOTE_WIDTH = 70;  // of a whole line, with its "> "
   const QUOTE_MARKER = '> ';
-  const TEXT_BLOCK_TAGS = new Set(
-      ['DIV', 'P', 'LI', 'BLOCKQUOTE', 'TR', 'TABLE', 'UL', 'OL', 'H1', 'H2', 'H3', 'H4', 'H5', 'H6', 'PRE']);
+  const setOf = (words) => new Set(words.split(/\s+/));
+  const TEXT_BLOCK_TAGS = setOf('DIV P LI BLOCKQUOTE TR TABLE UL OL H1 H2 H3 H4 H5 H6 PRE');
   const LOG_PREFIX = '[Ondrel] reply-with-selection';
-  const TABLE_PARTS = new Set(['table', 'caption', 'colgroup', 'thead', 'tbody', 'tfoot', 'tr']);
+  const TABLE_PARTS = setOf('table caption colgroup thead tbody tfoot tr');
   const HIGHLIGHT_MARK = '[data-ondrel-hid]';  // of the user's alone, as is what the banner says
   const HIGHLIGHT_BANNER = '[data-ondrel-orphan-banner]';
   // What a quote is made of. Of other elements only what they hold is kept, and of some not even that.
-  const KEPT_TAGS = new Set(
-      ('a abbr acronym address article aside b bdi bdo big blockquote br center cite code col dd del dfn dir ' +
-       'div dl dt em figcaption figure font footer h1 h2 h3 h4 h5 h6 header hr i img ins kbd li main mark nav ' +
-       'nobr ol p pre q rp rt ruby s samp section small span strike strong sub sup td th time tt u ul var wbr')
-          .split(' ')
-          .concat(...TABLE_PARTS));
-  const DROPPED_TAGS = new Set(
-      ('script style template noscript title head iframe frame frameset noframes noembed select datalist ' +
-       'annotation annotation-xml desc metadata defs')
-          .split(' '));
-  const KEPT_ATTRIBUTES = new Set(
-      ('style dir lang title alt hidden align valign width height size border color face bgcolor bordercolor ' +
-       'cellpadding cellspacing colspan rowspan span nowrap noshade clear compact start reversed type value ' +
-       'scope headers abbr summary rules frame hspace vspace datetime')
-          .split(' '));
-  const LINK_SCHEMES = new Set(['http:', 'https:', 'mailto:', 'tel:', 'sms:', 'ftp:', 'webcal:']);
-  const IMAGE_SCHEMES = new Set(['http:', 'https:', 'blob:', 'cid:']);
+  const KEPT_TAGS = setOf(
+      `a abbr acronym address article aside b bdi bdo big blockquote br center cite code col dd del dfn dir
+             div dl dt em figcaption figure font footer h1 h2 h3 h4 h5 h6 header hr i img ins kbd li main mark nav
+             nobr ol p pre q rp rt ruby s samp section small span strike strong sub sup td th time tt u ul var wbr
+             ${[...TABLE_PARTS].join(' ')}`);
+  const DROPPED_TAGS =
+      setOf(`script style template noscript title head iframe frame frameset noframes noembed select datalist
+             annotation annotation-xml desc metadata defs`);
+  const KEPT_ATTRIBUTES = setOf(
+      `style dir lang title alt hidden align valign width height size border color face bgcolor bordercolor
+             cellpadding cellspacing colspan rowspan span nowrap noshade clear compact start reversed type value
+             scope headers abbr summary rules frame hspace vspace datetime`);
+  const LINK_SCHEMES = setOf('http: https: mailto: tel: sms: ftp: webcal:');
+  const IMAGE_SCHEMES = setOf('http: https: blob: cid:');
 
   let lastSelection = null;   // {content, text, card, capturedAt}
-  let pendingSwap = null;     // {content, text, capturedAt}
+  let pendingSwap = null;     // {content, text, capturedAt, otherEditors, quote}
   let richSwapArmed = false;  // a rich-text swap is scheduled
   let selectionDebounce = 0;
+  let edits = 0;  // of the user, in any editor
+  let isSendingInput = false;
 
   const log = (text) => console.log(`${LOG_PREFIX}: ${text}`);
-  const logFailure = (what, error) => console.log(`${LOG_PREFIX} ${what} failed: ${error}`);
+  const endSwap = (swap) => {
+    if (pendingSwap === swap) {
+      pendingSwap = null;
+    }
+  };
+  const attempt = (what, swap, action) => {
+    try {
+      action();
+    } catch (error) {
+      console.log(`${LOG_PREFIX} ${what} failed: ${error}`);
+      richSwapArmed = false;
+      endSwap(swap);
+    }
+  };
 
   const isStale = ({capturedAt}) => Date.now() - capturedAt > FRESHNESS_MS;
-  const sendInput = (editor) => editor.dispatchEvent(new Event('input', {bubbles: true}));
+
+  const sendInput = (editor) => {
+    isSendingInput = true;
+    editor.dispatchEvent(new Event('input', {bubbles: true}));
+    isSendingInput = false;
+  };
 
   // --- What is selected: copied at once, since others change the text nodes under a live range. ---
   //
@@ -71,6 +89,7 @@
   // titles, text fields, comments, elements of other languages).
 
   const inertDocument = document.implementation.createHTMLDocument('');
+  const keptSpaces = new WeakMap();  // copied text -> how it keeps its white space, where it does
 
   // Past what a form's fields can put in the place of its own properties by their names.
   const getterOf = ({prototype}, name) => {
@@ -148,8 +167,13 @@
                                                         null;
     const copyNode = (node, target) => {
       if (isText(node)) {
-        target.append(node.data.slice(
+        const copy = inertDocument.createTextNode(node.data.slice(
             node === startContainer ? startOffset : 0, node === endContainer ? endOffset : undefined));
+        const {whiteSpaceCollapse} = getComputedStyle(parentOf(node));
+        if (whiteSpaceCollapse !== 'collapse') {
+          keptSpaces.set(copy, whiteSpaceCollapse);
+        }
+        target.append(copy);
       } else if (isElement(node) && !isDropped(node)) {
         const copy = isKept(node) ? copyOf(node) : null;
         if (copy) {
@@ -166,28 +190,48 @@
     };
 
     const content = inertDocument.createDocumentFragment();
-    if (isText(top)) {
-      copyNode(top, content);
-    } else {
-      copyChildren(top, content);
-    }
+    (isText(top) ? copyNode : copyChildren)(top, content);
     return content;
   };
 
-  const textOfNode = (node) => {
-    if (node.nodeType === Node.TEXT_NODE) {
-      return node.data;
-    }
-    if (node.tagName === 'BR') {
-      return '\n';
-    }
-    const text = [...node.childNodes].map(textOfNode).join('');
-    return TEXT_BLOCK_TAGS.has(node.tagName) ? `${text}\n` : text;
+  // A range's own text has nothing between blocks, and the rendered text needs a layout. Lines and words are
+  // what a page shows of them.
+  const fragmentToText = (content) => {
+    const pieces = [];
+    let isLineStart = true;
+    let hasGap = false;  // a blank, if a word follows
+    const write = (text) => {
+      if (text !== '') {
+        pieces.push(hasGap && !text.startsWith('\n') ? ' ' : '', text);
+        [isLineStart, hasGap] = [text.endsWith('\n'), false];
+      }
+    };
+    const writeLine = (line) => line.split(/[ \t\n\r\f]+/).forEach((word, i) => {
+      hasGap ||= i > 0 && !isLineStart;
+      write(word);
+    });
+    const writeText = (text, kept) => {
+      if (kept === 'preserve-breaks') {
+        text.split(/(\n)/).forEach((line) => line === '\n' ? write(line) : writeLine(line));
+      } else {
+        (kept ? write : writeLine)(text);
+      }
+    };
+    const writeNode = (node) => {
+      const {tagName} = node;
+      const isBlock = TEXT_BLOCK_TAGS.has(tagName);
+      if (isText(node)) {
+        writeText(node.data, keptSpaces.get(node));
+        return;
+      }
+      write(tagName === 'BR' || (isBlock && !isLineStart) ? '\n' : '');
+      node.childNodes.forEach(writeNode);
+      write(tagName === 'P' ? '\n\n' : isBlock ? '\n' : '');
+      hasGap ||= ['TD', 'TH'].includes(tagName) && !isLineStart;
+    };
+    writeNode(content);
+    return pieces.join('').replace(/\n{3,}/g, '\n\n').replace(/^\n+|\n+$/g, '');
   };
-
-  // A range's own text has nothing between blocks, and the rendered text needs a layout.
-  const fragmentToText = (content) =>
-      textOfNode(content).replace(/\n{3,}/g, '\n\n').replace(/^\n+|\n+$/g, '');
 
   const captureSelection = () => {
     // Clicking a reply button may empty the selection; the last one stays available.
@@ -197,8 +241,7 @@
     }
     const range = selection.getRangeAt(0);
     const ancestor = range.commonAncestorContainer;
-    const element = ancestor.nodeType === Node.ELEMENT_NODE ? ancestor : ancestor.parentElement;
-    const container = element?.closest(CONTAINER_SELECTOR);
+    const container = (isElement(ancestor) ? ancestor : ancestor.parentElement)?.closest(CONTAINER_SELECTOR);
     if (!container) {
       log(`selection made in [${location.href}] but not inside a recognized message container`);
       return;
@@ -210,40 +253,38 @@
     }
     const content = copySelected(range);
     const text = fragmentToText(content);
-    if (text === '') {
-      return;
+    if (text !== '') {
+      lastSelection = {content, text, card, capturedAt: Date.now()};
+      log(`captured selection in [${location.href}] (${text.length} chars): ${text.slice(0, 60)}`);
     }
-    lastSelection = {content, text, card, capturedAt: Date.now()};
-    log(`captured selection in [${location.href}] (${text.length} chars): ${text.slice(0, 60)}`);
   };
 
-  document.addEventListener('selectionchange', () => {
+  const onSelectionChange = () => {
     clearTimeout(selectionDebounce);
     selectionDebounce = setTimeout(captureSelection, SELECTION_DEBOUNCE_MS);
-  });
+  };
 
   // --- A reply, by button or by key: only watched, the application's own handlers open the editor. ---
 
   const armPendingSwapIfMatching = (card, source) => {
-    if (!lastSelection) {
-      log(`${source}, no captured selection`);
+    const obstacle = !lastSelection ? 'no captured selection' :
+        isStale(lastSelection)      ? 'captured selection too stale' :
+        card !== lastSelection.card ? 'but on a different message card than the selection' :
+                                      '';
+    if (obstacle) {
+      log(`${source}, ${obstacle}`);
       return;
     }
-    if (isStale(lastSelection)) {
-      log(`${source}, captured selection too stale`);
-      return;
-    }
-    if (!card || card !== lastSelection.card) {
-      log(`${source}, but on a different message card than the selection`);
-      return;
-    }
-    pendingSwap = {content: lastSelection.content, text: lastSelection.text, capturedAt: Date.now()};
+    const {content, text} = lastSelection;
+    const otherEditors = new Set([...document.querySelectorAll(EDITOR_SELECTOR)].filter(
+        (editor) => /\S/.test(editor.value ?? editor.textContent)));
+    pendingSwap = {content, text, capturedAt: Date.now(), otherEditors, quote: null};
     lastSelection = null;
     richSwapArmed = false;
     log(`armed pending swap (${source})`);
   };
 
-  document.addEventListener('click', ({target}) => {
+  const onClick = ({target}) => {
     if (target.closest?.(CARD_SELECTOR)) {
       log(`click in a message card on ${target.tagName} with class "${target.getAttribute('class') ?? ''}"`);
     }
@@ -251,154 +292,142 @@
     if (button) {
       armPendingSwapIfMatching(button.closest(CARD_SELECTOR), 'reply clicked');
     }
-  }, true);
+  };
 
-  // On the window, the earliest place that sees the key: the application's shortcuts never click the button.
-  window.addEventListener('keydown', (event) => {
+  const onKeyDown = (event) => {
     const key = event.key?.toLowerCase();
     if (key !== 'r' && key !== 'a') {
       return;
     }
-    const {target, metaKey, ctrlKey, altKey, shiftKey} = event;
-    log(`keydown ${key} on ${target.tagName} (meta ${metaKey}, control ${ctrlKey}, alt ${altKey}, shift ${
-        shiftKey})`);
-    if (metaKey || ctrlKey || altKey || shiftKey) {
-      log(`keydown ${key}: a modifier is held, not a reply`);
-      return;
-    }
-    if (target.closest?.('input, textarea, [contenteditable="true"]')) {
-      log(`keydown ${key}: typed into a field, not a reply`);
+    const {target} = event;
+    const held = ['metaKey', 'ctrlKey', 'altKey', 'shiftKey'].map((name) => event[name]);
+    log(`keydown ${key} on ${target.tagName} (meta, control, alt, shift: ${held.join(', ')})`);
+    const otherMeaning = held.includes(true)                          ? 'a modifier is held' :
+        target.closest?.('input, textarea, [contenteditable="true"]') ? 'typed into a field' :
+                                                                        '';
+    if (otherMeaning) {
+      log(`keydown ${key}: ${otherMeaning}, not a reply`);
       return;
     }
     // A single message in view never has the class, so its absence contradicts nothing.
     const focused = document.querySelector(`${CARD_SELECTOR}.is-focused`);
+    const source = `reply shortcut (${key})`;
     if (!focused) {
-      log(`reply shortcut (${
-          key}): no .v-MessageCard.is-focused on the page, falling back to the selection card`);
+      log(`${source}: no .v-MessageCard.is-focused on the page, falling back to the selection card`);
     }
-    armPendingSwapIfMatching(focused ?? lastSelection?.card, `reply shortcut (${key}) pressed`);
-  }, true);
+    armPendingSwapIfMatching(focused ?? lastSelection?.card, `${source} pressed`);
+  };
+
+  // --- Whose quote it is. One is replaced that the application put into an editor for this reply; one of
+  // another letter, or that came with what the user wrote or pasted, is the user's. ---
+
+  const replyEditors = (swap, selector) => [...document.querySelectorAll(selector)].filter(
+      (editor) => !swap.otherEditors.has(editor));
+
+  // The first of the reply's editors, better one with a quote.
+  const richEditor = (swap) => {
+    const editors = replyEditors(swap, RICH_EDITOR_SELECTOR);
+    return editors.find((editor) => editor.querySelector('blockquote')) ?? editors[0];
+  };
+
+  const onEdit = ({target}) => {
+    if (isSendingInput || !target.closest?.(EDITOR_SELECTOR)) {
+      return;
+    }
+    ++edits;
+    if (pendingSwap && !pendingSwap.quote) {
+      log('pending swap ended, the user writes and there is no quote yet');
+      pendingSwap = null;
+    }
+  };
 
   // --- The rich-text editor. ---
 
   // What follows the quote was there before the swap: if the application has drawn the editor anew without
   // it, it is put back.
-  const verifyTail = (editable, blockquote, tail) => {
-    try {
-      if (!blockquote.isConnected) {
-        log('rich-text tail check: blockquote no longer in the document, skipping');
-        return;
-      }
-      if (blockquote.nextSibling && editable.contains(blockquote.nextSibling)) {
-        log('rich-text tail check: content after the quote is still present');
-        return;
-      }
-      log('rich-text tail check: content after the quote went missing, restoring it');
+  const verifyTail = (editable, blockquote, tail, editsBefore) => {
+    const isLost = blockquote.isConnected && !editable.contains(blockquote.nextSibling);
+    const outcome = !blockquote.isConnected ? 'blockquote no longer in the document, skipping' :
+        !isLost                             ? 'content after the quote is still present' :
+        edits !== editsBefore ? 'content after the quote went missing, while the user was writing' :
+                                'content after the quote went missing, restoring it';
+    log(`rich-text tail check: ${outcome}`);
+    if (isLost && edits === editsBefore) {
       blockquote.after(...tail);
       sendInput(editable);
-    } catch (error) {
-      logFailure('tail restore', error);
     }
-  };
-
-  const siblingsAfter = (node) => {
-    const siblings = [];
-    for (let next = node.nextSibling; next; next = next.nextSibling) {
-      siblings.push(next);
-    }
-    return siblings;
   };
 
   // `swap` is the pending swap of the time when this was scheduled; another may be pending by now.
   const performRichSwap = (swap) => {
-    try {
-      const editable = document.querySelector(RICH_EDITOR_SELECTOR);
-      const blockquote = editable?.querySelector('blockquote');
-      if (!blockquote) {
-        log('rich-text swap: blockquote gone by the time the delay elapsed, will retry');
-        richSwapArmed = false;
-        return;
-      }
-      const tail = siblingsAfter(blockquote)
-                       .filter((node) => node.parentNode === editable)
-                       .map((node) => node.cloneNode(true));
-      blockquote.replaceChildren(swap.content);
-      sendInput(editable);
-      const protection = tail.length > 0 ? `captured ${tail.length} trailing node(s) to protect` :
-                                           'nothing trailing the quote to protect';
-      log(`rich-text swap applied (${protection})`);
-      if (pendingSwap === swap) {
-        pendingSwap = null;
-      }
-      if (tail.length > 0) {
-        setTimeout(() => verifyTail(editable, blockquote, tail), RICH_VERIFY_DELAY_MS);
-      }
-    } catch (error) {
-      logFailure('rich-text swap', error);
-      richSwapArmed = false;
-      if (pendingSwap === swap) {
-        pendingSwap = null;
-      }
+    const editable = richEditor(swap);
+    const blockquote = editable?.querySelector('blockquote');
+    if (!blockquote) {
+      log('rich-text swap: blockquote gone by the time the delay elapsed, will retry');
+      [richSwapArmed, swap.quote] = [false, null];
+      return;
+    }
+    if (edits !== swap.quote.edits && blockquote.textContent !== swap.quote.text) {
+      log('rich-text swap: the user has changed the quote');
+      endSwap(swap);
+      return;
+    }
+    const siblings = blockquote.parentNode === editable ? [...editable.childNodes] : [];
+    const tail = siblings.slice(siblings.indexOf(blockquote) + 1).map((node) => node.cloneNode(true));
+    blockquote.replaceChildren(swap.content);
+    sendInput(editable);
+    const protection = tail.length > 0 ? `captured ${tail.length} trailing node(s) to protect` :
+                                         'nothing trailing the quote to protect';
+    log(`rich-text swap applied (${protection})`);
+    endSwap(swap);
+    if (tail.length > 0) {
+      const editsNow = edits;
+      setTimeout(
+          () => attempt('tail restore', swap, () => verifyTail(editable, blockquote, tail, editsNow)),
+          RICH_VERIFY_DELAY_MS);
     }
   };
 
   // Only schedules: the pending swap is cleared when it has been carried out.
   const trySwapRichText = () => {
-    const editable = document.querySelector(RICH_EDITOR_SELECTOR);
-    if (!editable) {
-      return;
-    }
-    if (!editable.querySelector('blockquote')) {
+    const quote = richEditor(pendingSwap)?.querySelector('blockquote');
+    if (quote === null) {
       log('rich editor found, but no blockquote yet');
-      return;
     }
-    if (richSwapArmed) {
+    if (!quote || richSwapArmed) {
       return;
     }
     richSwapArmed = true;
     const swap = pendingSwap;
+    swap.quote = {text: quote.textContent, edits};
     log(`rich editor + blockquote found, scheduling swap in ${RICH_SWAP_DELAY_MS}ms`);
-    setTimeout(() => performRichSwap(swap), RICH_SWAP_DELAY_MS);
+    setTimeout(() => attempt('rich-text swap', swap, () => performRichSwap(swap)), RICH_SWAP_DELAY_MS);
   };
 
   // --- The plain-text editor. ---
 
   // The paragraph as lines of at most `width` characters; a longer word stands alone, unbroken.
   const wrapParagraph = (paragraph, width) => {
-    const lines = [];
-    const [first, ...words] = paragraph.split(' ');
-    let line = first;
+    const [line, ...words] = paragraph.split(' ');
+    const lines = [line];
     for (const word of words) {
-      if (line.length + 1 + word.length <= width) {
-        line += ` ${word}`;
-      } else {
-        lines.push(line);
-        line = word;
-      }
+      const longer = `${lines.at(-1)} ${word}`;
+      const fits = longer.length <= width;
+      lines.splice(fits ? -1 : lines.length, 1, fits ? longer : word);
     }
-    return line === '' && lines.length > 0 ? lines : [...lines, line];
+    return lines.length > 1 && lines.at(-1) === '' ? lines.slice(0, -1) : lines;
   };
 
-  const wrapQuoted = (text, width) => {
-    const innerWidth = width - QUOTE_MARKER.length;
-    return text.split('\n')
-        .flatMap((paragraph) => wrapParagraph(paragraph, innerWidth))
-        .map((line) => line === '' ? '>' : QUOTE_MARKER + line)
-        .join('\n');
-  };
+  const wrapQuoted = (text, width) =>
+      text.split('\n')
+          .flatMap((paragraph) => wrapParagraph(paragraph, width - QUOTE_MARKER.length))
+          .map((line) => line === '' ? '>' : QUOTE_MARKER + line)
+          .join('\n');
 
   const isQuoted = (line) => line.startsWith('>');
 
-  // The first line behind the quote. An empty line within it is a paragraph's end.
-  const endOfQuote = (lines, quoteStart) => {
-    for (let i = quoteStart; i < lines.length; ++i) {
-      const isBreak = lines[i] === '' && i + 1 < lines.length && isQuoted(lines[i + 1]);
-      if (!isQuoted(lines[i]) && !isBreak) {
-        return i;
-      }
-    }
-    return lines.length;
-  };
+  // An empty line within a quote is a paragraph's end.
+  const isOfQuote = (line, i, lines) => isQuoted(line) || (line === '' && isQuoted(lines[i + 1] ?? ''));
 
   const {set: setNativeValue} = Object.getOwnPropertyDescriptor(HTMLTextAreaElement.prototype, 'value');
 
@@ -408,7 +437,8 @@
     if (quoteStart < 0) {
       return false;
     }
-    const quoteEnd = endOfQuote(lines, quoteStart);
+    const behind = lines.findIndex((line, i) => i > quoteStart && !isOfQuote(line, i, lines));
+    const quoteEnd = behind < 0 ? lines.length : behind;
     const before = lines.slice(0, quoteStart).join('\n');
     const head = before === '' ? '' : `${before}\n`;
     const tail = lines.slice(quoteEnd).join('\n');
@@ -421,41 +451,53 @@
     if (textarea === document.activeElement) {
       textarea.setSelectionRange(0, 0);
     }
-    const preservation = tail === '' ?
-        'nothing trailing the quote to preserve' :
-        `preserved ${lines.length - quoteEnd} trailing line(s) after the quote`;
-    log(`plain-text swap applied (${preservation})`);
+    log(`plain-text swap applied (${
+        tail === '' ? 'nothing trailing the quote to preserve' :
+                      `preserved ${lines.length - quoteEnd} trailing line(s) after the quote`})`);
     return true;
   };
 
   const trySwapPlainText = () => {
-    const textareas = [...document.querySelectorAll(PLAIN_EDITOR_SELECTOR)];
-    if (textareas.some((textarea) => swapIn(textarea, pendingSwap.text))) {
-      return true;
-    }
-    if (textareas.length > 0) {
+    const textareas = replyEditors(pendingSwap, PLAIN_EDITOR_SELECTOR);
+    const isSwapped = textareas.some((textarea) => swapIn(textarea, pendingSwap.text));
+    if (!isSwapped && textareas.length > 0) {
       log(`found ${textareas.length} textarea(s), none matched the quote marker yet`);
     }
-    return false;
+    return isSwapped;
   };
 
+  // --- Watching. ---
+
+  const listen = () => {
+    document.addEventListener('selectionchange', onSelectionChange);
+    document.addEventListener('click', onClick, true);
+    // The earliest place that sees the key: the application's shortcuts never click the button.
+    window.addEventListener('keydown', onKeyDown, true);
+    ['input', 'paste', 'drop'].forEach((type) => document.addEventListener(type, onEdit, true));
+  };
+
+  let root = document.documentElement;
+  listen();
+
   new MutationObserver(() => {
+    if (document.documentElement !== root) {
+      root = document.documentElement;
+      listen();  // a document that is written anew has lost its listeners, and not its observers
+    }
     if (!pendingSwap) {
       return;
     }
-    try {
+    const swap = pendingSwap;
+    attempt('swap', swap, () => {
       trySwapRichText();
       if (trySwapPlainText()) {
-        pendingSwap = null;
-      } else if (isStale(pendingSwap)) {
+        endSwap(swap);
+      } else if (isStale(swap)) {
         log('pending swap expired without finding a matching compose editor');
-        pendingSwap = null;
+        endSwap(swap);
       }
-    } catch (error) {
-      logFailure('swap', error);
-      pendingSwap = null;
-    }
-  }).observe(document.documentElement, {childList: true, subtree: true});
+    });
+  }).observe(document, {childList: true, subtree: true});
 
   log(`script installed on ${location.href}`);
 })();
