@@ -9,7 +9,6 @@
     await advance(1, window.FastMail = {router});
     const open = (message) => router.appController.message = message;
     const first = messageOf('A', 'M1');
-    await polls(() => {});
     await polls(() => router.title = 'Inbox', 'titleChange: Inbox');
     await polls(() => {});
     await polls(() => open(first), 'titleChange: A', 'ondrelMessageChanged: M1');
@@ -17,8 +16,6 @@
     await polls(() => open(first), 'ondrelMessageChanged: M1');
     await polls(() => open(messageOf('A', 'M2')), 'ondrelMessageChanged: M2');
     await polls(() => open({get: () => 'B'}), 'titleChange: B');
-    await polls(() => open(messageOf('A', '')), 'titleChange: A');
-    await polls(() => open(messageOf('', ''), router.title = 'Kept'), 'titleChange: Kept');
     await polls(() => open(messageOf('C', 'M3')), 'titleChange: C', 'ondrelMessageChanged: M3');
     await polls(comeBack, 'titleChange: C', 'ondrelMessageChanged: M3');
   });
@@ -29,11 +26,9 @@
     const changed = (isWriting) => `ondrelWritingChanged: ${isWriting}`;
     await polls(() => {});
     await polls(() => appController.draft = {to: []}, changed('true'));
-    await polls(() => show('<p class=v-Compose></p>'));
-    await polls(() => appController.draft = null);
+    await polls(() => [show('<p class=v-Compose></p>'), appController.draft = null]);
     await polls(() => $('.v-Compose').remove(), changed('false'));
     await polls(() => show('<p id=compose></p>'), changed('true'));
-    await polls(() => {});
     await polls(() => dispatchEvent(new Event('pageshow')), changed('true'));  // out of the page cache
   });
 
@@ -69,15 +64,15 @@
     await tells(() => over('#one', webkit.messageHandlers.ondrel.postMessage = null));
   });
 
-  const notifying = (html) => ({scripts: ['notificationShimScript'], html: `<script>${html}</script>`});
-  test('The page may notify and shows nothing', notifying('window.Notification = null'), async () => {
+  const notifying = {
+    scripts: ['notificationShimScript'],
+    html: '<script>window.Notification = null</script>'
+  };
+  test('The page may notify and shows nothing', notifying, async () => {
     const asked = [new Notification('hello', {body: 'x'}) instanceof Notification, Notification.permission];
     asked.push(await Notification.requestPermission((answer) => asked.push(answer)));
     asked.push(await Notification.requestPermission('no function'));
     same(asked, [true, 'granted', 'granted', 'granted', 'granted']);
-  });
-  test('The page can have its own', notifying('function Notification() { this.own = true }'), () => {
-    same(new Notification().own, true);
   });
 
   const html = '<iframe src=/frame></iframe>';
@@ -93,7 +88,6 @@
     const values = ['a', 1, null, undefined, {b: [2]}];
     await relays(() => console.log(...values), '[log] a 1 null undefined {"b":[2]}', 'a 1   [object Object]');
     await relays(() => console.warn(Symbol('s'), () => 1), '[warn] Symbol(s) () => 1');
-    await relays(() => console.error(), '[error] ');
     await tells(() => [console.info('not'), console.debug('these')]);
     await relays(() => onerror('text', 'page.js', 3, 7, {why: 1}), '[onerror] text at page.js:3:7 {"why":1}');
     await relays(() => settle(Promise.reject(new Error('lost'))), '[unhandledrejection] Error: lost');
