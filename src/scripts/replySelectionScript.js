@@ -89,7 +89,7 @@
   // titles, text fields, comments, elements of other languages).
 
   const inertDocument = document.implementation.createHTMLDocument('');
-  const keptSpaces = new WeakMap();  // copied text -> how it keeps its white space, where it does
+  const spaceOfCopy = new WeakMap();  // copied text -> how its white space collapses
 
   // Past what a form's fields can put in the place of its own properties by their names.
   const getterOf = ({prototype}, name) => {
@@ -165,21 +165,23 @@
     const endIn = (parent) => parent === endContainer ? childAt(parent, endOffset) :
         toEnd.has(parent)                             ? nextSiblingOf(toEnd.get(parent)) :
                                                         null;
+    // Asked once for each parent, and only where it makes a difference: styles take long.
+    const spaces = new Map();
+    const spaceIn = (text) => {
+      const parent = parentOf(text);
+      if (!spaces.has(parent) && /[\t\n\r\f]|  /.test(text.data)) {
+        spaces.set(parent, getComputedStyle(parent).whiteSpaceCollapse);
+      }
+      return spaces.get(parent) ?? 'collapse';
+    };
     const copyNode = (node, target) => {
       if (isText(node)) {
         const copy = inertDocument.createTextNode(node.data.slice(
             node === startContainer ? startOffset : 0, node === endContainer ? endOffset : undefined));
-        const {whiteSpaceCollapse} = getComputedStyle(parentOf(node));
-        if (whiteSpaceCollapse !== 'collapse') {
-          keptSpaces.set(copy, whiteSpaceCollapse);
-        }
+        spaceOfCopy.set(copy, spaceIn(node));
         target.append(copy);
       } else if (isElement(node) && !isDropped(node)) {
-        const copy = isKept(node) ? copyOf(node) : null;
-        if (copy) {
-          target.append(copy);
-        }
-        copyChildren(node, copy ?? target);
+        copyChildren(node, isKept(node) ? target.appendChild(copyOf(node)) : target);
       }
     };
     const copyChildren = (source, target) => {
@@ -210,18 +212,15 @@
       hasGap ||= i > 0 && !isLineStart;
       write(word);
     });
-    const writeText = (text, kept) => {
-      if (kept === 'preserve-breaks') {
-        text.split(/(\n)/).forEach((line) => line === '\n' ? write(line) : writeLine(line));
-      } else {
-        (kept ? write : writeLine)(text);
-      }
+    const writeText = (text, space) => {
+      const isKept = (part) => space === 'preserve-breaks' ? part === '\n' : space !== 'collapse';
+      text.split(/(\n)/).forEach((part) => (isKept(part) ? write : writeLine)(part));
     };
     const writeNode = (node) => {
       const {tagName} = node;
       const isBlock = TEXT_BLOCK_TAGS.has(tagName);
       if (isText(node)) {
-        writeText(node.data, keptSpaces.get(node));
+        writeText(node.data, spaceOfCopy.get(node));
         return;
       }
       write(tagName === 'BR' || (isBlock && !isLineStart) ? '\n' : '');
@@ -242,13 +241,11 @@
     const range = selection.getRangeAt(0);
     const ancestor = range.commonAncestorContainer;
     const container = (isElement(ancestor) ? ancestor : ancestor.parentElement)?.closest(CONTAINER_SELECTOR);
-    if (!container) {
-      log(`selection made in [${location.href}] but not inside a recognized message container`);
-      return;
-    }
-    const card = container.closest(CARD_SELECTOR);
+    const card = container?.closest(CARD_SELECTOR);
     if (!card) {
-      log(`selection in a message container in [${location.href}] but no ancestor .v-MessageCard`);
+      log(container ?
+              `selection in a message container in [${location.href}] but no ancestor .v-MessageCard` :
+              `selection made in [${location.href}] but not inside a recognized message container`);
       return;
     }
     const content = copySelected(range);
@@ -439,12 +436,10 @@
     }
     const behind = lines.findIndex((line, i) => i > quoteStart && !isOfQuote(line, i, lines));
     const quoteEnd = behind < 0 ? lines.length : behind;
-    const before = lines.slice(0, quoteStart).join('\n');
-    const head = before === '' ? '' : `${before}\n`;
-    const tail = lines.slice(quoteEnd).join('\n');
+    const [head, tail] = [lines.slice(0, quoteStart), lines.slice(quoteEnd)].map((part) => part.join('\n'));
 
     // The native setter, so that the application's framework sees a change.
-    setNativeValue.call(textarea, `${head}${wrapQuoted(text, QUOTE_WIDTH)}\n${tail}`);
+    setNativeValue.call(textarea, `${head && `${head}\n`}${wrapQuoted(text, QUOTE_WIDTH)}\n${tail}`);
     sendInput(textarea);
     // Back to where the application puts the caret. Never by focus(): on that, the application copies the
     // whole quote back from its own state.
