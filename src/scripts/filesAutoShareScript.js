@@ -115,10 +115,10 @@
     }
   };
 
-  // The editor of the letter, once it is shown.
-  const editorOf = (letter) => pollQuickly(
+  // The editor of the letter, once it is shown. Another letter in its place isn't waited for.
+  const editorOf = (letter) => poll(
       () => !letter.isGone && letter.compose.isConnected && editorIn(letter.compose),
-      'the compose editor to be present');
+      letter.isGone ? 1 : QUICK_POLL_ATTEMPTS, QUICK_POLL_INTERVAL_MS, 'the compose editor to be present');
 
   // --- The files that the user attaches, by whichever way. ---
 
