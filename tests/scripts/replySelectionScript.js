@@ -74,7 +74,8 @@
 
   test('A swap happens once and leaves the caret at the top', one('one two'), async () => {
     await arm('.s-reply-all');
-    await tells(() => plain('no > quote yet'));
+    plain('no > quote yet');
+    await settle();
     await tells(() => {
       plain('\n> all');
       $('textarea').focus();
@@ -125,11 +126,8 @@
   test('A rich quote is replaced in a while', one('<b>bold</b> &lt;i&gt; <img alt=\'q"\'>'), async () => {
     await arm();
     // Further changes in the delay schedule nothing more.
-    await tells(async () => {
-      await rich('<p>On Monday:</p><blockquote>all</blockquote>');
-      show('<p>change</p>');
-      await advance(249);
-    });
+    await rich('<p>On Monday:</p><blockquote>all</blockquote>');
+    await tells(() => advance(249, show('<p>change</p>')));
     same(quote(), 'all');
     await tells(() => advance(1), replaced);
     const html = '<p>On Monday:</p><blockquote><b>bold</b> &lt;i&gt; <img alt="q&quot;"></blockquote>';
