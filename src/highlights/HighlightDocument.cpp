@@ -50,6 +50,10 @@ mark { background: var(--mark-bg); color: var(--mark-text); padding: 0 2px; bord
 .footer-note { margin-top: 24px; padding-top: 14px; border-top: 1px solid var(--border); font-size: 0.8em; color: var(--text-2); }
 .footer-note a { color: var(--accent); text-decoration: none; }
 .footer-note a:hover { text-decoration: underline; }
+.highlight { overflow-wrap: anywhere; }
+span.subject { color: var(--text-2); }
+span.subject:hover { text-decoration: none; }
+.problem { font-weight: 600; }
 )";
 
 std::string escaped(std::string_view text) {
@@ -77,11 +81,16 @@ std::string escaped(std::string_view text) {
 }
 
 void append(std::string& html, const HighlightDocument::Entry& entry) {
-  html.append("<div class=\"highlight\">\n<a class=\"subject\" href=\"")
-      .append(escaped(entry.url))
-      .append("\">")
-      .append(escaped(entry.subject))
-      .append("</a>\n<p class=\"quote\"><span class=\"context\">")
+  html.append("<div class=\"highlight\">\n");
+  if (entry.url.empty())
+    html.append("<span class=\"subject\">Message not looked up</span>");
+  else
+    html.append("<a class=\"subject\" href=\"")
+        .append(escaped(entry.url))
+        .append("\">")
+        .append(escaped(entry.subject))
+        .append("</a>");
+  html.append("\n<p class=\"quote\"><span class=\"context\">")
       .append(escaped(entry.prefix))
       .append("</span><mark>")
       .append(escaped(entry.exact))
@@ -103,8 +112,10 @@ std::string HighlightDocument::html() const {
   html.append("\n<div>\n<h1>Ondrel Highlights</h1>\n<p class=\"meta\">Exported ");
   html.append(escaped(date)).append(" — ").append(std::to_string(entries.size()));
   html.append(entries.size() == 1 ? " highlight" : " highlights").append("</p>\n</div>\n</div>\n");
+  if (!problem.empty())
+    html.append("<p class=\"problem\">").append(escaped(problem)).append("</p>\n");
   if (entries.empty())
-    html.append("<p class=\"empty\">No highlights yet.</p>");
+    html.append("<p class=\"empty\">").append(escaped(whenEmpty)).append("</p>");
   for (const auto& entry : entries) {
     if (&entry != &entries.front())
       html.append("\n");

@@ -10,11 +10,14 @@ namespace ondrel::highlights {
 struct HighlightDocument {
   // A highlight with its message. All texts come from mail or from files and are put in as text only.
   struct Entry {
-    std::string url; // of the message in the web application
-    std::string subject;
+    std::string id;      // of the highlight; isn't shown
+    std::string url;     // of the message in the web application; empty when it could not be looked up
+    std::string subject; // then empty
     std::string prefix;
     std::string exact;
     std::string suffix;
+
+    bool operator==(const Entry&) const = default;
   };
 
   std::string date;                   // of now, as people write it
@@ -23,8 +26,15 @@ struct HighlightDocument {
   std::vector<Entry> entries;         // in the order of showing
   std::optional<std::string> payload; // base64
   bool forFile = false;               // it will leave the program and may come back
+  std::string problem;                // why messages are missing, in a sentence; empty for nothing
+  std::string whenEmpty = "No highlights yet.";
 
   std::string html() const;
+  // With those entries alone whose text or subject holds each word of the search, letters' case aside. All of
+  // them for a search without words.
+  HighlightDocument matching(const std::string& search) const;
+
+  bool operator==(const HighlightDocument&) const = default;
 };
 
 } // namespace ondrel::highlights

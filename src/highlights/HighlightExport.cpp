@@ -2,9 +2,7 @@
 
 #include "async/Scope.h"
 #include "base/Base64.h"
-#include "highlights/HighlightDocument.h"
 #include "highlights/HighlightStore.h"
-#include "jmap/MailQueries.h"
 #include "platform/Application.h"
 #include "platform/FileStore.h"
 #include "platform/Panels.h"
@@ -14,7 +12,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdint>
-#include <map>
+#include <ranges>
 
 namespace ondrel::highlights {
 
@@ -41,35 +39,52 @@ async::Task<std::string> HighlightExport::generateHighlightsHTML(bool forFile) {
   co_return co_await generate(forFile, [](const TransferProgress&) {});
 }
 
-async::Task<std::string> HighlightExport::generate(bool forFile,
+async::Task<MessageLookup> HighlightExport::lookUp(std::set<std::string> messageIds,
                                                    std::function<void(const TransferProgress&)> asked) {
-  const auto sorted = newestFirst();
-  std::set<std::string> messageIds;
-  for (const auto& each : sorted)
-    messageIds.insert(each.messageId);
   std::vector<std::string> ids(messageIds.begin(), messageIds.end());
   const auto total = ids.size();
   asked({TransferProgress::Step::asking, 0, total});
-  const auto found =
+  auto answer =
       co_await services_.mail.highlightExportInfo(std::move(ids), [&asked, total](std::size_t done) {
         asked({TransferProgress::Step::asking, done, total});
       });
-
-  static const std::map<std::string, jmap::HighlightExportInfo> none;
-  HighlightDocument document;
-  const auto& infos = found ? *found : none;
-  for (const auto& [messageId, highlight] : sorted) {
-    const auto info = infos.find(messageId);
-    if (info == infos.end()) {
-      logger_.error("generateHighlightsHTML: could not resolve messageId {} — skipped",
-                    base::Private{messageId});
+  MessageLookup result;
+  const bool isSignedOut = !answer && answer.error().kind == jmap::JMAPError::Kind::notAuthenticated;
+  if (!answer || !answer->unanswered.empty())
+    result.problem = isSignedOut ? "Nobody is signed in, so messages could not be looked up."
+                                 : "The mail server can't be reached.";
+  if (!answer)
+    co_return result;
+  result.found = std::move(answer->found);
+  for (const auto& [messageId, highlight] : newestFirst()) {
+    if (!messageIds.contains(messageId) || result.found.contains(messageId) ||
+        answer->unanswered.contains(messageId))
       continue;
-    }
-    document.entries.push_back({.url = info->second.url,
-                                .subject = info->second.subject,
-                                .prefix = highlight.prefix,
-                                .exact = highlight.exact,
-                                .suffix = highlight.suffix});
+    logger_.error("generateHighlightsHTML: could not resolve messageId {} — skipped",
+                  base::Private{messageId});
+    result.missing.insert(messageId);
+  }
+  co_return result;
+}
+
+HighlightDocument HighlightExport::document(const MessageLookup& messages, bool forFile) const {
+  const auto sorted = newestFirst();
+  HighlightDocument document;
+  for (const auto& [messageId, highlight] : sorted) {
+    if (messages.missing.contains(messageId))
+      continue;
+    const auto info = messages.found.find(messageId);
+    const bool isKnown = info != messages.found.end();
+    if (!isKnown)
+      document.problem = messages.problem;
+    const auto quote =
+        highlight.quote.value_or(HighlightQuote{highlight.prefix, highlight.exact, highlight.suffix});
+    document.entries.push_back({.id = highlight.id,
+                                .url = isKnown ? info->second.url : "",
+                                .subject = isKnown ? info->second.subject : "",
+                                .prefix = quote.prefix,
+                                .exact = quote.exact,
+                                .suffix = quote.suffix});
   }
   document.date = services_.textFormatting.mediumDateShortTime(
       std::chrono::floor<std::chrono::milliseconds>(std::chrono::system_clock::now()));
@@ -77,7 +92,14 @@ async::Task<std::string> HighlightExport::generate(bool forFile,
   document.projectSiteURL = services_.settings.site().projectSiteURL;
   document.payload = encodedPayload(sorted);
   document.forFile = forFile;
-  co_return document.html();
+  return document;
+}
+
+async::Task<std::string> HighlightExport::generate(bool forFile,
+                                                   std::function<void(const TransferProgress&)> asked) {
+  const auto ids = std::views::keys(services_.store.byMessageId());
+  const auto messages = co_await lookUp({ids.begin(), ids.end()}, std::move(asked));
+  co_return document(messages, forFile).html();
 }
 
 async::Task<void> HighlightExport::generateInto(std::shared_ptr<Page> page) {

@@ -5,18 +5,18 @@
 #include "base/Event.h"
 #include "base/Log.h"
 #include "base/Observable.h"
+#include "highlights/HighlightDocument.h"
 #include "highlights/HighlightPayload.h"
 #include "highlights/TransferProgress.h"
+#include "jmap/MailQueries.h"
 
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
-
-namespace ondrel::jmap {
-class MailQueries;
-}
 
 namespace ondrel::platform {
 class Application;
@@ -32,6 +32,13 @@ class AppSettings;
 namespace ondrel::highlights {
 
 class HighlightStore;
+
+// What the server has said of highlighted messages, by Message-ID. Those in neither member are unknown.
+struct MessageLookup {
+  std::map<std::string, jmap::HighlightExportInfo> found;
+  std::set<std::string> missing; // aren't there any more
+  std::string problem;           // why some could not be asked for, in a sentence; empty when all could
+};
 
 // Highlights out of the program, as one HTML page that people can read and the program too. One for the
 // process, main thread only.
@@ -54,6 +61,11 @@ class HighlightExport {
 
   // For the program's own window, or for a file, which says how to bring it back.
   async::Task<std::string> generateHighlightsHTML(bool forFile);
+  // Its two steps. Logs which messages aren't there.
+  async::Task<MessageLookup> lookUp(std::set<std::string> messageIds,
+                                    std::function<void(const TransferProgress&)> asked);
+  // Of what the store holds now. Highlights of messages that aren't there are in the payload alone.
+  HighlightDocument document(const MessageLookup& messages, bool forFile) const;
   // Looks the messages up on the server, then asks where to: on the key window, or on the one that was it
   // before. Without either it ends there.
   async::Task<void> exportHighlights();

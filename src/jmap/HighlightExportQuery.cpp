@@ -90,10 +90,10 @@ async::Task<std::map<std::string, std::string>> mailboxNames(JMAPClient& client,
 
 } // namespace
 
-async::Task<Result<std::map<std::string, HighlightExportInfo>>>
+async::Task<Result<HighlightExportAnswer>>
 MailQueries::highlightExportInfo(std::vector<std::string> messageIds,
                                  std::function<void(std::size_t done)> progress) {
-  std::map<std::string, HighlightExportInfo> result;
+  HighlightExportAnswer result;
   if (messageIds.empty())
     co_return result;
   auto account = co_await mailAccount(client_, "highlightExportInfo");
@@ -111,11 +111,13 @@ MailQueries::highlightExportInfo(std::vector<std::string> messageIds,
         co_return std::unexpected(reply.error());
       networkLogger.error("highlightExportInfo: chunk at {} ({} message id(s)) failed: {}", position,
                           chunk.size(), reply.error().description());
+      result.unanswered.insert(chunk.begin(), chunk.end());
       continue;
     }
     const auto* list = answeredList(*reply, 1);
     if (!list) {
       networkLogger.error("highlightExportInfo: unexpected JMAP response format for chunk at {}", position);
+      result.unanswered.insert(chunk.begin(), chunk.end());
       continue;
     }
     for (const auto* email : objects(*list))
@@ -131,12 +133,14 @@ MailQueries::highlightExportInfo(std::vector<std::string> messageIds,
   const auto names = co_await mailboxNames(client_, *account, std::move(mailboxIds));
   for (const auto& [messageId, email] : resolved) {
     const auto name = names.find(email.mailboxId);
+    if (names.empty())
+      result.unanswered.insert(messageId);
     if (name == names.end())
       continue;
     auto url = mailPageURL(settings_.baseURL(), name->second, email.threadId + "." + email.internalId,
                            accountParameter(account->id));
     if (url)
-      result.emplace(messageId, HighlightExportInfo{.subject = email.subject, .url = *std::move(url)});
+      result.found.emplace(messageId, HighlightExportInfo{.subject = email.subject, .url = *std::move(url)});
   }
   co_return result;
 }

@@ -9,6 +9,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -42,6 +43,12 @@ struct HighlightExportInfo {
   std::string url; // of the message in the web application
 };
 
+// What became of a question for messages by Message-ID. Those that are in neither member aren't there.
+struct HighlightExportAnswer {
+  std::map<std::string, HighlightExportInfo> found;
+  std::set<std::string> unanswered; // a request for them failed
+};
+
 // Everything that the program asks of the user's mail, one fixed JMAP request (RFC 8620, RFC 8621) each.
 // Where nothing else is said an operation gives the error of the request, or badResponse after a log line
 // when the answer has another shape than expected. Operations may run side by side. Main thread only.
@@ -67,9 +74,8 @@ class MailQueries {
   async::Task<Result<std::string>> findEmailId(std::string messageId);
   // Of several mailboxes any one.
   async::Task<Result<MailboxAndThread>> findMailboxNameAndThreadId(std::string emailId);
-  // By Message-ID, without those that can't be found: a failed request just leaves its messages out. Tells
-  // meanwhile how many are done with.
-  async::Task<Result<std::map<std::string, HighlightExportInfo>>>
+  // By Message-ID; a failed request leaves its messages unanswered. Tells meanwhile how many are done with.
+  async::Task<Result<HighlightExportAnswer>>
   highlightExportInfo(std::vector<std::string> messageIds, std::function<void(std::size_t done)> progress);
   // Whether the account uses labels in place of folders.
   async::Task<Result<bool>> fetchInLabelsMode();

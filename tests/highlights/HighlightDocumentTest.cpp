@@ -17,12 +17,14 @@ TEST(HighlightDocument, IsTheSameToTheLetter) {
   document.projectSiteURL = "https://project.example/";
   document.payload = "W10=";
   document.forFile = true;
-  document.entries = {{.url = "https://x/1?a=b&c",
-                       .subject = "A > B",
-                       .prefix = "it's ",
-                       .exact = "<b>\"&",
-                       .suffix = " <end"},
-                      {.url = "https://x/2", .subject = "", .prefix = "", .exact = "x", .suffix = ""}};
+  document.entries = {
+      {.id = "h1",
+       .url = "https://x/1?a=b&c",
+       .subject = "A > B",
+       .prefix = "it's ",
+       .exact = "<b>\"&",
+       .suffix = " <end"},
+      {.id = "h2", .url = "https://x/2", .subject = "", .prefix = "", .exact = "x", .suffix = ""}};
   const auto html = document.html();
   EXPECT_TRUE(html.starts_with("<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"UTF-8\">\n"
                                "<title>Ondrel Highlights</title>\n"
@@ -74,9 +76,44 @@ TEST(HighlightDocument, LeavesOutWhatIsMissing) {
   document.payload = "W10=";
   document.forFile = false;
   document.entries.resize(1);
+  document.problem = "<why>";
+  EXPECT_TRUE(document.html().contains(R"(</div>
+</div>
+<p class="problem">&lt;why&gt;</p>
+<div class="highlight">
+<span class="subject">Message not looked up</span>
+<p class="quote">)"));
   EXPECT_FALSE(document.html().contains("Import Highlights…"));
   EXPECT_TRUE(document.html().contains(">W10=</script>"));
   EXPECT_TRUE(document.html().contains(" — 1 highlight<"));
+}
+
+TEST(HighlightDocument, IsSearchedByTextAndSubject) {
+  HighlightDocument document;
+  document.entries = {{"1", "https://x/1", "Tea in Zürich", "see the ", "green\n\t leaves", " there"},
+                      {"2", "", "", "", "Straße 7", ""}};
+  const std::pair<const char*, std::vector<std::string>> cases[] = {
+      {"", {"1", "2"}},
+      {" \t\u3000", {"1", "2"}},
+      {"ZÜRICH leaves", {"1"}},
+      {"the GREEN", {"1"}},
+      {"strasse", {"2"}},
+      {"7", {"2"}},
+      {"tea strasse", {}},
+      {"looked", {}},
+      {"https", {}},
+      {"\xFF", {}},
+  };
+  for (const auto& [search, expected] : cases) {
+    std::vector<std::string> ids;
+    for (const auto& entry : document.matching(search).entries)
+      ids.push_back(entry.id);
+    EXPECT_EQ(ids, expected) << search;
+  }
+  EXPECT_TRUE(
+      document.matching("x").html().contains(R"(<p class="empty">No highlights match the search.</p>)"));
+  document.entries.clear();
+  EXPECT_TRUE(document.matching("x").html().contains("No highlights yet."));
 }
 
 } // namespace

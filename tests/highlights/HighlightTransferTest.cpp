@@ -124,7 +124,11 @@ TEST_F(HighlightTransferTest, ListsWhatItCanResolveNewestFirstAndKeepsAllInThePa
   store.add(highlight("b", 3, "new"), "1@x");
   store.add(highlight("c", 2, "middle"), "1@x");
   store.add(highlight("d", 4), "gone@x");
+  auto joined = highlight("e", 5, "oneTwo");
+  joined.quote = HighlightQuote{"be <fore ", "one Two", " after"};
+  store.add(joined, "1@x");
   const auto html = generate(true);
+  EXPECT_TRUE(html.contains("be &lt;fore </span><mark>one Two</mark><span class=\"context\"> after<"));
   const auto newest = html.find("<mark>new</mark>");
   const auto middle = html.find("<mark>middle</mark>");
   const auto oldest = html.find("<mark>old</mark>");
@@ -132,7 +136,7 @@ TEST_F(HighlightTransferTest, ListsWhatItCanResolveNewestFirstAndKeepsAllInThePa
   EXPECT_LT(newest, middle);
   EXPECT_LT(middle, oldest);
   EXPECT_TRUE(html.contains(R"(href="https://app.example.com/mail/Inbox/T1.M1?u=123">One</a>)")) << html;
-  EXPECT_TRUE(html.contains(" — 3 highlights<"));
+  EXPECT_TRUE(html.contains(" — 4 highlights<"));
   EXPECT_TRUE(html.contains(R"(src="data:image/png;base64,cG5n")"));
   EXPECT_EQ(shell.log.count(
                 fmt::format("error system: generateHighlightsHTML: could not resolve messageId {} — skipped",
@@ -141,16 +145,28 @@ TEST_F(HighlightTransferTest, ListsWhatItCanResolveNewestFirstAndKeepsAllInThePa
 
   store.removeAll();
   import(html);
-  EXPECT_EQ(store.allHighlights().size(), 4U) << "also that of the message which is gone";
+  EXPECT_EQ(store.allHighlights().size(), 5U) << "also that of the message which is gone";
   EXPECT_EQ(store.byMessageId().at("gone@x").front(), highlight("d", 4));
 }
 
 TEST_F(HighlightTransferTest, TheDocumentIsThereWithoutTheServer) {
-  client.token = std::unexpected(jmap::JMAPError::notAuthenticated());
+  const auto session = std::exchange(client.session, std::unexpected(jmap::JMAPError::sseStale()));
   store.add(highlight("a", 1), "1@x");
+  const auto saysIt = [](const std::string& html, const std::string& problem) {
+    return html.contains("<p class=\"problem\">" + problem + "</p>") &&
+           html.contains("Message not looked up</span>") && html.contains("<mark>text</mark>") &&
+           html.contains(" — 1 highlight<") && !html.contains("No highlights yet.");
+  };
+  const std::string unreachable = "The mail server can't be reached.";
   const auto html = generate(true);
-  EXPECT_TRUE(html.contains("No highlights yet.") && html.contains("Import Highlights…"));
+  EXPECT_TRUE(saysIt(html, unreachable) && html.contains("Import Highlights…")) << html;
   EXPECT_FALSE(generate(false).contains("Import Highlights…"));
+  client.session = std::unexpected(jmap::JMAPError::notAuthenticated());
+  EXPECT_TRUE(saysIt(generate(true), "Nobody is signed in, so messages could not be looked up."));
+  // The connection ends between two requests.
+  client.session = session;
+  client.failNext({jmap::JMAPError::Kind::transport, "reset"});
+  EXPECT_TRUE(saysIt(generate(true), unreachable));
   store.removeAll();
   import(html);
   EXPECT_EQ(store.allHighlights().size(), 1U);

@@ -33,11 +33,12 @@ TEST_F(HighlightExportQueryTest, ResolvesMessagesToSubjectAndURL) {
   answerNext({R"({"list":[{"id":"B1","name":"In box"},{"id":"B2","name":"Old"},{"id":"unnamed"}]})"});
   const auto info = run(queries.highlightExportInfo({"1@x", "2@x"}, progress));
   ASSERT_TRUE(info);
-  ASSERT_EQ(info->size(), 2u);
-  EXPECT_EQ(info->at("1@x").subject, "One");
-  EXPECT_EQ(info->at("1@x").url, "https://app.example.com/mail/In%20box/T1.M1?u=123");
-  EXPECT_EQ(info->at("2@x").subject, "(No subject)");
-  EXPECT_EQ(info->at("2@x").url, "https://app.example.com/mail/Old/T2.M2?u=123");
+  ASSERT_EQ(info->found.size(), 2u);
+  EXPECT_TRUE(info->unanswered.empty()) << "one that isn't there is no failure";
+  EXPECT_EQ(info->found.at("1@x").subject, "One");
+  EXPECT_EQ(info->found.at("1@x").url, "https://app.example.com/mail/In%20box/T1.M1?u=123");
+  EXPECT_EQ(info->found.at("2@x").subject, "(No subject)");
+  EXPECT_EQ(info->found.at("2@x").url, "https://app.example.com/mail/Old/T2.M2?u=123");
   expectCalls(0, R"([
       ["Email/query", {"accountId": "u123", "limit": 2, "filter": {"operator": "OR", "conditions":
         [{"header": ["Message-ID", "1@x"]}, {"header": ["Message-ID", "2@x"]}]}}, "q0"],
@@ -48,7 +49,7 @@ TEST_F(HighlightExportQueryTest, ResolvesMessagesToSubjectAndURL) {
 }
 
 TEST_F(HighlightExportQueryTest, WhatFailsLeavesOutItsMessagesOnly) {
-  EXPECT_EQ(run(queries.highlightExportInfo({}, progress))->size(), 0u);
+  EXPECT_EQ(run(queries.highlightExportInfo({}, progress))->found.size(), 0u);
   EXPECT_EQ(client.sessionFetches, 0);
 
   const auto one = R"({"list":[{"id":"M1","messageId":["200@x"],"mailboxIds":{"B1":true},"threadId":"T1"}]})";
@@ -56,8 +57,9 @@ TEST_F(HighlightExportQueryTest, WhatFailsLeavesOutItsMessagesOnly) {
   found(one);
   found("{}");
   const auto info = run(queries.highlightExportInfo(messageIds(401), progress));
-  ASSERT_TRUE(info && info->contains("200@x"));
-  EXPECT_EQ(info->size(), 1u);
+  ASSERT_TRUE(info && info->found.contains("200@x"));
+  EXPECT_EQ(info->found.size(), 1u);
+  EXPECT_EQ(info->unanswered.size(), 200u + 1u) << "of the first chunk and the last";
   EXPECT_EQ(asked, (std::vector<std::size_t>{0, 200, 400, 401}));
   const std::size_t sizes[] = {200, 200, 1};
   for (std::size_t i = 0; i < 3; ++i) {
@@ -68,16 +70,16 @@ TEST_F(HighlightExportQueryTest, WhatFailsLeavesOutItsMessagesOnly) {
 
   found(one);
   client.failNext(JMAPError::notAuthenticated());
-  EXPECT_EQ(run(queries.highlightExportInfo(messageIds(1), progress))->size(), 0u);
+  EXPECT_EQ(run(queries.highlightExportInfo(messageIds(1), progress))->unanswered.size(), 1u);
   found(one);
   answerNext({R"({"list":[{"id":"B1"}]})"});
-  EXPECT_EQ(run(queries.highlightExportInfo(messageIds(1), progress))->size(), 0u);
+  EXPECT_EQ(run(queries.highlightExportInfo(messageIds(1), progress))->unanswered.size(), 1u);
   EXPECT_EQ(log.lines().size(), 4U) << "each failure is told";
 }
 
 TEST_F(HighlightExportQueryTest, CancellingEndsItAtOnce) {
   client.delay = std::chrono::seconds(1);
-  std::optional<Result<std::map<std::string, HighlightExportInfo>>> result;
+  std::optional<Result<HighlightExportAnswer>> result;
   auto handle =
       scope.spawn(support::keepResult(queries.highlightExportInfo(messageIds(1000), progress), &result));
   loop.advance(std::chrono::milliseconds(1500));
