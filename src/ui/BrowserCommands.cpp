@@ -126,7 +126,16 @@ CommandGroup BrowserCommands::printing() {
 CommandGroup BrowserCommands::highlights() {
   const auto help = [this] { return helpWithoutHighlights(); };
   return {"Highlights",
-          {{.title = "Show Highlights",
+          {{.title = "Highlight Selection",
+            .accelerators = {"<Control><Shift>y"},
+            .perform = actions_.highlightSelection,
+            .enabledWhen = whenTrue(windows_.activeURLContainsMail),
+            .help =
+                [this] {
+                  return *windows_.activeURLContainsMail ? ""
+                                                         : "Only available when a mail window is in front";
+                }},
+           {.title = "Show Highlights",
             .accelerators = {"<Control><Shift>h"},
             .perform = actions_.showHighlights,
             .enabledWhen = whenHighlighted(),

@@ -29,6 +29,7 @@ class BrowserCommands {
  public:
   struct Actions {
     std::function<void(const std::string& url)> navigate; // shows a message of the service
+    std::function<void()> highlightSelection;
     std::function<void()> showHighlights;
     std::function<void()> exportHighlights;
     std::function<void()> importHighlights;

@@ -14,6 +14,7 @@ namespace ondrel::ui {
 
 UserInterface::UserInterface(const Services& services)
     : services_(services), keyTab_(services_.application, services_.windows),
+      highlightSelection_(keyTab_, services_.settings),
       highlightsWindow_(
           {.application = services_.application,
            .webViews = services_.webViews,
@@ -48,6 +49,7 @@ UserInterface::UserInterface(const Services& services)
 
 BrowserCommands::Actions UserInterface::commandActions() {
   return {.navigate = [this](const std::string& url) { services_.navigate(url, std::nullopt); },
+          .highlightSelection = [this] { highlightSelection_.perform(); },
           .showHighlights = [this] { highlightsWindow_.show(); },
           .exportHighlights = [this] { scope_.spawn(services_.highlightExport.exportHighlights()); },
           .importHighlights = [this] { scope_.spawn(services_.highlightImport.importHighlights()); },

@@ -6,6 +6,7 @@
 #include "ui/BrowserCommands.h"
 #include "ui/CommandActions.h"
 #include "ui/CopiedLinkWatch.h"
+#include "ui/HighlightSelection.h"
 #include "ui/HighlightsWindow.h"
 #include "ui/KeyTab.h"
 #include "ui/PrimaryMenu.h"
@@ -64,6 +65,7 @@ class UserInterface {
 
   const Services services_;
   KeyTab keyTab_;
+  HighlightSelection highlightSelection_;
   HighlightsWindow highlightsWindow_;
   const TransferProgressWindow exportProgress_;
   const TransferProgressWindow importProgress_;

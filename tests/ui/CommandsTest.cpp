@@ -5,6 +5,7 @@
 #include "ui/ActionName.h"
 #include "ui/BrowserCommands.h"
 #include "ui/CommandActions.h"
+#include "ui/HighlightSelection.h"
 #include "ui/KeyTab.h"
 #include "ui/PrimaryMenu.h"
 #include "ui/ShortcutsWindow.h"
@@ -22,10 +23,12 @@ class CommandsTest : public ShellTest {
     shell.manager->openMainWindow();
     ASSERT_TRUE(application);
     keyTab.emplace(shell.application, *shell.manager);
+    selection.emplace(*keyTab, shell.settings);
     commands.emplace(
         shell.application, *shell.manager, highlights, *keyTab,
         platform::Bundle{"org.velmora.Ondrel", "Ondrel", "1.0", "1"},
         BrowserCommands::Actions{.navigate = [this](const std::string& url) { navigated.push_back(url); },
+                                 .highlightSelection = [this] { selection->perform(); },
                                  .showHighlights = [this] { done.push_back("show"); },
                                  .exportHighlights = [this] { done.push_back("export"); },
                                  .importHighlights = [this] { done.push_back("import"); },
@@ -41,6 +44,7 @@ class CommandsTest : public ShellTest {
     actions.reset();
     groups.clear();
     commands.reset();
+    selection.reset();
     keyTab.reset();
     ShellTest::TearDown();
   }
@@ -64,6 +68,7 @@ class CommandsTest : public ShellTest {
   std::vector<std::string> done;
   highlights::HighlightStore highlights{shell.files, shell.files};
   std::optional<KeyTab> keyTab;
+  std::optional<HighlightSelection> selection;
   std::optional<BrowserCommands> commands;
   std::vector<CommandGroup> groups;
   std::optional<CommandActions> actions;
@@ -117,6 +122,52 @@ TEST_F(CommandsTest, ActOnTheTabWithTheKeyboardAndFollowIt) {
   EXPECT_FALSE(enabled("reload")) << "no window has the keyboard";
   activate("new-window");
   EXPECT_EQ(shell.application.all.size(), 2U);
+}
+
+TEST_F(CommandsTest, HighlightsTheSelectionOfTheTabWithTheKeyboard) {
+  EXPECT_FALSE(enabled("highlight-selection"));
+  const auto tab = model(0);
+  std::vector<std::string> notices;
+  const auto watching = tab->noticed.subscribe([&](const auto& notice) { notices.push_back(notice.text); });
+  shell.application.setKey(window(0));
+  tab->show("https://app.example.com/mail/Inbox/T1.M1");
+  shell.settle();
+  auto& page = *shell.webView(tab);
+  page.evaluations.clear();
+  ASSERT_TRUE(enabled("highlight-selection"));
+  page.answer = [](const std::string&) { return boost::json::value(true); };
+  activate("highlight-selection");
+  EXPECT_EQ(page.evaluations, std::vector<std::string>{"window.__ondrelHighlightSelection()"});
+  EXPECT_FALSE(page.evaluationFrames.back());
+  EXPECT_TRUE(notices.empty());
+
+  const std::string wanted = "Select text in a message first.";
+  page.answer = [](const std::string&) { return boost::json::value(false); };
+  activate("highlight-selection");
+  EXPECT_EQ(notices, std::vector{wanted});
+  page.answer = [](const std::string&) {
+    return std::unexpected(
+        platform::ScriptError{platform::ScriptError::Kind::exception, "none of that name"});
+  };
+  activate("highlight-selection");
+  EXPECT_EQ(notices.size(), 2U);
+
+  // The address is that of a load as soon as it begins, while another page is still shown.
+  const auto count = page.evaluations.size();
+  tab->foreignHost.set("news.example");
+  activate("highlight-selection");
+  tab->foreignHost.set("");
+  tab->urlString.set("https://news.example/mail/");
+  activate("highlight-selection");
+  EXPECT_EQ(page.evaluations.size(), count);
+  EXPECT_EQ(notices.size(), 4U);
+
+  // A page that hangs says so itself.
+  tab->urlString.set("https://app.example.com/mail/Inbox/T1.M1");
+  page.hangs = true;
+  activate("highlight-selection");
+  shell.loop.advance(std::chrono::minutes(1));
+  EXPECT_EQ(notices.size(), 4U);
 }
 
 TEST_F(CommandsTest, ToolsAreThereWhenTheyHaveSomethingToWorkOn) {
@@ -186,11 +237,12 @@ TEST_F(CommandsTest, TheMenuExplainsWhatCantBeUsed) {
     std::ranges::sort(found);
     return found;
   };
+  const std::string aMail = "Only available when a mail window is in front";
   const std::string inFront = "Only available when an mail window is in front";
   const std::string notYet = "You have not highlighted content yet.";
-  EXPECT_EQ(help(), (std::vector{inFront, notYet, notYet}));
+  EXPECT_EQ(help(), (std::vector{aMail, inFront, notYet, notYet}));
   highlights.add({"h1", "T1", "text", "", ""}, "1@x");
-  EXPECT_EQ(help(), std::vector{inFront});
+  EXPECT_EQ(help(), (std::vector{aMail, inFront}));
   model(1)->urlString.set("https://app.example.com/mail/Inbox/");
   shell.settle();
   EXPECT_TRUE(help().empty());

@@ -1,0 +1,38 @@
+#pragma once
+
+#include "async/Scope.h"
+#include "async/Task.h"
+
+#include <memory>
+
+namespace ondrel::settings {
+class AppSettings;
+}
+
+namespace ondrel::web {
+class WindowViewModel;
+}
+
+namespace ondrel::ui {
+
+class KeyTab;
+
+// Highlights what is selected in the page of the tab with the keyboard, as the page's own button does, or
+// says what is wanted for that.
+class HighlightSelection {
+ public:
+  // Both outlive it.
+  HighlightSelection(KeyTab& keyTab, const settings::AppSettings& settings)
+      : keyTab_(keyTab), settings_(settings) {}
+
+  void perform();
+
+ private:
+  async::Task<void> highlightIn(std::weak_ptr<web::WindowViewModel> weakTab);
+
+  KeyTab& keyTab_;
+  const settings::AppSettings& settings_;
+  async::Scope scope_;
+};
+
+} // namespace ondrel::ui
