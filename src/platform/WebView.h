@@ -112,7 +112,7 @@ class WebViewFactory {
  public:
   virtual ~WebViewFactory() = default;
   virtual std::shared_ptr<WebView> make(const std::vector<std::shared_ptr<const UserScript>>& scripts) = 0;
-  // For pages that the program itself makes of other people's texts: no script runs in them, nothing is
+  // For pages that the program itself makes of other people's texts: no script of theirs runs, nothing is
   // loaded for them from anywhere, and their menu only copies. Links ask the delegate.
   virtual std::shared_ptr<WebView> makeDocumentView() = 0;
 };

@@ -3,8 +3,6 @@
 #include "base/Url.h"
 #include "highlights/HighlightStore.h"
 #include "platform/Application.h"
-#include "platform/Download.h"
-#include "platform/WebView.h"
 #include "ui/Widgets.h"
 #include "ui/WindowFrameAutosave.h"
 
@@ -18,10 +16,10 @@ constexpr const char* frameName = "highlights-window";
 constexpr int smallestWidth = 480;
 constexpr int smallestHeight = 360;
 constexpr int spinnerSize = 32;
-// What a page without an address counts as.
-constexpr std::string_view blankPage = "about:blank";
+constexpr int searchWidth = 480;
 
-GtkWidget* spinner() {
+// For the place of the list, until there is one.
+GtkWidget* largeSpinner() {
   auto* widget = gtk_spinner_new();
   gtk_widget_set_size_request(widget, spinnerSize, spinnerSize);
   gtk_widget_set_halign(widget, GTK_ALIGN_CENTER);
@@ -51,11 +49,6 @@ HighlightsWindow::HighlightsWindow(Services services) : services_(std::move(serv
   subscriptions_.push_back(services_.application.willTerminate.subscribe([this] { keepFrame(); }));
 }
 
-HighlightsWindow::~HighlightsWindow() {
-  if (page_)
-    page_->setDelegate(nullptr);
-}
-
 void HighlightsWindow::show() {
   if (!window_)
     open();
@@ -75,7 +68,9 @@ void HighlightsWindow::open() {
     window_->setFrame(*frame);
   content_ = makeContent();
   window_->setContent({content_.get()});
-  scope_.emplace().spawn(fill());
+  list_.emplace(services_.store, services_.highlightExport);
+  listChanged_ = list_->changed.subscribe([this](bool isSearch) { update(isSearch); });
+  update(false);
 }
 
 void HighlightsWindow::keepFrame() {
@@ -85,16 +80,13 @@ void HighlightsWindow::keepFrame() {
 
 void HighlightsWindow::forget() {
   keepFrame();
-  scope_.reset();
   connections_.clear();
-  storeSubscription_.reset();
-  if (page_)
-    page_->setDelegate(nullptr);
+  listChanged_.reset();
   page_.reset();
+  list_.reset();
   stopped_.reset();
-  stack_ = nullptr;
+  problem_.reset();
   content_ = nullptr;
-  html_.clear();
   window_.reset();
 }
 
@@ -102,21 +94,81 @@ glib::Ref<GtkWidget> HighlightsWindow::makeContent() {
   stack_ = gtk_stack_new();
   gtk_widget_set_name(stack_, "highlights-content");
   gtk_widget_set_vexpand(stack_, TRUE);
-  gtk_stack_add_named(GTK_STACK(stack_), spinner(), "loading");
-  stopped_.emplace([this] { loadPage(); });
+  gtk_stack_add_named(GTK_STACK(stack_), largeSpinner(), "loading");
+  stopped_.emplace([this] {
+    showPart("loading");
+    page_->reload();
+  });
   gtk_stack_add_named(GTK_STACK(stack_), stopped_->widget(), "stopped");
+  problem_.emplace(ProblemBar::Content{.name = "highlights-problem",
+                                       .icon = "dialog-warning-symbolic",
+                                       .buttons = {{"Try Again", [this] { list_->lookUpAgain(); }}}});
 
   auto* box = gtk_box_new(GTK_ORIENTATION_VERTICAL, 0);
   gtk_widget_set_name(box, "highlights");
   gtk_widget_set_size_request(box, smallestWidth, smallestHeight);
   gtk_box_append(GTK_BOX(box), makeHeaderBar());
+  gtk_box_append(GTK_BOX(box), makeSearchBar());
+  gtk_box_append(GTK_BOX(box), problem_->widget());
   gtk_box_append(GTK_BOX(box), stack_);
+  addKeys(box);
+  return glib::share(box);
+}
 
+GtkWidget* HighlightsWindow::makeHeaderBar() {
+  exportButton_ = toolbarButton("export-highlights", "document-save-symbolic", "Export Highlights…",
+                                "Export Highlights to html file.");
+  connections_.push_back(glib::connect<void(GtkButton*)>(
+      exportButton_, "clicked", [this](GtkButton*) { services_.exportHighlights(); }));
+  searchButton_ = gtk_toggle_button_new();
+  gtk_button_set_icon_name(GTK_BUTTON(searchButton_), "edit-find-symbolic");
+  gtk_widget_set_name(searchButton_, "search-highlights");
+  setAccessibleLabel(searchButton_, "Search Highlights");
+  setTooltip(searchButton_, "Search Highlights (⌘F)");
+  spinner_ = gtk_spinner_new();
+  gtk_widget_set_name(spinner_, "highlights-working");
+  setAccessibleLabel(spinner_, "Looking Up Messages");
+  gtk_widget_set_tooltip_text(spinner_, "Looking Up Messages");
+  auto* bar = adw_header_bar_new();
+  adw_header_bar_set_title_widget(ADW_HEADER_BAR(bar), adw_window_title_new("Highlights", nullptr));
+  adw_header_bar_pack_start(ADW_HEADER_BAR(bar), searchButton_);
+  adw_header_bar_pack_start(ADW_HEADER_BAR(bar), spinner_);
+  adw_header_bar_pack_end(ADW_HEADER_BAR(bar), exportButton_);
+  return bar;
+}
+
+GtkWidget* HighlightsWindow::makeSearchBar() {
+  auto* entry = gtk_search_entry_new();
+  gtk_widget_set_name(entry, "highlights-search");
+  gtk_widget_set_hexpand(entry, TRUE);
+  g_object_set(entry, "placeholder-text", "Search text and subjects", nullptr);
+  setAccessibleLabel(entry, "Search Highlights");
+  connections_.push_back(
+      glib::connect<void(GtkSearchEntry*)>(entry, "search-changed", [this](GtkSearchEntry* search) {
+        list_->search(gtk_editable_get_text(GTK_EDITABLE(search)));
+      }));
+  auto* clamp = adw_clamp_new();
+  adw_clamp_set_maximum_size(ADW_CLAMP(clamp), searchWidth);
+  adw_clamp_set_child(ADW_CLAMP(clamp), entry);
+  searchBar_ = gtk_search_bar_new();
+  gtk_search_bar_set_child(GTK_SEARCH_BAR(searchBar_), clamp);
+  gtk_search_bar_connect_entry(GTK_SEARCH_BAR(searchBar_), GTK_EDITABLE(entry));
+  g_object_bind_property(searchBar_, "search-mode-enabled", searchButton_, "active",
+                         static_cast<GBindingFlags>(G_BINDING_BIDIRECTIONAL | G_BINDING_SYNC_CREATE));
+  return searchBar_;
+}
+
+void HighlightsWindow::addKeys(GtkWidget* box) {
   auto* keys = gtk_event_controller_key_new();
   connections_.push_back(glib::connect<gboolean(GtkEventControllerKey*, guint, guint, GdkModifierType)>(
       keys, "key-pressed",
       [this](GtkEventControllerKey*, guint key, guint, GdkModifierType modifiers) -> gboolean {
         const auto held = modifiers & gtk_accelerator_get_default_mod_mask();
+        if (key == GDK_KEY_f && held == GDK_CONTROL_MASK && gtk_widget_get_sensitive(searchButton_)) {
+          gtk_search_bar_set_search_mode(GTK_SEARCH_BAR(searchBar_), TRUE);
+          giveFocus(gtk_search_bar_get_child(GTK_SEARCH_BAR(searchBar_)));
+          return TRUE;
+        }
         if (key != GDK_KEY_Escape || held != 0)
           return FALSE;
         const auto window = window_;
@@ -124,60 +176,44 @@ glib::Ref<GtkWidget> HighlightsWindow::makeContent() {
         return TRUE;
       }));
   gtk_widget_add_controller(box, keys);
-  return glib::share(box);
 }
 
-GtkWidget* HighlightsWindow::makeHeaderBar() {
-  auto* button = toolbarButton("export-highlights", "document-save-symbolic", "Export Highlights…",
-                               "Export Highlights to html file.");
-  connections_.push_back(glib::connect<void(GtkButton*)>(
-      button, "clicked", [this](GtkButton*) { services_.exportHighlights(); }));
-  const auto update = [this, button] {
-    gtk_widget_set_sensitive(button, !services_.store.byMessageId().empty());
-  };
-  storeSubscription_ = services_.store.changed.subscribe(update);
-  update();
-  auto* bar = adw_header_bar_new();
-  adw_header_bar_set_title_widget(ADW_HEADER_BAR(bar), adw_window_title_new("Highlights", nullptr));
-  adw_header_bar_pack_end(ADW_HEADER_BAR(bar), button);
-  return bar;
-}
-
-async::Task<void> HighlightsWindow::fill() {
-  html_ = co_await services_.generateHTML();
-  page_ = services_.webViews.makeDocumentView();
-  page_->setDelegate(this);
-  auto* widget = static_cast<GtkWidget*>(page_->nativeView().handle);
+void HighlightsWindow::openPage() {
+  page_.emplace(services_.webViews, HighlightsPage::Events{
+                                        .shown = [this] { showPart("page"); },
+                                        .stopped = [this] { showPart("stopped"); },
+                                        .clicked =
+                                            [this](const std::string& url) {
+                                              services_.navigate(url, emailIdIn(*base::Url::parse(url)));
+                                            },
+                                    });
+  auto* widget = static_cast<GtkWidget*>(page_->widget());
   setAccessibleLabel(widget, "Highlights");
   gtk_stack_add_named(GTK_STACK(stack_), widget, "page");
-  loadPage();
 }
 
-void HighlightsWindow::loadPage() {
-  showPart("loading");
-  page_->loadHTML(html_);
+void HighlightsWindow::update(bool isSearch) {
+  const bool hasHighlights = !services_.store.byMessageId().empty();
+  gtk_widget_set_sensitive(exportButton_, hasHighlights);
+  gtk_widget_set_sensitive(searchButton_, hasHighlights);
+  if (!hasHighlights)
+    gtk_search_bar_set_search_mode(GTK_SEARCH_BAR(searchBar_), FALSE);
+  const bool isWorking = list_->isLookingUp() && list_->document();
+  gtk_spinner_set_spinning(GTK_SPINNER(spinner_), isWorking);
+  gtk_widget_set_visible(spinner_, isWorking);
+  if (list_->problem().empty())
+    problem_->hide();
+  else
+    problem_->show(list_->problem(), "Subjects and links of some messages are missing.");
+  if (!list_->document())
+    return;
+  if (!page_)
+    openPage();
+  page_->show(*list_->document(), !isSearch);
 }
 
 void HighlightsWindow::showPart(const char* name) {
   gtk_stack_set_visible_child_name(GTK_STACK(stack_), name);
-}
-
-void HighlightsWindow::decidePolicy(const platform::NavigationAction& action, platform::PolicyReply reply) {
-  if (action.type != platform::NavigationType::linkActivated) {
-    // Its own page and no other: something may be dropped on it.
-    const bool isOwnPage = !action.url || *action.url == blankPage;
-    std::move(reply)(isOwnPage ? platform::NavigationPolicy::allow : platform::NavigationPolicy::cancel);
-    return;
-  }
-  std::move(reply)(platform::NavigationPolicy::cancel);
-  const auto url = action.url ? base::Url::parse(*action.url) : std::nullopt;
-  // An address that the project doesn't have is an empty link, to this page.
-  if (url && url->isWeb())
-    services_.navigate(url->absoluteString(), emailIdIn(*url));
-}
-
-void HighlightsWindow::decidePolicy(const platform::NavigationResponse&, platform::PolicyReply reply) {
-  std::move(reply)(platform::NavigationPolicy::allow);
 }
 
 } // namespace ondrel::ui

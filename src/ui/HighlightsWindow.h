@@ -1,10 +1,10 @@
 #pragma once
 
-#include "async/Scope.h"
-#include "async/Task.h"
 #include "base/Event.h"
-#include "platform/PassiveWebViewDelegate.h"
+#include "highlights/HighlightList.h"
 #include "platform/linux/glib/Connection.h"
+#include "ui/HighlightsPage.h"
+#include "ui/ProblemBar.h"
 #include "ui/StoppedPage.h"
 
 #include <gtk/gtk.h>
@@ -15,10 +15,6 @@
 #include <string>
 #include <vector>
 
-namespace ondrel::highlights {
-class HighlightStore;
-}
-
 namespace ondrel::platform {
 class Application;
 class UserDefaults;
@@ -28,8 +24,8 @@ class Window;
 
 namespace ondrel::ui {
 
-// The one window that lists all highlights, made anew each time it is opened: its list is of that moment.
-class HighlightsWindow final : private platform::PassiveWebViewDelegate {
+// The one window that lists all highlights and searches them, made anew each time it is opened.
+class HighlightsWindow final {
  public:
   // All outlive it.
   struct Services {
@@ -37,14 +33,13 @@ class HighlightsWindow final : private platform::PassiveWebViewDelegate {
     platform::WebViewFactory& webViews;
     platform::UserDefaults& defaults;
     highlights::HighlightStore& store;
-    std::function<async::Task<std::string>()> generateHTML;
+    highlights::HighlightExport& highlightExport;
     std::function<void()> exportHighlights;
     // Shows a message of the service, by its address and the id of the email.
     std::function<void(const std::string& url, const std::optional<std::string>& emailId)> navigate;
   };
 
   explicit HighlightsWindow(Services services);
-  ~HighlightsWindow() override;
   HighlightsWindow(const HighlightsWindow&) = delete;
   HighlightsWindow& operator=(const HighlightsWindow&) = delete;
 
@@ -57,27 +52,28 @@ class HighlightsWindow final : private platform::PassiveWebViewDelegate {
   void keepFrame();
   glib::Ref<GtkWidget> makeContent();
   GtkWidget* makeHeaderBar();
-  async::Task<void> fill();
-  void loadPage();
+  GtkWidget* makeSearchBar();
+  void addKeys(GtkWidget* box);
+  void openPage();
+  void update(bool isSearch);
   void showPart(const char* name);
-
-  void decidePolicy(const platform::NavigationAction& action, platform::PolicyReply reply) override;
-  void decidePolicy(const platform::NavigationResponse& response, platform::PolicyReply reply) override;
-  void didCommit() override { showPart("page"); }
-  void webProcessDidTerminate(bool) override { showPart("stopped"); }
 
   const Services services_;
   // Of the open window; empty while there is none.
   std::shared_ptr<platform::Window> window_;
-  std::string html_;
-  std::shared_ptr<platform::WebView> page_;
   glib::Ref<GtkWidget> content_;
   GtkWidget* stack_ = nullptr;
+  GtkWidget* spinner_ = nullptr; // in the header bar
+  GtkWidget* searchButton_ = nullptr;
+  GtkWidget* searchBar_ = nullptr;
+  GtkWidget* exportButton_ = nullptr;
+  std::optional<ProblemBar> problem_;
   std::optional<StoppedPage> stopped_;
+  std::optional<highlights::HighlightList> list_;
+  std::optional<HighlightsPage> page_;
   std::vector<glib::Connection> connections_;
-  base::Subscription storeSubscription_;
+  base::Subscription listChanged_;
   std::vector<base::Subscription> subscriptions_;
-  std::optional<async::Scope> scope_;
 };
 
 } // namespace ondrel::ui

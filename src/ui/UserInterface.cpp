@@ -20,7 +20,7 @@ UserInterface::UserInterface(const Services& services)
            .webViews = services_.webViews,
            .defaults = services_.settings.defaults(),
            .store = services_.highlights,
-           .generateHTML = [this] { return services_.highlightExport.generateHighlightsHTML(false); },
+           .highlightExport = services_.highlightExport,
            .exportHighlights = [this] { scope_.spawn(services_.highlightExport.exportHighlights()); },
            .navigate = services_.navigate}),
       exportProgress_({.title = "Exporting Highlights",

@@ -1,10 +1,12 @@
 #include "ui/HighlightsWindow.h"
 
 #include "ShellTest.h"
-#include "async/Future.h"
+#include "highlights/HighlightExport.h"
 #include "highlights/HighlightStore.h"
+#include "support/FakeJMAPClient.h"
+#include "support/FakeTextFormatting.h"
 
-#include <gdk/gdkkeysyms.h>
+#include <algorithm>
 
 namespace ondrel::ui {
 namespace {
@@ -15,6 +17,16 @@ using platform::NavigationType;
 
 class HighlightsWindowTest : public ShellTest {
  protected:
+  void SetUp() override {
+    ShellTest::SetUp();
+    client.delay = 1s;
+    client.answer("Email/query",
+                  support::FakeJMAPClient::reply(
+                      {R"({"ids":[]})", R"({"list":[{"id":"M1","messageId":["1@x"],"subject":"Tea",)"
+                                        R"("mailboxIds":{"B":true},"threadId":"T1"}]})"}));
+    client.answer("Mailbox/get", support::FakeJMAPClient::reply({R"({"list":[{"id":"B","name":"Inbox"}]})"}));
+    add("a", "first");
+  }
   void TearDown() override {
     highlights.reset();
     ShellTest::TearDown();
@@ -35,8 +47,40 @@ class HighlightsWindowTest : public ShellTest {
     return answer;
   }
 
+  void add(const std::string& id, const std::string& text) {
+    store.add({id, "T1", text, "", "", 0, static_cast<double>(++added)}, "1@x");
+  }
+  // What the engine tells of a load.
+  void finishLoad() {
+    page()->delegate->didCommit();
+    page()->delegate->didFinish();
+    shell.settle();
+  }
+  bool shows(const std::string& text) { return page()->documents.back().contains(text); }
+  bool showsSoon(const std::string& text) {
+    return runUntil([&] {
+      shell.settle();
+      finishLoad();
+      return shows(text);
+    });
+  }
+  void search(const std::string& text) {
+    gtk_editable_set_text(GTK_EDITABLE(find(root, "highlights-search")), text.c_str());
+  }
+
   highlights::HighlightStore store{shell.files, shell.files};
-  int generated = 0;
+  int added = 0;
+  support::FakeJMAPClient client;
+  jmap::MailQueries mail{client, shell.settings, [] {}};
+  support::FakeTextFormatting formatting;
+  highlights::HighlightExport highlightExport{{.store = store,
+                                               .mail = mail,
+                                               .settings = shell.settings,
+                                               .application = shell.application,
+                                               .panels = shell.panels,
+                                               .files = shell.files,
+                                               .textFormatting = formatting,
+                                               .iconPNG = ""}};
   int exports = 0;
   std::vector<std::pair<std::string, std::optional<std::string>>> navigated;
   std::optional<HighlightsWindow> highlights = std::optional<HighlightsWindow>(
@@ -46,47 +90,125 @@ class HighlightsWindowTest : public ShellTest {
           .webViews = shell.webViews,
           .defaults = shell.defaults,
           .store = store,
-          .generateHTML = [this] { return document(&generated); },
+          .highlightExport = highlightExport,
           .exportHighlights = [this] { ++exports; },
           .navigate = [this](const auto& url, const auto& id) { navigated.emplace_back(url, id); }});
   GtkWidget* root = nullptr;
-
- private:
-  static async::Task<std::string> document(int* count) {
-    const bool slept = co_await async::sleep(1s);
-    co_return slept ? "document " + std::to_string(++*count) : "";
-  }
 };
 
-TEST_F(HighlightsWindowTest, ShowsTheDocumentOfTheMomentOncePerShowing) {
+TEST_F(HighlightsWindowTest, ShowsTheListAndFollowsIt) {
   open();
   EXPECT_EQ(last()->identifier(), "highlights");
   EXPECT_EQ(last()->title, "Highlights");
   EXPECT_TRUE(last()->attributes.standalone);
   EXPECT_EQ(part(), "loading");
-  shell.loop.advance(1s);
+  shell.loop.advance(2s);
   ASSERT_TRUE(page());
-  EXPECT_EQ(page()->documents, std::vector<std::string>{"document 1"});
+  ASSERT_EQ(page()->documents.size(), 1U);
+  EXPECT_TRUE(shows("Tea</a>") && shows("<mark>first</mark>") && !shows("Import Highlights"));
   EXPECT_EQ(part(), "loading") << "nothing is there to see before the page is";
-  page()->delegate->didCommit();
+  finishLoad();
   EXPECT_EQ(part(), "page");
 
   highlights->show();
-  store.add({"h", "T1", "text", "", ""}, "1@x");
-  shell.loop.advance(1min);
   EXPECT_EQ(shell.application.all.size(), 1U) << "there is one";
-  EXPECT_EQ(generated, 1);
+  add("b", "second");
+  shell.loop.advance(1s);
+  EXPECT_TRUE(shows("<mark>second</mark>"));
+  EXPECT_EQ(part(), "page") << "the list stays in sight";
+  finishLoad();
+  store.removeAll();
+  shell.settle();
+  EXPECT_TRUE(shows("No highlights yet.")) << "at once";
+  finishLoad();
 
   page()->delegate->webProcessDidTerminate(true);
   EXPECT_EQ(part(), "stopped");
   click(buttonWithLabel(root, "Reload"));
-  EXPECT_EQ(page()->documents.size(), 2U);
+  shell.settle();
+  EXPECT_EQ(page()->documents.size(), 4U);
 
   last()->close();
   EXPECT_FALSE(page()) << "its page ends with it";
   open();
   shell.loop.advance(1s);
-  EXPECT_EQ(page()->documents, std::vector<std::string>{"document 2"});
+  EXPECT_EQ(page()->documents.size(), 1U);
+}
+
+TEST_F(HighlightsWindowTest, KeepsThePlaceOfItsReader) {
+  for (const auto* each : {"b", "c", "d"})
+    add(each, each);
+  open();
+  shell.loop.advance(2s);
+  finishLoad();
+  // The second entry, that is "c", has been scrolled to. What the page says comes late.
+  page()->answer = [](const std::string&) { return boost::json::value{{"entry", 1}, {"top", -4.5}}; };
+  add("e", "e");
+  store.remove("c", "1@x");
+  shell.loop.advance(1s);
+  ASSERT_EQ(page()->documents.size(), 2U);
+  ASSERT_EQ(page()->evaluations.size(), 1U);
+  finishLoad();
+  ASSERT_EQ(page()->evaluations.size(), 2U);
+  EXPECT_TRUE(page()->evaluations[1].contains(")[2]") && page()->evaluations[1].contains("-4.5"))
+      << "e, d, b: the first behind it that is left\n"
+      << page()->evaluations[1];
+
+  // What comes during a load waits for its end, and a page that hangs holds nothing up.
+  page()->hangs = true;
+  add("f", "f");
+  shell.loop.advance(1s);
+  EXPECT_EQ(page()->documents.size(), 3U);
+  add("g", "g");
+  add("h", "h");
+  shell.loop.advance(1s);
+  EXPECT_EQ(page()->documents.size(), 3U);
+  finishLoad();
+  shell.loop.advance(1s);
+  EXPECT_EQ(page()->documents.size(), 4U);
+  EXPECT_TRUE(shows("<mark>h</mark>"));
+}
+
+TEST_F(HighlightsWindowTest, Searches) {
+  add("b", "Straße and <b>bold</b>");
+  open();
+  auto* entry = find(root, "highlights-search");
+  EXPECT_TRUE(hasAccessibleLabel(entry, "Search Highlights"));
+  shell.loop.advance(2s);
+  finishLoad();
+  auto* button = find(root, "search-highlights");
+  gtk_toggle_button_set_active(GTK_TOGGLE_BUTTON(button), TRUE);
+  search("STRASSE");
+  EXPECT_TRUE(showsSoon(" — 1 highlight<") && shows("bold") && !shows("first"));
+  search("nothing of it");
+  EXPECT_TRUE(showsSoon("No highlights match the search."));
+  EXPECT_EQ(page()->evaluations.size(), 0U) << "results start at the top";
+  gtk_toggle_button_set_active(GTK_TOGGLE_BUTTON(button), FALSE);
+  EXPECT_TRUE(showsSoon("first") && shows("bold")) << "closing the search brings all back";
+  store.removeAll();
+  EXPECT_FALSE(gtk_widget_get_sensitive(button)) << "there is nothing to search";
+}
+
+TEST_F(HighlightsWindowTest, SaysThatTheServerCantBeReachedAndTriesAgain) {
+  client.session = std::unexpected(jmap::JMAPError{jmap::JMAPError::Kind::transport, "refused"});
+  open();
+  shell.loop.advance(2s);
+  finishLoad();
+  EXPECT_TRUE(shows("Message not looked up") && shows("<mark>first</mark>"));
+  const auto saysSo = [this] {
+    const auto texts = visibleTexts(root);
+    return std::ranges::count(texts, "The mail server can't be reached.") == 1;
+  };
+  EXPECT_TRUE(saysSo());
+  EXPECT_FALSE(shows("can't be reached")) << "once is enough";
+  client.session = support::FakeJMAPClient().session;
+  click(buttonWithLabel(root, "Try Again"));
+  EXPECT_FALSE(saysSo());
+  EXPECT_TRUE(gtk_widget_get_visible(find(root, "highlights-working")));
+  shell.loop.advance(3s);
+  EXPECT_EQ(page()->documents.size(), 2U) << "once: what is the same is not loaded again";
+  EXPECT_TRUE(shows("Tea</a>"));
+  EXPECT_FALSE(saysSo() || gtk_widget_get_visible(find(root, "highlights-working")));
 }
 
 TEST_F(HighlightsWindowTest, ClosedWhileItLoadsItIsGone) {
@@ -100,7 +222,7 @@ TEST_F(HighlightsWindowTest, ClosedWhileItLoadsItIsGone) {
 
 TEST_F(HighlightsWindowTest, LinksBringTheirMessageUpAndTheListStays) {
   open();
-  shell.loop.advance(1s);
+  shell.loop.advance(2s);
   EXPECT_EQ(decide(NavigationType::other, "about:blank"), NavigationPolicy::allow);
   EXPECT_EQ(decide(NavigationType::other, std::nullopt), NavigationPolicy::allow);
   EXPECT_EQ(decide(NavigationType::other, "https://dropped.example/"), NavigationPolicy::cancel);
@@ -130,13 +252,13 @@ TEST_F(HighlightsWindowTest, ExportsWhenThereIsSomething) {
   auto* button = find(root, "export-highlights");
   EXPECT_TRUE(hasAccessibleLabel(button, "Export Highlights…"));
   EXPECT_STREQ(gtk_widget_get_tooltip_text(button), "Export Highlights to html file.");
-  EXPECT_FALSE(gtk_widget_get_sensitive(button));
-  store.add({"h", "T1", "text", "", ""}, "1@x");
-  EXPECT_TRUE(gtk_widget_get_sensitive(button));
   click(button);
   EXPECT_EQ(exports, 1);
   store.removeAll();
   EXPECT_FALSE(gtk_widget_get_sensitive(button));
+  add("h", "text");
+  shell.loop.advance(1s);
+  EXPECT_TRUE(gtk_widget_get_sensitive(button));
 }
 
 TEST_F(HighlightsWindowTest, RemembersItsFrame) {

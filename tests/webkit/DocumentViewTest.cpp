@@ -53,9 +53,12 @@ TEST_F(DocumentViewTest, LoadsNothingFromOutside) {
 TEST_F(DocumentViewTest, RunsNoScript) {
   load("<title>before</title><script>document.title = 'script'</script>"
        "<img src='data:,x' onerror=\"document.title = 'handler'\"><svg "
-       "onload=\"document.title='svg'\"></svg>" +
+       "onload=\"document.title='svg'\"></svg><a href=\"javascript:void(document.title='link')\">x</a>"
+       "<iframe srcdoc=\"<script>top.document.title='frame'</script>\"></iframe>" +
        posting("'message'"));
   EXPECT_TRUE(waitFor([this] { return view_->title() == "before"; }));
+  const auto clicked = evaluate("document.querySelector('a').click()");
+  EXPECT_TRUE(clicked) << "what the program evaluates does run";
   runFor(200ms);
   EXPECT_EQ(view_->title(), "before");
   EXPECT_TRUE(delegate_.messages.empty());

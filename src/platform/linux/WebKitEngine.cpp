@@ -132,7 +132,8 @@ Ref<WebKitWebView> WebKitEngine::makeDocumentView() const {
   constexpr const char* policy =
       "default-src 'none'; style-src 'unsafe-inline'; img-src data:; form-action 'none'";
   const auto settings = makeSettings();
-  webkit_settings_set_enable_javascript(settings.get(), FALSE);
+  // Scripting is on for the program's own evaluations; of the page none gets past the parser, nor past the
+  // policy.
   webkit_settings_set_enable_javascript_markup(settings.get(), FALSE);
   return glib::share(WEBKIT_WEB_VIEW(
       g_object_new(WEBKIT_TYPE_WEB_VIEW, "web-context", context_.get(), "network-session", session_.get(),
