@@ -40,7 +40,7 @@ async::Task<void> KeptHighlights::tell() {
     const bool slept = co_await async::sleep(pause);
     if (!slept)
       co_return;
-    const auto tab = services_.windowManager.activeWindow();
+    const auto tab = services_.windowManager.windows().activeWindow();
     if (!tab || !tab->second->noticed.hasSubscribers())
       continue;
     tab->second->noticed.emit(

@@ -129,11 +129,12 @@ CommandGroup BrowserCommands::highlights() {
           {{.title = "Highlight Selection",
             .accelerators = {"<Control><Shift>y"},
             .perform = actions_.highlightSelection,
-            .enabledWhen = whenTrue(windows_.activeURLContainsMail),
+            .enabledWhen = whenTrue(windows_.conversation().activeURLContainsMail),
             .help =
                 [this] {
-                  return *windows_.activeURLContainsMail ? ""
-                                                         : "Only available when a mail window is in front";
+                  return *windows_.conversation().activeURLContainsMail
+                             ? ""
+                             : "Only available when a mail window is in front";
                 }},
            {.title = "Show Highlights",
             .accelerators = {"<Control><Shift>h"},

@@ -1,6 +1,5 @@
 #include "ui/HighlightSelection.h"
 
-#include "settings/AppSettings.h"
 #include "ui/KeyTab.h"
 #include "web/WindowViewModel.h"
 
@@ -14,21 +13,11 @@ void askForSelection(web::WindowViewModel& tab) {
   tab.noticed.emit({.text = "Select text in a message first."});
 }
 
-// The page that is shown, not one on its way.
-bool showsService(const web::WindowViewModel& tab, const settings::AppSettings& settings) {
-  return settings.isServiceOrigin(*tab.urlString) && tab.foreignHost->empty();
-}
-
 } // namespace
 
 void HighlightSelection::perform() {
-  const auto tab = keyTab_.viewModel();
-  if (!tab)
-    return;
-  if (showsService(*tab, settings_))
+  if (const auto tab = keyTab_.viewModel())
     scope_.spawn(highlightIn(tab));
-  else
-    askForSelection(*tab);
 }
 
 async::Task<void> HighlightSelection::highlightIn(std::weak_ptr<web::WindowViewModel> weakTab) {

@@ -5,10 +5,6 @@
 
 #include <memory>
 
-namespace ondrel::settings {
-class AppSettings;
-}
-
 namespace ondrel::web {
 class WindowViewModel;
 }
@@ -21,9 +17,8 @@ class KeyTab;
 // says what is wanted for that.
 class HighlightSelection {
  public:
-  // Both outlive it.
-  HighlightSelection(KeyTab& keyTab, const settings::AppSettings& settings)
-      : keyTab_(keyTab), settings_(settings) {}
+  // Outlives it.
+  explicit HighlightSelection(KeyTab& keyTab) : keyTab_(keyTab) {}
 
   void perform();
 
@@ -31,7 +26,6 @@ class HighlightSelection {
   async::Task<void> highlightIn(std::weak_ptr<web::WindowViewModel> weakTab);
 
   KeyTab& keyTab_;
-  const settings::AppSettings& settings_;
   async::Scope scope_;
 };
 

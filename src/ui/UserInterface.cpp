@@ -13,8 +13,7 @@
 namespace ondrel::ui {
 
 UserInterface::UserInterface(const Services& services)
-    : services_(services), keyTab_(services_.application, services_.windows),
-      highlightSelection_(keyTab_, services_.settings),
+    : services_(services), keyTab_(services_.application, services_.windows), highlightSelection_(keyTab_),
       highlightsWindow_(
           {.application = services_.application,
            .webViews = services_.webViews,

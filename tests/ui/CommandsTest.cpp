@@ -23,7 +23,7 @@ class CommandsTest : public ShellTest {
     shell.manager->openMainWindow();
     ASSERT_TRUE(application);
     keyTab.emplace(shell.application, *shell.manager);
-    selection.emplace(*keyTab, shell.settings);
+    selection.emplace(*keyTab);
     commands.emplace(
         shell.application, *shell.manager, highlights, *keyTab,
         platform::Bundle{"org.velmora.Ondrel", "Ondrel", "1.0", "1"},
