@@ -157,13 +157,13 @@ TEST_F(CommandsTest, HighlightsTheSelectionOfTheTabWithTheKeyboard) {
   tab->foreignHost.set("news.example");
   activate("highlight-selection");
   tab->foreignHost.set("");
-  tab->urlString.set("https://news.example/mail/");
+  page.currentUrl = "https://news.example/mail/";
   activate("highlight-selection");
   EXPECT_EQ(page.evaluations.size(), count);
   EXPECT_EQ(notices.size(), 4U);
 
   // A page that hangs says so itself.
-  tab->urlString.set("https://app.example.com/mail/Inbox/T1.M1");
+  page.currentUrl = "https://app.example.com/mail/Inbox/T1.M1";
   page.hangs = true;
   activate("highlight-selection");
   shell.loop.advance(std::chrono::minutes(1));
