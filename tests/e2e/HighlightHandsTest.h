@@ -27,7 +27,7 @@ class HighlightHandsTest : public UserHandsTest {
   static constexpr std::chrono::seconds listeningLimit{40};
 
   std::filesystem::path file() const { return profile / "data/ondrel/highlights.json"; }
-  std::size_t saved() const { return count(read(file()), "\"exact\""); }
+  std::size_t saved() const { return count(read(file()), "\"createdAt\""); }
   // The file as JSON, an empty object when there is none.
   boost::json::object savedHighlights() const;
   // Whether the program's own mail client has found the sign-in.
