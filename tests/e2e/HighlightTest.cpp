@@ -86,6 +86,39 @@ TEST_F(HighlightTest, ComesBackOnItsWordsAndGoesWithAClick) {
   EXPECT_EQ(quit(*program), 0);
 }
 
+// Every server but one on the same machine answers later than a quick hand.
+TEST_F(HighlightTest, WaitsForTheServerAndStaysWithItsMessage) {
+  Place place;
+  {
+    const auto program = start();
+    const auto window = signIn(*program);
+    ASSERT_NE(window, 0U) << program->output();
+    ASSERT_TRUE(listens()) << program->output();
+    press("j j j j");
+    press("o");
+    ASSERT_TRUE(sessionBecomes([](const auto& session) {
+      return session.windows.at(0).tabs.at(0).urlString.contains("/mail/Inbox/T4.");
+    }));
+    const auto found = highlightAWord(window);
+    ASSERT_TRUE(found) << program->output();
+    place = *found;
+    EXPECT_EQ(quit(*program), 0);
+  }
+  fs::remove(file());
+  order("/control/fail", {{"path", "/jmap/api"}, {"kind", "delay"}, {"milliseconds", 2000}, {"count", 30}});
+  const auto program = start();
+  ASSERT_TRUE(waitForPage(*program)) << program->output();
+  const auto window = *windows().begin();
+  focus(window);
+  highlightWord(window, place);
+  press("j"); // to the conversation below
+  EXPECT_TRUE(sessionBecomes(
+      [](const auto& session) { return !session.windows.at(0).tabs.at(0).urlString.contains("/T4."); }));
+  EXPECT_TRUE(eventually([this] { return saved() == 1; }, 30s)) << program->output();
+  EXPECT_TRUE(savedHighlights().contains("M31@mail.example.org")) << read(file());
+  EXPECT_EQ(quit(*program), 0);
+}
+
 TEST_F(HighlightTest, WhatAFullDiskRefusesIsToldAndIsThereAfterAnEnd) {
   // A limit of nothing for files stands for the full disk; the log's file is hit by it too.
   std::signal(SIGXFSZ, SIG_IGN);
