@@ -14,6 +14,8 @@ endif()
 install(FILES data/site.json DESTINATION ${CMAKE_INSTALL_DATADIR}/ondrel)
 install(FILES data/org.velmora.Ondrel.desktop DESTINATION ${CMAKE_INSTALL_DATADIR}/applications)
 install(FILES data/org.velmora.Ondrel.metainfo.xml DESTINATION ${CMAKE_INSTALL_DATADIR}/metainfo)
+install(FILES data/copyright DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/ondrel)
+install(FILES data/copyright DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/ondrel-demo COMPONENT demo)
 install(DIRECTORY data/icons DESTINATION ${CMAKE_INSTALL_DATADIR})
 
 # cpack -G DEB, in a build folder of the release preset: ondrel and ondrel-demo.

@@ -15,6 +15,7 @@ GtkWindow* presentAbout(const platform::Bundle& bundle, const std::string& websi
     adw_about_window_set_application_icon(window, bundle.identifier.c_str());
   adw_about_window_set_version(window, bundle.shortVersion.c_str());
   adw_about_window_set_comments(window, "A native desktop home for a hosted mail service");
+  adw_about_window_set_license_type(window, GTK_LICENSE_GPL_3_0);
   const auto debugInfo = bundle.displayName + " " + bundle.shortVersion + " (" + bundle.buildNumber + ")";
   adw_about_window_set_debug_info(window, debugInfo.c_str());
   if (!website.empty())
