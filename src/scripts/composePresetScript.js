@@ -1,7 +1,4 @@
 // Whether a new message opens in a window of its own. The program sets the user's choice once the page is
 // ready; until then the name must exist, since the replaced compose actions read it.
-(() => {
-  'use strict';
 
-  window.composeInWindow = false;
-})();
+window.composeInWindow = false;

@@ -1,28 +1,25 @@
 // Passes what the page writes to its console, and its uncaught errors, on to the program's log.
-(() => {
-  'use strict';
 
-  const textOf = (value) => typeof value === 'object' ? JSON.stringify(value) : String(value);
+const textOf = (value) => typeof value === 'object' ? JSON.stringify(value) : String(value);
 
-  // Not guarded: an object that can't be written as JSON throws at the caller.
-  const relay = (level, values) => window.webkit.messageHandlers.ondrel.postMessage({
-    type: 'consoleLog',
-    message: `[${level}] ${values.map(textOf).join(' ')}`,
-  });
+// Not guarded: an object that can't be written as JSON throws at the caller.
+const relay = (level, values) => post({
+  type: 'consoleLog',
+  message: `[${level}] ${values.map(textOf).join(' ')}`,
+});
 
-  for (const level of ['log', 'warn', 'error']) {
-    const original = console[level];
-    console[level] = function(...values) {
-      relay(level, values);
-      original.apply(this, values);
-    };
-  }
-
-  window.onerror = (message, source, line, column, error) => {
-    relay('onerror', [message, 'at', `${source}:${line}:${column}`, error]);
+for (const level of ['log', 'warn', 'error']) {
+  const original = console[level];
+  console[level] = function(...values) {
+    relay(level, values);
+    original.apply(this, values);
   };
+}
 
-  window.addEventListener('unhandledrejection', (event) => {
-    relay('unhandledrejection', [String(event.reason)]);
-  });
-})();
+window.onerror = (message, source, line, column, error) => {
+  relay('onerror', [message, 'at', `${source}:${line}:${column}`, error]);
+};
+
+window.addEventListener('unhandledrejection', (event) => {
+  relay('unhandledrejection', [String(event.reason)]);
+});

@@ -1,16 +1,13 @@
 // The page may notify, as far as it can tell, and shows nothing: the program posts the notifications itself.
-(() => {
-  'use strict';
 
-  function FakeNotification(title, options) {}
+function FakeNotification(title, options) {}
 
-  FakeNotification.permission = 'granted';
-  FakeNotification.requestPermission = (callback) => {
-    if (typeof callback === 'function') {
-      callback('granted');
-    }
-    return Promise.resolve('granted');
-  };
+FakeNotification.permission = 'granted';
+FakeNotification.requestPermission = (callback) => {
+  if (typeof callback === 'function') {
+    callback('granted');
+  }
+  return Promise.resolve('granted');
+};
 
-  Object.defineProperty(window, 'Notification', {configurable: true, get: () => FakeNotification});
-})();
+Object.defineProperty(window, 'Notification', {configurable: true, get: () => FakeNotification});

@@ -68,7 +68,7 @@
     same([composeInWindow, $('iframe').contentWindow.composeInWindow], [false, false]);
     await tells(
         () => advance(10000),
-        'consoleLog: [unhandledrejection] ReferenceError: Can\'t find variable: FastMail');
+        'consoleLog: [unhandledrejection] TypeError: undefined is not an object (evaluating \'controller.goCompose\')');
   });
 
   test('A toast tells of a discarded draft', {scripts: ['discardWatcherScript']}, async () => {

@@ -7,7 +7,7 @@
 // Null for the top, and where the document outside is another origin's.
 const parentOf = (frame) => frame.frameElement?.ownerDocument.defaultView ?? null;
 
-const isInEditor = (element) => element.closest(EDITOR_SELECTOR) !== null;
+const isInEditor = (element) => element.closest(ANY_EDITOR_SELECTOR) !== null;
 
 const isEditorFrame = () => {
   for (let frame = window; frame; frame = parentOf(frame)) {
@@ -76,7 +76,7 @@ const isFocused = (card) => card?.classList.contains(FOCUSED_CLASS) ?? false;
 // The message that the application says is open; empty when it can't be had.
 const openMessageId = () => {
   try {
-    const id = top.FastMail.router.appController.message.id();
+    const id = appController(top).message.id();
     return typeof id === 'string' ? id : '';
   } catch {
     return '';

@@ -1,7 +1,8 @@
 // A container's text, as the message has it. Offsets count UTF-16 code units in it.
 
 // What nobody reads, what the user writes below, and our own banner.
-const LEFT_OUT_SELECTOR = `style, script, title, template, noscript, [${ORPHAN_ATTR}], ${EDITOR_SELECTOR}`;
+const LEFT_OUT_SELECTOR =
+    `style, script, title, template, noscript, [${ORPHAN_ATTR}], ${ANY_EDITOR_SELECTOR}`;
 
 const searches = new WeakMap();  // container -> TextSearch of its text
 

@@ -10,3 +10,9 @@ const swallow = (event) => {
   event.preventDefault();
   event.stopPropagation();
 };
+
+// Those that a MutationObserver has seen coming into the document.
+const addedElements = (records, selector) =>
+    records.flatMap(({addedNodes}) => [...addedNodes])
+        .filter((node) => node.nodeType === Node.ELEMENT_NODE)
+        .flatMap((node) => [...(node.matches(selector) ? [node] : []), ...node.querySelectorAll(selector)]);
