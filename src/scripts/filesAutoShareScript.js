@@ -231,8 +231,6 @@ const resolveChipToSuccess = (share, url) => {
 
 // --- The message's body. The chip isn't part of the message, so the link stands here as well. ---
 
-const sendInput = (editor) => editor.dispatchEvent(new Event('input', {bubbles: true}));
-
 const errorText = (filename) => `Could not share "${filename}" via Fastmail Files — attach it manually.`;
 
 const addToRichBody = (editor, {filename}, url) => {

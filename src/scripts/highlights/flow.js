@@ -12,6 +12,8 @@ const ITEMS_DISPLAY = /(flex|grid|box)$/;
 const INLINE_DISPLAY = /^(inline|ruby|contents|none)/;
 const BOX_TAG = 'ondrel-text';
 
+const isText = (node) => node.nodeType === Node.TEXT_NODE;
+
 const displayOf = (element) => getComputedStyle(element).display;
 
 const isBlock = (element) => !INLINE_DISPLAY.test(displayOf(element));

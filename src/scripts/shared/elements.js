@@ -1,5 +1,3 @@
-const isText = (node) => node.nodeType === Node.TEXT_NODE;
-
 const styled = (tag, style) => {
   const element = document.createElement(tag);
   Object.assign(element.style, style);
@@ -10,6 +8,9 @@ const swallow = (event) => {
   event.preventDefault();
   event.stopPropagation();
 };
+
+// Tells the application that what is in its editor has changed.
+const sendInput = (editor) => editor.dispatchEvent(new Event('input', {bubbles: true}));
 
 // Those that a MutationObserver has seen coming into the document.
 const addedElements = (records, selector) =>
