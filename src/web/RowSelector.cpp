@@ -6,6 +6,7 @@
 #include "base/Text.h"
 #include "settings/AppSettings.h"
 #include "web/WebServices.h"
+#include "web/WebViewConfiguration.h"
 #include "web/WindowViewModel.h"
 
 #include <string_view>
@@ -20,70 +21,19 @@ constexpr std::chrono::milliseconds pause{250};
 constexpr std::string_view applicationBooted =
     "!!(window.FastMail && FastMail.router && FastMail.router.appController)";
 
-constexpr std::string_view scriptBody = R"js(
-  'use strict';
-  try {
-    const ac = window.FastMail && FastMail.router && FastMail.router.appController;
-    const m = ac && ac.message;
-    if (!ac || typeof ac.goMessage !== 'function' || !m || m.id() !== emailId) {
-      console.log('[Ondrel] show-email: message record not ready yet for ' + emailId);
-      return false;
-    }
-    ac.goMessage(m);
-    console.log('[Ondrel] show-email: called goMessage(ac.message) for ' + emailId);
-    const exactNeedle = '/' + thread + '.' + emailId;
-    const threadNeedle = '/' + thread + '.';
-    let exactLink = null;
-    let threadLink = null;
-    for (const link of document.querySelectorAll('a[href]')) {
-      const href = link.getAttribute('href');
-      if (href.includes(exactNeedle)) {
-        exactLink = link;
-        break;
-      }
-      if (!threadLink && href.includes(threadNeedle)) {
-        threadLink = link;
-      }
-    }
-    if (exactLink) {
-      console.log('[Ondrel] show-email: exact row link found for ' + emailId);
-      return true;
-    }
-    const row = threadLink && threadLink.closest('li');
-    if (row) {
-      if (!row.classList.contains('is-focused')) {
-        document.querySelectorAll('.is-focused').forEach((other) => other.classList.remove('is-focused'));
-        row.classList.add('is-focused');
-        row.scrollIntoView({block: 'center'});
-        console.log('[Ondrel] show-email: no exact row, approximated via thread row for ' + emailId);
-      }
-      return true;
-    }
-    console.log('[Ondrel] show-email: no row found yet for thread ' + thread + ', will retry');
-    return false;
-  } catch (error) {
-    console.log('[Ondrel] show-email: goMessage threw ' + error);
-    return false;
-  }
-)js";
-
 bool isTrue(const platform::ScriptResult& result) {
   return result && result->is_bool() && result->get_bool();
 }
 
 } // namespace
 
-std::string selectRowScript(const std::string& emailId, const std::string& thread) {
-  return "(function (emailId, thread) {" + std::string(scriptBody) + "})(" +
-         base::jsonStringLiteral(emailId) + ", " + base::jsonStringLiteral(thread) + ");";
-}
-
 async::Task<void> selectRow(std::string emailId, std::string thread,
                             std::weak_ptr<WindowViewModel> weakViewModel, const WebServices& services) {
   const base::Logger logger("system");
   if (!base::isValidUtf8(emailId) || !base::isValidUtf8(thread))
     co_return;
-  const auto script = selectRowScript(emailId, thread);
+  const auto script = services.scripts.selectRow() + "(" + base::jsonStringLiteral(emailId) + ", " +
+                      base::jsonStringLiteral(thread) + ");";
   for (int attempt = 0; attempt < attempts; ++attempt) {
     bool selected = false;
     if (const auto viewModel = weakViewModel.lock()) {

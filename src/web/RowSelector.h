@@ -16,7 +16,4 @@ struct WebServices;
 async::Task<void> selectRow(std::string emailId, std::string thread, std::weak_ptr<WindowViewModel> viewModel,
                             const WebServices& services);
 
-// The program that selectRow evaluates, for one message; both ids are used as JSON string literals.
-std::string selectRowScript(const std::string& emailId, const std::string& thread);
-
 } // namespace ondrel::web

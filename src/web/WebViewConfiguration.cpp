@@ -75,6 +75,7 @@ PageScripts::PageScripts(const Source& source) {
       WebViewConfiguration{builder.list(composeScripts), {}, /*reportsTitle=*/false});
   watchers_ = builder.list(watcherScripts);
   letterState_ = source("letterStateScript").value_or("");
+  selectRow_ = source("selectRowScript").value_or("");
 }
 
 UserScripts PageScripts::popupScripts(const WebViewConfiguration& opener) const {

@@ -37,12 +37,16 @@ class PageScripts {
   UserScripts popupScripts(const WebViewConfiguration& opener) const;
   // What to evaluate to learn what has become of a letter.
   const std::string& letterState() const { return letterState_; }
+  // What opens a message of the page and tells whether that is done: a function of the message's id and its
+  // thread's.
+  const std::string& selectRow() const { return selectRow_; }
 
  private:
   std::shared_ptr<const WebViewConfiguration> main_;
   std::shared_ptr<const WebViewConfiguration> compose_;
   UserScripts watchers_;
   std::string letterState_;
+  std::string selectRow_;
 };
 
 } // namespace ondrel::web
