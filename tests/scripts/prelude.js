@@ -116,13 +116,6 @@
   // Until a change of the selection is known everywhere.
   window.painted = (frame = window) =>
       new Promise((resolve) => requestAnimationFrame(resolve)).then(() => frame.settle());
-  // Compares inline styles, whatever form and order they are written in.
-  window.looks = ({style}, css) => {
-    const expected = document.createElement('p').style;
-    expected.cssText = css;
-    const list = (styles) => [...styles].sort().map((name) => `${name}: ${styles.getPropertyValue(name)}`);
-    same(list(style), list(expected));
-  };
   // Gives a textarea its text and then a property of its own, as frameworks do to hear of changes: only the
   // native setter passes.
   window.ownValue = (textarea, text) => {
