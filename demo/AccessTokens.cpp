@@ -5,9 +5,8 @@
 namespace ondrel::demo {
 
 const std::string& AccessTokens::current() {
-  if (token_.empty()) {
+  if (token_.empty())
     token_ = std::string("demo-") + StringPtr(g_uuid_string_random()).get();
-  }
   return token_;
 }
 

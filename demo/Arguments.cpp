@@ -12,9 +12,8 @@ const json::value* Arguments::find(const char* key) {
 
 std::optional<std::string> Arguments::text(const char* key) {
   const auto* value = find(key);
-  if (!value) {
+  if (!value)
     return std::nullopt;
-  }
   if (!value->is_string()) {
     reject(std::string(key) + " is no string");
     return std::nullopt;
@@ -24,9 +23,8 @@ std::optional<std::string> Arguments::text(const char* key) {
 
 std::optional<std::int64_t> Arguments::integer(const char* key) {
   const auto* value = find(key);
-  if (!value) {
+  if (!value)
     return std::nullopt;
-  }
   if (!value->is_int64()) {
     reject(std::string(key) + " is no integer");
     return std::nullopt;
@@ -45,17 +43,15 @@ std::optional<std::size_t> Arguments::count(const char* key) {
 
 bool Arguments::flag(const char* key, bool otherwise) {
   const auto* value = find(key);
-  if (value && !value->is_bool()) {
+  if (value && !value->is_bool())
     reject(std::string(key) + " is no boolean");
-  }
   return value && value->is_bool() ? value->get_bool() : otherwise;
 }
 
 std::optional<std::vector<std::string>> Arguments::texts(const char* key) {
   const auto* list = array(key);
-  if (!list) {
+  if (!list)
     return std::nullopt;
-  }
   std::vector<std::string> texts;
   for (const auto& element : *list) {
     if (!element.is_string()) {
@@ -69,32 +65,28 @@ std::optional<std::vector<std::string>> Arguments::texts(const char* key) {
 
 const json::object* Arguments::object(const char* key) {
   const auto* value = find(key);
-  if (value && !value->is_object()) {
+  if (value && !value->is_object())
     reject(std::string(key) + " is no object");
-  }
   return value ? value->if_object() : nullptr;
 }
 
 const json::array* Arguments::array(const char* key) {
   const auto* value = find(key);
-  if (value && !value->is_array()) {
+  if (value && !value->is_array())
     reject(std::string(key) + " is no array");
-  }
   return value ? value->if_array() : nullptr;
 }
 
 void Arguments::reject(const std::string& description) {
-  if (!error_) {
+  if (!error_)
     error_ = MethodError{"invalidArguments", description};
-  }
 }
 
 std::optional<MethodError> Arguments::error() {
   for (const auto& member : values_) {
     const std::string key(member.key());
-    if (key != "accountId" && !known_.contains(key)) {
+    if (key != "accountId" && !known_.contains(key))
       reject("unknown argument " + key);
-    }
   }
   return error_;
 }

@@ -22,9 +22,8 @@ std::optional<ChangeLog::Changes> ChangeLog::since(DataType type, std::string_vi
                                                    std::size_t most) const {
   const auto& [base, entries] = journal(type);
   std::size_t number = 0;
-  if (!state.starts_with(run_ + "-")) {
+  if (!state.starts_with(run_ + "-"))
     return std::nullopt;
-  }
   state.remove_prefix(run_.size() + 1);
   const auto [end, error] = std::from_chars(state.data(), state.data() + state.size(), number);
   if (error != std::errc() || end != state.data() + state.size() || number < base ||
@@ -56,11 +55,10 @@ std::optional<ChangeLog::Changes> ChangeLog::since(DataType type, std::string_vi
   }
   changes.newState = stateText(base + at);
   for (auto& [id, first, last] : spans) {
-    if (first == Kind::Created && last == Kind::Destroyed) {
+    if (first == Kind::created && last == Kind::destroyed)
       continue; // came and went between the two states
-    }
-    auto& list = last == Kind::Destroyed  ? changes.destroyed
-                 : first == Kind::Created ? changes.created
+    auto& list = last == Kind::destroyed  ? changes.destroyed
+                 : first == Kind::created ? changes.created
                                           : changes.updated;
     list.push_back(std::move(id));
   }

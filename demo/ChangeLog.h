@@ -8,13 +8,13 @@
 
 namespace ondrel::demo {
 
-enum class DataType { Email, Mailbox, Thread };
+enum class DataType { email, mailbox, thread };
 
-/// What happened to the mail since the service began, by type of data. The states that it gives out are
-/// opaque, change with every change and mean nothing to a later run.
+// What happened to the mail since the service began, by type of data. The states that it gives out are
+// opaque, change with every change and mean nothing to a later run.
 class ChangeLog {
  public:
-  enum class Kind { Created, Updated, Destroyed };
+  enum class Kind { created, updated, destroyed };
   struct Changes {
     std::vector<std::string> created;
     std::vector<std::string> updated;
@@ -26,10 +26,10 @@ class ChangeLog {
   ChangeLog();
   void record(DataType type, Kind kind, std::string id);
   std::string state(DataType type) const;
-  /// What happened after a state, about at most so many things (0: any number). None when the state is
-  /// unknown or too old.
+  // What happened after a state, about at most so many things (0: any number). None when the state is
+  // unknown or too old.
   std::optional<Changes> since(DataType type, std::string_view state, std::size_t most) const;
-  /// From the states given so far nothing can be worked out any more.
+  // From the states given so far nothing can be worked out any more.
   void forget();
 
  private:

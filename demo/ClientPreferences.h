@@ -4,7 +4,7 @@
 
 namespace ondrel::demo {
 
-/// The one "singleton" object of the user's preferences.
+// The one "singleton" object of the user's preferences.
 MethodResult clientPreferencesGet(const JmapContext& context, Arguments& arguments);
 
 } // namespace ondrel::demo

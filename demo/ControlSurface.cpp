@@ -29,28 +29,26 @@ std::string bytesOf(const json::object& order) {
 
 void ControlSurface::handle(Exchange& exchange) {
   const auto host = exchange.host();
-  if (exchange.header("Origin") || (host != "localhost" && host != "127.0.0.1" && host != "[::1]")) {
+  if (exchange.header("Origin") || (host != "localhost" && host != "127.0.0.1" && host != "[::1]"))
     exchange.refuse(SOUP_STATUS_FORBIDDEN, "Not for web pages.");
-  } else if (exchange.method() == "GET") {
+  else if (exchange.method() == "GET")
     get(exchange);
-  } else if (exchange.method() == "POST") {
+  else if (exchange.method() == "POST")
     post(exchange);
-  } else {
+  else
     exchange.refuse(SOUP_STATUS_METHOD_NOT_ALLOWED, "Questions are GET, orders are POST.");
-  }
 }
 
 void ControlSurface::get(Exchange& exchange) const {
   const auto path = exchange.path();
-  if (path == "/control/requests") {
+  if (path == "/control/requests")
     exchange.replyJson(requestCounts());
-  } else if (path == "/control/jmap-requests") {
+  else if (path == "/control/jmap-requests")
     exchange.replyJson(parts_.requestLog.entries());
-  } else if (path == "/control/stream") {
+  else if (path == "/control/stream")
     exchange.replyJson(json::object{{"listeners", parts_.streams.listeners()}});
-  } else {
+  else
     exchange.refuse(SOUP_STATUS_METHOD_NOT_ALLOWED, "Orders are POST.");
-  }
 }
 
 void ControlSurface::post(Exchange& exchange) {
@@ -112,11 +110,10 @@ void ControlSurface::failMethod(Exchange& exchange) {
 
 void ControlSurface::deliverMail(Exchange& exchange) {
   const auto delivered = deliver(parts_.store, orderIn(exchange));
-  if (delivered) {
+  if (delivered)
     exchange.replyJson(*delivered);
-  } else {
+  else
     exchange.refuse(SOUP_STATUS_BAD_REQUEST, delivered.error());
-  }
 }
 
 void ControlSurface::token(Exchange& exchange) {
@@ -158,9 +155,8 @@ json::object ControlSurface::requestCounts() const {
   json::object hosts;
   for (const auto& [host, paths] : parts_.counters.byHostAndPath) {
     auto& counts = hosts[host].emplace_object();
-    for (const auto& [path, count] : paths) {
+    for (const auto& [path, count] : paths)
       counts[path] = count;
-    }
   }
   return hosts;
 }

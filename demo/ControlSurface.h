@@ -12,7 +12,7 @@
 
 namespace ondrel::demo {
 
-/// All that orders reach.
+// All that orders reach.
 struct Controlled {
   FaultGate& gate;
   RequestCounters& counters;
@@ -25,8 +25,8 @@ struct Controlled {
   bool& isInLabelsMode;
 };
 
-/// What tests order of the service, on a port of its own: see README.md for the calls. Requests that a
-/// web page could have made, which carry an Origin header or a host name that isn't ours, are refused.
+// What tests order of the service, on a port of its own: see README.md for the calls. Requests that a
+// web page could have made, which carry an Origin header or a host name that isn't ours, are refused.
 class ControlSurface {
  public:
   explicit ControlSurface(Controlled parts) : parts_(parts) {}

@@ -34,17 +34,15 @@ std::vector<std::string> terms(const std::string& text) {
   bool inQuotes = false;
   for (const char c : folded(text) + " ") {
     if (c == '"' || (c == ' ' && !inQuotes)) {
-      if (!term.empty()) {
+      if (!term.empty())
         terms.push_back(std::exchange(term, ""));
-      }
       inQuotes = c == '"' && !inQuotes;
     } else {
       term += c;
     }
   }
-  if (!term.empty()) {
+  if (!term.empty())
     terms.push_back(term); // of a quote that never ends
-  }
   return terms;
 }
 
@@ -63,9 +61,8 @@ std::string fromOf(const Email& email) {
 
 std::string toOf(const Email& email) {
   std::string text;
-  for (const auto& [name, address] : email.to) {
+  for (const auto& [name, address] : email.to)
     text += name + " " + address + "\n";
-  }
   return text;
 }
 
@@ -114,11 +111,9 @@ Made textCondition(std::string_view key, const std::string& text) {
   constexpr std::pair<std::string_view, std::string (*)(const Email&)> fields[] = {
       {"text", everythingOf}, {"from", fromOf},  {"to", toOf},      {"subject", subjectOf},
       {"body", bodyOf},       {"cc", nothingOf}, {"bcc", nothingOf}};
-  for (const auto& [name, textOf] : fields) {
-    if (name == key) {
+  for (const auto& [name, textOf] : fields)
+    if (name == key)
       return holds(textOf, text);
-    }
-  }
   if (key == "hasKeyword" || key == "notKeyword") {
     return EmailPredicate([keyword = folded(text), wanted = key == "hasKeyword"](const Email& email) {
       return email.keywords.contains(keyword) == wanted;
@@ -126,9 +121,8 @@ Made textCondition(std::string_view key, const std::string& text) {
   }
   if (key == "before" || key == "after") {
     const auto time = timeOf(text);
-    if (!time) {
+    if (!time)
       return std::unexpected(wrongType(key));
-    }
     return EmailPredicate([time = *time, isBefore = key == "before"](const Email& email) {
       return isBefore ? email.receivedAt < time : email.receivedAt >= time;
     });
@@ -137,20 +131,17 @@ Made textCondition(std::string_view key, const std::string& text) {
 }
 
 Made condition(const MailStore& store, std::string_view key, const json::value& value) {
-  if (key == "header") {
+  if (key == "header")
     return headerCondition(value);
-  }
   if (key == "hasAttachment") {
-    if (!value.is_bool()) {
+    if (!value.is_bool())
       return std::unexpected(wrongType(key));
-    }
     return EmailPredicate(
         [wanted = value.get_bool()](const Email& e) { return e.hasAttachment() == wanted; });
   }
   if (key == "minSize" || key == "maxSize") {
-    if (!value.is_int64()) {
+    if (!value.is_int64())
       return std::unexpected(wrongType(key));
-    }
     return EmailPredicate([limit = value.get_int64(), isLeast = key == "minSize"](const Email& email) {
       const auto size = static_cast<std::int64_t>(sourceOf(email).size());
       return isLeast ? size >= limit : size < limit;
@@ -159,26 +150,21 @@ Made condition(const MailStore& store, std::string_view key, const json::value& 
   if (key == "inMailboxOtherThan") {
     std::set<std::string> others;
     const auto* array = value.if_array();
-    for (const auto& id : array ? *array : json::array()) {
-      if (id.is_string()) {
+    for (const auto& id : array ? *array : json::array())
+      if (id.is_string())
         others.emplace(id.get_string());
-      }
-    }
-    if (!array || others.size() != array->size()) {
+    if (!array || others.size() != array->size())
       return std::unexpected(wrongType(key));
-    }
     return EmailPredicate([others = std::move(others)](const Email& email) {
       return std::ranges::any_of(email.mailboxIds, [&](const auto& id) { return !others.contains(id); });
     });
   }
-  if (!value.is_string()) {
+  if (!value.is_string())
     return std::unexpected(wrongType(key));
-  }
   const std::string text(value.get_string());
   if (key == "inMailbox") {
-    if (!store.mailboxById(text)) {
+    if (!store.mailboxById(text))
       return std::unexpected(MethodError{"invalidArguments", "no such mailbox"});
-    }
     return EmailPredicate([text](const Email& email) { return email.isIn(text); });
   }
   return textCondition(key, text);
@@ -188,18 +174,15 @@ Made combined(const MailStore& store, const json::object& filter) {
   const auto* name = filter.at("operator").if_string();
   const auto* conditionsValue = filter.if_contains("conditions");
   const auto* conditions = conditionsValue ? conditionsValue->if_array() : nullptr;
-  if (!name || !conditions || (*name != "AND" && *name != "OR" && *name != "NOT")) {
+  if (!name || !conditions || (*name != "AND" && *name != "OR" && *name != "NOT"))
     return std::unexpected(wrongType("operator"));
-  }
   std::vector<EmailPredicate> parts;
   for (const auto& value : *conditions) {
-    if (!value.is_object()) {
+    if (!value.is_object())
       return std::unexpected(wrongType("conditions"));
-    }
     auto part = emailFilter(store, value.get_object());
-    if (!part) {
+    if (!part)
       return part;
-    }
     parts.push_back(std::move(*part));
   }
   const bool isAnd = *name == "AND";
@@ -213,18 +196,15 @@ Made combined(const MailStore& store, const json::object& filter) {
 } // namespace
 
 Made emailFilter(const MailStore& store, const json::object& filter) {
-  if (filter.contains("operator")) {
+  if (filter.contains("operator"))
     return combined(store, filter);
-  }
   std::vector<EmailPredicate> parts;
   for (const auto& member : filter) {
-    if (member.value().is_null()) {
+    if (member.value().is_null())
       continue;
-    }
     auto part = condition(store, member.key(), member.value());
-    if (!part) {
+    if (!part)
       return part;
-    }
     parts.push_back(std::move(*part));
   }
   return EmailPredicate([parts = std::move(parts)](const Email& email) {

@@ -18,39 +18,32 @@ MethodResult emailGet(const JmapContext& context, Arguments& arguments) {
   options.fetchHtml = arguments.flag("fetchHTMLBodyValues", false);
   options.fetchAll = arguments.flag("fetchAllBodyValues", false);
   options.mostBodyBytes = arguments.count("maxBodyValueBytes").value_or(0);
-  for (const auto& property : options.properties) {
-    if (!isEmailProperty(property)) {
+  for (const auto& property : options.properties)
+    if (!isEmailProperty(property))
       arguments.reject("unknown property " + property);
-    }
-  }
-  if (const auto error = arguments.error()) {
+  if (const auto error = arguments.error())
     return std::unexpected(*error);
-  }
-  if ((ids ? ids->size() : store.emails().size()) > mostObjectsInGet) {
+  if ((ids ? ids->size() : store.emails().size()) > mostObjectsInGet)
     return std::unexpected(MethodError{"requestTooLarge"});
-  }
 
   json::array list;
   json::array notFound;
   if (ids) {
     std::set<std::string> seen;
     for (const auto& id : *ids) {
-      if (!seen.insert(id).second) {
+      if (!seen.insert(id).second)
         continue;
-      }
-      if (const auto* email = store.email(id)) {
+      if (const auto* email = store.email(id))
         list.push_back(emailJson(store, *email, options));
-      } else {
+      else
         notFound.emplace_back(id);
-      }
     }
   } else {
-    for (const auto& email : store.emails()) {
+    for (const auto& email : store.emails())
       list.push_back(emailJson(store, email, options));
-    }
   }
   return json::object{{"accountId", mailAccountId},
-                      {"state", store.changes().state(DataType::Email)},
+                      {"state", store.changes().state(DataType::email)},
                       {"list", std::move(list)},
                       {"notFound", std::move(notFound)}};
 }

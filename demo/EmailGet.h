@@ -4,7 +4,7 @@
 
 namespace ondrel::demo {
 
-/// RFC 8621, 4.2.
+// RFC 8621, 4.2.
 MethodResult emailGet(const JmapContext& context, Arguments& arguments);
 
 } // namespace ondrel::demo

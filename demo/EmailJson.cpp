@@ -20,9 +20,8 @@ json::value textOrNull(const std::string& text) {
 
 json::object flags(const std::set<std::string>& names) {
   json::object object;
-  for (const auto& name : names) {
+  for (const auto& name : names)
     object[name] = true;
-  }
   return object;
 }
 
@@ -38,19 +37,16 @@ json::object partJson(const EmailPart& part, const std::vector<std::string>& pro
                            {"language", nullptr},
                            {"location", nullptr}};
   json::object chosen;
-  for (const auto& property : properties) {
-    if (const auto* value = whole.if_contains(property)) {
+  for (const auto& property : properties)
+    if (const auto* value = whole.if_contains(property))
       chosen[property] = *value;
-    }
-  }
   return chosen;
 }
 
 json::array partsJson(const std::vector<EmailPart>& parts, const std::vector<std::string>& properties) {
   json::array list;
-  for (const auto& part : parts) {
+  for (const auto& part : parts)
     list.push_back(partJson(part, properties));
-  }
   return list;
 }
 
@@ -64,21 +60,17 @@ json::object multipart(const char* type, json::array parts) {
 
 json::object bodyStructure(const EmailParts& parts, const std::vector<std::string>& properties) {
   json::array text;
-  for (const auto* part : {&parts.plain, &parts.html}) {
-    if (*part) {
+  for (const auto* part : {&parts.plain, &parts.html})
+    if (*part)
       text.push_back(partJson(**part, properties));
-    }
-  }
   auto files = partsJson(parts.attachments, properties);
   json::value body = text.size() == 1  ? json::value(text[0])
                      : text.size() > 1 ? json::value(multipart("multipart/alternative", text))
                                        : json::value();
-  if (files.empty() && body.is_object()) {
+  if (files.empty() && body.is_object())
     return body.get_object();
-  }
-  if (body.is_object()) {
+  if (body.is_object())
     files.insert(files.begin(), body);
-  }
   return multipart("multipart/mixed", std::move(files));
 }
 
@@ -86,9 +78,8 @@ json::object bodyValue(std::string text, std::size_t mostBytes) {
   const bool isTruncated = mostBytes > 0 && text.size() > mostBytes;
   if (isTruncated) {
     auto end = mostBytes;
-    while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80) {
+    while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80)
       --end; // never in the middle of a character
-    }
     text.resize(end);
   }
   return {{"value", text}, {"isEncodingProblem", false}, {"isTruncated", isTruncated}};
@@ -97,9 +88,8 @@ json::object bodyValue(std::string text, std::size_t mostBytes) {
 json::object bodyValues(const Email& email, const EmailParts& parts, const EmailJsonOptions& options) {
   json::object values;
   const auto add = [&](const std::optional<EmailPart>& part, bool isWanted) {
-    if (part && (isWanted || options.fetchAll)) {
+    if (part && (isWanted || options.fetchAll))
       values[part->partId] = bodyValue(textOfPart(email, part->partId), options.mostBodyBytes);
-    }
   };
   add(parts.shownAsText(), options.fetchText);
   add(parts.html, options.fetchHtml);
@@ -108,13 +98,12 @@ json::object bodyValues(const Email& email, const EmailParts& parts, const Email
 
 json::array headersJson(const Email& email) {
   json::array list;
-  for (const auto& [name, value] : headersOf(email)) {
+  for (const auto& [name, value] : headersOf(email))
     list.push_back({{"name", name}, {"value", " " + value}});
-  }
   return list;
 }
 
-/// What the property functions may need. The parts are made once for an email.
+// What the property functions may need. The parts are made once for an email.
 struct Source {
   const MailStore& store;
   const Email& email;

@@ -9,7 +9,7 @@
 
 namespace ondrel::demo {
 
-/// What Email/get was asked for.
+// What Email/get was asked for.
 struct EmailJsonOptions {
   std::vector<std::string> properties;
   std::vector<std::string> bodyProperties;
@@ -23,7 +23,7 @@ std::vector<std::string> defaultEmailProperties();
 std::vector<std::string> defaultBodyProperties();
 bool isEmailProperty(const std::string& property);
 
-/// The Email object of RFC 8621, 4.1, with the chosen properties and always the id.
+// The Email object of RFC 8621, 4.1, with the chosen properties and always the id.
 boost::json::object emailJson(const MailStore& store, const Email& email, const EmailJsonOptions& options);
 
 } // namespace ondrel::demo

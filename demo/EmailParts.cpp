@@ -38,15 +38,12 @@ EmailParts partsOf(const MailStore& store, const Email& email) {
   EmailParts parts;
   if (!email.html.empty()) {
     parts.html = textPart(email, "2", htmlSuffix, "text/html");
-    if (email.kind == BodyKind::Flow) {
+    if (email.kind == BodyKind::flow)
       parts.plain = textPart(email, "1", plainSuffix, "text/plain");
-    }
   }
-  for (const auto& attachment : email.attachments) {
-    if (const auto* blob = store.blob(attachment.blobId)) {
+  for (const auto& attachment : email.attachments)
+    if (const auto* blob = store.blob(attachment.blobId))
       parts.attachments.push_back(attachmentPart(attachment, *blob, 3 + parts.attachments.size()));
-    }
-  }
   return parts;
 }
 
@@ -55,25 +52,20 @@ std::string textOfPart(const Email& email, std::string_view partId) {
 }
 
 std::optional<std::string> bytesOfBlob(const MailStore& store, const std::string& blobId) {
-  if (const auto* blob = store.blob(blobId)) {
+  if (const auto* blob = store.blob(blobId))
     return blob->bytes;
-  }
   const auto dash = blobId.rfind('-');
   const auto* email = dash == std::string::npos ? nullptr : store.email(blobId.substr(0, dash));
-  if (!email) {
+  if (!email)
     return std::nullopt;
-  }
   const auto suffix = std::string_view(blobId).substr(dash);
-  if (suffix == sourceSuffix) {
+  if (suffix == sourceSuffix)
     return sourceOf(*email);
-  }
   const auto parts = partsOf(store, *email);
-  if (suffix == plainSuffix && parts.plain) {
+  if (suffix == plainSuffix && parts.plain)
     return textOfPart(*email, "1");
-  }
-  if (suffix == htmlSuffix && parts.html) {
+  if (suffix == htmlSuffix && parts.html)
     return textOfPart(*email, "2");
-  }
   return std::nullopt;
 }
 

@@ -4,7 +4,7 @@
 
 namespace ondrel::demo {
 
-/// RFC 8621, 4.4.
+// RFC 8621, 4.4.
 MethodResult emailQuery(const JmapContext& context, Arguments& arguments);
 
 } // namespace ondrel::demo

@@ -13,7 +13,7 @@ namespace json = boost::json;
 namespace {
 
 constexpr std::pair<const char*, DataType> types[] = {
-    {"Mailbox", DataType::Mailbox}, {"Email", DataType::Email}, {"Thread", DataType::Thread}};
+    {"Mailbox", DataType::mailbox}, {"Email", DataType::email}, {"Thread", DataType::thread}};
 
 constexpr std::string_view head = "HTTP/1.1 200 OK\r\n"
                                   "Content-Type: text/event-stream; charset=utf-8\r\n"
@@ -24,11 +24,9 @@ std::map<std::string, std::string> wantedTypes(const std::string& list) {
   std::map<std::string, std::string> wanted;
   std::istringstream names(list);
   for (std::string name; std::getline(names, name, ',');) {
-    for (const auto& [known, type] : types) {
-      if (name == "*" || name == known) {
+    for (const auto& [known, type] : types)
+      if (name == "*" || name == known)
         wanted[known] = "";
-      }
-    }
   }
   return wanted;
 }
@@ -43,9 +41,8 @@ std::optional<unsigned> secondsOf(const std::string& text) {
 } // namespace
 
 EventStreams::~EventStreams() {
-  if (pending_) {
+  if (pending_)
     g_source_remove(pending_);
-  }
   drop(false);
 }
 
@@ -65,13 +62,11 @@ void EventStreams::open(Exchange& exchange) {
   listener.isOnce = closeAfter == "state";
   listener.pingSeconds = *ping;
   listener.connection->onClosed([this, &listener] { remove(&listener); });
-  if (*ping > 0) {
+  if (*ping > 0)
     listener.pingTimer = g_timeout_add_seconds(*ping, EventStreams::ping, &listener);
-  }
   listener.connection->send(head);
-  if (!isSilent_) {
+  if (!isSilent_)
     tell(listener);
-  }
 }
 
 void EventStreams::changed() {
@@ -81,9 +76,8 @@ void EventStreams::changed() {
         [](gpointer data) -> gboolean {
           auto* self = static_cast<EventStreams*>(data);
           self->pending_ = 0;
-          if (!self->isSilent_) {
+          if (!self->isSilent_)
             self->tellAll();
-          }
           return G_SOURCE_REMOVE;
         },
         this, nullptr);
@@ -92,56 +86,48 @@ void EventStreams::changed() {
 
 void EventStreams::drop(bool isReset) {
   while (!listeners_.empty()) {
-    if (isReset) {
+    if (isReset)
       listeners_.front().connection->resetAtEnd();
-    }
     remove(&listeners_.front());
   }
 }
 
 void EventStreams::setSilent(bool isSilent) {
   isSilent_ = isSilent;
-  if (!isSilent_) {
+  if (!isSilent_)
     tellAll();
-  }
 }
 
 void EventStreams::sendRaw(std::string_view bytes) {
-  for (auto& listener : listeners_) {
+  for (auto& listener : listeners_)
     listener.connection->send(bytes);
-  }
 }
 
 void EventStreams::remove(const Listener* listener) {
-  if (listener->pingTimer) {
+  if (listener->pingTimer)
     g_source_remove(listener->pingTimer);
-  }
   listeners_.remove_if([&](const Listener& other) { return &other == listener; });
 }
 
 std::string EventStreams::eventId() const {
   std::string id;
-  for (const auto& [name, type] : types) {
+  for (const auto& [name, type] : types)
     id += (id.empty() ? "" : ".") + store_.changes().state(type);
-  }
   return id;
 }
 
-/// One that can't be understood stands for having missed everything.
+// One that can't be understood stands for having missed everything.
 void EventStreams::goOnFrom(Listener& listener, const std::optional<std::string>& lastEventId) const {
-  if (!lastEventId && !isTerse_) {
+  if (!lastEventId && !isTerse_)
     return;
-  }
   std::istringstream states(lastEventId.value_or(eventId()));
   auto told = listener.told;
   for (const auto& [name, type] : types) {
     std::string state;
-    if (!std::getline(states, state, '.') || !store_.changes().since(type, state, 1)) {
+    if (!std::getline(states, state, '.') || !store_.changes().since(type, state, 1))
       return;
-    }
-    if (const auto wanted = told.find(name); wanted != told.end()) {
+    if (const auto wanted = told.find(name); wanted != told.end())
       wanted->second = state;
-    }
   }
   listener.told = std::move(told);
 }
@@ -149,9 +135,8 @@ void EventStreams::goOnFrom(Listener& listener, const std::optional<std::string>
 void EventStreams::tell(Listener& listener) {
   json::object changes;
   for (const auto& [name, type] : types) {
-    if (isTerse_ && type == DataType::Mailbox) {
+    if (isTerse_ && type == DataType::mailbox)
       continue;
-    }
     const auto known = listener.told.find(name);
     const auto state = store_.changes().state(type);
     if (known != listener.told.end() && known->second != state) {
@@ -159,22 +144,19 @@ void EventStreams::tell(Listener& listener) {
       changes[name] = state;
     }
   }
-  if (changes.empty()) {
+  if (changes.empty())
     return;
-  }
   const json::object event{{"@type", "StateChange"},
                            {"changed", json::object{{mailAccountId, std::move(changes)}}}};
   listener.connection->send(
       fmt::format("event: state\ndata: {}\nid: {}\n\n", json::serialize(event), eventId()));
-  if (listener.isOnce) {
+  if (listener.isOnce)
     listener.connection->finish();
-  }
 }
 
 void EventStreams::tellAll() {
-  for (auto& listener : listeners_) {
+  for (auto& listener : listeners_)
     tell(listener);
-  }
 }
 
 gboolean EventStreams::ping(gpointer data) {

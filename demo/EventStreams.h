@@ -10,8 +10,8 @@
 
 namespace ondrel::demo {
 
-/// The event source of RFC 8620, 7.3: tells its listeners which types of data have changed, those who name
-/// the last event that they know also what they have missed.
+// The event source of RFC 8620, 7.3: tells its listeners which types of data have changed, those who name
+// the last event that they know also what they have missed.
 class EventStreams {
  public:
   explicit EventStreams(const MailStore& store) : store_(store) {}
@@ -19,21 +19,21 @@ class EventStreams {
   EventStreams(const EventStreams&) = delete;
   EventStreams& operator=(const EventStreams&) = delete;
 
-  /// Makes the request a listener, as its query says, or refuses it.
+  // Makes the request a listener, as its query says, or refuses it.
   void open(Exchange& exchange);
-  /// To be called after each change. Changes within one turn of the main loop are told together.
+  // To be called after each change. Changes within one turn of the main loop are told together.
   void changed();
 
   std::size_t listeners() const { return listeners_.size(); }
-  /// Ends all connections, in order or by a reset.
+  // Ends all connections, in order or by a reset.
   void drop(bool isReset);
-  /// While silent, nothing is sent, pings neither; connections stay and new ones are taken. Afterwards
-  /// everybody is told what has changed meanwhile.
+  // While silent, nothing is sent, pings neither; connections stay and new ones are taken. Afterwards
+  // everybody is told what has changed meanwhile.
   void setSilent(bool isSilent);
-  /// While terse, it says no more than it must: new listeners hear nothing unless they have missed
-  /// something, and of a change of mail hears who listens for emails, not for mailboxes.
+  // While terse, it says no more than it must: new listeners hear nothing unless they have missed
+  // something, and of a change of mail hears who listens for emails, not for mailboxes.
   void setTerse(bool isTerse) { isTerse_ = isTerse; }
-  /// To all listeners, also while silent.
+  // To all listeners, also while silent.
   void sendRaw(std::string_view bytes);
 
  private:

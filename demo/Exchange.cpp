@@ -14,9 +14,8 @@ namespace {
 using TablePtr = std::unique_ptr<GHashTable, FreeWith<g_hash_table_unref>>;
 
 std::optional<std::string> lookup(GHashTable* table, const std::string& name) {
-  if (!table) {
+  if (!table)
     return std::nullopt;
-  }
   const auto* value = static_cast<const char*>(g_hash_table_lookup(table, name.c_str()));
   return value ? std::optional<std::string>(value) : std::nullopt;
 }
@@ -29,15 +28,13 @@ std::string_view Exchange::method() const {
 
 std::string Exchange::host() const {
   const auto field = header("Host");
-  if (!field) {
+  if (!field)
     return {};
-  }
   const StringPtr lower(g_ascii_strdown(field->c_str(), -1));
   std::string host = lower.get();
   const auto colon = host.rfind(':');
-  if (colon != std::string::npos && host.find(']', colon) == std::string::npos) {
+  if (colon != std::string::npos && host.find(']', colon) == std::string::npos)
     host.resize(colon);
-  }
   return host;
 }
 
@@ -58,9 +55,8 @@ std::string Exchange::path() const {
 
 std::optional<std::string> Exchange::query(std::string_view name) const {
   const char* text = g_uri_get_query(soup_server_message_get_uri(message_));
-  if (!text) {
+  if (!text)
     return std::nullopt;
-  }
   const TablePtr fields(soup_form_decode(text));
   return lookup(fields.get(), std::string(name));
 }
@@ -83,9 +79,8 @@ std::optional<std::string> Exchange::cookie(std::string_view name) const {
     auto pair = rest.substr(0, end);
     rest = end == std::string_view::npos ? std::string_view() : rest.substr(end + 1);
     pair.remove_prefix(std::min(pair.find_first_not_of(' '), pair.size()));
-    if (pair.starts_with(name) && pair.substr(name.size()).starts_with('=')) {
+    if (pair.starts_with(name) && pair.substr(name.size()).starts_with('='))
       return std::string(pair.substr(name.size() + 1));
-    }
   }
   return std::nullopt;
 }
@@ -104,9 +99,8 @@ std::optional<std::string> Exchange::formField(const char* name) const {
 std::optional<boost::json::object> Exchange::jsonBody() const {
   boost::system::error_code error;
   auto value = boost::json::parse(body(), error);
-  if (error || !value.is_object()) {
+  if (error || !value.is_object())
     return std::nullopt;
-  }
   return std::move(value.get_object());
 }
 

@@ -11,9 +11,8 @@ namespace {
 
 void closeConnection(SoupServerMessage* message) {
   // The server's own writes then fail, and it forgets the connection by itself.
-  if (GSocket* socket = soup_server_message_get_socket(message)) {
+  if (GSocket* socket = soup_server_message_get_socket(message))
     g_socket_shutdown(socket, TRUE, TRUE, nullptr);
-  }
 }
 
 bool clientHasGone(SoupServerMessage* message) {
@@ -24,9 +23,8 @@ bool clientHasGone(SoupServerMessage* message) {
 
 std::string hugeJson() {
   std::string text = R"({"methodResponses":[["Email/get",{"state":"0","notFound":[],"list":[{"id":"0")";
-  while (text.size() < 50'000'000) {
+  while (text.size() < 50'000'000)
     text += R"(},{"id":"M1","subject":"The same again, and no end of it")";
-  }
   return text + R"(}]},"0"]]})";
 }
 
@@ -40,11 +38,9 @@ std::string firstHalf(SoupServerMessage* message) {
 } // namespace
 
 FaultGate::~FaultGate() {
-  for (const auto& held : held_) {
-    if (held.timer) {
+  for (const auto& held : held_)
+    if (held.timer)
       g_source_remove(held.timer);
-    }
-  }
 }
 
 void FaultGate::pass(SoupServerMessage* message) {
@@ -56,37 +52,37 @@ void FaultGate::pass(SoupServerMessage* message) {
     return;
   }
   switch (fault->kind) {
-  case Fault::Kind::Status:
+  case Fault::Kind::status:
     if (fault->delay.count() > 0) {
       hold(message, fault->delay, fault->status);
       return;
     }
     exchange.refuse(fault->status, "Fault on demand.");
     return;
-  case Fault::Kind::Close:
+  case Fault::Kind::close:
     closeConnection(message);
     return;
-  case Fault::Kind::Silence:
+  case Fault::Kind::silence:
     hold(message, std::nullopt);
     return;
-  case Fault::Kind::Delay:
+  case Fault::Kind::delay:
     hold(message, fault->delay);
     return;
-  case Fault::Kind::Body:
+  case Fault::Kind::body:
     exchange.reply(fault->status, fault->contentType.c_str(), fault->body);
     return;
-  case Fault::Kind::Huge:
+  case Fault::Kind::huge:
     exchange.reply(SOUP_STATUS_OK, "application/json", hugeJson());
     return;
-  case Fault::Kind::Redirect:
+  case Fault::Kind::redirect:
     exchange.redirect(fault->location);
     soup_server_message_set_status(message, fault->status, nullptr);
     return;
-  case Fault::Kind::Truncated:
+  case Fault::Kind::truncated:
     next_(message);
     truncate(message);
     return;
-  case Fault::Kind::Cut:
+  case Fault::Kind::cut:
     next_(message);
     cut(message);
     return;
@@ -96,9 +92,8 @@ void FaultGate::pass(SoupServerMessage* message) {
 void FaultGate::dropHeld() {
   while (!held_.empty()) {
     auto& held = held_.front();
-    if (held.timer) {
+    if (held.timer)
       g_source_remove(held.timer);
-    }
     closeConnection(held.message.get());
     soup_server_message_unpause(held.message.get());
     held_.pop_front();
@@ -134,9 +129,8 @@ void FaultGate::letGo(Held* held) {
     Exchange(message.get()).refuse(status, "Fault on demand.");
   else
     next_(message.get());
-  if (soup_server_message_get_status(message.get()) != 0) { // else the handler has taken the connection
+  if (soup_server_message_get_status(message.get()) != 0) // else the handler has taken the connection
     soup_server_message_unpause(message.get());
-  }
 }
 
 void FaultGate::truncate(SoupServerMessage* message) {
@@ -147,9 +141,8 @@ void FaultGate::truncate(SoupServerMessage* message) {
 }
 
 void FaultGate::cut(SoupServerMessage* message) {
-  if (soup_server_message_get_status(message) == 0) {
+  if (soup_server_message_get_status(message) == 0)
     return; // a connection that was taken has no answer to cut
-  }
   const auto head = fmt::format(
       "HTTP/1.1 {} Cut\r\nContent-Type: application/json\r\nContent-Length: {}\r\n\r\n",
       soup_server_message_get_status(message), soup_server_message_get_response_body(message)->length);

@@ -9,7 +9,7 @@
 
 namespace ondrel::demo {
 
-/// Stands before the handlers of a server and carries out the faults of its plan.
+// Stands before the handlers of a server and carries out the faults of its plan.
 class FaultGate {
  public:
   explicit FaultGate(HttpServer::Handler next) : next_(std::move(next)) {}
@@ -19,7 +19,7 @@ class FaultGate {
 
   FaultPlan& plan() { return plan_; }
   void pass(SoupServerMessage* message);
-  /// Closes the connections of the requests that were met with silence or are being delayed.
+  // Closes the connections of the requests that were met with silence or are being delayed.
   void dropHeld();
 
  private:

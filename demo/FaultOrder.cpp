@@ -11,12 +11,12 @@ namespace json = boost::json;
 namespace {
 
 constexpr std::pair<std::string_view, Fault::Kind> kinds[] = {
-    {"status", Fault::Kind::Status},   {"close", Fault::Kind::Close},
-    {"silence", Fault::Kind::Silence}, {"delay", Fault::Kind::Delay},
-    {"body", Fault::Kind::Body},       {"empty", Fault::Kind::Body},
-    {"html", Fault::Kind::Body},       {"invalid-utf8", Fault::Kind::Body},
-    {"huge", Fault::Kind::Huge},       {"truncated", Fault::Kind::Truncated},
-    {"cut", Fault::Kind::Cut},         {"redirect", Fault::Kind::Redirect},
+    {"status", Fault::Kind::status},   {"close", Fault::Kind::close},
+    {"silence", Fault::Kind::silence}, {"delay", Fault::Kind::delay},
+    {"body", Fault::Kind::body},       {"empty", Fault::Kind::body},
+    {"html", Fault::Kind::body},       {"invalid-utf8", Fault::Kind::body},
+    {"huge", Fault::Kind::huge},       {"truncated", Fault::Kind::truncated},
+    {"cut", Fault::Kind::cut},         {"redirect", Fault::Kind::redirect},
 };
 
 } // namespace
@@ -24,13 +24,12 @@ constexpr std::pair<std::string_view, Fault::Kind> kinds[] = {
 std::optional<Fault> faultOf(const json::object& order) {
   const auto name = textOr(order, "kind", "status");
   const auto* known = std::ranges::find(kinds, name, &std::pair<std::string_view, Fault::Kind>::first);
-  if (known == std::end(kinds)) {
+  if (known == std::end(kinds))
     return std::nullopt;
-  }
   Fault fault;
   fault.kind = known->second;
-  const bool isStatus = fault.kind == Fault::Kind::Status;
-  const bool isRedirect = fault.kind == Fault::Kind::Redirect;
+  const bool isStatus = fault.kind == Fault::Kind::status;
+  const bool isRedirect = fault.kind == Fault::Kind::redirect;
   const auto status = numberOr(order, "status", isStatus ? 500 : isRedirect ? 307 : 200);
   const auto milliseconds = numberOr(order, "milliseconds", 0);
   fault.location = textOr(order, "location", "");

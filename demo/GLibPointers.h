@@ -17,7 +17,7 @@ using StringPtr = std::unique_ptr<char, FreeWith<g_free>>;
 using ErrorPtr = std::unique_ptr<GError, FreeWith<g_error_free>>;
 using BytesPtr = std::unique_ptr<GBytes, FreeWith<g_bytes_unref>>;
 
-/// One more owner of an object that somebody else holds.
+// One more owner of an object that somebody else holds.
 template <class T>
 ObjectPtr<T> share(T* object) {
   return ObjectPtr<T>(static_cast<T*>(g_object_ref(object)));

@@ -10,29 +10,24 @@ namespace json = boost::json;
 GetAnswer::GetAnswer(Arguments& arguments, const char* accountId,
                      std::initializer_list<const char*> properties)
     : accountId_(accountId), ids_(arguments.texts("ids")), properties_(arguments.texts("properties")) {
-  for (const auto& property : properties_.value_or(std::vector<std::string>())) {
-    if (std::ranges::find(properties, property) == properties.end()) {
+  for (const auto& property : properties_.value_or(std::vector<std::string>()))
+    if (std::ranges::find(properties, property) == properties.end())
       arguments.reject("unknown property " + property);
-    }
-  }
-  if (properties_) {
+  if (properties_)
     properties_->push_back("id"); // is always there
-  }
 }
 
 MethodResult GetAnswer::of(const std::vector<std::string>& all, const std::string& state,
                            const std::function<std::optional<json::object>(const std::string&)>& make) const {
   const auto& ids = ids_ ? *ids_ : all;
-  if (ids.size() > mostObjectsInGet) {
+  if (ids.size() > mostObjectsInGet)
     return std::unexpected(MethodError{"requestTooLarge"});
-  }
   json::array list;
   json::array notFound;
   std::set<std::string> seen;
   for (const auto& id : ids) {
-    if (!seen.insert(id).second) {
+    if (!seen.insert(id).second)
       continue; // an id that is named twice is answered once
-    }
     auto object = make(id);
     if (!object) {
       notFound.emplace_back(id);
@@ -40,11 +35,9 @@ MethodResult GetAnswer::of(const std::vector<std::string>& all, const std::strin
     }
     if (properties_) {
       json::object chosen;
-      for (const auto& member : *object) {
-        if (std::ranges::find(*properties_, member.key()) != properties_->end()) {
+      for (const auto& member : *object)
+        if (std::ranges::find(*properties_, member.key()) != properties_->end())
           chosen.emplace(member.key(), member.value());
-        }
-      }
       object = std::move(chosen);
     }
     list.push_back(std::move(*object));

@@ -10,13 +10,13 @@
 
 namespace ondrel::demo {
 
-/// The common part of the "/get" methods, RFC 8620, 5.1, for objects that are cheap to make whole.
+// The common part of the "/get" methods, RFC 8620, 5.1, for objects that are cheap to make whole.
 class GetAnswer {
  public:
-  /// Reads `ids` and `properties`. Properties that aren't among the given ones are invalid.
+  // Reads `ids` and `properties`. Properties that aren't among the given ones are invalid.
   GetAnswer(Arguments& arguments, const char* accountId, std::initializer_list<const char*> properties);
 
-  /// `all` is what an absent or null `ids` stands for; `make` gives none for an unknown id.
+  // `all` is what an absent or null `ids` stands for; `make` gives none for an unknown id.
   MethodResult of(const std::vector<std::string>& all, const std::string& state,
                   const std::function<std::optional<boost::json::object>(const std::string&)>& make) const;
 

@@ -11,18 +11,18 @@
 
 namespace ondrel::demo {
 
-/// An HTTP server on the loopback addresses of both address families, driven by the main loop.
+// An HTTP server on the loopback addresses of both address families, driven by the main loop.
 class HttpServer {
  public:
   using Handler = std::function<void(SoupServerMessage*)>;
 
-  /// Every request goes to `handler`, after its body has been read.
+  // Every request goes to `handler`, after its body has been read.
   explicit HttpServer(Handler handler);
   ~HttpServer();
   HttpServer(const HttpServer&) = delete;
   HttpServer& operator=(const HttpServer&) = delete;
 
-  /// Port 0 takes a free one. The result is the port, or one line that says what went wrong.
+  // Port 0 takes a free one. The result is the port, or one line that says what went wrong.
   std::expected<std::uint16_t, std::string> listen(std::uint16_t port);
 
  private:

@@ -17,7 +17,7 @@ namespace json = boost::json;
 
 namespace {
 
-enum class Owner { Nobody, Mail, User };
+enum class Owner { nobody, mail, user };
 
 struct Method {
   const char* name;
@@ -26,15 +26,15 @@ struct Method {
 };
 
 constexpr Method methods[] = {
-    {"Email/get", Owner::Mail, emailGet},
-    {"Email/query", Owner::Mail, emailQuery},
-    {"Email/changes", Owner::Mail, emailChanges},
-    {"Email/set", Owner::Mail, emailSet},
-    {"Thread/get", Owner::Mail, threadGet},
-    {"Thread/changes", Owner::Mail, threadChanges},
-    {"Mailbox/get", Owner::Mail, mailboxGet},
-    {"Mailbox/changes", Owner::Mail, mailboxChanges},
-    {"ClientPreferences/get", Owner::User, clientPreferencesGet},
+    {"Email/get", Owner::mail, emailGet},
+    {"Email/query", Owner::mail, emailQuery},
+    {"Email/changes", Owner::mail, emailChanges},
+    {"Email/set", Owner::mail, emailSet},
+    {"Thread/get", Owner::mail, threadGet},
+    {"Thread/changes", Owner::mail, threadChanges},
+    {"Mailbox/get", Owner::mail, mailboxGet},
+    {"Mailbox/changes", Owner::mail, mailboxChanges},
+    {"ClientPreferences/get", Owner::user, clientPreferencesGet},
 };
 
 JmapAnswer problem(const char* type, const char* detail) {
@@ -58,9 +58,8 @@ JmapAnswer JmapApi::answer(std::string_view contentType, std::string_view body) 
   }
   boost::system::error_code error;
   const auto parsed = json::parse(body, error);
-  if (error || !contentType.starts_with("application/json")) {
+  if (error || !contentType.starts_with("application/json"))
     return problem("notJSON", "The request is no JSON, or doesn't say so.");
-  }
   const auto* request = parsed.if_object();
   const auto* usingValue = request ? request->if_contains("using") : nullptr;
   const auto* callsValue = request ? request->if_contains("methodCalls") : nullptr;
@@ -78,16 +77,14 @@ JmapAnswer JmapApi::answer(std::string_view contentType, std::string_view body) 
   std::vector<std::string> capabilities;
   for (const auto& value : *used) {
     const std::string capability(value.get_string());
-    if (capability != coreCapability && capability != mailCapability && capability != userCapability_) {
+    if (capability != coreCapability && capability != mailCapability && capability != userCapability_)
       return problem("unknownCapability", "The request uses a capability that is not offered here.");
-    }
     capabilities.push_back(capability);
   }
 
   json::array responses;
-  for (const auto& methodCall : *calls) {
+  for (const auto& methodCall : *calls)
     responses.push_back(call(methodCall.get_array(), capabilities, responses));
-  }
   return {200, {{"methodResponses", std::move(responses)}, {"sessionState", sessionState}}};
 }
 
@@ -96,18 +93,15 @@ json::array JmapApi::call(const json::array& methodCall, const std::vector<std::
   const std::string name(methodCall[0].get_string());
   auto arguments = methodCall[1].get_object();
   MethodResult result = std::unexpected(MethodError{"invalidResultReference"});
-  if (const auto ordered = context_.faults.take(name)) {
+  if (const auto ordered = context_.faults.take(name))
     result = std::unexpected(MethodError{*ordered, "A fault on demand."});
-  } else if (resolveReferences(arguments, responses)) {
+  else if (resolveReferences(arguments, responses))
     result = run(name, arguments, capabilities);
-  }
-  if (result) {
+  if (result)
     return {name, std::move(*result), methodCall[2]};
-  }
   json::object error{{"type", result.error().type}};
-  if (!result.error().description.empty()) {
+  if (!result.error().description.empty())
     error["description"] = result.error().description;
-  }
   return {"error", std::move(error), methodCall[2]};
 }
 
@@ -116,25 +110,21 @@ MethodResult JmapApi::run(const std::string& name, const json::object& values,
   const auto offers = [&](const std::string& capability) {
     return std::ranges::find(capabilities, capability) != capabilities.end();
   };
-  if (name == "Core/echo" && offers(coreCapability)) {
+  if (name == "Core/echo" && offers(coreCapability))
     return values;
-  }
   const auto* method = std::ranges::find(methods, name, &Method::name);
   if (method == std::end(methods) ||
-      !offers(method->owner == Owner::Mail ? std::string(mailCapability) : userCapability_)) {
+      !offers(method->owner == Owner::mail ? std::string(mailCapability) : userCapability_)) {
     return std::unexpected(MethodError{"unknownMethod"});
   }
   const auto* account = values.if_contains("accountId");
-  if (!account || !account->is_string()) {
+  if (!account || !account->is_string())
     return std::unexpected(MethodError{"invalidArguments", "accountId is missing or no string"});
-  }
   const bool isMail = account->get_string() == mailAccountId;
-  if (!isMail && account->get_string() != userAccountId) {
+  if (!isMail && account->get_string() != userAccountId)
     return std::unexpected(MethodError{"accountNotFound"});
-  }
-  if (isMail != (method->owner == Owner::Mail)) {
+  if (isMail != (method->owner == Owner::mail))
     return std::unexpected(MethodError{"accountNotSupportedByMethod"});
-  }
   Arguments arguments(values);
   return method->run(context_, arguments);
 }

@@ -10,16 +10,16 @@
 
 namespace ondrel::demo {
 
-/// An answer of the API resource: the Response object of RFC 8620, 3.4, or problem details.
+// An answer of the API resource: the Response object of RFC 8620, 3.4, or problem details.
 struct JmapAnswer {
   unsigned status = 200;
   boost::json::object body;
 };
 
-/// Carries out the method calls of one request, one after the other.
+// Carries out the method calls of one request, one after the other.
 class JmapApi {
  public:
-  /// `userCapability` is the service's own one, of the user's preferences.
+  // `userCapability` is the service's own one, of the user's preferences.
   JmapApi(JmapContext context, std::string userCapability)
       : context_(context), userCapability_(std::move(userCapability)) {}
 

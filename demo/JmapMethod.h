@@ -10,14 +10,14 @@
 
 namespace ondrel::demo {
 
-/// What the methods of the JMAP surface work on.
+// What the methods of the JMAP surface work on.
 struct JmapContext {
   MailStore& store;
   MethodFaults& faults;
   const bool& isInLabelsMode;
 };
 
-/// The arguments of an "error" response, RFC 8620, 3.6.2.
+// The arguments of an "error" response, RFC 8620, 3.6.2.
 struct MethodError {
   std::string type;
   std::string description = {};
@@ -26,7 +26,7 @@ struct MethodError {
 using MethodResult = std::expected<boost::json::object, MethodError>;
 
 inline constexpr const char* mailAccountId = "u12345678";
-/// The account of the user's own preferences, which has no mail.
+// The account of the user's own preferences, which has no mail.
 inline constexpr const char* userAccountId = "u87654321";
 
 inline constexpr const char* coreCapability = "urn:ietf:params:jmap:core";

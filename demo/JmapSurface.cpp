@@ -38,7 +38,7 @@ void JmapSurface::addTo(Router& router) {
 
 void JmapSurface::add(Router& router, const char* path, const char* method,
                       void (JmapSurface::*answer)(Exchange&)) {
-  router.add(Site::Web, path, [this, method, answer](Exchange& exchange) {
+  router.add(Site::web, path, [this, method, answer](Exchange& exchange) {
     if (!isAuthorized(exchange)) {
       exchange.setHeader("WWW-Authenticate", "Bearer");
       replyProblem(exchange, SOUP_STATUS_UNAUTHORIZED,
@@ -66,11 +66,10 @@ void JmapSurface::session(Exchange& exchange) {
 void JmapSurface::api(Exchange& exchange) {
   const auto answer = JmapApi(context_, userCapability(exchange.port()))
                           .answer(exchange.header("Content-Type").value_or(""), exchange.body());
-  if (answer.status == 200) {
+  if (answer.status == 200)
     exchange.replyJson(answer.body);
-  } else {
+  else
     replyProblem(exchange, answer.status, answer.body);
-  }
 }
 
 void JmapSurface::events(Exchange& exchange) {

@@ -7,8 +7,8 @@
 
 namespace ondrel::demo {
 
-/// JMAP (RFC 8620 and 8621) under /jmap/ on the hosts of the web application, for whoever has the bearer
-/// token: the session resource, the API, the event source and downloads.
+// JMAP (RFC 8620 and 8621) under /jmap/ on the hosts of the web application, for whoever has the bearer
+// token: the session resource, the API, the event source and downloads.
 class JmapSurface {
  public:
   JmapSurface(JmapContext context, const AccessTokens& tokens, EventStreams& streams)

@@ -40,19 +40,15 @@ json::array jsonOf(const std::vector<std::string>& ids) {
 MethodResult changesOf(DataType type, const JmapContext& context, Arguments& arguments) {
   const auto since = arguments.text("sinceState");
   const auto most = arguments.count("maxChanges");
-  if (!since) {
+  if (!since)
     arguments.reject("sinceState is missing");
-  }
-  if (most == 0) {
+  if (most == 0)
     arguments.reject("maxChanges is 0");
-  }
-  if (const auto error = arguments.error()) {
+  if (const auto error = arguments.error())
     return std::unexpected(*error);
-  }
   const auto changes = context.store.changes().since(type, *since, most.value_or(0));
-  if (!changes) {
+  if (!changes)
     return std::unexpected(MethodError{"cannotCalculateChanges"});
-  }
   json::object answer{{"accountId", mailAccountId},
                       {"oldState", *since},
                       {"newState", changes->newState},
@@ -60,9 +56,8 @@ MethodResult changesOf(DataType type, const JmapContext& context, Arguments& arg
                       {"created", jsonOf(changes->created)},
                       {"updated", jsonOf(changes->updated)},
                       {"destroyed", jsonOf(changes->destroyed)}};
-  if (type == DataType::Mailbox) {
+  if (type == DataType::mailbox)
     answer["updatedProperties"] = nullptr;
-  }
   return answer;
 }
 
@@ -72,15 +67,13 @@ MethodResult mailboxGet(const JmapContext& context, Arguments& arguments) {
   const GetAnswer answer(arguments, mailAccountId,
                          {"id", "name", "parentId", "role", "sortOrder", "totalEmails", "unreadEmails",
                           "totalThreads", "unreadThreads", "myRights", "isSubscribed"});
-  if (const auto error = arguments.error()) {
+  if (const auto error = arguments.error())
     return std::unexpected(*error);
-  }
   const auto& store = context.store;
   std::vector<std::string> all;
-  for (const auto& mailbox : store.mailboxes()) {
+  for (const auto& mailbox : store.mailboxes())
     all.push_back(mailbox.id);
-  }
-  return answer.of(all, store.changes().state(DataType::Mailbox), [&](const std::string& id) {
+  return answer.of(all, store.changes().state(DataType::mailbox), [&](const std::string& id) {
     const auto* mailbox = store.mailboxById(id);
     return mailbox ? std::optional(mailboxObject(store, *mailbox)) : std::nullopt;
   });
@@ -88,38 +81,34 @@ MethodResult mailboxGet(const JmapContext& context, Arguments& arguments) {
 
 MethodResult threadGet(const JmapContext& context, Arguments& arguments) {
   const GetAnswer answer(arguments, mailAccountId, {"id", "emailIds"});
-  if (const auto error = arguments.error()) {
+  if (const auto error = arguments.error())
     return std::unexpected(*error);
-  }
   const auto& store = context.store;
   std::vector<std::string> all;
-  for (const auto& email : store.emails()) {
+  for (const auto& email : store.emails())
     all.push_back(email.threadId);
-  }
-  return answer.of(all, store.changes().state(DataType::Thread),
+  return answer.of(all, store.changes().state(DataType::thread),
                    [&](const std::string& id) -> std::optional<json::object> {
                      const auto thread = store.thread(id);
-                     if (thread.empty()) {
+                     if (thread.empty())
                        return std::nullopt;
-                     }
                      json::array emailIds;
-                     for (const auto* email : thread) {
+                     for (const auto* email : thread)
                        emailIds.emplace_back(email->id);
-                     }
                      return json::object{{"id", id}, {"emailIds", std::move(emailIds)}};
                    });
 }
 
 MethodResult emailChanges(const JmapContext& context, Arguments& arguments) {
-  return changesOf(DataType::Email, context, arguments);
+  return changesOf(DataType::email, context, arguments);
 }
 
 MethodResult mailboxChanges(const JmapContext& context, Arguments& arguments) {
-  return changesOf(DataType::Mailbox, context, arguments);
+  return changesOf(DataType::mailbox, context, arguments);
 }
 
 MethodResult threadChanges(const JmapContext& context, Arguments& arguments) {
-  return changesOf(DataType::Thread, context, arguments);
+  return changesOf(DataType::thread, context, arguments);
 }
 
 } // namespace ondrel::demo

@@ -19,11 +19,9 @@ std::string fieldOf(const Address& address) {
 std::string withoutEntities(std::string text) {
   constexpr std::array<std::pair<std::string_view, std::string_view>, 4> entities{
       {{"&lt;", "<"}, {"&gt;", ">"}, {"&quot;", "\""}, {"&amp;", "&"}}};
-  for (const auto& [entity, character] : entities) {
-    for (auto at = text.find(entity); at != std::string::npos; at = text.find(entity, at + 1)) {
+  for (const auto& [entity, character] : entities)
+    for (auto at = text.find(entity); at != std::string::npos; at = text.find(entity, at + 1))
       text.replace(at, entity.size(), character);
-    }
-  }
   return text;
 }
 
@@ -44,11 +42,10 @@ bool endsLine(std::string_view html, std::size_t at) {
 } // namespace
 
 void Email::setUnread(bool unread) {
-  if (unread) {
+  if (unread)
     keywords.erase("$seen");
-  } else {
+  else
     keywords.insert("$seen");
-  }
 }
 
 bool Email::hasAttachment() const {
@@ -57,14 +54,11 @@ bool Email::hasAttachment() const {
 
 std::optional<std::chrono::sys_seconds> timeOf(std::string_view text) {
   constexpr std::string_view shape = "0000-00-00T00:00:00";
-  if (text.size() < shape.size() + 1 || text.back() != 'Z') {
+  if (text.size() < shape.size() + 1 || text.back() != 'Z')
     return std::nullopt;
-  }
-  for (std::size_t i = 0; i < shape.size(); ++i) {
-    if (shape[i] == '0' ? !g_ascii_isdigit(text[i]) : text[i] != shape[i]) {
+  for (std::size_t i = 0; i < shape.size(); ++i)
+    if (shape[i] == '0' ? !g_ascii_isdigit(text[i]) : text[i] != shape[i])
       return std::nullopt;
-    }
-  }
   const auto fraction = text.substr(shape.size(), text.size() - shape.size() - 1);
   if (!fraction.empty() &&
       (fraction.size() < 2 || fraction[0] != '.' ||
@@ -77,9 +71,8 @@ std::optional<std::chrono::sys_seconds> timeOf(std::string_view text) {
   const int hour = numberAt(text, 11, 2);
   const int minute = numberAt(text, 14, 2);
   const int second = numberAt(text, 17, 2);
-  if (!date.ok() || hour > 23 || minute > 59 || second > 60) {
+  if (!date.ok() || hour > 23 || minute > 59 || second > 60)
     return std::nullopt;
-  }
   return std::chrono::sys_days(date) + std::chrono::hours(hour) + std::chrono::minutes(minute) +
          std::chrono::seconds(second);
 }
@@ -110,26 +103,21 @@ std::string previewOf(const std::string& html, std::size_t limit) {
   std::string text;
   bool inTag = false;
   for (const char c : html) {
-    if (c == '<') {
+    if (c == '<')
       inTag = true;
-    }
     const char shown = inTag || c == '\n' ? ' ' : c;
-    if (shown != ' ' || (!text.empty() && text.back() != ' ')) {
+    if (shown != ' ' || (!text.empty() && text.back() != ' '))
       text += shown;
-    }
-    if (c == '>') {
+    if (c == '>')
       inTag = false;
-    }
-    if (text.size() > limit * 2) {
+    if (text.size() > limit * 2)
       break;
-    }
   }
   text = withoutEntities(text);
   if (text.size() > limit) {
     auto end = limit;
-    while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80) {
+    while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80)
       --end;
-    }
     text.resize(end);
   }
   return text;
@@ -139,13 +127,11 @@ std::string plainTextOf(const std::string& html) {
   std::string text;
   for (std::size_t i = 0; i < html.size(); ++i) {
     if (html[i] == '<') {
-      if (endsLine(html, i) && !text.empty()) {
+      if (endsLine(html, i) && !text.empty())
         text += '\n';
-      }
       i = html.find('>', i);
-      if (i == std::string::npos) {
+      if (i == std::string::npos)
         break;
-      }
     } else if (html[i] != '\n') {
       text += html[i];
     }
@@ -178,34 +164,28 @@ std::string escapeHtml(std::string_view text) {
 
 std::vector<std::pair<std::string, std::string>> headersOf(const Email& email) {
   std::vector<std::pair<std::string, std::string>> headers;
-  if (!email.from.name.empty() || !email.from.email.empty()) {
+  if (!email.from.name.empty() || !email.from.email.empty())
     headers.emplace_back("From", fieldOf(email.from));
-  }
   std::string to;
-  for (const auto& address : email.to) {
+  for (const auto& address : email.to)
     to += (to.empty() ? "" : ", ") + fieldOf(address);
-  }
   headers.emplace_back("To", to);
-  if (email.subject) {
+  if (email.subject)
     headers.emplace_back("Subject", *email.subject);
-  }
   headers.emplace_back("Date", mailTime(email.receivedAt));
-  if (!email.messageId.empty()) {
+  if (!email.messageId.empty())
     headers.emplace_back("Message-ID", "<" + email.messageId + ">");
-  }
   headers.emplace_back("MIME-Version", "1.0");
   headers.emplace_back("Content-Type", "text/html; charset=utf-8");
-  for (const auto& attachment : email.attachments) {
+  for (const auto& attachment : email.attachments)
     headers.emplace_back("X-Demo-Attachment", attachment.blobId);
-  }
   return headers;
 }
 
 std::string sourceOf(const Email& email) {
   std::string source;
-  for (const auto& [name, value] : headersOf(email)) {
+  for (const auto& [name, value] : headersOf(email))
     source += name + ": " + value + "\r\n";
-  }
   return source + "\r\n" + email.html + "\r\n";
 }
 

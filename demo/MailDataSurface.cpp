@@ -17,9 +17,8 @@ constexpr std::size_t mostRows = 200;
 
 std::size_t numberOr(const std::optional<std::string>& text, std::size_t otherwise) {
   std::size_t number = otherwise;
-  if (text) {
+  if (text)
     std::from_chars(text->data(), text->data() + text->size(), number);
-  }
   return number;
 }
 
@@ -34,9 +33,8 @@ json::object jsonOf(const Address& address) {
 
 json::array jsonOf(const std::vector<Address>& addresses) {
   json::array array;
-  for (const auto& address : addresses) {
+  for (const auto& address : addresses)
     array.push_back(jsonOf(address));
-  }
   return array;
 }
 
@@ -70,7 +68,7 @@ json::object messageOf(const MailStore& store, const Email& email) {
           {"receivedAt", isoTime(email.receivedAt)},
           {"isUnread", email.isUnread()},
           {"kind", kinds[static_cast<int>(email.kind)]},
-          {"html", email.kind == BodyKind::Late ? "" : email.html},
+          {"html", email.kind == BodyKind::late ? "" : email.html},
           {"preview", previewOf(email.html, 140)},
           {"attachments", std::move(attachments)}};
 }
@@ -90,14 +88,13 @@ void MailDataSurface::addTo(Router& router) {
 
 void MailDataSurface::add(Router& router, const char* method, const char* path,
                           void (MailDataSurface::*answer)(Exchange&)) {
-  router.add(Site::Web, path, [this, method, answer](Exchange& exchange) {
-    if (!signIn_.isSignedIn(exchange)) {
+  router.add(Site::web, path, [this, method, answer](Exchange& exchange) {
+    if (!signIn_.isSignedIn(exchange))
       exchange.refuse(SOUP_STATUS_UNAUTHORIZED, "Not signed in.");
-    } else if (exchange.method() != method) {
+    else if (exchange.method() != method)
       exchange.refuse(SOUP_STATUS_METHOD_NOT_ALLOWED, "Not that way.");
-    } else {
+    else
       (this->*answer)(exchange);
-    }
   });
 }
 
@@ -125,9 +122,8 @@ void MailDataSurface::list(Exchange& exchange) {
   const auto count =
       std::min({numberOr(exchange.query("limit"), mostRows), mostRows, threads.size() - position});
   json::array rows;
-  for (std::size_t i = position; i < position + count; ++i) {
+  for (std::size_t i = position; i < position + count; ++i)
     rows.push_back(rowOf(store_, *threads[i]));
-  }
   exchange.replyJson(
       json::object{{"position", position}, {"total", threads.size()}, {"rows", std::move(rows)}});
 }
@@ -141,27 +137,24 @@ void MailDataSurface::thread(Exchange& exchange) {
     return;
   }
   json::array messages;
-  for (const auto* email : thread) {
+  for (const auto* email : thread)
     messages.push_back(messageOf(store_, *email));
-  }
   json::object answer{
       {"threadId", thread.front()->threadId}, {"messages", std::move(messages)}, {"index", nullptr}};
   if (const auto* mailbox = store_.mailboxByName(exchange.query("mailbox").value_or(""))) {
     const auto& rows = store_.threadsIn(mailbox->id);
     const auto row = std::ranges::find(rows, thread.front()->threadId, &Email::threadId);
-    if (row != rows.end()) {
+    if (row != rows.end())
       answer["index"] = row - rows.begin();
-    }
   }
   exchange.replyJson(answer);
 }
 
 void MailDataSurface::body(Exchange& exchange) {
-  if (const auto* email = store_.email(exchange.path().substr(std::string_view("/data/body/").size()))) {
+  if (const auto* email = store_.email(exchange.path().substr(std::string_view("/data/body/").size())))
     exchange.replyJson(json::object{{"html", email->html}});
-  } else {
+  else
     exchange.refuse(SOUP_STATUS_NOT_FOUND, "No such message.");
-  }
 }
 
 void MailDataSurface::read(Exchange& exchange) {
@@ -184,11 +177,9 @@ void MailDataSurface::send(Exchange& exchange) {
   const auto body = exchange.jsonBody().value_or(json::object());
   Email email;
   if (const auto* to = body.if_contains("to"); to && to->is_array()) {
-    for (const auto& address : to->get_array()) {
-      if (address.is_string()) {
+    for (const auto& address : to->get_array())
+      if (address.is_string())
         email.to.push_back({"", std::string(address.get_string())});
-      }
-    }
   }
   if (email.to.empty()) {
     exchange.refuse(SOUP_STATUS_BAD_REQUEST, "A message needs a recipient.");
@@ -201,11 +192,9 @@ void MailDataSurface::send(Exchange& exchange) {
   email.html = textOf(body, "html");
   email.from = demoUser();
   if (const auto* ids = body.if_contains("blobIds"); ids && ids->is_array()) {
-    for (const auto& id : ids->get_array()) {
-      if (id.is_string() && store_.blob(std::string(id.get_string()))) {
+    for (const auto& id : ids->get_array())
+      if (id.is_string() && store_.blob(std::string(id.get_string())))
         email.attachments.push_back({std::string(id.get_string())});
-      }
-    }
   }
   email.receivedAt = std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now());
   email.mailboxIds = {"sent"};

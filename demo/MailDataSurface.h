@@ -7,7 +7,7 @@
 
 namespace ondrel::demo {
 
-/// What the pages of the web application ask for as JSON, under /data/. Signed out, every answer is 401.
+// What the pages of the web application ask for as JSON, under /data/. Signed out, every answer is 401.
 class MailDataSurface {
  public:
   MailDataSurface(MailStore& store, const SignIn& signIn, AccessTokens& tokens)

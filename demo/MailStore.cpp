@@ -19,11 +19,11 @@ const Email& MailStore::add(Email email) {
   auto& kept = emails_.emplace_back(std::move(email));
   emailById_[kept.id] = &kept;
   auto& thread = emailsByThread_[kept.threadId];
-  changes_.record(DataType::Thread, thread.empty() ? ChangeLog::Kind::Created : ChangeLog::Kind::Updated,
+  changes_.record(DataType::thread, thread.empty() ? ChangeLog::Kind::created : ChangeLog::Kind::updated,
                   kept.threadId);
   thread.insert(std::ranges::upper_bound(thread, kept.receivedAt, {}, &Email::receivedAt), &kept);
   threadsByMailbox_.clear();
-  changes_.record(DataType::Email, ChangeLog::Kind::Created, kept.id);
+  changes_.record(DataType::email, ChangeLog::Kind::created, kept.id);
   recordMailboxes(kept.mailboxIds);
   notify();
   return kept;
@@ -35,27 +35,23 @@ void MailStore::change(Email& email, Change change) {
   change(email);
   concerned.insert(email.mailboxIds.begin(), email.mailboxIds.end());
   threadsByMailbox_.clear();
-  changes_.record(DataType::Email, ChangeLog::Kind::Updated, email.id);
+  changes_.record(DataType::email, ChangeLog::Kind::updated, email.id);
   recordMailboxes(concerned);
   notify();
 }
 
 void MailStore::markThreadRead(const std::string& threadId) {
   if (const auto found = emailsByThread_.find(threadId); found != emailsByThread_.end()) {
-    for (auto* email : found->second) {
-      if (email->isUnread()) {
+    for (auto* email : found->second)
+      if (email->isUnread())
         change(*email, [](Email& e) { e.setUnread(false); });
-      }
-    }
   }
 }
 
 void MailStore::moveThread(const std::string& threadId, const std::string& mailboxId) {
-  if (const auto found = emailsByThread_.find(threadId); found != emailsByThread_.end()) {
-    for (auto* email : found->second) {
+  if (const auto found = emailsByThread_.find(threadId); found != emailsByThread_.end())
+    for (auto* email : found->second)
       change(*email, [&](Email& e) { e.mailboxIds = {mailboxId}; });
-    }
-  }
 }
 
 void MailStore::setMailboxes(const std::string& emailId, std::set<std::string> mailboxIds) {
@@ -70,13 +66,12 @@ void MailStore::destroy(const std::string& emailId) {
   auto* email = emailById_.at(emailId);
   auto& thread = emailsByThread_.at(email->threadId);
   std::erase(thread, email);
-  changes_.record(DataType::Thread, thread.empty() ? ChangeLog::Kind::Destroyed : ChangeLog::Kind::Updated,
+  changes_.record(DataType::thread, thread.empty() ? ChangeLog::Kind::destroyed : ChangeLog::Kind::updated,
                   email->threadId);
-  if (thread.empty()) {
+  if (thread.empty())
     emailsByThread_.erase(email->threadId);
-  }
   threadsByMailbox_.clear();
-  changes_.record(DataType::Email, ChangeLog::Kind::Destroyed, emailId);
+  changes_.record(DataType::email, ChangeLog::Kind::destroyed, emailId);
   recordMailboxes(email->mailboxIds);
   emailById_.erase(email->id);
   emails_.remove_if([&](const Email& other) { return &other == email; });
@@ -89,15 +84,13 @@ void MailStore::forgetChanges() {
 }
 
 void MailStore::recordMailboxes(const std::set<std::string>& mailboxIds) {
-  for (const auto& id : mailboxIds) {
-    changes_.record(DataType::Mailbox, ChangeLog::Kind::Updated, id);
-  }
+  for (const auto& id : mailboxIds)
+    changes_.record(DataType::mailbox, ChangeLog::Kind::updated, id);
 }
 
 void MailStore::notify() const {
-  if (changed_) {
+  if (changed_)
     changed_();
-  }
 }
 
 const Mailbox* MailStore::mailboxById(std::string_view id) const {
@@ -135,9 +128,8 @@ const std::vector<const Email*>& MailStore::threadsIn(const std::string& mailbox
     for (const auto& [id, emails] : emailsByThread_) {
       const auto inside = std::ranges::find_if(emails.rbegin(), emails.rend(),
                                                [&](const Email* email) { return email->isIn(mailboxId); });
-      if (inside != emails.rend()) {
+      if (inside != emails.rend())
         entry->second.push_back(*inside);
-      }
     }
     std::ranges::sort(entry->second, [](const Email* a, const Email* b) {
       return a->receivedAt != b->receivedAt ? a->receivedAt > b->receivedAt : a->id > b->id;
@@ -151,9 +143,8 @@ MailStore::Counts MailStore::counts(const std::string& mailboxId) const {
   std::unordered_set<std::string_view> threads;
   std::unordered_set<std::string_view> unreadThreads;
   for (const auto& email : emails_) {
-    if (!email.isIn(mailboxId)) {
+    if (!email.isIn(mailboxId))
       continue;
-    }
     ++counts.emails;
     threads.insert(email.threadId);
     if (email.isUnread()) {

@@ -12,12 +12,10 @@ std::expected<Options, std::string> parseOptions(const std::vector<std::string>&
       options.untilEof = true;
       continue;
     }
-    if (name != "--port" && name != "--control-port" && name != "--site-file" && name != "--ports-file") {
+    if (name != "--port" && name != "--control-port" && name != "--site-file" && name != "--ports-file")
       return std::unexpected("unknown option " + name);
-    }
-    if (++i == arguments.size()) {
+    if (++i == arguments.size())
       return std::unexpected(name + " needs a value");
-    }
     const auto& value = arguments[i];
     if (name == "--site-file") {
       options.siteFile = value;
@@ -26,9 +24,8 @@ std::expected<Options, std::string> parseOptions(const std::vector<std::string>&
     } else {
       auto& port = name == "--port" ? options.port : options.controlPort;
       const auto [end, error] = std::from_chars(value.data(), value.data() + value.size(), port);
-      if (error != std::errc() || end != value.data() + value.size()) {
+      if (error != std::errc() || end != value.data() + value.size())
         return std::unexpected(name + " is no port number: " + value);
-      }
     }
   }
   return options;

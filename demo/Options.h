@@ -7,7 +7,7 @@
 
 namespace ondrel::demo {
 
-/// The command line.
+// The command line.
 struct Options {
   std::uint16_t port = 0;
   std::uint16_t controlPort = 0;
@@ -16,7 +16,7 @@ struct Options {
   bool untilEof = false;
 };
 
-/// An error is one line of text.
+// An error is one line of text.
 std::expected<Options, std::string> parseOptions(const std::vector<std::string>& arguments);
 
 } // namespace ondrel::demo

@@ -8,7 +8,7 @@
 
 namespace ondrel::demo {
 
-/// Fields of an order, with what holds when they are missing or of another type.
+// Fields of an order, with what holds when they are missing or of another type.
 inline std::string textOr(const boost::json::object& order, std::string_view key, std::string otherwise) {
   const auto* value = order.if_contains(key);
   return value && value->is_string() ? std::string(value->get_string()) : otherwise;

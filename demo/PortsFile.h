@@ -12,7 +12,7 @@ struct Ports {
   bool operator==(const Ports&) const = default;
 };
 
-/// The ports of an earlier run. None when the file is missing or isn't one of ours.
+// The ports of an earlier run. None when the file is missing or isn't one of ours.
 std::optional<Ports> parsePorts(const std::string& text);
 std::optional<Ports> readPortsFile(const std::string& path);
 std::string portsFileFor(Ports ports);

@@ -5,7 +5,7 @@
 
 namespace ondrel::demo {
 
-/// How often each path of each host was asked for.
+// How often each path of each host was asked for.
 struct RequestCounters {
   std::map<std::string, std::map<std::string, unsigned>> byHostAndPath;
 

@@ -8,8 +8,8 @@
 
 namespace ondrel::demo {
 
-/// The latest requests that are of interest to a test of the JMAP client: those of the JMAP surface, and all
-/// others that carry an Authorization header. It keeps whether there was a token, never the token.
+// The latest requests that are of interest to a test of the JMAP client: those of the JMAP surface, and all
+// others that carry an Authorization header. It keeps whether there was a token, never the token.
 class RequestLog {
  public:
   void note(const Exchange& exchange);

@@ -10,24 +10,20 @@ std::optional<std::string> resource(const std::string& path) {
   const auto name = "/org/velmora/Ondrel/demo/" + path;
   const BytesPtr bytes(g_resource_lookup_data(ondrel_demo_get_resource(), name.c_str(),
                                               G_RESOURCE_LOOKUP_FLAGS_NONE, nullptr));
-  if (!bytes) {
+  if (!bytes)
     return std::nullopt;
-  }
   gsize size = 0;
   const auto* data = static_cast<const char*>(g_bytes_get_data(bytes.get(), &size));
   return std::string(data, size);
 }
 
 const char* contentTypeOf(std::string_view fileName) {
-  if (fileName.ends_with(".js")) {
+  if (fileName.ends_with(".js"))
     return "text/javascript; charset=utf-8";
-  }
-  if (fileName.ends_with(".css")) {
+  if (fileName.ends_with(".css"))
     return "text/css; charset=utf-8";
-  }
-  if (fileName.ends_with(".svg")) {
+  if (fileName.ends_with(".svg"))
     return "image/svg+xml";
-  }
   return "text/html; charset=utf-8";
 }
 

@@ -16,9 +16,8 @@ void Router::dispatch(Exchange& exchange) const {
   const Route* best = nullptr;
   for (const auto& route : routes_) {
     const bool matches = route.path.ends_with('/') ? path.starts_with(route.path) : path == route.path;
-    if (route.site == *site && matches && (!best || route.path.size() > best->path.size())) {
+    if (route.site == *site && matches && (!best || route.path.size() > best->path.size()))
       best = &route;
-    }
   }
   if (!best) {
     exchange.refuse(SOUP_STATUS_NOT_FOUND, "Not found.");
@@ -28,12 +27,10 @@ void Router::dispatch(Exchange& exchange) const {
 }
 
 std::optional<Site> Router::siteOf(std::string_view host) {
-  if (host == "localhost" || host == "beta.localhost") {
-    return Site::Web;
-  }
-  if (host == "usercontent.localhost") {
-    return Site::UserContent;
-  }
+  if (host == "localhost" || host == "beta.localhost")
+    return Site::web;
+  if (host == "usercontent.localhost")
+    return Site::userContent;
   return std::nullopt;
 }
 

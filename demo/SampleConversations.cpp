@@ -18,7 +18,7 @@ const Address ines{"Ines Carvalho", "ines.carvalho@example.org"};
 const Address bakery{"River Street Bakery", "post@bakery.example"};
 const Address stranger{"Account Office", "office@unknown.example"};
 
-/// Adds the messages of one thread, an hour apart, so that the last is at the given time.
+// Adds the messages of one thread, an hour apart, so that the last is at the given time.
 class Conversation {
  public:
   Conversation(MailStore& store, std::string subject, std::chrono::sys_seconds last, int messages)
@@ -26,7 +26,7 @@ class Conversation {
         next_(last - 1h * (messages - 1)) {}
 
   Conversation& message(const Address& from, std::string html, std::vector<Attachment> attachments = {},
-                        BodyKind kind = BodyKind::Flow) {
+                        BodyKind kind = BodyKind::flow) {
     Email email;
     email.id = store_.newEmailId();
     email.threadId = threadId_;
@@ -117,9 +117,9 @@ void addNewsletter(MailStore& store, std::chrono::sys_seconds last) {
                            "href=\"mailto:post@bakery.example\" target=\"_blank\">write to us</a>.</p>"
                            "<p>Warm regards from the oven. Warm regards from the shop.</p>";
   Conversation(store, "What comes out of the oven this week", last, 2)
-      .message(bakery, page, {}, BodyKind::StaticFrame)
+      .message(bakery, page, {}, BodyKind::staticFrame)
       .unread()
-      .message(bakery, page + "<p>P.S. We open at half past six on Saturday.</p>", {}, BodyKind::ScriptFrame);
+      .message(bakery, page + "<p>P.S. We open at half past six on Saturday.</p>", {}, BodyKind::scriptFrame);
 }
 
 void addRepeatedText(MailStore& store, std::chrono::sys_seconds last) {
@@ -139,7 +139,7 @@ void addHostile(MailStore& store, std::chrono::sys_seconds last) {
                "target=\"_blank\">https://bank.example/</a> "
                "<a href=\"javascript:alert('from a mail')\">read more</a> "
                "<a href=\"email://open?id=M1\">open in the program</a> "
-               "<a href=\"file:///etc/passwd\" target=\"_blank\">a file of this machine</a></p>",
+               "<a href=\"file://etc/passwd\" target=\"_blank\">a file of this machine</a></p>",
                {attachSample(store, "notes.txt", "../../outside.txt"),
                 attachSample(store, "notes.txt", std::string(300, 'n') + ".txt"),
                 attachSample(store, "notes.txt", ".hidden"),
@@ -153,23 +153,23 @@ void addPageInAFrame(MailStore& store, std::chrono::sys_seconds last) {
                "<p>The ferry leaves at seven. In winter it turns back at the lighthouse.</p>"
                "<p>On Sundays there is none at all, and the pier is closed when it freezes. Whoever wants to "
                "cross then asks the warden, who has a boat of his own.</p>",
-               {}, BodyKind::OwnFrame);
+               {}, BodyKind::ownFrame);
 }
 
 void addLateBodies(MailStore& store, std::chrono::sys_seconds last) {
   Conversation conversation(store, "Who has the oars", last, 5);
   conversation
       .message(ines, "<p>The oars are in the shed. The boat itself needs a coat of paint.</p>", {},
-               BodyKind::Late)
+               BodyKind::late)
       .message(henrik, "<p>Which shed? There are two by now.</p><p>The oars are in the shed, she says.</p>",
-               {}, BodyKind::Late)
+               {}, BodyKind::late)
       .message(nadia,
                "<p>The oars are in the shed by the bridge.</p><p>To say it again: the key hangs on the nail. "
                "The oars are in the shed and dry.</p>",
-               {}, BodyKind::Late)
-      .message(demoUser(), "<p>I have looked. The oars are in the shed indeed.</p>", {}, BodyKind::Late)
+               {}, BodyKind::late)
+      .message(demoUser(), "<p>I have looked. The oars are in the shed indeed.</p>", {}, BodyKind::late)
       .message(ines, "<p>Thank you all. The oars are in the shed, and so is the paint.</p>", {},
-               BodyKind::Late);
+               BodyKind::late);
 }
 
 } // namespace

@@ -12,7 +12,7 @@ constexpr const char* spreadsheet = "application/vnd.openxmlformats-officedocume
 constexpr const char* slides = "application/vnd.openxmlformats-officedocument.presentationml.presentation";
 constexpr const char* document = "application/vnd.openxmlformats-officedocument.wordprocessingml.document";
 
-/// Adds messages one hour apart, each older than the one before.
+// Adds messages one hour apart, each older than the one before.
 class Shelf {
  public:
   Shelf(MailStore& store, std::chrono::sys_seconds newest) : store_(store), next_(newest) {}
@@ -36,7 +36,7 @@ class Shelf {
   void add(std::string subject, std::vector<Attachment> attachments) {
     store_.add(draft(std::move(subject), std::move(attachments)));
   }
-  /// A file of any type. Programs that look inside will find nothing to show.
+  // A file of any type. Programs that look inside will find nothing to show.
   Attachment file(std::string name, std::string type, std::string bytes) {
     auto id = store_.newBlobId();
     store_.addBlob({id, std::move(name), std::move(type), std::move(bytes)});

@@ -66,15 +66,13 @@ class Dice {
 
 Address personCalled(std::string_view name) {
   std::string local;
-  for (const char c : name) {
-    if (c == ' ') {
+  for (const char c : name)
+    if (c == ' ')
       local += '.';
-    } else if (c >= 'A' && c <= 'Z') {
+    else if (c >= 'A' && c <= 'Z')
       local += static_cast<char>(c - 'A' + 'a');
-    } else if ((c >= 'a' && c <= 'z') || c == '-') {
+    else if ((c >= 'a' && c <= 'z') || c == '-')
       local += c;
-    }
-  }
   return {std::string(name), local + "@example.org"};
 }
 
@@ -84,9 +82,8 @@ std::string sampleBody(Dice& dice) {
   for (unsigned p = 0; p < paragraphs; ++p) {
     html += "<p>";
     const auto count = 1 + dice.below(4);
-    for (unsigned s = 0; s < count; ++s) {
+    for (unsigned s = 0; s < count; ++s)
       html += (s ? " " : "") + std::string(dice.oneOf(sentences));
-    }
     html += "</p>\n";
   }
   return html;
@@ -99,9 +96,8 @@ void addGenerated(MailStore& store, Dice& dice, const std::string& mailboxId, un
     time -= std::chrono::minutes(20 + dice.below(300));
     const auto threadId = store.newThreadId();
     auto subject = fmt::format(fmt::runtime(dice.oneOf(openings)), dice.oneOf(topics));
-    if (subject[0] >= 'a' && subject[0] <= 'z') {
+    if (subject[0] >= 'a' && subject[0] <= 'z')
       subject[0] = static_cast<char>(subject[0] - 'a' + 'A');
-    }
     const auto messages = dice.below(5) == 0 ? 2 + dice.below(3) : 1;
     const auto from = personCalled(dice.oneOf(people));
     for (unsigned m = 0; m < messages; ++m) {

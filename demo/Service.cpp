@@ -26,13 +26,11 @@ Service::Service()
 
 std::expected<void, std::string> Service::listen(std::uint16_t webPort, std::uint16_t controlPort) {
   const auto web = web_.listen(webPort);
-  if (!web) {
+  if (!web)
     return std::unexpected(web.error());
-  }
   const auto control = controlServer_.listen(controlPort);
-  if (!control) {
+  if (!control)
     return std::unexpected(control.error());
-  }
   webPort_ = *web;
   controlPort_ = *control;
   return {};

@@ -22,12 +22,12 @@
 
 namespace ondrel::demo {
 
-/// The whole demonstration service: its mail, its surfaces, and the two servers that they stand on.
+// The whole demonstration service: its mail, its surfaces, and the two servers that they stand on.
 class Service {
  public:
   Service();
 
-  /// Port 0 takes a free one. The result of a failure is one line of text.
+  // Port 0 takes a free one. The result of a failure is one line of text.
   std::expected<void, std::string> listen(std::uint16_t webPort, std::uint16_t controlPort);
   std::uint16_t webPort() const { return webPort_; }
   std::uint16_t controlPort() const { return controlPort_; }

@@ -6,14 +6,14 @@
 
 namespace ondrel::demo {
 
-/// Who is signed in: whoever has the cookie of the present generation. There is one user and no password.
-/// The cookie outlives a restart of the service, so that a kept profile stays signed in.
+// Who is signed in: whoever has the cookie of the present generation. There is one user and no password.
+// The cookie outlives a restart of the service, so that a kept profile stays signed in.
 class SignIn {
  public:
   bool isSignedIn(const Exchange& exchange) const;
   void giveCookie(Exchange& exchange) const;
   void takeCookie(Exchange& exchange) const;
-  /// Every cookie given so far stops counting.
+  // Every cookie given so far stops counting.
   void signOutEverybody() { ++generation_; }
 
  private:

@@ -9,15 +9,13 @@ namespace ondrel::demo {
 namespace json = boost::json;
 
 void StorageSurface::addTo(Router& router) {
-  router.add(Site::Web, "/data/upload", [this](Exchange& exchange) {
-    if (mayPost(exchange)) {
+  router.add(Site::web, "/data/upload", [this](Exchange& exchange) {
+    if (mayPost(exchange))
       upload(exchange);
-    }
   });
-  router.add(Site::Web, "/data/share", [this](Exchange& exchange) {
-    if (mayPost(exchange)) {
+  router.add(Site::web, "/data/share", [this](Exchange& exchange) {
+    if (mayPost(exchange))
       share(exchange);
-    }
   });
 }
 

@@ -6,9 +6,9 @@
 
 namespace ondrel::demo {
 
-/// The files of the user: POST /data/upload?name=... with the bytes as body stores one, POST /data/share with
-/// its `blobId` gives the path of its link on the user-content host. What goes wrong is ordered at the
-/// control port.
+// The files of the user: POST /data/upload?name=... with the bytes as body stores one, POST /data/share with
+// its `blobId` gives the path of its link on the user-content host. What goes wrong is ordered at the
+// control port.
 class StorageSurface {
  public:
   StorageSurface(MailStore& store, const SignIn& signIn) : store_(store), signIn_(signIn) {}

@@ -61,13 +61,12 @@ void TakenConnection::write() {
     const auto count =
         g_socket_send(socket_.get(), unsent_.data() + sent, unsent_.size() - sent, nullptr, &raw);
     const ErrorPtr error(raw);
-    if (count > 0) {
+    if (count > 0)
       sent += static_cast<std::size_t>(count);
-    } else if (error && g_error_matches(error.get(), G_IO_ERROR, G_IO_ERROR_WOULD_BLOCK)) {
+    else if (error && g_error_matches(error.get(), G_IO_ERROR, G_IO_ERROR_WOULD_BLOCK))
       break;
-    } else {
+    else
       return; // the reader sees the end as well
-    }
   }
   unsent_.erase(0, sent);
   watchWritable(!unsent_.empty() || isFinishing_);
@@ -81,11 +80,10 @@ void TakenConnection::watchWritable(bool isWanted) {
         socket_.get(), G_IO_OUT,
         [](GSocket*, GIOCondition, gpointer data) -> gboolean {
           auto* self = static_cast<TakenConnection*>(data);
-          if (self->unsent_.empty() && self->isFinishing_) {
+          if (self->unsent_.empty() && self->isFinishing_)
             self->close();
-          } else {
+          else
             self->write();
-          }
           return G_SOURCE_CONTINUE; // a source that was destroyed meanwhile doesn't come again
         },
         this);
@@ -97,9 +95,8 @@ gboolean TakenConnection::readable() {
   GError* raw = nullptr;
   const auto count = g_socket_receive(socket_.get(), bytes, sizeof bytes, nullptr, &raw);
   const ErrorPtr error(raw);
-  if (count > 0 || (error && g_error_matches(error.get(), G_IO_ERROR, G_IO_ERROR_WOULD_BLOCK))) {
+  if (count > 0 || (error && g_error_matches(error.get(), G_IO_ERROR, G_IO_ERROR_WOULD_BLOCK)))
     return G_SOURCE_CONTINUE; // what a client says after its request is of no interest
-  }
   close();
   return G_SOURCE_REMOVE;
 }
@@ -108,9 +105,8 @@ void TakenConnection::close() {
   forget(reader_);
   forget(writer_);
   g_socket_close(socket_.get(), nullptr);
-  if (const auto closed = std::move(closed_)) {
+  if (const auto closed = std::move(closed_))
     closed();
-  }
 }
 
 } // namespace ondrel::demo

@@ -10,8 +10,8 @@
 
 namespace ondrel::demo {
 
-/// The connection of one request, taken away from the HTTP server: what is sent goes out at once and as it
-/// is, the head of the answer included. Closes when it dies.
+// The connection of one request, taken away from the HTTP server: what is sent goes out at once and as it
+// is, the head of the answer included. Closes when it dies.
 class TakenConnection {
  public:
   explicit TakenConnection(SoupServerMessage* message);
@@ -19,13 +19,13 @@ class TakenConnection {
   TakenConnection(const TakenConnection&) = delete;
   TakenConnection& operator=(const TakenConnection&) = delete;
 
-  /// Called once, when the other side has gone or all was sent after `finish`; the connection may be
-  /// destroyed in it.
+  // Called once, when the other side has gone or all was sent after `finish`; the connection may be
+  // destroyed in it.
   void onClosed(std::function<void()> callback) { closed_ = std::move(callback); }
   void send(std::string_view bytes);
-  /// Closes when all has been sent.
+  // Closes when all has been sent.
   void finish();
-  /// Makes the end, when it comes, a reset instead of an orderly close.
+  // Makes the end, when it comes, a reset instead of an orderly close.
   void resetAtEnd();
 
  private:

@@ -21,8 +21,8 @@ std::string idIn(const Exchange& exchange, std::string_view prefix) {
 } // namespace
 
 void UserContentSurface::addTo(Router& router) {
-  router.add(Site::UserContent, "/blob/", [this](Exchange& exchange) { blob(exchange); });
-  router.add(Site::UserContent, "/source/", [this](Exchange& exchange) { source(exchange); });
+  router.add(Site::userContent, "/blob/", [this](Exchange& exchange) { blob(exchange); });
+  router.add(Site::userContent, "/source/", [this](Exchange& exchange) { source(exchange); });
 }
 
 void UserContentSurface::blob(Exchange& exchange) const {

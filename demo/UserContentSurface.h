@@ -5,8 +5,8 @@
 
 namespace ondrel::demo {
 
-/// The host of what other people wrote: attachments at /blob/<blobId>/<name>, sources of messages at
-/// /source/<emailId>. As with the real service, whoever knows the link may read it.
+// The host of what other people wrote: attachments at /blob/<blobId>/<name>, sources of messages at
+// /source/<emailId>. As with the real service, whoever knows the link may read it.
 class UserContentSurface {
  public:
   explicit UserContentSurface(const MailStore& store) : store_(store) {}

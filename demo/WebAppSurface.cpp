@@ -51,26 +51,25 @@ std::string safeTarget(const std::optional<std::string>& next) {
 
 void WebAppSurface::addTo(Router& router) {
   const auto page = [this](Exchange& exchange) { this->page(exchange); };
-  router.add(Site::Web, "/mail/", page);
-  router.add(Site::Web, "/settings/", page);
-  router.add(Site::Web, "/mail/long", [this](Exchange& exchange) { printView(exchange); });
-  router.add(Site::Web, "/mail/body/", [this](Exchange& exchange) { messageBody(exchange); });
-  router.add(Site::Web, "/mail", [](Exchange& exchange) { exchange.redirect(startPage); });
-  router.add(Site::Web, "/settings",
+  router.add(Site::web, "/mail/", page);
+  router.add(Site::web, "/settings/", page);
+  router.add(Site::web, "/mail/long", [this](Exchange& exchange) { printView(exchange); });
+  router.add(Site::web, "/mail/body/", [this](Exchange& exchange) { messageBody(exchange); });
+  router.add(Site::web, "/mail", [](Exchange& exchange) { exchange.redirect(startPage); });
+  router.add(Site::web, "/settings",
              [](Exchange& exchange) { exchange.redirect("/settings/general?u=demo"); });
-  router.add(Site::Web, "/", [this](Exchange& exchange) {
-    if (exchange.path() != "/") {
+  router.add(Site::web, "/", [this](Exchange& exchange) {
+    if (exchange.path() != "/")
       exchange.refuse(SOUP_STATUS_NOT_FOUND, "Not found.");
-    } else if (signIn_.isSignedIn(exchange)) {
+    else if (signIn_.isSignedIn(exchange))
       exchange.redirect(startPage);
-    } else {
+    else
       this->page(exchange);
-    }
   });
-  router.add(Site::Web, "/app/", file);
-  router.add(Site::Web, "/download/", download);
-  router.add(Site::Web, "/sign-in", [this](Exchange& exchange) { signIn(exchange); });
-  router.add(Site::Web, "/sign-out", [this](Exchange& exchange) {
+  router.add(Site::web, "/app/", file);
+  router.add(Site::web, "/download/", download);
+  router.add(Site::web, "/sign-in", [this](Exchange& exchange) { signIn(exchange); });
+  router.add(Site::web, "/sign-out", [this](Exchange& exchange) {
     signIn_.takeCookie(exchange);
     tokens_.expire();
     exchange.redirect("/");
@@ -107,7 +106,7 @@ void WebAppSurface::printView(Exchange& exchange) const {
 void WebAppSurface::messageBody(Exchange& exchange) const {
   const auto name = exchange.path().substr(std::string_view("/mail/body/").size());
   const auto* email = name.ends_with(".html") ? store_.email(name.substr(0, name.rfind('.'))) : nullptr;
-  if (!signIn_.isSignedIn(exchange) || !email || email->kind != BodyKind::OwnFrame) {
+  if (!signIn_.isSignedIn(exchange) || !email || email->kind != BodyKind::ownFrame) {
     exchange.refuse(SOUP_STATUS_NOT_FOUND, "No such page.");
     return;
   }

@@ -7,7 +7,7 @@
 
 namespace ondrel::demo {
 
-/// The pages of the web application and the files that they are made of, sign-in and downloads.
+// The pages of the web application and the files that they are made of, sign-in and downloads.
 class WebAppSurface {
  public:
   WebAppSurface(const MailStore& store, SignIn& signIn, AccessTokens& tokens)

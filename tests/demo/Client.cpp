@@ -6,9 +6,8 @@ namespace ondrel::demo {
 
 Call::Call(const Request& request)
     : session_(soup_session_new()), message_(soup_message_new(request.method.c_str(), request.url.c_str())) {
-  if (!message_) {
+  if (!message_)
     throw std::invalid_argument("no URL: " + request.url);
-  }
   soup_message_add_flags(message_.get(), SOUP_MESSAGE_NO_REDIRECT);
   for (const auto& [name, value] : request.headers) {
     soup_message_headers_replace(soup_message_get_request_headers(message_.get()), name.c_str(),
@@ -27,9 +26,8 @@ Call::~Call() {
 }
 
 const Answer& Call::wait() {
-  while (!isDone_) {
+  while (!isDone_)
     g_main_context_iteration(nullptr, TRUE);
-  }
   return answer_;
 }
 

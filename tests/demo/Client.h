@@ -11,7 +11,7 @@
 
 namespace ondrel::demo {
 
-/// What came back for one request. `error` is set when the connection gave no answer.
+// What came back for one request. `error` is set when the connection gave no answer.
 struct Answer {
   unsigned status = 0;
   std::map<std::string, std::string> headers; // names in lower case
@@ -26,7 +26,7 @@ struct Request {
   std::string body = {};
 };
 
-/// A request under way, on a connection of its own. Redirects are answers here, not followed.
+// A request under way, on a connection of its own. Redirects are answers here, not followed.
 class Call {
  public:
   explicit Call(const Request& request);
@@ -35,7 +35,7 @@ class Call {
   Call& operator=(const Call&) = delete;
 
   bool isDone() const { return isDone_; }
-  /// Runs the main loop until the answer is there.
+  // Runs the main loop until the answer is there.
   const Answer& wait();
 
  private:

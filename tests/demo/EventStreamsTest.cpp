@@ -17,7 +17,7 @@ class EventStreamsTest : public JmapFixture {
     return LineClient(service_.webPort(), "GET /jmap/event/?" + query + " HTTP/1.1\r\nHost: localhost\r\n" +
                                               headers + "Authorization: Bearer " + token_ + "\r\n\r\n");
   }
-  /// The types that the next event names.
+  // The types that the next event names.
   std::string nextTypes(LineClient& client) {
     const auto event = client.until("\n\n");
     const std::string start = "event: state\ndata: ";
@@ -27,9 +27,8 @@ class EventStreamsTest : public JmapFixture {
     const auto value = json::parse(event.substr(start.size(), idAt - start.size()));
     EXPECT_EQ(value.at("@type"), "StateChange");
     std::string types;
-    for (const auto& [type, state] : value.at("changed").at(mail).as_object()) {
+    for (const auto& [type, state] : value.at("changed").at(mail).as_object())
       types += std::string(types.empty() ? "" : ",") + std::string(type);
-    }
     return types;
   }
   std::size_t listeners() {
@@ -101,10 +100,8 @@ TEST_F(EventStreamsTest, EndsAfterAStateWhenAskedTo) {
   EXPECT_TRUE(once.ends());
   EXPECT_FALSE(once.wasReset());
   EXPECT_EQ(listeners(), 0u);
-  for (const char* query :
-       {"", "types=Email&closeafter=later", "types=Email&ping=-1", "types=Email&ping=x"}) {
+  for (const char* query : {"", "types=Email&closeafter=later", "types=Email&ping=-1", "types=Email&ping=x"})
     EXPECT_EQ(get(std::string("/jmap/event/?") + query).status, 400u) << query;
-  }
 }
 
 TEST_F(EventStreamsTest, IsDroppedSilencedAndWrittenToOnOrder) {
@@ -146,9 +143,8 @@ TEST_F(EventStreamsTest, SurvivesAListenerThatReadsNothing) {
   auto stalled = listen("types=Email&closeafter=no&ping=0");
   while (listeners() == 0u) {
   }
-  for (int i = 0; i < 20; ++i) {
+  for (int i = 0; i < 20; ++i)
     order("stream", R"({"action": "raw", "data": ")" + std::string(1'000'000, 'y') + "\"}");
-  }
   EXPECT_EQ(get("/jmap/session").status, 200u);
   order("stream", R"({"action": "raw", "data": "the end"})");
   EXPECT_GE(stalled.until("the end").size(), 20'000'000u);

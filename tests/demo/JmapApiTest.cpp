@@ -134,9 +134,8 @@ TEST_F(JmapApiTest, EndsSingleCallsWithMethodErrors) {
        "invalidResultReference"},
       {"Email/get", R"({"#ids": "c9"})", "invalidResultReference"},
   };
-  for (const auto& [method, arguments, type, account] : cases) {
+  for (const auto& [method, arguments, type, account] : cases)
     EXPECT_EQ(error(method, arguments, account), type) << method << " " << arguments;
-  }
   EXPECT_EQ(text(calls(R"([["Mailbox/get", {}, "x"]])").at(0).at(1).at("type")), "\"invalidArguments\"");
   // A capability that isn't used brings no methods.
   const auto withoutMail = post(R"({"using": ["urn:ietf:params:jmap:core"], "methodCalls": [
@@ -169,9 +168,8 @@ TEST_F(JmapApiTest, FollowsBackReferences) {
   EXPECT_EQ(responses[2].at(1).at("list").as_array().size(), 2u);
   EXPECT_EQ(responses[3].at(1).at("list").as_array().size(), 4u + 24u);
   EXPECT_EQ(text(responses[4].at(1).at("list")), R"([{"id":"M1"},{"id":"M2"},{"id":"M3"},{"id":"M4"}])");
-  for (std::size_t i = 5; i < 8; ++i) {
+  for (std::size_t i = 5; i < 8; ++i)
     EXPECT_EQ(responses[i].at(1).at("type"), "invalidResultReference") << text(responses[i].at(2));
-  }
 }
 
 TEST_F(JmapApiTest, TellsTheLabelsMode) {

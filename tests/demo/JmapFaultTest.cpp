@@ -25,9 +25,8 @@ class JmapFaultTest : public JmapFixture {
 
 TEST_F(JmapFaultTest, GoesWrongInEveryWay) {
   const auto whole = post(request(echo)).body;
-  for (const auto status : {401u, 403u, 404u, 429u, 500u}) {
+  for (const auto status : {401u, 403u, 404u, 429u, 500u})
     EXPECT_EQ(failed(R"("kind": "status", "status": )" + std::to_string(status)).status, status);
-  }
   const auto empty = failed(R"("kind": "empty")");
   EXPECT_EQ(empty.status, 200u);
   EXPECT_EQ(empty.body, "");

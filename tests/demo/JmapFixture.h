@@ -4,7 +4,7 @@
 
 namespace ondrel::demo {
 
-/// A running service, and a client with the token.
+// A running service, and a client with the token.
 class JmapFixture : public ServiceFixture {
  protected:
   static constexpr const char* mail = "u12345678";
@@ -30,16 +30,16 @@ class JmapFixture : public ServiceFixture {
   std::string userCapability() const {
     return "http://localhost:" + std::to_string(service_.webPort()) + "/dev/user";
   }
-  /// The body of a request with these method calls, written as JSON.
+  // The body of a request with these method calls, written as JSON.
   std::string request(const std::string& calls) const {
     return R"({"using": ["urn:ietf:params:jmap:core", "urn:ietf:params:jmap:mail", ")" + userCapability() +
            R"("], "methodCalls": )" + calls + "}";
   }
-  /// The method responses to several calls.
+  // The method responses to several calls.
   boost::json::array calls(const std::string& json) {
     return boost::json::parse(post(request(json)).body).at("methodResponses").as_array();
   }
-  /// The name and arguments of the response to one call; of the arguments, the account is given.
+  // The name and arguments of the response to one call; of the arguments, the account is given.
   std::pair<std::string, boost::json::object> call(const std::string& method, const std::string& arguments,
                                                    const std::string& account = mail) {
     const auto rest = arguments.size() > 2 ? ", " + arguments.substr(1) : std::string("}");
@@ -53,7 +53,7 @@ class JmapFixture : public ServiceFixture {
     EXPECT_EQ(name, method) << boost::json::serialize(result);
     return result;
   }
-  /// The type of the error that the call ends with.
+  // The type of the error that the call ends with.
   std::string error(const std::string& method, const std::string& arguments,
                     const std::string& account = mail) {
     const auto [name, result] = call(method, arguments, account);
@@ -66,7 +66,7 @@ class JmapFixture : public ServiceFixture {
   std::string token_;
 };
 
-/// The JSON of a value, for comparisons that tell what differs.
+// The JSON of a value, for comparisons that tell what differs.
 inline std::string text(const boost::json::value& value) {
   return boost::json::serialize(value);
 }

@@ -64,9 +64,8 @@ TEST_F(JmapMailTest, GivesBodiesInTheFormsAskedFor) {
     const auto got =
         answer("Email/get", R"({"ids": [")" + id + R"("], "properties": ["bodyValues"])" + more + "}");
     json::object shown;
-    for (const auto& [part, value] : got.at("list").at(0).at("bodyValues").as_object()) {
+    for (const auto& [part, value] : got.at("list").at(0).at("bodyValues").as_object())
       shown[part] = value.at("value");
-    }
     return text(shown);
   };
   EXPECT_EQ(values(""), "{}");
@@ -84,9 +83,8 @@ TEST_F(JmapMailTest, GivesBodiesInTheFormsAskedFor) {
          found(R"({"inMailbox": "archive", "hasAttachment": true, "maxSize": 300})")) {
       const auto got =
           email(std::string(candidate.as_string()), R"(["subject", "textBody", "htmlBody", "from"])");
-      if (got.at("subject").is_null()) {
+      if (got.at("subject").is_null())
         return got;
-      }
     }
     return json::object();
   }();
@@ -271,9 +269,8 @@ TEST_F(JmapMailTest, TellsWhatHasChangedSinceAState) {
     EXPECT_LE(step.at("created").as_array().size() + step.at("updated").as_array().size() +
                   step.at("destroyed").as_array().size(),
               2u);
-    for (const auto& id : step.at("created").as_array()) {
+    for (const auto& id : step.at("created").as_array())
       created.emplace(id.as_string());
-    }
     hasMore = step.at("hasMoreChanges").as_bool();
     ASSERT_NE(step.at("newState"), json::value(at));
     at = std::string(step.at("newState").as_string());

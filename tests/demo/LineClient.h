@@ -10,39 +10,36 @@
 
 namespace ondrel::demo {
 
-/// A bare connection to a server that runs on this thread's main loop: sees bytes as they come.
+// A bare connection to a server that runs on this thread's main loop: sees bytes as they come.
 class LineClient {
  public:
   LineClient(std::uint16_t port, const std::string& request) {
     const ObjectPtr<GSocketClient> client(g_socket_client_new());
     GError* raw = nullptr;
     connection_.reset(g_socket_client_connect_to_host(client.get(), "127.0.0.1", port, nullptr, &raw));
-    if (const ErrorPtr error(raw); error) {
+    if (const ErrorPtr error(raw); error)
       throw std::runtime_error(error->message);
-    }
     g_socket_set_blocking(socket(), FALSE);
     g_socket_send(socket(), request.data(), request.size(), nullptr, nullptr);
   }
 
-  /// Runs the main loop until the text has come or the connection has ended. Takes what it has looked
-  /// through away: the result is all up to and with that text, or what was left.
+  // Runs the main loop until the text has come or the connection has ended. Takes what it has looked
+  // through away: the result is all up to and with that text, or what was left.
   std::string until(const std::string& text) {
-    while (received_.find(text) == std::string::npos && !isEnded_) {
+    while (received_.find(text) == std::string::npos && !isEnded_)
       step();
-    }
     const auto at = received_.find(text);
     const auto taken = received_.substr(0, at == std::string::npos ? at : at + text.size());
     received_.erase(0, taken.size());
     return taken;
   }
-  /// Whether the connection ends before anything else comes.
+  // Whether the connection ends before anything else comes.
   bool ends() {
-    while (received_.empty() && !isEnded_) {
+    while (received_.empty() && !isEnded_)
       step();
-    }
     return received_.empty();
   }
-  /// Whether something has come that `until` hasn't taken, or comes with what the main loop has to do now.
+  // Whether something has come that `until` hasn't taken, or comes with what the main loop has to do now.
   bool hasMore() {
     while (g_main_context_iteration(nullptr, FALSE)) {
     }

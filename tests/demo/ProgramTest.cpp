@@ -15,14 +15,13 @@ namespace {
 
 using testing::HasSubstr;
 
-/// The program itself, with its standard input and output held by pipes.
+// The program itself, with its standard input and output held by pipes.
 class Program {
  public:
   explicit Program(const std::vector<std::string>& arguments) {
     std::vector<const char*> argv{ONDREL_DEMO_SERVICE};
-    for (const auto& argument : arguments) {
+    for (const auto& argument : arguments)
       argv.push_back(argument.c_str());
-    }
     argv.push_back(nullptr);
     process_.reset(
         g_subprocess_newv(argv.data(),
@@ -37,7 +36,7 @@ class Program {
   Program(const Program&) = delete;
   Program& operator=(const Program&) = delete;
 
-  /// The line that it prints when it is ready.
+  // The line that it prints when it is ready.
   boost::json::value ready() {
     const ObjectPtr<GDataInputStream> lines(
         g_data_input_stream_new(g_subprocess_get_stdout_pipe(process_.get())));
@@ -53,7 +52,7 @@ class Program {
   }
   void closeInput() { g_output_stream_close(g_subprocess_get_stdin_pipe(process_.get()), nullptr, nullptr); }
   void terminate() { g_subprocess_send_signal(process_.get(), SIGTERM); }
-  /// Waits for the end. -1 when a signal killed it.
+  // Waits for the end. -1 when a signal killed it.
   int exitStatus() {
     g_subprocess_wait(process_.get(), nullptr, nullptr);
     return g_subprocess_get_if_exited(process_.get()) ? g_subprocess_get_exit_status(process_.get()) : -1;

@@ -8,7 +8,7 @@
 
 namespace ondrel::demo {
 
-/// A running service on free ports, in this process.
+// A running service on free ports, in this process.
 class ServiceFixture : public testing::Test {
  protected:
   void SetUp() override {
@@ -25,7 +25,7 @@ class ServiceFixture : public testing::Test {
   Answer order(const std::string& name, const std::string& json = "{}") {
     return fetch({control(name), "POST", {}, json});
   }
-  /// The cookie of a fresh sign-in, as a Cookie header.
+  // The cookie of a fresh sign-in, as a Cookie header.
   std::string signIn() {
     const auto answer = fetch({web("/sign-in"), "POST"});
     const auto field = answer.headers.at("set-cookie");

@@ -37,9 +37,8 @@ TEST_F(WebAppTest, GoesBackAfterTheSignInToItsOwnPagesOnly) {
       {"next=%2F%2Fevil.example%2Fmail%2F", "/mail/Inbox/?u=demo"},
       {"next=%2Fmail%2F%0D%0ASet-Cookie%3A%20a%3Db", "/mail/Inbox/?u=demo"},
   };
-  for (const auto& [next, location] : cases) {
+  for (const auto& [next, location] : cases)
     EXPECT_EQ(fetch({web("/sign-in"), "POST", {}, next}).headers.at("location"), location) << next;
-  }
 }
 
 TEST_F(WebAppTest, ServesTheApplicationAtEveryDeepLink) {
@@ -158,11 +157,9 @@ TEST_F(WebAppTest, GivesUserContentWithItsTypeAndDisposition) {
   const auto cookie = signIn();
   std::map<std::string, std::string> blobs; // name -> id
   for (const char* thread : {"T1", "T5"}) {
-    for (const auto& message : data(std::string("thread?id=") + thread, cookie).at("messages").as_array()) {
-      for (const auto& file : message.at("attachments").as_array()) {
+    for (const auto& message : data(std::string("thread?id=") + thread, cookie).at("messages").as_array())
+      for (const auto& file : message.at("attachments").as_array())
         blobs[std::string(file.at("name").as_string())] = std::string(file.at("blobId").as_string());
-      }
-    }
   }
   const auto shown = fetch({web("/blob/" + blobs.at("Programme.pdf") + "/Programme.pdf?u=demo", host)});
   EXPECT_EQ(shown.headers.at("content-type"), "application/pdf");
