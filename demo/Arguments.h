@@ -1,38 +1,57 @@
 #pragma once
 
-#include "demo/JmapMethod.h"
+#include <boost/json/object.hpp>
+#include <boost/json/value_to.hpp>
 
-#include <cstdint>
+#include <expected>
 #include <optional>
 #include <set>
 #include <string>
-#include <vector>
+#include <string_view>
 
 namespace ondrel::demo {
 
-// Reads the arguments of one method call. The first one of a wrong type is kept as the error, so that a
-// method reads all that it knows and asks once. JSON null counts as missing.
+// The arguments of an "error" response, RFC 8620, 3.6.2.
+struct MethodError {
+  std::string type;
+  std::string description = {};
+};
+
+using MethodResult = std::expected<boost::json::object, MethodError>;
+
+// Reads the arguments of one method call. The first thing that is wrong is kept as the error, so that a
+// method reads all that it knows and asks once.
 class Arguments {
  public:
   explicit Arguments(const boost::json::object& values) : values_(values) {}
 
-  std::optional<std::string> text(const char* key);
-  std::optional<std::int64_t> integer(const char* key);
-  // 0 or more.
-  std::optional<std::size_t> count(const char* key);
-  bool flag(const char* key, bool otherwise);
-  std::optional<std::vector<std::string>> texts(const char* key);
-  const boost::json::object* object(const char* key);
-  const boost::json::array* array(const char* key);
-  // For what the checks above can't see.
-  void reject(const std::string& description);
-
+  // None when it is missing or null; one of another type is an error.
+  template <class T>
+  std::optional<T> get(std::string_view key) {
+    known_.emplace(key);
+    const auto* value = values_.if_contains(key);
+    if (!value || value->is_null())
+      return std::nullopt;
+    auto read = boost::json::try_value_to<T>(*value);
+    if (read)
+      return *std::move(read);
+    reject(std::string(key) + " is of a wrong type");
+    return std::nullopt;
+  }
+  // For what the types can't tell.
+  void reject(std::string description, std::string type = "invalidArguments") {
+    if (!error_)
+      error_ = MethodError{std::move(type), std::move(description)};
+  }
   // Asked after everything was read: an argument that nobody asked for is an error too.
-  std::optional<MethodError> error();
+  std::optional<MethodError> error() {
+    for (const auto& member : values_)
+      if (member.key() != "accountId" && !known_.contains(std::string(member.key())))
+        reject("unknown argument " + std::string(member.key()));
+    return error_;
+  }
 
  private:
-  const boost::json::value* find(const char* key);
-
   const boost::json::object& values_;
   std::set<std::string> known_;
   std::optional<MethodError> error_;

@@ -1,74 +1,51 @@
 #include "demo/ChangeLog.h"
 
-#include "demo/GLibPointers.h"
+#include "base/Text.h"
+#include "platform/linux/glib/Ref.h"
 
-#include <charconv>
-#include <map>
+#include <set>
 
 namespace ondrel::demo {
 
-ChangeLog::ChangeLog() : run_(StringPtr(g_uuid_string_random()).get(), 8) {
+ChangeLog::ChangeLog() : run_(std::string(glib::CString(g_uuid_string_random()).get(), 8) + "-") {
 }
 
-void ChangeLog::record(DataType type, Kind kind, std::string id) {
-  journals_[static_cast<std::size_t>(type)].entries.push_back({kind, std::move(id)});
+void ChangeLog::record(DataType type, std::string id, bool isNew) {
+  journals_[static_cast<std::size_t>(type)].entries.emplace_back(std::move(id), isNew);
 }
 
 std::string ChangeLog::state(DataType type) const {
-  return stateText(journal(type).base + journal(type).entries.size());
+  const auto& [base, entries] = journals_[static_cast<std::size_t>(type)];
+  return stateText(base + entries.size());
 }
 
-std::optional<ChangeLog::Changes> ChangeLog::since(DataType type, std::string_view state,
+std::optional<ChangeLog::Changes> ChangeLog::since(DataType type, const std::string& state,
                                                    std::size_t most) const {
-  const auto& [base, entries] = journal(type);
-  std::size_t number = 0;
-  if (!state.starts_with(run_ + "-"))
+  const auto& [base, entries] = journals_[static_cast<std::size_t>(type)];
+  const auto number = state.starts_with(run_) ? base::parsedInteger(state.substr(run_.size())) : std::nullopt;
+  if (!number || std::cmp_less(*number, base) || std::cmp_greater(*number, base + entries.size()))
     return std::nullopt;
-  state.remove_prefix(run_.size() + 1);
-  const auto [end, error] = std::from_chars(state.data(), state.data() + state.size(), number);
-  if (error != std::errc() || end != state.data() + state.size() || number < base ||
-      number > base + entries.size()) {
-    return std::nullopt;
-  }
-
-  struct Span {
-    std::string id;
-    Kind first;
-    Kind last;
-  };
-  std::vector<Span> spans;
-  std::map<std::string, std::size_t> spanOfId;
   Changes changes;
-  auto at = number - base;
+  std::set<std::string> seen;
+  auto at = static_cast<std::size_t>(*number) - base;
   for (; at < entries.size(); ++at) {
-    const auto& entry = entries[at];
-    const auto known = spanOfId.find(entry.id);
-    if (known != spanOfId.end()) {
-      spans[known->second].last = entry.kind;
-    } else if (most > 0 && spans.size() == most) {
-      changes.hasMore = true;
+    const auto& [id, isNew] = entries[at];
+    if (seen.contains(id))
+      continue;
+    changes.hasMore = most > 0 && seen.size() == most;
+    if (changes.hasMore)
       break;
-    } else {
-      spanOfId.emplace(entry.id, spans.size());
-      spans.push_back({entry.id, entry.kind, entry.kind});
-    }
+    seen.insert(id);
+    (isNew ? changes.created : changes.updated).push_back(id);
   }
   changes.newState = stateText(base + at);
-  for (auto& [id, first, last] : spans) {
-    if (first == Kind::created && last == Kind::destroyed)
-      continue; // came and went between the two states
-    auto& list = last == Kind::destroyed  ? changes.destroyed
-                 : first == Kind::created ? changes.created
-                                          : changes.updated;
-    list.push_back(std::move(id));
-  }
   return changes;
 }
 
 void ChangeLog::forget() {
-  for (auto& journal : journals_) {
-    journal.base += journal.entries.size() + 1; // so that not even the newest state is known any more
-    journal.entries.clear();
+  for (auto& [base, entries] : journals_) {
+    base += entries.size() + 1; // so that not even the newest state is known any more
+    entries.clear();
   }
 }
 

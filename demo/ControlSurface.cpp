@@ -1,164 +1,90 @@
 #include "demo/ControlSurface.h"
 
+#include "base/LoopbackHost.h"
 #include "demo/Delivery.h"
-#include "demo/FaultOrder.h"
-#include "demo/OrderFields.h"
+#include "demo/JsonFields.h"
 
 namespace ondrel::demo {
 
 namespace json = boost::json;
 
-namespace {
-
-constexpr std::int64_t mostFaults = 1'000'000;
-
-json::object orderIn(const Exchange& exchange) {
-  return exchange.jsonBody().value_or(json::object());
-}
-
-// Bytes that JSON can't carry come as base64.
-std::string bytesOf(const json::object& order) {
-  auto bytes = textOr(order, "data", "");
-  const auto encoded = textOr(order, "base64", "");
-  gsize size = 0;
-  const StringPtr decoded(reinterpret_cast<char*>(g_base64_decode(encoded.c_str(), &size)));
-  return bytes.append(decoded.get(), size);
-}
-
-} // namespace
-
-void ControlSurface::handle(Exchange& exchange) {
-  const auto host = exchange.host();
-  if (exchange.header("Origin") || (host != "localhost" && host != "127.0.0.1" && host != "[::1]"))
-    exchange.refuse(SOUP_STATUS_FORBIDDEN, "Not for web pages.");
-  else if (exchange.method() == "GET")
-    get(exchange);
-  else if (exchange.method() == "POST")
-    post(exchange);
-  else
-    exchange.refuse(SOUP_STATUS_METHOD_NOT_ALLOWED, "Questions are GET, orders are POST.");
-}
-
-void ControlSurface::get(Exchange& exchange) const {
-  const auto path = exchange.path();
-  if (path == "/control/requests")
-    exchange.replyJson(requestCounts());
-  else if (path == "/control/jmap-requests")
-    exchange.replyJson(parts_.requestLog.entries());
-  else if (path == "/control/stream")
-    exchange.replyJson(json::object{{"listeners", parts_.streams.listeners()}});
-  else
-    exchange.refuse(SOUP_STATUS_METHOD_NOT_ALLOWED, "Orders are POST.");
-}
-
-void ControlSurface::post(Exchange& exchange) {
-  constexpr std::pair<const char*, void (ControlSurface::*)(Exchange&)> orders[] = {
-      {"/control/fail", &ControlSurface::fail},
-      {"/control/fail-method", &ControlSurface::failMethod},
-      {"/control/deliver", &ControlSurface::deliverMail},
-      {"/control/token", &ControlSurface::token},
-      {"/control/stream", &ControlSurface::stream},
-      {"/control/reset", &ControlSurface::reset},
+ControlSurface::ControlSurface(Controlled parts) : parts_(parts) {
+  const auto doing = [](auto effect) {
+    return [effect](const json::object& order) -> Answer {
+      effect(order);
+      return json::object();
+    };
   };
-  const auto path = exchange.path();
-  for (const auto& [name, carryOut] : orders) {
-    if (path == name) {
-      (this->*carryOut)(exchange);
-      return;
-    }
-  }
-  if (path == "/control/sign-out") {
-    parts_.signIn.signOutEverybody();
-    parts_.tokens.expire();
-  } else if (path == "/control/expire-token") {
-    parts_.tokens.expire();
-  } else if (path == "/control/forget-changes") {
-    parts_.store.forgetChanges();
-  } else if (path == "/control/labels-mode") {
-    parts_.isInLabelsMode = flagOr(orderIn(exchange), "on", true);
-  } else {
+  orders_ = {
+      {"GET /control/requests", [this](const auto&) { return Answer(parts_.log.counts()); }},
+      {"GET /control/jmap-requests", [this](const auto&) { return Answer(parts_.log.entries()); }},
+      {"GET /control/stream", [this](const auto&) { return stream({}); }},
+      {"POST /control/stream", [this](const auto& order) { return stream(order); }},
+      {"POST /control/fail", [this](const auto& order) { return fail(order); }},
+      {"POST /control/deliver", [this](const auto& order) -> Answer { return deliver(parts_.store, order); }},
+      {"POST /control/token",
+       [this](const auto&) { return json::object{{"accessToken", parts_.signIn.token()}}; }},
+      {"POST /control/expire-token", doing([this](const auto&) { parts_.signIn.expireToken(); })},
+      {"POST /control/sign-out", doing([this](const auto&) { parts_.signIn.signOutEverybody(); })},
+      {"POST /control/forget-changes", doing([this](const auto&) { parts_.store.forgetChanges(); })},
+      {"POST /control/labels-mode",
+       doing([this](const auto& order) { parts_.isInLabelsMode = fieldOr(order, "on", true); })},
+      {"POST /control/reset", [this](const auto&) { return reset(); }},
+  };
+}
+
+void ControlSurface::handle(Exchange& exchange) const {
+  const auto carryOut = orders_.find(std::string(exchange.method()) + " " + exchange.path());
+  if (exchange.header("Origin") || !base::isLoopbackHost(exchange.host()))
+    exchange.refuse(SOUP_STATUS_FORBIDDEN, "Not for web pages.");
+  else if (carryOut == orders_.end())
     exchange.refuse(SOUP_STATUS_NOT_FOUND, "No such order.");
-    return;
-  }
-  exchange.replyJson(json::object());
-}
-
-void ControlSurface::fail(Exchange& exchange) {
-  const auto order = orderIn(exchange);
-  const auto path = textOr(order, "path", "");
-  const auto count = numberOr(order, "count", 1);
-  const auto fault = faultOf(order);
-  if (!path.starts_with('/') || count < 1 || count > mostFaults || !fault) {
-    exchange.refuse(SOUP_STATUS_BAD_REQUEST, "Expected path, count, kind and what the kind needs.");
-    return;
-  }
-  parts_.gate.plan().add(path, static_cast<unsigned>(count), *fault);
-  exchange.replyJson(json::object());
-}
-
-void ControlSurface::failMethod(Exchange& exchange) {
-  const auto order = orderIn(exchange);
-  const auto method = textOr(order, "method", "");
-  const auto count = numberOr(order, "count", 1);
-  if (method.empty() || count < 1 || count > mostFaults) {
-    exchange.refuse(SOUP_STATUS_BAD_REQUEST, "Expected method, and perhaps type and count.");
-    return;
-  }
-  parts_.methodFaults.add(method, textOr(order, "type", "serverFail"), static_cast<unsigned>(count));
-  exchange.replyJson(json::object());
-}
-
-void ControlSurface::deliverMail(Exchange& exchange) {
-  const auto delivered = deliver(parts_.store, orderIn(exchange));
-  if (delivered)
-    exchange.replyJson(*delivered);
+  else if (const auto answer = carryOut->second(exchange.jsonBody()))
+    exchange.replyJson(*answer);
   else
-    exchange.refuse(SOUP_STATUS_BAD_REQUEST, delivered.error());
+    exchange.refuse(SOUP_STATUS_BAD_REQUEST, "The order makes no sense.");
 }
 
-void ControlSurface::token(Exchange& exchange) {
-  exchange.replyJson(json::object{{"accessToken", parts_.tokens.current()}});
+ControlSurface::Answer ControlSurface::fail(const json::object& order) const {
+  const std::map<std::string, Fault::Kind> kinds{{"status", Fault::Kind::status},
+                                                 {"delay", Fault::Kind::delay},
+                                                 {"close", Fault::Kind::close},
+                                                 {"silence", Fault::Kind::silence}};
+  const auto method = fieldOr<std::string>(order, "method", "");
+  const auto path = fieldOr<std::string>(order, "path", "");
+  const auto kind = kinds.find(fieldOr<std::string>(order, "kind", "status"));
+  const auto count = fieldOr(order, "count", 1);
+  const auto status = fieldOr(order, "status", 500);
+  const auto milliseconds = fieldOr(order, "milliseconds", 0);
+  if ((method.empty() && !path.starts_with('/')) || kind == kinds.end() || count < 1 || status < 200 ||
+      status > 599 || milliseconds < 0)
+    return std::nullopt;
+  parts_.faults.add(method.empty() ? path : method, static_cast<unsigned>(count),
+                    {kind->second, std::chrono::milliseconds(milliseconds), static_cast<unsigned>(status),
+                     method.empty() ? fieldOr<std::string>(order, "body", "Fault on demand.\n")
+                                    : fieldOr<std::string>(order, "type", "serverFail")});
+  return json::object();
 }
 
-void ControlSurface::stream(Exchange& exchange) {
-  const auto order = orderIn(exchange);
-  const auto action = textOr(order, "action", "");
+ControlSurface::Answer ControlSurface::stream(const json::object& order) const {
+  const auto action = fieldOr<std::string>(order, "action", "");
   const auto listeners = parts_.streams.listeners();
-  if (action == "drop" || action == "reset") {
-    parts_.streams.drop(action == "reset");
-  } else if (action == "silence" || action == "resume") {
-    parts_.streams.setSilent(action == "silence");
-  } else if (action == "terse") {
+  if (action == "drop")
+    parts_.streams.drop();
+  else if (action == "terse")
     parts_.streams.setTerse(true);
-  } else if (action == "raw") {
-    parts_.streams.sendRaw(bytesOf(order));
-  } else {
-    exchange.refuse(SOUP_STATUS_BAD_REQUEST, "Expected action: drop, reset, silence, resume, terse or raw.");
-    return;
-  }
-  exchange.replyJson(json::object{{"listeners", listeners}});
+  else if (!order.empty())
+    return std::nullopt;
+  return json::object{{"listeners", listeners}};
 }
 
-void ControlSurface::reset(Exchange& exchange) {
-  parts_.gate.plan().clear();
+ControlSurface::Answer ControlSurface::reset() const {
+  parts_.faults.clear();
   parts_.gate.dropHeld();
-  parts_.counters.byHostAndPath.clear();
-  parts_.requestLog.clear();
-  parts_.methodFaults.clear();
-  parts_.streams.setSilent(false);
+  parts_.log = {};
   parts_.streams.setTerse(false);
   parts_.isInLabelsMode = true;
-  exchange.replyJson(json::object());
-}
-
-json::object ControlSurface::requestCounts() const {
-  json::object hosts;
-  for (const auto& [host, paths] : parts_.counters.byHostAndPath) {
-    auto& counts = hosts[host].emplace_object();
-    for (const auto& [path, count] : paths)
-      counts[path] = count;
-  }
-  return hosts;
+  return json::object();
 }
 
 } // namespace ondrel::demo

@@ -1,27 +1,26 @@
 #pragma once
 
-#include "demo/AccessTokens.h"
 #include "demo/EventStreams.h"
-#include "demo/Exchange.h"
 #include "demo/FaultGate.h"
 #include "demo/MailStore.h"
-#include "demo/MethodFaults.h"
-#include "demo/RequestCounters.h"
 #include "demo/RequestLog.h"
 #include "demo/SignIn.h"
+
+#include <boost/json.hpp>
+
+#include <functional>
+#include <map>
 
 namespace ondrel::demo {
 
 // All that orders reach.
 struct Controlled {
+  FaultPlan& faults;
   FaultGate& gate;
-  RequestCounters& counters;
-  RequestLog& requestLog;
+  RequestLog& log;
   SignIn& signIn;
-  AccessTokens& tokens;
   MailStore& store;
   EventStreams& streams;
-  MethodFaults& methodFaults;
   bool& isInLabelsMode;
 };
 
@@ -29,22 +28,21 @@ struct Controlled {
 // web page could have made, which carry an Origin header or a host name that isn't ours, are refused.
 class ControlSurface {
  public:
-  explicit ControlSurface(Controlled parts) : parts_(parts) {}
+  explicit ControlSurface(Controlled parts);
 
-  void handle(Exchange& exchange);
+  void handle(Exchange& exchange) const;
 
  private:
-  void get(Exchange& exchange) const;
-  void post(Exchange& exchange);
-  void fail(Exchange& exchange);
-  void failMethod(Exchange& exchange);
-  void deliverMail(Exchange& exchange);
-  void token(Exchange& exchange);
-  void stream(Exchange& exchange);
-  void reset(Exchange& exchange);
-  boost::json::object requestCounts() const;
+  // None for an order that makes no sense.
+  using Answer = std::optional<boost::json::value>;
+
+  Answer fail(const boost::json::object& order) const;
+  Answer stream(const boost::json::object& order) const;
+  Answer reset() const;
 
   Controlled parts_;
+  std::map<std::string, std::function<Answer(const boost::json::object& order)>>
+      orders_; // by method and path
 };
 
 } // namespace ondrel::demo

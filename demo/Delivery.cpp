@@ -1,10 +1,9 @@
 #include "demo/Delivery.h"
 
-#include "demo/OrderFields.h"
+#include "demo/JsonFields.h"
 #include "demo/SampleMail.h"
 
-#include <array>
-#include <fmt/core.h>
+#include <boost/json.hpp>
 
 namespace ondrel::demo {
 
@@ -12,78 +11,40 @@ namespace json = boost::json;
 
 namespace {
 
-const Mailbox* mailboxCalled(const MailStore& store, std::string_view name) {
-  for (const auto& mailbox : store.mailboxes())
-    if (mailbox.id == name || mailbox.name == name || (!name.empty() && mailbox.role == name))
-      return &mailbox;
-  return nullptr;
-}
-
-// One mailbox or several, each by its id, name or role. Empty when one of them is unknown.
-std::set<std::string> mailboxesOf(const MailStore& store, const json::object& order) {
-  const auto* value = order.if_contains("mailbox");
-  if (!value)
-    return {"inbox"};
-  const auto names = value->is_array() ? value->get_array() : json::array(1, *value);
-  std::set<std::string> ids;
-  for (const auto& name : names) {
-    const auto* mailbox = name.is_string() ? mailboxCalled(store, name.get_string()) : nullptr;
-    if (!mailbox)
-      return {};
-    ids.insert(mailbox->id);
-  }
-  return ids;
-}
-
-std::vector<Attachment> attachmentsOf(MailStore& store, std::int64_t count) {
-  constexpr std::array files{"notes.txt", "plan.pdf", "garden.png"};
-  std::vector<Attachment> attachments;
-  for (std::size_t i = 0; i < static_cast<std::size_t>(count); ++i) {
-    const std::string file = files[i % files.size()];
-    attachments.push_back(attachSample(store, file, fmt::format("Delivered {} {}", i + 1, file)));
-  }
-  return attachments;
+bool isNull(const json::object& order, std::string_view key) {
+  const auto* value = order.if_contains(key);
+  return value && value->is_null();
 }
 
 } // namespace
 
-std::expected<json::object, std::string> deliver(MailStore& store, const json::object& order) {
-  using std::chrono::seconds;
-  const auto mailboxIds = mailboxesOf(store, order);
-  const auto count = numberOr(order, "count", 1);
-  const auto attachments = numberOr(order, "attachments", 0);
-  const auto time = order.contains("receivedAt")
-                        ? timeOf(textOr(order, "receivedAt", ""))
-                        : std::chrono::floor<seconds>(std::chrono::system_clock::now());
-  if (mailboxIds.empty() || count < 1 || count > 10'000 || attachments < 0 || attachments > 100 || !time)
-    return std::unexpected("An unknown mailbox, or a count, number of attachments or time out of range.");
+std::optional<json::object> deliver(MailStore& store, const json::object& order) {
+  const auto text = [&](const char* key, const char* otherwise) {
+    return fieldOr<std::string>(order, key, otherwise);
+  };
+  const auto* mailbox = store.mailbox(text("mailbox", "inbox"));
+  const auto count = fieldOr<std::int64_t>(order, "count", 1);
+  const auto threadId = text("threadId", "");
+  if (!mailbox || count < 1 || count > 10'000 || (!threadId.empty() && store.thread(threadId).empty()))
+    return std::nullopt;
   json::array emailIds;
-  std::string threadId;
   for (std::int64_t i = 0; i < count; ++i) {
-    Email email;
-    email.id = store.newEmailId();
-    email.threadId = textOr(order, "threadId", "");
-    if (store.thread(email.threadId).empty())
-      email.threadId = store.newThreadId();
-    email.messageId =
-        isNull(order, "messageId") ? "" : textOr(order, "messageId", email.id + "@mail.example.org");
+    auto email = store.draft(threadId);
     if (!isNull(order, "subject"))
-      email.subject = textOr(order, "subject", "A new message");
-    if (!isNull(order, "from")) {
-      email.from = {textOr(order, "fromName", "Nadia Okafor"),
-                    textOr(order, "fromEmail", "nadia.okafor@example.org")};
-    }
+      email.subject = text("subject", "A new message");
+    if (!isNull(order, "from"))
+      email.from = {text("fromName", "Nadia Okafor"), text("fromEmail", "nadia.okafor@example.org")};
     email.to = {demoUser()};
-    email.receivedAt = *time;
-    email.mailboxIds = mailboxIds;
-    email.setUnread(flagOr(order, "unread", true));
-    email.html = "<p>" + escapeHtml(textOr(order, "text", "Delivered a moment ago.")) + "</p>";
-    email.attachments = attachmentsOf(store, attachments);
-    const auto& delivered = store.add(std::move(email));
-    emailIds.emplace_back(delivered.id);
-    threadId = delivered.threadId;
+    email.receivedAt = std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now());
+    email.mailboxIds = {mailbox->id};
+    if (!fieldOr(order, "unread", true))
+      email.markRead();
+    email.html = "<p>" + escapedHtml(text("text", "Delivered a moment ago.")) + "</p>";
+    emailIds.emplace_back(store.add(std::move(email)).id);
   }
-  return json::object{{"emailId", emailIds.back()}, {"threadId", threadId}, {"emailIds", emailIds}};
+  const std::string last(emailIds.back().get_string());
+  return json::object{
+      {"emailId", last}, {"threadId", store.email(last)->threadId}, {"emailIds", std::move(emailIds)}};
 }
 
 } // namespace ondrel::demo

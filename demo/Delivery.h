@@ -4,13 +4,12 @@
 
 #include <boost/json/fwd.hpp>
 
-#include <expected>
-#include <string>
+#include <optional>
 
 namespace ondrel::demo {
 
-// Puts new mail into the store, as an order describes it. The answer names what was delivered; an error is
-// one line of text.
-std::expected<boost::json::object, std::string> deliver(MailStore& store, const boost::json::object& order);
+// Puts new mail into the store, as an order describes it. The answer names what was delivered; none when the
+// order makes no sense.
+std::optional<boost::json::object> deliver(MailStore& store, const boost::json::object& order);
 
 } // namespace ondrel::demo

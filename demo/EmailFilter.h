@@ -1,19 +1,16 @@
 #pragma once
 
-#include "demo/JmapMethod.h"
+#include "demo/Arguments.h"
+#include "demo/Mail.h"
 
-#include <boost/json/fwd.hpp>
-
-#include <expected>
 #include <functional>
 
 namespace ondrel::demo {
 
 using EmailPredicate = std::function<bool(const Email&)>;
 
-// The FilterCondition or FilterOperator of RFC 8621, 4.4.1, as a function. Text is found without regard to
-// case, all words of it or a phrase in double quotes.
-std::expected<EmailPredicate, MethodError> emailFilter(const MailStore& store,
-                                                       const boost::json::object& filter);
+// The FilterCondition or FilterOperator of RFC 8621, 4.4.1, as a function: what clients search for. Of text
+// all words are found, without regard to case. What is wrong is rejected.
+EmailPredicate emailFilter(const boost::json::object& filter, Arguments& arguments);
 
 } // namespace ondrel::demo

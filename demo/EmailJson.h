@@ -4,26 +4,17 @@
 
 #include <boost/json/fwd.hpp>
 
+#include <set>
 #include <string>
-#include <vector>
 
 namespace ondrel::demo {
 
-// What Email/get was asked for.
-struct EmailJsonOptions {
-  std::vector<std::string> properties;
-  std::vector<std::string> bodyProperties;
-  bool fetchText = false;
-  bool fetchHtml = false;
-  bool fetchAll = false;
-  std::size_t mostBodyBytes = 0; // of each body value; 0: all of it
-};
+// The names of all properties that emailJson() gives.
+std::set<std::string> emailProperties();
 
-std::vector<std::string> defaultEmailProperties();
-std::vector<std::string> defaultBodyProperties();
-bool isEmailProperty(const std::string& property);
-
-// The Email object of RFC 8621, 4.1, with the chosen properties and always the id.
-boost::json::object emailJson(const MailStore& store, const Email& email, const EmailJsonOptions& options);
+// The Email object of RFC 8621, 4.1, as far as clients ask for it. A message of the page's own flow has its
+// text twice, as plain text and as HTML; one that is shown in a frame is HTML alone; one may have no text at
+// all. Clients get the first of these, and its value when they want it.
+boost::json::object emailJson(const MailStore& store, const Email& email, bool withText);
 
 } // namespace ondrel::demo

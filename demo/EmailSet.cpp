@@ -1,8 +1,6 @@
-#include "demo/EmailSet.h"
+#include "demo/JmapMethods.h"
 
-#include "demo/ResultReference.h"
-
-#include <glib.h>
+#include <boost/json.hpp>
 
 #include <algorithm>
 
@@ -12,149 +10,78 @@ namespace json = boost::json;
 
 namespace {
 
-struct SetError {
-  std::string type;
-  std::string property = {};
-};
-
-json::object jsonOf(const SetError& error) {
-  json::object object{{"type", error.type}};
-  if (!error.property.empty())
-    object["properties"] = json::array{json::string(error.property)};
-  return object;
-}
-
-std::string lowerCase(std::string text) {
-  std::ranges::transform(text, text.begin(), g_ascii_tolower);
-  return text;
-}
-
-// The two sets of an email that can be changed, while a patch is applied to them.
-struct Draft {
-  std::set<std::string> mailboxIds;
-  std::set<std::string> keywords;
-};
-
-// The set that a path such as "keywords" or "mailboxIds/x" begins with.
-std::set<std::string>* setOf(Draft& draft, std::string_view path) {
-  const auto name = path.substr(0, path.find('/'));
-  return name == "mailboxIds" ? &draft.mailboxIds : name == "keywords" ? &draft.keywords : nullptr;
-}
-
-std::optional<SetError> replaceWhole(std::set<std::string>& set, const std::string& path,
-                                     const json::value& value) {
-  const auto* object = value.if_object();
-  if (!object)
-    return SetError{"invalidProperties", path};
-  set.clear();
-  for (const auto& member : *object) {
-    if (member.value() != true)
-      return SetError{"invalidProperties", path};
-    set.insert(path == "keywords" ? lowerCase(member.key()) : std::string(member.key()));
-  }
-  return std::nullopt;
-}
-
-std::optional<SetError> patchOne(Draft& draft, const std::string& path, const json::value& value) {
-  auto* set = setOf(draft, path);
+// Applies one member of a patch, such as "keywords" or "mailboxIds/x", to a copy of an email. The type of the
+// SetError, or null.
+const char* patch(Email& email, std::string_view path, const json::value& value) {
   const auto slash = path.find('/');
+  const auto name = path.substr(0, slash);
+  auto* set = name == "mailboxIds" ? &email.mailboxIds : name == "keywords" ? &email.keywords : nullptr;
   if (!set)
-    return SetError{"invalidProperties", path};
-  if (slash == std::string::npos)
-    return replaceWhole(*set, path, value);
-  auto tokens = pointerTokens(path);
-  if (tokens.size() != 2 || !(value.is_null() || value == true))
-    return SetError{"invalidPatch"};
-  const auto name = set == &draft.keywords ? lowerCase(tokens[1]) : tokens[1];
-  if (value.is_null())
-    set->erase(name);
-  else
-    set->insert(name);
-  return std::nullopt;
+    return "invalidProperties";
+  if (slash != std::string_view::npos) {
+    const std::string member(path.substr(slash + 1));
+    if (member.contains('/') || (!value.is_null() && value != true))
+      return "invalidPatch";
+    if (value.is_null())
+      set->erase(member);
+    else
+      set->insert(member);
+    return nullptr;
+  }
+  set->clear();
+  for (const auto& [member, isIn] : value.is_object() ? value.get_object() : json::object())
+    set->emplace(member);
+  return value.is_object() ? nullptr : "invalidProperties";
 }
 
-std::optional<SetError> update(MailStore& store, const Email* email, const json::value& patchValue) {
-  if (!email)
-    return SetError{"notFound"};
-  const auto* patch = patchValue.if_object();
-  if (!patch)
-    return SetError{"invalidPatch"};
-  Draft draft{email->mailboxIds, email->keywords};
-  for (const auto& member : *patch) {
-    const std::string path(member.key());
-    const auto slash = path.find('/');
-    if (slash != std::string::npos && patch->contains(path.substr(0, slash)))
-      return SetError{"invalidPatch"}; // one path lies inside another
-    if (const auto error = patchOne(draft, path, member.value()))
+const char* update(MailStore& store, const std::string& id, const json::value& changes) {
+  const auto* email = store.email(id);
+  if (!email || !changes.is_object())
+    return email ? "invalidPatch" : "notFound";
+  auto draft = *email;
+  for (const auto& [path, value] : changes.get_object())
+    if (const auto* error = patch(draft, path, value))
       return error;
-  }
-  if (draft.mailboxIds.empty() || !std::ranges::all_of(draft.mailboxIds, [&](const std::string& id) {
-        return store.mailboxById(id) != nullptr;
-      })) {
-    return SetError{"invalidProperties", "mailboxIds"};
-  }
-  if (draft.mailboxIds != email->mailboxIds)
-    store.setMailboxes(email->id, std::move(draft.mailboxIds));
-  if (draft.keywords != email->keywords)
-    store.setKeywords(email->id, std::move(draft.keywords));
-  return std::nullopt;
+  const auto isMailbox = [&](const std::string& mailboxId) {
+    const auto* mailbox = store.mailbox(mailboxId);
+    return mailbox && mailbox->id == mailboxId;
+  };
+  if (draft.mailboxIds.empty() || !std::ranges::all_of(draft.mailboxIds, isMailbox))
+    return "invalidProperties";
+  store.update(id, std::move(draft.mailboxIds), std::move(draft.keywords));
+  return nullptr;
 }
 
-template <class Container>
-json::value orNull(Container container) {
-  return container.empty() ? json::value(nullptr) : json::value(std::move(container));
+json::value orNull(json::object object) {
+  return object.empty() ? json::value(nullptr) : json::value(std::move(object));
 }
 
 } // namespace
 
 MethodResult emailSet(const JmapContext& context, Arguments& arguments) {
   auto& store = context.store;
-  const auto ifInState = arguments.text("ifInState");
-  const auto* create = arguments.object("create");
-  const auto* updates = arguments.object("update");
-  const auto destroy = arguments.texts("destroy").value_or(std::vector<std::string>());
+  const auto updates = arguments.get<json::object>("update").value_or(json::object());
   if (const auto error = arguments.error())
     return std::unexpected(*error);
-  const auto oldState = store.changes().state(DataType::email);
-  if (ifInState && *ifInState != oldState)
-    return std::unexpected(MethodError{"stateMismatch"});
-  if ((create ? create->size() : 0) + (updates ? updates->size() : 0) + destroy.size() > mostObjectsInSet)
+  if (updates.size() > mostObjectsInGet)
     return std::unexpected(MethodError{"requestTooLarge"});
-
-  json::object notCreated;
-  for (const auto& member : create ? *create : json::object())
-    notCreated[member.key()] = jsonOf({"forbidden"});
+  const auto oldState = store.changes().state(DataType::email);
   json::object updated;
   json::object notUpdated;
-  for (const auto& member : updates ? *updates : json::object()) {
-    const std::string id(member.key());
-    const bool isDestroyed = std::ranges::find(destroy, id) != destroy.end();
-    const auto error =
-        isDestroyed ? std::optional(SetError{"willDestroy"}) : update(store, store.email(id), member.value());
-    if (error)
-      notUpdated[id] = jsonOf(*error);
+  for (const auto& [id, changes] : updates)
+    if (const auto* error = update(store, id, changes))
+      notUpdated[id] = {{"type", error}};
     else
       updated[id] = nullptr;
-  }
-  json::array destroyed;
-  json::object notDestroyed;
-  for (const auto& id : destroy) {
-    if (store.email(id)) {
-      store.destroy(id);
-      destroyed.emplace_back(id);
-    } else {
-      notDestroyed[id] = jsonOf({"notFound"});
-    }
-  }
   return json::object{{"accountId", mailAccountId},
                       {"oldState", oldState},
                       {"newState", store.changes().state(DataType::email)},
                       {"created", nullptr},
                       {"updated", orNull(std::move(updated))},
-                      {"destroyed", orNull(std::move(destroyed))},
-                      {"notCreated", orNull(std::move(notCreated))},
+                      {"destroyed", nullptr},
+                      {"notCreated", nullptr},
                       {"notUpdated", orNull(std::move(notUpdated))},
-                      {"notDestroyed", orNull(std::move(notDestroyed))}};
+                      {"notDestroyed", nullptr}};
 }
 
 } // namespace ondrel::demo

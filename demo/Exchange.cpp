@@ -1,45 +1,24 @@
 #include "demo/Exchange.h"
 
-#include "demo/GLibPointers.h"
-#include "demo/TakenConnection.h"
+#include "base/Text.h"
+#include "base/Url.h"
+#include "platform/linux/glib/Ref.h"
 
 #include <boost/json.hpp>
-
-#include <memory>
 
 namespace ondrel::demo {
 
 namespace {
 
-using TablePtr = std::unique_ptr<GHashTable, FreeWith<g_hash_table_unref>>;
-
-std::optional<std::string> lookup(GHashTable* table, const std::string& name) {
-  if (!table)
-    return std::nullopt;
-  const auto* value = static_cast<const char*>(g_hash_table_lookup(table, name.c_str()));
-  return value ? std::optional<std::string>(value) : std::nullopt;
+std::optional<std::string> fieldOf(const std::string& encoded, std::string_view name) {
+  const auto url = base::Url::parse("http://localhost/?" + encoded);
+  return url ? url->queryItem(name) : std::nullopt;
 }
 
 } // namespace
 
-std::string_view Exchange::method() const {
-  return soup_server_message_get_method(message_);
-}
-
-std::string Exchange::host() const {
-  const auto field = header("Host");
-  if (!field)
-    return {};
-  const StringPtr lower(g_ascii_strdown(field->c_str(), -1));
-  std::string host = lower.get();
-  const auto colon = host.rfind(':');
-  if (colon != std::string::npos && host.find(']', colon) == std::string::npos)
-    host.resize(colon);
-  return host;
-}
-
 std::string Exchange::origin() const {
-  return "http://" + header("Host").value_or("localhost");
+  return "http://" + header("Host").value_or("");
 }
 
 std::uint16_t Exchange::port() const {
@@ -47,18 +26,17 @@ std::uint16_t Exchange::port() const {
   return g_inet_socket_address_get_port(G_INET_SOCKET_ADDRESS(address));
 }
 
+std::string Exchange::host() const {
+  const auto url = base::Url::parse(origin());
+  return base::lowercasedAscii(url ? url->host().value_or("") : "");
+}
+
 std::string Exchange::path() const {
-  const char* raw = g_uri_get_path(soup_server_message_get_uri(message_));
-  const StringPtr decoded(g_uri_unescape_string(raw, nullptr));
-  return decoded ? decoded.get() : raw;
+  return base::percentDecoded(g_uri_get_path(soup_server_message_get_uri(message_)));
 }
 
 std::optional<std::string> Exchange::query(std::string_view name) const {
-  const char* text = g_uri_get_query(soup_server_message_get_uri(message_));
-  if (!text)
-    return std::nullopt;
-  const TablePtr fields(soup_form_decode(text));
-  return lookup(fields.get(), std::string(name));
+  return fieldOf(queryText(), name);
 }
 
 std::string Exchange::queryText() const {
@@ -71,37 +49,24 @@ std::optional<std::string> Exchange::header(const char* name) const {
   return value ? std::optional<std::string>(value) : std::nullopt;
 }
 
-std::optional<std::string> Exchange::cookie(std::string_view name) const {
-  const auto field = header("Cookie");
-  std::string_view rest = field ? std::string_view(*field) : std::string_view();
-  while (!rest.empty()) {
-    const auto end = rest.find(';');
-    auto pair = rest.substr(0, end);
-    rest = end == std::string_view::npos ? std::string_view() : rest.substr(end + 1);
-    pair.remove_prefix(std::min(pair.find_first_not_of(' '), pair.size()));
-    if (pair.starts_with(name) && pair.substr(name.size()).starts_with('='))
-      return std::string(pair.substr(name.size() + 1));
-  }
-  return std::nullopt;
+bool Exchange::hasCookie(const std::string& cookie) const {
+  return ("; " + header("Cookie").value_or("") + ";").contains("; " + cookie + ";");
 }
 
 std::string_view Exchange::body() const {
   SoupMessageBody* body = soup_server_message_get_request_body(message_);
-  const BytesPtr flat(soup_message_body_flatten(body));
+  const glib::Owned<GBytes> flat(soup_message_body_flatten(body));
   return {body->data ? body->data : "", static_cast<std::size_t>(body->length)};
 }
 
-std::optional<std::string> Exchange::formField(const char* name) const {
-  const TablePtr fields(soup_form_decode(std::string(body()).c_str()));
-  return lookup(fields.get(), name);
+std::optional<std::string> Exchange::formField(std::string_view name) const {
+  return fieldOf(std::string(body()), name);
 }
 
-std::optional<boost::json::object> Exchange::jsonBody() const {
+boost::json::object Exchange::jsonBody() const {
   boost::system::error_code error;
-  auto value = boost::json::parse(body(), error);
-  if (error || !value.is_object())
-    return std::nullopt;
-  return std::move(value.get_object());
+  const auto value = boost::json::parse(body(), error);
+  return value.is_object() ? value.get_object() : boost::json::object();
 }
 
 void Exchange::setHeader(const char* name, const std::string& value) {
@@ -118,6 +83,15 @@ void Exchange::replyJson(const boost::json::value& value) {
   reply(SOUP_STATUS_OK, "application/json", boost::json::serialize(value));
 }
 
+void Exchange::replyFile(std::string_view bytes, const char* contentType, const std::string& name,
+                         bool isAttachment) {
+  const glib::CString encoded(g_uri_escape_string(name.c_str(), nullptr, FALSE));
+  setHeader("Content-Disposition",
+            std::string(isAttachment ? "attachment" : "inline") + "; filename*=UTF-8''" + encoded.get());
+  setHeader("X-Content-Type-Options", "nosniff");
+  reply(SOUP_STATUS_OK, contentType, bytes);
+}
+
 void Exchange::refuse(unsigned status, std::string_view reason) {
   reply(status, "text/plain; charset=utf-8", std::string(reason) + "\n");
 }
@@ -128,8 +102,9 @@ void Exchange::redirect(const std::string& location) {
   reply(SOUP_STATUS_SEE_OTHER, "text/plain; charset=utf-8", "");
 }
 
-std::unique_ptr<TakenConnection> Exchange::takeConnection() {
-  return std::make_unique<TakenConnection>(message_);
+std::pair<std::string, std::string> split(const std::string& path) {
+  const auto slash = std::min(path.find('/'), path.size());
+  return {path.substr(0, slash), slash < path.size() ? path.substr(slash + 1) : ""};
 }
 
 } // namespace ondrel::demo

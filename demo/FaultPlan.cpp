@@ -4,17 +4,16 @@
 
 namespace ondrel::demo {
 
-void FaultPlan::add(std::string pathPrefix, unsigned count, Fault fault) {
-  if (count > 0)
-    orders_.push_back({std::move(pathPrefix), count, fault});
+void FaultPlan::add(std::string prefix, unsigned count, Fault fault) {
+  orders_.push_back({std::move(prefix), count, std::move(fault)});
 }
 
-std::optional<Fault> FaultPlan::take(std::string_view path) {
+std::optional<Fault> FaultPlan::take(std::string_view name) {
   const auto order =
-      std::ranges::find_if(orders_, [&](const Order& o) { return path.starts_with(o.pathPrefix); });
+      std::ranges::find_if(orders_, [&](const Order& o) { return name.starts_with(o.prefix); });
   if (order == orders_.end())
     return std::nullopt;
-  const auto fault = order->fault;
+  auto fault = order->fault;
   if (--order->left == 0)
     orders_.erase(order);
   return fault;

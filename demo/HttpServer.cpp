@@ -4,7 +4,8 @@ namespace ondrel::demo {
 
 HttpServer::HttpServer(Handler handler)
     : handler_(std::move(handler)),
-      server_(soup_server_new("server-header", "ondrel-demo-service", "raw-paths", TRUE, nullptr)) {
+      server_(
+          glib::adopt(soup_server_new("server-header", "ondrel-demo-service", "raw-paths", TRUE, nullptr))) {
   soup_server_add_handler(
       server_.get(), nullptr,
       [](SoupServer*, SoupServerMessage* message, const char*, GHashTable*, gpointer self) {
@@ -18,11 +19,9 @@ HttpServer::~HttpServer() {
 }
 
 std::expected<std::uint16_t, std::string> HttpServer::listen(std::uint16_t port) {
-  GError* raw = nullptr;
-  if (!soup_server_listen_local(server_.get(), port, SoupServerListenOptions(0), &raw)) {
-    const ErrorPtr error(raw);
-    return std::unexpected("cannot listen on port " + std::to_string(port) + ": " + error->message);
-  }
+  glib::Error error;
+  if (!soup_server_listen_local(server_.get(), port, SoupServerListenOptions(0), error.out()))
+    return std::unexpected("cannot listen on port " + std::to_string(port) + ": " + error.message());
   GSList* uris = soup_server_get_uris(server_.get());
   const auto bound = static_cast<std::uint16_t>(g_uri_get_port(static_cast<GUri*>(uris->data)));
   g_slist_free_full(uris, reinterpret_cast<GDestroyNotify>(g_uri_unref));

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "demo/GLibPointers.h"
+#include "platform/linux/glib/Ref.h"
 
 #include <libsoup/soup.h>
 
@@ -27,7 +27,7 @@ class HttpServer {
 
  private:
   Handler handler_;
-  ObjectPtr<SoupServer> server_;
+  glib::Ref<SoupServer> server_;
 };
 
 } // namespace ondrel::demo

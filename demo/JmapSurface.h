@@ -1,9 +1,9 @@
 #pragma once
 
-#include "demo/AccessTokens.h"
 #include "demo/EventStreams.h"
-#include "demo/JmapMethod.h"
+#include "demo/JmapMethods.h"
 #include "demo/Router.h"
+#include "demo/SignIn.h"
 
 namespace ondrel::demo {
 
@@ -11,20 +11,17 @@ namespace ondrel::demo {
 // token: the session resource, the API, the event source and downloads.
 class JmapSurface {
  public:
-  JmapSurface(JmapContext context, const AccessTokens& tokens, EventStreams& streams)
-      : context_(context), tokens_(tokens), streams_(streams) {}
+  JmapSurface(JmapContext context, const SignIn& signIn, EventStreams& streams)
+      : context_(std::move(context)), signIn_(signIn), streams_(streams) {}
   void addTo(Router& router);
 
  private:
-  void add(Router& router, const char* path, const char* method, void (JmapSurface::*answer)(Exchange&));
-  bool isAuthorized(const Exchange& exchange) const;
-  void session(Exchange& exchange);
-  void api(Exchange& exchange);
-  void events(Exchange& exchange);
-  void download(Exchange& exchange);
+  void add(Router& router, const char* method, const char* path, Router::Handler handler);
+  void api(Exchange& exchange) const;
+  void download(Exchange& exchange) const;
 
   JmapContext context_;
-  const AccessTokens& tokens_;
+  const SignIn& signIn_;
   EventStreams& streams_;
 };
 

@@ -4,8 +4,6 @@
 #include <optional>
 #include <set>
 #include <string>
-#include <string_view>
-#include <utility>
 #include <vector>
 
 namespace ondrel::demo {
@@ -53,9 +51,8 @@ struct Email {
   std::string html; // empty for a message without any text
   std::vector<Attachment> attachments;
 
-  bool isIn(const std::string& mailboxId) const { return mailboxIds.contains(mailboxId); }
   bool isUnread() const { return !keywords.contains("$seen"); }
-  void setUnread(bool unread);
+  void markRead() { keywords.insert("$seen"); }
   // Whether it has a file that its body doesn't show.
   bool hasAttachment() const;
 };
@@ -68,18 +65,16 @@ struct Mailbox {
 
 // "2025-11-20T09:41:00Z".
 std::string isoTime(std::chrono::sys_seconds time);
-// The UTCDate of RFC 8620, with or without a fraction; none for anything else.
-std::optional<std::chrono::sys_seconds> timeOf(std::string_view text);
+// The UTCDate of RFC 8620; none for anything else.
+std::optional<std::chrono::sys_seconds> timeOf(const std::string& text);
 // "Thu, 20 Nov 2025 09:41:00 +0000", as in a mail header.
 std::string mailTime(std::chrono::sys_seconds time);
-// The HTML without its tags, runs of white space made one blank, cut at `limit` bytes of whole characters.
-std::string previewOf(const std::string& html, std::size_t limit);
+std::string escapedHtml(const std::string& text);
 // The text of an HTML body, a line for each paragraph.
 std::string plainTextOf(const std::string& html);
-std::string escapeHtml(std::string_view text);
-// The header fields in order, name and value.
-std::vector<std::pair<std::string, std::string>> headersOf(const Email& email);
-// The whole message as it would travel: headers, the HTML body, the attachments' names.
+// The same in one line, cut at `limit` bytes of whole characters.
+std::string previewOf(const std::string& html, std::size_t limit);
+// The message as it would travel: headers and the HTML body.
 std::string sourceOf(const Email& email);
 
 } // namespace ondrel::demo

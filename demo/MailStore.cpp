@@ -5,104 +5,71 @@
 
 namespace ondrel::demo {
 
-namespace {
-
-template <class Field>
-const Mailbox* findMailbox(const std::vector<Mailbox>& mailboxes, Field field, std::string_view value) {
-  const auto found = std::ranges::find(mailboxes, value, field);
-  return found == mailboxes.end() ? nullptr : &*found;
+const Blob& MailStore::addBlob(Blob blob) {
+  blob.id = "G" + std::to_string(++lastBlob_);
+  return blobs_[blob.id] = std::move(blob);
 }
 
-} // namespace
+Email MailStore::draft(std::string threadId) {
+  Email email;
+  email.id = "M" + std::to_string(++lastEmail_);
+  email.threadId = threadId.empty() ? newThreadId() : std::move(threadId);
+  email.messageId = email.id + "@mail.example.org";
+  return email;
+}
 
 const Email& MailStore::add(Email email) {
   auto& kept = emails_.emplace_back(std::move(email));
   emailById_[kept.id] = &kept;
   auto& thread = emailsByThread_[kept.threadId];
-  changes_.record(DataType::thread, thread.empty() ? ChangeLog::Kind::created : ChangeLog::Kind::updated,
-                  kept.threadId);
   thread.insert(std::ranges::upper_bound(thread, kept.receivedAt, {}, &Email::receivedAt), &kept);
   threadsByMailbox_.clear();
-  changes_.record(DataType::email, ChangeLog::Kind::created, kept.id);
-  recordMailboxes(kept.mailboxIds);
-  notify();
+  changes_.record(DataType::email, kept.id, true);
+  for (const auto& id : kept.mailboxIds)
+    changes_.record(DataType::mailbox, id);
+  changed.emit();
   return kept;
 }
 
-template <class Change>
-void MailStore::change(Email& email, Change change) {
+void MailStore::update(const std::string& emailId, std::set<std::string> mailboxIds,
+                       std::set<std::string> keywords) {
+  auto& email = *emailById_.at(emailId);
+  if (email.mailboxIds == mailboxIds && email.keywords == keywords)
+    return;
   auto concerned = email.mailboxIds;
-  change(email);
-  concerned.insert(email.mailboxIds.begin(), email.mailboxIds.end());
+  concerned.insert(mailboxIds.begin(), mailboxIds.end());
+  email.mailboxIds = std::move(mailboxIds);
+  email.keywords = std::move(keywords);
   threadsByMailbox_.clear();
-  changes_.record(DataType::email, ChangeLog::Kind::updated, email.id);
-  recordMailboxes(concerned);
-  notify();
+  changes_.record(DataType::email, emailId);
+  for (const auto& id : concerned)
+    changes_.record(DataType::mailbox, id);
+  changed.emit();
 }
 
 void MailStore::markThreadRead(const std::string& threadId) {
-  if (const auto found = emailsByThread_.find(threadId); found != emailsByThread_.end()) {
-    for (auto* email : found->second)
-      if (email->isUnread())
-        change(*email, [](Email& e) { e.setUnread(false); });
+  for (auto email : thread(threadId)) {
+    auto keywords = email->keywords;
+    keywords.insert("$seen");
+    update(email->id, email->mailboxIds, std::move(keywords));
   }
 }
 
 void MailStore::moveThread(const std::string& threadId, const std::string& mailboxId) {
-  if (const auto found = emailsByThread_.find(threadId); found != emailsByThread_.end())
-    for (auto* email : found->second)
-      change(*email, [&](Email& e) { e.mailboxIds = {mailboxId}; });
-}
-
-void MailStore::setMailboxes(const std::string& emailId, std::set<std::string> mailboxIds) {
-  change(*emailById_.at(emailId), [&](Email& e) { e.mailboxIds = std::move(mailboxIds); });
-}
-
-void MailStore::setKeywords(const std::string& emailId, std::set<std::string> keywords) {
-  change(*emailById_.at(emailId), [&](Email& e) { e.keywords = std::move(keywords); });
-}
-
-void MailStore::destroy(const std::string& emailId) {
-  auto* email = emailById_.at(emailId);
-  auto& thread = emailsByThread_.at(email->threadId);
-  std::erase(thread, email);
-  changes_.record(DataType::thread, thread.empty() ? ChangeLog::Kind::destroyed : ChangeLog::Kind::updated,
-                  email->threadId);
-  if (thread.empty())
-    emailsByThread_.erase(email->threadId);
-  threadsByMailbox_.clear();
-  changes_.record(DataType::email, ChangeLog::Kind::destroyed, emailId);
-  recordMailboxes(email->mailboxIds);
-  emailById_.erase(email->id);
-  emails_.remove_if([&](const Email& other) { return &other == email; });
-  notify();
+  for (const auto* email : thread(threadId))
+    update(email->id, {mailboxId}, email->keywords);
 }
 
 void MailStore::forgetChanges() {
   changes_.forget();
-  notify();
+  changed.emit();
 }
 
-void MailStore::recordMailboxes(const std::set<std::string>& mailboxIds) {
-  for (const auto& id : mailboxIds)
-    changes_.record(DataType::mailbox, ChangeLog::Kind::updated, id);
-}
-
-void MailStore::notify() const {
-  if (changed_)
-    changed_();
-}
-
-const Mailbox* MailStore::mailboxById(std::string_view id) const {
-  return findMailbox(mailboxes_, &Mailbox::id, id);
-}
-
-const Mailbox* MailStore::mailboxByName(std::string_view name) const {
-  return findMailbox(mailboxes_, &Mailbox::name, name);
-}
-
-const Mailbox* MailStore::mailboxByRole(std::string_view role) const {
-  return findMailbox(mailboxes_, &Mailbox::role, role);
+const Mailbox* MailStore::mailbox(std::string_view name) const {
+  const auto found = std::ranges::find_if(mailboxes_, [&](const Mailbox& each) {
+    return !name.empty() && (each.id == name || each.name == name || each.role == name);
+  });
+  return found == mailboxes_.end() ? nullptr : &*found;
 }
 
 const Email* MailStore::email(const std::string& id) const {
@@ -117,25 +84,24 @@ const Blob* MailStore::blob(const std::string& id) const {
 
 std::vector<const Email*> MailStore::thread(const std::string& threadId) const {
   const auto found = emailsByThread_.find(threadId);
-  return found == emailsByThread_.end()
-             ? std::vector<const Email*>()
-             : std::vector<const Email*>(found->second.begin(), found->second.end());
+  return found == emailsByThread_.end() ? std::vector<const Email*>() : found->second;
 }
 
 const std::vector<const Email*>& MailStore::threadsIn(const std::string& mailboxId) const {
   const auto [entry, isNew] = threadsByMailbox_.try_emplace(mailboxId);
+  auto& rows = entry->second;
   if (isNew) {
     for (const auto& [id, emails] : emailsByThread_) {
-      const auto inside = std::ranges::find_if(emails.rbegin(), emails.rend(),
-                                               [&](const Email* email) { return email->isIn(mailboxId); });
+      const auto inside = std::ranges::find_if(
+          emails.rbegin(), emails.rend(), [&](const auto* e) { return e->mailboxIds.contains(mailboxId); });
       if (inside != emails.rend())
-        entry->second.push_back(*inside);
+        rows.push_back(*inside);
     }
-    std::ranges::sort(entry->second, [](const Email* a, const Email* b) {
-      return a->receivedAt != b->receivedAt ? a->receivedAt > b->receivedAt : a->id > b->id;
+    std::ranges::sort(rows, std::greater{}, [](const Email* email) {
+      return std::pair(email->receivedAt, std::string_view(email->id));
     });
   }
-  return entry->second;
+  return rows;
 }
 
 MailStore::Counts MailStore::counts(const std::string& mailboxId) const {
@@ -143,7 +109,7 @@ MailStore::Counts MailStore::counts(const std::string& mailboxId) const {
   std::unordered_set<std::string_view> threads;
   std::unordered_set<std::string_view> unreadThreads;
   for (const auto& email : emails_) {
-    if (!email.isIn(mailboxId))
+    if (!email.mailboxIds.contains(mailboxId))
       continue;
     ++counts.emails;
     threads.insert(email.threadId);
@@ -152,8 +118,8 @@ MailStore::Counts MailStore::counts(const std::string& mailboxId) const {
       unreadThreads.insert(email.threadId);
     }
   }
-  counts.threads = static_cast<unsigned>(threads.size());
-  counts.unreadThreads = static_cast<unsigned>(unreadThreads.size());
+  counts.threads = threads.size();
+  counts.unreadThreads = unreadThreads.size();
   return counts;
 }
 

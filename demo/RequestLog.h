@@ -4,20 +4,20 @@
 
 #include <boost/json.hpp>
 
-#include <deque>
-
 namespace ondrel::demo {
 
-// The latest requests that are of interest to a test of the JMAP client: those of the JMAP surface, and all
-// others that carry an Authorization header. It keeps whether there was a token, never the token.
+// How often each path of each host was asked for, and the latest requests that are of interest to a test of
+// the JMAP client: those of the JMAP surface, and all others that carry an Authorization header. It keeps
+// whether there was a token, never the token.
 class RequestLog {
  public:
   void note(const Exchange& exchange);
-  boost::json::array entries() const { return boost::json::array(entries_.begin(), entries_.end()); }
-  void clear() { entries_.clear(); }
+  const boost::json::object& counts() const { return counts_; }
+  const boost::json::array& entries() const { return entries_; }
 
  private:
-  std::deque<boost::json::value> entries_; // the oldest first
+  boost::json::object counts_; // {"localhost": {"/mail/Inbox/": 2}}
+  boost::json::array entries_; // the oldest first
 };
 
 } // namespace ondrel::demo

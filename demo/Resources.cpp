@@ -1,6 +1,8 @@
 #include "demo/Resources.h"
 
-#include "demo/GLibPointers.h"
+#include "platform/linux/glib/Ref.h"
+
+#include <gio/gio.h>
 
 extern "C" GResource* ondrel_demo_get_resource(void);
 
@@ -8,8 +10,8 @@ namespace ondrel::demo {
 
 std::optional<std::string> resource(const std::string& path) {
   const auto name = "/org/velmora/Ondrel/demo/" + path;
-  const BytesPtr bytes(g_resource_lookup_data(ondrel_demo_get_resource(), name.c_str(),
-                                              G_RESOURCE_LOOKUP_FLAGS_NONE, nullptr));
+  const glib::Owned<GBytes> bytes(g_resource_lookup_data(ondrel_demo_get_resource(), name.c_str(),
+                                                         G_RESOURCE_LOOKUP_FLAGS_NONE, nullptr));
   if (!bytes)
     return std::nullopt;
   gsize size = 0;
@@ -22,9 +24,7 @@ const char* contentTypeOf(std::string_view fileName) {
     return "text/javascript; charset=utf-8";
   if (fileName.ends_with(".css"))
     return "text/css; charset=utf-8";
-  if (fileName.ends_with(".svg"))
-    return "image/svg+xml";
-  return "text/html; charset=utf-8";
+  return fileName.ends_with(".svg") ? "image/svg+xml" : "text/html; charset=utf-8";
 }
 
 } // namespace ondrel::demo

@@ -8,7 +8,7 @@
 
 namespace ondrel::demo {
 
-// The hosts that share the web port. A request is told apart by its Host header.
+// The hosts that share the web port: the web application under its two names, and what other people wrote.
 enum class Site { web, userContent };
 
 // Finds the handler of a request by its host and path.
@@ -17,16 +17,14 @@ class Router {
   using Handler = std::function<void(Exchange&)>;
 
   // A path that ends with "/" takes everything below it as well; the longest match wins.
-  void add(Site site, std::string path, Handler handler);
-  // Answers 421 for a host that isn't ours and 404 for an unknown path.
+  void add(Site site, std::string method, std::string path, Handler handler);
+  // Answers 421 for a host that isn't ours, 404 for an unknown path and 405 for another method.
   void dispatch(Exchange& exchange) const;
-
-  // None for a host that isn't ours. The beta name of the web application is the web application.
-  static std::optional<Site> siteOf(std::string_view host);
 
  private:
   struct Route {
     Site site;
+    std::string method;
     std::string path;
     Handler handler;
   };

@@ -27,16 +27,14 @@ class Conversation {
 
   Conversation& message(const Address& from, std::string html, std::vector<Attachment> attachments = {},
                         BodyKind kind = BodyKind::flow) {
-    Email email;
-    email.id = store_.newEmailId();
-    email.threadId = threadId_;
-    email.messageId = email.id + "@mail.example.org";
+    auto email = store_.draft(threadId_);
     email.subject = subject_;
     email.from = from;
     email.to = {from.email == demoUser().email ? nadia : demoUser()};
     email.receivedAt = next_;
     email.mailboxIds = {"inbox"};
-    email.setUnread(unread_);
+    if (!unread_)
+      email.markRead();
     email.kind = kind;
     email.html = std::move(html);
     email.attachments = std::move(attachments);

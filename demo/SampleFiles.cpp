@@ -18,16 +18,13 @@ class Shelf {
   Shelf(MailStore& store, std::chrono::sys_seconds newest) : store_(store), next_(newest) {}
 
   Email draft(std::string subject, std::vector<Attachment> attachments) {
-    Email email;
-    email.id = store_.newEmailId();
-    email.threadId = store_.newThreadId();
-    email.messageId = email.id + "@mail.example.org";
+    auto email = store_.draft();
     email.subject = std::move(subject);
     email.from = {"Mei-Lin Zhao", "mei-lin.zhao@example.org"};
     email.to = {demoUser()};
     email.receivedAt = next_;
     email.mailboxIds = {"archive"};
-    email.setUnread(false);
+    email.markRead();
     email.html = "<p>The files are attached.</p>";
     email.attachments = std::move(attachments);
     next_ -= 1h;
@@ -38,9 +35,7 @@ class Shelf {
   }
   // A file of any type. Programs that look inside will find nothing to show.
   Attachment file(std::string name, std::string type, std::string bytes) {
-    auto id = store_.newBlobId();
-    store_.addBlob({id, std::move(name), std::move(type), std::move(bytes)});
-    return {std::move(id)};
+    return {store_.addBlob({"", std::move(name), std::move(type), std::move(bytes)}).id};
   }
   Attachment sample(const char* sampleFile, const std::string& name) {
     return attachSample(store_, sampleFile, name);
@@ -51,29 +46,17 @@ class Shelf {
   std::chrono::sys_seconds next_;
 };
 
-// An archive without anything in it, and a tenth of a second of silence.
-std::string emptyZip() {
-  return "PK\x05\x06" + std::string(18, '\0');
-}
-
-std::string silentWav() {
-  const std::string header(
-      "RIFF\x44\x03\0\0WAVEfmt \x10\0\0\0\x01\0\x01\0\x40\x1f\0\0\x40\x1f\0\0\x01\0\x08\0"
-      "data\x20\x03\0\0",
-      44);
-  return header + std::string(800, '\x80');
-}
-
 void addKinds(Shelf& shelf) {
   shelf.add("Pictures of the canal hall", {shelf.sample("garden.png", "Hall from outside.png"),
                                            shelf.sample("garden.png", "Hall from inside.png")});
   shelf.add("Everything for the workshop in one place",
-            {shelf.file("Tools.zip", "application/zip", emptyZip()),
+            {shelf.file("Tools.zip", "application/zip", "PK\x05\x06" + std::string(18, '\0')),
              shelf.file("Costs.xlsx", spreadsheet, "A spreadsheet in name only.\n"),
              shelf.file("Welcome.pptx", slides, "Slides in name only.\n"),
              shelf.file("Rules of the house.docx", document, "A document in name only.\n")});
-  shelf.add("Sound and film from the rehearsal", {shelf.file("Rehearsal.wav", "audio/x-wav", silentWav()),
-                                                  shelf.file("Rehearsal.mp4", "video/mp4", "No film.\n")});
+  shelf.add("Sound and film from the rehearsal",
+            {shelf.file("Rehearsal.wav", "audio/x-wav", "A recording in name only.\n"),
+             shelf.file("Rehearsal.mp4", "video/mp4", "No film.\n")});
   shelf.add("Dates, numbers and an address",
             {shelf.file("Spring.ics", "text/calendar", "BEGIN:VCALENDAR\r\nEND:VCALENDAR\r\n"),
              shelf.file("Members.csv", "text/csv", "name,bench\r\nNadia,1\r\nHenrik,2\r\n"),

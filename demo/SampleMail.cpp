@@ -4,8 +4,11 @@
 #include "demo/SampleConversations.h"
 #include "demo/SampleFiles.h"
 
+#include "base/Text.h"
 #include <fmt/core.h>
+#include <glib.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 
@@ -64,16 +67,11 @@ class Dice {
   std::uint64_t state_ = 20251120;
 };
 
-Address personCalled(std::string_view name) {
-  std::string local;
-  for (const char c : name)
-    if (c == ' ')
-      local += '.';
-    else if (c >= 'A' && c <= 'Z')
-      local += static_cast<char>(c - 'A' + 'a');
-    else if ((c >= 'a' && c <= 'z') || c == '-')
-      local += c;
-  return {std::string(name), local + "@example.org"};
+Address personCalled(const std::string& name) {
+  auto local = base::lowercasedAscii(name);
+  std::ranges::replace(local, ' ', '.');
+  std::erase_if(local, [](char c) { return !g_ascii_isalpha(c) && c != '-' && c != '.'; });
+  return {name, local + "@example.org"};
 }
 
 std::string sampleBody(Dice& dice) {
@@ -96,22 +94,19 @@ void addGenerated(MailStore& store, Dice& dice, const std::string& mailboxId, un
     time -= std::chrono::minutes(20 + dice.below(300));
     const auto threadId = store.newThreadId();
     auto subject = fmt::format(fmt::runtime(dice.oneOf(openings)), dice.oneOf(topics));
-    if (subject[0] >= 'a' && subject[0] <= 'z')
-      subject[0] = static_cast<char>(subject[0] - 'a' + 'A');
+    subject[0] = g_ascii_toupper(subject[0]);
     const auto messages = dice.below(5) == 0 ? 2 + dice.below(3) : 1;
     const auto from = personCalled(dice.oneOf(people));
     for (unsigned m = 0; m < messages; ++m) {
-      Email email;
-      email.id = store.newEmailId();
-      email.threadId = threadId;
-      email.messageId = email.id + "@mail.example.org";
+      auto email = store.draft(threadId);
       email.subject = subject;
-      const bool isReply = m % 2 == 1;
-      email.from = isReply || mailboxId == "sent" ? demoUser() : from;
-      email.to = {isReply || mailboxId == "sent" ? from : demoUser()};
+      const bool isOwn = m % 2 == 1 || mailboxId == "sent";
+      email.from = isOwn ? demoUser() : from;
+      email.to = {isOwn ? from : demoUser()};
       email.receivedAt = time - std::chrono::minutes(7) * (messages - 1 - m);
       email.mailboxIds = {mailboxId};
-      email.setUnread(mailboxId == "inbox" && i < 40 && dice.below(3) == 0);
+      if (mailboxId != "inbox" || i >= 40 || dice.below(3) != 0)
+        email.markRead();
       email.html = sampleBody(dice);
       if (dice.below(18) == 0) {
         const bool isText = dice.below(2) == 0;
@@ -130,23 +125,22 @@ Address demoUser() {
 }
 
 Attachment attachSample(MailStore& store, const std::string& sampleFile, const std::string& name) {
-  const auto type = sampleFile.ends_with(".pdf")   ? "application/pdf"
-                    : sampleFile.ends_with(".png") ? "image/png"
-                                                   : "text/plain; charset=utf-8";
-  const auto id = store.newBlobId();
-  store.addBlob({id, name, type, resource("attachments/" + sampleFile).value_or("")});
-  return {id};
+  const auto* type = sampleFile.ends_with(".pdf")   ? "application/pdf"
+                     : sampleFile.ends_with(".png") ? "image/png"
+                                                    : "text/plain; charset=utf-8";
+  return {store.addBlob({"", name, type, resource("attachments/" + sampleFile).value_or("")}).id};
 }
 
 void fillWithSampleMail(MailStore& store) {
-  store.addMailbox({"inbox", "Inbox", "inbox"});
-  store.addMailbox({"archive", "Archive", "archive"});
-  store.addMailbox({"drafts", "Drafts", "drafts"});
-  store.addMailbox({"sent", "Sent", "sent"});
-  store.addMailbox({"junk", "Spam", "junk"});
-  store.addMailbox({"trash", "Trash", "trash"});
-  store.addMailbox({"highlighted", "Highlighted", ""});
-  store.addMailbox({"house", "House & garden", ""});
+  for (const auto& [id, name, role] : {Mailbox{"inbox", "Inbox", "inbox"},
+                                       {"archive", "Archive", "archive"},
+                                       {"drafts", "Drafts", "drafts"},
+                                       {"sent", "Sent", "sent"},
+                                       {"junk", "Spam", "junk"},
+                                       {"trash", "Trash", "trash"},
+                                       {"highlighted", "Highlighted", ""},
+                                       {"house", "House & garden", ""}})
+    store.addMailbox({id, name, role});
 
   const std::chrono::sys_seconds newest =
       std::chrono::sys_days(std::chrono::year(2025) / 11 / 20) + 9h + 41min;

@@ -1,46 +1,44 @@
 #include "demo/Service.h"
 
+#include "demo/DataSurface.h"
 #include "demo/SampleMail.h"
+#include "demo/WebAppSurface.h"
 
 namespace ondrel::demo {
 
 Service::Service()
-    : gate_([this](SoupServerMessage* message) {
-        Exchange exchange(message);
-        router_.dispatch(exchange);
+    : web_([this](SoupServerMessage* message) {
+        log_.note(Exchange(message));
+        gate_.pass(message);
       }),
-      web_([this](SoupServerMessage* message) { serve(message); }),
       controlServer_([this](SoupServerMessage* message) {
         Exchange exchange(message);
         control_.handle(exchange);
+      }),
+      jmap_({store_, isInLabelsMode_,
+             [this](const std::string& method) {
+               return faults_.take(method).transform([](const Fault& fault) { return fault.body; });
+             }},
+            signIn_, streams_),
+      gate_(faults_, [this](SoupServerMessage* message) {
+        Exchange exchange(message);
+        router_.dispatch(exchange);
       }) {
   fillWithSampleMail(store_);
   store_.forgetChanges(); // what happened before the service began
-  store_.onChange([this] { streams_.changed(); });
-  webApp_.addTo(router_);
-  mailData_.addTo(router_);
-  storage_.addTo(router_);
-  userContent_.addTo(router_);
+  addWebApp(router_, store_, signIn_);
+  addData(router_, store_, signIn_);
   jmap_.addTo(router_);
 }
 
 std::expected<void, std::string> Service::listen(std::uint16_t webPort, std::uint16_t controlPort) {
   const auto web = web_.listen(webPort);
-  if (!web)
-    return std::unexpected(web.error());
-  const auto control = controlServer_.listen(controlPort);
+  const auto control = web ? controlServer_.listen(controlPort) : web;
   if (!control)
     return std::unexpected(control.error());
   webPort_ = *web;
   controlPort_ = *control;
   return {};
-}
-
-void Service::serve(SoupServerMessage* message) {
-  const Exchange exchange(message);
-  counters_.count(exchange.host(), exchange.path());
-  requestLog_.note(exchange);
-  gate_.pass(message);
 }
 
 } // namespace ondrel::demo

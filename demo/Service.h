@@ -1,20 +1,7 @@
 #pragma once
 
-#include "demo/AccessTokens.h"
 #include "demo/ControlSurface.h"
-#include "demo/EventStreams.h"
-#include "demo/FaultGate.h"
-#include "demo/HttpServer.h"
 #include "demo/JmapSurface.h"
-#include "demo/MailDataSurface.h"
-#include "demo/MailStore.h"
-#include "demo/RequestCounters.h"
-#include "demo/RequestLog.h"
-#include "demo/Router.h"
-#include "demo/SignIn.h"
-#include "demo/StorageSurface.h"
-#include "demo/UserContentSurface.h"
-#include "demo/WebAppSurface.h"
 
 #include <cstdint>
 #include <expected>
@@ -22,7 +9,8 @@
 
 namespace ondrel::demo {
 
-// The whole demonstration service: its mail, its surfaces, and the two servers that they stand on.
+// The whole demonstration service: its mail, its surfaces, and the two servers that they stand on. Needs an
+// event loop on GLib's default main context.
 class Service {
  public:
   Service();
@@ -33,27 +21,18 @@ class Service {
   std::uint16_t controlPort() const { return controlPort_; }
 
  private:
-  void serve(SoupServerMessage* message);
-
+  HttpServer web_; // the servers go last, after the answers that are under way
+  HttpServer controlServer_;
   MailStore store_;
   SignIn signIn_;
-  AccessTokens tokens_;
-  MethodFaults methodFaults_;
   bool isInLabelsMode_ = true;
-  RequestCounters counters_;
-  RequestLog requestLog_;
+  RequestLog log_;
   Router router_;
-  WebAppSurface webApp_{store_, signIn_, tokens_};
-  MailDataSurface mailData_{store_, signIn_, tokens_};
-  StorageSurface storage_{store_, signIn_};
-  UserContentSurface userContent_{store_};
+  FaultPlan faults_;
   EventStreams streams_{store_};
-  JmapSurface jmap_{{store_, methodFaults_, isInLabelsMode_}, tokens_, streams_};
+  JmapSurface jmap_;
   FaultGate gate_;
-  ControlSurface control_{
-      {gate_, counters_, requestLog_, signIn_, tokens_, store_, streams_, methodFaults_, isInLabelsMode_}};
-  HttpServer web_;
-  HttpServer controlServer_;
+  ControlSurface control_{{faults_, gate_, log_, signIn_, store_, streams_, isInLabelsMode_}};
   std::uint16_t webPort_ = 0;
   std::uint16_t controlPort_ = 0;
 };

@@ -11,8 +11,49 @@ namespace {
 constexpr const char* html = "text/html; charset=utf-8";
 constexpr const char* startPage = "/mail/Inbox/?u=demo";
 
+void replyPage(Exchange& exchange, std::string_view text, const char* policy) {
+  exchange.setHeader("Cache-Control", "no-store");
+  exchange.setHeader("Content-Security-Policy", policy);
+  exchange.reply(SOUP_STATUS_OK, html, text);
+}
+
+// The application's one page, or the sign-in in its place.
+void page(Exchange& exchange, bool isSignedIn) {
+  replyPage(exchange, resource(isSignedIn ? "webapp/index.html" : "webapp/signin.html").value_or(""),
+            "default-src 'self'; style-src 'self' 'unsafe-inline'; img-src 'self' data: "
+            "http://usercontent.localhost:*; object-src 'none'; base-uri 'none'; frame-src 'self'");
+}
+
+void printView(Exchange& exchange, const MailStore& store) {
+  std::string body;
+  for (const auto* email : store.thread("T2"))
+    body += fmt::format("<article><h1>{}</h1><p class=\"meta\">{}, {}</p>{}</article>\n",
+                        escapedHtml(email->subject.value_or("")), escapedHtml(email->from.name),
+                        mailTime(email->receivedAt), email->html);
+  exchange.setHeader("Cache-Control", "no-store");
+  exchange.reply(SOUP_STATUS_OK, html,
+                 "<!doctype html><html lang=\"en\"><meta charset=\"utf-8\"><title>Print view</title>"
+                 "<link rel=\"stylesheet\" href=\"/app/print.css\"><body>\n" +
+                     body + "</body></html>\n");
+}
+
+// A message as a page of its own. Scripts inside a mail must not run with the application's rights.
+void messageBody(Exchange& exchange, const MailStore& store, bool isSignedIn) {
+  const auto name = exchange.pathBelow("/mail/body/");
+  const auto* email = store.email(name.substr(0, name.rfind(".html")));
+  if (!isSignedIn || !email || email->kind != BodyKind::ownFrame)
+    exchange.refuse(SOUP_STATUS_NOT_FOUND, "No such page.");
+  else
+    replyPage(exchange,
+              "<!doctype html><html lang=\"en\"><meta charset=\"utf-8\"><title>Message</title>"
+              "<link rel=\"stylesheet\" href=\"/app/frame.css\"><body>\n<div class=\"v-Message-body\">" +
+                  email->html + "</div>\n<script src=\"/app/frame.js\"></script></body></html>\n",
+              "default-src 'none'; script-src 'self'; style-src 'self' 'unsafe-inline'; img-src data:; "
+              "base-uri 'none'; form-action 'none'");
+}
+
 void file(Exchange& exchange) {
-  const auto name = exchange.path().substr(std::string_view("/app/").size());
+  const auto name = exchange.pathBelow("/app/");
   const auto bytes = resource("webapp/" + name);
   if (!bytes) {
     exchange.refuse(SOUP_STATUS_NOT_FOUND, "Not found.");
@@ -23,7 +64,7 @@ void file(Exchange& exchange) {
 }
 
 void download(Exchange& exchange) {
-  const auto name = exchange.path().substr(std::string_view("/download/").size());
+  const auto name = exchange.pathBelow("/download/");
   if (name == "contacts.vcf") {
     // The word in capitals, since header values of this kind know no case.
     exchange.setHeader("Content-Disposition", "ATTACHMENT; filename=\"contacts.vcf\"");
@@ -40,95 +81,62 @@ void download(Exchange& exchange) {
   }
 }
 
-// Where to go after the sign-in: pages of the application only, never another site.
-std::string safeTarget(const std::optional<std::string>& next) {
-  const bool isOwn = next && (next->starts_with("/mail/") || next->starts_with("/settings/")) &&
-                     next->find_first_of("\r\n\\") == std::string::npos;
-  return isOwn ? *next : startPage;
+// Afterwards to pages of the application only, never to another site.
+void acceptSignIn(Exchange& exchange, const SignIn& signIn) {
+  const auto next = exchange.formField("next").value_or("");
+  const bool isOwn = (next.starts_with("/mail/") || next.starts_with("/settings/")) &&
+                     next.find_first_of("\r\n\\") == std::string::npos;
+  signIn.giveCookie(exchange);
+  exchange.redirect(isOwn ? next : startPage);
+}
+
+void userContent(Exchange& exchange, const MailStore& store) {
+  const bool isDownload = exchange.query("download").has_value();
+  const auto [kind, rest] = split(exchange.pathBelow("/"));
+  const auto id = split(rest).first;
+  const auto* blob = kind == "blob" ? store.blob(id) : nullptr;
+  const auto* email = kind == "source" ? store.email(id) : nullptr;
+  if (blob)
+    exchange.replyFile(blob->bytes, blob->type.c_str(), blob->name, isDownload);
+  else if (email)
+    exchange.replyFile(sourceOf(*email), "text/plain; charset=utf-8", email->id + ".eml", isDownload);
+  else
+    exchange.refuse(SOUP_STATUS_NOT_FOUND, "No such file.");
 }
 
 } // namespace
 
-void WebAppSurface::addTo(Router& router) {
-  const auto page = [this](Exchange& exchange) { this->page(exchange); };
-  router.add(Site::web, "/mail/", page);
-  router.add(Site::web, "/settings/", page);
-  router.add(Site::web, "/mail/long", [this](Exchange& exchange) { printView(exchange); });
-  router.add(Site::web, "/mail/body/", [this](Exchange& exchange) { messageBody(exchange); });
-  router.add(Site::web, "/mail", [](Exchange& exchange) { exchange.redirect(startPage); });
-  router.add(Site::web, "/settings",
-             [](Exchange& exchange) { exchange.redirect("/settings/general?u=demo"); });
-  router.add(Site::web, "/", [this](Exchange& exchange) {
+void addWebApp(Router& router, const MailStore& store, SignIn& signIn) {
+  const auto add = [&](const char* path, Router::Handler handler) {
+    router.add(Site::web, "GET", path, std::move(handler));
+  };
+  const auto showPage = [&signIn](Exchange& exchange) { page(exchange, signIn.isSignedIn(exchange)); };
+  add("/mail/", showPage);
+  add("/settings/", showPage);
+  add("/mail/long", [&store, &signIn, showPage](Exchange& exchange) {
+    signIn.isSignedIn(exchange) ? printView(exchange, store) : showPage(exchange);
+  });
+  add("/mail/body/",
+      [&store, &signIn](Exchange& exchange) { messageBody(exchange, store, signIn.isSignedIn(exchange)); });
+  add("/mail", [](Exchange& exchange) { exchange.redirect(startPage); });
+  add("/settings", [](Exchange& exchange) { exchange.redirect("/settings/general?u=demo"); });
+  add("/", [&signIn](Exchange& exchange) {
     if (exchange.path() != "/")
       exchange.refuse(SOUP_STATUS_NOT_FOUND, "Not found.");
-    else if (signIn_.isSignedIn(exchange))
+    else if (signIn.isSignedIn(exchange))
       exchange.redirect(startPage);
     else
-      this->page(exchange);
+      page(exchange, false);
   });
-  router.add(Site::web, "/app/", file);
-  router.add(Site::web, "/download/", download);
-  router.add(Site::web, "/sign-in", [this](Exchange& exchange) { signIn(exchange); });
-  router.add(Site::web, "/sign-out", [this](Exchange& exchange) {
-    signIn_.takeCookie(exchange);
-    tokens_.expire();
+  add("/app/", file);
+  add("/download/", download);
+  add("/sign-out", [&signIn](Exchange& exchange) {
+    signIn.signOut(exchange);
     exchange.redirect("/");
   });
-}
-
-void WebAppSurface::page(Exchange& exchange) const {
-  exchange.setHeader("Cache-Control", "no-store");
-  exchange.setHeader("Content-Security-Policy",
-                     "default-src 'self'; style-src 'self' 'unsafe-inline'; img-src 'self' data: "
-                     "http://usercontent.localhost:*; object-src 'none'; base-uri 'none'; frame-src 'self'");
-  const auto* name = signIn_.isSignedIn(exchange) ? "webapp/index.html" : "webapp/signin.html";
-  exchange.reply(SOUP_STATUS_OK, html, resource(name).value_or(""));
-}
-
-void WebAppSurface::printView(Exchange& exchange) const {
-  if (!signIn_.isSignedIn(exchange)) {
-    page(exchange);
-    return;
-  }
-  std::string body;
-  for (const auto* email : store_.thread("T2")) {
-    body += fmt::format("<article><h1>{}</h1><p class=\"meta\">{}, {}</p>{}</article>\n",
-                        escapeHtml(email->subject.value_or("")), escapeHtml(email->from.name),
-                        mailTime(email->receivedAt), email->html);
-  }
-  exchange.setHeader("Cache-Control", "no-store");
-  exchange.reply(SOUP_STATUS_OK, html,
-                 "<!doctype html><html lang=\"en\"><meta charset=\"utf-8\"><title>Print view</title>"
-                 "<link rel=\"stylesheet\" href=\"/app/print.css\"><body>\n" +
-                     body + "</body></html>\n");
-}
-
-void WebAppSurface::messageBody(Exchange& exchange) const {
-  const auto name = exchange.path().substr(std::string_view("/mail/body/").size());
-  const auto* email = name.ends_with(".html") ? store_.email(name.substr(0, name.rfind('.'))) : nullptr;
-  if (!signIn_.isSignedIn(exchange) || !email || email->kind != BodyKind::ownFrame) {
-    exchange.refuse(SOUP_STATUS_NOT_FOUND, "No such page.");
-    return;
-  }
-  exchange.setHeader("Cache-Control", "no-store");
-  // Scripts inside a mail must not run with the application's rights.
-  exchange.setHeader(
-      "Content-Security-Policy",
-      "default-src 'none'; script-src 'self'; style-src 'self' 'unsafe-inline'; img-src data:; "
-      "base-uri 'none'; form-action 'none'");
-  exchange.reply(SOUP_STATUS_OK, html,
-                 "<!doctype html><html lang=\"en\"><meta charset=\"utf-8\"><title>Message</title>"
-                 "<link rel=\"stylesheet\" href=\"/app/frame.css\"><body>\n<div class=\"v-Message-body\">" +
-                     email->html + "</div>\n<script src=\"/app/frame.js\"></script></body></html>\n");
-}
-
-void WebAppSurface::signIn(Exchange& exchange) const {
-  if (exchange.method() != "POST") {
-    exchange.refuse(SOUP_STATUS_METHOD_NOT_ALLOWED, "Signing in is a POST.");
-    return;
-  }
-  signIn_.giveCookie(exchange);
-  exchange.redirect(safeTarget(exchange.formField("next")));
+  router.add(Site::web, "POST", "/sign-in",
+             [&signIn](Exchange& exchange) { acceptSignIn(exchange, signIn); });
+  router.add(Site::userContent, "GET", "/", [&store](Exchange& exchange) { userContent(exchange, store); });
 }
 
 } // namespace ondrel::demo

@@ -1,28 +1,14 @@
 #pragma once
 
-#include "demo/AccessTokens.h"
 #include "demo/MailStore.h"
 #include "demo/Router.h"
 #include "demo/SignIn.h"
 
 namespace ondrel::demo {
 
-// The pages of the web application and the files that they are made of, sign-in and downloads.
-class WebAppSurface {
- public:
-  WebAppSurface(const MailStore& store, SignIn& signIn, AccessTokens& tokens)
-      : store_(store), signIn_(signIn), tokens_(tokens) {}
-  void addTo(Router& router);
-
- private:
-  void page(Exchange& exchange) const;
-  void printView(Exchange& exchange) const;
-  void messageBody(Exchange& exchange) const;
-  void signIn(Exchange& exchange) const;
-
-  const MailStore& store_;
-  SignIn& signIn_;
-  AccessTokens& tokens_;
-};
+// The pages of the web application and the files that they are made of, sign-in and downloads, and the host
+// of what other people wrote: attachments at /blob/<blobId>/<name>, sources of messages at /source/<emailId>.
+// As with the real service, whoever knows such a link may read it. All arguments outlive the router.
+void addWebApp(Router& router, const MailStore& store, SignIn& signIn);
 
 } // namespace ondrel::demo

@@ -1,8 +1,7 @@
-#include "demo/GLibPointers.h"
-#include "demo/Options.h"
-#include "demo/PortsFile.h"
+#include "demo/JmapApi.h"
+#include "demo/JsonFields.h"
 #include "demo/Service.h"
-#include "demo/SiteFile.h"
+#include "platform/linux/glib/GlibEventLoop.h"
 
 #include <boost/json.hpp>
 #include <fmt/core.h>
@@ -10,40 +9,96 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <memory>
 
-using namespace ondrel::demo;
+using namespace ondrel;
 
 namespace {
 
-using LoopPtr = std::unique_ptr<GMainLoop, FreeWith<g_main_loop_unref>>;
+using Ports = std::pair<std::uint16_t, std::uint16_t>; // of the web application and of the orders
+
+struct Options {
+  int port = 0;
+  int controlPort = 0;
+  glib::CString siteFile;
+  glib::CString portsFile;
+  gboolean untilEof = FALSE;
+};
 
 int failWith(const std::string& reason) {
   fmt::print(stderr, "ondrel-demo-service: {}\n", reason);
   return 2;
 }
 
-// The ports that were asked for, else those of the last run if they are still free, else any.
-std::expected<std::unique_ptr<Service>, std::string> start(const Options& options) {
-  const bool mayChoose = options.port == 0 && options.controlPort == 0 && !options.portsFile.empty();
-  if (const auto last = mayChoose ? readPortsFile(options.portsFile) : std::nullopt) {
-    auto service = std::make_unique<Service>();
-    if (service->listen(last->web, last->control))
-      return service;
-  }
-  auto service = std::make_unique<Service>();
-  if (const auto listening = service->listen(options.port, options.controlPort); !listening)
-    return std::unexpected(listening.error());
-  return service;
+// What is wrong with the command line, or nothing.
+std::string readOptions(Options& options, int count, char** values) {
+  char* siteFile = nullptr;
+  char* portsFile = nullptr;
+  const GOptionEntry entries[] = {
+      {"port", 0, 0, G_OPTION_ARG_INT, &options.port, "Port of the web application; 0 takes a free one", "N"},
+      {"control-port", 0, 0, G_OPTION_ARG_INT, &options.controlPort, "Port for orders; likewise", "N"},
+      {"site-file", 0, 0, G_OPTION_ARG_FILENAME, &siteFile, "Write the address file for the program", "PATH"},
+      {"ports-file", 0, 0, G_OPTION_ARG_FILENAME, &portsFile, "Remember the ports for the next start",
+       "PATH"},
+      {"until-eof", 0, 0, G_OPTION_ARG_NONE, &options.untilEof, "End with standard input", nullptr},
+      {}};
+  GOptionContext* context = g_option_context_new(nullptr);
+  g_option_context_add_main_entries(context, entries, nullptr);
+  glib::Error error;
+  g_option_context_parse(context, &count, &values, error.out());
+  g_option_context_free(context);
+  options.siteFile.reset(siteFile);
+  options.portsFile.reset(portsFile);
+  if (error)
+    return error.message();
+  for (const int port : {options.port, options.controlPort})
+    if (port < 0 || port > 65535)
+      return "no port number: " + std::to_string(port);
+  return count > 1 ? std::string("unknown argument ") + values[1] : "";
 }
 
-std::expected<void, std::string> writeFiles(const Options& options, const Service& service) {
-  if (!options.siteFile.empty()) {
-    if (const auto written = writeFile(options.siteFile, siteFileFor(service.webPort())); !written)
-      return written;
-  }
-  if (!options.portsFile.empty())
-    return writeFile(options.portsFile, portsFileFor({service.webPort(), service.controlPort()}));
-  return {};
+// The ports of the last run; 0 for those that aren't known.
+Ports lastPorts(const char* path) {
+  char* text = nullptr;
+  g_file_get_contents(path, &text, nullptr, nullptr);
+  const glib::CString owned(text);
+  boost::system::error_code error;
+  const auto value = boost::json::parse(text ? text : "", error);
+  const auto ports = value.is_object() ? value.get_object() : boost::json::object();
+  return {demo::fieldOr<std::uint16_t>(ports, "web", 0), demo::fieldOr<std::uint16_t>(ports, "control", 0)};
+}
+
+// Whole and for the user alone. What went wrong, or nothing.
+std::string write(const glib::CString& path, const std::string& text) {
+  glib::Error error;
+  if (path)
+    g_file_set_contents_full(path.get(), text.data(), static_cast<gssize>(text.size()),
+                             G_FILE_SET_CONTENTS_CONSISTENT, 0600, error.out());
+  return error.message();
+}
+
+// The address file that points the program at this service, for people to read as well.
+std::string siteFor(std::uint16_t port) {
+  return fmt::format(R"({{
+  "WebAppBaseURL": {{
+    "production": "http://localhost:{0}/",
+    "beta": "http://beta.localhost:{0}/"
+  }},
+  "JMAPSessionURL": {{
+    "production": "http://localhost:{0}/jmap/session",
+    "beta": "http://beta.localhost:{0}/jmap/session"
+  }},
+  "UserContentDomainSuffix": "usercontent.localhost",
+  "ServiceDomainFragment": "localhost:{0}",
+  "DevUserCapability": "{1}",
+  "AnnouncementFeedURL": "",
+  "ProjectSiteURL": "",
+  "ProjectFAQURL": "",
+  "DonationURL": ["", ""],
+  "SupportAddress": ""
+}}
+)",
+                     port, demo::userCapability(port));
 }
 
 gboolean quit(gpointer loop) {
@@ -53,31 +108,43 @@ gboolean quit(gpointer loop) {
 
 gboolean quitAtEof(gint descriptor, GIOCondition, gpointer loop) {
   char bytes[256];
-  if (read(descriptor, bytes, sizeof bytes) > 0)
-    return G_SOURCE_CONTINUE;
-  return quit(loop);
+  return read(descriptor, bytes, sizeof bytes) > 0 ? G_SOURCE_CONTINUE : quit(loop);
 }
 
 } // namespace
 
 int main(int count, char** values) {
-  const auto options = parseOptions({values + 1, values + count});
-  if (!options)
-    return failWith(options.error());
-  const auto service = start(*options);
-  if (!service)
-    return failWith(service.error());
-  if (const auto written = writeFiles(*options, **service); !written)
-    return failWith(written.error());
+  Options options;
+  if (const auto problem = readOptions(options, count, values); !problem.empty())
+    return failWith(problem);
+  glib::GlibEventLoop events;
+  auto service = std::make_unique<demo::Service>();
+  // The ports of the last run may be taken by now.
+  const bool mayChoose = options.portsFile && options.port == 0 && options.controlPort == 0;
+  const auto [web, control] = mayChoose ? lastPorts(options.portsFile.get()) : Ports();
+  if (!mayChoose || !service->listen(web, control)) {
+    service = std::make_unique<demo::Service>();
+    const auto listening = service->listen(static_cast<std::uint16_t>(options.port),
+                                           static_cast<std::uint16_t>(options.controlPort));
+    if (!listening)
+      return failWith(listening.error());
+  }
+  const auto ports =
+      fmt::format("{{\"web\": {}, \"control\": {}}}\n", service->webPort(), service->controlPort());
+  for (const auto& problem :
+       {write(options.siteFile, siteFor(service->webPort())), write(options.portsFile, ports)})
+    if (!problem.empty())
+      return failWith(problem);
 
-  const LoopPtr loop(g_main_loop_new(nullptr, FALSE));
+  const std::unique_ptr<GMainLoop, decltype(&g_main_loop_unref)> loop(g_main_loop_new(nullptr, FALSE),
+                                                                      &g_main_loop_unref);
   g_unix_signal_add(SIGTERM, quit, loop.get());
   g_unix_signal_add(SIGINT, quit, loop.get());
-  if (options->untilEof)
+  if (options.untilEof)
     g_unix_fd_add(STDIN_FILENO, GIOCondition(G_IO_IN | G_IO_HUP | G_IO_ERR), quitAtEof, loop.get());
-  const boost::json::object ready{{"web", fmt::format("http://localhost:{}/", (*service)->webPort())},
-                                  {"control", fmt::format("http://localhost:{}/", (*service)->controlPort())},
-                                  {"siteFile", options->siteFile}};
+  const boost::json::object ready{{"web", fmt::format("http://localhost:{}/", service->webPort())},
+                                  {"control", fmt::format("http://localhost:{}/", service->controlPort())},
+                                  {"siteFile", options.siteFile ? options.siteFile.get() : ""}};
   fmt::print("{}\n", boost::json::serialize(ready));
   std::fflush(stdout);
   g_main_loop_run(loop.get());

@@ -1,108 +1,113 @@
 #include "ServiceFixture.h"
 
-#include "demo/FaultPlan.h"
+#include <chrono>
 
 namespace ondrel::demo {
 
-class ControlTest : public ServiceFixture {};
+class ControlTest : public ServiceFixture {
+ protected:
+  Answer fail(const std::string& fault) { return order("fail", fault); }
+};
 
-TEST_F(ControlTest, AnswersWithAStatusForTheOrderedCountAndPathOnly) {
-  ASSERT_EQ(order("fail", R"({"path": "/mail", "count": 2, "kind": "status", "status": 503})").status, 200u);
-  EXPECT_EQ(fetch({web("/settings/general")}).status, 200u);
-  EXPECT_EQ(fetch({web("/mail/Inbox/")}).status, 503u);
-  EXPECT_EQ(fetch({web("/mail/long")}).status, 503u);
-  EXPECT_EQ(fetch({web("/mail/Inbox/")}).status, 200u);
+TEST_F(ControlTest, GoesWrongForTheOrderedPathAndCountOldestFirst) {
+  fail(R"({"path": "/mail", "count": 2, "status": 503, "body": "{\"x\""})");
+  fail(R"({"path": "/", "kind": "close"})");
+  EXPECT_EQ(get("/mail/Inbox/").status, 503U);
+  EXPECT_EQ(get("/app/app.css").status, 0U);
+  EXPECT_EQ(get("/app/app.css").status, 200U);
+  EXPECT_EQ(get("/mail/long").body, "{\"x\"");
+  EXPECT_EQ(get("/mail/long").status, 200U);
+
+  fail(R"({"method": "Email/get", "type": "serverUnavailable"})");
+  EXPECT_EQ(call("Email/get", R"({"ids": []})").at(1).at("type"), "serverUnavailable");
+  EXPECT_EQ(call("Email/get", R"({"ids": []})").at(0), "Email/get");
 }
 
-TEST_F(ControlTest, ClosesTheConnection) {
-  ASSERT_EQ(order("fail", R"({"path": "/app/", "kind": "close"})").status, 200u);
-  const auto answer = fetch({web("/app/app.css")});
-  EXPECT_EQ(answer.status, 0u);
-  EXPECT_FALSE(answer.error.empty());
-  EXPECT_EQ(fetch({web("/app/app.css")}).status, 200u);
+TEST_F(ControlTest, AnswersLateWithoutHoldingUpOthers) {
+  fail(R"({"path": "/mail", "kind": "delay", "milliseconds": 60})");
+  fail(R"({"path": "/settings/", "status": 500, "milliseconds": 30})");
+  const auto start = std::chrono::steady_clock::now();
+  auto slow = ask("GET", "/mail/Inbox/");
+  auto refused = ask("GET", "/settings/general");
+  EXPECT_EQ(get("/app/app.css").status, 200U);
+  EXPECT_EQ(refused.answer().status, 500U);
+  EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(30));
+  EXPECT_EQ(slow.answer().status, 200U);
+  EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(60));
 }
 
 TEST_F(ControlTest, KeepsSilentUntilReset) {
-  ASSERT_EQ(order("fail", R"({"path": "/", "kind": "silence"})").status, 200u);
-  Call silent({web("/mail/Inbox/")});
-  while (boost::json::parse(fetch({control("requests")}).body).as_object().empty()) {
-  }
-  EXPECT_EQ(fetch({web("/mail/Inbox/")}).status, 200u);
-  EXPECT_FALSE(silent.isDone());
-  ASSERT_EQ(order("reset").status, 200u);
-  EXPECT_FALSE(silent.wait().error.empty());
-}
-
-TEST_F(ControlTest, DelaysAnAnswerWithoutHoldingUpOthers) {
-  ASSERT_EQ(order("fail", R"({"path": "/mail", "kind": "delay", "milliseconds": 60})").status, 200u);
-  const auto start = g_get_monotonic_time();
-  Call slow({web("/mail/Inbox/")});
-  EXPECT_EQ(fetch({web("/app/app.css")}).status, 200u);
-  EXPECT_EQ(slow.wait().status, 200u);
-  EXPECT_GE(g_get_monotonic_time() - start, 60'000);
+  fail(R"({"path": "/", "kind": "silence"})");
+  auto silent = ask("GET", "/mail/Inbox/");
+  while (!asked("requests").at("localhost").as_object().contains("/mail/Inbox/"))
+    silent.hasMore();
+  EXPECT_EQ(get("/mail/Inbox/").status, 200U);
+  EXPECT_FALSE(silent.hasMore());
+  order("reset");
+  EXPECT_EQ(silent.answer().status, 0U);
 }
 
 TEST_F(ControlTest, ForgetsAHeldRequestWhoseClientHasGone) {
-  const auto cookie = signIn();
-  ASSERT_EQ(order("fail", R"({"path": "/data", "kind": "delay", "milliseconds": 30})").status, 200u);
-  {
-    Call given(
-        {web("/data/send"), "POST", {{"Cookie", cookie}}, R"({"to": ["a@b.example"], "subject": "x"})"});
-    while (!fetch({control("requests")}).body.contains("/data/send")) {
-    }
-  }
-  ASSERT_EQ(order("fail", R"({"path": "/mail", "kind": "delay", "milliseconds": 60})").status, 200u);
-  EXPECT_EQ(fetch({web("/mail/Inbox/")}).status, 200u) << "answered after the abandoned one came due";
-  EXPECT_NE(data("list?mailbox=Sent", cookie).at("rows").at(0).at("subject"), "x") << "it never arrived";
+  fail(R"({"path": "/data/send", "kind": "delay", "milliseconds": 30})");
+  auto given = ask("POST", "/data/send", cookie_, R"({"to": ["a@b.example"], "subject": "x"})");
+  while (!asked("requests").at("localhost").as_object().contains("/data/send"))
+    given.hasMore();
+  given.close();
+  fail(R"({"path": "/mail", "kind": "delay", "milliseconds": 60})");
+  EXPECT_EQ(get("/mail/Inbox/").status, 200U) << "answered after the abandoned one came due";
+  EXPECT_NE(data("list?mailbox=Sent").at("rows").at(0).at("subject"), "x") << "it never arrived";
 }
 
 TEST_F(ControlTest, RefusesWebPagesAndNonsense) {
-  EXPECT_EQ(fetch({control("sign-out"), "POST", {{"Origin", web("")}}, "{}"}).status, 403u);
-  EXPECT_EQ(fetch({control("requests"), "GET", {{"Host", "rebound.example"}}}).status, 403u);
-  EXPECT_EQ(fetch({control("sign-out")}).status, 405u);
-  EXPECT_EQ(fetch({web("/control/sign-out"), "POST", {}, "{}"}).status, 404u);
-  for (const char* nonsense :
-       {"", "[]", R"({"count": 1})", R"({"path": "mail"})", R"({"path": "/", "count": 0})",
-        R"({"path": "/", "kind": "explode"})", R"({"path": "/", "status": 99})",
-        R"({"path": "/", "kind": "delay", "milliseconds": -1})"}) {
-    EXPECT_EQ(order("fail", nonsense).status, 400u) << nonsense;
-  }
-  EXPECT_EQ(fetch({web("/mail/Inbox/")}).status, 200u) << "none of it was taken as an order";
+  EXPECT_EQ(ask("POST", "/control/sign-out", "Origin: http://localhost\r\n").answer().status, 403U);
+  EXPECT_EQ(get("/control/requests", "", "rebound.example").status, 403U);
+  EXPECT_EQ(get("/control/sign-out").status, 404U);
+  const std::pair<const char*, const char*> nonsense[] = {
+      {"fail", "[]"},
+      {"fail", R"({"path": "mail"})"},
+      {"fail", R"({"path": "/", "count": 0})"},
+      {"fail", R"({"path": "/", "kind": "explode"})"},
+      {"fail", R"({"path": "/", "status": 99})"},
+      {"fail", R"({"path": "/", "kind": "delay", "milliseconds": -1})"},
+      {"stream", R"({"action": "explode"})"},
+      {"deliver", R"({"mailbox": "none"})"},
+      {"deliver", R"({"count": 0})"},
+      {"deliver", R"({"threadId": "T0"})"},
+  };
+  for (const auto& [name, body] : nonsense)
+    EXPECT_EQ(order(name, body).status, 400U) << body;
+  EXPECT_EQ(page("/mail/Inbox/").status, 200U) << "none of it was taken as an order";
 }
 
-TEST_F(ControlTest, CountsRequestsByHostAndPath) {
-  fetch({web("/mail/Inbox/?u=demo")});
-  fetch({web("/mail/Inbox/?u=other")});
-  fetch({web("/source/M1", "usercontent.localhost")});
-  const auto counts = boost::json::parse(fetch({control("requests")}).body);
-  EXPECT_EQ(counts.at("localhost").at("/mail/Inbox/"), 2);
-  EXPECT_EQ(counts.at("usercontent.localhost").at("/source/M1"), 1);
+TEST_F(ControlTest, RemembersWhatWasAskedButNotTheToken) {
+  post(request(R"([["Mailbox/get", {"accountId": "u12345678"}, "1"]])"));
+  get("/source/M1", token_, "usercontent.localhost");
+  get("/source/M1", "", "usercontent.localhost");
+  EXPECT_EQ(asked("requests").at("usercontent.localhost").at("/source/M1"), 2);
+  const auto entries = asked("jmap-requests").as_array();
+  ASSERT_EQ(entries.size(), 2U);
+  EXPECT_THAT(text(entries[0].at("request").at("methodCalls")), HasSubstr("Mailbox/get"));
+  EXPECT_EQ(entries[1].at("hasAuthorization"), true);
+  EXPECT_FALSE(text(entries).contains(token_.substr(token_.find("demo-"), 20)));
+  order("reset");
+  EXPECT_EQ(text(asked("jmap-requests")), "[]");
 }
 
-TEST_F(ControlTest, DeliversToTheTopOfTheInbox) {
-  const auto delivered = boost::json::parse(
-      order("deliver", R"({"subject": "Just in", "text": "<b>not bold</b>", "fromName": "Kofi"})").body);
-  const auto cookie = signIn();
-  const auto row = data("list?mailbox=Inbox&limit=1", cookie).at("rows").at(0);
-  EXPECT_EQ(row.at("emailId"), delivered.at("emailId"));
+TEST_F(ControlTest, DeliversAsOrdered) {
+  const auto id =
+      deliver(R"({"subject": "Just in", "text": "<b>not bold</b>", "fromName": "Kofi"})").at("emailId");
+  const auto row = data("list?mailbox=Inbox&limit=1").at("rows").at(0);
+  EXPECT_EQ(row.at("emailId"), id);
   EXPECT_EQ(row.at("isUnread"), true);
-  const std::string threadId(row.at("threadId").as_string());
-  EXPECT_EQ(data("thread?id=" + threadId, cookie).at("messages").at(0).at("html"),
-            "<p>&lt;b&gt;not bold&lt;/b&gt;</p>");
-
-  order("deliver", R"({"threadId": "T4", "text": "One more."})");
-  EXPECT_EQ(data("thread?id=T4", cookie).at("messages").as_array().size(), 2u);
-}
-
-TEST(FaultPlanTest, UsesUpTheOldestOrderThatFits) {
-  FaultPlan plan;
-  plan.add("/jmap", 1, {.status = 401});
-  plan.add("/", 2, {.status = 500});
-  plan.add("/never", 0, {.status = 418});
-  EXPECT_EQ(plan.take("/jmap/session")->status, 401u);
-  EXPECT_EQ(plan.take("/jmap/session")->status, 500u);
-  EXPECT_EQ(plan.take("/never")->status, 500u);
-  EXPECT_FALSE(plan.take("/never"));
+  EXPECT_EQ(row.at("preview"), "<b>not bold</b>") << "text, and no markup";
+  const auto more =
+      deliver(R"({"threadId": "T4", "count": 2, "from": null, "subject": null, "mailbox": "Spam"})");
+  EXPECT_EQ(more.at("emailIds").as_array().size(), 2U);
+  EXPECT_EQ(data("thread?id=T4").at("messages").as_array().size(), 3U);
+  EXPECT_EQ(
+      email(std::string(more.at("emailId").as_string()), R"(["from", "subject", "mailboxIds", "keywords"])"),
+      R"({"id":)" + text(more.at("emailId")) +
+          R"(,"mailboxIds":{"junk":true},"keywords":{},"from":null,"subject":null})");
 }
 
 } // namespace ondrel::demo
