@@ -1,33 +1,33 @@
 #include "demo/Service.h"
 
-#include "demo/DataSurface.h"
-#include "demo/SampleMail.h"
-#include "demo/WebAppSurface.h"
+#include "demo/mail/SampleMail.h"
+#include "demo/web/DataSurface.h"
+#include "demo/web/WebAppSurface.h"
 
 namespace ondrel::demo {
 
 Service::Service()
     : web_([this](SoupServerMessage* message) {
-        log_.note(Exchange(message));
+        log_.note(http::Exchange(message));
         gate_.pass(message);
       }),
       controlServer_([this](SoupServerMessage* message) {
-        Exchange exchange(message);
+        http::Exchange exchange(message);
         control_.handle(exchange);
       }),
       jmap_({store_, isInLabelsMode_,
              [this](const std::string& method) {
-               return faults_.take(method).transform([](const Fault& fault) { return fault.body; });
+               return faults_.take(method).transform([](const control::Fault& fault) { return fault.body; });
              }},
             signIn_, streams_),
       gate_(faults_, [this](SoupServerMessage* message) {
-        Exchange exchange(message);
+        http::Exchange exchange(message);
         router_.dispatch(exchange);
       }) {
-  fillWithSampleMail(store_);
+  mail::fillWithSampleMail(store_);
   store_.forgetChanges(); // what happened before the service began
-  addWebApp(router_, store_, signIn_);
-  addData(router_, store_, signIn_);
+  web::addWebApp(router_, store_, signIn_);
+  web::addData(router_, store_, signIn_);
   jmap_.addTo(router_);
 }
 

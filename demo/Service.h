@@ -1,7 +1,7 @@
 #pragma once
 
-#include "demo/ControlSurface.h"
-#include "demo/JmapSurface.h"
+#include "demo/control/ControlSurface.h"
+#include "demo/jmap/JmapSurface.h"
 
 #include <cstdint>
 #include <expected>
@@ -21,18 +21,18 @@ class Service {
   std::uint16_t controlPort() const { return controlPort_; }
 
  private:
-  HttpServer web_; // the servers go last, after the answers that are under way
-  HttpServer controlServer_;
-  MailStore store_;
-  SignIn signIn_;
+  http::HttpServer web_; // the servers go last, after the answers that are under way
+  http::HttpServer controlServer_;
+  mail::MailStore store_;
+  http::SignIn signIn_;
   bool isInLabelsMode_ = true;
-  RequestLog log_;
-  Router router_;
-  FaultPlan faults_;
-  EventStreams streams_{store_};
-  JmapSurface jmap_;
-  FaultGate gate_;
-  ControlSurface control_{{faults_, gate_, log_, signIn_, store_, streams_, isInLabelsMode_}};
+  control::RequestLog log_;
+  http::Router router_;
+  control::FaultPlan faults_;
+  jmap::EventStreams streams_{store_};
+  jmap::JmapSurface jmap_;
+  control::FaultGate gate_;
+  control::ControlSurface control_{{faults_, gate_, log_, signIn_, store_, streams_, isInLabelsMode_}};
   std::uint16_t webPort_ = 0;
   std::uint16_t controlPort_ = 0;
 };

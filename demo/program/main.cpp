@@ -1,6 +1,6 @@
-#include "demo/JmapApi.h"
-#include "demo/JsonFields.h"
 #include "demo/Service.h"
+#include "demo/http/JsonFields.h"
+#include "demo/jmap/JmapApi.h"
 #include "platform/linux/glib/GlibEventLoop.h"
 
 #include <boost/json.hpp>
@@ -65,7 +65,8 @@ Ports lastPorts(const char* path) {
   boost::system::error_code error;
   const auto value = boost::json::parse(text ? text : "", error);
   const auto ports = value.is_object() ? value.get_object() : boost::json::object();
-  return {demo::fieldOr<std::uint16_t>(ports, "web", 0), demo::fieldOr<std::uint16_t>(ports, "control", 0)};
+  return {demo::http::fieldOr<std::uint16_t>(ports, "web", 0),
+          demo::http::fieldOr<std::uint16_t>(ports, "control", 0)};
 }
 
 // Whole and for the user alone. What went wrong, or nothing.
@@ -98,7 +99,7 @@ std::string siteFor(std::uint16_t port) {
   "SupportAddress": ""
 }}
 )",
-                     port, demo::userCapability(port));
+                     port, demo::jmap::userCapability(port));
 }
 
 gboolean quit(gpointer loop) {

@@ -1,0 +1,50 @@
+#include "demo/control/Delivery.h"
+
+#include "demo/http/JsonFields.h"
+#include "demo/mail/SampleMail.h"
+
+#include <boost/json.hpp>
+
+namespace ondrel::demo::control {
+
+namespace json = boost::json;
+
+namespace {
+
+bool isNull(const json::object& order, std::string_view key) {
+  const auto* value = order.if_contains(key);
+  return value && value->is_null();
+}
+
+} // namespace
+
+std::optional<json::object> deliver(mail::MailStore& store, const json::object& order) {
+  const auto text = [&](const char* key, const char* otherwise) {
+    return http::fieldOr<std::string>(order, key, otherwise);
+  };
+  const auto* mailbox = store.mailbox(text("mailbox", "inbox"));
+  const auto count = http::fieldOr<std::int64_t>(order, "count", 1);
+  const auto threadId = text("threadId", "");
+  if (!mailbox || count < 1 || count > 10'000 || (!threadId.empty() && store.thread(threadId).empty()))
+    return std::nullopt;
+  json::array emailIds;
+  for (std::int64_t i = 0; i < count; ++i) {
+    auto email = store.draft(threadId);
+    if (!isNull(order, "subject"))
+      email.subject = text("subject", "A new message");
+    if (!isNull(order, "from"))
+      email.from = {text("fromName", "Nadia Okafor"), text("fromEmail", "nadia.okafor@example.org")};
+    email.to = {mail::demoUser()};
+    email.receivedAt = std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now());
+    email.mailboxIds = {mailbox->id};
+    if (!http::fieldOr(order, "unread", true))
+      email.markRead();
+    email.html = "<p>" + mail::escapedHtml(text("text", "Delivered a moment ago.")) + "</p>";
+    emailIds.emplace_back(store.add(std::move(email)).id);
+  }
+  const std::string last(emailIds.back().get_string());
+  return json::object{
+      {"emailId", last}, {"threadId", store.email(last)->threadId}, {"emailIds", std::move(emailIds)}};
+}
+
+} // namespace ondrel::demo::control
