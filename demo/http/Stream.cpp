@@ -18,8 +18,9 @@ Stream::Stream(SoupServerMessage* message, const char* contentType, std::functio
   soup_message_body_set_accumulate(soup_server_message_get_response_body(message), FALSE);
   const GSocketSourceFunc callback = [](GSocket*, GIOCondition, gpointer self) -> gboolean {
     auto* stream = static_cast<Stream*>(self);
+    const auto gone = stream->gone_;
     if (clientHasGone(stream->message_.get()))
-      stream->gone_();
+      gone();
     return G_SOURCE_CONTINUE; // a source that was destroyed meanwhile doesn't come again
   };
   g_source_set_callback(watch_, G_SOURCE_FUNC(callback), this, nullptr);

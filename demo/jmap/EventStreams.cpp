@@ -37,11 +37,12 @@ void EventStreams::open(http::Exchange& exchange) {
     return;
   }
   auto& listener = listeners_.emplace_back();
-  for (const auto& [name, type] : types)
+  // A state that isn't one, or none, stands for having missed everything.
+  const auto lastEventId = exchange.header("Last-Event-ID").value_or(isTerse_ ? eventId() : "");
+  const auto [mailboxState, emailState] = http::split(lastEventId);
+  for (const auto& [name, state] : {std::pair("Mailbox", mailboxState), std::pair("Email", emailState)})
     if (("," + *wanted + ",").contains(std::string(",") + name + ","))
-      listener.told[name] = "";
-  if (const auto lastEventId = exchange.header("Last-Event-ID"); lastEventId || isTerse_)
-    goOnFrom(listener, lastEventId.value_or(eventId()));
+      listener.told[name] = state;
   listener.stream.emplace(exchange.message(), "text/event-stream; charset=utf-8", [this, &listener] {
     listeners_.remove_if([&](const Listener& other) { return &other == &listener; });
   });
@@ -51,22 +52,8 @@ void EventStreams::open(http::Exchange& exchange) {
 }
 
 std::string EventStreams::eventId() const {
-  return store_.changes().state(mail::DataType::mailbox) + "." +
+  return store_.changes().state(mail::DataType::mailbox) + "/" +
          store_.changes().state(mail::DataType::email);
-}
-
-// One that can't be understood stands for having missed everything.
-void EventStreams::goOnFrom(Listener& listener, const std::string& lastEventId) const {
-  const auto dot = lastEventId.find('.');
-  if (dot == std::string::npos)
-    return;
-  const std::string states[] = {lastEventId.substr(0, dot), lastEventId.substr(dot + 1)};
-  for (std::size_t i = 0; i < 2; ++i)
-    if (!store_.changes().since(types[i].second, states[i], 1))
-      return;
-  for (std::size_t i = 0; i < 2; ++i)
-    if (const auto wanted = listener.told.find(types[i].first); wanted != listener.told.end())
-      wanted->second = states[i];
 }
 
 void EventStreams::tell(Listener& listener) {

@@ -36,7 +36,6 @@ class EventStreams {
   };
 
   std::string eventId() const;
-  void goOnFrom(Listener& listener, const std::string& lastEventId) const;
   void tell(Listener& listener);
   void schedulePing(Listener& listener);
 

@@ -51,7 +51,7 @@ bool isMethodCall(const json::value& call) {
 }
 
 // Replaces each argument "#name" by "name" with what it refers to in the responses so far (RFC 8620, 3.7,
-// without "*"). False when a reference can't be followed or the argument is given both ways.
+// without "*"). False when a reference can't be followed.
 bool resolveReferences(json::object& arguments, const json::array& responses) {
   for (const auto& [key, reference] : json::object(arguments)) {
     if (!key.starts_with('#'))
@@ -66,7 +66,7 @@ bool resolveReferences(json::object& arguments, const json::array& responses) {
     const auto* found = response == responses.end() || !path || !path->is_string()
                             ? nullptr
                             : response->at(1).find_pointer(path->get_string(), error);
-    if (!found || arguments.contains(key.substr(1)))
+    if (!found)
       return false;
     arguments[key.substr(1)] = *found;
     arguments.erase(key);

@@ -15,7 +15,7 @@ namespace {
 // The few entities that the sample mail uses.
 std::string withoutEntities(std::string text) {
   constexpr std::array<std::pair<std::string_view, std::string_view>, 5> entities{
-      {{"&lt;", "<"}, {"&gt;", ">"}, {"&quot;", "\""}, {"&#39;", "'"}, {"&amp;", "&"}}};
+      {{"&lt;", "<"}, {"&gt;", ">"}, {"&quot;", "\""}, {"&apos;", "'"}, {"&amp;", "&"}}};
   for (const auto& [entity, character] : entities)
     for (auto at = text.find(entity); at != std::string::npos; at = text.find(entity, at + 1))
       text.replace(at, entity.size(), character);

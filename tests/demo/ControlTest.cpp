@@ -95,11 +95,11 @@ TEST_F(ControlTest, RemembersWhatWasAskedButNotTheToken) {
 
 TEST_F(ControlTest, DeliversAsOrdered) {
   const auto id =
-      deliver(R"({"subject": "Just in", "text": "<b>not bold</b>", "fromName": "Kofi"})").at("emailId");
+      deliver(R"({"subject": "Just in", "text": "<b>isn't bold</b>", "fromName": "Kofi"})").at("emailId");
   const auto row = data("list?mailbox=Inbox&limit=1").at("rows").at(0);
   EXPECT_EQ(row.at("emailId"), id);
   EXPECT_EQ(row.at("isUnread"), true);
-  EXPECT_EQ(row.at("preview"), "<b>not bold</b>") << "text, and no markup";
+  EXPECT_EQ(row.at("preview"), "<b>isn't bold</b>") << "text, and no markup";
   const auto more =
       deliver(R"({"threadId": "T4", "count": 2, "from": null, "subject": null, "mailbox": "Spam"})");
   EXPECT_EQ(more.at("emailIds").as_array().size(), 2U);
