@@ -2,8 +2,6 @@
 
 namespace ondrel::demo::control {
 
-namespace json = boost::json;
-
 namespace {
 
 constexpr std::size_t mostEntries = 500;

@@ -21,7 +21,7 @@ std::string folded(const std::string& text) {
 template <class TextOf>
 EmailPredicate holds(const std::string& wanted, TextOf textOf) {
   std::istringstream text(folded(wanted));
-  std::vector<std::string> words(std::istream_iterator<std::string>(text), {});
+  const std::vector<std::string> words(std::istream_iterator<std::string>(text), {});
   return [words, textOf](const mail::Email& email) {
     const auto within = folded(textOf(email));
     return std::ranges::all_of(words, [&](const std::string& word) { return within.contains(word); });

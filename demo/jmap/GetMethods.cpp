@@ -5,6 +5,7 @@
 
 #include <functional>
 #include <set>
+#include <vector>
 
 namespace ondrel::demo::jmap {
 
@@ -13,18 +14,19 @@ namespace json = boost::json;
 namespace {
 
 using Names = std::set<std::string>;
+using Ids = std::vector<std::string>;
 
 // The common part of the "/get" methods, RFC 8620, 5.1.
 struct Getter {
   const char* accountId;
   std::string state;
   Names properties;
-  std::optional<Names> all; // what null stands for; none for too many
+  std::optional<Ids> all; // what null stands for; none for too many
   std::function<std::optional<json::object>(const std::string& id)> make;
 };
 
 MethodResult got(const Getter& getter, Arguments& arguments) {
-  const auto ids = arguments.get<Names>("ids");
+  const auto ids = arguments.get<Ids>("ids");
   auto chosen = arguments.get<Names>("properties").value_or(getter.properties);
   for (const auto& property : chosen)
     if (!getter.properties.contains(property))
@@ -37,7 +39,10 @@ MethodResult got(const Getter& getter, Arguments& arguments) {
     return std::unexpected(MethodError{"requestTooLarge"});
   json::array list;
   json::array notFound;
+  Names seen;
   for (const auto& id : *wanted) {
+    if (!seen.insert(id).second)
+      continue; // an id that is named twice is answered once
     const auto whole = getter.make(id);
     if (!whole) {
       notFound.emplace_back(id);
@@ -89,9 +94,9 @@ MethodResult threadGet(const JmapContext& context, Arguments& arguments) {
 
 MethodResult mailboxGet(const JmapContext& context, Arguments& arguments) {
   const auto& store = context.store;
-  Names all;
+  Ids all;
   for (const auto& mailbox : store.mailboxes())
-    all.insert(mailbox.id);
+    all.push_back(mailbox.id);
   return got({mailAccountId,
               store.changes().state(mail::DataType::mailbox),
               {"id", "name", "parentId", "role", "totalEmails", "unreadEmails"},
@@ -117,7 +122,7 @@ MethodResult clientPreferencesGet(const JmapContext& context, Arguments& argumen
   return got({userAccountId,
               isInLabelsMode ? "labels" : "folders",
               {"id", "inLabelsMode"},
-              Names{"singleton"},
+              Ids{"singleton"},
               [&](const std::string& id) {
                 return id == "singleton"
                            ? std::optional(json::object{{"id", id}, {"inLabelsMode", isInLabelsMode}})

@@ -129,6 +129,7 @@ void addRepeatedText(MailStore& store, std::chrono::sys_seconds last) {
                "<p>The key is under the stone. The letters aaa stand here for the sake of overlaps.</p>");
 }
 
+// NOLINTBEGIN(misc-misleading-bidirectional): it means to mislead
 void addHostile(MailStore& store, std::chrono::sys_seconds last) {
   Conversation(store, "Your invoice \u202Efdp.exe", last, 1)
       .message(stranger,
@@ -137,13 +138,15 @@ void addHostile(MailStore& store, std::chrono::sys_seconds last) {
                "target=\"_blank\">https://bank.example/</a> "
                "<a href=\"javascript:alert('from a mail')\">read more</a> "
                "<a href=\"email://open?id=M1\">open in the program</a> "
-               "<a href=\"file://etc/passwd\" target=\"_blank\">a file of this machine</a></p>",
+               "<a href=\"file:///etc/passwd\" target=\"_blank\">a file of this machine</a></p>",
                {attachSample(store, "notes.txt", "../../outside.txt"),
                 attachSample(store, "notes.txt", std::string(300, 'n') + ".txt"),
                 attachSample(store, "notes.txt", ".hidden"),
                 attachSample(store, "notes.txt", "inv\u202Efdp.exe"),
                 attachSample(store, "notes.txt", "line\nbreak/slash.desktop")});
 }
+
+// NOLINTEND(misc-misleading-bidirectional)
 
 void addPageInAFrame(MailStore& store, std::chrono::sys_seconds last) {
   Conversation(store, "Where the ferry goes in winter", last, 1)

@@ -37,9 +37,10 @@ std::string readOptions(Options& options, int count, char** values) {
   const GOptionEntry entries[] = {
       {"port", 0, 0, G_OPTION_ARG_INT, &options.port, "Port of the web application; 0 takes a free one", "N"},
       {"control-port", 0, 0, G_OPTION_ARG_INT, &options.controlPort, "Port for orders; likewise", "N"},
-      {"site-file", 0, 0, G_OPTION_ARG_FILENAME, &siteFile, "Write the address file for the program", "PATH"},
-      {"ports-file", 0, 0, G_OPTION_ARG_FILENAME, &portsFile, "Remember the ports for the next start",
-       "PATH"},
+      {"site-file", 0, 0, G_OPTION_ARG_FILENAME, static_cast<void*>(&siteFile),
+       "Write the address file for the program", "PATH"},
+      {"ports-file", 0, 0, G_OPTION_ARG_FILENAME, static_cast<void*>(&portsFile),
+       "Remember the ports for the next start", "PATH"},
       {"until-eof", 0, 0, G_OPTION_ARG_NONE, &options.untilEof, "End with standard input", nullptr},
       {}};
   GOptionContext* context = g_option_context_new(nullptr);
@@ -118,7 +119,7 @@ int main(int count, char** values) {
   Options options;
   if (const auto problem = readOptions(options, count, values); !problem.empty())
     return failWith(problem);
-  glib::GlibEventLoop events;
+  const glib::GlibEventLoop events;
   auto service = std::make_unique<demo::Service>();
   // The ports of the last run may be taken by now.
   const bool mayChoose = options.portsFile && options.port == 0 && options.controlPort == 0;

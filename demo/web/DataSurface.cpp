@@ -32,7 +32,7 @@ struct Asked {
   }
 };
 
-// None when there is no such thing.
+// None when there is no such thing, or the request makes no sense.
 using Answer = std::optional<json::value>;
 
 json::object jsonOf(const mail::Address& address) {
@@ -202,7 +202,8 @@ void addData(http::Router& router, mail::MailStore& store, http::SignIn& signIn)
       else if (const auto found = answer({exchange, store, signIn}))
         exchange.replyJson(*found);
       else
-        exchange.refuse(SOUP_STATUS_NOT_FOUND, "No such thing.");
+        exchange.refuse(exchange.method() == "POST" ? SOUP_STATUS_BAD_REQUEST : SOUP_STATUS_NOT_FOUND,
+                        "No such thing.");
     });
 }
 

@@ -73,6 +73,9 @@ class Client {
     bool isEnded = false;
     GSource* source = nullptr;
 
+    State() = default;
+    State(const State&) = delete;
+    State& operator=(const State&) = delete;
     ~State() {
       g_source_destroy(source);
       g_source_unref(source);

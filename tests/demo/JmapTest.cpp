@@ -121,13 +121,15 @@ TEST_F(JmapTest, GivesWhatClientsAskFor) {
                      "#ids": {"resultOf": "q", "name": "Email/query", "path": "/ids"}}, "g"],
       ["Email/get", {"accountId": "u12345678",
                      "#ids": {"resultOf": "q", "name": "Email/get", "path": "/ids"}}, "n"],
-      ["Thread/get", {"accountId": "u12345678", "ids": ["T1", "T0"]}, "t"],
+      ["Thread/get", {"accountId": "u12345678", "ids": ["T4", "T0", "T1", "T4"]}, "t"],
       ["Mailbox/get", {"accountId": "u12345678", "ids": ["house", "House & garden"], "properties": ["name"]}, "m"],
       ["ClientPreferences/get", {"accountId": "u87654321", "ids": null}, "c"]])");
   EXPECT_GT(responses[0].at(1).at("total").to_number<int>(), 3000);
   EXPECT_EQ(text(responses[1].at(1).at("list")), R"([{"id":"M3","threadId":"T1"}])");
   EXPECT_EQ(responses[2].at(1).at("type"), "invalidResultReference") << "the result of another method";
-  EXPECT_EQ(text(responses[3].at(1).at("list")), R"([{"id":"T1","emailIds":["M1","M2","M3","M4"]}])");
+  EXPECT_EQ(text(responses[3].at(1).at("list")),
+            R"([{"id":"T4","emailIds":["M31"]},{"id":"T1","emailIds":["M1","M2","M3","M4"]}])")
+      << "in the order of the ids, and each once";
   EXPECT_EQ(text(responses[3].at(1).at("notFound")), R"(["T0"])");
   EXPECT_EQ(text(responses[4].at(1).at("list")), R"([{"id":"house","name":"House & garden"}])");
   EXPECT_EQ(text(responses[5].at(1).at("list")), R"([{"id":"singleton","inLabelsMode":true}])");

@@ -75,9 +75,9 @@ TEST_F(WebAppTest, KeepsWhatIsReadMovedAndSent) {
   const auto shown = get(path, "", "usercontent.localhost");
   EXPECT_EQ(shown.body, bytes);
   EXPECT_THAT(shown.head, HasSubstr("application/octet-stream"));
-  EXPECT_EQ(act("share", R"({"blobId": "none"})").status, 404U);
+  EXPECT_EQ(act("share", R"({"blobId": "none"})").status, 400U);
 
-  EXPECT_EQ(act("send", R"({"to": [], "subject": "Nobody"})").status, 404U);
+  EXPECT_EQ(act("send", R"({"to": [], "subject": "Nobody"})").status, 400U);
   act("send",
       R"({"to": ["a@b.example"], "subject": "Hello", "html": "", "blobIds": [)" + id + R"(, "none"]})");
   const auto row = data("list?mailbox=Sent").at("rows").at(0);
