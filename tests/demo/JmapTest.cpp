@@ -44,7 +44,7 @@ TEST_F(JmapTest, DescribesItselfForTheHostThatIsAsked) {
 TEST_F(JmapTest, RefusesWholeRequestsWithProblemDetails) {
   const struct {
     std::string body;
-    const char* type;
+    const char* type = nullptr;
     const char* contentType = "application/json";
   } cases[] = {
       {"{", "notJSON"},
@@ -66,9 +66,9 @@ TEST_F(JmapTest, RefusesWholeRequestsWithProblemDetails) {
 
 TEST_F(JmapTest, EndsSingleCallsWithMethodErrors) {
   const struct {
-    const char* method;
-    const char* arguments;
-    const char* type;
+    const char* method = nullptr;
+    const char* arguments = nullptr;
+    const char* type = nullptr;
     const char* account = mail;
   } cases[] = {
       {"Email/copy", "{}", "unknownMethod"},
