@@ -8,6 +8,8 @@ std::string JMAPError::description() const {
     return "Navigation failed: " + detail;
   case Kind::notAuthenticated:
     return "Fastmail is not signed in.";
+  case Kind::noMailAccount:
+    return "No mail account found in the JMAP session.";
   case Kind::badResponse:
   case Kind::rejected:
     return "Unexpected JMAP response format.";

@@ -10,6 +10,7 @@ struct JMAPError {
   enum class Kind {
     navigationFailed, // the hidden page can't be loaded; detail says why
     notAuthenticated,
+    noMailAccount,
     badResponse, // a method-level error, or an answer of another shape than expected
     rejected,    // the server says no to the request as a whole, or for the moment
     refused,     // the server says no to one change; its reason, in detail
@@ -31,6 +32,7 @@ struct JMAPError {
     return {Kind::navigationFailed, std::move(reason)};
   }
   static JMAPError notAuthenticated() { return {Kind::notAuthenticated, {}}; }
+  static JMAPError noMailAccount() { return {Kind::noMailAccount, {}}; }
   static JMAPError badResponse() { return {Kind::badResponse, {}}; }
   static JMAPError rejected() { return {Kind::rejected, {}}; }
   static JMAPError refused(std::string reason) { return {Kind::refused, std::move(reason)}; }

@@ -2,6 +2,7 @@
 
 #include "jmap/AttachmentInfo.h"
 #include "jmap/JMAPClient.h"
+#include "jmap/MailListing.h"
 #include "jmap/MailboxCache.h"
 
 #include <cstdint>
@@ -91,6 +92,14 @@ class MailQueries {
   // The address of a message in the web application.
   async::Task<Result<std::string>> messageURL(std::string emailId);
   async::Task<Result<std::string>> messageURLForMessageId(std::string messageId);
+
+  // For readers outside the program, who are told what stands in the way: noMailAccount where there is none,
+  // and nothing is logged.
+  async::Task<Result<std::vector<EmailSummary>>> searchEmails(EmailSearch search); // newest first
+  async::Task<Result<FullEmail>> fullEmail(std::string emailId);
+  async::Task<Result<std::vector<MailboxSummary>>> listMailboxes();
+  // See JMAPClient.
+  async::Task<bool> isSignInShown() { return client_.isSignInShown(); }
 
   MailboxCache& mailboxes() { return *mailboxes_; }
   // For another account: operations that are under way keep what they find to themselves.

@@ -1,0 +1,200 @@
+#include "jmap/ISO8601Date.h"
+#include "jmap/JMAPReading.h"
+#include "jmap/MailQueries.h"
+#include "jmap/MailRequest.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace ondrel::jmap {
+
+namespace {
+
+namespace json = boost::json;
+
+using Listed = Result<std::vector<json::object>>;
+
+bool hasCallId(const json::value& response, std::string_view callId) {
+  const auto* parts = response.if_array();
+  const auto* id = parts && parts->size() > 2 ? (*parts)[2].if_string() : nullptr;
+  return id && *id == callId;
+}
+
+// The arguments of the first answer with that call id; answers may come in any number and order.
+const json::object* answerTo(const json::value& reply, std::string_view callId) {
+  const auto* top = reply.if_object();
+  const auto* responses = top ? arrayMember(*top, "methodResponses") : nullptr;
+  if (!responses)
+    return nullptr;
+  const auto found = std::ranges::find_if(
+      *responses, [&](const json::value& response) { return hasCallId(response, callId); });
+  return found != responses->end() ? found->get_array()[1].if_object() : nullptr;
+}
+
+// Nothing but objects may be in the list.
+Listed listedObjects(const json::value& reply, std::string_view callId) {
+  const auto* arguments = answerTo(reply, callId);
+  const auto* list = arguments ? arrayMember(*arguments, "list") : nullptr;
+  if (!list)
+    return std::unexpected(JMAPError::badResponse());
+  std::vector<json::object> result;
+  for (const auto& element : *list) {
+    if (!element.is_object())
+      return std::unexpected(JMAPError::badResponse());
+    result.push_back(element.get_object());
+  }
+  return result;
+}
+
+async::Task<Result<MailAccount>> listingAccount(JMAPClient& client) {
+  auto session = co_await client.fetchSessionData();
+  if (!session)
+    co_return std::unexpected(std::move(session).error());
+  auto id = mailAccountId(*session);
+  if (!id)
+    co_return std::unexpected(JMAPError::noMailAccount());
+  co_return MailAccount{*std::move(session), *std::move(id)};
+}
+
+// The list in the answer to one call of a request.
+async::Task<Listed> listedBy(JMAPClient& client, JMAPSessionData session, json::object request,
+                             std::string callId) {
+  const auto reply = co_await ask(client, std::move(session), std::move(request));
+  if (!reply)
+    co_return std::unexpected(reply.error());
+  co_return listedObjects(*reply, callId);
+}
+
+// The dates that people write and JMAP doesn't take, as the UTCDate (RFC 8620, section 1.4) that it asks for:
+// a day alone begins at midnight, UTC, and an offset is counted in. All else goes as it is.
+std::optional<std::string> utcDate(std::optional<std::string> given) {
+  if (!given || given->ends_with('Z'))
+    return given;
+  const auto isDay = given->size() == std::string_view("2025-01-01").size();
+  const auto date = parseISO8601Date(isDay ? *given + "T00:00:00Z" : *given);
+  return date ? formatUTCDate(*date) : std::move(given);
+}
+
+// A FilterCondition (RFC 8621, section 4.4.1), or an operator over several; absent for no condition.
+std::optional<json::object> filter(const EmailSearch& search) {
+  const std::pair<std::string_view, std::optional<std::string>> given[] = {{"after", utcDate(search.after)},
+                                                                           {"before", utcDate(search.before)},
+                                                                           {"from", search.from},
+                                                                           {"subject", search.subject}};
+  json::array conditions;
+  for (const auto& [key, value] : given)
+    if (value)
+      conditions.emplace_back(json::object{{key, *value}});
+  if (conditions.empty())
+    return std::nullopt;
+  if (conditions.size() == 1)
+    return conditions.front().get_object();
+  return json::object{{"operator", "AND"}, {"conditions", std::move(conditions)}};
+}
+
+json::array searchCalls(const EmailSearch& search, const std::string& accountId) {
+  json::object query{{"accountId", accountId},
+                     {"sort", json::array{json::object{{"property", "receivedAt"}, {"isAscending", false}}}},
+                     {"limit", search.limit}};
+  if (auto conditions = filter(search))
+    query["filter"] = *std::move(conditions);
+  json::object get{{"accountId", accountId},
+                   {"#ids", idsOfQuery()},
+                   {"properties", {"id", "subject", "from", "receivedAt", "preview"}}};
+  json::array calls;
+  calls.emplace_back(methodCall("Email/query", std::move(query), "q0"));
+  calls.emplace_back(methodCall("Email/get", std::move(get), "g0"));
+  return calls;
+}
+
+// The first element, of an array that holds at least one object and nothing else.
+const json::object* firstOfObjects(const json::object& object, std::string_view key) {
+  const auto* array = arrayMember(object, key);
+  if (!array)
+    return nullptr;
+  const auto elements = objects(*array);
+  return !elements.empty() && elements.size() == array->size() ? elements.front() : nullptr;
+}
+
+EmailSummary readSummary(const json::object& email) {
+  const auto* sender = firstOfObjects(email, "from");
+  return {.id = stringMember(email, "id"),
+          .senderName = sender ? stringMember(*sender, "name") : std::nullopt,
+          .senderAddress = sender ? stringMember(*sender, "email") : std::nullopt,
+          .subject = stringMember(email, "subject"),
+          .receivedAt = stringMember(email, "receivedAt"),
+          .preview = stringMember(email, "preview")};
+}
+
+std::optional<EmailBody> readBody(const json::object& email) {
+  const auto* part = firstOfObjects(email, "textBody");
+  const auto partId = part ? stringMember(*part, "partId") : std::nullopt;
+  const auto* values = partId ? objectMember(email, "bodyValues") : nullptr;
+  const auto* value = values ? objectMember(*values, *partId) : nullptr;
+  auto text = value ? stringMember(*value, "value") : std::nullopt;
+  if (!text)
+    return std::nullopt;
+  return EmailBody{.text = *std::move(text), .isHTML = stringMember(*part, "type") == "text/html"};
+}
+
+MailboxSummary readMailbox(const json::object& mailbox) {
+  return {.name = stringMember(mailbox, "name"),
+          .role = stringMember(mailbox, "role"),
+          .totalEmails = integerMember(mailbox, "totalEmails").value_or(0),
+          .unreadEmails = integerMember(mailbox, "unreadEmails").value_or(0)};
+}
+
+} // namespace
+
+async::Task<Result<std::vector<EmailSummary>>> MailQueries::searchEmails(EmailSearch search) {
+  auto account = co_await listingAccount(client_);
+  if (!account)
+    co_return std::unexpected(std::move(account).error());
+  const auto emails =
+      co_await listedBy(client_, account->session, jmapRequest(searchCalls(search, account->id)), "g0");
+  if (!emails)
+    co_return std::unexpected(emails.error());
+  std::vector<EmailSummary> result;
+  for (const auto& email : *emails)
+    result.push_back(readSummary(email));
+  co_return result;
+}
+
+async::Task<Result<FullEmail>> MailQueries::fullEmail(std::string emailId) {
+  auto account = co_await listingAccount(client_);
+  if (!account)
+    co_return std::unexpected(std::move(account).error());
+  auto request =
+      jmapRequest("Email/get",
+                  {{"accountId", account->id},
+                   {"ids", json::array{emailId}},
+                   {"properties", {"id", "subject", "from", "receivedAt", "textBody", "bodyValues"}},
+                   {"fetchTextBodyValues", true}},
+                  "g0");
+  const auto emails = co_await listedBy(client_, account->session, std::move(request), "g0");
+  if (!emails)
+    co_return std::unexpected(emails.error());
+  if (emails->empty())
+    co_return std::unexpected(JMAPError::badResponse());
+  co_return FullEmail{.summary = readSummary(emails->front()), .body = readBody(emails->front())};
+}
+
+async::Task<Result<std::vector<MailboxSummary>>> MailQueries::listMailboxes() {
+  auto account = co_await listingAccount(client_);
+  if (!account)
+    co_return std::unexpected(std::move(account).error());
+  auto request = jmapRequest("Mailbox/get",
+                             {{"accountId", account->id},
+                              {"ids", nullptr},
+                              {"properties", {"id", "name", "role", "totalEmails", "unreadEmails"}}},
+                             "m0");
+  const auto mailboxes = co_await listedBy(client_, account->session, std::move(request), "m0");
+  if (!mailboxes)
+    co_return std::unexpected(mailboxes.error());
+  std::vector<MailboxSummary> result;
+  for (const auto& mailbox : *mailboxes)
+    result.push_back(readMailbox(mailbox));
+  co_return result;
+}
+
+} // namespace ondrel::jmap
