@@ -2,11 +2,13 @@
 
 #include "base/Text.h"
 #include "jmap/JMAPReading.h"
+#include "jmap/MailQueries.h"
+#include "mcp/tools/MCPTools.h"
 
 #include <boost/json/array.hpp>
 #include <boost/json/object.hpp>
 
-#include <array>
+#include <algorithm>
 #include <utility>
 
 namespace ondrel::mcp {
@@ -15,9 +17,11 @@ namespace {
 
 namespace json = boost::json;
 
-// A call that is about to be made, or why there is none.
-using ToolCall = std::expected<async::Task<ToolOutcome>, JSONRPCError>;
-using ToolHandler = ToolCall (*)(MCPMailTools& tools, const json::object& arguments);
+// A call that can be made.
+struct ToolCall {
+  const tools::MCPTool* tool;
+  json::object arguments;
+};
 
 std::unexpected<JSONRPCError> failure(int code, std::string message) {
   return std::unexpected(JSONRPCError{code, std::move(message)});
@@ -27,66 +31,23 @@ std::unexpected<JSONRPCError> methodNotFound() {
   return failure(JSONRPCError::methodNotFound, "Method not found");
 }
 
-ToolCall searchEmails(MCPMailTools& tools, const json::object& arguments) {
-  EmailSearch search{.after = jmap::stringMember(arguments, "after"),
-                     .before = jmap::stringMember(arguments, "before"),
-                     .from = jmap::stringMember(arguments, "from"),
-                     .subject = jmap::stringMember(arguments, "subject")};
-  search.limit = jmap::integerMember(arguments, "limit").value_or(search.limit);
-  return tools.searchEmails(std::move(search));
-}
-
-ToolCall listMailboxes(MCPMailTools& tools, const json::object&) {
-  return tools.listMailboxes();
-}
-
-std::expected<std::string, JSONRPCError> requiredId(const json::object& arguments) {
-  if (auto id = jmap::stringMember(arguments, "id"))
-    return *std::move(id);
-  return failure(JSONRPCError::invalidParams, "Missing required parameter: id");
-}
-
-ToolCall getEmail(MCPMailTools& tools, const json::object& arguments) {
-  auto id = requiredId(arguments);
-  if (!id)
-    return std::unexpected(std::move(id).error());
-  return tools.getEmail(*std::move(id), jmap::integerMember(arguments, "offset").value_or(0));
-}
-
-ToolCall openInOndrel(MCPMailTools& tools, const json::object& arguments) {
-  auto id = requiredId(arguments);
-  if (!id)
-    return std::unexpected(std::move(id).error());
-  return tools.openInOndrel(*std::move(id));
-}
-
-struct ToolRow {
-  std::string_view name;
-  ToolHandler handler;
-};
-
-constexpr std::array toolRows{
-    ToolRow{"search_emails", searchEmails},
-    ToolRow{"get_email", getEmail},
-    ToolRow{"list_mailboxes", listMailboxes},
-    ToolRow{"open_in_ondrel", openInOndrel},
-};
-
-ToolCall toolCall(MCPMailTools& tools, const std::optional<JSONValue>& params) {
+std::expected<ToolCall, JSONRPCError> toolCall(const std::optional<JSONValue>& params) {
   const auto* object = params ? params->if_object() : nullptr;
   const auto name = object ? jmap::stringMember(*object, "name") : std::nullopt;
   if (!name)
     return failure(JSONRPCError::invalidParams, "Missing tool name");
+  const auto found = std::ranges::find(tools::mcpTools, *name, [](const auto* tool) { return tool->name; });
+  if (found == tools::mcpTools.end())
+    return methodNotFound();
   // Arguments of another type hold nothing, as missing ones do.
   const auto* given = jmap::objectMember(*object, "arguments");
-  const auto arguments = given ? *given : json::object();
-  for (const auto& row : toolRows)
-    if (row.name == *name)
-      return row.handler(tools, arguments);
-  return methodNotFound();
+  ToolCall call{.tool = *found, .arguments = given ? *given : json::object()};
+  for (const auto& argument : call.tool->arguments)
+    if (argument.isRequired && !argument.isGiven(call.arguments))
+      return failure(JSONRPCError::invalidParams,
+                     "Missing required parameter: " + std::string(argument.name));
+  return call;
 }
-
-} // namespace
 
 JSONValue initializeResult(std::string_view serverName, std::string_view serverVersion) {
   return {{"protocolVersion", "2024-11-05"},
@@ -94,20 +55,22 @@ JSONValue initializeResult(std::string_view serverName, std::string_view serverV
           {"serverInfo", {{"name", serverName}, {"version", serverVersion}}}};
 }
 
-JSONValue toolsListResult(const std::vector<MCPTool>& tools) {
+JSONValue toolsListResult() {
   json::array list;
-  for (const auto& tool : tools)
+  for (const auto* tool : tools::mcpTools)
     list.push_back(
-        {{"name", tool.name}, {"description", tool.description}, {"inputSchema", tool.inputSchema}});
+        {{"name", tool->name}, {"description", tool->description}, {"inputSchema", tool->inputSchema()}});
   return json::object{{"tools", std::move(list)}};
 }
 
-JSONValue toolCallResult(const std::vector<MCPContent>& content, bool isError) {
-  json::array list;
-  for (const auto& [type, text] : content)
-    list.push_back({{"type", type}, {"text", base::isValidUtf8(text) ? text : base::displayLine(text)}});
-  return {{"content", std::move(list)}, {"isError", isError}};
+// Text that is not UTF-8 is mended: JSON has no other.
+JSONValue toolCallResult(const std::string& text, bool isError) {
+  json::array content;
+  content.push_back({{"type", "text"}, {"text", base::isValidUtf8(text) ? text : base::displayLine(text)}});
+  return {{"content", std::move(content)}, {"isError", isError}};
 }
+
+} // namespace
 
 async::Task<RPCAnswer> MCPDispatch::handleRPC(std::string body) {
   // Nothing of the request that isn't needed stays while a tool waits for the network.
@@ -129,21 +92,28 @@ async::Task<std::optional<JSONRPCResponse>> MCPDispatch::dispatch(JSONRPCRequest
   if (request.method == "initialized")
     co_return std::nullopt;
   if (request.method == "tools/list")
-    co_return JSONRPCResponse{std::move(request.id), toolsListResult(mcpTools())};
+    co_return JSONRPCResponse{std::move(request.id), toolsListResult()};
   if (request.method == "tools/call")
     co_return co_await handleToolCall(std::move(request));
   co_return JSONRPCResponse{std::move(request.id), methodNotFound()};
 }
 
 async::Task<JSONRPCResponse> MCPDispatch::handleToolCall(JSONRPCRequest request) {
-  auto call = toolCall(tools_, std::exchange(request.params, {}));
+  auto call = toolCall(std::exchange(request.params, {}));
   if (!call)
     co_return JSONRPCResponse{std::move(request.id), std::unexpected(std::move(call).error())};
-  const auto outcome = co_await *std::move(call);
+  const auto outcome = co_await run(call->tool, std::move(call->arguments));
   if (outcome)
     co_return JSONRPCResponse{std::move(request.id), toolCallResult(*outcome, false)};
-  co_return JSONRPCResponse{std::move(request.id),
-                            toolCallResult({{.text = "Error: " + outcome.error()}}, true)};
+  co_return JSONRPCResponse{std::move(request.id), toolCallResult("Error: " + outcome.error(), true)};
+}
+
+async::Task<tools::ToolOutcome> MCPDispatch::run(const tools::MCPTool* tool, json::object arguments) {
+  // A client would not wait as long as a tool does for a token that nobody can give.
+  const bool nobody = co_await services_.mail.isSignInShown();
+  if (nobody)
+    co_return std::unexpected(jmap::JMAPError::notAuthenticated().description());
+  co_return co_await tool->run(services_, std::move(arguments));
 }
 
 } // namespace ondrel::mcp

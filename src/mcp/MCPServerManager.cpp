@@ -14,9 +14,8 @@ MCPServerManager::MCPServerManager(settings::AppSettings& settings, platform::Di
     : settings_(settings), claudeConfig_(directories, files), makeServer_(std::move(makeServer)) {
 }
 
-void MCPServerManager::start(std::unique_ptr<MCPMailTools> tools) {
-  tools_ = std::move(tools);
-  dispatch_.emplace(*tools_);
+void MCPServerManager::start(tools::ToolServices services) {
+  dispatch_.emplace(std::move(services));
   claudeCodeDetected.set(claudeConfig_.detect());
   restart();
 }

@@ -5,7 +5,6 @@
 #include "base/Observable.h"
 #include "mcp/ClaudeConfig.h"
 #include "mcp/MCPDispatch.h"
-#include "mcp/MCPMailTools.h"
 #include "mcp/MCPServer.h"
 
 #include <functional>
@@ -31,7 +30,7 @@ class MCPServerManager {
                    platform::FileStore& files, MCPServerFactory makeServer);
 
   // Once, when the user's mail can be reached. Nothing is served before.
-  void start(std::unique_ptr<MCPMailTools> tools);
+  void start(tools::ToolServices services);
   // After a change of the settings. Restarts don't overlap: one that is under way is followed by one more,
   // which reads the settings as they are by then.
   void restart();
@@ -60,7 +59,6 @@ class MCPServerManager {
   settings::AppSettings& settings_;
   ClaudeConfig claudeConfig_;
   MCPServerFactory makeServer_;
-  std::unique_ptr<MCPMailTools> tools_;
   std::optional<MCPDispatch> dispatch_;
   std::unique_ptr<MCPServer> server_;
   std::int64_t serverPort_ = 0;

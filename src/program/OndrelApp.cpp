@@ -1,7 +1,6 @@
 #include "program/OndrelApp.h"
 
 #include "mcp/MCPHTTPServer.h"
-#include "mcp/MCPJMAPBridge.h"
 #include "platform/Application.h"
 #include "platform/TcpListener.h"
 #include "program/DefaultClientAlert.h"
@@ -86,11 +85,11 @@ OndrelApp::OndrelApp(const PlatformAbilities& platform, settings::Site site, con
   if (platform.hasEnvironmentVariable(testVariable))
     return;
   keptHighlights_.start();
-  mcpServerManager_.start(std::make_unique<mcp::MCPJMAPBridge>(
-      jmapSession_, jmapSession_.mail(), platform.textFormatting,
-      mcp::MessageWindow{
-          .openURL = [this](const std::string& url) { windowManager_.openURL(url); },
-          .activate = [&application = platform.application] { application.activateIgnoringOtherApps(); }}));
+  mcpServerManager_.start(
+      {.mail = jmapSession_.mail(),
+       .formatting = platform.textFormatting,
+       .openURL = [this](const std::string& url) { windowManager_.openURL(url); },
+       .activate = [&application = platform.application] { application.activateIgnoringOtherApps(); }});
   if (platform.bundle.isMailApplication && settings_.get(settings::keys::defaultClientCheck)) {
     const std::chrono::seconds delay{shortestAlertDelay + platform.randomUpTo(alertDelaySpread)};
     scope_.spawn(askToBecomeDefault(delay, platform.bundle, platform.application, platform.workspace,

@@ -1,10 +1,17 @@
-// Any body posted to the JSON-RPC layer, on tools that give the text back: each answer is one of the
-// protocol.
+// Any body posted to the JSON-RPC layer, on an account that answers: each answer is one of the protocol, and
+// so is each request to the service.
 
 #include "async/Scope.h"
 #include "async/VirtualEventLoop.h"
+#include "base/Json.h"
 #include "base/Text.h"
+#include "jmap/MailQueries.h"
 #include "mcp/MCPDispatch.h"
+#include "settings/AppSettings.h"
+#include "support/FakeDesktop.h"
+#include "support/FakeJMAPClient.h"
+#include "support/FakeTextFormatting.h"
+#include "support/TestSite.h"
 
 #include <boost/json/object.hpp>
 #include <boost/json/parse.hpp>
@@ -17,30 +24,11 @@
 namespace {
 
 using namespace ondrel;
-using mcp::ToolOutcome;
 
 void require(bool holds) {
   if (!holds)
     std::abort();
 }
-
-class Echo final : public mcp::MCPMailTools {
- public:
-  async::Task<ToolOutcome> searchEmails(mcp::EmailSearch search) override {
-    return answer(search.after.value_or("") + search.before.value_or("") + search.from.value_or("") +
-                  search.subject.value_or("") + std::to_string(search.limit));
-  }
-  async::Task<ToolOutcome> getEmail(std::string id, std::int64_t) override { return answer(std::move(id)); }
-  async::Task<ToolOutcome> listMailboxes() override { return answer(""); }
-  async::Task<ToolOutcome> openInOndrel(std::string id) override { return fail(std::move(id)); }
-
- private:
-  static async::Task<ToolOutcome> answer(std::string text) {
-    require(base::isValidUtf8(text));
-    co_return std::vector{mcp::MCPContent{.text = std::move(text)}};
-  }
-  static async::Task<ToolOutcome> fail(std::string text) { co_return std::unexpected(std::move(text)); }
-};
 
 void check(const mcp::RPCAnswer& answer) {
   const auto& [status, body] = answer;
@@ -69,12 +57,21 @@ async::Task<void> post(mcp::MCPDispatch* dispatch, std::string body, bool* answe
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   async::VirtualEventLoop loop;
-  Echo tools;
-  mcp::MCPDispatch dispatch(tools);
+  support::FakeJMAPClient client;
+  client.answer("Email/query", R"({"methodResponses":[["Email/get",{"list":[{"id":"M1"}]},"g0"]]})");
+  client.answer("Mailbox/get", R"({"methodResponses":[["Mailbox/get",{"list":[]},"m0"]]})");
+  support::FakeDefaults defaults;
+  settings::AppSettings settings(defaults, support::testSite());
+  jmap::MailQueries mail(client, settings, [] {});
+  support::FakeTextFormatting formatting;
+  mcp::MCPDispatch dispatch(
+      {.mail = mail, .formatting = formatting, .openURL = [](const auto&) {}, .activate = [] {}});
   bool answered = false;
   async::Scope scope;
   scope.spawn(post(&dispatch, std::string(reinterpret_cast<const char*>(data), size), &answered));
   loop.runUntilIdle();
   require(answered);
+  for (const auto& sent : client.sent)
+    require(base::isValidUtf8(base::jsonText(sent.body)));
   return 0;
 }

@@ -1,11 +1,11 @@
-#include "mcp/HtmlText.h"
+#include "mcp/tools/HtmlText.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
 #include <utility>
 
-namespace ondrel::mcp {
+namespace ondrel::mcp::tools {
 namespace {
 
 TEST(HtmlTextTest, ReadsAsThePageDoes) {
@@ -56,4 +56,4 @@ TEST(HtmlTextTest, EndsWithWhatNoReaderWouldSee) {
 }
 
 } // namespace
-} // namespace ondrel::mcp
+} // namespace ondrel::mcp::tools

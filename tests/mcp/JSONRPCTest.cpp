@@ -1,7 +1,5 @@
 #include "ToolsTest.h"
 
-#include "mcp/MCPDispatch.h"
-
 #include <boost/json/array.hpp>
 #include <boost/json/object.hpp>
 
@@ -35,11 +33,9 @@ class JSONRPCTest : public ToolsTest {
   std::string ask(std::string_view members) {
     return post(fmt::format(R"({{"jsonrpc":"2.0","id":7,{}}})", members));
   }
-  std::string call(std::string_view params) {
+  std::string askForCall(std::string_view params) {
     return ask(fmt::format(R"("method":"tools/call","params":{})", params));
   }
-
-  MCPDispatch dispatch{bridge};
 };
 
 std::string nested(std::size_t levels) {
@@ -148,7 +144,7 @@ TEST_F(JSONRPCTest, CallsAToolWhenItHasWhatItNeeds) {
       {R"({"name":"get_email\u0000","arguments":{"id":"M1"}})", notFound},
   };
   for (const auto& [params, expected] : cases)
-    EXPECT_EQ(call(params), expected) << params;
+    EXPECT_EQ(askForCall(params), expected) << params;
   EXPECT_EQ(ask(R"("method":"tools/call")"), noName);
   Lines asked; // under the call id of the tool, for which ids
   for (const auto& sent : client.sent) {
@@ -159,7 +155,7 @@ TEST_F(JSONRPCTest, CallsAToolWhenItHasWhatItNeeds) {
 
   client.session = std::unexpected(jmap::JMAPError::navigationFailed("broken \xff"));
   EXPECT_EQ(
-      call(R"({"name":"list_mailboxes"})"),
+      askForCall(R"({"name":"list_mailboxes"})"),
       result(R"({"content":[{"type":"text","text":"Error: Navigation failed: broken �"}],"isError":true})"));
 }
 
@@ -184,8 +180,8 @@ TEST_F(JSONRPCTest, SearchesUnderTheConditionsAsTheyAre) {
   };
   for (const auto& [arguments, filter, limit] : cases) {
     client.answerNext(listed("g0", "[]"));
-    EXPECT_TRUE(call(fmt::format(R"({{"name":"search_emails","arguments":{{{}}}}})", arguments))
-                    .contains("No emails found matching the search criteria."));
+    EXPECT_EQ(call("search_emails", fmt::format("{{{}}}", arguments)),
+              "No emails found matching the search criteria.");
     auto& query = client.sent.back().body.at("methodCalls").at(0).at(1).as_object();
     EXPECT_EQ(query["filter"], json::parse(filter)) << arguments;
     EXPECT_EQ(query["limit"], limit) << arguments;

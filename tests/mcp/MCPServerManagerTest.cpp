@@ -73,7 +73,7 @@ class ManagerTest : public ToolsTest {
     defaults.set(settings::keys::mcpServerPort.name, port);
   }
   void start() {
-    manager->start(std::make_unique<MCPJMAPBridge>(bridge));
+    manager->start(services);
     loop.advance(1s);
   }
   void restart(async::Duration wait = 1s) {

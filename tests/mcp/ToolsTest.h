@@ -2,7 +2,7 @@
 
 #include "async/VirtualEventLoop.h"
 #include "jmap/MailQueries.h"
-#include "mcp/MCPJMAPBridge.h"
+#include "mcp/MCPDispatch.h"
 #include "settings/AppSettings.h"
 #include "support/FakeDesktop.h"
 #include "support/FakeJMAPClient.h"
@@ -37,6 +37,14 @@ class ToolsTest : public testing::Test {
   static std::string listed(std::string_view callId, std::string_view list) {
     return reply(fmt::format(R"(["Any/get",{{"list":{}}},"{}"])", list, callId));
   }
+  // The text that a tool gives, an error behind "Error: ".
+  std::string call(std::string_view tool, std::string_view arguments = "{}") {
+    const auto answer = run(dispatch.handleRPC(fmt::format(
+        R"({{"jsonrpc":"2.0","id":7,"method":"tools/call","params":{{"name":"{}","arguments":{}}}}})", tool,
+        arguments)));
+    return std::string(
+        boost::json::parse(answer.second).at("result").at("content").at(0).at("text").as_string());
+  }
   // The calls of the last request.
   boost::json::value calls() { return client.sent.back().body.at("methodCalls"); }
 
@@ -47,11 +55,11 @@ class ToolsTest : public testing::Test {
   jmap::MailQueries mail{client, settings, [] {}};
   support::FakeTextFormatting formatting;
   Lines shown; // what the windows were told, in order
-  MCPJMAPBridge bridge{client,
-                       mail,
-                       formatting,
-                       {.openURL = [this](const std::string& url) { shown.push_back(url); },
-                        .activate = [this] { shown.push_back("activated"); }}};
+  tools::ToolServices services{.mail = mail,
+                               .formatting = formatting,
+                               .openURL = [this](const std::string& url) { shown.push_back(url); },
+                               .activate = [this] { shown.push_back("activated"); }};
+  MCPDispatch dispatch{services};
   async::Scope scope;
 };
 

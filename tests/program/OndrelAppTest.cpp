@@ -280,7 +280,7 @@ TEST_F(OndrelAppTest, NavigatesInTheActiveWindowAndOpensTheMessage) {
             (std::vector<std::string>{"deminiaturize", "key"}));
   ASSERT_FALSE(view->evaluations.empty());
   EXPECT_TRUE(std::ranges::any_of(view->evaluations,
-                                  [](const auto& s) { return s.ends_with(R"(})("M1", "T1");)"); }));
+                                  [](const auto& s) { return s.ends_with(R"(("M1", "T1"))"); }));
   EXPECT_EQ(
       shell.log.count("info system: Navigated to FastMail URL: https://app.example.com/mail/Inbox/T1.M1?u=x"),
       1);

@@ -1,11 +1,11 @@
-#include "mcp/TextPage.h"
+#include "mcp/tools/TextPage.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
 #include <string_view>
 
-namespace ondrel::mcp {
+namespace ondrel::mcp::tools {
 
 namespace {
 
@@ -45,4 +45,4 @@ std::string textPage(std::string text, std::int64_t offset) {
   return page;
 }
 
-} // namespace ondrel::mcp
+} // namespace ondrel::mcp::tools

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-namespace ondrel::mcp {
+namespace ondrel::mcp::tools {
 
 // Builds plain text out of running text and of what stands between: white space collapses as on a page, no
 // more than one line stays empty in a row, and nothing stands at the beginning or the end but words.
@@ -46,4 +46,4 @@ class TextLines {
   std::size_t quotes_ = 0;
 };
 
-} // namespace ondrel::mcp
+} // namespace ondrel::mcp::tools

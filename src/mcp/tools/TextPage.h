@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <string>
 
-namespace ondrel::mcp {
+namespace ondrel::mcp::tools {
 
 // What one answer holds of a long text, so that it fits what an assistant can read at a time: characters
 // (code points).
@@ -14,4 +14,4 @@ inline constexpr std::size_t longestTextPage = 60'000;
 // much, and how to read on. A text that fits is given as it is.
 std::string textPage(std::string text, std::int64_t offset);
 
-} // namespace ondrel::mcp
+} // namespace ondrel::mcp::tools

@@ -1,9 +1,9 @@
-#include "mcp/TextLines.h"
+#include "mcp/tools/TextLines.h"
 
 #include <algorithm>
 #include <utility>
 
-namespace ondrel::mcp {
+namespace ondrel::mcp::tools {
 
 namespace {
 
@@ -92,4 +92,4 @@ void TextLines::add(std::string_view text) {
   }
 }
 
-} // namespace ondrel::mcp
+} // namespace ondrel::mcp::tools

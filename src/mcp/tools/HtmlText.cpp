@@ -1,7 +1,7 @@
-#include "mcp/HtmlText.h"
+#include "mcp/tools/HtmlText.h"
 
 #include "base/Text.h"
-#include "mcp/TextLines.h"
+#include "mcp/tools/TextLines.h"
 
 #include <libxml/HTMLparser.h>
 #include <libxml/parserInternals.h>
@@ -10,7 +10,7 @@
 #include <memory>
 #include <vector>
 
-namespace ondrel::mcp {
+namespace ondrel::mcp::tools {
 
 namespace {
 
@@ -183,4 +183,4 @@ std::string textOfHtml(std::string_view html) {
   return std::move(converter).result();
 }
 
-} // namespace ondrel::mcp
+} // namespace ondrel::mcp::tools

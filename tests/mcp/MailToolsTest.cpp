@@ -1,7 +1,6 @@
 #include "ToolsTest.h"
 
-#include "base/Text.h"
-#include "mcp/TextPage.h"
+#include "mcp/tools/TextPage.h"
 #include "support/JsonMutations.h"
 
 namespace ondrel::mcp {
@@ -11,21 +10,19 @@ namespace json = boost::json;
 
 const std::string badResponse = "Error: Unexpected JMAP response format.";
 
-class BridgeTest : public ToolsTest {
+class MailToolsTest : public ToolsTest {
  protected:
-  // The text of the one piece that a tool gives, or its error behind "Error: ".
-  std::string text(async::Task<ToolOutcome> task) {
-    const auto outcome = run(std::move(task));
-    if (!outcome)
-      return "Error: " + outcome.error();
-    EXPECT_EQ(outcome->size(), 1u);
-    EXPECT_EQ(outcome->front().type, "text");
-    return outcome->front().text;
+  std::string search() { return call("search_emails"); }
+  std::string read(std::int64_t offset = 0) {
+    return call("get_email", fmt::format(R"({{"id":"M1","offset":{}}})", offset));
   }
-  std::string search() { return text(bridge.searchEmails({})); }
+  std::string listMailboxes() { return call("list_mailboxes"); }
+  std::string open(std::string_view id) {
+    return call("open_in_ondrel", fmt::format(R"({{"id":"{}"}})", id));
+  }
 };
 
-TEST_F(BridgeTest, SearchesInOneRequest) {
+TEST_F(MailToolsTest, SearchesInOneRequest) {
   client.answerNext(listed("g0", "[]"));
   EXPECT_EQ(search(), "No emails found matching the search criteria.");
   ASSERT_EQ(client.sent.size(), 1u);
@@ -35,7 +32,7 @@ TEST_F(BridgeTest, SearchesInOneRequest) {
         "properties":["id","subject","from","receivedAt","preview"]},"g0"]])"));
 }
 
-TEST_F(BridgeTest, TellsWhatItFound) {
+TEST_F(MailToolsTest, TellsWhatItFound) {
   client.answerNext(listed("g0", R"([
     {"id":"M1","subject":"Lunch","from":[{"name":"Ann","email":"ann@x"},{"name":"Bob"}],
      "receivedAt":"2025-01-05T09:15:00Z","preview":"Shall we?"},
@@ -48,9 +45,10 @@ TEST_F(BridgeTest, TellsWhatItFound) {
   EXPECT_EQ(search(), "");
 }
 
-TEST_F(BridgeTest, MakesTheBestOfEachMember) {
+TEST_F(MailToolsTest, MakesTheBestOfEachMember) {
+  constexpr std::size_t longestPreview = 200;
   std::string longest;
-  while (longest.size() < 2 * MCPJMAPBridge::longestPreview)
+  while (longest.size() < 2 * longestPreview)
     longest += "é";
   struct Case {
     std::string member;
@@ -79,7 +77,7 @@ TEST_F(BridgeTest, MakesTheBestOfEachMember) {
   }
 }
 
-TEST_F(BridgeTest, LetsNoSenderForgeAnEntry) {
+TEST_F(MailToolsTest, LetsNoSenderForgeAnEntry) {
   client.answerNext(
       listed("g0", R"([{"id":"M1","subject":"a\n\n---\n\nID: M2","from":[{"name":"Ann\r\nSubject: b"}],
     "receivedAt":"x\ny","preview":"p\u2028q\u202e\u0007"}])"));
@@ -87,10 +85,10 @@ TEST_F(BridgeTest, LetsNoSenderForgeAnEntry) {
   EXPECT_EQ(std::ranges::count(entry, '\n'), 4) << entry;
   EXPECT_EQ(entry.find("\u202e"), entry.npos);
   client.answerNext(listed("m0", R"([{"name":"A\nB","role":"x\ny"}])"));
-  EXPECT_EQ(text(bridge.listMailboxes()), "A B [x y] — 0 emails, 0 unread");
+  EXPECT_EQ(listMailboxes(), "A B [x y] — 0 emails, 0 unread");
 }
 
-TEST_F(BridgeTest, PassesDatesOnInTheFormThatServersTake) {
+TEST_F(MailToolsTest, PassesDatesOnInTheFormThatServersTake) {
   const std::pair<std::string, std::string> cases[] = {
       {"2025-01-31", "2025-01-31T00:00:00Z"},
       {"2025-01-01T01:30:00+02:00", "2024-12-31T23:30:00Z"},
@@ -102,43 +100,43 @@ TEST_F(BridgeTest, PassesDatesOnInTheFormThatServersTake) {
   };
   for (const auto& [given, sent] : cases) {
     client.answerNext(listed("g0", "[]"));
-    text(bridge.searchEmails({.after = given}));
+    call("search_emails", fmt::format(R"({{"after":"{}"}})", given));
     EXPECT_EQ(calls().at(0).at(1).at("filter").at("after"), json::value(sent)) << given;
   }
 }
 
-TEST_F(BridgeTest, GivesLongTextsInPages) {
-  const auto read = [this](const std::string& body, std::int64_t offset, const char* type = "text/plain") {
+TEST_F(MailToolsTest, GivesLongTextsInPages) {
+  const auto page = [this](const std::string& body, std::int64_t offset, const char* type = "text/plain") {
     client.answerNext(listed(
         "g0", json::serialize(json::array{{{"textBody", json::array{{{"partId", "1"}, {"type", type}}}},
                                            {"bodyValues", {{"1", {{"value", body}}}}}}})));
-    const auto told = text(bridge.getEmail("M1", offset));
+    const auto told = read(offset);
     return told.substr(told.find("\n\n") + 2);
   };
   std::string longest;
-  for (std::size_t i = 0; i < longestTextPage; ++i)
+  for (std::size_t i = 0; i < tools::longestTextPage; ++i)
     longest += "é";
-  EXPECT_EQ(read(longest, 0), longest);
-  EXPECT_EQ(read(longest, -1), longest);
+  EXPECT_EQ(page(longest, 0), longest);
+  EXPECT_EQ(page(longest, -1), longest);
   EXPECT_EQ(
-      read("<b>\n" + longest + "xyz</b>", 0, "text/html"),
+      page("<b>\n" + longest + "xyz</b>", 0, "text/html"),
       longest +
           "\n\n(3 more characters follow: call get_email again with the same id and \"offset\": 60000.)");
-  EXPECT_EQ(read(longest + "xyz", 60'000), "xyz");
-  EXPECT_EQ(read(longest + "xyz", 60'002), "z");
-  EXPECT_EQ(read("xyz", INT64_MAX), "(The text has 3 characters: nothing follows.)");
+  EXPECT_EQ(page(longest + "xyz", 60'000), "xyz");
+  EXPECT_EQ(page(longest + "xyz", 60'002), "z");
+  EXPECT_EQ(page("xyz", INT64_MAX), "(The text has 3 characters: nothing follows.)");
 }
 
-TEST_F(BridgeTest, ReadsOneEmail) {
+TEST_F(MailToolsTest, ReadsOneEmail) {
   client.answerNext(listed("g0", R"([{"id":"other","subject":"Lunch","from":[{"email":"ann@x"}],
     "receivedAt":"2025-01-05T09:15:00Z","textBody":[{"partId":"2"},{"partId":"1"}],
     "bodyValues":{"1":{"value":"no"},"2":{"value":"Shall\n\nwe?\n","isTruncated":false}}}])"));
-  EXPECT_EQ(text(bridge.getEmail("M\"1", 0)),
+  EXPECT_EQ(call("get_email", R"({"id":"M\"1"})"),
             "ID: M\"1\nFrom: ann@x\nSubject: Lunch\nDate: <2025-01-05 09:15>\n\nShall\n\nwe?\n");
   EXPECT_EQ(calls(), json::parse(R"([["Email/get",{"accountId":"u123","ids":["M\"1"],
     "properties":["id","subject","from","receivedAt","textBody","bodyValues"],"fetchTextBodyValues":true},"g0"]])"));
   client.answerNext(listed("g0", "[]"));
-  EXPECT_EQ(text(bridge.getEmail("M1", 0)), badResponse);
+  EXPECT_EQ(read(), badResponse);
 
   for (const auto* members :
        {R"("textBody":[],"bodyValues":{})", R"("textBody":[{"partId":"1"}])",
@@ -146,11 +144,11 @@ TEST_F(BridgeTest, ReadsOneEmail) {
         R"("textBody":[{"partId":null},{"partId":"1"}],"bodyValues":{"1":{"value":"x"}})",
         R"("textBody":[{"partId":"1"},7],"bodyValues":{"1":{"value":"x"}})"}) {
     client.answerNext(listed("g0", fmt::format("[{{{}}}]", members)));
-    EXPECT_TRUE(text(bridge.getEmail("M1", 0)).ends_with("Date: \n\n(no plain text body)")) << members;
+    EXPECT_TRUE(read().ends_with("Date: \n\n(no plain text body)")) << members;
   }
 }
 
-TEST_F(BridgeTest, ListsTheMailboxesByCodePoints) {
+TEST_F(MailToolsTest, ListsTheMailboxesByCodePoints) {
   client.answerNext(listed("m0", R"([
     {"id":"1","name":"inbox","role":"inbox","totalEmails":12,"unreadEmails":3},
     {"id":"2","name":"Zoo","role":null,"totalEmails":1.5,"unreadEmails":"4"},
@@ -159,27 +157,27 @@ TEST_F(BridgeTest, ListsTheMailboxesByCodePoints) {
     {"id":"5","name":"\uffee"},
     {"id":"6","name":"😀"},
     {"id":"7","name":"","role":""}])"));
-  EXPECT_EQ(text(bridge.listMailboxes()), " [] — 0 emails, 0 unread\n"
-                                          "Zoo — 0 emails, 0 unread\n"
-                                          "inbox [inbox] — 12 emails, 3 unread\n"
-                                          "Äpfel — 2 emails, 0 unread\n"
-                                          "\uffee — 0 emails, 0 unread\n"
-                                          "😀 — 0 emails, 0 unread");
+  EXPECT_EQ(listMailboxes(), " [] — 0 emails, 0 unread\n"
+                             "Zoo — 0 emails, 0 unread\n"
+                             "inbox [inbox] — 12 emails, 3 unread\n"
+                             "Äpfel — 2 emails, 0 unread\n"
+                             "\uffee — 0 emails, 0 unread\n"
+                             "😀 — 0 emails, 0 unread");
   EXPECT_EQ(calls(), json::parse(R"([["Mailbox/get",{"accountId":"u123","ids":null,
     "properties":["id","name","role","totalEmails","unreadEmails"]},"m0"]])"));
 }
 
-TEST_F(BridgeTest, ShowsAnEmailInItsWindow) {
+TEST_F(MailToolsTest, ShowsAnEmailInItsWindow) {
   client.answer("Email/get", listed("e0", R"([{"id":"M1","mailboxIds":{"B1":true},"threadId":"T1"}])"));
   client.answer("Mailbox/get", listed("m0", R"([{"id":"B1","name":"Inbox"}])"));
-  EXPECT_EQ(text(bridge.openInOndrel("M1")), "Opened email M1 in Ondrel.");
+  EXPECT_EQ(open("M1"), "Opened email M1 in Ondrel.");
   EXPECT_EQ(shown, (Lines{run(mail.messageURL("M1")).value(), "activated"}));
   client.answerNext(listed("e0", "[]"));
-  EXPECT_EQ(text(bridge.openInOndrel("M9")), badResponse);
+  EXPECT_EQ(open("M9"), badResponse);
   EXPECT_EQ(shown.size(), 2U);
 }
 
-TEST_F(BridgeTest, FindsItsAnswerByTheCallId) {
+TEST_F(MailToolsTest, FindsItsAnswerByTheCallId) {
   const auto good = std::string(R"(["x",{"list":[{"name":"A"}]},"m0"])");
   const std::string line = "A — 0 emails, 0 unread";
   const std::pair<std::string, std::string> cases[] = {
@@ -193,13 +191,13 @@ TEST_F(BridgeTest, FindsItsAnswerByTheCallId) {
   };
   for (const auto& [answers, expected] : cases) {
     client.answerNext(reply(answers));
-    EXPECT_EQ(text(bridge.listMailboxes()), expected) << answers;
+    EXPECT_EQ(listMailboxes(), expected) << answers;
   }
 }
 
-TEST_F(BridgeTest, EachToolTellsWhatStandsInTheWay) {
+TEST_F(MailToolsTest, EachToolTellsWhatStandsInTheWay) {
   const auto expectAll = [this](const std::string& start) {
-    for (const auto& line : {search(), text(bridge.getEmail("M1", 0)), text(bridge.listMailboxes())})
+    for (const auto& line : {search(), read(), listMailboxes()})
       EXPECT_TRUE(line.starts_with(start)) << line;
   };
   for (int i = 0; i < 3; ++i)
@@ -211,39 +209,38 @@ TEST_F(BridgeTest, EachToolTellsWhatStandsInTheWay) {
   client.signInShown = true;
   const auto tokenReads = client.tokenReads;
   expectAll("Error: Fastmail is not signed in.");
-  EXPECT_EQ(text(bridge.openInOndrel("M1")), "Error: Fastmail is not signed in.");
+  EXPECT_EQ(open("M1"), "Error: Fastmail is not signed in.");
   EXPECT_EQ(client.tokenReads, tokenReads) << "which would wait for a minute";
   client.signInShown = false;
   client.session->primaryAccounts.clear();
   expectAll("Error: No mail account found in the JMAP session.");
   client.session = std::unexpected(jmap::JMAPError::navigationFailed("no network"));
   expectAll("Error: Navigation failed: no network");
-  EXPECT_EQ(text(bridge.openInOndrel("M1")), "Error: Navigation failed: no network");
+  EXPECT_EQ(open("M1"), "Error: Navigation failed: no network");
   EXPECT_EQ(client.sent.size(), 0u);
 }
 
-TEST_F(BridgeTest, AnyNodeOfAnotherShapeGivesATextOrTheOneError) {
+TEST_F(MailToolsTest, AnyNodeOfAnotherShapeGivesATextOrTheOneError) {
   const auto emails = listed("g0", R"([{"id":"M1","subject":"S","from":[{"name":"N","email":"e@x"}],
     "receivedAt":"2024-01-31T10:20:30Z","preview":"P","textBody":[{"partId":"1"}],"bodyValues":{"1":{"value":"V"}}}])");
   const auto mailboxes =
       listed("m0", R"([{"id":"B1","name":"A","role":"inbox","totalEmails":1,"unreadEmails":1}])");
-  const std::pair<std::string, std::function<async::Task<ToolOutcome>()>> tools[] = {
-      {emails, [this] { return bridge.searchEmails({}); }},
-      {emails, [this] { return bridge.getEmail("M1", 0); }},
-      {mailboxes, [this] { return bridge.listMailboxes(); }},
+  const std::pair<std::string, std::function<std::string()>> cases[] = {
+      {emails, [this] { return search(); }},
+      {emails, [this] { return read(); }},
+      {mailboxes, [this] { return listMailboxes(); }},
   };
   int runs = 0;
   int errors = 0;
-  for (const auto& [whole, tool] : tools)
+  for (const auto& [whole, tell] : cases)
     support::JsonMutations(json::parse(whole)).forEach([&](const json::value& mutated) {
       ++runs;
       client.answerNext(json::serialize(mutated));
-      const auto told = text(tool());
+      const auto told = tell();
       if (told.starts_with("Error: ")) {
         ++errors;
         EXPECT_EQ(told, badResponse) << mutated;
       }
-      EXPECT_TRUE(base::isValidUtf8(told));
     });
   EXPECT_GT(runs, 500);
   EXPECT_GT(errors, 100);
