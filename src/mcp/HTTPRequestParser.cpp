@@ -88,8 +88,4 @@ bool HTTPRequestProgress::isComplete(std::string_view received) {
   return head_->bodyLength && static_cast<long long>(received.size() - head_->end) >= *head_->bodyLength;
 }
 
-bool isRequestComplete(std::string_view received) {
-  return HTTPRequestProgress().isComplete(received);
-}
-
 } // namespace ondrel::mcp

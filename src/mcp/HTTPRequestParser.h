@@ -14,8 +14,6 @@ struct HTTPRequest {
   std::optional<std::string> host;
   std::optional<std::string> origin; // of the web page whose request it is
   std::string body;                  // everything behind the head, whatever Content-Length says
-
-  bool operator==(const HTTPRequest&) const = default;
 };
 
 // Nothing when the bytes have no blank line, the head is not UTF-8, or its first line has not two words. Only
@@ -38,7 +36,5 @@ class HTTPRequestProgress {
   std::size_t searched_ = 0;
   std::optional<Head> head_;
 };
-
-bool isRequestComplete(std::string_view received);
 
 } // namespace ondrel::mcp

@@ -11,7 +11,6 @@ struct HTTPResponse {
 
   // As it goes over the connection, which ends behind it.
   std::string bytes() const;
-  bool operator==(const HTTPResponse&) const = default;
 };
 
 } // namespace ondrel::mcp

@@ -49,10 +49,10 @@ std::expected<ToolCall, JSONRPCError> toolCall(const std::optional<JSONValue>& p
   return call;
 }
 
-JSONValue initializeResult(std::string_view serverName, std::string_view serverVersion) {
+JSONValue initializeResult() {
   return {{"protocolVersion", "2024-11-05"},
           {"capabilities", {{"tools", json::object()}}},
-          {"serverInfo", {{"name", serverName}, {"version", serverVersion}}}};
+          {"serverInfo", {{"name", "ondrel"}, {"version", "1.0.0"}}}};
 }
 
 JSONValue toolsListResult() {
@@ -88,7 +88,7 @@ async::Task<RPCAnswer> MCPDispatch::handleRPC(std::string body) {
 
 async::Task<std::optional<JSONRPCResponse>> MCPDispatch::dispatch(JSONRPCRequest request) {
   if (request.method == "initialize")
-    co_return JSONRPCResponse{std::move(request.id), initializeResult("ondrel", "1.0.0")};
+    co_return JSONRPCResponse{std::move(request.id), initializeResult()};
   if (request.method == "initialized")
     co_return std::nullopt;
   if (request.method == "tools/list")

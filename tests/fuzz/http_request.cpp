@@ -19,19 +19,23 @@ void require(bool holds) {
     std::abort();
 }
 
+bool isComplete(std::string_view received) {
+  return HTTPRequestProgress().isComplete(received);
+}
+
 // However the bytes are cut, a request is complete at the same one.
 void checkProgress(std::string_view bytes, std::size_t piece) {
   HTTPRequestProgress progress;
   for (std::size_t length = 0; length < bytes.size();) {
     length = std::min(length + piece, bytes.size());
     const auto received = bytes.substr(0, length);
-    require(progress.isComplete(received) == isRequestComplete(received));
+    require(progress.isComplete(received) == isComplete(received));
   }
 }
 
 void checkAnswer(std::string_view bytes) {
   const auto request = parseHTTPRequest(bytes);
-  if (isRequestComplete(bytes))
+  if (isComplete(bytes))
     require(bytes.contains("\r\n\r\n"));
   const auto body = rpcBody(request);
   if (body) {

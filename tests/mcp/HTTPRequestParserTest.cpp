@@ -75,7 +75,8 @@ TEST(HTTPRequestParserTest, KnowsWhenARequestIsComplete) {
     for (std::size_t length = 0; length <= bytes.size(); ++length) {
       const bool complete = expected >= 0 && length >= head.size() + static_cast<std::size_t>(expected);
       EXPECT_EQ(progress.isComplete(bytes.substr(0, length)), complete) << head << " at " << length;
-      EXPECT_EQ(isRequestComplete(bytes.substr(0, length)), complete) << head << " at " << length;
+      EXPECT_EQ(HTTPRequestProgress().isComplete(bytes.substr(0, length)), complete)
+          << head << " at " << length;
     }
   }
 }

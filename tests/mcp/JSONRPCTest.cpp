@@ -105,20 +105,19 @@ TEST_F(JSONRPCTest, IntroducesItself) {
 }
 
 TEST_F(JSONRPCTest, ListsTheToolsWithWhatTheyTake) {
-  const auto response = json::parse(ask(R"("method":"tools/list","params":"any")").substr(4));
-  Lines listed;
-  for (const auto& tool : response.at("result").at("tools").as_array()) {
-    const auto& schema = tool.at("inputSchema").as_object();
-    listed.push_back(json::serialize(tool.at("name")));
-    for (const auto& [name, property] : schema.at("properties").as_object())
-      listed.back() += fmt::format(" {}: {}", std::string(name), json::serialize(property.at("type")));
-    listed.back() += " of which " + json::serialize(schema.at("required"));
-  }
-  EXPECT_EQ(listed,
-            (Lines{R"("search_emails" after: "string" before: "string" from: "string")"
-                   R"( subject: "string" limit: "integer" of which [])",
-                   R"("get_email" id: "string" offset: "integer" of which ["id"])",
-                   R"("list_mailboxes" of which [])", R"("open_in_ondrel" id: "string" of which ["id"])"}));
+  const auto answer = json::parse(ask(R"("method":"tools/list","params":"any")").substr(4));
+  const auto& listed = answer.at("result").at("tools").as_array();
+  Lines names;
+  for (const auto& tool : listed)
+    names.emplace_back(tool.at("name").as_string());
+  EXPECT_EQ(names, (Lines{"search_emails", "get_email", "list_mailboxes", "open_in_ondrel"}));
+  EXPECT_EQ(json::serialize(listed.at(1).at("inputSchema")),
+            R"({"type":"object","properties":{"id":{"type":"string","description":)"
+            R"("The JMAP email ID returned by search_emails."},"offset":{"type":"integer","description":)"
+            R"("Where to begin in a long text: the number of characters to skip (default 0)."}},)"
+            R"("required":["id"]})");
+  EXPECT_EQ(json::serialize(listed.at(2).at("inputSchema")),
+            R"({"type":"object","properties":{},"required":[]})");
 }
 
 TEST_F(JSONRPCTest, CallsAToolWhenItHasWhatItNeeds) {
@@ -157,35 +156,6 @@ TEST_F(JSONRPCTest, CallsAToolWhenItHasWhatItNeeds) {
   EXPECT_EQ(
       askForCall(R"({"name":"list_mailboxes"})"),
       result(R"({"content":[{"type":"text","text":"Error: Navigation failed: broken �"}],"isError":true})"));
-}
-
-TEST_F(JSONRPCTest, SearchesUnderTheConditionsAsTheyAre) {
-  struct Case {
-    const char* arguments;
-    const char* filter = "null";
-    int limit = 20;
-  };
-  const Case cases[] = {
-      {""},
-      {R"("after":"a","before":"","from":"ü","subject":"\"s","limit":5)",
-       R"({"operator":"AND","conditions":[{"after":"a"},{"before":""},{"from":"ü"},{"subject":"\"s"}]})", 5},
-      {R"("after":"not a date")", R"({"after":"not a date"})"},
-      {R"("after":1,"before":null,"from":["x"],"subject":{},"limit":"5")"},
-      {R"("limit":5.5)"},
-      {R"("limit":5.0)", "null", 5},
-      {R"("limit":-9223372036854775808)", "null", 1},
-      {R"("limit":0)", "null", 1},
-      {R"("limit":3,"limit":51)", "null", 50},
-      {R"("limit":9223372036854775808)"},
-  };
-  for (const auto& [arguments, filter, limit] : cases) {
-    client.answerNext(listed("g0", "[]"));
-    EXPECT_EQ(call("search_emails", fmt::format("{{{}}}", arguments)),
-              "No emails found matching the search criteria.");
-    auto& query = client.sent.back().body.at("methodCalls").at(0).at(1).as_object();
-    EXPECT_EQ(query["filter"], json::parse(filter)) << arguments;
-    EXPECT_EQ(query["limit"], limit) << arguments;
-  }
 }
 
 } // namespace
