@@ -279,8 +279,8 @@ TEST_F(OndrelAppTest, NavigatesInTheActiveWindowAndOpensTheMessage) {
   EXPECT_EQ((std::vector<std::string>{calls.end() - 2, calls.end()}),
             (std::vector<std::string>{"deminiaturize", "key"}));
   ASSERT_FALSE(view->evaluations.empty());
-  EXPECT_TRUE(std::ranges::any_of(view->evaluations,
-                                  [](const auto& s) { return s.ends_with(R"(("M1", "T1"))"); }));
+  EXPECT_TRUE(
+      std::ranges::any_of(view->evaluations, [](const auto& s) { return s.ends_with(R"(("M1", "T1");)"); }));
   EXPECT_EQ(
       shell.log.count("info system: Navigated to FastMail URL: https://app.example.com/mail/Inbox/T1.M1?u=x"),
       1);
