@@ -74,7 +74,6 @@ class Tabs {
                    return std::make_unique<Content>(std::move(model), services_, stack_);
                  }) {
     highlightThreads(threadCounts.front());
-    services_.highlights = &service_;
     window.show(GTK_WIDGET(stack_));
   }
 
@@ -146,7 +145,7 @@ class Tabs {
   support::FakeJMAPClient client_;
   jmap::MailQueries mail_{client_, settings_, [] {}};
   highlights::HighlightStore store_{files_, files_};
-  highlights::HighlightService service_{manager_, mail_, store_, settings_, panels_};
+  highlights::HighlightService service_{manager_, services_.messages, mail_, store_, settings_, panels_};
 };
 
 async::Task<void> measure(Tabs& tabs) {
