@@ -1,8 +1,8 @@
 #pragma once
 
-#include "platform/linux/Rendering.h"
-#include "platform/linux/WebKitViewFactory.h"
+#include "platform/linux/desktop/Rendering.h"
 #include "platform/linux/glib/GlibEventLoop.h"
+#include "platform/linux/webkit/WebKitViewFactory.h"
 
 #include <gtk/gtk.h>
 
@@ -13,20 +13,20 @@ namespace ondrel::bench {
 class EngineWindow {
  public:
   EngineWindow() {
-    const bool software = platform::chooseRendering() == platform::Rendering::software;
+    const bool software = platform::desktop::chooseRendering() == platform::desktop::Rendering::software;
     gtk_init();
-    platform::WebKitOptions options;
+    platform::webkit::WebKitOptions options;
     options.extensionFolder = ONDREL_EXTENSION_FOLDER;
     options.softwareRendering = software;
     options.ephemeral = true;
-    factory_ = std::make_unique<platform::WebKitViewFactory>(options);
+    factory_ = std::make_unique<platform::webkit::WebKitViewFactory>(options);
     window_ = GTK_WINDOW(gtk_window_new());
   }
   EngineWindow(const EngineWindow&) = delete;
   EngineWindow& operator=(const EngineWindow&) = delete;
   ~EngineWindow() { gtk_window_destroy(window_); }
 
-  platform::WebKitViewFactory& factory() { return *factory_; }
+  platform::webkit::WebKitViewFactory& factory() { return *factory_; }
   GtkWindow* window() { return window_; }
   void show(GtkWidget* content) {
     gtk_window_set_child(window_, content);
@@ -35,7 +35,7 @@ class EngineWindow {
 
  private:
   glib::GlibEventLoop loop_;
-  std::unique_ptr<platform::WebKitViewFactory> factory_;
+  std::unique_ptr<platform::webkit::WebKitViewFactory> factory_;
   GtkWindow* window_ = nullptr;
 };
 

@@ -3,9 +3,9 @@
 #include "Bench.h"
 #include "MailProgram.h"
 #include "MailServer.h"
-#include "platform/linux/GlibLogSink.h"
-#include "platform/linux/SoupHttpClient.h"
 #include "platform/linux/glib/GlibEventLoop.h"
+#include "platform/linux/network/SoupHttpClient.h"
+#include "platform/linux/text/GlibLogSink.h"
 #include "support/FakeNotificationCenter.h"
 
 #include <pthread.h>
@@ -90,7 +90,7 @@ std::string measure(MailServer& server, const ThreadClock& program, const std::s
 void follow(MailServer::Coding coding, std::string_view name) {
   support::FakeNotificationCenter center;
   MailServer server(coding);
-  platform::SoupHttpClient http({.userAgent = "Ondrel"});
+  platform::network::SoupHttpClient http({.userAgent = "Ondrel"});
   MailProgram program(server.address(), http, center);
 
   std::atomic<bool> done = false;
@@ -110,7 +110,7 @@ void follow(MailServer::Coding coding, std::string_view name) {
 } // namespace
 
 int main() {
-  platform::GlibLogSink::install("org.velmora.Ondrel.Bench");
+  platform::text::GlibLogSink::install("org.velmora.Ondrel.Bench");
   const glib::GlibEventLoop loop;
   fmt::print("{{");
   follow(MailServer::Coding::none, "sent as it is");

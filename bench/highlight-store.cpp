@@ -7,8 +7,8 @@
 #include "base/Json.h"
 #include "highlights/HighlightImport.h"
 #include "highlights/HighlightStore.h"
-#include "platform/linux/GioFileReader.h"
-#include "platform/linux/PosixFileStore.h"
+#include "platform/linux/files/GioFileReader.h"
+#include "platform/linux/files/PosixFileStore.h"
 #include "platform/linux/glib/GlibEventLoop.h"
 #include "support/FakeApplication.h"
 #include "support/FakeDesktop.h"
@@ -119,7 +119,7 @@ Import importAll(Folder& folder, platform::FileStore& files) {
   application.setKey(window);
   support::FakePanels panels;
   panels.openPaths = std::vector{path};
-  platform::GioFileReader reader;
+  platform::files::GioFileReader reader;
   highlights::HighlightImport highlightImport(
       {.store = store,
        .application = application,
@@ -146,7 +146,7 @@ Import importAll(Folder& folder, platform::FileStore& files) {
 int main() {
   glib::GlibEventLoop loop;
   Folder folder;
-  platform::PosixFileStore files;
+  platform::files::PosixFileStore files;
   const auto import = importAll(folder, files);
 
   std::vector<double> load;

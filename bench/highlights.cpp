@@ -3,7 +3,7 @@
 #include "EngineWindow.h"
 #include "PageDelegate.h"
 #include "async/sleep.h"
-#include "platform/linux/ResourceText.h"
+#include "platform/linux/text/ResourceText.h"
 #include "scripts/PageScriptSource.h"
 #include "web/WebViewConfiguration.h"
 
@@ -117,7 +117,7 @@ async::Task<void> measure(platform::WebView& view, PageDelegate& delegate) {
 
 web::UserScripts highlightScript() {
   const web::PageScripts all(
-      scripts::pageScriptSource(platform::resourceText, scripts::ConsoleRelay::unwanted));
+      scripts::pageScriptSource(platform::text::resourceText, scripts::ConsoleRelay::unwanted));
   auto scripts = all.mainConfiguration()->userScripts;
   std::erase_if(scripts, [](const auto& script) { return script->name != "highlightHostScript"; });
   return scripts;

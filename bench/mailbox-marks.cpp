@@ -11,7 +11,7 @@
 #include "highlights/HighlightStore.h"
 #include "jmap/MailQueries.h"
 #include "jmap/NotificationManager.h"
-#include "platform/linux/ResourceText.h"
+#include "platform/linux/text/ResourceText.h"
 #include "scripts/PageScriptSource.h"
 #include "settings/AppSettings.h"
 #include "support/FakeApplication.h"
@@ -134,7 +134,7 @@ class Tabs {
   jmap::NotificationManager notifications_{center_};
   settings::AppSettings settings_;
   const web::PageScripts scripts_{
-      scripts::pageScriptSource(platform::resourceText, scripts::ConsoleRelay::unwanted)};
+      scripts::pageScriptSource(platform::text::resourceText, scripts::ConsoleRelay::unwanted)};
   app::SessionStore sessionStore_{files_, files_};
   app::ClosedTabs closedTabs_{files_, files_};
   support::FakeHttpClient http_;

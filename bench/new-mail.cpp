@@ -4,10 +4,10 @@
 #include "Bench.h"
 #include "MailProgram.h"
 #include "MailServer.h"
-#include "platform/linux/DesktopNotifications.h"
-#include "platform/linux/GlibLogSink.h"
-#include "platform/linux/SoupHttpClient.h"
+#include "platform/linux/desktop/DesktopNotifications.h"
 #include "platform/linux/glib/GlibEventLoop.h"
+#include "platform/linux/network/SoupHttpClient.h"
+#include "platform/linux/text/GlibLogSink.h"
 #include "support/NotificationServer.h"
 #include "support/TestBus.h"
 
@@ -77,16 +77,16 @@ Times deliverAll(MailServer& server, const support::NotificationServer& desktop)
 } // namespace
 
 int main() {
-  platform::GlibLogSink::install("org.velmora.Ondrel.Bench");
+  platform::text::GlibLogSink::install("org.velmora.Ondrel.Bench");
   const glib::GlibEventLoop loop;
   const support::TestBus bus;
   const support::NotificationServer desktop(bus.address());
   MailServer server;
-  platform::DesktopNotifications center({.applicationId = "org.velmora.Ondrel.Bench",
-                                         .applicationName = "Ondrel",
-                                         .useActivationToken = [](const std::string&) {},
-                                         .bus = [&bus] { return connected(bus.connect()); }});
-  platform::SoupHttpClient http({.userAgent = "Ondrel"});
+  platform::desktop::DesktopNotifications center({.applicationId = "org.velmora.Ondrel.Bench",
+                                                  .applicationName = "Ondrel",
+                                                  .useActivationToken = [](const std::string&) {},
+                                                  .bus = [&bus] { return connected(bus.connect()); }});
+  platform::network::SoupHttpClient http({.userAgent = "Ondrel"});
   MailProgram program(server.address(), http, center);
 
   Times times;

@@ -9,7 +9,7 @@
 #include "EngineWindow.h"
 #include "PageDelegate.h"
 #include "async/sleep.h"
-#include "platform/linux/ResourceText.h"
+#include "platform/linux/text/ResourceText.h"
 #include "scripts/PageScriptSource.h"
 #include "web/WebViewConfiguration.h"
 
@@ -263,7 +263,7 @@ int main(int count, char** values) {
   window.show(box);
 
   const web::PageScripts scripts(
-      scripts::pageScriptSource(platform::resourceText, scripts::ConsoleRelay::unwanted));
+      scripts::pageScriptSource(platform::text::resourceText, scripts::ConsoleRelay::unwanted));
   Bench bench{window.factory(),
               words.contains("without") ? web::UserScripts{} : scripts.mainConfiguration()->userScripts,
               words.contains("second"), box, values[1]};

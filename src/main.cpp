@@ -2,25 +2,25 @@
 
 #include "async/sleep.h"
 #include "base/Log.h"
-#include "platform/linux/DesktopNotifications.h"
-#include "platform/linux/GioFileReader.h"
-#include "platform/linux/GioTcpListener.h"
-#include "platform/linux/GlibLogSink.h"
-#include "platform/linux/IcuTextFormatting.h"
-#include "platform/linux/JsonUserDefaults.h"
-#include "platform/linux/LauncherEntry.h"
-#include "platform/linux/LinuxApplication.h"
-#include "platform/linux/LinuxClipboard.h"
-#include "platform/linux/LinuxPanels.h"
-#include "platform/linux/LinuxWorkspace.h"
-#include "platform/linux/LogindSleep.h"
-#include "platform/linux/PosixFileStore.h"
-#include "platform/linux/Rendering.h"
-#include "platform/linux/ResourceText.h"
-#include "platform/linux/SoupHttpClient.h"
-#include "platform/linux/WebKitViewFactory.h"
-#include "platform/linux/XdgDirectories.h"
+#include "platform/linux/desktop/DesktopNotifications.h"
+#include "platform/linux/desktop/LauncherEntry.h"
+#include "platform/linux/desktop/LinuxClipboard.h"
+#include "platform/linux/desktop/LinuxWorkspace.h"
+#include "platform/linux/desktop/LogindSleep.h"
+#include "platform/linux/desktop/Rendering.h"
+#include "platform/linux/files/GioFileReader.h"
+#include "platform/linux/files/JsonUserDefaults.h"
+#include "platform/linux/files/PosixFileStore.h"
+#include "platform/linux/files/XdgDirectories.h"
 #include "platform/linux/glib/GlibEventLoop.h"
+#include "platform/linux/network/GioTcpListener.h"
+#include "platform/linux/network/SoupHttpClient.h"
+#include "platform/linux/text/GlibLogSink.h"
+#include "platform/linux/text/IcuTextFormatting.h"
+#include "platform/linux/text/ResourceText.h"
+#include "platform/linux/webkit/WebKitViewFactory.h"
+#include "platform/linux/windows/LinuxApplication.h"
+#include "platform/linux/windows/LinuxPanels.h"
 #include "program/OndrelApp.h"
 #include "scripts/PageScriptSource.h"
 #include "settings/SettingsKeys.h"
@@ -91,15 +91,15 @@ platform::Alert temporaryHomeAlert(const std::string& folder) {
 
 scripts::ConsoleRelay consoleRelay() {
   // The level of those lines.
-  return platform::GlibLogSink::shows(base::LogLevel::debug) ? scripts::ConsoleRelay::wanted
-                                                             : scripts::ConsoleRelay::unwanted;
+  return platform::text::GlibLogSink::shows(base::LogLevel::debug) ? scripts::ConsoleRelay::wanted
+                                                                   : scripts::ConsoleRelay::unwanted;
 }
 
 // Everything that lives from start-up to the end, made in the order in which it stands on each other.
 class Program {
  public:
-  Program(platform::LinuxApplication& application, const platform::Bundle& bundle,
-          const start::ProgramFolders& folders, settings::Site site, platform::Rendering rendering)
+  Program(platform::windows::LinuxApplication& application, const platform::Bundle& bundle,
+          const start::ProgramFolders& folders, settings::Site site, platform::desktop::Rendering rendering)
       : application_(application), defaults_(files_, directories_.configuration() + "/defaults.json"),
         panels_({.defaults = defaults_,
                  .directories = directories_,
@@ -109,7 +109,7 @@ class Program {
             {.dataFolder = directories_.applicationSupport().value_or(directories_.temporary()) + "/webkit",
              .cacheFolder = directories_.cache() + "/webkit",
              .extensionFolder = folders.extension,
-             .softwareRendering = rendering == platform::Rendering::software}),
+             .softwareRendering = rendering == platform::desktop::Rendering::software}),
         http_({.userAgent = bundle.displayName + "/" + bundle.shortVersion}),
         notifications_(
             {.applicationId = bundle.identifier,
@@ -117,7 +117,7 @@ class Program {
              .useActivationToken =
                  [&application](const std::string& token) { application.setActivationToken(token); }}),
         launcherEntry_(bundle.identifier),
-        scripts_(scripts::pageScriptSource(platform::resourceText, consoleRelay())),
+        scripts_(scripts::pageScriptSource(platform::text::resourceText, consoleRelay())),
         app_({.bundle = bundle,
               .application = application,
               .defaults = defaults_,
@@ -135,8 +135,8 @@ class Program {
               .dockTile = launcherEntry_,
               .sleepMonitor = logind_,
               .textFormatting = textFormatting_,
-              .exportIcon = platform::resourceText(exportIcon).value_or(""),
-              .makeTcpListener = [] { return std::make_unique<platform::GioTcpListener>(); },
+              .exportIcon = platform::text::resourceText(exportIcon).value_or(""),
+              .makeTcpListener = [] { return std::make_unique<platform::network::GioTcpListener>(); },
               .hasEnvironmentVariable =
                   [](std::string_view name) { return std::getenv(std::string(name).c_str()) != nullptr; },
               .randomUpTo = randomUpTo},
@@ -171,19 +171,19 @@ class Program {
   }
 
   platform::Application& application_;
-  platform::XdgDirectories directories_;
-  platform::PosixFileStore files_;
-  platform::GioFileReader fileReader_;
-  platform::JsonUserDefaults defaults_;
-  platform::LinuxPanels panels_;
-  platform::LinuxWorkspace workspace_;
-  platform::LinuxClipboard clipboard_;
-  platform::WebKitViewFactory webViews_;
-  platform::SoupHttpClient http_;
-  platform::DesktopNotifications notifications_;
-  platform::LauncherEntry launcherEntry_;
-  platform::LogindSleep logind_;
-  platform::IcuTextFormatting textFormatting_;
+  platform::files::XdgDirectories directories_;
+  platform::files::PosixFileStore files_;
+  platform::files::GioFileReader fileReader_;
+  platform::files::JsonUserDefaults defaults_;
+  platform::windows::LinuxPanels panels_;
+  platform::desktop::LinuxWorkspace workspace_;
+  platform::desktop::LinuxClipboard clipboard_;
+  platform::webkit::WebKitViewFactory webViews_;
+  platform::network::SoupHttpClient http_;
+  platform::desktop::DesktopNotifications notifications_;
+  platform::desktop::LauncherEntry launcherEntry_;
+  platform::desktop::LogindSleep logind_;
+  platform::text::IcuTextFormatting textFormatting_;
   web::PageScripts scripts_;
   program::OndrelApp app_;
   ui::UserInterface interface_;
@@ -203,10 +203,11 @@ int run(start::CommandLine commandLine) {
       return complain(prepared.error());
     demo = std::move(*prepared);
   }
-  platform::GlibLogSink::install(bundle.identifier);
+  platform::text::GlibLogSink::install(bundle.identifier);
   if (demo) {
     // A second service would take the place of the one that the running program talks to.
-    if (const auto status = platform::LinuxApplication::handOver(bundle.identifier, commandLine.urls))
+    if (const auto status =
+            platform::windows::LinuxApplication::handOver(bundle.identifier, commandLine.urls))
       return *status;
     if (const auto problem = demo->startService(folders.executables))
       return complain(*problem);
@@ -215,11 +216,11 @@ int run(start::CommandLine commandLine) {
   if (!site)
     return complain(site.error());
 
-  const auto rendering = platform::chooseRendering();
+  const auto rendering = platform::desktop::chooseRendering();
   async::setUnhandledExceptionHandler(logUnhandled);
 
   glib::GlibEventLoop loop;
-  platform::LinuxApplication application(
+  platform::windows::LinuxApplication application(
       {.applicationId = bundle.identifier, .displayName = bundle.displayName});
   std::unique_ptr<Program> program;
   const int status = application.run(std::move(commandLine.urls), [&] {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/linux/WebKitMessages.h"
+#include "platform/linux/webkit/WebKitMessages.h"
 
 #include <webkit/webkit-web-process-extension.h>
 

@@ -1,4 +1,4 @@
-#include "platform/linux/WebKitMessages.h"
+#include "platform/linux/webkit/WebKitMessages.h"
 #include "webext/PageBridge.h"
 
 namespace ondrel::webext {

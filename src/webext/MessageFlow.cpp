@@ -1,6 +1,6 @@
 #include "webext/MessageFlow.h"
 
-#include "platform/linux/WebKitMessages.h"
+#include "platform/linux/webkit/WebKitMessages.h"
 
 #include <utility>
 

@@ -1,6 +1,6 @@
 #include "webext/PageBridge.h"
 
-#include "platform/linux/WebKitMessages.h"
+#include "platform/linux/webkit/WebKitMessages.h"
 #include "webext/Evaluation.h"
 #include "webext/FrameIdentity.h"
 #include "webext/HandlerObject.h"

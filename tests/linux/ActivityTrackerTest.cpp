@@ -1,4 +1,4 @@
-#include "platform/linux/ActivityTracker.h"
+#include "platform/linux/windows/ActivityTracker.h"
 
 #include "async/VirtualEventLoop.h"
 
@@ -15,9 +15,9 @@ using namespace std::chrono_literals;
 TEST(ActivityTracker, IgnoresTheMomentBetweenTwoWindows) {
   async::VirtualEventLoop loop;
   std::string log;
-  ActivityTracker tracker({.didBecomeActive = [&] { log += "B"; },
-                           .willResignActive = [&] { log += tracker.isActive() ? "W" : "?"; },
-                           .didResignActive = [&] { log += tracker.isActive() ? "?" : "R"; }});
+  windows::ActivityTracker tracker({.didBecomeActive = [&] { log += "B"; },
+                                    .willResignActive = [&] { log += tracker.isActive() ? "W" : "?"; },
+                                    .didResignActive = [&] { log += tracker.isActive() ? "?" : "R"; }});
   tracker.update(false);
   loop.advance(1s);
   EXPECT_EQ(log, "");
@@ -26,7 +26,7 @@ TEST(ActivityTracker, IgnoresTheMomentBetweenTwoWindows) {
   EXPECT_EQ(log, "B");
 
   tracker.update(false);
-  loop.advance(ActivityTracker::grace - 1ms);
+  loop.advance(windows::ActivityTracker::grace - 1ms);
   tracker.update(false); // doesn't begin the time anew
   EXPECT_TRUE(tracker.isActive());
   tracker.update(true);
@@ -34,7 +34,7 @@ TEST(ActivityTracker, IgnoresTheMomentBetweenTwoWindows) {
   EXPECT_EQ(log, "B");
 
   tracker.update(false);
-  loop.advance(ActivityTracker::grace - 1ms);
+  loop.advance(windows::ActivityTracker::grace - 1ms);
   tracker.update(false);
   loop.advance(1ms);
   EXPECT_EQ(log, "BWR");

@@ -1,6 +1,6 @@
 #include "DesktopTest.h"
 
-#include "platform/linux/X11Windows.h"
+#include "platform/linux/windows/X11Windows.h"
 
 #include <X11/Xlib.h>
 #include <gdk/x11/gdkx.h>
@@ -25,10 +25,10 @@ class ApplicationTest : public DesktopTest {
     XSync(display, False);
     G_GNUC_END_IGNORE_DEPRECATIONS
   }
-  std::shared_ptr<TabWindow> show(const std::string& name) {
+  std::shared_ptr<windows::TabWindow> show(const std::string& name) {
     auto window = make(name);
     window->makeKeyAndOrderFront();
-    EXPECT_TRUE(until([&] { return x11::isMapped(topLevelOf(window)); }));
+    EXPECT_TRUE(until([&] { return x11::isMapped(windows::topLevelOf(window)); }));
     return window;
   }
 };
@@ -46,7 +46,7 @@ TEST_F(ApplicationTest, KnowsWhoHasTheKeyboard) {
     a->addTabbedWindow(b);
     const auto c = show("c");
     settle();
-    giveKeyboard(topLevelOf(a));
+    giveKeyboard(windows::topLevelOf(a));
     ASSERT_TRUE(until([&] { return application.keyWindow() == a; }));
     EXPECT_EQ(application.mainWindow(), a);
     EXPECT_EQ(names(application.orderedWindows()), "abc");
@@ -55,7 +55,7 @@ TEST_F(ApplicationTest, KnowsWhoHasTheKeyboard) {
     EXPECT_EQ(application.keyWindow(), b);
 
     log.clear();
-    giveKeyboard(topLevelOf(c)); // to another of our own
+    giveKeyboard(windows::topLevelOf(c)); // to another of our own
     ASSERT_TRUE(until([&] { return application.keyWindow() == c; }));
     EXPECT_EQ(names(application.orderedWindows()), "cba");
     EXPECT_EQ(std::ranges::count(log, "resign"), 0);
@@ -67,7 +67,7 @@ TEST_F(ApplicationTest, KnowsWhoHasTheKeyboard) {
     ASSERT_TRUE(until([&] { return !application.isActive(); }));
     EXPECT_EQ(application.keyWindow(), nullptr);
     EXPECT_EQ(application.mainWindow(), c);
-    giveKeyboard(topLevelOf(c));
+    giveKeyboard(windows::topLevelOf(c));
     ASSERT_TRUE(until([&] { return application.isActive(); }));
     EXPECT_EQ(log, (Strings{"resign", "active", "c"}));
 
@@ -96,9 +96,9 @@ TEST_F(ApplicationTest, HidesAllAndComesBack) {
 
     application.unhide();
     EXPECT_FALSE(application.isHidden());
-    ASSERT_TRUE(until([&] { return a->isVisible() && x11::isMapped(topLevelOf(a)); }));
+    ASSERT_TRUE(until([&] { return a->isVisible() && x11::isMapped(windows::topLevelOf(a)); }));
     EXPECT_TRUE(gtk_widget_get_visible(dialog));
-    EXPECT_TRUE(until([&] { return x11::position(topLevelOf(a)) == std::pair(200, 100); }));
+    EXPECT_TRUE(until([&] { return x11::position(windows::topLevelOf(a)) == std::pair(200, 100); }));
 
     application.hide();
     const auto b = make("b");
@@ -130,8 +130,8 @@ TEST_F(ApplicationTest, PutsWindowsWhereTheyBelong) {
     a->setFrame({120, 80, 640, 420});
     EXPECT_EQ(a->frame(), (Rect{120, 80, 640, 420}));
     a->makeKeyAndOrderFront();
-    ASSERT_TRUE(until([&] { return x11::isMapped(topLevelOf(a)); }));
-    EXPECT_TRUE(until([&] { return x11::position(topLevelOf(a)) == std::pair(120, 80); }));
+    ASSERT_TRUE(until([&] { return x11::isMapped(windows::topLevelOf(a)); }));
+    EXPECT_TRUE(until([&] { return x11::position(windows::topLevelOf(a)) == std::pair(120, 80); }));
     EXPECT_EQ(a->frame(), (Rect{120, 80, 640, 420}));
 
     a->setFrame({99999, 99999, 1e9, -1});
@@ -160,7 +160,7 @@ TEST_F(ApplicationTest, ShowsKeysToMonitorsBeforeAnybodyElse) {
       second.reset();
       return false;
     });
-    const auto controllers = glib::adopt(gtk_widget_observe_controllers(GTK_WIDGET(topLevelOf(a))));
+    const auto controllers = glib::adopt(gtk_widget_observe_controllers(GTK_WIDGET(windows::topLevelOf(a))));
     const auto press = [&](guint keyval) {
       for (guint i = 0; i < g_list_model_get_n_items(controllers.get()); ++i) {
         const auto controller =

@@ -2,7 +2,7 @@
 
 #include "async/Scope.h"
 #include "async/VirtualEventLoop.h"
-#include "platform/linux/MessageBus.h"
+#include "platform/linux/desktop/MessageBus.h"
 #include "platform/linux/glib/AsyncResult.h"
 #include "support/TestBus.h"
 
@@ -49,10 +49,10 @@ class BusTest : public testing::Test {
   }
 
   // How the ability under test comes to a bus.
-  BusConnector connector() {
+  desktop::BusConnector connector() {
     return [this] { return connectTo(bus.address(), &connection); };
   }
-  static BusConnector connectorTo(std::string address) {
+  static desktop::BusConnector connectorTo(std::string address) {
     return [address = std::move(address)] { return connectTo(address, nullptr); };
   }
   // The ability has heard all that the bus has for it.

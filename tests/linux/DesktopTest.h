@@ -1,10 +1,10 @@
 #pragma once
 
-#include "platform/linux/LinuxApplication.h"
-#include "platform/linux/Rendering.h"
-#include "platform/linux/TabGroupWindow.h"
-#include "platform/linux/TabWindow.h"
+#include "platform/linux/desktop/Rendering.h"
 #include "platform/linux/glib/GlibEventLoop.h"
+#include "platform/linux/windows/LinuxApplication.h"
+#include "platform/linux/windows/TabGroupWindow.h"
+#include "platform/linux/windows/TabWindow.h"
 
 #include <fmt/format.h>
 #include <gtest/gtest.h>
@@ -32,7 +32,7 @@ class DesktopTest : public testing::Test {
       return true;
     }();
     EXPECT_TRUE(watching);
-    chooseRendering(); // as the program does
+    desktop::chooseRendering(); // as the program does
     complaints.clear();
     closed = application.windowWillClose.subscribe(
         [this](std::shared_ptr<Window> window) { willClose.push_back(window->identifier()); });
@@ -72,8 +72,8 @@ class DesktopTest : public testing::Test {
     }
   }
 
-  std::shared_ptr<TabWindow> make(const std::string& name) {
-    auto window = std::dynamic_pointer_cast<TabWindow>(application.makeWindow(
+  std::shared_ptr<windows::TabWindow> make(const std::string& name) {
+    auto window = std::dynamic_pointer_cast<windows::TabWindow>(application.makeWindow(
         {.contentWidth = 600, .contentHeight = 500, .tabbingIdentifier = "", .identifier = name}));
     window->setTitle(name);
     return window;
@@ -88,7 +88,7 @@ class DesktopTest : public testing::Test {
 
   static inline std::vector<std::string> complaints;
   glib::GlibEventLoop loop;
-  LinuxApplication application{
+  windows::LinuxApplication application{
       {.applicationId = fmt::format("org.velmora.Ondrel.Test{}", getpid()), .displayName = "Test"}};
   std::vector<std::string> willClose;
   base::Subscription closed;

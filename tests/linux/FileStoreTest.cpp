@@ -1,4 +1,4 @@
-#include "platform/linux/PosixFileStore.h"
+#include "platform/linux/files/PosixFileStore.h"
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -29,7 +29,7 @@ ino_t inode(const std::string& path) {
 class FileStoreTest : public testing::Test {
  protected:
   support::TemporaryFolder folder;
-  PosixFileStore store;
+  files::PosixFileStore store;
 };
 
 TEST_F(FileStoreTest, SavesForTheUserAlone) {
@@ -139,7 +139,7 @@ TEST_F(FileStoreTest, TellsWhatCannotBeDone) {
 }
 
 TEST_F(FileStoreTest, KeepsAFewDamagedFilesTheNewestAmongThem) {
-  for (int i = 1; i <= PosixFileStore::damagedFilesKept + 2; ++i) {
+  for (int i = 1; i <= files::PosixFileStore::damagedFilesKept + 2; ++i) {
     folder.write("defaults.json", std::to_string(i));
     const auto kept = store.keepAside(folder.file("defaults.json"));
     ASSERT_TRUE(kept);
@@ -148,7 +148,7 @@ TEST_F(FileStoreTest, KeepsAFewDamagedFilesTheNewestAmongThem) {
     fs::last_write_time(*kept, fs::file_time_type::clock::now() + std::chrono::hours(i));
   }
   const auto names = folder.names();
-  EXPECT_EQ(names.size(), std::size_t(PosixFileStore::damagedFilesKept));
+  EXPECT_EQ(names.size(), std::size_t(files::PosixFileStore::damagedFilesKept));
   EXPECT_EQ(folder.content("defaults.json.damaged-1"), "5");
   EXPECT_EQ(folder.content("defaults.json.damaged-2"), "6");
 }

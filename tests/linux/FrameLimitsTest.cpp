@@ -1,4 +1,4 @@
-#include "platform/linux/FrameLimits.h"
+#include "platform/linux/windows/FrameLimits.h"
 
 #include <gtest/gtest.h>
 
@@ -34,16 +34,16 @@ TEST(FrameLimits, MakeAnyFrameUsable) {
       {"larger than its monitor", {0, 0, 5000, 4000}, two, {0, 0, 1920, 1080}},
       {"numbers that are none", {nan, -infinite, nan, infinite}, two, {0, 0, 870, 768}},
       {"negative size", {10, 10, -5, 0}, two, {10, 10, 870, 768}},
-      {"tiny", {10, 10, 1, 1}, two, {10, 10, smallestWidth, smallestHeight}},
+      {"tiny", {10, 10, 1, 1}, two, {10, 10, windows::smallestWidth, windows::smallestHeight}},
       {"enormous without monitors",
        {1e9, -1e9, 1e9, 1e300},
        noMonitors,
-       {100000, -100000, largestSide, largestSide}},
+       {100000, -100000, windows::largestSide, windows::largestSide}},
       {"enormous with monitors", {1e9, 1e9, 1e9, 1e9}, two, {1920, 200, 1280, 1024}},
       {"a monitor smaller than the smallest window", {0, 0, 870, 768}, {{0, 0, 300, 200}}, {0, 0, 360, 294}},
   };
   for (const auto& [name, wanted, monitors, usable] : cases) {
-    const auto frame = usableFrame(wanted, fallback, monitors);
+    const auto frame = windows::usableFrame(wanted, fallback, monitors);
     EXPECT_EQ(frame, usable) << name << ": " << frame.x << "," << frame.y << " " << frame.width << "x"
                              << frame.height;
   }

@@ -1,4 +1,4 @@
-#include "platform/linux/GioTcpListener.h"
+#include "platform/linux/network/GioTcpListener.h"
 
 #include "async/Scope.h"
 #include "platform/linux/glib/GlibEventLoop.h"
@@ -20,7 +20,7 @@ async::Task<void> accept(TcpListener* listener, Accepted* result) {
 TEST(GioTcpListenerTest, EndsTheWaitForAConnectionWhenItIsClosed) {
   const glib::GlibEventLoop loop;
   for (const int turnsBefore : {0, 1, 5}) {
-    GioTcpListener listener;
+    network::GioTcpListener listener;
     ASSERT_TRUE(listener.listen(0)); // any port
     Accepted result = Accepted::nothing;
     async::Scope scope;

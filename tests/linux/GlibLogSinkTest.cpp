@@ -1,4 +1,4 @@
-#include "platform/linux/GlibLogSink.h"
+#include "platform/linux/text/GlibLogSink.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -23,9 +23,9 @@ TEST(GlibLogSink, MakesOneSafeLineOfAnything) {
       {"", ""},
   };
   for (const auto& [text, line] : cases)
-    EXPECT_EQ(GlibLogSink::line("T", "ondrel[ui]", G_LOG_LEVEL_MESSAGE, text),
+    EXPECT_EQ(text::GlibLogSink::line("T", "ondrel[ui]", G_LOG_LEVEL_MESSAGE, text),
               "T ondrel[ui] notice: " + line + "\n");
-  const auto cut = GlibLogSink::escaped(std::string(1 << 20, 'x'));
+  const auto cut = text::GlibLogSink::escaped(std::string(1 << 20, 'x'));
   EXPECT_LT(cut.size(), 70000U);
   EXPECT_TRUE(cut.ends_with(" [cut]"));
 }
@@ -40,8 +40,8 @@ class GlibLogSinkDeathTest : public testing::Test {
       setenv("ONDREL_LOG", wanted, 1);
     else
       unsetenv("ONDREL_LOG");
-    GlibLogSink::install("org.velmora.Ondrel");
-    GlibLogSink::install("org.velmora.Ondrel");
+    text::GlibLogSink::install("org.velmora.Ondrel");
+    text::GlibLogSink::install("org.velmora.Ondrel");
     const base::Logger logger("network");
     logger.debug("one");
     logger.info("two");

@@ -2,8 +2,8 @@
 
 #include "HttpClientServer.h"
 #include "async/Scope.h"
-#include "platform/linux/SoupHttpClient.h"
 #include "platform/linux/glib/GlibEventLoop.h"
+#include "platform/linux/network/SoupHttpClient.h"
 
 #include <gtest/gtest.h>
 
@@ -74,8 +74,8 @@ class HttpClientTest : public testing::Test {
   }
 
   glib::GlibEventLoop loop;
-  std::unique_ptr<SoupHttpClient> client = std::make_unique<SoupHttpClient>(
-      SoupHttpClientOptions{.userAgent = "Ondrel/1.2", .largestBody = largest});
+  std::unique_ptr<network::SoupHttpClient> client = std::make_unique<network::SoupHttpClient>(
+      network::SoupHttpClientOptions{.userAgent = "Ondrel/1.2", .largestBody = largest});
 };
 
 } // namespace ondrel::platform

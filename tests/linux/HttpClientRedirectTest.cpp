@@ -1,7 +1,7 @@
 // Where a request goes when the server sends it elsewhere, and what of it goes along.
 #include "HttpClientFixture.h"
 
-#include "platform/linux/SoupHttpClientRules.h"
+#include "platform/linux/network/SoupHttpClientRules.h"
 
 namespace ondrel::platform {
 
@@ -9,7 +9,7 @@ namespace {
 
 // Follows one redirect by the rules alone.
 std::string followed(HttpRequest request, int status, const std::string& location) {
-  auto next = redirected(std::move(request), status, location);
+  auto next = network::redirected(std::move(request), status, location);
   if (!next)
     return std::to_string(next.error().code);
   auto text = next->method + " " + next->url;
@@ -66,9 +66,9 @@ TEST(HttpClientRedirectRulesTest, TakeOutWhatMayNotGoAlong) {
 TEST(HttpClientRedirectRulesTest, KnowThisMachine) {
   for (const auto& [host, expected] : std::initializer_list<std::pair<const char*, bool>>{
            {"%6COCALHOST", true}, {"[::1]", true}, {"[::2]", false}, {"127.evil.example", false}}) {
-    const auto address = checkedAddress({.url = std::string("http://") + host + ":80/"});
+    const auto address = network::checkedAddress({.url = std::string("http://") + host + ":80/"});
     ASSERT_TRUE(address) << host;
-    EXPECT_EQ(isLoopback(address->get()), expected) << host;
+    EXPECT_EQ(network::isLoopback(address->get()), expected) << host;
   }
 }
 

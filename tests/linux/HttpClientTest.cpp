@@ -164,7 +164,8 @@ TEST_F(HttpClientTest, TimeRunsOnlyWhileNothingComes) {
 }
 
 TEST_F(HttpClientTest, TakesFiftyMegabytes) {
-  client = std::make_unique<SoupHttpClient>(SoupHttpClientOptions{.userAgent = "Ondrel/1.2"});
+  client =
+      std::make_unique<network::SoupHttpClient>(network::SoupHttpClientOptions{.userAgent = "Ondrel/1.2"});
   const std::string body(50'000'000, 'x');
   HttpClientServer server(
       HttpClientServer::answering([&](const std::string&) { return response("200 OK", body); }));

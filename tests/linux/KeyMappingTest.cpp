@@ -1,4 +1,4 @@
-#include "platform/linux/KeyMapping.h"
+#include "platform/linux/windows/KeyMapping.h"
 
 #include <gtest/gtest.h>
 
@@ -15,16 +15,16 @@ constexpr auto command = Modifiers::command;
 constexpr auto control = Modifiers::control;
 constexpr auto shift = Modifiers::shift;
 
-const std::vector<KeySymbol> usOne{{0, 0, GDK_KEY_1}, {0, 1, GDK_KEY_exclam}};
-const std::vector<KeySymbol> frenchOne{{0, 0, GDK_KEY_ampersand}, {0, 1, GDK_KEY_1}};
-const std::vector<KeySymbol> russianF{
+const std::vector<windows::KeySymbol> usOne{{0, 0, GDK_KEY_1}, {0, 1, GDK_KEY_exclam}};
+const std::vector<windows::KeySymbol> frenchOne{{0, 0, GDK_KEY_ampersand}, {0, 1, GDK_KEY_1}};
+const std::vector<windows::KeySymbol> russianF{
     {0, 0, GDK_KEY_Cyrillic_a}, {0, 1, GDK_KEY_Cyrillic_A}, {1, 0, GDK_KEY_f}, {1, 1, GDK_KEY_F}};
 
 struct Case {
   const char* name;
   guint keyval;
   GdkModifierType state;
-  std::vector<KeySymbol> symbols;
+  std::vector<windows::KeySymbol> symbols;
   int keyCode;
   std::uint32_t flags;
   const char* characters;
@@ -49,7 +49,7 @@ TEST(KeyMapping, GivesTheProgramsTerms) {
       {"Super+1", GDK_KEY_1, GDK_SUPER_MASK, usOne, 0, 0, "1"},
   };
   for (const auto& [name, keyval, state, symbols, keyCode, flags, characters] : cases) {
-    const auto event = keyEventFrom(keyval, state, symbols);
+    const auto event = windows::keyEventFrom(keyval, state, symbols);
     EXPECT_EQ(event.keyCode, keyCode) << name;
     EXPECT_TRUE(event.modifiers.exactly(flags)) << name << ": " << event.modifiers.flags;
     EXPECT_EQ(event.characters, characters) << name;

@@ -1,4 +1,4 @@
-#include "platform/linux/LauncherEntry.h"
+#include "platform/linux/desktop/LauncherEntry.h"
 #include "BusTest.h"
 
 #include <vector>
@@ -32,11 +32,11 @@ class LauncherEntryTest : public BusTest {
 
   const glib::Ref<GDBusConnection> launcher = bus.connect();
   Strings updates;
-  BusSubscription signals;
+  desktop::BusSubscription signals;
 };
 
 TEST_F(LauncherEntryTest, ShowsTheNumberAndTakesItAway) {
-  LauncherEntry entry("org.velmora.Ondrel", connector());
+  desktop::LauncherEntry entry("org.velmora.Ondrel", connector());
   entry.setBadgeLabel("3"); // before there is a bus
   ASSERT_TRUE(heard(1));
   for (const auto* label : {"3", "12", "", "no number", "4294967296"})
@@ -46,7 +46,7 @@ TEST_F(LauncherEntryTest, ShowsTheNumberAndTakesItAway) {
 }
 
 TEST_F(LauncherEntryTest, TellsALauncherThatStartsLater) {
-  LauncherEntry entry("org.velmora.Ondrel", connector());
+  desktop::LauncherEntry entry("org.velmora.Ondrel", connector());
   entry.setBadgeLabel("4");
   ASSERT_TRUE(heard(1));
   support::TestBus::ownName(launcher, launcherName);
@@ -64,12 +64,12 @@ TEST_F(LauncherEntryTest, TellsALauncherThatStartsLater) {
 }
 
 TEST_F(LauncherEntryTest, DoesNothingWithoutABus) {
-  LauncherEntry entry("org.velmora.Ondrel", connectorTo("unix:path=/nonexistent"));
+  desktop::LauncherEntry entry("org.velmora.Ondrel", connectorTo("unix:path=/nonexistent"));
   entry.setBadgeLabel("3");
   turn();
   entry.setBadgeLabel("4");
   bus.stop();
-  LauncherEntry abandoned("org.velmora.Ondrel", connector());
+  desktop::LauncherEntry abandoned("org.velmora.Ondrel", connector());
   abandoned.setBadgeLabel("1");
   turn();
   EXPECT_TRUE(updates.empty());

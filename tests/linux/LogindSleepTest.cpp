@@ -1,4 +1,4 @@
-#include "platform/linux/LogindSleep.h"
+#include "platform/linux/desktop/LogindSleep.h"
 #include "BusTest.h"
 
 #include <cstdlib>
@@ -38,7 +38,7 @@ class LogindSleepTest : public BusTest {
 
 TEST_F(LogindSleepTest, HearsOfWakingFromLogindOnly) {
   setenv("DBUS_SYSTEM_BUS_ADDRESS", bus.address().c_str(), 1);
-  LogindSleep monitor; // on the system bus, as in the program
+  desktop::LogindSleep monitor; // on the system bus, as in the program
   const auto subscription = monitor.didWake.subscribe([&] { ++wakes; });
   auto logind = bus.connect();
   support::TestBus::ownName(logind, logindName);
@@ -77,7 +77,7 @@ TEST_F(LogindSleepTest, HearsOfWakingFromLogindOnly) {
 TEST_F(LogindSleepTest, MayEndWhileItTellsOfAWake) {
   const auto logind = bus.connect();
   support::TestBus::ownName(logind, logindName);
-  std::optional<LogindSleep> monitor(connector());
+  std::optional<desktop::LogindSleep> monitor(connector());
   const auto subscription = monitor->didWake.subscribe([&] {
     ++wakes;
     monitor.reset();
@@ -95,11 +95,11 @@ TEST_F(LogindSleepTest, MayEndWhileItTellsOfAWake) {
 TEST_F(LogindSleepTest, IsQuietWithoutASystemBus) {
   setenv("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/nonexistent", 1);
   {
-    LogindSleep monitor;
+    desktop::LogindSleep monitor;
     const auto subscription = monitor.didWake.subscribe([&] { ++wakes; });
     turn();
   }
-  LogindSleep onlyLogindIsMissing(connector());
+  desktop::LogindSleep onlyLogindIsMissing(connector());
   turn();
   EXPECT_EQ(wakes, 0);
   unsetenv("DBUS_SYSTEM_BUS_ADDRESS");

@@ -1,7 +1,7 @@
 #include "BusTest.h"
 #include "async/Deadline.h"
-#include "platform/linux/ActivationToken.h"
-#include "platform/linux/DesktopNotifications.h"
+#include "platform/linux/desktop/ActivationToken.h"
+#include "platform/linux/desktop/DesktopNotifications.h"
 #include "support/NotificationServer.h"
 
 #include <fmt/format.h>
@@ -36,8 +36,8 @@ class NotificationsTest : public BusTest, protected NotificationCenterDelegate {
     server.reset();
   }
 
-  std::unique_ptr<DesktopNotifications> make(BusConnector connectToBus) {
-    auto made = std::make_unique<DesktopNotifications>(DesktopNotifications::Options{
+  std::unique_ptr<desktop::DesktopNotifications> make(desktop::BusConnector connectToBus) {
+    auto made = std::make_unique<desktop::DesktopNotifications>(desktop::DesktopNotifications::Options{
         .applicationId = "org.velmora.Ondrel",
         .applicationName = "Ondrel",
         .useActivationToken = [this](auto token) { log.push_back("token " + token); },
@@ -70,7 +70,7 @@ class NotificationsTest : public BusTest, protected NotificationCenterDelegate {
 
   Strings log;
   std::unique_ptr<NotificationServer> server;
-  std::unique_ptr<DesktopNotifications> center;
+  std::unique_ptr<desktop::DesktopNotifications> center;
 };
 
 TEST_F(NotificationsTest, ShowsWhatTheServerCanShow) {
@@ -116,8 +116,8 @@ TEST_F(NotificationsTest, CutsLongTextsAtACharacter) {
   for (int i = 0; i < 200000; ++i)
     text += "ä";
   ASSERT_EQ(add(request("1", text, text + "&")), "");
-  EXPECT_EQ(last().summary, text.substr(0, 2 * DesktopNotifications::longestTitle) + "…");
-  EXPECT_EQ(last().body, text.substr(0, 2 * DesktopNotifications::longestBody) + "…");
+  EXPECT_EQ(last().summary, text.substr(0, 2 * desktop::DesktopNotifications::longestTitle) + "…");
+  EXPECT_EQ(last().body, text.substr(0, 2 * desktop::DesktopNotifications::longestBody) + "…");
   // Cut first and escaped then: no half an entity.
   ASSERT_EQ(add(request("2", "", std::string(5000, '<'))), "");
   EXPECT_TRUE(last().body.ends_with("&lt;…"));
@@ -197,7 +197,7 @@ TEST_F(NotificationsTest, IgnoresTheSignalsOfOthers) {
 }
 
 TEST_F(NotificationsTest, RemembersTheNewestThousand) {
-  for (std::size_t i = 1; i <= LiveNotifications::most + 1; ++i)
+  for (std::size_t i = 1; i <= desktop::LiveNotifications::most + 1; ++i)
     ASSERT_EQ(add(request(std::to_string(i))), "");
   log.clear();
   server->invoke(1, "default");
@@ -228,7 +228,7 @@ TEST_F(NotificationsTest, GivesUpOnASilentServerAndStillKnowsItsNotifications) {
   std::optional<Result> second, third;
   start(center->add(request("2")), second);
   ASSERT_TRUE(until([&] { return server->notifications().size() == 2; }));
-  loop.advance(DesktopNotifications::answerLimit - 1ns);
+  loop.advance(desktop::DesktopNotifications::answerLimit - 1ns);
   turn();
   EXPECT_FALSE(second);
   loop.advance(1ns);
@@ -238,7 +238,7 @@ TEST_F(NotificationsTest, GivesUpOnASilentServerAndStillKnowsItsNotifications) {
 
   start(center->add(request("3")), third);
   ASSERT_TRUE(until([&] { return server->notifications().size() == 3; }));
-  loop.advance(DesktopNotifications::answerLimit);
+  loop.advance(desktop::DesktopNotifications::answerLimit);
   turn();
   ASSERT_TRUE(third && !*third);
 
@@ -258,7 +258,7 @@ TEST_F(NotificationsTest, WaitsNoLongerForCapabilities) {
   std::optional<Result> first;
   start(center->add(request("1")), first);
   ASSERT_TRUE(until([&] { return server->calls("GetCapabilities") == 1; }));
-  loop.advance(DesktopNotifications::answerLimit);
+  loop.advance(desktop::DesktopNotifications::answerLimit);
   turn();
   ASSERT_TRUE(first && !*first);
   EXPECT_EQ(log, Strings());
@@ -318,7 +318,7 @@ TEST_F(NotificationsTest, TriesAgainWhenTheServerHasJustGone) {
 }
 
 TEST_F(NotificationsTest, IsAuthorizedByAServerThatIsOrCanBeThere) {
-  const auto authorized = [this](DesktopNotifications& asked) -> std::string {
+  const auto authorized = [this](desktop::DesktopNotifications& asked) -> std::string {
     const auto granted = result(asked.requestAuthorization());
     const auto status = result(asked.authorizationStatus());
     if (!granted || !status)
@@ -360,7 +360,7 @@ TEST_F(NotificationsTest, DoesNotHangOnABusThatNeverAnswers) {
   start(mute->add(request("1")), added);
   start(mute->requestAuthorization(), authorized);
   turn();
-  loop.advance(DesktopNotifications::answerLimit);
+  loop.advance(desktop::DesktopNotifications::answerLimit);
   turn();
   EXPECT_TRUE(added && !*added);
   EXPECT_TRUE(authorized && !(authorized->has_value() && **authorized));
@@ -386,15 +386,15 @@ TEST_F(NotificationsTest, MayEndWhileTheServerStillThinks) {
 
 TEST(ActivationTokenTest, ServesOnceAndSoon) {
   async::VirtualEventLoop loop;
-  ActivationToken token;
+  desktop::ActivationToken token;
   EXPECT_EQ(token.take(), std::nullopt);
   token.set("a");
   token.set("b");
-  loop.advance(ActivationToken::lifetime - 1ns);
+  loop.advance(desktop::ActivationToken::lifetime - 1ns);
   EXPECT_EQ(token.take(), "b");
   EXPECT_EQ(token.take(), std::nullopt);
   token.set("c");
-  loop.advance(ActivationToken::lifetime);
+  loop.advance(desktop::ActivationToken::lifetime);
   EXPECT_EQ(token.take(), std::nullopt);
 }
 

@@ -1,9 +1,9 @@
 #include "DesktopTest.h"
 
 #include "async/Scope.h"
-#include "platform/linux/LinuxClipboard.h"
-#include "platform/linux/LinuxPanels.h"
-#include "platform/linux/XdgDirectories.h"
+#include "platform/linux/desktop/LinuxClipboard.h"
+#include "platform/linux/files/XdgDirectories.h"
+#include "platform/linux/windows/LinuxPanels.h"
 #include "support/FakeDesktop.h"
 #include "support/TemporaryFolder.h"
 
@@ -21,12 +21,13 @@ AdwMessageDialog* openDialog() {
   return nullptr;
 }
 
-async::Task<void> ask(LinuxPanels& panels, Alert alert, std::shared_ptr<Window> parent, int& answer) {
+async::Task<void> ask(windows::LinuxPanels& panels, Alert alert, std::shared_ptr<Window> parent,
+                      int& answer) {
   const int pressed = co_await panels.runAlert(std::move(alert), std::move(parent));
   answer = pressed;
 }
 
-async::Task<void> read(LinuxClipboard& clipboard, std::optional<std::string>& text, bool& done) {
+async::Task<void> read(desktop::LinuxClipboard& clipboard, std::optional<std::string>& text, bool& done) {
   auto got = co_await clipboard.readString();
   text = std::move(got);
   done = true;
@@ -46,8 +47,8 @@ class PanelsTest : public DesktopTest {
   }
 
   support::FakeDefaults defaults;
-  XdgDirectories directories;
-  LinuxPanels panels{
+  files::XdgDirectories directories;
+  windows::LinuxPanels panels{
       {.defaults = defaults, .directories = directories, .saveFolderKey = "save", .openFolderKey = "open"}};
   int answer = 0;
   async::TaskHandle task;
@@ -63,7 +64,7 @@ TEST_F(PanelsTest, AnswerWithTheButtonThatWasPressed) {
     EXPECT_STREQ(adw_message_dialog_get_body(openDialog()), "x\uFFFD");
     EXPECT_STREQ(adw_message_dialog_get_response_label(openDialog(), "0"), "__Yes");
     EXPECT_STREQ(adw_message_dialog_get_default_response(openDialog()), "0");
-    EXPECT_EQ(gtk_window_get_transient_for(GTK_WINDOW(openDialog())), topLevelOf(a));
+    EXPECT_EQ(gtk_window_get_transient_for(GTK_WINDOW(openDialog())), windows::topLevelOf(a));
     adw_message_dialog_response(openDialog(), "1");
     EXPECT_TRUE(answered());
     EXPECT_EQ(answer, Panels::firstButton + 1);
@@ -110,12 +111,12 @@ TEST(PanelFolders, StartWhereTheLastOneWasOrInDownloads) {
   support::FakeFiles user;
   user.downloadsFolder = folder.file("Downloads");
   support::FakeDefaults defaults;
-  PanelFolders folders(defaults, user);
+  windows::PanelFolders folders(defaults, user);
   EXPECT_EQ(folders.start("save"), folder.file("Downloads"));
   EXPECT_EQ(folder.names().size(), 1U) << "what is missing is made";
   std::filesystem::create_directory(folder.file("letters"));
   folders.remember("save", folder.file("letters/one.pdf"));
-  EXPECT_EQ(PanelFolders(defaults, user).start("save"), folder.file("letters"));
+  EXPECT_EQ(windows::PanelFolders(defaults, user).start("save"), folder.file("letters"));
   EXPECT_EQ(folders.start("open"), folder.file("Downloads")) << "each kind for itself";
   std::filesystem::remove(folder.file("letters"));
   EXPECT_EQ(folders.start("save"), folder.file("Downloads"));
@@ -125,7 +126,7 @@ TEST(PanelFolders, StartWhereTheLastOneWasOrInDownloads) {
 
 TEST_F(PanelsTest, ClipboardGivesBackWhatItGot) {
   run([this] {
-    LinuxClipboard clipboard;
+    desktop::LinuxClipboard clipboard;
     for (const auto* text : {"", "https://app.fastmail.com/mail/ä", "bad \xff"}) {
       clipboard.writeString(text);
       std::optional<std::string> got;

@@ -1,4 +1,4 @@
-#include "platform/linux/PendingFile.h"
+#include "platform/linux/files/PendingFile.h"
 
 #include "support/TemporaryFolder.h"
 
@@ -15,8 +15,8 @@ using Names = std::set<std::string>;
 
 class PendingFileTest : public testing::Test {
  protected:
-  std::optional<PendingFile> make(const std::string& name) {
-    auto made = PendingFile::make(folder.file(name));
+  std::optional<files::PendingFile> make(const std::string& name) {
+    auto made = files::PendingFile::make(folder.file(name));
     if (!made)
       return std::nullopt;
     std::ofstream(made->path()) << "new";
@@ -49,7 +49,7 @@ TEST_F(PendingFileTest, ReplacesNothingThatNobodyAgreedTo) {
   fs::create_directory(folder.file("folder"));
   for (const auto& place : {folder.file("folder"), folder.file("missing/file"), std::string("relative"),
                             std::string(), std::string("/tmp/\xFF"), std::string("/tmp/\0x", 7)}) {
-    const auto made = PendingFile::make(place);
+    const auto made = files::PendingFile::make(place);
     ASSERT_FALSE(made) << place;
     EXPECT_FALSE(made.error().empty());
   }

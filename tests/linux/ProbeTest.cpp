@@ -1,4 +1,4 @@
-#include "platform/linux/RunningInstance.h"
+#include "platform/linux/desktop/RunningInstance.h"
 
 #include <gio/gio.h>
 #include <gmock/gmock.h>
@@ -102,13 +102,13 @@ TEST_F(ProbeTest, HandsUrlsToTheFirstInstanceToTheLetter) {
   EXPECT_EQ(third.exitStatus(), 0);
   EXPECT_TRUE(first.says("reopen true\n"));
 
-  EXPECT_TRUE(RunningInstance(id).open({"mailto:" + std::string(1 << 20, 'x') + "y"}));
+  EXPECT_TRUE(desktop::RunningInstance(id).open({"mailto:" + std::string(1 << 20, 'x') + "y"}));
   EXPECT_TRUE(first.says(fmt::format("url of {} bytes ending in y\n", 8 + (1 << 20))));
 
   first.signal(SIGTERM);
   EXPECT_EQ(first.exitStatus(), 0);
   EXPECT_THAT(first.said, testing::EndsWith("willTerminate with 1 windows\nexit 0\n"));
-  EXPECT_FALSE(RunningInstance(id).exists());
+  EXPECT_FALSE(desktop::RunningInstance(id).exists());
 }
 
 TEST_F(ProbeTest, RunsAloneWithoutASessionBus) {

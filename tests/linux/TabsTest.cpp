@@ -21,7 +21,7 @@ class TabsTest : public DesktopTest {
   }
 
   // What the tab bar does when a tab is dropped on the desktop.
-  static void dragOut(const std::shared_ptr<TabWindow>& window) {
+  static void dragOut(const std::shared_ptr<windows::TabWindow>& window) {
     auto* view = window->group()->tabView();
     AdwTabView* target = nullptr;
     g_signal_emit_by_name(view, "create-window", &target);
@@ -35,7 +35,7 @@ class TabsTest : public DesktopTest {
     co_return answer;
   }
 
-  std::shared_ptr<TabWindow> a, b, c;
+  std::shared_ptr<windows::TabWindow> a, b, c;
 };
 
 TEST_F(TabsTest, StandInOrderAndAreNotSelectedWhenAdded) {
@@ -77,15 +77,15 @@ TEST_F(TabsTest, AStandaloneWindowTakesNoTabs) {
     const auto d = make("d");
     lone->addTabbedWindow(d);
     EXPECT_TRUE(until([&] { return d->isVisible() && lone->isVisible(); })) << "beside it, for all to see";
-    EXPECT_NE(topLevelOf(d), topLevelOf(lone));
+    EXPECT_NE(windows::topLevelOf(d), windows::topLevelOf(lone));
     a->addTabbedWindow(lone);
     EXPECT_EQ(names(a->tabGroup()->windows()), "abc");
     EXPECT_EQ(lone->tabGroup(), nullptr);
 
-    const auto* topLevel = topLevelOf(lone);
+    const auto* topLevel = windows::topLevelOf(lone);
     ASSERT_TRUE(topLevel);
     lone->close();
-    EXPECT_TRUE(until([&] { return topLevelOf(lone) == nullptr; }));
+    EXPECT_TRUE(until([&] { return windows::topLevelOf(lone) == nullptr; }));
   });
 }
 
@@ -97,7 +97,7 @@ TEST_F(TabsTest, OrderedOutTheyLiveOnAndComeBackToTheirPlace) {
     EXPECT_EQ(names(application.windows()), "abc") << "it is open";
     EXPECT_TRUE(b->isOrderedOut());
     EXPECT_EQ(b->tabGroup(), nullptr);
-    EXPECT_TRUE(topLevelOf(b)) << "its page has a root";
+    EXPECT_TRUE(windows::topLevelOf(b)) << "its page has a root";
     application.hide();
     application.unhide();
     EXPECT_FALSE(b->isVisible());
@@ -134,7 +134,7 @@ TEST_F(TabsTest, ShowNothingUntilTheyAreShown) {
     EXPECT_EQ(topLevelCount(), before);
     EXPECT_EQ(first->tabGroup(), nullptr);
     first->addTabbedWindow(second);
-    EXPECT_FALSE(gtk_widget_get_visible(GTK_WIDGET(topLevelOf(first))));
+    EXPECT_FALSE(gtk_widget_get_visible(GTK_WIDGET(windows::topLevelOf(first))));
     EXPECT_EQ(application.mainWindow(), nullptr);
     second->makeKeyAndOrderFront();
     EXPECT_TRUE(second->isVisible());
@@ -229,7 +229,7 @@ TEST_F(TabsTest, TellOnceThatTheyCloseByWhateverWay) {
     a->addTabbedWindow(d);
     b->setFrame({0, 0, 640, 480});
     const auto whileClosing = application.windowWillClose.subscribe([&](std::shared_ptr<Window> window) {
-      EXPECT_EQ(std::dynamic_pointer_cast<TabWindow>(window)->isClosed(), false);
+      EXPECT_EQ(std::dynamic_pointer_cast<windows::TabWindow>(window)->isClosed(), false);
       window->close(); // has begun already
       EXPECT_NE(names(application.windows()).find(window->identifier()), std::string::npos);
     });
@@ -250,7 +250,7 @@ TEST_F(TabsTest, TellOnceThatTheyCloseByWhateverWay) {
 
     adw_tab_view_close_page(d->group()->tabView(), d->page()); // the tab's own button
     EXPECT_EQ(willClose, (Strings{"b", "d"}));
-    gtk_window_close(topLevelOf(a)); // the top-level's button
+    gtk_window_close(windows::topLevelOf(a)); // the top-level's button
     EXPECT_TRUE(until([this] { return willClose.size() == 4; }));
     EXPECT_EQ(willClose, (Strings{"b", "d", "a", "c"}));
     EXPECT_EQ(names(application.windows()), "");
@@ -330,7 +330,7 @@ TEST_F(TabsTest, CloseAsTheUserWishesOnlyWhenTheyMay) {
 TEST_F(TabsTest, ShowTitlesOfAnyBytesSafely) {
   run([this] {
     makeThree();
-    const auto title = [this] { return std::string(gtk_window_get_title(topLevelOf(a))); };
+    const auto title = [this] { return std::string(gtk_window_get_title(windows::topLevelOf(a))); };
     EXPECT_EQ(title(), "a");
     a->setTitle("Inbox\n\u202Egnp.exe\xff");
     EXPECT_EQ(title(), "Inbox gnp.exe\uFFFD");
@@ -348,15 +348,15 @@ TEST_F(TabsTest, ShowTitlesOfAnyBytesSafely) {
 }
 
 TEST_F(TabsTest, AreClosedForWhoHoldsThemWhenTheApplicationHasGone) {
-  std::shared_ptr<TabWindow> held;
+  std::shared_ptr<windows::TabWindow> held;
   {
     glib::GlibEventLoop ownLoop;
-    LinuxApplication other(
+    windows::LinuxApplication other(
         {.applicationId = fmt::format("org.velmora.Ondrel.Other{}", getpid()), .displayName = "Test"});
     int told = 0;
     const auto subscription = other.windowWillClose.subscribe([&](std::shared_ptr<Window>) { ++told; });
     other.run({}, [&] {
-      held = std::dynamic_pointer_cast<TabWindow>(other.makeWindow({}));
+      held = std::dynamic_pointer_cast<windows::TabWindow>(other.makeWindow({}));
       held->makeKeyAndOrderFront();
       other.terminate();
     });

@@ -1,4 +1,4 @@
-#include "platform/linux/IcuTextFormatting.h"
+#include "platform/linux/text/IcuTextFormatting.h"
 
 #include <gtest/gtest.h>
 
@@ -14,7 +14,7 @@ using namespace std::chrono;
 TEST(TextFormatting, ShowsDatesInTheUsersLanguageAndZone) {
   const auto time = sys_days(2025y / January / 5) + 23h + 5min + 59s + 999ms;
   const auto shown = [&](const char* locale, const char* zone) {
-    return IcuTextFormatting(locale, zone).mediumDateShortTime(time);
+    return text::IcuTextFormatting(locale, zone).mediumDateShortTime(time);
   };
   EXPECT_EQ(shown("de_DE.UTF-8", "Europe/Berlin"), "06.01.2025, 00:05");
   EXPECT_EQ(shown("en_GB.UTF-8", "UTC"), "5 Jan 2025, 23:05");
@@ -25,12 +25,12 @@ TEST(TextFormatting, ShowsDatesInTheUsersLanguageAndZone) {
     EXPECT_TRUE(text.starts_with("Jan 5, 2025, 6:05")) << text;
     EXPECT_TRUE(text.ends_with("PM")) << text;
   }
-  EXPECT_FALSE(IcuTextFormatting("nonsense", "Nowhere/At_All").mediumDateShortTime(time).empty());
-  EXPECT_FALSE(IcuTextFormatting().mediumDateShortTime(time).empty());
+  EXPECT_FALSE(text::IcuTextFormatting("nonsense", "Nowhere/At_All").mediumDateShortTime(time).empty());
+  EXPECT_FALSE(text::IcuTextFormatting().mediumDateShortTime(time).empty());
 }
 
 TEST(TextFormatting, CountsCharactersAsPeopleSeeThem) {
-  const IcuTextFormatting formatting("en_US.UTF-8", "UTC");
+  const text::IcuTextFormatting formatting("en_US.UTF-8", "UTC");
   const std::string family = "👨‍👩‍👧", thumb = "👍🏽", flag = "🇩🇪", accent = "e\u0301";
   const auto all = family + thumb + flag + accent + "x\r\n";
   const std::pair<std::size_t, std::string> cases[] = {{0, ""},

@@ -1,7 +1,7 @@
 #include "async/VirtualEventLoop.h"
 #include "base/Log.h"
-#include "platform/linux/JsonUserDefaults.h"
-#include "platform/linux/PosixFileStore.h"
+#include "platform/linux/files/JsonUserDefaults.h"
+#include "platform/linux/files/PosixFileStore.h"
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -49,7 +49,7 @@ class CountingStore final : public FileStore {
   }
 
  private:
-  PosixFileStore files_;
+  files::PosixFileStore files_;
 };
 
 std::vector<std::string> errors;
@@ -65,8 +65,8 @@ class UserDefaultsTest : public testing::Test {
   }
   ~UserDefaultsTest() override { base::setLogSink(nullptr); }
 
-  std::unique_ptr<JsonUserDefaults> open() {
-    return std::make_unique<JsonUserDefaults>(store, folder.file("defaults.json"));
+  std::unique_ptr<files::JsonUserDefaults> open() {
+    return std::make_unique<files::JsonUserDefaults>(store, folder.file("defaults.json"));
   }
 
   async::VirtualEventLoop loop;
@@ -151,7 +151,7 @@ TEST_F(UserDefaultsTest, KeepsADamagedFileAsideBeforeItSaves) {
                                             "{\"a\":\"\xff\"}",
                                             "{\"a\":" + std::string(100, '[') + "1" + std::string(100, ']') +
                                                 "}",
-                                            std::string(JsonUserDefaults::largestFile + 1, ' ')};
+                                            std::string(files::JsonUserDefaults::largestFile + 1, ' ')};
   for (const auto& content : damaged) {
     errors.clear();
     folder.write("defaults.json", content);

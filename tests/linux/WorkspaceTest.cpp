@@ -1,6 +1,6 @@
 #include "base/Log.h"
-#include "platform/linux/LinuxWorkspace.h"
-#include "platform/linux/Rendering.h"
+#include "platform/linux/desktop/LinuxWorkspace.h"
+#include "platform/linux/desktop/Rendering.h"
 #include "support/TemporaryFolder.h"
 
 #include <gio/gio.h>
@@ -38,7 +38,7 @@ class WorkspaceDeathTest : public testing::Test {
     base::setLogSink([](base::LogLevel, std::string_view, std::string_view message) {
       std::fprintf(stderr, "%s\n", std::string(message).c_str());
     });
-    chooseRendering();
+    desktop::chooseRendering();
   }
 
   // What the handler got when that URL was opened, or "nothing".
@@ -80,18 +80,19 @@ class WorkspaceDeathTest : public testing::Test {
     setenv("ONDREL_RENDERING", "software", 1);
     setenv("GSK_RENDERER", "ngl", 1);
     unsetenv("WEBKIT_DISABLE_DMABUF_RENDERER");
-    const bool software = chooseRendering() == Rendering::software;
+    const bool software = desktop::chooseRendering() == desktop::Rendering::software;
     const bool kept =
         std::string(getenv("GSK_RENDERER")) == "ngl" && getenv("WEBKIT_DISABLE_DMABUF_RENDERER");
     setenv("ONDREL_RENDERING", "hardware", 1);
-    const bool hardware = chooseRendering() == Rendering::hardware;
+    const bool hardware = desktop::chooseRendering() == desktop::Rendering::hardware;
     unsetenv("ONDREL_RENDERING");
-    const bool found = (chooseRendering() == Rendering::hardware) == hasRenderDevice();
+    const bool found =
+        (desktop::chooseRendering() == desktop::Rendering::hardware) == desktop::hasRenderDevice();
     std::exit(software && kept && hardware && found ? 0 : 1);
   }
 
   support::TemporaryFolder folder;
-  LinuxWorkspace workspace;
+  desktop::LinuxWorkspace workspace;
 };
 
 TEST_F(WorkspaceDeathTest, OpensLinksAndRefusesWhatIsNone) {

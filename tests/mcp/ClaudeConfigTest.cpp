@@ -1,7 +1,7 @@
 #include "mcp/ClaudeConfig.h"
 #include "mcp/SetupCommand.h"
 
-#include "platform/linux/PosixFileStore.h"
+#include "platform/linux/files/PosixFileStore.h"
 #include "support/FakeDesktop.h"
 #include "support/TemporaryFolder.h"
 
@@ -152,7 +152,7 @@ class HomeTest : public testing::Test, protected platform::Directories {
     return folder_.content("printed");
   }
 
-  platform::PosixFileStore files_;
+  platform::files::PosixFileStore files_;
   support::TemporaryFolder folder_;
   std::string home_ = folder_.file("home's folder");
   const std::string file_ = "home's folder/.claude.json";

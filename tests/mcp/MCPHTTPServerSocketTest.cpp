@@ -1,8 +1,8 @@
 #include "SocketClient.h"
 #include "async/Timer.h"
 #include "mcp/MCPHTTPServer.h"
-#include "platform/linux/GioTcpListener.h"
 #include "platform/linux/glib/GlibEventLoop.h"
+#include "platform/linux/network/GioTcpListener.h"
 #include "support/LogCapture.h"
 
 #include <fmt/format.h>
@@ -60,7 +60,7 @@ class MCPHTTPServerSocketTest : public testing::Test {
   }
 
   std::unique_ptr<MCPHTTPServer> started() {
-    auto made = std::make_unique<MCPHTTPServer>(std::make_unique<platform::GioTcpListener>(),
+    auto made = std::make_unique<MCPHTTPServer>(std::make_unique<platform::network::GioTcpListener>(),
                                                 [this](std::string body) { return answer(std::move(body)); });
     EXPECT_TRUE(made->start(port));
     turns(5);
@@ -266,7 +266,7 @@ TEST_F(MCPHTTPServerSocketTest, HasThePortAloneUntilItStops) {
 
 TEST_F(MCPHTTPServerSocketTest, AsksForTheDescriptorsThatItMayComeToNeed) {
   const auto before = setDescriptorLimit(256);
-  EXPECT_TRUE(platform::GioTcpListener().listen(freePort()));
+  EXPECT_TRUE(platform::network::GioTcpListener().listen(freePort()));
   EXPECT_GT(setDescriptorLimit(before), MCPHTTPServer::mostWaiting + MCPHTTPServer::mostWorking);
 }
 

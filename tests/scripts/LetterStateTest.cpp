@@ -1,7 +1,7 @@
 // What the page is asked about a letter that was sent or discarded.
 #include "ScriptTest.h"
 
-#include "platform/linux/ResourceText.h"
+#include "platform/linux/text/ResourceText.h"
 #include "scripts/PageScriptSource.h"
 
 namespace ondrel::tests {
@@ -40,8 +40,8 @@ TEST_F(LetterStateTest, IsReadFromThePage) {
       {editor + "<dialog open>?</dialog>", "asking"},
       {editor + "<dialog>?</dialog><div class=v-Modal style=display:none></div>", "open"},
   };
-  const auto script =
-      scripts::pageScriptSource(resourceText, scripts::ConsoleRelay::unwanted)("letterStateScript");
+  const auto script = scripts::pageScriptSource(platform::text::resourceText,
+                                                scripts::ConsoleRelay::unwanted)("letterStateScript");
   ASSERT_TRUE(script);
   const auto says = [&] {
     const auto word = evaluate(*script);

@@ -1,6 +1,6 @@
 #include "ScriptTest.h"
 
-#include "platform/linux/ResourceText.h"
+#include "platform/linux/text/ResourceText.h"
 #include "scripts/PageScriptSource.h"
 #include "web/WebViewConfiguration.h"
 
@@ -11,7 +11,8 @@ namespace ondrel::tests {
 
 namespace {
 const web::PageScripts& allScripts() {
-  static const web::PageScripts all(scripts::pageScriptSource(resourceText, scripts::ConsoleRelay::wanted));
+  static const web::PageScripts all(
+      scripts::pageScriptSource(platform::text::resourceText, scripts::ConsoleRelay::wanted));
   return all;
 }
 } // namespace

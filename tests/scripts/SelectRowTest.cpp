@@ -1,7 +1,7 @@
 // What the page is asked to do with the message that it was sent to.
 #include "ScriptTest.h"
 
-#include "platform/linux/ResourceText.h"
+#include "platform/linux/text/ResourceText.h"
 #include "scripts/PageScriptSource.h"
 
 namespace ondrel::tests {
@@ -10,8 +10,8 @@ namespace {
 using SelectRowScriptTest = ScriptTest;
 
 TEST_F(SelectRowScriptTest, OpensTheMessageAndFocusesItsThread) {
-  const auto script =
-      scripts::pageScriptSource(resourceText, scripts::ConsoleRelay::unwanted)("selectRowScript");
+  const auto script = scripts::pageScriptSource(platform::text::resourceText,
+                                                scripts::ConsoleRelay::unwanted)("selectRowScript");
   ASSERT_TRUE(script);
   const std::string other = "<li id=o class=is-focused><a href=/mail/Inbox/T2.M9></a></li>";
   const struct {

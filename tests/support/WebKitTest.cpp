@@ -35,11 +35,11 @@ void WebKitTest::SetUpTestSuite() {
 void WebKitTest::SetUp() {
   glib::CString made(g_dir_make_tmp("ondrel-webkit-XXXXXX", nullptr));
   folder_ = made.get();
-  factory_ = std::make_unique<WebKitViewFactory>(options());
+  factory_ = std::make_unique<platform::webkit::WebKitViewFactory>(options());
 }
 
-WebKitOptions WebKitTest::options() const {
-  WebKitOptions options;
+platform::webkit::WebKitOptions WebKitTest::options() const {
+  platform::webkit::WebKitOptions options;
   options.dataFolder = folder_ / "data";
   options.cacheFolder = folder_ / "cache";
   options.extensionFolder = ONDREL_EXTENSION_FOLDER;

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "async/Scope.h"
-#include "platform/linux/WebKitView.h"
-#include "platform/linux/WebKitViewFactory.h"
 #include "platform/linux/glib/GlibEventLoop.h"
+#include "platform/linux/webkit/WebKitView.h"
+#include "platform/linux/webkit/WebKitViewFactory.h"
 #include "support/LogCapture.h"
 #include "support/PageServer.h"
 #include "support/RecordingDelegate.h"
@@ -24,7 +24,7 @@ class WebKitTest : public testing::Test {
   using Scripts = std::vector<std::shared_ptr<const UserScript>>;
 
   static void SetUpTestSuite();
-  WebKitOptions options() const; // of this test's web views
+  platform::webkit::WebKitOptions options() const; // of this test's web views
   void SetUp() override;
   void TearDown() override;
 
@@ -62,7 +62,7 @@ class WebKitTest : public testing::Test {
   support::LogCapture log_;
   support::PageServer server_;
   std::filesystem::path folder_; // of this test alone, removed behind it
-  std::unique_ptr<WebKitViewFactory> factory_;
+  std::unique_ptr<platform::webkit::WebKitViewFactory> factory_;
   RecordingDelegate delegate_;
   std::shared_ptr<WebView> view_;
 

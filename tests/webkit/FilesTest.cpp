@@ -34,7 +34,9 @@ constexpr const char* dropZone = R"(<!doctype html><meta charset=utf-8>
 
 class FilesTest : public WebKitTest {
  protected:
-  WebKitPageFiles& files() { return *static_cast<WebKitView&>(view()).pageFiles(); }
+  platform::pagefiles::WebKitPageFiles& files() {
+    return *static_cast<platform::webkit::WebKitView&>(view()).pageFiles();
+  }
   glib::Ref<GFile> file(const std::string& name, const std::string& content = "text") {
     std::ofstream(folder_ / name) << content;
     return existing(name);

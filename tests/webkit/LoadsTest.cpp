@@ -1,7 +1,7 @@
 #include "support/WebKitTest.h"
 
 #include "async/VirtualEventLoop.h"
-#include "platform/linux/WebKitErrors.h"
+#include "platform/linux/network/WebErrors.h"
 
 #include <signal.h>
 
@@ -239,7 +239,7 @@ TEST_F(LoadsTest, DeadWebProcessIsToldAndReplaced) {
 }
 
 // The state of loads alone, in virtual time.
-class LoadStatesTest : public testing::Test, protected WebKitLoads::Listener {
+class LoadStatesTest : public testing::Test, protected platform::webkit::WebKitLoads::Listener {
  protected:
   void loadCommitted() override { events.emplace_back("commit"); }
   void loadFinished() override { events.emplace_back("finish"); }
@@ -256,7 +256,7 @@ class LoadStatesTest : public testing::Test, protected WebKitLoads::Listener {
 
   const WebError cancelled{std::string(WebError::urlDomain), WebError::cancelled, ""};
   async::VirtualEventLoop loop;
-  WebKitLoads loads{*this};
+  platform::webkit::WebKitLoads loads{*this};
   Events events;
   std::string failingURL;
 };
@@ -325,7 +325,7 @@ TEST(WebErrorsTest, AreMappedToTheProgramsCodes) {
   };
   for (const auto& row : table) {
     const glib::Owned<GError> error(g_error_new_literal(row.domain, row.engineCode, "because \xFF"));
-    EXPECT_EQ(webErrorFrom(*error),
+    EXPECT_EQ(platform::network::webErrorFrom(*error),
               (WebError{std::string(row.resultDomain), row.code, "because \xEF\xBF\xBD"}))
         << g_quark_to_string(row.domain) << " " << row.engineCode;
   }

@@ -1,5 +1,5 @@
 // What keeps a page that has taken over its process from the user's machine.
-#include "platform/linux/WebKitSandbox.h"
+#include "platform/linux/webkit/WebKitSandbox.h"
 #include "support/TemporaryFolder.h"
 #include "support/WebKitTest.h"
 
@@ -87,7 +87,8 @@ TEST_F(SandboxTest, OnlyARefusalSwitchesItOff) {
     }
     g_setenv("PATH", folder.path().c_str(), TRUE);
     g_unsetenv(disablingVariable);
-    EXPECT_EQ(ensureSandboxOrFallBack(), row.isOn) << (row.bubblewrap ? row.bubblewrap : "none");
+    EXPECT_EQ(platform::webkit::ensureSandboxOrFallBack(), row.isOn)
+        << (row.bubblewrap ? row.bubblewrap : "none");
     EXPECT_EQ(g_getenv(disablingVariable) == nullptr, row.isOn);
   }
   g_setenv("PATH", path.c_str(), TRUE);
@@ -114,7 +115,7 @@ TEST_F(SandboxTest, SettingsThatSecurityDependsOn) {
 TEST_F(SandboxTest, PageThatEatsMemoryIsEnded) {
   auto small = options();
   small.pageMemoryLimit = 300;
-  factory_ = std::make_unique<WebKitViewFactory>(small);
+  factory_ = std::make_unique<platform::webkit::WebKitViewFactory>(small);
   loadHtml("<p>page</p>");
   evaluate("var eaten = []; setInterval(() => {"
            "if (eaten.length < 40) eaten.push(new Uint8Array(20 << 20).fill(1)) }, 20); 0");

@@ -3,7 +3,7 @@
 // save failed.
 
 #include "highlights/HighlightStore.h"
-#include "platform/linux/PosixFileStore.h"
+#include "platform/linux/files/PosixFileStore.h"
 #include "support/FakeDesktop.h"
 
 #include <cstdio>
@@ -23,7 +23,7 @@ int main(int argc, char** argv) {
   });
   support::FakeFiles directories;
   directories.support = argv[1];
-  platform::PosixFileStore files;
+  platform::files::PosixFileStore files;
   highlights::HighlightStore store(directories, files);
   const std::string name = argv[2];
   const long count = argc > 3 ? std::atol(argv[3]) : 1'000'000;

@@ -1,9 +1,9 @@
 // An application that prints what happens to it, one line each: application_probe ID [URL...].
 
-#include "platform/linux/GlibLogSink.h"
-#include "platform/linux/LinuxApplication.h"
-#include "platform/linux/Rendering.h"
+#include "platform/linux/desktop/Rendering.h"
 #include "platform/linux/glib/GlibEventLoop.h"
+#include "platform/linux/text/GlibLogSink.h"
+#include "platform/linux/windows/LinuxApplication.h"
 
 #include <fmt/format.h>
 
@@ -21,10 +21,10 @@ void say(const std::string& line) {
 } // namespace
 
 int main(int argc, char** argv) {
-  platform::GlibLogSink::install(argv[1]);
-  platform::chooseRendering();
+  platform::text::GlibLogSink::install(argv[1]);
+  platform::desktop::chooseRendering();
   glib::GlibEventLoop loop;
-  platform::LinuxApplication application({.applicationId = argv[1], .displayName = "Probe"});
+  platform::windows::LinuxApplication application({.applicationId = argv[1], .displayName = "Probe"});
 
   const auto terminating = application.willTerminate.subscribe(
       [&] { say(fmt::format("willTerminate with {} windows", application.windows().size())); });

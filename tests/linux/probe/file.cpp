@@ -2,7 +2,7 @@
 // "forever" it saves again and again, with letters and sizes that change, with "known" it keeps what is there
 // as something damaged. Exit status 1 tells that the save failed.
 
-#include "platform/linux/PosixFileStore.h"
+#include "platform/linux/files/PosixFileStore.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -10,7 +10,7 @@
 
 using namespace ondrel::platform;
 
-static std::optional<FileError> save(PosixFileStore& store, const std::string& path,
+static std::optional<FileError> save(ondrel::platform::files::PosixFileStore& store, const std::string& path,
                                      const std::string& content, bool keeps) {
   if (keeps) {
     std::optional<FileVersion> none;
@@ -25,7 +25,7 @@ static std::optional<FileError> save(PosixFileStore& store, const std::string& p
 int main(int argc, char** argv) {
   if (argc < 3)
     return 2;
-  PosixFileStore store;
+  ondrel::platform::files::PosixFileStore store;
   const auto size = static_cast<std::size_t>(std::atoi(argv[2]));
   const std::string how = argc > 3 ? argv[3] : "";
   const bool forever = how == "forever";

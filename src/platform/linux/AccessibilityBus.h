@@ -1,9 +1,0 @@
-#pragma once
-
-namespace ondrel::platform {
-
-// Where the session has no accessibility bus, GTK would warn about it: this switches its use off there,
-// unless the user has set GTK_A11Y. Call before GTK is initialised.
-void checkAccessibilityBus();
-
-} // namespace ondrel::platform

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "platform/Workspace.h"
+
+namespace ondrel::platform::desktop {
+
+// Through GIO, which asks the portal where the program is confined.
+class LinuxWorkspace final : public Workspace {
+ public:
+  // Asynchronous; a failure is a log line. A program or desktop file is not started: its folder opens
+  // instead.
+  void open(const std::string& url) override;
+  // Without the ".desktop" of the desktop file's name.
+  std::optional<std::string> defaultApplicationForScheme(const std::string& scheme) const override;
+};
+
+} // namespace ondrel::platform::desktop

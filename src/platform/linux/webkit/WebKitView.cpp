@@ -1,0 +1,241 @@
+#include "platform/linux/webkit/WebKitView.h"
+
+#include "async/Deadline.h"
+#include "base/Log.h"
+#include "base/Text.h"
+#include "platform/linux/text/SafeText.h"
+#include "platform/linux/webkit/WebKitEngine.h"
+#include "platform/linux/webkit/WebKitEvaluation.h"
+#include "platform/linux/webkit/WebKitPrinting.h"
+#include "platform/linux/webkit/WebKitSessionState.h"
+
+#include <adwaita.h>
+
+#include <algorithm>
+#include <cassert>
+#include <iterator>
+
+namespace ondrel::platform::webkit {
+
+namespace {
+
+constexpr const char* objectKey = "ondrel-view";
+
+std::optional<std::string> nonEmpty(const char* text) {
+  return text && *text ? std::optional(text::validUtf8(text)) : std::nullopt;
+}
+
+WebKitBackForwardListItem* currentItem(WebKitWebView* view) {
+  return webkit_back_forward_list_get_current_item(webkit_web_view_get_back_forward_list(view));
+}
+
+// Ends the page at once, whoever else still holds the object: a call into a page that hangs holds it for as
+// long.
+void endPage(WebKitWebView* view) {
+  g_object_run_dispose(G_OBJECT(view));
+}
+
+async::Task<ScriptResult> orTimedOut(async::Duration deadline, async::Task<ScriptResult> evaluation) {
+  auto result = co_await async::withDeadline(deadline, std::move(evaluation));
+  if (!result)
+    co_return std::unexpected(ScriptError{ScriptError::Kind::timedOut, {}});
+  co_return std::move(*result);
+}
+
+} // namespace
+
+std::shared_ptr<WebKitView> WebKitView::make(std::shared_ptr<const WebKitEngine> engine, Scripts scripts) {
+  auto view = engine->makeView(scripts);
+  auto result = connected(std::shared_ptr<WebKitView>(new WebKitView(std::move(engine), std::move(view))));
+  result->engineScripts_ = std::make_shared<const Scripts>(std::move(scripts));
+  result->takeFiles();
+  return result;
+}
+
+std::shared_ptr<WebKitView> WebKitView::makeDocument(std::shared_ptr<const WebKitEngine> engine) {
+  auto view = engine->makeDocumentView();
+  auto result = connected(std::shared_ptr<WebKitView>(new WebKitView(std::move(engine), std::move(view))));
+  result->engineScripts_ = std::make_shared<const Scripts>();
+  result->limitMenu();
+  return result;
+}
+
+std::shared_ptr<WebKitView> WebKitView::makePopup(const Scripts& scripts) {
+  auto result =
+      connected(std::shared_ptr<WebKitView>(new WebKitView(engine_, engine_->makePopup(view_.get()))));
+  result->engineScripts_ = engineScripts_;
+  result->takeFiles();
+  std::ranges::copy_if(scripts, std::back_inserter(result->extraScripts_), [this](const auto& script) {
+    return std::ranges::find(*engineScripts_, script) == engineScripts_->end();
+  });
+  return result;
+}
+
+std::shared_ptr<WebKitView> WebKitView::connected(std::shared_ptr<WebKitView> view) {
+  view->connectLoads();
+  view->connectQuestions();
+  view->connectProperties();
+  return view;
+}
+
+std::shared_ptr<WebKitView> WebKitView::of(WebKitWebView* view) {
+  auto* self = static_cast<WebKitView*>(g_object_get_data(G_OBJECT(view), objectKey));
+  return self ? self->weak_from_this().lock() : nullptr;
+}
+
+WebKitView::WebKitView(std::shared_ptr<const WebKitEngine> engine, glib::Ref<WebKitWebView> view)
+    : engine_(std::move(engine)), view_(std::move(view)), container_(glib::share(adw_bin_new())) {
+  g_object_set_data(G_OBJECT(view_.get()), objectKey, this);
+  gtk_widget_set_hexpand(GTK_WIDGET(view_.get()), TRUE);
+  gtk_widget_set_vexpand(GTK_WIDGET(view_.get()), TRUE);
+  adw_bin_set_child(ADW_BIN(container_.get()), GTK_WIDGET(view_.get()));
+}
+
+WebKitView::~WebKitView() {
+  connections_.clear();
+  pageFiles_.reset();
+  g_object_set_data(G_OBJECT(view_.get()), objectKey, nullptr);
+  adw_bin_set_child(ADW_BIN(container_.get()), nullptr);
+  // With a turn of its own: this may be a callback of the very page.
+  async::EventLoop::current().post(
+      [view = std::move(view_), engine = std::move(engine_)] { endPage(view.get()); });
+}
+
+void WebKitView::addScriptMessageHandler(const std::string& name) {
+  [[maybe_unused]] const bool added = handlerNames_.insert(name).second;
+  assert(added && "a handler name is added once");
+}
+
+void WebKitView::removeScriptMessageHandler(const std::string& name) {
+  handlerNames_.erase(name);
+}
+
+void WebKitView::load(const std::string& url) {
+  loads_.requested(url);
+  const auto address = text::validUtf8(url);
+  if (wantedItem_ && nonEmpty(webkit_back_forward_list_item_get_uri(wantedItem_.get())) == address)
+    webkit_web_view_go_to_back_forward_list_item(view_.get(), wantedItem_.get());
+  else
+    webkit_web_view_load_uri(view_.get(), address.c_str());
+}
+
+void WebKitView::loadHTML(const std::string& html) {
+  loads_.abandoned();
+  // As bytes, since it may hold a NUL.
+  const std::unique_ptr<GBytes, decltype(&g_bytes_unref)> bytes(g_bytes_new(html.data(), html.size()),
+                                                                g_bytes_unref);
+  webkit_web_view_load_bytes(view_.get(), bytes.get(), "text/html", "UTF-8", nullptr);
+}
+
+void WebKitView::reload() {
+  loads_.abandoned();
+  webkit_web_view_reload(view_.get());
+}
+
+void WebKitView::stopLoading() {
+  loads_.abandoned();
+  webkit_web_view_stop_loading(view_.get());
+}
+
+void WebKitView::goBack() {
+  loads_.abandoned();
+  webkit_web_view_go_back(view_.get());
+}
+
+void WebKitView::goForward() {
+  loads_.abandoned();
+  webkit_web_view_go_forward(view_.get());
+}
+
+namespace {
+
+// Holds the web view, which the question is a part of.
+async::Task<std::optional<LeaveReply>> askToClose([[maybe_unused]] std::shared_ptr<WebKitView> held,
+                                                  WebKitClosing& closing, async::Duration deadline) {
+  co_return co_await closing.ask(deadline);
+}
+
+} // namespace
+
+async::Task<std::optional<LeaveReply>> WebKitView::tryClose(async::Duration deadline) {
+  return askToClose(shared_from_this(), closing_, deadline);
+}
+
+void WebKitView::terminateWebProcess() {
+  webkit_web_view_terminate_web_process(view_.get());
+}
+
+bool WebKitView::isResponsive() const {
+  return webkit_web_view_get_is_web_process_responsive(view_.get()) != FALSE;
+}
+
+std::optional<std::string> WebKitView::url() const {
+  // The engine goes on naming the page that was not loaded (measured, 2.50).
+  if (auto* shown = stayed_ ? currentItem(view_.get()) : nullptr)
+    return nonEmpty(webkit_back_forward_list_item_get_uri(shown));
+  return nonEmpty(webkit_web_view_get_uri(view_.get()));
+}
+
+std::optional<std::string> WebKitView::title() const {
+  return nonEmpty(webkit_web_view_get_title(view_.get()));
+}
+
+bool WebKitView::canGoBack() const {
+  return webkit_web_view_can_go_back(view_.get()) != FALSE;
+}
+
+bool WebKitView::canGoForward() const {
+  return webkit_web_view_can_go_forward(view_.get()) != FALSE;
+}
+
+bool WebKitView::isLoading() const {
+  return webkit_web_view_is_loading(view_.get()) != FALSE;
+}
+
+double WebKitView::pageZoom() const {
+  return webkit_web_view_get_zoom_level(view_.get());
+}
+
+void WebKitView::setPageZoom(double zoom) {
+  webkit_web_view_set_zoom_level(view_.get(), zoom);
+}
+
+async::Task<ScriptResult> WebKitView::evaluate(std::string source, std::optional<FrameInfo> frame,
+                                               async::Duration deadline) {
+  // The main frame too when it is given: a message's frame may have left the page since.
+  auto evaluation = frame ? evaluateInFrame(view_, std::move(source), std::move(*frame))
+                          : evaluateInMainFrame(view_, std::move(source));
+  return orTimedOut(deadline, std::move(evaluation));
+}
+
+std::optional<base::Bytes> WebKitView::interactionState() {
+  return keepsHistory_ ? sessionStateOf(view_.get()) : std::nullopt;
+}
+
+bool WebKitView::restoreInteractionState(const base::Bytes& state) {
+  if (!restoreSessionState(view_.get(), state))
+    return false;
+  rememberWantedItem(url().value_or(std::string()));
+  return true;
+}
+
+// The list stands at what the engine is on its way to, until that has failed.
+void WebKitView::rememberWantedItem(const std::string& url) {
+  auto* item = webkit_back_forward_list_get_current_item(webkit_web_view_get_back_forward_list(view_.get()));
+  if (item && nonEmpty(webkit_back_forward_list_item_get_uri(item)) == url)
+    wantedItem_ = glib::share(item);
+}
+
+async::Task<PrintResult> WebKitView::print(PrintSettings settings) {
+  return printView(view_, std::move(settings));
+}
+
+NativeView WebKitView::nativeView() {
+  return {container_.get()};
+}
+
+void WebKitView::setInspectable(bool inspectable) {
+  webkit_settings_set_enable_developer_extras(webkit_web_view_get_settings(view_.get()), inspectable);
+}
+
+} // namespace ondrel::platform::webkit

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "platform/linux/glib/Ref.h"
+
+#include <gtk/gtk.h>
+
+#include <memory>
+#include <vector>
+
+namespace ondrel::platform::windows {
+
+// The top-levels that were taken off the screen together, to be brought back together.
+class HiddenTopLevels {
+ public:
+  void hideAll();
+  void showAgain();
+  // One that is to stay off the screen when the others come back.
+  void forget(GtkWindow* window);
+  bool any() const { return hidden_; }
+
+ private:
+  bool hidden_ = false;
+  std::vector<std::unique_ptr<glib::WeakRef<GtkWidget>>> widgets_;
+};
+
+} // namespace ondrel::platform::windows
