@@ -6,7 +6,7 @@
 #include "platform/NotificationCenter.h"
 #include "settings/AppSettings.h"
 #include "support/FakeDesktop.h"
-#include "support/FakeDockTile.h"
+#include "support/FakeLauncherBadge.h"
 #include "support/FakeHttpClient.h"
 #include "support/FakeWebView.h"
 
@@ -37,7 +37,7 @@ class MailProgram {
                                                                       .webViews = webViews_,
                                                                       .cookies = cookies_,
                                                                       .http = http,
-                                                                      .dockTile = dockTile_,
+                                                                      .launcherBadge = launcherBadge_,
                                                                       .sleepMonitor = sleepMonitor_,
                                                                       .notifications = notifications_,
                                                                       .openURL = [](const std::string&) {}});
@@ -52,7 +52,7 @@ class MailProgram {
   support::FakeWebViewFactory webViews_;
   support::FakeWebView* page_ = nullptr;
   support::FakeCookieStore cookies_;
-  support::FakeDockTile dockTile_;
+  support::FakeLauncherBadge launcherBadge_;
   support::FakeSleepMonitor sleepMonitor_;
   jmap::NotificationManager notifications_;
   std::unique_ptr<jmap::JMAPSession> session_;

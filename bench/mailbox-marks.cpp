@@ -65,7 +65,7 @@ class Tabs {
                                                          .application = application_,
                                                          .webViews = window.factory(),
                                                          .panels = panels_,
-                                                         .workspace = workspace_,
+                                                         .uriLauncher = uriLauncher_,
                                                          .notifications = notifications_,
                                                          .messageFiles = messageFiles_},
         stack_(GTK_STACK(gtk_stack_new())),
@@ -128,7 +128,7 @@ class Tabs {
   support::FakeFiles files_;
   support::FakeApplication application_;
   support::FakePanels panels_;
-  support::FakeWorkspace workspace_;
+  support::FakeUriLauncher uriLauncher_;
   support::FakeClipboard clipboard_;
   support::FakeNotificationCenter center_;
   jmap::NotificationManager notifications_{center_};

@@ -1,4 +1,4 @@
-configure_file(${CMAKE_CURRENT_LIST_DIR}/BundleValues.h.in ${CMAKE_BINARY_DIR}/include/ondrel/BundleValues.h @ONLY)
+configure_file(${CMAKE_CURRENT_LIST_DIR}/BuildValues.h.in ${CMAKE_BINARY_DIR}/include/ondrel/BuildValues.h @ONLY)
 add_executable(ondrel main.cpp $<TARGET_OBJECTS:ondrel_ui_resources>)
 target_include_directories(ondrel PRIVATE ${CMAKE_BINARY_DIR}/include/ondrel)
 target_link_libraries(ondrel PRIVATE ondrel_start ondrel_scripts ondrel_program ondrel_ui ondrel_platform_linux)

@@ -1,11 +1,11 @@
-#include "BundleValues.h"
+#include "BuildValues.h"
 
 #include "async/sleep.h"
 #include "base/Log.h"
 #include "platform/linux/desktop/DesktopNotifications.h"
 #include "platform/linux/desktop/LauncherEntry.h"
 #include "platform/linux/desktop/LinuxClipboard.h"
-#include "platform/linux/desktop/LinuxWorkspace.h"
+#include "platform/linux/desktop/LinuxUriLauncher.h"
 #include "platform/linux/desktop/LogindSleep.h"
 #include "platform/linux/desktop/Rendering.h"
 #include "platform/linux/files/GioFileReader.h"
@@ -54,12 +54,12 @@ int complain(const std::string& problem) {
   return usageError;
 }
 
-platform::Bundle ownBundle(bool isDemo) {
+platform::ProgramInfo ownBundle(bool isDemo) {
   // The demonstration is an application of its own: it must neither take the URLs of the real one nor hand it
   // any.
-  const std::string identifier = bundle::identifier;
-  return {isDemo ? identifier + ".Demo" : identifier, bundle::displayName, bundle::shortVersion,
-          bundle::buildNumber, offersItselfForMail && !isDemo};
+  const std::string identifier = build::identifier;
+  return {isDemo ? identifier + ".Demo" : identifier, build::displayName, build::shortVersion,
+          build::buildNumber, offersItselfForMail && !isDemo};
 }
 
 void logUnhandled(std::exception_ptr failure) {
@@ -98,7 +98,7 @@ scripts::ConsoleRelay consoleRelay() {
 // Everything that lives from start-up to the end, made in the order in which it stands on each other.
 class Program {
  public:
-  Program(platform::windows::LinuxApplication& application, const platform::Bundle& bundle,
+  Program(platform::windows::LinuxApplication& application, const platform::ProgramInfo& programInfo,
           const start::ProgramFolders& folders, settings::Site site, platform::desktop::Rendering rendering)
       : application_(application), defaults_(files_, directories_.configuration() + "/defaults.json"),
         panels_({.defaults = defaults_,
@@ -110,15 +110,15 @@ class Program {
              .cacheFolder = directories_.cache() + "/webkit",
              .extensionFolder = folders.extension,
              .softwareRendering = rendering == platform::desktop::Rendering::software}),
-        http_({.userAgent = bundle.displayName + "/" + bundle.shortVersion}),
+        http_({.userAgent = programInfo.displayName + "/" + programInfo.shortVersion}),
         notifications_(
-            {.applicationId = bundle.identifier,
-             .applicationName = bundle.displayName,
+            {.applicationId = programInfo.identifier,
+             .applicationName = programInfo.displayName,
              .useActivationToken =
                  [&application](const std::string& token) { application.setActivationToken(token); }}),
-        launcherEntry_(bundle.identifier),
+        launcherEntry_(programInfo.identifier),
         scripts_(scripts::pageScriptSource(platform::text::resourceText, consoleRelay())),
-        app_({.bundle = bundle,
+        app_({.programInfo = programInfo,
               .application = application,
               .defaults = defaults_,
               .defaultsSaving = defaults_.saving(),
@@ -127,12 +127,12 @@ class Program {
               .fileReader = fileReader_,
               .webViews = webViews_,
               .panels = panels_,
-              .workspace = workspace_,
+              .uriLauncher = uriLauncher_,
               .clipboard = clipboard_,
               .cookies = webViews_.cookies(),
               .http = http_,
               .notifications = notifications_,
-              .dockTile = launcherEntry_,
+              .launcherBadge = launcherEntry_,
               .sleepMonitor = logind_,
               .textFormatting = textFormatting_,
               .exportIcon = platform::text::resourceText(exportIcon).value_or(""),
@@ -147,7 +147,7 @@ class Program {
                     .windows = app_.windowManager(),
                     .settings = app_.settings(),
                     .webViews = webViews_,
-                    .workspace = workspace_,
+                    .uriLauncher = uriLauncher_,
                     .mail = app_.jmapSession().mail(),
                     .mcpSettings = app_.mcpSettings(),
                     .highlights = app_.highlightService().store(),
@@ -155,7 +155,7 @@ class Program {
                     .highlightImport = app_.highlightImport(),
                     .removeAllHighlights = [this] { return app_.highlightService().removeAllHighlights(); },
                     .quit = [this] { app_.quitting().request(); },
-                    .bundle = bundle,
+                    .programInfo = programInfo,
                     .navigate =
                         [this](const std::string& url, const std::optional<std::string>& emailId) {
                           app_.emailLinkService().navigate(url, emailId);
@@ -167,7 +167,7 @@ class Program {
  private:
   async::Task<void> show(platform::Alert alert) {
     co_await async::sleep(std::chrono::seconds(1));
-    co_await panels_.runAlert(std::move(alert), application_.mainWindow());
+    co_await panels_.runAlert(std::move(alert), application_.frontWindow());
   }
 
   platform::Application& application_;
@@ -176,7 +176,7 @@ class Program {
   platform::files::GioFileReader fileReader_;
   platform::files::JsonUserDefaults defaults_;
   platform::windows::LinuxPanels panels_;
-  platform::desktop::LinuxWorkspace workspace_;
+  platform::desktop::LinuxUriLauncher uriLauncher_;
   platform::desktop::LinuxClipboard clipboard_;
   platform::webkit::WebKitViewFactory webViews_;
   platform::network::SoupHttpClient http_;
@@ -191,8 +191,8 @@ class Program {
 };
 
 int run(start::CommandLine commandLine) {
-  const auto folders = start::ProgramFolders::find(bundle::installedLibraries);
-  const auto bundle = ownBundle(commandLine.demo);
+  const auto folders = start::ProgramFolders::find(build::installedLibraries);
+  const auto programInfo = ownBundle(commandLine.demo);
   auto home = start::HomeFolder::find();
   if (!home)
     return complain(home.error());
@@ -203,11 +203,11 @@ int run(start::CommandLine commandLine) {
       return complain(prepared.error());
     demo = std::move(*prepared);
   }
-  platform::text::GlibLogSink::install(bundle.identifier);
+  platform::text::GlibLogSink::install(programInfo.identifier);
   if (demo) {
     // A second service would take the place of the one that the running program talks to.
     if (const auto status =
-            platform::windows::LinuxApplication::handOver(bundle.identifier, commandLine.urls))
+            platform::windows::LinuxApplication::handOver(programInfo.identifier, commandLine.urls))
       return *status;
     if (const auto problem = demo->startService(folders.executables))
       return complain(*problem);
@@ -221,10 +221,10 @@ int run(start::CommandLine commandLine) {
 
   glib::GlibEventLoop loop;
   platform::windows::LinuxApplication application(
-      {.applicationId = bundle.identifier, .displayName = bundle.displayName});
+      {.applicationId = programInfo.identifier, .displayName = programInfo.displayName});
   std::unique_ptr<Program> program;
   const int status = application.run(std::move(commandLine.urls), [&] {
-    program = std::make_unique<Program>(application, bundle, folders, std::move(*site), rendering);
+    program = std::make_unique<Program>(application, programInfo, folders, std::move(*site), rendering);
     if (!demo && !home->temporary().empty())
       program->warn(temporaryHomeAlert(home->temporary()));
   });
@@ -241,8 +241,8 @@ int main(int argc, char** argv) {
     return complain(commandLine.error());
   switch (commandLine->action) {
   case start::CommandLine::Action::printVersion:
-    std::printf("%s %s (%s) %s\n", bundle::displayName, bundle::shortVersion, bundle::buildNumber,
-                bundle::identifier);
+    std::printf("%s %s (%s) %s\n", build::displayName, build::shortVersion, build::buildNumber,
+                build::identifier);
     return EXIT_SUCCESS;
   case start::CommandLine::Action::printHelp:
     std::fputs(start::usage, stdout);

@@ -37,7 +37,7 @@ BrowserWindows::Tab BrowserWindows::viewModel(const Window& window) const {
 }
 
 BrowserWindows::Tab BrowserWindows::keyViewModel() const {
-  return viewModel(application_.keyWindow());
+  return viewModel(application_.focusedWindow());
 }
 
 std::vector<BrowserWindows::Tab> BrowserWindows::viewModels() const {
@@ -51,7 +51,7 @@ std::vector<BrowserWindows::Tab> BrowserWindows::viewModels() const {
 std::vector<BrowserWindows::ActiveWindow> BrowserWindows::shown() const {
   std::vector<ActiveWindow> result;
   for (const auto& window : application_.windows())
-    if (auto tab = viewModel(window); tab && !window->isOrderedOut())
+    if (auto tab = viewModel(window); tab && !window->isWithdrawn())
       result.emplace_back(window, std::move(tab));
   return result;
 }
@@ -64,7 +64,7 @@ std::vector<BrowserWindows::ActiveWindow> BrowserWindows::shownWithoutLetters() 
 
 std::optional<BrowserWindows::ActiveWindow>
 BrowserWindows::activeOf(const std::vector<ActiveWindow>& windows) const {
-  const auto key = application_.keyWindow();
+  const auto key = application_.focusedWindow();
   const ActiveWindow* firstWithMail = nullptr;
   for (const auto& candidate : windows) {
     if (!web::containsMail(*candidate.second->urlString))
@@ -80,19 +80,19 @@ BrowserWindows::activeOf(const std::vector<ActiveWindow>& windows) const {
 }
 
 bool BrowserWindows::isLastShown(const Window& window) const {
-  return !window->isOrderedOut() && std::ranges::none_of(entries_, [&window](const Entry& each) {
-    return each.window != window && !each.window->isOrderedOut();
+  return !window->isWithdrawn() && std::ranges::none_of(entries_, [&window](const Entry& each) {
+    return each.window != window && !each.window->isWithdrawn();
   });
 }
 
 bool BrowserWindows::mainWindowContainsMail() const {
-  const auto main = viewModel(application_.mainWindow());
+  const auto main = viewModel(application_.frontWindow());
   return main && web::containsMail(*main->urlString);
 }
 
 bool BrowserWindows::hasComposeWindow() const {
   return std::ranges::any_of(
-      entries_, [](const Entry& each) { return each.tab->isComposeURL() && !each.window->isOrderedOut(); });
+      entries_, [](const Entry& each) { return each.tab->isComposeURL() && !each.window->isWithdrawn(); });
 }
 
 std::optional<std::string> BrowserWindows::currentAccountParameter() const {

@@ -67,7 +67,7 @@ CloseQuestion::Pages CloseQuestion::pagesOf(const Windows& windows) const {
 async::Task<bool> CloseQuestion::mayClose(Windows windows) {
   while (busy_ && !pagesOf(windows).empty()) {
     if (const auto window = askedAbout_.lock())
-      window->makeKeyAndOrderFront();
+      window->present();
     auto [resolver, future] = async::makeFuture<bool>();
     waiting_.push_back(std::move(resolver));
     const auto turn = co_await std::move(future);
@@ -95,8 +95,8 @@ async::Task<bool> CloseQuestion::ask(Pages pages) {
 
   // The user sees what is asked about.
   const auto& first = pages[answers->objections.begin()->first].first;
-  first->deminiaturize();
-  first->makeKeyAndOrderFront();
+  first->unminimize();
+  first->present();
   askedAbout_ = first;
   const auto pressed = co_await panels_.runAlert(leaveAlert(), first);
   const bool leave = pressed == platform::Panels::firstButton + 1;

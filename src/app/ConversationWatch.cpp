@@ -21,7 +21,7 @@ constexpr std::string_view conversationVisible =
 
 ConversationWatch::ConversationWatch(platform::Application& application, BrowserWindows& windows)
     : application_(application), windows_(windows),
-      keyWindowChanged_(application.windowDidBecomeKey.subscribe(
+      keyWindowChanged_(application.windowFocused.subscribe(
           [this](const BrowserWindows::Window&) { later(&ConversationWatch::update); })) {
   later(&ConversationWatch::update);
 }
@@ -36,7 +36,7 @@ async::Task<void> ConversationWatch::onNextTurn(void (ConversationWatch::*work)(
 }
 
 void ConversationWatch::update() {
-  const auto key = application_.keyWindow();
+  const auto key = application_.focusedWindow();
   const auto keyModel = windows_.viewModel(key);
   if (key) {
     auto& reads = trackedReads_[keyModel.get()];

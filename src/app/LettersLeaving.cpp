@@ -44,7 +44,7 @@ async::Task<bool> letLettersLeave(platform::Application& application, const Wind
   const auto answer = std::make_shared<async::Resolver<bool>>(std::move(resolver));
   async::Scope scope; // takes the question off the screen when the letters have left
   scope.spawn(answerByLetters(windows, answer));
-  scope.spawn(answerByUser(panels, application.mainWindow(), answer));
+  scope.spawn(answerByUser(panels, application.frontWindow(), answer));
   const auto mayEnd = co_await std::move(future);
   co_return mayEnd.value_or(false);
 }

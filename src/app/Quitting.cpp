@@ -18,7 +18,7 @@ async::Task<void> Quitting::quit() {
     co_return;
   const bool lettersHaveLeft = co_await letLettersLeave(application_, windows_, panels_);
   if (lettersHaveLeft)
-    application_.terminate();
+    application_.quit();
 }
 
 } // namespace ondrel::app

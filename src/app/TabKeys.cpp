@@ -21,7 +21,7 @@ bool selectTab(const platform::Window* key, const std::string& characters) {
   const auto position = digit == '9' ? tabs.size() - 1 : static_cast<std::size_t>(digit - '1');
   if (position >= tabs.size())
     return false;
-  tabs[position]->makeKeyAndOrderFront();
+  tabs[position]->present();
   return true;
 }
 

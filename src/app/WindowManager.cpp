@@ -60,7 +60,7 @@ WindowManager::WindowManager(platform::Application& application, settings::AppSe
       session_(application, windows_, sessionStore, webServices), conversation_(application, windows_),
       copiedLink_(clipboard, settings) {
   later(&WindowManager::restore);
-  subscriptions_.push_back(application_.willTerminate.subscribe([this] {
+  subscriptions_.push_back(application_.aboutToQuit.subscribe([this] {
     session_.finish();
     closedTabs_.finish();
   }));
@@ -68,12 +68,12 @@ WindowManager::WindowManager(platform::Application& application, settings::AppSe
       application_.addKeyDownMonitor([this](const KeyEvent& event) { return keyDown(event); }));
   subscriptions_.push_back(
       application_.windowWillClose.subscribe([this](const WindowPtr& window) { windowWillClose(window); }));
-  subscriptions_.push_back(application_.willResignActive.subscribe([this] { later(&WindowManager::save); }));
-  subscriptions_.push_back(application_.windowDidBecomeKey.subscribe(
+  subscriptions_.push_back(application_.deactivating.subscribe([this] { later(&WindowManager::save); }));
+  subscriptions_.push_back(application_.windowFocused.subscribe(
       [this](const WindowPtr& window) { openedTabs_.didBecomeKey(window); }));
   subscriptions_.push_back(settings_.fastmailEnvironmentDidChange.subscribe(
       [this] { later(&WindowManager::environmentChanged); }));
-  subscriptions_.push_back(application_.menuDidBeginTracking.subscribe([this] { copiedLink_.refresh(); }));
+  subscriptions_.push_back(application_.menuOpened.subscribe([this] { copiedLink_.refresh(); }));
   subscriptions_.push_back(conversation_.pageChanged.subscribe([this] { session_.saveSoon(); }));
 }
 
@@ -102,7 +102,7 @@ bool WindowManager::keyDown(const KeyEvent& event) {
   if (event.modifiers.exactly(Modifiers::command | Modifiers::shift) &&
       base::lowercasedAscii(event.charactersIgnoringModifiers) == "f")
     copiedLink_.refresh();
-  return takeTabKey(event, application_.keyWindow());
+  return takeTabKey(event, application_.focusedWindow());
 }
 
 WindowPtr WindowManager::makeWindow(const ViewModelPtr& viewModel) {
@@ -116,7 +116,7 @@ WindowPtr WindowManager::makeWindow(const ViewModelPtr& viewModel) {
     if (!self)
       return;
     auto& openedTabs = (*self)->openedTabs_;
-    if (const auto key = (*self)->application_.keyWindow())
+    if (const auto key = (*self)->application_.focusedWindow())
       openedTabs.didOpen(key, (*self)->openTab(opened, openedTabs.neighbour(key), activate));
     else
       (*self)->showAlone((*self)->makeWindow(opened), activate);
@@ -138,9 +138,9 @@ ViewModelPtr WindowManager::newViewModel() const {
 void WindowManager::showAlone(const WindowPtr& window, bool activate) {
   window->setTabbingMode(TabbingMode::disallowed);
   if (activate)
-    window->makeKeyAndOrderFront();
+    window->present();
   else
-    window->orderFront();
+    window->showUnfocused();
   scope_.spawn(preferTabs(window));
 }
 
@@ -149,7 +149,7 @@ WindowPtr WindowManager::openTab(const ViewModelPtr& viewModel, const WindowPtr&
   window->setTabbingMode(TabbingMode::preferred);
   neighbour->addTabbedWindow(window);
   if (activate)
-    window->makeKeyAndOrderFront();
+    window->present();
   return window;
 }
 
@@ -165,7 +165,7 @@ void WindowManager::reopenWindow() {
 }
 
 void WindowManager::newTab() {
-  const auto key = application_.keyWindow();
+  const auto key = application_.focusedWindow();
   if (!key) {
     openMainWindow();
     return;
@@ -177,13 +177,13 @@ void WindowManager::newTab() {
 
 ViewModelPtr WindowManager::showIn(const ActiveWindow& window, const std::string& url) {
   window.second->show(url);
-  window.first->deminiaturize();
-  window.first->makeKeyAndOrderFront();
+  window.first->unminimize();
+  window.first->present();
   return window.second;
 }
 
 ViewModelPtr WindowManager::openURL(const std::string& url) {
-  application_.activateIgnoringOtherApps();
+  application_.activate();
   const auto windows = windows_.shownWithoutLetters();
   if (windows.empty())
     return openBesideLetters(url);
@@ -215,7 +215,7 @@ ViewModelPtr WindowManager::loadInActiveWindow(const std::string& url) {
 }
 
 void WindowManager::openInNewTabOrWindow(const std::string& url) {
-  application_.activateIgnoringOtherApps();
+  application_.activate();
   const auto viewModel = newViewModel();
   viewModel->urlString.set(url);
   if (const auto active = windows_.activeWindow())
@@ -300,7 +300,7 @@ void WindowManager::reopenClosedTab() {
   auto group = closed->group.lock();
   if (group && group->windows().empty())
     group = nullptr;
-  auto neighbour = windows_.keyViewModel() ? application_.keyWindow() : nullptr;
+  auto neighbour = windows_.keyViewModel() ? application_.focusedWindow() : nullptr;
   if (closed->window.frame || (!group && !neighbour)) {
     restoreWindow(closed->window);
     return;
@@ -314,7 +314,7 @@ void WindowManager::reopenClosedTab() {
       neighbour->addTabbedWindow(window);
     neighbour = window;
   }
-  neighbour->makeKeyAndOrderFront();
+  neighbour->present();
 }
 
 } // namespace ondrel::app

@@ -127,11 +127,11 @@ async::Task<std::optional<std::string>> HighlightExport::generateForFile() {
 }
 
 async::Task<void> HighlightExport::exportHighlights() {
-  const auto before = services_.application.keyWindow();
+  const auto before = services_.application.focusedWindow();
   const auto html = co_await generateForFile();
   if (!html)
     co_return;
-  auto window = services_.application.keyWindow();
+  auto window = services_.application.focusedWindow();
   // The keyboard may be with the window that shows the progress, or by now in another program.
   if (!window && std::ranges::count(services_.application.windows(), before) > 0)
     window = before;

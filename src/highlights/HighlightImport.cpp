@@ -61,7 +61,7 @@ HighlightImport::HighlightImport(Services services) : services_(std::move(servic
 }
 
 async::Task<void> HighlightImport::importHighlights() {
-  const auto window = services_.application.keyWindow();
+  const auto window = services_.application.focusedWindow();
   if (!window)
     co_return;
   const auto paths = co_await services_.panels.runOpenPanel({.mimeTypes = {"text/html"}}, window);
@@ -71,7 +71,7 @@ async::Task<void> HighlightImport::importHighlights() {
 }
 
 async::Task<bool> HighlightImport::importFile(std::string path) {
-  return importFile(std::move(path), services_.application.mainWindow());
+  return importFile(std::move(path), services_.application.frontWindow());
 }
 
 async::Task<bool> HighlightImport::importFile(std::string path, std::shared_ptr<platform::Window> window) {

@@ -3,7 +3,7 @@
 #include "app/WindowManager.h"
 #include "base/Json.h"
 #include "highlights/HighlightStore.h"
-#include "highlights/InTurn.h"
+#include "highlights/SequentialTasks.h"
 #include "settings/AppSettings.h"
 #include "web/WindowViewModel.h"
 
@@ -59,7 +59,7 @@ async::Task<void> HighlightService::pushMailboxMarksToAllWindows() {
   std::vector<async::Task<void>> pushes;
   for (const auto& tab : windowManager_.windows().viewModels())
     pushes.push_back(pushMailboxMarks(tab));
-  co_await runInTurn(scope_, std::move(pushes), patience);
+  co_await runSequentially(scope_, std::move(pushes), patience);
 }
 
 async::Task<void> HighlightService::syncTag(std::vector<jmap::ThreadEmailInfo> threadEmails) {

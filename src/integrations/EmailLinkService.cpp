@@ -14,7 +14,7 @@ EmailLinkService::EmailLinkService(platform::Application& application, app::Wind
 }
 
 void EmailLinkService::navigate(const std::string& url, const std::optional<std::string>& emailId) {
-  application_.activateIgnoringOtherApps();
+  application_.activate();
   const auto shown = windowManager_.loadInActiveWindow(url);
   if (!shown) {
     windowManager_.openURL(url);

@@ -20,7 +20,7 @@ JMAPSession::JMAPSession(JMAPServices services)
       transport_(services.http, services.cookies, [this] { return page_.currentAccessToken(); }),
       mail_(*this, services.settings, [this] { badgeRefresh_.wake(); }),
       notifier_(*this, mail_, services.notifications, services.settings, std::move(services.openURL)),
-      newMail_(*this, notifier_), badge_(mail_, services.settings, services.dockTile),
+      newMail_(*this, notifier_), badge_(mail_, services.settings, services.launcherBadge),
       emailCheck_([this] { return newMail_.checkAndNotifyNewEmails(); }),
       badgeRefresh_([this] { return badge_.refresh(); }),
       eventStream_(*this, services.http,

@@ -19,7 +19,7 @@
 
 namespace ondrel::platform {
 class CookieStore;
-class DockTile;
+class LauncherBadge;
 class HttpClient;
 class SleepMonitor;
 class WebViewFactory;
@@ -39,7 +39,7 @@ struct JMAPServices {
   platform::WebViewFactory& webViews;
   platform::CookieStore& cookies;
   platform::HttpClient& http;
-  platform::DockTile& dockTile;
+  platform::LauncherBadge& launcherBadge;
   platform::SleepMonitor& sleepMonitor;
   NotificationManager& notifications;
   // Shows a message of the web application in a window.

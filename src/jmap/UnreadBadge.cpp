@@ -3,7 +3,7 @@
 #include "async/Deadline.h"
 #include "async/sleep.h"
 #include "jmap/MailQueries.h"
-#include "platform/DockTile.h"
+#include "platform/LauncherBadge.h"
 #include "settings/AppSettings.h"
 
 namespace ondrel::jmap {
@@ -12,8 +12,8 @@ namespace {
 constexpr std::chrono::seconds longestCount{60};
 }
 
-UnreadBadge::UnreadBadge(MailQueries& queries, settings::AppSettings& settings, platform::DockTile& dockTile)
-    : queries_(queries), settings_(settings), dockTile_(dockTile) {
+UnreadBadge::UnreadBadge(MailQueries& queries, settings::AppSettings& settings, platform::LauncherBadge& launcherBadge)
+    : queries_(queries), settings_(settings), launcherBadge_(launcherBadge) {
 }
 
 async::Task<WorkOutcome> UnreadBadge::refresh() {
@@ -26,13 +26,13 @@ async::Task<WorkOutcome> UnreadBadge::refresh() {
     co_return WorkOutcome::failed;
   const auto count = **answer;
   settings_.unreadCount.set(count);
-  dockTile_.setBadgeLabel(count > 0 ? std::optional(std::to_string(count)) : std::nullopt);
+  launcherBadge_.setLabel(count > 0 ? std::optional(std::to_string(count)) : std::nullopt);
   co_return WorkOutcome::done;
 }
 
 void UnreadBadge::clear() {
   settings_.unreadCount.set(0);
-  dockTile_.setBadgeLabel(std::nullopt);
+  launcherBadge_.setLabel(std::nullopt);
 }
 
 } // namespace ondrel::jmap

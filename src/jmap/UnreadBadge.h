@@ -4,7 +4,7 @@
 #include "jmap/RetryingWorker.h"
 
 namespace ondrel::platform {
-class DockTile;
+class LauncherBadge;
 }
 namespace ondrel::settings {
 class AppSettings;
@@ -19,7 +19,7 @@ class MailQueries;
 class UnreadBadge {
  public:
   // All outlive it.
-  UnreadBadge(MailQueries& queries, settings::AppSettings& settings, platform::DockTile& dockTile);
+  UnreadBadge(MailQueries& queries, settings::AppSettings& settings, platform::LauncherBadge& launcherBadge);
 
   // Asks the server, for a minute at most. When that fails, or is cancelled, all stays as it is.
   async::Task<WorkOutcome> refresh();
@@ -29,7 +29,7 @@ class UnreadBadge {
  private:
   MailQueries& queries_;
   settings::AppSettings& settings_;
-  platform::DockTile& dockTile_;
+  platform::LauncherBadge& launcherBadge_;
 };
 
 } // namespace ondrel::jmap

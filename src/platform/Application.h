@@ -42,15 +42,15 @@ class Application {
   // Front to back; of each group the selected tab comes first.
   virtual std::vector<std::shared_ptr<Window>> orderedWindows() const = 0;
   virtual std::shared_ptr<Window>
-  keyWindow() const = 0; // has the keyboard; none when another application has it
-  virtual std::shared_ptr<Window> mainWindow() const = 0; // the one in front of the program's own
+  focusedWindow() const = 0; // has the keyboard; none when another application has it
+  virtual std::shared_ptr<Window> frontWindow() const = 0; // the one in front of the program's own
 
-  virtual void activateIgnoringOtherApps() = 0;
+  virtual void activate() = 0;
   virtual bool isActive() const = 0;
   virtual void hide() = 0;
   virtual void unhide() = 0;
   virtual bool isHidden() const = 0;
-  virtual void terminate() = 0;
+  virtual void quit() = 0;
   // The id of the application that has the foreground, where the desktop tells.
   virtual std::optional<std::string> frontmostApplicationIdentifier() const = 0;
 
@@ -58,14 +58,14 @@ class Application {
   using KeyMonitor = std::function<bool(const KeyEvent&)>;
   virtual base::Subscription addKeyDownMonitor(KeyMonitor monitor) = 0;
 
-  base::Event<> willTerminate; // the windows are still there
-  base::Event<> willResignActive;
-  base::Event<> didResignActive;
-  base::Event<> didBecomeActive;
-  base::Event<std::shared_ptr<Window>> windowDidBecomeKey;
+  base::Event<> aboutToQuit; // the windows are still there
+  base::Event<> deactivating;
+  base::Event<> deactivated;
+  base::Event<> activated;
+  base::Event<std::shared_ptr<Window>> windowFocused;
   base::Event<std::shared_ptr<Window>> windowWillClose;
-  base::Event<> menuDidBeginTracking; // a menu with the program's commands opens
-  base::Event<> screensDidWake;
+  base::Event<> menuOpened; // a menu with the program's commands opens
+  base::Event<> screensWoke;
 
   // A URL event: text of any scheme, any length, handed over by the desktop or a second start.
   base::Event<const std::string&> urlReceived;

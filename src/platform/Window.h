@@ -65,19 +65,19 @@ class Window {
   virtual void selectNextTab() = 0; // wraps around
   virtual void selectPreviousTab() = 0;
 
-  virtual void makeKeyAndOrderFront() = 0;
-  virtual void orderFront() = 0; // shows it without taking the keyboard
+  virtual void present() = 0;
+  virtual void showUnfocused() = 0; // shows it without taking the keyboard
   // Takes it off the screen and out of its tabs while its content lives on. Ordered to the front again it is
   // back in its place among them, or alone where they have gone.
-  virtual void orderOut() = 0;
-  virtual bool isOrderedOut() const = 0;
+  virtual void withdraw() = 0;
+  virtual bool isWithdrawn() const = 0;
   virtual bool
   isVisible() const = 0; // on screen as the selected tab of a top-level that is neither hidden nor minimised
-  virtual bool isMiniaturized() const = 0;
-  virtual void deminiaturize() = 0;
+  virtual bool isMinimized() const = 0;
+  virtual void unminimize() = 0;
 
   // Asks as the user would; close() does not ask.
-  virtual void performClose() = 0;
+  virtual void requestClose() = 0;
   virtual void close() = 0;
 };
 

@@ -21,21 +21,21 @@ async::Task<void> onNextTurn(std::function<void()> work) {
 
 } // namespace
 
-AppDelegate::AppDelegate(platform::Application& application, platform::Bundle bundle,
+AppDelegate::AppDelegate(platform::Application& application, platform::ProgramInfo programInfo,
                          platform::UserDefaults& defaults, platform::Directories& directories,
                          platform::FileStore& files, AppLifecycleService& lifecycle)
-    : application_(application), bundle_(std::move(bundle)), defaults_(defaults), directories_(directories),
+    : application_(application), programInfo_(std::move(programInfo)), defaults_(defaults), directories_(directories),
       files_(files), lifecycle_(lifecycle) {
   subscriptions_.push_back(
       application_.didFinishLaunching.subscribe([this] { applicationDidFinishLaunching(); }));
   subscriptions_.push_back(application_.reopenRequested.subscribe(
       [this](bool hasVisibleWindows) { applicationShouldHandleReopen(hasVisibleWindows); }));
   subscriptions_.push_back(
-      application_.willResignActive.subscribe([this] { applicationWillResignActive(); }));
+      application_.deactivating.subscribe([this] { applicationWillResignActive(); }));
 }
 
 void AppDelegate::applicationDidFinishLaunching() {
-  migrate(bundle_, defaults_, directories_, files_);
+  migrate(programInfo_, defaults_, directories_, files_);
   urlSubscription_ =
       application_.urlReceived.subscribe([this](const std::string& text) { handleGetURL(text); });
 }

@@ -4,7 +4,7 @@
 #include "base/Event.h"
 #include "base/Log.h"
 #include "base/Url.h"
-#include "platform/Bundle.h"
+#include "platform/ProgramInfo.h"
 
 #include <functional>
 #include <string>
@@ -34,7 +34,7 @@ struct URLReceivers {
 // Answers what happens to the application: end of launching, URL events, reopening, loss of the foreground.
 class AppDelegate {
  public:
-  AppDelegate(platform::Application& application, platform::Bundle bundle, platform::UserDefaults& defaults,
+  AppDelegate(platform::Application& application, platform::ProgramInfo programInfo, platform::UserDefaults& defaults,
               platform::Directories& directories, platform::FileStore& files, AppLifecycleService& lifecycle);
 
   // Set as soon as there is one; without it a reopening does nothing.
@@ -50,7 +50,7 @@ class AppDelegate {
 
  private:
   platform::Application& application_;
-  const platform::Bundle bundle_;
+  const platform::ProgramInfo programInfo_;
   platform::UserDefaults& defaults_;
   platform::Directories& directories_;
   platform::FileStore& files_;

@@ -3,32 +3,32 @@
 #include "async/sleep.h"
 #include "platform/Application.h"
 #include "platform/Panels.h"
-#include "platform/Workspace.h"
+#include "platform/UriLauncher.h"
 #include "program/AppLifecycleService.h"
 #include "settings/AppSettings.h"
 
 namespace ondrel::program {
 
-bool isDefaultEmailClient(const platform::Workspace& workspace, const platform::Bundle& bundle) {
-  const auto handler = workspace.defaultApplicationForScheme("mailto");
-  return handler && !bundle.identifier.empty() && *handler == bundle.identifier;
+bool isDefaultEmailClient(const platform::UriLauncher& uriLauncher, const platform::ProgramInfo& programInfo) {
+  const auto handler = uriLauncher.defaultApplicationForScheme("mailto");
+  return handler && !programInfo.identifier.empty() && *handler == programInfo.identifier;
 }
 
-async::Task<void> askToBecomeDefault(std::chrono::seconds delay, platform::Bundle bundle,
-                                     platform::Application& application, platform::Workspace& workspace,
+async::Task<void> askToBecomeDefault(std::chrono::seconds delay, platform::ProgramInfo programInfo,
+                                     platform::Application& application, platform::UriLauncher& uriLauncher,
                                      platform::Panels& panels, settings::AppSettings& settings,
                                      AppLifecycleService& lifecycle) {
   co_await async::sleep(delay);
-  if (isDefaultEmailClient(workspace, bundle))
+  if (isDefaultEmailClient(uriLauncher, programInfo))
     co_return;
-  platform::Alert alert{bundle.displayName + " is not your default email app",
+  platform::Alert alert{programInfo.displayName + " is not your default email app",
                         "Would you like to go to Settings to change this now?",
                         platform::AlertStyle::informational,
                         {"Yes", "Not Now"}};
-  const auto response = co_await panels.runAlert(std::move(alert), application.mainWindow());
+  const auto response = co_await panels.runAlert(std::move(alert), application.frontWindow());
   if (response == platform::Panels::firstButton) {
     settings.setSelectedSettingsTab(settings::SettingsTab::general);
-    application.activateIgnoringOtherApps();
+    application.activate();
     if (lifecycle.openSettingsAction)
       lifecycle.openSettingsAction();
   }

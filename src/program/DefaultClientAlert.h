@@ -1,14 +1,14 @@
 #pragma once
 
 #include "async/Task.h"
-#include "platform/Bundle.h"
+#include "platform/ProgramInfo.h"
 
 #include <chrono>
 
 namespace ondrel::platform {
 class Application;
 class Panels;
-class Workspace;
+class UriLauncher;
 } // namespace ondrel::platform
 
 namespace ondrel::settings {
@@ -20,12 +20,12 @@ namespace ondrel::program {
 struct AppLifecycleService;
 
 // The program opens mailto links on this desktop.
-bool isDefaultEmailClient(const platform::Workspace& workspace, const platform::Bundle& bundle);
+bool isDefaultEmailClient(const platform::UriLauncher& uriLauncher, const platform::ProgramInfo& programInfo);
 
 // Asks, once the delay is over, whether the user wants the program to be the default mail application. Asked
 // at most once, unless the user switches the question on again.
-async::Task<void> askToBecomeDefault(std::chrono::seconds delay, platform::Bundle bundle,
-                                     platform::Application& application, platform::Workspace& workspace,
+async::Task<void> askToBecomeDefault(std::chrono::seconds delay, platform::ProgramInfo programInfo,
+                                     platform::Application& application, platform::UriLauncher& uriLauncher,
                                      platform::Panels& panels, settings::AppSettings& settings,
                                      AppLifecycleService& lifecycle);
 

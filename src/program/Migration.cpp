@@ -1,7 +1,7 @@
 #include "program/Migration.h"
 
 #include "base/Text.h"
-#include "platform/Bundle.h"
+#include "platform/ProgramInfo.h"
 #include "platform/FileStore.h"
 #include "platform/UserDefaults.h"
 #include "settings/SettingsKeys.h"
@@ -14,30 +14,30 @@ constexpr std::int64_t firstBuildWithoutOldKeys = 72;
 constexpr std::int64_t firstBuildWithoutLogFolder = 84;
 constexpr std::string_view oldKeys[] = {"baseURL", "_savedPages", "_hookTickerRunning", "_emailIds"};
 
-void removeLogFolder(const platform::Bundle& bundle, platform::Directories& directories,
+void removeLogFolder(const platform::ProgramInfo& programInfo, platform::Directories& directories,
                      platform::FileStore& files) {
   const auto support = directories.applicationSupport();
   if (!support)
     return;
-  const auto folder = *support + "/" + (bundle.identifier.empty() ? "Ondrel" : bundle.identifier) + "/Logs";
+  const auto folder = *support + "/" + (programInfo.identifier.empty() ? "Ondrel" : programInfo.identifier) + "/Logs";
   if (files.exists(folder)) [[maybe_unused]]
     const auto ignored = files.removeRecursively(folder);
 }
 
 } // namespace
 
-void migrate(const platform::Bundle& bundle, platform::UserDefaults& defaults,
+void migrate(const platform::ProgramInfo& programInfo, platform::UserDefaults& defaults,
              platform::Directories& directories, platform::FileStore& files) {
   const auto& key = settings::keys::lastMigratedBuild;
   const auto stored = defaults.integer(key.name).value_or(key.fallback);
-  const std::int64_t running = base::parsedInteger(bundle.buildNumber).value_or(0);
+  const std::int64_t running = base::parsedInteger(programInfo.buildNumber).value_or(0);
   if (stored >= running)
     return;
   if (stored < firstBuildWithoutOldKeys)
     for (const auto old : oldKeys)
       defaults.remove(old);
   if (stored < firstBuildWithoutOldKeys || (stored >= 0 && stored < firstBuildWithoutLogFolder))
-    removeLogFolder(bundle, directories, files);
+    removeLogFolder(programInfo, directories, files);
   defaults.set(key.name, running);
 }
 

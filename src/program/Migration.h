@@ -3,7 +3,7 @@
 #include <string>
 
 namespace ondrel::platform {
-struct Bundle;
+struct ProgramInfo;
 class Directories;
 class FileStore;
 class UserDefaults;
@@ -12,7 +12,7 @@ class UserDefaults;
 namespace ondrel::program {
 
 // Clears what older builds have left, once for each build, and remembers the running one.
-void migrate(const platform::Bundle& bundle, platform::UserDefaults& defaults,
+void migrate(const platform::ProgramInfo& programInfo, platform::UserDefaults& defaults,
              platform::Directories& directories, platform::FileStore& files);
 
 } // namespace ondrel::program

@@ -26,11 +26,11 @@ OndrelApp::OndrelApp(const PlatformAbilities& platform, settings::Site site, con
                    platform.application,
                    platform.webViews,
                    platform.panels,
-                   platform.workspace,
+                   platform.uriLauncher,
                    notificationManager_,
                    messageFiles_},
       sessionStore_(platform.directories, platform.files), closedTabs_(platform.directories, platform.files),
-      appDelegate_(platform.application, platform.bundle, platform.defaults, platform.directories,
+      appDelegate_(platform.application, platform.programInfo, platform.defaults, platform.directories,
                    platform.files, lifecycle_),
       windowManager_(platform.application, settings_, sessionStore_, closedTabs_, platform.clipboard,
                      webServices_, makeContentFactory(webServices_)),
@@ -40,7 +40,7 @@ OndrelApp::OndrelApp(const PlatformAbilities& platform, settings::Site site, con
                     .webViews = platform.webViews,
                     .cookies = platform.cookies,
                     .http = platform.http,
-                    .dockTile = platform.dockTile,
+                    .launcherBadge = platform.launcherBadge,
                     .sleepMonitor = platform.sleepMonitor,
                     .notifications = notificationManager_,
                     .openURL = [this](const std::string& url) { windowManager_.openURL(url); }}),
@@ -89,10 +89,10 @@ OndrelApp::OndrelApp(const PlatformAbilities& platform, settings::Site site, con
       {.mail = jmapSession_.mail(),
        .formatting = platform.textFormatting,
        .openURL = [this](const std::string& url) { windowManager_.openURL(url); },
-       .activate = [&application = platform.application] { application.activateIgnoringOtherApps(); }});
-  if (platform.bundle.isMailApplication && settings_.get(settings::keys::defaultClientCheck)) {
+       .activate = [&application = platform.application] { application.activate(); }});
+  if (platform.programInfo.isMailApplication && settings_.get(settings::keys::defaultClientCheck)) {
     const std::chrono::seconds delay{shortestAlertDelay + platform.randomUpTo(alertDelaySpread)};
-    scope_.spawn(askToBecomeDefault(delay, platform.bundle, platform.application, platform.workspace,
+    scope_.spawn(askToBecomeDefault(delay, platform.programInfo, platform.application, platform.uriLauncher,
                                     platform.panels, settings_, lifecycle_));
   }
 }

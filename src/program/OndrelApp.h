@@ -17,7 +17,7 @@
 #include "jmap/NotificationManager.h"
 #include "mcp/MCPServerManager.h"
 #include "mcp/MCPSettingsModel.h"
-#include "platform/Bundle.h"
+#include "platform/ProgramInfo.h"
 #include "program/AppDelegate.h"
 #include "program/AppLifecycleService.h"
 #include "program/UnsavedFiles.h"
@@ -35,7 +35,7 @@ namespace ondrel::platform {
 class Clipboard;
 class CookieStore;
 class Directories;
-class DockTile;
+class LauncherBadge;
 class FileReader;
 class FileStore;
 class HttpClient;
@@ -50,7 +50,7 @@ namespace ondrel::program {
 
 // The platform's abilities that the program stands on; all outlive it.
 struct PlatformAbilities {
-  platform::Bundle bundle;
+  platform::ProgramInfo programInfo;
   platform::Application& application;
   platform::UserDefaults& defaults;
   platform::RetriedSave& defaultsSaving; // of their file
@@ -59,12 +59,12 @@ struct PlatformAbilities {
   platform::FileReader& fileReader;
   platform::WebViewFactory& webViews;
   platform::Panels& panels;
-  platform::Workspace& workspace;
+  platform::UriLauncher& uriLauncher;
   platform::Clipboard& clipboard;
   platform::CookieStore& cookies; // of the web views
   platform::HttpClient& http;
   platform::NotificationCenter& notifications;
-  platform::DockTile& dockTile;
+  platform::LauncherBadge& launcherBadge;
   platform::SleepMonitor& sleepMonitor;
   const platform::TextFormatting& textFormatting;
   std::string exportIcon; // the program's icon on exported pages, a PNG's bytes; empty for none

@@ -14,7 +14,7 @@ UnsavedFiles::UnsavedFiles(std::vector<std::reference_wrapper<platform::RetriedS
     : saves_(std::move(saves)), application_(application), panels_(panels) {
   for (const auto save : saves_)
     subscriptions_.push_back(save.get().problem().observe([this] { look(); }));
-  subscriptions_.push_back(application_.willTerminate.subscribe([this] { saveAtTheEnd(); }));
+  subscriptions_.push_back(application_.aboutToQuit.subscribe([this] { saveAtTheEnd(); }));
   look();
 }
 
@@ -43,7 +43,7 @@ async::Task<void> UnsavedFiles::tell(std::string problem) {
                             "Make room on the disk before you quit, or see that the file can be written.",
                         platform::AlertStyle::warning,
                         {"OK"}};
-  co_await panels_.runAlert(std::move(alert), application_.mainWindow());
+  co_await panels_.runAlert(std::move(alert), application_.frontWindow());
 }
 
 } // namespace ondrel::program

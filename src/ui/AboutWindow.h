@@ -5,12 +5,12 @@
 #include <string>
 
 namespace ondrel::platform {
-struct Bundle;
+struct ProgramInfo;
 }
 
 namespace ondrel::ui {
 
 // `website` may be empty. The window belongs to the toolkit.
-GtkWindow* presentAbout(const platform::Bundle& bundle, const std::string& website, GtkWindow* parent);
+GtkWindow* presentAbout(const platform::ProgramInfo& programInfo, const std::string& website, GtkWindow* parent);
 
 } // namespace ondrel::ui

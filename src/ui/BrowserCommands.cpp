@@ -45,9 +45,9 @@ void toggleToolbar(WindowViewModel& tab) {
 
 BrowserCommands::BrowserCommands(platform::Application& application, app::WindowManager& windows,
                                  highlights::HighlightStore& highlights, KeyTab& keyTab,
-                                 platform::Bundle bundle, Actions actions)
+                                 platform::ProgramInfo programInfo, Actions actions)
     : application_(application), windows_(windows), highlights_(highlights), keyTab_(keyTab),
-      bundle_(std::move(bundle)), actions_(std::move(actions)) {
+      programInfo_(std::move(programInfo)), actions_(std::move(actions)) {
 }
 
 std::vector<CommandGroup> BrowserCommands::table() {
@@ -68,8 +68,8 @@ CommandGroup BrowserCommands::windowsAndTabs() {
             .accelerators = {"<Control>w"},
             .perform =
                 [this] {
-                  if (const auto key = application_.keyWindow())
-                    key->performClose();
+                  if (const auto key = application_.focusedWindow())
+                    key->requestClose();
                 },
             .place = MenuPlace::none}}};
 }
@@ -184,7 +184,7 @@ CommandGroup BrowserCommands::general() {
            {.title = "Keyboard Shortcuts",
             .accelerators = {"<Control>question"},
             .perform = actions_.showShortcuts},
-           {.title = "About " + bundle_.displayName, .perform = actions_.showAbout},
+           {.title = "About " + programInfo_.displayName, .perform = actions_.showAbout},
            {.title = "Quit", .accelerators = {"<Control>q"}, .perform = actions_.quit}}};
 }
 

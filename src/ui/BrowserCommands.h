@@ -1,7 +1,7 @@
 #pragma once
 
 #include "async/Scope.h"
-#include "platform/Bundle.h"
+#include "platform/ProgramInfo.h"
 #include "ui/Command.h"
 
 #include <functional>
@@ -41,7 +41,7 @@ class BrowserCommands {
   };
 
   BrowserCommands(platform::Application& application, app::WindowManager& windows,
-                  highlights::HighlightStore& highlights, KeyTab& keyTab, platform::Bundle bundle,
+                  highlights::HighlightStore& highlights, KeyTab& keyTab, platform::ProgramInfo programInfo,
                   Actions actions);
 
   // In the order of the menu.
@@ -66,7 +66,7 @@ class BrowserCommands {
   app::WindowManager& windows_;
   highlights::HighlightStore& highlights_;
   KeyTab& keyTab_;
-  const platform::Bundle bundle_;
+  const platform::ProgramInfo programInfo_;
   const Actions actions_;
   async::Scope scope_;
 };

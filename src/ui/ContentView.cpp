@@ -2,7 +2,7 @@
 
 #include "platform/WebView.h"
 #include "platform/Window.h"
-#include "ui/ShownText.h"
+#include "ui/DisplayText.h"
 #include "web/WindowViewModel.h"
 
 namespace ondrel::ui {
@@ -15,7 +15,7 @@ ContentView::ContentView(std::shared_ptr<web::WindowViewModel> viewModel,
   viewModel_->window = window;
   const auto tellTitle = [this] {
     if (const auto shown = window_.lock())
-      shown->setTitle(shownLine(*viewModel_->title));
+      shown->setTitle(shortDisplayLine(*viewModel_->title));
   };
   const auto tellBusy = [this] {
     if (const auto shown = window_.lock())

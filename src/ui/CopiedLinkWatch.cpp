@@ -8,7 +8,7 @@
 namespace ondrel::ui {
 
 CopiedLinkWatch::CopiedLinkWatch(platform::Application& application, app::WindowManager& windows)
-    : activation_(application.didBecomeActive.subscribe([&windows] { windows.copiedLink().refresh(); })),
+    : activation_(application.activated.subscribe([&windows] { windows.copiedLink().refresh(); })),
       clipboard_(glib::connect<void(GdkClipboard*)>(gdk_display_get_clipboard(gdk_display_get_default()),
                                                     "changed", [&application, &windows](GdkClipboard*) {
                                                       if (application.isActive())

@@ -46,13 +46,13 @@ HighlightsWindow::HighlightsWindow(Services services) : services_(std::move(serv
     if (window_ && window == window_)
       forget();
   }));
-  subscriptions_.push_back(services_.application.willTerminate.subscribe([this] { keepFrame(); }));
+  subscriptions_.push_back(services_.application.aboutToQuit.subscribe([this] { keepFrame(); }));
 }
 
 void HighlightsWindow::show() {
   if (!window_)
     open();
-  window_->makeKeyAndOrderFront();
+  window_->present();
 }
 
 void HighlightsWindow::open() {
@@ -172,7 +172,7 @@ void HighlightsWindow::addKeys(GtkWidget* box) {
         if (key != GDK_KEY_Escape || held != 0)
           return FALSE;
         const auto window = window_;
-        window->performClose();
+        window->requestClose();
         return TRUE;
       }));
   gtk_widget_add_controller(box, keys);

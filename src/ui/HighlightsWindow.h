@@ -5,7 +5,7 @@
 #include "platform/linux/glib/Connection.h"
 #include "ui/HighlightsPage.h"
 #include "ui/ProblemBar.h"
-#include "ui/StoppedPage.h"
+#include "ui/CrashedPage.h"
 
 #include <gtk/gtk.h>
 
@@ -68,7 +68,7 @@ class HighlightsWindow final {
   GtkWidget* searchBar_ = nullptr;
   GtkWidget* exportButton_ = nullptr;
   std::optional<ProblemBar> problem_;
-  std::optional<StoppedPage> stopped_;
+  std::optional<CrashedPage> stopped_;
   std::optional<highlights::HighlightList> list_;
   std::optional<HighlightsPage> page_;
   std::vector<glib::Connection> connections_;

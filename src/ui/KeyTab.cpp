@@ -8,7 +8,7 @@
 namespace ondrel::ui {
 
 KeyTab::KeyTab(platform::Application& application, const app::WindowManager& windows) : windows_(windows) {
-  subscriptions_.push_back(application.windowDidBecomeKey.subscribe([this](const auto&) { follow(); }));
+  subscriptions_.push_back(application.windowFocused.subscribe([this](const auto&) { follow(); }));
   subscriptions_.push_back(application.windowWillClose.subscribe([this](const auto&) { follow(); }));
   follow();
 }

@@ -7,7 +7,7 @@
 #include "ui/PageDialogView.h"
 #include "ui/PageNotices.h"
 #include "ui/ProblemBar.h"
-#include "ui/StoppedPage.h"
+#include "ui/CrashedPage.h"
 
 #include <gtk/gtk.h>
 
@@ -68,7 +68,7 @@ class PageArea {
   std::optional<ProblemBar> noApplication_;
   std::optional<ProblemBar> hang_;
   std::optional<PageDialogView> dialog_;
-  std::optional<StoppedPage> stopped_;
+  std::optional<CrashedPage> stopped_;
   std::optional<DownloadProgressBar> downloads_;
   std::vector<base::Subscription> subscriptions_;
 };

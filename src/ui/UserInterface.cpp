@@ -4,7 +4,7 @@
 #include "highlights/HighlightExport.h"
 #include "highlights/HighlightImport.h"
 #include "platform/Application.h"
-#include "platform/Workspace.h"
+#include "platform/UriLauncher.h"
 #include "settings/AppSettings.h"
 #include "ui/AboutWindow.h"
 #include "ui/ShortcutsWindow.h"
@@ -33,14 +33,14 @@ UserInterface::UserInterface(const Services& services)
       settingsWindow_({.settings = services_.settings,
                        .mail = services_.mail,
                        .mcp = services_.mcpSettings,
-                       .openURL = [this](const std::string& url) { services_.workspace.open(url); }},
+                       .openURL = [this](const std::string& url) { services_.uriLauncher.open(url); }},
                       services_.toolkitApplication, [this] { return activeWindow(); }),
-      commands_(services_.application, services_.windows, services_.highlights, keyTab_, services_.bundle,
+      commands_(services_.application, services_.windows, services_.highlights, keyTab_, services_.programInfo,
                 commandActions()),
       groups_(commands_.table()), actions_(services_.toolkitApplication, groups_), menu_(groups_),
       chrome_{menu_, [this](const auto& window) { return services_.windows.windows().viewModel(window); },
               [this] { services_.windows.newTab(); },
-              [this] { services_.application.menuDidBeginTracking.emit(); }},
+              [this] { services_.application.menuOpened.emit(); }},
       copiedLink_(services_.application, services_.windows) {
   installStyle();
   services_.application.setChromeFactory([this] { return std::make_unique<BrowserChrome>(chrome_); });
@@ -57,7 +57,7 @@ BrowserCommands::Actions UserInterface::commandActions() {
           .showShortcuts = [this] { presentShortcuts(groups_, activeWindow()); },
           .showAbout =
               [this] {
-                presentAbout(services_.bundle, services_.settings.site().projectSiteURL, activeWindow());
+                presentAbout(services_.programInfo, services_.settings.site().projectSiteURL, activeWindow());
               },
           .quit = services_.quit};
 }

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "async/Scope.h"
-#include "platform/Bundle.h"
+#include "platform/ProgramInfo.h"
 #include "ui/BrowserChrome.h"
 #include "ui/BrowserCommands.h"
 #include "ui/CommandActions.h"
@@ -25,7 +25,7 @@ class HighlightStore;
 } // namespace ondrel::highlights
 
 namespace ondrel::platform {
-class Workspace;
+class UriLauncher;
 }
 
 namespace ondrel::ui {
@@ -40,7 +40,7 @@ class UserInterface {
     app::WindowManager& windows;
     settings::AppSettings& settings;
     platform::WebViewFactory& webViews;
-    platform::Workspace& workspace;
+    platform::UriLauncher& uriLauncher;
     jmap::MailQueries& mail;
     mcp::MCPSettingsModel& mcpSettings;
     highlights::HighlightStore& highlights;
@@ -48,7 +48,7 @@ class UserInterface {
     highlights::HighlightImport& highlightImport;
     std::function<async::Task<void>()> removeAllHighlights; // asks first
     std::function<void()> quit;                             // asks too
-    platform::Bundle bundle;
+    platform::ProgramInfo programInfo;
     // Shows a message of the service; the id of the email where it is known.
     std::function<void(const std::string& url, const std::optional<std::string>& emailId)> navigate;
   };

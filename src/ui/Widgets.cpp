@@ -1,6 +1,6 @@
 #include "ui/Widgets.h"
 
-#include "ui/KeySigns.h"
+#include "ui/KeyNotation.h"
 
 namespace ondrel::ui {
 

@@ -3,7 +3,7 @@
 #include "base/Text.h"
 #include "base/Url.h"
 #include "platform/WebViewDelegate.h"
-#include "platform/Workspace.h"
+#include "platform/UriLauncher.h"
 #include "web/GestureLimit.h"
 #include "web/NavigationRules.h"
 #include "web/WindowViewModel.h"
@@ -47,9 +47,9 @@ std::optional<std::string> externalAddress(const std::string& url) {
   return parsed->absoluteString();
 }
 
-ExternalLinks::ExternalLinks(std::weak_ptr<WindowViewModel> viewModel, platform::Workspace& workspace,
+ExternalLinks::ExternalLinks(std::weak_ptr<WindowViewModel> viewModel, platform::UriLauncher& uriLauncher,
                              GestureLimit& handOvers)
-    : viewModel_(std::move(viewModel)), workspace_(workspace), handOvers_(handOvers) {
+    : viewModel_(std::move(viewModel)), uriLauncher_(uriLauncher), handOvers_(handOvers) {
 }
 
 bool ExternalLinks::take(const platform::NavigationAction& action) {
@@ -67,8 +67,8 @@ bool ExternalLinks::take(const platform::NavigationAction& action) {
 void ExternalLinks::open(const std::string& url) {
   const auto scheme = base::Url::parse(url)->scheme().value();
   const auto viewModel = viewModel_.lock();
-  if (workspace_.defaultApplicationForScheme(base::lowercasedAscii(scheme)))
-    workspace_.open(url);
+  if (uriLauncher_.defaultApplicationForScheme(base::lowercasedAscii(scheme)))
+    uriLauncher_.open(url);
   else if (viewModel)
     viewModel->pageProblem.set({PageProblem::Kind::noApplication, {}, url});
 }

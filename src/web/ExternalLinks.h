@@ -7,7 +7,7 @@
 #include <string>
 
 namespace ondrel::platform {
-class Workspace;
+class UriLauncher;
 struct NavigationAction;
 } // namespace ondrel::platform
 
@@ -26,7 +26,7 @@ std::optional<std::string> externalAddress(const std::string& url);
 class ExternalLinks {
  public:
   // `handOvers` outlives it.
-  ExternalLinks(std::weak_ptr<WindowViewModel> viewModel, platform::Workspace& workspace,
+  ExternalLinks(std::weak_ptr<WindowViewModel> viewModel, platform::UriLauncher& uriLauncher,
                 GestureLimit& handOvers);
 
   // True when the navigation leads to another program, whether that was opened or not: the engine has nothing
@@ -37,7 +37,7 @@ class ExternalLinks {
   void open(const std::string& url);
 
   const std::weak_ptr<WindowViewModel> viewModel_;
-  platform::Workspace& workspace_;
+  platform::UriLauncher& uriLauncher_;
   GestureLimit& handOvers_;
   const base::Logger logger_{"ui"};
 };

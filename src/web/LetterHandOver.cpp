@@ -45,7 +45,7 @@ void LetterHandOver::stop() {
 bool LetterHandOver::isOffScreen() const {
   const auto viewModel = viewModel_.lock();
   const auto window = viewModel ? viewModel->window.lock() : nullptr;
-  return window && window->isOrderedOut();
+  return window && window->isWithdrawn();
 }
 
 void LetterHandOver::begin(LetterEnd end) {
@@ -77,15 +77,15 @@ void LetterHandOver::pageAsks() {
 void LetterHandOver::hide() {
   const auto viewModel = viewModel_.lock();
   if (const auto window = viewModel ? viewModel->window.lock() : nullptr)
-    window->orderOut();
+    window->withdraw();
 }
 
 void LetterHandOver::bringBack() {
   if (!isOffScreen())
     return;
   const auto window = viewModel_.lock()->window.lock();
-  window->deminiaturize();
-  window->makeKeyAndOrderFront();
+  window->unminimize();
+  window->present();
 }
 
 async::Task<LetterState> LetterHandOver::ask() {

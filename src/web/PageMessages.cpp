@@ -88,7 +88,7 @@ async::Task<void> PageMessages::printWithPanel() {
   const auto webView = webView_.lock();
   const auto viewModel = viewModel_.lock();
   const bool hasWindow = viewModel && viewModel->window.lock();
-  if (!webView || (!hasWindow && !services_.application.keyWindow()))
+  if (!webView || (!hasWindow && !services_.application.focusedWindow()))
     co_return;
   co_await webView->print(platform::PrintSettings{});
 }

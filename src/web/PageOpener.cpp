@@ -4,7 +4,7 @@
 #include "base/Url.h"
 #include "platform/WebView.h"
 #include "platform/WebViewDelegate.h"
-#include "platform/Workspace.h"
+#include "platform/UriLauncher.h"
 #include "settings/AppSettings.h"
 #include "web/MessageFiles.h"
 #include "web/WebServices.h"
@@ -17,7 +17,7 @@ namespace ondrel::web {
 
 PageOpener::PageOpener(const std::shared_ptr<WindowViewModel>& viewModel, const WebServices& services)
     : viewModel_(viewModel), services_(services), openInNewWindow_(viewModel->openInNewWindow),
-      openInNewTab_(viewModel->openInNewTab), externalLinks_(viewModel_, services.workspace, handOvers_) {
+      openInNewTab_(viewModel->openInNewTab), externalLinks_(viewModel_, services.uriLauncher, handOvers_) {
 }
 
 std::shared_ptr<WindowViewModel> PageOpener::newViewModel(const std::string& url) const {
@@ -46,7 +46,7 @@ void PageOpener::open(const NavigationDecision& decision, const std::string& url
 
 void PageOpener::handOver(const std::string& address, std::uint64_t gesture) {
   if (handOvers_.take(gesture))
-    services_.workspace.open(address);
+    services_.uriLauncher.open(address);
   else
     logger_.info("A page's further link for the same click was not handed to the desktop");
 }
@@ -62,7 +62,7 @@ void PageOpener::tellOfBlockedWindow(const std::optional<std::string>& url) {
     if (url->starts_with(services_.settings.baseURL()) && openInNewTab_)
       notice.act = [open = openInNewTab_, opened = newViewModel(*url)] { open(opened, true); };
     else
-      notice.act = [&services = services_, address = *url] { services.workspace.open(address); };
+      notice.act = [&services = services_, address = *url] { services.uriLauncher.open(address); };
   }
   viewModel->noticed.emit(notice);
 }

@@ -10,7 +10,7 @@ namespace ondrel::platform {
 class Application;
 class Panels;
 class WebViewFactory;
-class Workspace;
+class UriLauncher;
 } // namespace ondrel::platform
 
 namespace ondrel::settings {
@@ -29,7 +29,7 @@ struct WebServices {
   platform::Application& application;
   platform::WebViewFactory& webViews;
   platform::Panels& panels;
-  platform::Workspace& workspace;
+  platform::UriLauncher& uriLauncher;
   jmap::NotificationManager& notifications;
   MessageFiles& messageFiles;
   // What features take of the pages' messages.

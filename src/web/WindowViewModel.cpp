@@ -205,7 +205,7 @@ async::Task<void> WindowViewModel::exportPDF() {
   const auto webView = liveWebView();
   auto parent = window.lock();
   if (!parent)
-    parent = services_.application.keyWindow();
+    parent = services_.application.focusedWindow();
   if (!webView || !parent)
     return nothing();
   return exportPDFOf(webView, *title, std::move(parent), services_.panels);

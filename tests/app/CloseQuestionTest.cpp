@@ -24,7 +24,7 @@ class CloseQuestionTest : public testing::Test {
     shell.application.setCloseQuestion([this](std::vector<std::shared_ptr<platform::Window>> windows) {
       return question->mayClose(windows);
     });
-    ended = shell.application.willTerminate.subscribe([this] { ++ends; });
+    ended = shell.application.aboutToQuit.subscribe([this] { ++ends; });
   }
   std::shared_ptr<support::FakeWebView> page(std::size_t index) {
     return shell.webView(shell.manager->windows().viewModel(shell.application.all.at(index)));
@@ -40,14 +40,14 @@ class CloseQuestionTest : public testing::Test {
 };
 
 TEST_F(CloseQuestionTest, OnlyAPageThatKeepsItsUserIsAskedAbout) {
-  shell.application.all.at(2)->performClose();
+  shell.application.all.at(2)->requestClose();
   shell.settle();
   EXPECT_EQ(windows(), 2U);
   EXPECT_TRUE(shell.panels.alerts.empty());
 
   page(0)->keepsUser = true;
   answer(false);
-  shell.application.all.at(0)->performClose();
+  shell.application.all.at(0)->requestClose();
   shell.settle();
   EXPECT_EQ(windows(), 2U);
   ASSERT_EQ(shell.panels.alerts.size(), 1U);
@@ -61,7 +61,7 @@ TEST_F(CloseQuestionTest, OnlyAPageThatKeepsItsUserIsAskedAbout) {
   EXPECT_EQ(*kept->leaveAnswers, (std::vector{false}));
 
   answer(true);
-  shell.application.all.at(0)->performClose();
+  shell.application.all.at(0)->requestClose();
   shell.settle();
   EXPECT_EQ(windows(), 1U);
   EXPECT_EQ(*kept->leaveAnswers, (std::vector{false, true}));
@@ -90,8 +90,8 @@ TEST_F(CloseQuestionTest, WishesAreAskedAboutInTurn) {
   page(0)->keepsUser = true;
   page(1)->hangs = true;
   answer(false);
-  shell.application.all.at(1)->performClose();
-  shell.application.all.at(0)->performClose();
+  shell.application.all.at(1)->requestClose();
+  shell.application.all.at(0)->requestClose();
   quitting->request();
   shell.loop.advance(2900ms);
   EXPECT_EQ(page(0)->closeQuestions, 0) << "a page that waits for one answer would miss the second question";

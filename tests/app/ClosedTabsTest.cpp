@@ -38,7 +38,7 @@ class ClosedTabsTest : public testing::Test {
   }
   void reopen() {
     shell.manager->reopenClosedTab();
-    shell.showKeyWindow();
+    shell.showFocusedWindow();
     shell.settle();
   }
   std::string titles(const std::string& member) {
@@ -90,7 +90,7 @@ TEST_F(ClosedTabsTest, OutliveTheProgramAndTheirWindow) {
   start({{{{tab("a"), tab("b")}, std::nullopt}}});
   close({"b"});
   window("a")->close();
-  shell.application.willTerminate.emit(); // in the same turn
+  shell.application.aboutToQuit.emit(); // in the same turn
   const auto kept = PersistedSession::decode(shell.files.files[path]);
   ASSERT_EQ(kept->windows.size(), 2U);
 

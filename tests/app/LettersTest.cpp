@@ -34,7 +34,7 @@ struct World {
       if (kinds[i] == composeWindow || kinds[i] == leaving)
         model->webViewConfiguration = shell.scripts.composeConfiguration();
       if (kinds[i] == leaving)
-        window->orderOut();
+        window->withdraw();
       shell.webView(model)->loads.clear();
     }
   }

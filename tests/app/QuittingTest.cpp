@@ -19,7 +19,7 @@ struct LetterAndQuit {
     shell.panels.alertAnswer = platform::Panels::firstButton + button;
     model = shell.keyModel();
     model->letterIsLeaving.set(hasLetter);
-    ended = shell.application.willTerminate.subscribe([this] { ++ends; });
+    ended = shell.application.aboutToQuit.subscribe([this] { ++ends; });
     question.emplace(*shell.manager, shell.panels);
     quitting.emplace(shell.application, *shell.manager, *question, shell.panels);
     quitting->request();

@@ -25,7 +25,7 @@ class RestoreTest : public testing::Test {
     shell.start();
   }
   PersistedSession saveNow() {
-    shell.application.willResignActive.emit();
+    shell.application.deactivating.emit();
     shell.settle();
     return *PersistedSession::decode(shell.files.files["/data/session.json"]);
   }
@@ -66,11 +66,11 @@ TEST_F(RestoreTest, OnlyTheTabInFrontGetsAWebView) {
     EXPECT_EQ(saveNow(), session) << "any number of saves keeps what nobody has looked at";
 
   shell.application.setKey(shell.application.all.at(2));
-  shell.showKeyWindow();
+  shell.showFocusedWindow();
   EXPECT_EQ(shell.webView(model(2))->loads, (Calls{"https://app.example.com/mail/c"}))
       << "no state: it loads its address";
   shell.application.setKey(shell.application.all.at(1));
-  shell.showKeyWindow();
+  shell.showFocusedWindow();
   EXPECT_EQ(shell.webView(model(1))->restored, (std::vector<base::Bytes>{at("b")}));
   EXPECT_EQ(model(1)->restorationData, std::nullopt);
 }
@@ -105,7 +105,7 @@ TEST_F(RestoreTest, ATabNotShownYetTakesANewAddressWithItsHistory) {
   EXPECT_EQ(saveNow().windows[0].tabs[1].interactionState, std::nullopt)
       << "it would bring the old page back";
   shell.application.setKey(shell.application.all.at(1));
-  shell.showKeyWindow();
+  shell.showFocusedWindow();
   const auto view = shell.webView(model(1));
   EXPECT_EQ(view->restored.size(), 1U);
   EXPECT_EQ(view->loads, (Calls{"https://app.example.com/"}));

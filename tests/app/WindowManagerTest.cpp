@@ -93,11 +93,11 @@ TEST_F(WindowManagerTest, ChoosesTheActiveWindow) {
   EXPECT_EQ(*model(1)->urlString, "https://app.example.com/mail/Inbox/T.M")
       << "here the key window has no preference";
   EXPECT_EQ(shell.application.activations, 1);
-  EXPECT_EQ((Calls{window(1)->calls.end() - 2, window(1)->calls.end()}), (Calls{"deminiaturize", "key"}));
+  EXPECT_EQ((Calls{window(1)->calls.end() - 2, window(1)->calls.end()}), (Calls{"unminimize", "key"}));
   window(1)->calls.clear();
   EXPECT_TRUE(shell.manager->loadInActiveWindow("https://app.example.com/mail/x"));
   EXPECT_EQ(shell.webView(model(1))->loads.back(), "https://app.example.com/mail/x") << "openURL made it key";
-  EXPECT_EQ(window(1)->calls, (Calls{"deminiaturize", "key"}));
+  EXPECT_EQ(window(1)->calls, (Calls{"unminimize", "key"}));
 }
 
 TEST_F(WindowManagerTest, PrintsThroughThePage) {
@@ -200,7 +200,7 @@ TEST_F(WindowManagerTest, ReadsMessageLinksFromTheClipboard) {
   };
   for (const auto& [text, recognised] : cases) {
     shell.clipboard.text = text;
-    shell.application.menuDidBeginTracking.emit();
+    shell.application.menuOpened.emit();
     shell.settle();
     EXPECT_EQ(shell.manager->copiedLink().url->has_value(), recognised) << text.value_or("none");
   }
@@ -282,7 +282,7 @@ TEST_F(WindowManagerTest, SavesTwoSecondsAfterTheLastChange) {
   EXPECT_EQ(shell.files.writes, before + 1);
   EXPECT_TRUE(saved().contains("/mail/4"));
   model(0)->urlString.set("https://app.example.com/mail/last");
-  shell.application.willResignActive.emit();
+  shell.application.deactivating.emit();
   shell.settle();
   EXPECT_TRUE(saved().contains("/mail/last")) << "leaving the application saves at once";
 }
@@ -290,7 +290,7 @@ TEST_F(WindowManagerTest, SavesTwoSecondsAfterTheLastChange) {
 TEST_F(WindowManagerTest, TheEndSavesWhatIsOpenAndNothingAfterIt) {
   shell.start();
   shell.manager->newTab();
-  shell.application.willTerminate.emit();
+  shell.application.aboutToQuit.emit();
   const auto session = PersistedSession::decode(saved());
   ASSERT_TRUE(session);
   EXPECT_EQ(session->windows.at(0).tabs.size(), 2U);
@@ -307,7 +307,7 @@ TEST_F(WindowManagerTest, AnEndBeforeTheRestoringLosesNothing) {
   shell.manager = std::make_unique<WindowManager>(shell.application, shell.settings, shell.sessionStore,
                                                   *shell.closedTabs, shell.clipboard, shell.services,
                                                   BrowserContentFactory());
-  shell.application.willTerminate.emit();
+  shell.application.aboutToQuit.emit();
   EXPECT_EQ(saved(), "kept");
 }
 

@@ -158,7 +158,7 @@ TEST_F(HighlightFileTest, AFullDiskLeavesTheLastSave) {
 
 TEST_F(HighlightFileTest, KeepsAFewDamagedVersionsAndEachOnce) {
   HighlightStore store(directories, files);
-  for (int version = 1; version <= platform::files::AsideFile::mostKept + 1; ++version) {
+  for (int version = 1; version <= platform::files::BackupFile::mostKept + 1; ++version) {
     folder.write("theirs", "theirs " + std::to_string(version));
     // Each one newer than the one before, so that no clock's grain matters.
     fs::last_write_time(folder.file("theirs"),
@@ -169,7 +169,7 @@ TEST_F(HighlightFileTest, KeepsAFewDamagedVersionsAndEachOnce) {
   }
   EXPECT_EQ(folder.content("highlights.json.damaged-1"), "theirs 5");
   EXPECT_EQ(folder.content("highlights.json.damaged-2"), "theirs 2");
-  EXPECT_EQ(folder.names().size(), 1U + platform::files::AsideFile::mostKept);
+  EXPECT_EQ(folder.names().size(), 1U + platform::files::BackupFile::mostKept);
   EXPECT_EQ(ids("highlights.json"), (Ids{"1", "2", "3", "4", "5"}));
 }
 

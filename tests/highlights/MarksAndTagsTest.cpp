@@ -1,5 +1,5 @@
 #include "HighlightWorld.h"
-#include "highlights/InTurn.h"
+#include "highlights/SequentialTasks.h"
 
 namespace ondrel::highlights {
 namespace {
@@ -22,7 +22,7 @@ TEST_F(MarksAndTagsTest, EveryTabGetsAllThreads) {
 
   shell.manager->newTab();
   shell.settle();
-  shell.showKeyWindow();
+  shell.showFocusedWindow();
   const auto second = shell.webView(shell.keyModel());
   ASSERT_TRUE(second && second != page);
   second->evaluations.clear();
@@ -69,7 +69,7 @@ TEST_F(MarksAndTagsTest, OnePageThatHangsDelaysTheOthersALittle) {
   };
   async::Scope scope;
   async::Scope callers;
-  const auto call = callers.spawn(runInTurn(scope, pushes(), 500ms));
+  const auto call = callers.spawn(runSequentially(scope, pushes(), 500ms));
   shell.loop.advance(700ms);
   EXPECT_EQ(log, (Lines{"quick", "quick ended", "hung", "last", "last ended"}));
   EXPECT_TRUE(call.done());
@@ -77,7 +77,7 @@ TEST_F(MarksAndTagsTest, OnePageThatHangsDelaysTheOthersALittle) {
   EXPECT_EQ(log.back(), "hung ended");
 
   log.clear();
-  callers.spawn(runInTurn(scope, pushes(), 500ms));
+  callers.spawn(runSequentially(scope, pushes(), 500ms));
   shell.loop.advance(200ms);
   callers.cancelAll();
   shell.loop.advance(10s);

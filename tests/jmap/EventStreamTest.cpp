@@ -19,7 +19,7 @@ TEST_F(EventStreamTest, AFinishedLoadStartsStreamAndBadge) {
   EXPECT_EQ(methods, (Lines{"Email/get", "Mailbox/get", "Email/changes", "Mailbox/get"}))
       << "seed, badge, and what came before the stream was open";
   EXPECT_EQ(settings.unreadCount.get(), 3);
-  EXPECT_EQ(dockTile.labels.back(), "3");
+  EXPECT_EQ(launcherBadge.labels.back(), "3");
   ASSERT_EQ(http.opened.size(), 1U);
   const auto& request = http.opened[0];
   EXPECT_EQ(request.url, "https://api.example.com/events/?types=Mailbox,Email&close=no&ping=30");
@@ -229,7 +229,7 @@ TEST_F(EventStreamTest, TheBadgeIsRefreshedWithoutAStreamToo) {
       support::FakeJMAPClient::reply({R"({"list":[{"role":"inbox","unreadEmails":0}]})"});
   loop.advance(300s);
   EXPECT_EQ(settings.unreadCount.get(), 0);
-  EXPECT_EQ(dockTile.labels.back(), std::nullopt);
+  EXPECT_EQ(launcherBadge.labels.back(), std::nullopt);
 }
 
 TEST_F(EventStreamTest, LeavingAnAccountIsNoFailure) {

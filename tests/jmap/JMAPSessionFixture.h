@@ -3,7 +3,7 @@
 #include "MailWorld.h"
 #include "jmap/JMAPSession.h"
 #include "jmap/NotificationManager.h"
-#include "support/FakeDockTile.h"
+#include "support/FakeLauncherBadge.h"
 #include "support/FakeHttpClient.h"
 #include "support/FakeNotificationCenter.h"
 #include "support/FakeWebView.h"
@@ -35,7 +35,7 @@ class JMAPSessionTest : public testing::Test {
                                  .webViews = webViews,
                                  .cookies = cookies,
                                  .http = http,
-                                 .dockTile = dockTile,
+                                 .launcherBadge = launcherBadge,
                                  .sleepMonitor = sleepMonitor,
                                  .notifications = notifications,
                                  .openURL = [this](const std::string& url) { opened.push_back(url); }});
@@ -98,7 +98,7 @@ class JMAPSessionTest : public testing::Test {
   support::FakeWebViewFactory webViews;
   support::FakeCookieStore cookies;
   support::FakeHttpClient http;
-  support::FakeDockTile dockTile;
+  support::FakeLauncherBadge launcherBadge;
   support::FakeSleepMonitor sleepMonitor;
   support::FakeNotificationCenter center;
   NotificationManager notifications{center};

@@ -138,7 +138,7 @@ TEST_F(JMAPSessionTest, NothingOfAnEnvironmentOutlivesIt) {
   http.requests.clear();
   EXPECT_EQ(std::ranges::count(page->loads, "https://beta.example.com/"), 1);
   EXPECT_EQ(settings.unreadCount.get(), 0);
-  EXPECT_EQ(dockTile.labels.back(), std::nullopt);
+  EXPECT_EQ(launcherBadge.labels.back(), std::nullopt);
   EXPECT_EQ(session->mail().mailboxes(), MailboxCache());
   EXPECT_TRUE(http.feeds[0]->gone);
   loop.advance(1h);

@@ -15,9 +15,9 @@ using namespace std::chrono_literals;
 TEST(ActivityTracker, IgnoresTheMomentBetweenTwoWindows) {
   async::VirtualEventLoop loop;
   std::string log;
-  windows::ActivityTracker tracker({.didBecomeActive = [&] { log += "B"; },
-                                    .willResignActive = [&] { log += tracker.isActive() ? "W" : "?"; },
-                                    .didResignActive = [&] { log += tracker.isActive() ? "?" : "R"; }});
+  windows::ActivityTracker tracker({.activated = [&] { log += "B"; },
+                                    .deactivating = [&] { log += tracker.isActive() ? "W" : "?"; },
+                                    .deactivated = [&] { log += tracker.isActive() ? "?" : "R"; }});
   tracker.update(false);
   loop.advance(1s);
   EXPECT_EQ(log, "");

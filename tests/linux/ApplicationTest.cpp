@@ -27,7 +27,7 @@ class ApplicationTest : public DesktopTest {
   }
   std::shared_ptr<windows::TabWindow> show(const std::string& name) {
     auto window = make(name);
-    window->makeKeyAndOrderFront();
+    window->present();
     EXPECT_TRUE(until([&] { return x11::isMapped(windows::topLevelOf(window)); }));
     return window;
   }
@@ -36,9 +36,9 @@ class ApplicationTest : public DesktopTest {
 TEST_F(ApplicationTest, KnowsWhoHasTheKeyboard) {
   Strings log;
   const base::Subscription subscriptions[] = {
-      application.didBecomeActive.subscribe([&] { log.push_back("active"); }),
-      application.willResignActive.subscribe([&] { log.push_back("resign"); }),
-      application.windowDidBecomeKey.subscribe(
+      application.activated.subscribe([&] { log.push_back("active"); }),
+      application.deactivating.subscribe([&] { log.push_back("resign"); }),
+      application.windowFocused.subscribe(
           [&](std::shared_ptr<Window> w) { log.push_back(w->identifier()); })};
   run([&] {
     const auto a = show("a");
@@ -47,16 +47,16 @@ TEST_F(ApplicationTest, KnowsWhoHasTheKeyboard) {
     const auto c = show("c");
     settle();
     giveKeyboard(windows::topLevelOf(a));
-    ASSERT_TRUE(until([&] { return application.keyWindow() == a; }));
-    EXPECT_EQ(application.mainWindow(), a);
+    ASSERT_TRUE(until([&] { return application.focusedWindow() == a; }));
+    EXPECT_EQ(application.frontWindow(), a);
     EXPECT_EQ(names(application.orderedWindows()), "abc");
     EXPECT_TRUE(application.isActive());
     a->selectNextTab();
-    EXPECT_EQ(application.keyWindow(), b);
+    EXPECT_EQ(application.focusedWindow(), b);
 
     log.clear();
     giveKeyboard(windows::topLevelOf(c)); // to another of our own
-    ASSERT_TRUE(until([&] { return application.keyWindow() == c; }));
+    ASSERT_TRUE(until([&] { return application.focusedWindow() == c; }));
     EXPECT_EQ(names(application.orderedWindows()), "cba");
     EXPECT_EQ(std::ranges::count(log, "resign"), 0);
     EXPECT_EQ(log.back(), "c");
@@ -65,14 +65,14 @@ TEST_F(ApplicationTest, KnowsWhoHasTheKeyboard) {
 
     giveKeyboard(nullptr); // to another application
     ASSERT_TRUE(until([&] { return !application.isActive(); }));
-    EXPECT_EQ(application.keyWindow(), nullptr);
-    EXPECT_EQ(application.mainWindow(), c);
+    EXPECT_EQ(application.focusedWindow(), nullptr);
+    EXPECT_EQ(application.frontWindow(), c);
     giveKeyboard(windows::topLevelOf(c));
     ASSERT_TRUE(until([&] { return application.isActive(); }));
     EXPECT_EQ(log, (Strings{"resign", "active", "c"}));
 
     c->close();
-    EXPECT_EQ(application.mainWindow(), b);
+    EXPECT_EQ(application.frontWindow(), b);
   });
 }
 
@@ -91,7 +91,7 @@ TEST_F(ApplicationTest, HidesAllAndComesBack) {
     EXPECT_TRUE(application.isHidden());
     EXPECT_FALSE(a->isVisible());
     EXPECT_FALSE(gtk_widget_get_visible(dialog));
-    EXPECT_EQ(application.mainWindow(), nullptr);
+    EXPECT_EQ(application.frontWindow(), nullptr);
     EXPECT_EQ(a->frame(), (Rect{200, 100, 700, 400}));
 
     application.unhide();
@@ -102,7 +102,7 @@ TEST_F(ApplicationTest, HidesAllAndComesBack) {
 
     application.hide();
     const auto b = make("b");
-    b->orderFront();
+    b->showUnfocused();
     EXPECT_FALSE(application.isHidden()) << "a window that is ordered to the front brings the program back";
     EXPECT_TRUE(a->isVisible());
     gtk_window_destroy(GTK_WINDOW(dialog));
@@ -115,10 +115,10 @@ TEST_F(ApplicationTest, ComesToTheFrontWithTheTokenOfAClick) {
     G_GNUC_BEGIN_IGNORE_DEPRECATIONS
     auto* display = gdk_display_get_default();
     gdk_x11_display_set_startup_notification_id(display, "of the start");
-    application.activateIgnoringOtherApps();
+    application.activate();
     EXPECT_STREQ(gdk_x11_display_get_startup_notification_id(display), "of the start");
     application.setActivationToken("of-the-click_TIME424242");
-    application.activateIgnoringOtherApps();
+    application.activate();
     EXPECT_STREQ(gdk_x11_display_get_startup_notification_id(display), "of-the-click_TIME424242");
     G_GNUC_END_IGNORE_DEPRECATIONS
   });
@@ -129,7 +129,7 @@ TEST_F(ApplicationTest, PutsWindowsWhereTheyBelong) {
     const auto a = make("a");
     a->setFrame({120, 80, 640, 420});
     EXPECT_EQ(a->frame(), (Rect{120, 80, 640, 420}));
-    a->makeKeyAndOrderFront();
+    a->present();
     ASSERT_TRUE(until([&] { return x11::isMapped(windows::topLevelOf(a)); }));
     EXPECT_TRUE(until([&] { return x11::position(windows::topLevelOf(a)) == std::pair(120, 80); }));
     EXPECT_EQ(a->frame(), (Rect{120, 80, 640, 420}));

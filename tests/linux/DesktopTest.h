@@ -45,7 +45,7 @@ class DesktopTest : public testing::Test {
     const int status = application.run({}, [&] {
       body();
       ran = true;
-      application.terminate();
+      application.quit();
     });
     EXPECT_EQ(status, 0);
     EXPECT_TRUE(ran) << "is there no display?";

@@ -37,40 +37,40 @@ class LauncherEntryTest : public BusTest {
 
 TEST_F(LauncherEntryTest, ShowsTheNumberAndTakesItAway) {
   desktop::LauncherEntry entry("org.velmora.Ondrel", connector());
-  entry.setBadgeLabel("3"); // before there is a bus
+  entry.setLabel("3"); // before there is a bus
   ASSERT_TRUE(heard(1));
   for (const auto* label : {"3", "12", "", "no number", "4294967296"})
-    entry.setBadgeLabel(*label ? std::optional<std::string>(label) : std::nullopt);
+    entry.setLabel(*label ? std::optional<std::string>(label) : std::nullopt);
   ASSERT_TRUE(heard(4));
   EXPECT_EQ(updates, (Strings{update(3), update(12), update(0), update(4294967296)}));
 }
 
 TEST_F(LauncherEntryTest, TellsALauncherThatStartsLater) {
   desktop::LauncherEntry entry("org.velmora.Ondrel", connector());
-  entry.setBadgeLabel("4");
+  entry.setLabel("4");
   ASSERT_TRUE(heard(1));
   support::TestBus::ownName(launcher, launcherName);
   ASSERT_TRUE(heard(2));
-  entry.setBadgeLabel(std::nullopt);
+  entry.setLabel(std::nullopt);
   ASSERT_TRUE(heard(3));
 
   support::TestBus::releaseName(launcher, launcherName);
   const auto restarted = bus.connect();
   support::TestBus::ownName(restarted, launcherName); // has nothing to show, and none to take away
   hear();
-  entry.setBadgeLabel("6");
+  entry.setLabel("6");
   ASSERT_TRUE(heard(4));
   EXPECT_EQ(updates, (Strings{update(4), update(4), update(0), update(6)}));
 }
 
 TEST_F(LauncherEntryTest, DoesNothingWithoutABus) {
   desktop::LauncherEntry entry("org.velmora.Ondrel", connectorTo("unix:path=/nonexistent"));
-  entry.setBadgeLabel("3");
+  entry.setLabel("3");
   turn();
-  entry.setBadgeLabel("4");
+  entry.setLabel("4");
   bus.stop();
   desktop::LauncherEntry abandoned("org.velmora.Ondrel", connector());
-  abandoned.setBadgeLabel("1");
+  abandoned.setLabel("1");
   turn();
   EXPECT_TRUE(updates.empty());
 }

@@ -58,7 +58,7 @@ class PanelsTest : public DesktopTest {
 TEST_F(PanelsTest, AnswerWithTheButtonThatWasPressed) {
   run([this] {
     const auto a = make("a");
-    a->makeKeyAndOrderFront();
+    a->present();
     open({"_Yes", "Not Now", "Cancel"}, a);
     EXPECT_STREQ(adw_message_dialog_get_heading(openDialog()), "A & <b>?");
     EXPECT_STREQ(adw_message_dialog_get_body(openDialog()), "x\uFFFD");

@@ -107,7 +107,7 @@ TEST_F(ProbeTest, HandsUrlsToTheFirstInstanceToTheLetter) {
 
   first.signal(SIGTERM);
   EXPECT_EQ(first.exitStatus(), 0);
-  EXPECT_THAT(first.said, testing::EndsWith("willTerminate with 1 windows\nexit 0\n"));
+  EXPECT_THAT(first.said, testing::EndsWith("aboutToQuit with 1 windows\nexit 0\n"));
   EXPECT_FALSE(desktop::RunningInstance(id).exists());
 }
 
@@ -119,7 +119,7 @@ TEST_F(ProbeTest, RunsAloneWithoutASessionBus) {
     EXPECT_EQ(lone.exitStatus(), 0);
     EXPECT_THAT(lone.said, HasSubstr("notice: No session bus"));
     EXPECT_THAT(lone.said, testing::Not(testing::AnyOf(HasSubstr("warning"), HasSubstr("error"))));
-    EXPECT_THAT(lone.said, testing::EndsWith("willTerminate with 1 windows\nexit 0\n"));
+    EXPECT_THAT(lone.said, testing::EndsWith("aboutToQuit with 1 windows\nexit 0\n"));
   }
 }
 

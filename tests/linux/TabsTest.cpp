@@ -16,7 +16,7 @@ class TabsTest : public DesktopTest {
     c = make("c");
     a->addTabbedWindow(b);
     b->addTabbedWindow(c);
-    a->makeKeyAndOrderFront();
+    a->present();
     ASSERT_TRUE(until([this] { return a->isVisible(); }));
   }
 
@@ -72,7 +72,7 @@ TEST_F(TabsTest, AStandaloneWindowTakesNoTabs) {
     attributes.standalone = true;
     const auto lone = application.makeWindow(attributes);
     lone->setContent({gtk_label_new("content")});
-    lone->makeKeyAndOrderFront();
+    lone->present();
     ASSERT_TRUE(until([&] { return lone->isVisible(); }));
     const auto d = make("d");
     lone->addTabbedWindow(d);
@@ -92,35 +92,35 @@ TEST_F(TabsTest, AStandaloneWindowTakesNoTabs) {
 TEST_F(TabsTest, OrderedOutTheyLiveOnAndComeBackToTheirPlace) {
   run([this] {
     makeThree();
-    b->orderOut();
+    b->withdraw();
     EXPECT_EQ(names(a->tabGroup()->windows()), "ac");
     EXPECT_EQ(names(application.windows()), "abc") << "it is open";
-    EXPECT_TRUE(b->isOrderedOut());
+    EXPECT_TRUE(b->isWithdrawn());
     EXPECT_EQ(b->tabGroup(), nullptr);
     EXPECT_TRUE(windows::topLevelOf(b)) << "its page has a root";
     application.hide();
     application.unhide();
     EXPECT_FALSE(b->isVisible());
-    b->makeKeyAndOrderFront();
+    b->present();
     EXPECT_EQ(names(a->tabGroup()->windows()), "abc");
     EXPECT_TRUE(b->isVisible());
-    EXPECT_FALSE(b->isOrderedOut());
+    EXPECT_FALSE(b->isWithdrawn());
 
     // Alone, and while the whole program is hidden: it stays behind when the others come back.
-    c->orderOut();
+    c->withdraw();
     a->close();
     b->close();
     const auto d = make("d");
-    d->makeKeyAndOrderFront();
+    d->present();
     ASSERT_TRUE(until([&] { return d->isVisible(); }));
     application.hide();
-    d->orderOut();
+    d->withdraw();
     application.unhide();
     EXPECT_FALSE(d->isVisible());
-    c->makeKeyAndOrderFront();
-    d->orderFront();
+    c->present();
+    d->showUnfocused();
     EXPECT_TRUE(until([&] { return c->isVisible() && d->isVisible(); })) << "its tabs have gone meanwhile";
-    d->orderOut();
+    d->withdraw();
     d->close();
     EXPECT_EQ(willClose, (Strings{"a", "b", "d"}));
   });
@@ -135,11 +135,11 @@ TEST_F(TabsTest, ShowNothingUntilTheyAreShown) {
     EXPECT_EQ(first->tabGroup(), nullptr);
     first->addTabbedWindow(second);
     EXPECT_FALSE(gtk_widget_get_visible(GTK_WIDGET(windows::topLevelOf(first))));
-    EXPECT_EQ(application.mainWindow(), nullptr);
-    second->makeKeyAndOrderFront();
+    EXPECT_EQ(application.frontWindow(), nullptr);
+    second->present();
     EXPECT_TRUE(second->isVisible());
     EXPECT_EQ(topLevelCount(), before + 1);
-    EXPECT_EQ(application.mainWindow(), second);
+    EXPECT_EQ(application.frontWindow(), second);
   });
 }
 
@@ -155,7 +155,7 @@ TEST_F(TabsTest, MapTheirContentWhenTheyAreShownAndNotBefore) {
           content, "map", [&mapped, name = window->identifier()](GtkWidget*) { mapped += name; }));
       window->setContent({content});
     }
-    a->makeKeyAndOrderFront();
+    a->present();
     a->addTabbedWindow(b);
     ASSERT_TRUE(until([&] { return !mapped.empty(); }));
     turn();
@@ -175,7 +175,7 @@ TEST_F(TabsTest, MoveBetweenTopLevelsWithTheirIdentity) {
     const auto dragged = glib::connect<void(AdwTabView*, AdwTabPage*, int)>(
         a->group()->tabView(), "page-detached", [&](AdwTabView*, AdwTabPage*, int) {
           wasAlone = !b->tabGroup() && a->tabGroup() == source;
-          b->makeKeyAndOrderFront(); // its page is with the pointer
+          b->present(); // its page is with the pointer
         });
     dragOut(b);
     EXPECT_TRUE(wasAlone) << "it is in no group while it is dragged";
@@ -183,7 +183,7 @@ TEST_F(TabsTest, MoveBetweenTopLevelsWithTheirIdentity) {
     EXPECT_EQ(b->tabGroup(), nullptr) << "alone";
     EXPECT_TRUE(b->isVisible());
     EXPECT_EQ(topLevelCount(), before + 1);
-    EXPECT_EQ(application.mainWindow(), b);
+    EXPECT_EQ(application.frontWindow(), b);
     EXPECT_EQ(names(application.orderedWindows()), "bac");
 
     adw_tab_view_transfer_page(b->group()->tabView(), b->page(), a->group()->tabView(), 0); // dropped back
@@ -244,7 +244,7 @@ TEST_F(TabsTest, TellOnceThatTheyCloseByWhateverWay) {
     EXPECT_EQ(b->tabGroup(), nullptr);
     turn();
     EXPECT_FALSE(weakContent.lock()) << "a closed window keeps no content";
-    b->makeKeyAndOrderFront();
+    b->present();
     b->setTitle("dead");
     b->close();
 
@@ -307,7 +307,7 @@ TEST_F(TabsTest, CloseAsTheUserWishesOnlyWhenTheyMay) {
       g_signal_emit_by_name(view, "setup-menu", page);
       gtk_widget_activate_action(GTK_WIDGET(view), "tab.close-others", nullptr);
     };
-    const std::function<void()> ways[] = {[&] { b->performClose(); },
+    const std::function<void()> ways[] = {[&] { b->requestClose(); },
                                           [&] { adw_tab_view_close_page(view, b->page()); }, others,
                                           [&] { gtk_window_close(a->group()->gtkWindow()); }};
     for (const auto& way : ways) {
@@ -318,7 +318,7 @@ TEST_F(TabsTest, CloseAsTheUserWishesOnlyWhenTheyMay) {
     EXPECT_EQ(asked, (Strings{"b", "b", "ac", "abc"}));
     EXPECT_EQ(names(application.windows()), "abc");
     may = true;
-    b->performClose();
+    b->requestClose();
     EXPECT_TRUE(until([&] { return b->isClosed(); }));
     gtk_window_close(a->group()->gtkWindow());
     EXPECT_TRUE(until([&] { return application.windows().empty(); }));
@@ -357,14 +357,14 @@ TEST_F(TabsTest, AreClosedForWhoHoldsThemWhenTheApplicationHasGone) {
     const auto subscription = other.windowWillClose.subscribe([&](std::shared_ptr<Window>) { ++told; });
     other.run({}, [&] {
       held = std::dynamic_pointer_cast<windows::TabWindow>(other.makeWindow({}));
-      held->makeKeyAndOrderFront();
-      other.terminate();
+      held->present();
+      other.quit();
     });
     EXPECT_FALSE(held->isClosed()) << "the windows are still there when the program has run";
     EXPECT_EQ(told, 0);
   }
   EXPECT_TRUE(held->isClosed());
-  held->makeKeyAndOrderFront();
+  held->present();
   held->close();
 }
 

@@ -4,7 +4,7 @@
 #include "program/AppDelegate.h"
 #include "program/AppLifecycleService.h"
 #include "program/Migration.h"
-#include "support/FakeDockTile.h"
+#include "support/FakeLauncherBadge.h"
 #include "support/FakeFileReader.h"
 #include "support/FakeHttpClient.h"
 #include "support/FakeTcpListener.h"
@@ -19,7 +19,7 @@ namespace {
 using namespace std::chrono_literals;
 namespace json = boost::json;
 
-const platform::Bundle bundle{"org.velmora.Ondrel", "Ondrel", "1.0", "100", true};
+const platform::ProgramInfo programInfo{"org.velmora.Ondrel", "Ondrel", "1.0", "100", true};
 
 TEST(Migration, RemovesWhatOlderBuildsLeft) {
   struct Case {
@@ -47,7 +47,7 @@ TEST(Migration, RemovesWhatOlderBuildsLeft) {
       defaults.values["_lastMigratedBuild"] = each.stored;
     const std::string logs = "/data/org.velmora.Ondrel/Logs";
     files.files[logs] = "";
-    auto running = bundle;
+    auto running = programInfo;
     running.buildNumber = each.running;
     migrate(running, defaults, files, files);
     EXPECT_EQ(!defaults.values.contains("baseURL"), each.removesKeys) << each.stored;
@@ -70,7 +70,7 @@ class AppDelegateTest : public testing::Test {
   AppLifecycleService lifecycle;
   std::vector<std::string> links;
   std::vector<std::string> mailtos;
-  AppDelegate delegate{shell.application, bundle, shell.defaults, shell.files, shell.files, lifecycle};
+  AppDelegate delegate{shell.application, programInfo, shell.defaults, shell.files, shell.files, lifecycle};
 };
 
 TEST_F(AppDelegateTest, DispatchesURLsByTheirScheme) {
@@ -121,7 +121,7 @@ TEST_F(AppDelegateTest, RemembersWhetherHookmarkTookOver) {
                                                                {"", false}};
   for (const auto& [front, active] : steps) {
     shell.application.frontmost = front;
-    shell.application.willResignActive.emit();
+    shell.application.deactivating.emit();
     EXPECT_EQ(lifecycle.isHookmarkActive, active);
   }
 }
@@ -139,12 +139,12 @@ class OndrelAppTest : public testing::Test {
         fileReader,
         shell.webViews,
         shell.panels,
-        shell.workspace,
+        shell.uriLauncher,
         shell.clipboard,
         cookies,
         http,
         shell.notificationCenter,
-        dockTile,
+        launcherBadge,
         sleepMonitor,
         textFormatting,
         {},
@@ -164,7 +164,7 @@ class OndrelAppTest : public testing::Test {
     return app;
   }
 
-  platform::Bundle ownBundle = bundle;
+  platform::ProgramInfo ownBundle = programInfo;
   support::TestShell shell;
   platform::RetriedSave defaultsSaving{[this]() -> platform::RetriedSave::Result {
     if (shell.files.full)
@@ -174,7 +174,7 @@ class OndrelAppTest : public testing::Test {
   support::FakeFileReader fileReader{shell.files};
   support::FakeCookieStore cookies;
   support::FakeHttpClient http;
-  support::FakeDockTile dockTile;
+  support::FakeLauncherBadge launcherBadge;
   support::FakeSleepMonitor sleepMonitor;
   support::FakeTextFormatting textFormatting;
   support::FakeTcpListener::Port port;
@@ -203,7 +203,7 @@ TEST_F(OndrelAppTest, AsksOnceForTheDefault) {
 }
 
 TEST_F(OndrelAppTest, ADefaultApplicationIsNotAskedAndStaysChecked) {
-  shell.workspace.mailApplication = "org.velmora.Ondrel";
+  shell.uriLauncher.mailApplication = "org.velmora.Ondrel";
   const auto app = launch();
   shell.loop.advance(300s);
   EXPECT_TRUE(shell.panels.alerts.empty());
@@ -261,7 +261,7 @@ TEST_F(OndrelAppTest, WhatAFullDiskRefusesIsToldOnceAndSavedLater) {
   shell.loop.advance(0s);
   EXPECT_EQ(shell.panels.alerts.size(), 2U) << "another run of failures";
   shell.files.full = false;
-  shell.application.terminate();
+  shell.application.quit();
   EXPECT_TRUE(file.contains("third"));
 }
 
@@ -277,7 +277,7 @@ TEST_F(OndrelAppTest, NavigatesInTheActiveWindowAndOpensTheMessage) {
   EXPECT_EQ(shell.application.activations, 1);
   const auto& calls = shell.application.all[0]->calls;
   EXPECT_EQ((std::vector<std::string>{calls.end() - 2, calls.end()}),
-            (std::vector<std::string>{"deminiaturize", "key"}));
+            (std::vector<std::string>{"unminimize", "key"}));
   ASSERT_FALSE(view->evaluations.empty());
   EXPECT_TRUE(
       std::ranges::any_of(view->evaluations, [](const auto& s) { return s.ends_with(R"(("M1", "T1");)"); }));

@@ -61,18 +61,18 @@ class FakeWindow final : public platform::Window, public std::enable_shared_from
   }
   void selectNextTab() override { calls.push_back("next"); }
   void selectPreviousTab() override { calls.push_back("previous"); }
-  void makeKeyAndOrderFront() override;
-  void orderFront() override {
+  void present() override;
+  void showUnfocused() override {
     comeBack();
     visible = true;
     calls.push_back("front");
   }
-  void orderOut() override;
-  bool isOrderedOut() const override { return orderedOut; }
+  void withdraw() override;
+  bool isWithdrawn() const override { return withdrawn; }
   bool isVisible() const override { return visible; }
-  bool isMiniaturized() const override { return false; }
-  void deminiaturize() override { calls.push_back("deminiaturize"); }
-  void performClose() override;
+  bool isMinimized() const override { return false; }
+  void unminimize() override { calls.push_back("unminimize"); }
+  void requestClose() override;
   void close() override;
 
   platform::WindowAttributes attributes;
@@ -81,7 +81,7 @@ class FakeWindow final : public platform::Window, public std::enable_shared_from
   std::string title;
   bool busy = false;
   bool visible = false;
-  bool orderedOut = false;
+  bool withdrawn = false;
   bool maximized = false;
   bool closed = false;
   std::vector<std::string> calls;
@@ -110,14 +110,14 @@ class FakeApplication final : public platform::Application {
   void setCloseQuestion(CloseQuestion question) override { closeQuestion = std::move(question); }
   std::vector<std::shared_ptr<platform::Window>> windows() const override { return {all.begin(), all.end()}; }
   std::vector<std::shared_ptr<platform::Window>> orderedWindows() const override { return windows(); }
-  std::shared_ptr<platform::Window> keyWindow() const override { return key; }
-  std::shared_ptr<platform::Window> mainWindow() const override { return key ? key : main; }
-  void activateIgnoringOtherApps() override { ++activations; }
+  std::shared_ptr<platform::Window> focusedWindow() const override { return key; }
+  std::shared_ptr<platform::Window> frontWindow() const override { return key ? key : main; }
+  void activate() override { ++activations; }
   bool isActive() const override { return key != nullptr; }
   void hide() override { hidden = true; }
   void unhide() override { hidden = false; }
   bool isHidden() const override { return hidden; }
-  void terminate() override { willTerminate.emit(); }
+  void quit() override { aboutToQuit.emit(); }
   std::optional<std::string> frontmostApplicationIdentifier() const override { return frontmost; }
   base::Subscription addKeyDownMonitor(KeyMonitor monitor) override {
     keyMonitor = std::move(monitor);
@@ -127,7 +127,7 @@ class FakeApplication final : public platform::Application {
   void setKey(const std::shared_ptr<platform::Window>& window) {
     key = window;
     if (window)
-      windowDidBecomeKey.emit(window);
+      windowFocused.emit(window);
   }
   std::shared_ptr<FakeWindow> last() const { return all.empty() ? nullptr : all.back(); }
 
@@ -152,8 +152,8 @@ inline void FakeWindow::addTabbedWindow(std::shared_ptr<platform::Window> window
   added->visible = true;
 }
 
-inline void FakeWindow::orderOut() {
-  if (std::exchange(orderedOut, true))
+inline void FakeWindow::withdraw() {
+  if (std::exchange(withdrawn, true))
     return;
   visible = false;
   calls.push_back("out");
@@ -165,13 +165,13 @@ inline void FakeWindow::orderOut() {
 }
 
 inline void FakeWindow::comeBack() {
-  if (!std::exchange(orderedOut, false))
+  if (!std::exchange(withdrawn, false))
     return;
   group = std::move(formerGroup_);
   group->members.push_back(weak_from_this());
 }
 
-inline void FakeWindow::makeKeyAndOrderFront() {
+inline void FakeWindow::present() {
   comeBack();
   visible = true;
   group->selected = weak_from_this();
@@ -179,7 +179,7 @@ inline void FakeWindow::makeKeyAndOrderFront() {
   application_.setKey(shared_from_this());
 }
 
-inline void FakeWindow::performClose() {
+inline void FakeWindow::requestClose() {
   const auto ask = [](FakeApplication& application, std::shared_ptr<FakeWindow> window) -> async::Task<void> {
     std::vector<std::shared_ptr<platform::Window>> asked{window};
     const bool mayClose = co_await application.closeQuestion(std::move(asked));

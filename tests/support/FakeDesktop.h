@@ -6,7 +6,7 @@
 #include "platform/FileStore.h"
 #include "platform/Panels.h"
 #include "platform/UserDefaults.h"
-#include "platform/Workspace.h"
+#include "platform/UriLauncher.h"
 
 #include <boost/json/object.hpp>
 
@@ -51,7 +51,7 @@ class FakePanels final : public platform::Panels {
   std::optional<std::vector<std::string>> openPaths;
 };
 
-class FakeWorkspace final : public platform::Workspace {
+class FakeUriLauncher final : public platform::UriLauncher {
  public:
   void open(const std::string& url) override { opened.push_back(url); }
   std::optional<std::string> defaultApplicationForScheme(const std::string&) const override {

@@ -52,11 +52,11 @@ class TestShell {
           return content;
         });
     loop.runUntilIdle();
-    showKeyWindow();
+    showFocusedWindow();
   }
 
   // As the interface does for the tab in front.
-  void showKeyWindow() {
+  void showFocusedWindow() {
     for (const auto& [window, content] : contents)
       if (const auto live = window.lock(); live && live == application.key)
         content->view.viewDidAppear();
@@ -74,7 +74,7 @@ class TestShell {
   FakeDefaults defaults;
   FakeFiles files;
   FakePanels panels;
-  FakeWorkspace workspace;
+  FakeUriLauncher uriLauncher;
   FakeClipboard clipboard;
   FakeWebViewFactory webViews;
   web::PageScripts scripts{namedScript};
@@ -84,7 +84,7 @@ class TestShell {
   FakeHttpClient http;
   web::MessageFiles messageFiles{http, files, files, notifications};
   web::WebServices services{settings, scripts,   application,   webViews,
-                            panels,   workspace, notifications, messageFiles};
+                            panels,   uriLauncher, notifications, messageFiles};
   app::SessionStore sessionStore{files, files};
   std::optional<app::ClosedTabs> closedTabs; // read with the start
   std::vector<std::pair<std::weak_ptr<platform::Window>, Content*>> contents;

@@ -1,7 +1,7 @@
 #include "ShellTest.h"
 
 #include "highlights/HighlightStore.h"
-#include "platform/Bundle.h"
+#include "platform/ProgramInfo.h"
 #include "ui/ActionName.h"
 #include "ui/BrowserCommands.h"
 #include "ui/CommandActions.h"
@@ -26,7 +26,7 @@ class CommandsTest : public ShellTest {
     selection.emplace(*keyTab);
     commands.emplace(
         shell.application, *shell.manager, highlights, *keyTab,
-        platform::Bundle{"org.velmora.Ondrel", "Ondrel", "1.0", "1"},
+        platform::ProgramInfo{"org.velmora.Ondrel", "Ondrel", "1.0", "1"},
         BrowserCommands::Actions{.navigate = [this](const std::string& url) { navigated.push_back(url); },
                                  .highlightSelection = [this] { selection->perform(); },
                                  .showHighlights = [this] { done.push_back("show"); },
@@ -118,7 +118,7 @@ TEST_F(CommandsTest, ActOnTheTabWithTheKeyboardAndFollowIt) {
 
   activate("close-tab");
   EXPECT_EQ(shell.application.all.size(), 1U);
-  shell.application.windowDidBecomeKey.emit(nullptr);
+  shell.application.windowFocused.emit(nullptr);
   EXPECT_FALSE(enabled("reload")) << "no window has the keyboard";
   activate("new-window");
   EXPECT_EQ(shell.application.all.size(), 2U);

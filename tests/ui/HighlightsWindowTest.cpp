@@ -268,7 +268,7 @@ TEST_F(HighlightsWindowTest, RemembersItsFrame) {
   open();
   EXPECT_EQ(last()->frame(), (platform::Rect{30, 40, 700, 500}));
   last()->setFrame({1, 2, 800, 600});
-  shell.application.willTerminate.emit();
+  shell.application.aboutToQuit.emit();
   last()->close();
   for (const auto* broken : {"", "1 2 3", "x", "1 2 -3 4", "nan nan nan nan"}) {
     for (const auto& [key, value] : shell.defaults.values)

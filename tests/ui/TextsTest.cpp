@@ -1,13 +1,13 @@
 #include "ui/ActionName.h"
-#include "ui/KeySigns.h"
-#include "ui/ShownText.h"
+#include "ui/KeyNotation.h"
+#include "ui/DisplayText.h"
 
 #include <gtest/gtest.h>
 
 namespace ondrel::ui {
 namespace {
 
-TEST(KeySignsTest, BecomeTheDesktopsNotation) {
+TEST(KeyNotationTest, BecomeTheDesktopsNotation) {
   const std::pair<const char*, const char*> cases[] = {
       {"Actual Size ⌘0", "Actual Size Ctrl+0"},
       {"⇧⌘H", "Shift+Ctrl+H"},
@@ -42,12 +42,12 @@ TEST(ActionNameTest, IsTheTitleInKebabCase) {
 }
 
 TEST(ShownTextTest, IsOneBoundedLine) {
-  EXPECT_EQ(shownLine("https://a.example/\xE2\x80\xAEgpj.exe\r\nsecond"),
+  EXPECT_EQ(shortDisplayLine("https://a.example/\xE2\x80\xAEgpj.exe\r\nsecond"),
             "https://a.example/gpj.exe  second");
   std::string umlauts = "x"; // so that the limit falls into a character
   for (int i = 0; i < 500'000; ++i)
     umlauts += "ü";
-  const auto shown = shownLine(umlauts);
+  const auto shown = shortDisplayLine(umlauts);
   EXPECT_LT(shown.size(), 1100U);
   EXPECT_TRUE(shown.ends_with("ü…")) << "cut between two characters";
 }

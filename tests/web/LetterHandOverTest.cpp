@@ -33,7 +33,7 @@ class LetterHandOverTest : public CoordinatorTest {
   }
   void send() { post({{"type", "sendClicked"}}); }
   void discard() { post({{"type", "discardClicked"}}); }
-  bool isShown() const { return !window->closed && !window->orderedOut; }
+  bool isShown() const { return !window->closed && !window->withdrawn; }
 
   std::shared_ptr<support::FakeWindow> window;
   std::weak_ptr<support::FakeWebView> page;
@@ -57,7 +57,7 @@ TEST_F(LetterHandOverTest, ThePageLivesUntilItHasLetGo) {
     shell.loop.advance(each.grace - 1ms);
     EXPECT_TRUE(isShown()) << "a second click starts the grace anew";
     shell.loop.advance(1ms);
-    EXPECT_TRUE(window->orderedOut);
+    EXPECT_TRUE(window->withdrawn);
     EXPECT_EQ(shell.manager->windows().activeWindow(), std::nullopt);
     EXPECT_FALSE(shell.manager->windows().hasComposeWindow());
     EXPECT_EQ(shell.manager->session().snapshot().windows.size(), 1U)
@@ -92,7 +92,7 @@ TEST_F(LetterHandOverTest, TheWindowComesBackWithTheLetter) {
     says(each.first);
     send();
     shell.loop.advance(10s);
-    EXPECT_TRUE(window->orderedOut) << each.what;
+    EXPECT_TRUE(window->withdrawn) << each.what;
     says(each.then);
     shell.loop.advance(each.within);
     EXPECT_TRUE(isShown()) << each.what;
@@ -120,7 +120,7 @@ TEST_F(LetterHandOverTest, TheWindowComesBackWithTheLetter) {
   view->hangs = true;
   send();
   shell.loop.advance(5s);
-  EXPECT_TRUE(window->orderedOut) << "also when it says nothing";
+  EXPECT_TRUE(window->withdrawn) << "also when it says nothing";
   shell.loop.advance(60s);
   EXPECT_TRUE(isShown());
 }
@@ -145,9 +145,9 @@ TEST_F(LetterHandOverTest, ABoxOfTheEngineIsAnsweredBeforeAnythingElse) {
     EXPECT_FALSE(shell.manager->windows().hasLettersUnderWay()) << "it can't be waited for";
     view->hangs = false;
     shell.loop.advance(2s);
-    EXPECT_TRUE(window->orderedOut) << "it is on its way now";
+    EXPECT_TRUE(window->withdrawn) << "it is on its way now";
     shell.loop.advance(50s);
-    EXPECT_TRUE(window->orderedOut) << "and has its whole time again";
+    EXPECT_TRUE(window->withdrawn) << "and has its whole time again";
     says("open");
     shell.loop.advance(1s);
     EXPECT_TRUE(isShown());
@@ -171,7 +171,7 @@ TEST_F(LetterHandOverTest, ADiscardIsTakenBackAtAnyTime) {
   shell.loop.advance(500ms);
   undo(); // the action of another toast
   shell.loop.advance(1s);
-  EXPECT_TRUE(window->orderedOut);
+  EXPECT_TRUE(window->withdrawn);
 }
 
 TEST_F(LetterHandOverTest, AWindowThatClosesIsNoMatter) {

@@ -198,22 +198,22 @@ TEST_F(NavigationTest, LinksToOtherProgramsGoToTheDesktop) {
       {"-tel:1", ""},
       {"tel:1\n2", ""},
   };
-  shell.workspace.mailApplication = "phone";
+  shell.uriLauncher.mailApplication = "phone";
   for (const auto& each : cases) {
-    shell.workspace.opened.clear();
+    shell.uriLauncher.opened.clear();
     NavigationAction action{NavigationType::linkActivated, {}, each.url};
     const auto before = decide(action);
-    EXPECT_TRUE(shell.workspace.opened.empty()) << "the page did it by itself: " << each.url;
+    EXPECT_TRUE(shell.uriLauncher.opened.empty()) << "the page did it by itself: " << each.url;
     action.isUserGesture = true;
     action.gesture = ++gesture;
     for (int i = 0; i < 3; ++i)
       EXPECT_EQ(decide(action), before) << each.url;
     if (!each.handedOver.empty())
       EXPECT_EQ(before, NavigationPolicy::cancel) << "the engine has nothing to load there";
-    EXPECT_EQ(shell.workspace.opened, each.handedOver.empty() ? Calls{} : Calls{each.handedOver}) << each.url;
+    EXPECT_EQ(shell.uriLauncher.opened, each.handedOver.empty() ? Calls{} : Calls{each.handedOver}) << each.url;
   }
   EXPECT_EQ(model->pageProblem->kind, PageProblem::Kind::none);
-  shell.workspace.mailApplication = std::nullopt;
+  shell.uriLauncher.mailApplication = std::nullopt;
   platform::NewWindowRequest window;
   window.action.url = "tel:1";
   window.action.isUserGesture = true;
@@ -337,7 +337,7 @@ TEST_F(NavigationTest, PopupsGoWhereTheyBelong) {
   };
   const auto home = shell.application.all.front();
   for (const auto& each : cases) {
-    shell.workspace.opened.clear();
+    shell.uriLauncher.opened.clear();
     shell.application.setKey(home);
     view->currentTitle = each.titled ? std::optional<std::string>("Subject") : std::nullopt;
     const auto before = windows();
@@ -346,7 +346,7 @@ TEST_F(NavigationTest, PopupsGoWhereTheyBelong) {
     const auto name = each.url.value_or("nil");
     EXPECT_EQ(answer != nullptr, each.result != none) << name;
     EXPECT_EQ(windows(), before + (each.result == none ? 0 : 1)) << name;
-    EXPECT_EQ(shell.workspace.opened, each.external) << name;
+    EXPECT_EQ(shell.uriLauncher.opened, each.external) << name;
     if (each.result == none)
       continue;
     const auto opened = shell.application.last();
@@ -372,7 +372,7 @@ TEST_F(NavigationTest, AWindowThatNobodyAskedForIsToldAndCanBeOpened) {
   EXPECT_EQ(popup("https://other.example/", false), nullptr);
   EXPECT_EQ(popup("about:blank", false), nullptr);
   EXPECT_EQ(windows(), before);
-  EXPECT_TRUE(shell.workspace.opened.empty());
+  EXPECT_TRUE(shell.uriLauncher.opened.empty());
   ASSERT_EQ(notices.size(), 3U);
   EXPECT_EQ(notices[2].text, "A window was blocked.");
   EXPECT_EQ(notices[2].button, "") << "nobody would fill it";
@@ -381,7 +381,7 @@ TEST_F(NavigationTest, AWindowThatNobodyAskedForIsToldAndCanBeOpened) {
   EXPECT_EQ(windows(), before + 1);
   EXPECT_EQ(*newest()->urlString, "https://app.example.com/print");
   notices[1].act();
-  EXPECT_EQ(shell.workspace.opened, Calls{"https://other.example/"});
+  EXPECT_EQ(shell.uriLauncher.opened, Calls{"https://other.example/"});
 }
 
 TEST_F(NavigationTest, ALinkNeverReplacesALetter) {
@@ -411,18 +411,18 @@ TEST_F(NavigationTest, ALinkNeverReplacesALetter) {
       if (isReply && each.url.starts_with(letter))
         continue;
       shell.application.setKey(home);
-      shell.workspace.opened.clear();
+      shell.uriLauncher.opened.clear();
       const auto before = windows();
       const auto policy = decide(NavigationAction{each.type, {}, each.url, false, ++gesture});
       EXPECT_EQ(policy, each.stays ? NavigationPolicy::cancel : NavigationPolicy::allow) << each.url;
       EXPECT_EQ(windows(), before + each.opens) << each.url;
-      EXPECT_EQ(shell.workspace.opened, each.external) << each.url;
+      EXPECT_EQ(shell.uriLauncher.opened, each.external) << each.url;
       // With a target it goes the same way.
-      shell.workspace.opened.clear();
+      shell.uriLauncher.opened.clear();
       if (each.stays) {
         ++gesture;
         EXPECT_EQ(popup(each.url) != nullptr, each.opens != 0) << each.url;
-        EXPECT_EQ(shell.workspace.opened, each.external) << each.url;
+        EXPECT_EQ(shell.uriLauncher.opened, each.external) << each.url;
       }
     }
     EXPECT_TRUE(view->loads.empty());
@@ -455,7 +455,7 @@ TEST_F(NavigationTest, AClickOpensOneWindowAndHandsOverOneLink) {
       popup("https://app.example.com/mail/" + std::to_string(i));
     }
     EXPECT_EQ(windows(), before + 1);
-    EXPECT_EQ(shell.workspace.opened.size(), static_cast<std::size_t>(click));
+    EXPECT_EQ(shell.uriLauncher.opened.size(), static_cast<std::size_t>(click));
   }
   const auto before = windows();
   for (int i = 0; i < 3; ++i)

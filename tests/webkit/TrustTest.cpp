@@ -24,7 +24,7 @@ class TrustTest : public WebKitTest {
     site.webAppBaseURL = {server_.origin(service) + "/", "https://beta.example.com/"};
     settings_ = std::make_unique<settings::AppSettings>(defaults_, site);
     services_ = std::make_unique<web::WebServices>(*settings_, scripts_, application_, *factory_, panels_,
-                                                   workspace_, notifications_, messageFiles_);
+                                                   uriLauncher_, notifications_, messageFiles_);
     window_ = std::static_pointer_cast<support::FakeWindow>(application_.makeWindow({}));
   }
   void TearDown() override {
@@ -66,7 +66,7 @@ class TrustTest : public WebKitTest {
   support::FakeDefaults defaults_;
   support::FakeApplication application_;
   support::FakePanels panels_;
-  support::FakeWorkspace workspace_;
+  support::FakeUriLauncher uriLauncher_;
   support::FakeNotificationCenter notificationCenter_;
   jmap::NotificationManager notifications_{notificationCenter_};
   support::FakeHttpClient http_;

@@ -26,8 +26,8 @@ int main(int argc, char** argv) {
   glib::GlibEventLoop loop;
   platform::windows::LinuxApplication application({.applicationId = argv[1], .displayName = "Probe"});
 
-  const auto terminating = application.willTerminate.subscribe(
-      [&] { say(fmt::format("willTerminate with {} windows", application.windows().size())); });
+  const auto terminating = application.aboutToQuit.subscribe(
+      [&] { say(fmt::format("aboutToQuit with {} windows", application.windows().size())); });
   const auto launched = application.didFinishLaunching.subscribe([] { say("didFinishLaunching"); });
   const auto url = application.urlReceived.subscribe([](const std::string& text) {
     say(text.size() < 200 ? "url " + text
@@ -41,7 +41,7 @@ int main(int argc, char** argv) {
     application
         .makeWindow(
             {.contentWidth = 870, .contentHeight = 768, .tabbingIdentifier = "", .identifier = "probe"})
-        ->makeKeyAndOrderFront();
+        ->present();
   });
   say(fmt::format("exit {}", status));
   return status;

@@ -22,7 +22,7 @@ async::Task<void> LauncherEntry::connect(BusConnector bus) {
   });
 }
 
-void LauncherEntry::setBadgeLabel(const std::optional<std::string>& label) {
+void LauncherEntry::setLabel(const std::optional<std::string>& label) {
   const auto count = label ? base::parsedInteger(*label) : std::nullopt;
   if (count == count_)
     return;

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "async/Scope.h"
-#include "platform/DockTile.h"
+#include "platform/LauncherBadge.h"
 #include "platform/linux/desktop/MessageBus.h"
 
 #include <cstdint>
@@ -10,12 +10,12 @@ namespace ondrel::platform::desktop {
 
 // The number on the program's icon, by the signal com.canonical.Unity.LauncherEntry.Update, which the
 // launchers and docks of several desktops listen to. Nobody answers it.
-class LauncherEntry final : public DockTile {
+class LauncherEntry final : public LauncherBadge {
  public:
   explicit LauncherEntry(std::string applicationId, BusConnector bus = sessionBus);
 
   // What isn't a number counts as none.
-  void setBadgeLabel(const std::optional<std::string>& label) override;
+  void setLabel(const std::optional<std::string>& label) override;
 
  private:
   async::Task<void> connect(BusConnector bus);

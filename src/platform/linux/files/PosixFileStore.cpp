@@ -195,7 +195,7 @@ PosixFileStore::replaceShared(const std::string& path, const MakeContent& make,
       if (isOvertaken)
         return now || now.error() == ENOENT ? 0 : now.error();
       if (content.keepsOther && there) {
-        const auto place = AsideFile(*target, "damaged").link();
+        const auto place = BackupFile(*target, "damaged").link();
         if (!place)
           return place.error();
         kept = *place;
@@ -237,16 +237,16 @@ std::expected<void, FileError> PosixFileStore::replace(const std::string& path, 
 }
 
 std::expected<std::string, FileError> PosixFileStore::keepAside(const std::string& path) {
-  auto kept = AsideFile(path, "damaged").move();
+  auto kept = BackupFile(path, "damaged").move();
   if (!kept)
     return failure("can't move aside", path, kept.error());
   return std::move(*kept);
 }
 
 std::vector<std::string> PosixFileStore::keptAside(const std::string& path) {
-  auto kept = AsideFile::all(path);
+  auto kept = BackupFile::all(path);
   if (const auto target = followed(path); target && *target != path)
-    std::ranges::move(AsideFile::all(*target), std::back_inserter(kept));
+    std::ranges::move(BackupFile::all(*target), std::back_inserter(kept));
   return kept;
 }
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/FileStore.h"
-#include "platform/linux/files/AsideFile.h"
+#include "platform/linux/files/BackupFile.h"
 
 #include <functional>
 #include <optional>
@@ -18,7 +18,7 @@ class TemporaryFile;
 class PosixFileStore final : public FileStore {
  public:
   // So many damaged versions of one file stay beside it; then the oldest makes way.
-  static constexpr int damagedFilesKept = AsideFile::mostKept;
+  static constexpr int damagedFilesKept = BackupFile::mostKept;
 
   std::expected<std::string, FileError> read(const std::string& path) override;
   // An error from flushing the folder is told though the new content is in place by then.

@@ -8,7 +8,7 @@ void ActivityTracker::update(bool hasKeyboard) {
     resigning_.stop();
     if (!active_) {
       active_ = true;
-      events_.didBecomeActive();
+      events_.activated();
     }
   } else if (active_ && !waiting_) {
     waiting_ = true;
@@ -18,9 +18,9 @@ void ActivityTracker::update(bool hasKeyboard) {
 
 void ActivityTracker::resign() {
   waiting_ = false;
-  events_.willResignActive();
+  events_.deactivating();
   active_ = false;
-  events_.didResignActive();
+  events_.deactivated();
 }
 
 } // namespace ondrel::platform::windows

@@ -14,9 +14,9 @@ class ActivityTracker {
   static constexpr std::chrono::milliseconds grace{50};
 
   struct Events {
-    std::function<void()> didBecomeActive;
-    std::function<void()> willResignActive;
-    std::function<void()> didResignActive;
+    std::function<void()> activated;
+    std::function<void()> deactivating;
+    std::function<void()> deactivated;
   };
   explicit ActivityTracker(Events events) : events_(std::move(events)) {}
 

@@ -44,13 +44,13 @@ std::vector<std::string> passable(std::vector<std::string> urls) {
 LinuxApplication::LinuxApplication(Options options)
     : options_(std::move(options)), application_(glib::adopt(ADW_APPLICATION(adw_application_new(
                                         options_.applicationId.c_str(), flags(options_.startedByBus))))),
-      activity_({.didBecomeActive = [this] { didBecomeActive.emit(); },
-                 .willResignActive = [this] { willResignActive.emit(); },
-                 .didResignActive =
+      activity_({.activated = [this] { activated.emit(); },
+                 .deactivating = [this] { deactivating.emit(); },
+                 .deactivated =
                      [this] {
                        if (windowSystem_)
                          windowSystem_->forgetKey();
-                       didResignActive.emit();
+                       deactivated.emit();
                      }}) {
   const char* presentName = g_get_application_name();
   if (!presentName || options_.displayName != presentName)
@@ -130,7 +130,7 @@ void LinuxApplication::start() {
     signalSources_.push_back(g_unix_signal_add(
         number,
         [](gpointer self) -> gboolean {
-          static_cast<LinuxApplication*>(self)->terminate();
+          static_cast<LinuxApplication*>(self)->quit();
           return G_SOURCE_CONTINUE;
         },
         this));
@@ -171,10 +171,10 @@ void LinuxApplication::reopen() {
 
 void LinuxApplication::tellTermination() {
   if (windowSystem_ && !std::exchange(willTerminateTold_, true))
-    willTerminate.emit();
+    aboutToQuit.emit();
 }
 
-void LinuxApplication::terminate() {
+void LinuxApplication::quit() {
   if (std::exchange(terminating_, true))
     return;
   tellTermination();
@@ -205,15 +205,15 @@ std::vector<std::shared_ptr<Window>> LinuxApplication::orderedWindows() const {
   return windowSystem_ ? windowSystem_->orderedWindows() : std::vector<std::shared_ptr<Window>>();
 }
 
-std::shared_ptr<Window> LinuxApplication::keyWindow() const {
-  return windowSystem_ ? windowSystem_->keyWindow() : nullptr;
+std::shared_ptr<Window> LinuxApplication::focusedWindow() const {
+  return windowSystem_ ? windowSystem_->focusedWindow() : nullptr;
 }
 
-std::shared_ptr<Window> LinuxApplication::mainWindow() const {
-  return windowSystem_ ? windowSystem_->mainWindow() : nullptr;
+std::shared_ptr<Window> LinuxApplication::frontWindow() const {
+  return windowSystem_ ? windowSystem_->frontWindow() : nullptr;
 }
 
-void LinuxApplication::activateIgnoringOtherApps() {
+void LinuxApplication::activate() {
   if (!windowSystem_)
     return;
   if (const auto token = activationToken_.take())

@@ -29,7 +29,7 @@ class LinuxApplication final : public Application {
   // The exit status of a start that only handed its URLs to the first instance, or brought that one to the
   // front; absent where there is none.
   static std::optional<int> handOver(const std::string& applicationId, const std::vector<std::string>& urls);
-  // Runs until terminate() and gives the exit status of the program. The first instance calls `startup` once
+  // Runs until quit() and gives the exit status of the program. The first instance calls `startup` once
   // GTK is ready, then emits didFinishLaunching, then urlReceived for each URL. A later one hands the URLs
   // over, or asks the first to come to the front when there are none, and returns at once. The URLs may be of
   // any bytes: what isn't UTF-8 is logged and dropped. Call it once.
@@ -40,16 +40,16 @@ class LinuxApplication final : public Application {
   void setCloseQuestion(CloseQuestion question) override;
   std::vector<std::shared_ptr<Window>> windows() const override;
   std::vector<std::shared_ptr<Window>> orderedWindows() const override;
-  std::shared_ptr<Window> keyWindow() const override;
-  std::shared_ptr<Window> mainWindow() const override;
+  std::shared_ptr<Window> focusedWindow() const override;
+  std::shared_ptr<Window> frontWindow() const override;
 
-  void activateIgnoringOtherApps() override;
+  void activate() override;
   bool isActive() const override { return activity_.isActive(); }
   void hide() override;
   // Also whenever a window is ordered to the front.
   void unhide() override;
   bool isHidden() const override;
-  void terminate() override;
+  void quit() override;
   std::optional<std::string> frontmostApplicationIdentifier() const override;
   base::Subscription addKeyDownMonitor(KeyMonitor monitor) override;
 

@@ -100,7 +100,7 @@ void TabWindow::addTabbedWindow(std::shared_ptr<Window> window) {
   if (!standalone_ && !other->standalone_ && !isDragged_ && !other->isDragged_)
     ensureGroup()->insertBehind(*this, *other);
   else
-    other->orderFront();
+    other->showUnfocused();
 }
 
 std::shared_ptr<WindowGroup> TabWindow::tabGroup() const {
@@ -118,7 +118,7 @@ void TabWindow::selectPreviousTab() {
     group->selectNeighbour(-1);
 }
 
-void TabWindow::makeKeyAndOrderFront() {
+void TabWindow::present() {
   if (state_ != State::open || isDragged_)
     return;
   comeBack();
@@ -127,7 +127,7 @@ void TabWindow::makeKeyAndOrderFront() {
   group->present();
 }
 
-void TabWindow::orderFront() {
+void TabWindow::showUnfocused() {
   if (state_ != State::open || isDragged_)
     return;
   comeBack();
@@ -136,7 +136,7 @@ void TabWindow::orderFront() {
   group->showWithoutFocus();
 }
 
-void TabWindow::orderOut() {
+void TabWindow::withdraw() {
   if (state_ != State::open || isOrderedOut_)
     return;
   const auto group = ensureGroup();
@@ -164,17 +164,17 @@ bool TabWindow::isVisible() const {
   return group && group->isOnScreen() && group->selectedWindow().get() == this;
 }
 
-bool TabWindow::isMiniaturized() const {
+bool TabWindow::isMinimized() const {
   const auto group = group_.lock();
   return group && group->isMinimized();
 }
 
-void TabWindow::deminiaturize() {
+void TabWindow::unminimize() {
   if (const auto group = group_.lock(); group && group->isMinimized())
     gtk_window_unminimize(group->gtkWindow());
 }
 
-void TabWindow::performClose() {
+void TabWindow::requestClose() {
   if (state_ == State::open)
     system_->closeAsking({shared_from_this()});
 }

@@ -39,15 +39,15 @@ class TabWindow final : public Window, public std::enable_shared_from_this<TabWi
   void selectNextTab() override;
   void selectPreviousTab() override;
 
-  void makeKeyAndOrderFront() override;
-  void orderFront() override;
-  void orderOut() override;
-  bool isOrderedOut() const override { return isOrderedOut_; }
+  void present() override;
+  void showUnfocused() override;
+  void withdraw() override;
+  bool isWithdrawn() const override { return isOrderedOut_; }
   bool isVisible() const override;
-  bool isMiniaturized() const override;
-  void deminiaturize() override;
+  bool isMinimized() const override;
+  void unminimize() override;
 
-  void performClose() override;
+  void requestClose() override;
   void close() override;
 
   // The rest is for the top-levels.

@@ -65,12 +65,12 @@ std::vector<std::shared_ptr<Window>> WindowSystem::orderedWindows() const {
   return result;
 }
 
-std::shared_ptr<Window> WindowSystem::keyWindow() const {
+std::shared_ptr<Window> WindowSystem::focusedWindow() const {
   const auto group = groupOf(activeTopLevel());
   return group ? group->selectedWindow() : nullptr;
 }
 
-std::shared_ptr<Window> WindowSystem::mainWindow() const {
+std::shared_ptr<Window> WindowSystem::frontWindow() const {
   const auto front = std::ranges::find_if(groups_, [](const auto& group) { return group->isOnScreen(); });
   return front == groups_.end() ? nullptr : (*front)->selectedWindow();
 }
@@ -205,14 +205,14 @@ void WindowSystem::activeTopLevelMayHaveChanged() {
 }
 
 void WindowSystem::keyMayHaveChanged() {
-  const auto key = keyWindow();
+  const auto key = focusedWindow();
   // A dialog of our own has the keyboard: afterwards the window has it anew.
   if (!key && hasKeyboard())
     lastKey_.reset();
   if (!key || key == lastKey_.lock())
     return;
   lastKey_ = key;
-  application_.windowDidBecomeKey.emit(key);
+  application_.windowFocused.emit(key);
 }
 
 std::shared_ptr<TabGroupWindow> WindowSystem::groupOf(GtkWindow* window) const {

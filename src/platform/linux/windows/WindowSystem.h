@@ -36,8 +36,8 @@ class WindowSystem {
   std::shared_ptr<TabWindow> makeWindow(const WindowAttributes& attributes);
   std::vector<std::shared_ptr<Window>> windows() const;
   std::vector<std::shared_ptr<Window>> orderedWindows() const;
-  std::shared_ptr<Window> keyWindow() const;
-  std::shared_ptr<Window> mainWindow() const;
+  std::shared_ptr<Window> focusedWindow() const;
+  std::shared_ptr<Window> frontWindow() const;
 
   bool hasKeyboard() const { return activeTopLevel() != nullptr; }
   bool anyVisible() const; // a minimised top-level counts, and one that holds no tabs

@@ -6,9 +6,9 @@
 namespace ondrel::platform {
 
 // The desktop around the program.
-class Workspace {
+class UriLauncher {
  public:
-  virtual ~Workspace() = default;
+  virtual ~UriLauncher() = default;
   // Hands a URL to the desktop, by a library call and never through a shell. Refuses with a log line what
   // doesn't parse as an absolute URL, begins with "-" or holds control characters.
   virtual void open(const std::string& url) = 0;

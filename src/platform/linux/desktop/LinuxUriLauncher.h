@@ -1,11 +1,11 @@
 #pragma once
 
-#include "platform/Workspace.h"
+#include "platform/UriLauncher.h"
 
 namespace ondrel::platform::desktop {
 
 // Through GIO, which asks the portal where the program is confined.
-class LinuxWorkspace final : public Workspace {
+class LinuxUriLauncher final : public UriLauncher {
  public:
   // Asynchronous; a failure is a log line. A program or desktop file is not started: its folder opens
   // instead.

@@ -11,11 +11,11 @@ namespace ondrel::platform::files {
 
 // Versions of one file that are kept beside it as "<path>.<why>-<n>", n from 1: a few for each reason, the
 // newest ones.
-class AsideFile {
+class BackupFile {
  public:
   static constexpr int mostKept = 4;
 
-  AsideFile(std::string path, std::string_view why) : path_(std::move(path)), why_(why) {}
+  BackupFile(std::string path, std::string_view why) : path_(std::move(path)), why_(why) {}
 
   // The file goes there; the new path or the error number.
   std::expected<std::string, int> move() const;

@@ -5,7 +5,7 @@
 namespace ondrel::platform {
 
 // What the program knows of itself, fixed when it was built.
-struct Bundle {
+struct ProgramInfo {
   std::string identifier; // "org.velmora.Ondrel"
   std::string displayName;
   std::string shortVersion;

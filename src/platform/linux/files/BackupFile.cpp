@@ -1,4 +1,4 @@
-#include "platform/linux/files/AsideFile.h"
+#include "platform/linux/files/BackupFile.h"
 
 #include <fmt/format.h>
 
@@ -14,7 +14,7 @@
 namespace ondrel::platform::files {
 
 // The first free place, else that of the oldest. A place that holds this very file already is the file's own.
-std::string AsideFile::place() const {
+std::string BackupFile::place() const {
   struct stat file{};
   const bool isThere = lstat(path_.c_str(), &file) == 0;
   std::string chosen;
@@ -40,14 +40,14 @@ std::string AsideFile::place() const {
   return chosen;
 }
 
-std::expected<std::string, int> AsideFile::move() const {
+std::expected<std::string, int> BackupFile::move() const {
   auto target = place();
   if (std::rename(path_.c_str(), target.c_str()) != 0)
     return std::unexpected(errno);
   return target;
 }
 
-std::expected<std::string, int> AsideFile::link() const {
+std::expected<std::string, int> BackupFile::link() const {
   auto target = place();
   struct stat file{};
   struct stat there{};
@@ -68,7 +68,7 @@ std::expected<std::string, int> AsideFile::link() const {
   return target;
 }
 
-std::vector<std::string> AsideFile::all(const std::string& path) {
+std::vector<std::string> BackupFile::all(const std::string& path) {
   std::vector<std::pair<std::int64_t, std::string>> found;
   for (const auto* why : {"damaged", "other"})
     for (int n = 1; n <= mostKept; ++n) {

@@ -1,4 +1,4 @@
-#include "ui/ShownText.h"
+#include "ui/DisplayText.h"
 
 #include "base/Text.h"
 
@@ -12,7 +12,7 @@ constexpr std::size_t longestLine = 1000; // bytes; a line on the widest screen 
 
 } // namespace
 
-std::string shownLine(std::string_view text) {
+std::string shortDisplayLine(std::string_view text) {
   if (text.size() <= longestLine)
     return base::displayLine(text);
   auto end = longestLine;

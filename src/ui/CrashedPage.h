@@ -9,9 +9,9 @@
 namespace ondrel::ui {
 
 // Stands in the place of a page whose web process has ended.
-class StoppedPage {
+class CrashedPage {
  public:
-  explicit StoppedPage(std::function<void()> reload);
+  explicit CrashedPage(std::function<void()> reload);
 
   GtkWidget* widget() const { return page_.get(); }
   GtkWidget* reloadButton() const { return button_; }

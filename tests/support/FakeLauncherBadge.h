@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/DockTile.h"
+#include "platform/LauncherBadge.h"
 
 #include <optional>
 #include <string>
@@ -8,9 +8,9 @@
 
 namespace ondrel::support {
 
-class FakeDockTile final : public platform::DockTile {
+class FakeLauncherBadge final : public platform::LauncherBadge {
  public:
-  void setBadgeLabel(const std::optional<std::string>& value) override {
+  void setLabel(const std::optional<std::string>& value) override {
     label = value;
     labels.push_back(value);
   }

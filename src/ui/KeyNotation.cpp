@@ -1,4 +1,4 @@
-#include "ui/KeySigns.h"
+#include "ui/KeyNotation.h"
 
 #include <array>
 #include <cctype>

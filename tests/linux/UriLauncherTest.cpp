@@ -1,5 +1,5 @@
 #include "base/Log.h"
-#include "platform/linux/desktop/LinuxWorkspace.h"
+#include "platform/linux/desktop/LinuxUriLauncher.h"
 #include "platform/linux/desktop/Rendering.h"
 #include "support/TemporaryFolder.h"
 
@@ -44,7 +44,7 @@ class WorkspaceDeathTest : public testing::Test {
   // What the handler got when that URL was opened, or "nothing".
   std::string opened(const std::string& url) {
     std::filesystem::remove(folder.file("opened"));
-    workspace.open(url);
+    uriLauncher.open(url);
     for (int i = 0; i < 1000 && !std::filesystem::exists(folder.file("opened")); ++i) {
       while (g_main_context_iteration(nullptr, FALSE)) {
       }
@@ -66,12 +66,12 @@ class WorkspaceDeathTest : public testing::Test {
       std::fprintf(stderr, "program: %s\n", opened("file://" + folder.file(name)).c_str());
     }
     std::fprintf(stderr, "handler: %s\n",
-                 workspace.defaultApplicationForScheme("https").value_or("none").c_str());
+                 uriLauncher.defaultApplicationForScheme("https").value_or("none").c_str());
     std::fprintf(stderr, "nobody: %s\n",
-                 workspace.defaultApplicationForScheme("no such").value_or("none").c_str());
+                 uriLauncher.defaultApplicationForScheme("no such").value_or("none").c_str());
     for (const auto* url :
          {"-x", "--help", "relative/path", "https://a b", "https://a\nb", "https://a\x01", "", "%zz:"})
-      workspace.open(url);
+      uriLauncher.open(url);
     std::filesystem::remove_all(folder.path());
     std::exit(0);
   }
@@ -92,7 +92,7 @@ class WorkspaceDeathTest : public testing::Test {
   }
 
   support::TemporaryFolder folder;
-  desktop::LinuxWorkspace workspace;
+  desktop::LinuxUriLauncher uriLauncher;
 };
 
 TEST_F(WorkspaceDeathTest, OpensLinksAndRefusesWhatIsNone) {

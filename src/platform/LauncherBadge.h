@@ -6,11 +6,11 @@
 namespace ondrel::platform {
 
 // The program's icon in the desktop's launcher.
-class DockTile {
+class LauncherBadge {
  public:
-  virtual ~DockTile() = default;
+  virtual ~LauncherBadge() = default;
   // A number in decimal on the icon; nullopt takes it away. Desktops without such a place ignore it.
-  virtual void setBadgeLabel(const std::optional<std::string>& label) = 0;
+  virtual void setLabel(const std::optional<std::string>& label) = 0;
 };
 
 } // namespace ondrel::platform

@@ -1,4 +1,4 @@
-#include "highlights/InTurn.h"
+#include "highlights/SequentialTasks.h"
 
 #include "async/Future.h"
 #include "async/Scope.h"
@@ -20,7 +20,7 @@ async::Task<void> runAndTell(async::Task<void> task, std::shared_ptr<Resolver> e
 
 } // namespace
 
-async::Task<void> runInTurn(async::Scope& scope, std::vector<async::Task<void>> tasks,
+async::Task<void> runSequentially(async::Scope& scope, std::vector<async::Task<void>> tasks,
                             async::Duration patience) {
   for (auto& task : tasks) {
     auto [resolver, ended] = async::makeFuture<bool>();

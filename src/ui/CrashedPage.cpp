@@ -1,10 +1,10 @@
-#include "ui/StoppedPage.h"
+#include "ui/CrashedPage.h"
 
 #include <adwaita.h>
 
 namespace ondrel::ui {
 
-StoppedPage::StoppedPage(std::function<void()> reload)
+CrashedPage::CrashedPage(std::function<void()> reload)
     : page_(glib::share(adw_status_page_new())), button_(gtk_button_new_with_label("Reload")) {
   gtk_widget_set_name(page_.get(), "page-stopped");
   auto* page = ADW_STATUS_PAGE(page_.get());

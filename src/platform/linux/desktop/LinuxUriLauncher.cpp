@@ -1,4 +1,4 @@
-#include "platform/linux/desktop/LinuxWorkspace.h"
+#include "platform/linux/desktop/LinuxUriLauncher.h"
 
 #include "base/Log.h"
 #include "base/Text.h"
@@ -69,7 +69,7 @@ void launched(GObject*, GAsyncResult* result, gpointer) {
 
 } // namespace
 
-void LinuxWorkspace::open(const std::string& url) {
+void LinuxUriLauncher::open(const std::string& url) {
   const auto parsed = url.starts_with('-') ? std::nullopt : base::Url::parse(url);
   if (!parsed || !parsed->scheme()) {
     logger.error("Refused to open what is no absolute URL: {}", base::Private{base::displayLine(url)});
@@ -86,7 +86,7 @@ void LinuxWorkspace::open(const std::string& url) {
                                           nullptr);
 }
 
-std::optional<std::string> LinuxWorkspace::defaultApplicationForScheme(const std::string& scheme) const {
+std::optional<std::string> LinuxUriLauncher::defaultApplicationForScheme(const std::string& scheme) const {
   const auto application = glib::adopt(g_app_info_get_default_for_uri_scheme(scheme.c_str()));
   const char* id = application ? g_app_info_get_id(application.get()) : nullptr;
   if (!id)
