@@ -95,8 +95,9 @@ PersistedTab SessionKeeper::persisted(const WindowViewModel& viewModel) const {
     tab.pageZoom = webView->pageZoom();
   } else {
     // Unless another page has been asked for since, which the old state would hide.
-    if (withState && !viewModel.loadsURLAfterRestoring)
-      tab.interactionState = viewModel.restorationData;
+    const auto* restored = std::get_if<web::RestoredPage>(&viewModel.firstPage);
+    if (withState && restored && !restored->isReplaced)
+      tab.interactionState = restored->state;
     tab.pageZoom = *viewModel.initialPageZoom;
   }
   return tab;
@@ -106,10 +107,9 @@ std::shared_ptr<WindowViewModel> SessionKeeper::restored(const PersistedTab& tab
   auto viewModel = WindowViewModel::make(services_);
   viewModel->urlString.set(tab.urlString);
   viewModel->title.set(tab.title);
-  viewModel->restorationData = tab.interactionState;
+  viewModel->firstPage = web::RestoredPage{tab.interactionState};
   viewModel->initialPageZoom.set(tab.pageZoom);
   viewModel->toolbarVisible.set(tab.toolbarVisible);
-  viewModel->loadsWhenShown = true;
   return viewModel;
 }
 

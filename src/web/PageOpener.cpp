@@ -2,9 +2,9 @@
 
 #include "base/Text.h"
 #include "base/Url.h"
+#include "platform/UriLauncher.h"
 #include "platform/WebView.h"
 #include "platform/WebViewDelegate.h"
-#include "platform/UriLauncher.h"
 #include "settings/AppSettings.h"
 #include "web/MessageFiles.h"
 #include "web/WebServices.h"
@@ -118,7 +118,7 @@ std::shared_ptr<platform::WebView> PageOpener::openPopup(platform::NewWindowRequ
   auto webView = request.makeWebView(services_.scripts.popupScripts(configuration));
   auto viewModel = newViewModel(url);
   viewModel->toolbarVisible.set(false);
-  viewModel->prebuiltWebView = webView;
+  viewModel->firstPage = PopupPage{webView};
   if (open)
     open(viewModel, true);
   return webView;

@@ -21,7 +21,7 @@ WebView::~WebView() {
 }
 
 void WebView::viewDidLoad() {
-  if (!webView_ && !viewModel_->loadsWhenShown)
+  if (!webView_ && !std::holds_alternative<RestoredPage>(viewModel_->firstPage))
     makeWebView();
 }
 
@@ -31,27 +31,27 @@ void WebView::viewDidAppear() {
 }
 
 void WebView::makeWebView() {
-  auto prebuilt = std::exchange(viewModel_->prebuiltWebView, nullptr);
-  const bool wasPrebuilt = prebuilt != nullptr;
+  const auto first = std::exchange(viewModel_->firstPage, AddressPage());
+  const auto* popup = std::get_if<PopupPage>(&first);
   const auto& configuration = viewModel_->webViewConfiguration;
-  webView_ = wasPrebuilt ? std::move(prebuilt) : services_.webViews.make(configuration->userScripts);
+  webView_ = popup ? popup->webView : services_.webViews.make(configuration->userScripts);
 
   coordinator_ = std::make_unique<Coordinator>(viewModel_, webView_, configuration, services_);
-  coordinator_->attach(wasPrebuilt);
+  coordinator_->attach(popup != nullptr);
   webView_->setInspectable(false);
 
-  const auto restorationData = std::exchange(viewModel_->restorationData, std::nullopt);
   viewModel_->setWebView(webView_);
   if (onWebViewMade)
     onWebViewMade(*webView_);
   // Restoring makes the engine tell the address of the page before.
   const auto wanted = *viewModel_->urlString;
-  const bool isRestored = restorationData && webView_->restoreInteractionState(*restorationData);
-  if (restorationData && !isRestored)
+  const auto* restored = std::get_if<RestoredPage>(&first);
+  const bool hasState = restored && restored->state;
+  const bool isRestored = hasState && webView_->restoreInteractionState(*restored->state);
+  if (hasState && !isRestored)
     base::Logger("ui").error("The saved state of a tab could not be restored");
 
-  const bool anotherPage = std::exchange(viewModel_->loadsURLAfterRestoring, false);
-  if (wasPrebuilt || (isRestored && !anotherPage))
+  if (popup || (isRestored && !restored->isReplaced))
     return;
   viewModel_->urlString.set(wanted);
   viewModel_->loadURL();

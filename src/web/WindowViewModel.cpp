@@ -108,8 +108,8 @@ void WindowViewModel::show(const std::string& url) {
   dialogs.userLoads();
   if (const auto webView = liveWebView())
     webView->load(url);
-  else
-    loadsURLAfterRestoring = true;
+  else if (auto* restored = std::get_if<RestoredPage>(&firstPage))
+    restored->isReplaced = true;
 }
 
 void WindowViewModel::goBack() {

@@ -5,6 +5,7 @@
 #include "base/Observable.h"
 #include "platform/FrameInfo.h"
 #include "platform/WebView.h"
+#include "web/FirstPage.h"
 #include "web/HangWatch.h"
 #include "web/PageDialogs.h"
 #include "web/PageNotice.h"
@@ -61,16 +62,9 @@ class WindowViewModel : public std::enable_shared_from_this<WindowViewModel> {
   // The web view has come or gone.
   base::Event<> webViewChanged;
 
-  // The engine's state to apply once, when the web view is made; until then it is the tab's state.
-  std::optional<base::Bytes> restorationData;
+  FirstPage firstPage;
   // Its page or the program closes it, and it shall not be opened again.
   bool isDone = false;
-  // A restored tab makes its web view only when it is shown.
-  bool loadsWhenShown = false;
-  // Something else than the restored page was asked for before there was a web view.
-  bool loadsURLAfterRestoring = false;
-  // A web view that the engine has made for a popup already; used once.
-  std::shared_ptr<platform::WebView> prebuiltWebView;
 
   // Sees messages that no handler of the program's takes.
   std::function<void(const std::string& name, const boost::json::value& body)> onScriptMessage;

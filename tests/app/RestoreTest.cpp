@@ -72,7 +72,7 @@ TEST_F(RestoreTest, OnlyTheTabInFrontGetsAWebView) {
   shell.application.setKey(shell.application.all.at(1));
   shell.showFocusedWindow();
   EXPECT_EQ(shell.webView(model(1))->restored, (std::vector<base::Bytes>{at("b")}));
-  EXPECT_EQ(model(1)->restorationData, std::nullopt);
+  EXPECT_TRUE(std::holds_alternative<web::AddressPage>(model(1)->firstPage));
 }
 
 TEST_F(RestoreTest, OnlyPagesOfTheServiceKeepTheirState) {

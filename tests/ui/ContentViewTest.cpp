@@ -226,7 +226,7 @@ TEST_F(ContentViewTest, TheAnnouncementsPlaceIsFilledWhenTheTabIsSeenAndEmptiedW
   bool filled = false;
   auto window = shell.application.makeWindow({});
   auto viewModel = web::WindowViewModel::make(shell.services);
-  viewModel->loadsWhenShown = true;
+  viewModel->firstPage = web::RestoredPage();
   auto view = contentFactory(shell.services, [&](GtkRevealer* place) {
     filled = true;
     gtk_revealer_set_child(place, gtk_label_new("News"));
