@@ -53,14 +53,6 @@ constexpr std::string_view replacementCharacter = "\xEF\xBF\xBD";
 // File systems take 255 bytes; a file that is being written has a suffix of the engine's or of ours.
 constexpr std::size_t longestFileName = 240;
 
-std::string_view cutAtCharacter(std::string_view text, std::size_t limit) {
-  if (text.size() <= limit)
-    return text;
-  while (limit > 0 && (static_cast<std::uint8_t>(text[limit]) & 0xC0) == 0x80)
-    --limit;
-  return text.substr(0, limit);
-}
-
 } // namespace
 
 bool isValidUtf8(std::string_view text) {
@@ -117,6 +109,22 @@ std::string displayLine(std::string_view text) {
     i += decoded.length;
   }
   return result;
+}
+
+std::string shortDisplayLine(std::string_view text) {
+  constexpr std::size_t longest = 1000;
+  const auto cut = cutAtCharacter(text, longest);
+  return displayLine(cut) + (cut.size() < text.size() ? "…" : "");
+}
+
+std::string_view cutAtCharacter(std::string_view text, std::size_t limit) {
+  if (text.size() <= limit)
+    return text;
+  constexpr std::size_t longestCharacter = 4;
+  auto end = limit;
+  while (end > 0 && limit - end < longestCharacter && (static_cast<std::uint8_t>(text[end]) & 0xC0) == 0x80)
+    --end;
+  return text.substr(0, end);
 }
 
 std::string safeFileName(std::string_view name, std::string_view fallback) {

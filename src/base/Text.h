@@ -22,6 +22,13 @@ std::optional<long long> parsedInteger(std::string_view text);
 // that change the direction of writing or can't be seen are left out, invalid UTF-8 becomes U+FFFD.
 std::string displayLine(std::string_view text);
 
+// The same of a text that may be of any length: laying out a long one takes time, and a line on the widest
+// screen has fewer than 1000 bytes. "…" stands where it was cut.
+std::string shortDisplayLine(std::string_view text);
+
+// At most `limit` bytes from the start, cut between characters.
+std::string_view cutAtCharacter(std::string_view text, std::size_t limit);
+
 // A base name that the program may use for a file of its own choosing in a folder of its own choosing:
 // separators, control and direction characters replaced, no leading dots, at most 240 bytes, which leaves
 // room for a suffix while it is written, cut at a character with the extension kept; `fallback` when nothing

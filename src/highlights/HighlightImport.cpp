@@ -39,17 +39,7 @@ class Slice {
   async::TimePoint began_ = async::EventLoop::current().now();
 };
 
-// The first bytes, cut between characters.
-std::string_view piece(std::string_view text) {
-  constexpr std::size_t length = std::size_t{1} << 20;
-  constexpr std::size_t longestCharacter = 4;
-  auto end = std::min(length, text.size());
-  if (end < text.size())
-    for (std::size_t i = 0; i < longestCharacter && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80;
-         ++i)
-      --end;
-  return text.substr(0, end);
-}
+constexpr std::size_t pieceLength = std::size_t{1} << 20; // bytes
 
 std::string highlightsInWords(std::size_t count) {
   return std::to_string(count) + (count == 1 ? " highlight" : " highlights");
@@ -195,7 +185,7 @@ async::Task<std::optional<std::string>> HighlightImport::readText(std::string pa
     left = {};
   bool isText = true;
   co_await inSlices([&left, &isText] {
-    const auto part = piece(left);
+    const auto part = base::cutAtCharacter(left, pieceLength);
     isText = left.empty() || (!part.empty() && base::isValidUtf8(part));
     left.remove_prefix(part.size());
     return isText && !left.empty();

@@ -1,9 +1,9 @@
 #include "ui/BrowserChrome.h"
 
+#include "base/Text.h"
 #include "platform/WebView.h"
 #include "ui/ObserveTab.h"
 #include "ui/PrimaryMenu.h"
-#include "ui/DisplayText.h"
 #include "ui/Widgets.h"
 #include "web/WindowViewModel.h"
 
@@ -146,8 +146,8 @@ void BrowserChrome::selectedWindowDidChange(std::shared_ptr<platform::Window> wi
 
 void BrowserChrome::update() {
   const auto* tab = tab_.get();
-  gtk_label_set_text(GTK_LABEL(title_), tab ? shortDisplayLine(*tab->title).c_str() : "");
-  const auto host = tab ? shortDisplayLine(*tab->foreignHost) : "";
+  gtk_label_set_text(GTK_LABEL(title_), tab ? base::shortDisplayLine(*tab->title).c_str() : "");
+  const auto host = tab ? base::shortDisplayLine(*tab->foreignHost) : "";
   gtk_label_set_text(GTK_LABEL(host_), host.c_str());
   gtk_widget_set_visible(host_, !host.empty());
   gtk_widget_set_sensitive(back_, tab && *tab->canGoBack);

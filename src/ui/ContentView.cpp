@@ -1,8 +1,8 @@
 #include "ui/ContentView.h"
 
+#include "base/Text.h"
 #include "platform/WebView.h"
 #include "platform/Window.h"
-#include "ui/DisplayText.h"
 #include "web/WindowViewModel.h"
 
 namespace ondrel::ui {
@@ -15,7 +15,7 @@ ContentView::ContentView(std::shared_ptr<web::WindowViewModel> viewModel,
   viewModel_->window = window;
   const auto tellTitle = [this] {
     if (const auto shown = window_.lock())
-      shown->setTitle(shortDisplayLine(*viewModel_->title));
+      shown->setTitle(base::shortDisplayLine(*viewModel_->title));
   };
   const auto tellBusy = [this] {
     if (const auto shown = window_.lock())

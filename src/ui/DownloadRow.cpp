@@ -1,6 +1,6 @@
 #include "ui/DownloadRow.h"
 
-#include "ui/DisplayText.h"
+#include "base/Text.h"
 #include "ui/Widgets.h"
 #include "web/DownloadItem.h"
 
@@ -58,7 +58,7 @@ DownloadRow::DownloadRow(std::shared_ptr<web::DownloadItem> item)
 void DownloadRow::build() {
   gtk_widget_add_css_class(row_.get(), "download");
   icon_ = gtk_image_new();
-  auto* name = gtk_label_new(shortDisplayLine(item_->filename).c_str());
+  auto* name = gtk_label_new(base::shortDisplayLine(item_->filename).c_str());
   gtk_label_set_ellipsize(GTK_LABEL(name), PANGO_ELLIPSIZE_MIDDLE);
   gtk_label_set_single_line_mode(GTK_LABEL(name), TRUE);
   gtk_label_set_xalign(GTK_LABEL(name), 0);
@@ -84,7 +84,8 @@ void DownloadRow::update() {
   if (state.kind != Kind::downloading)
     gtk_widget_add_css_class(icon_, state.kind == Kind::finished ? "success" : "error");
   gtk_widget_set_visible(progress_, state.kind == Kind::downloading);
-  gtk_widget_set_tooltip_text(row_.get(), state.error.empty() ? nullptr : shortDisplayLine(state.error).c_str());
+  gtk_widget_set_tooltip_text(row_.get(),
+                              state.error.empty() ? nullptr : base::shortDisplayLine(state.error).c_str());
   updateProgress();
 }
 

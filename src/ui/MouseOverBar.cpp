@@ -1,6 +1,6 @@
 #include "ui/MouseOverBar.h"
 
-#include "ui/DisplayText.h"
+#include "base/Text.h"
 
 namespace ondrel::ui {
 
@@ -21,7 +21,7 @@ MouseOverBar::MouseOverBar()
 }
 
 void MouseOverBar::setText(const std::string& text) {
-  gtk_label_set_text(GTK_LABEL(label_), shortDisplayLine(text).c_str());
+  gtk_label_set_text(GTK_LABEL(label_), base::shortDisplayLine(text).c_str());
   gtk_widget_set_visible(bar_.get(), !text.empty());
 }
 

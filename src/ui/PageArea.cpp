@@ -1,6 +1,6 @@
 #include "ui/PageArea.h"
 
-#include "ui/DisplayText.h"
+#include "base/Text.h"
 #include "ui/Widgets.h"
 #include "web/WindowViewModel.h"
 
@@ -110,12 +110,12 @@ void PageArea::updateBar(std::optional<ProblemBar>& bar, bool shown,
 
 void PageArea::updateNotice() {
   const auto& text = *viewModel_->notice;
-  updateBar(notice_, !text.empty(), &PageArea::notice, shortDisplayLine(text), "");
+  updateBar(notice_, !text.empty(), &PageArea::notice, base::shortDisplayLine(text), "");
 }
 
 void PageArea::updateProblem() {
   const auto& problem = *viewModel_->pageProblem;
-  const auto url = shortDisplayLine(problem.url);
+  const auto url = base::shortDisplayLine(problem.url);
   updateBar(loadProblem_, problem.kind == Kind::loadFailed, &PageArea::loadProblem,
             "Can't reach the mail service", problem.description);
   updateBar(navigationProblem_, problem.kind == Kind::navigationFailed, &PageArea::navigationProblem,

@@ -1,6 +1,6 @@
 #include "ui/PageDialogView.h"
 
-#include "ui/DisplayText.h"
+#include "base/Text.h"
 #include "ui/Widgets.h"
 #include "web/PageDialogs.h"
 
@@ -45,7 +45,7 @@ GtkWidget* PageDialogView::card() {
   auto* card =
       GTK_WIDGET(g_object_new(GTK_TYPE_BOX, "orientation", GTK_ORIENTATION_VERTICAL, "spacing", spacing,
                               "accessible-role", GTK_ACCESSIBLE_ROLE_ALERT_DIALOG, nullptr));
-  const auto heading = shortDisplayLine(dialog_->heading);
+  const auto heading = base::shortDisplayLine(dialog_->heading);
   gtk_accessible_update_property(GTK_ACCESSIBLE(card), GTK_ACCESSIBLE_PROPERTY_LABEL, heading.c_str(),
                                  GTK_ACCESSIBLE_PROPERTY_DESCRIPTION, dialog_->text.c_str(),
                                  GTK_ACCESSIBLE_PROPERTY_MODAL, TRUE, -1);

@@ -1,6 +1,6 @@
 #include "ui/PageNotices.h"
 
-#include "ui/DisplayText.h"
+#include "base/Text.h"
 
 namespace ondrel::ui {
 
@@ -15,7 +15,7 @@ PageNotices::PageNotices(GtkWidget* child) : overlay_(glib::share(adw_toast_over
 
 void PageNotices::show(const web::PageNotice& notice) {
   clicked_ = {};
-  const glib::CString title(g_markup_escape_text(shortDisplayLine(notice.text).c_str(), -1));
+  const glib::CString title(g_markup_escape_text(base::shortDisplayLine(notice.text).c_str(), -1));
   // One that says the same stays, so that a page can't make the line flicker. What has a time of its own has
   // all of it.
   const bool isShown = toast_ && notice.time.count() == 0 &&

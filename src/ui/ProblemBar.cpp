@@ -1,6 +1,6 @@
 #include "ui/ProblemBar.h"
 
-#include "ui/DisplayText.h"
+#include "base/Text.h"
 #include "ui/Widgets.h"
 
 namespace ondrel::ui {
@@ -50,7 +50,7 @@ ProblemBar::ProblemBar(Content content)
 
 void ProblemBar::show(const std::string& title, const std::string& description) {
   gtk_label_set_text(GTK_LABEL(title_), title.c_str());
-  gtk_label_set_text(GTK_LABEL(description_), shortDisplayLine(description).c_str());
+  gtk_label_set_text(GTK_LABEL(description_), base::shortDisplayLine(description).c_str());
   gtk_widget_set_visible(description_, !description.empty());
   gtk_revealer_set_reveal_child(GTK_REVEALER(revealer_.get()), TRUE);
 }

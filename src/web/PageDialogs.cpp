@@ -1,5 +1,6 @@
 #include "web/PageDialogs.h"
 
+#include "base/Text.h"
 #include "base/Url.h"
 #include "web/LeaveQuestion.h"
 
@@ -13,13 +14,9 @@ namespace {
 constexpr std::size_t longestText = 2000; // bytes
 
 std::string bounded(std::string text) {
-  if (text.size() <= longestText)
-    return text;
-  auto end = longestText;
-  while (end > 0 && (static_cast<std::uint8_t>(text[end]) & 0xC0) == 0x80)
-    --end;
-  text.resize(end);
-  return text + "…";
+  if (const auto cut = base::cutAtCharacter(text, longestText).size(); cut < text.size())
+    text.replace(cut, std::string::npos, "…");
+  return text;
 }
 
 std::string originOf(const std::string& address) {
