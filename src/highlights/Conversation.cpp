@@ -8,7 +8,7 @@ bool holds(const std::vector<jmap::ThreadEmailInfo>& emails, const std::string& 
   return std::ranges::find(emails, emailId, &jmap::ThreadEmailInfo::internalId) != emails.end();
 }
 
-bool Conversation::isAt(const MessageAddress& other) const {
+bool Conversation::isAt(const jmap::MessageAddress& other) const {
   if (other.threadId == address.threadId || (!threadId.empty() && other.threadId == threadId))
     return true;
   // The application completes an address that names an email alone, and shortens one.

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "base/Event.h"
-#include "highlights/MessageAddress.h"
 #include "jmap/MailQueries.h"
+#include "jmap/MessageURL.h"
 
 #include <cstdint>
 #include <memory>
@@ -18,8 +18,8 @@ struct Conversation {
   // hasn't, or knows no such conversation.
   enum class State { unasked, asking, known, failed };
 
-  MessageAddress address; // of the page when it came into view
-  std::string openId;     // of the email that the application has open in it; empty while unasked
+  jmap::MessageAddress address; // of the page when it came into view
+  std::string openId;           // of the email that the application has open in it; empty while unasked
   State state = State::unasked;
   std::string threadId; // the server's, once it is known
   std::vector<jmap::ThreadEmailInfo> emails;
@@ -27,7 +27,7 @@ struct Conversation {
   base::Event<> settled;   // known now, or failed
 
   // The page shows this conversation still.
-  bool isAt(const MessageAddress& other) const;
+  bool isAt(const jmap::MessageAddress& other) const;
 };
 
 bool holds(const std::vector<jmap::ThreadEmailInfo>& emails, const std::string& emailId);

@@ -28,7 +28,7 @@ constexpr std::size_t mostFrames = 64;
 // The page tells within half a second which message is open.
 constexpr std::chrono::seconds patience{10};
 
-ConversationPtr conversationAt(const MessageAddress& address) {
+ConversationPtr conversationAt(const jmap::MessageAddress& address) {
   auto conversation = std::make_shared<Conversation>();
   conversation->address = address;
   return conversation;
@@ -73,7 +73,7 @@ void HighlightPages::messageChanged(const Tab& tab, const std::string& internalI
 
 void HighlightPages::open(const Tab& tab, View& view, const std::string& internalId) {
   view.openId = internalId;
-  const auto address = MessageAddress::of(*tab->urlString);
+  const auto address = jmap::MessageAddress::of(*tab->urlString);
   if (!address)
     return;
   auto conversation = view.conversation;
@@ -116,7 +116,7 @@ void HighlightPages::containersChanged(const Tab& tab, const platform::FrameInfo
     return; // shows no message
   if (!report.openId.empty() && report.openId != view.openId)
     open(tab, view, report.openId);
-  const auto address = MessageAddress::of(*tab->urlString);
+  const auto address = jmap::MessageAddress::of(*tab->urlString);
   if (address && (!view.conversation || !view.conversation->isAt(*address)))
     view.conversation = conversationAt(*address);
   if (view.frames.size() >= mostFrames)

@@ -1,7 +1,7 @@
 #include "integrations/EmailLinkService.h"
 
 #include "app/WindowManager.h"
-#include "base/Url.h"
+#include "jmap/MessageURL.h"
 #include "platform/Application.h"
 #include "web/RowSelector.h"
 #include "web/WindowViewModel.h"
@@ -19,9 +19,8 @@ void EmailLinkService::navigate(const std::string& url, const std::optional<std:
   if (!shown) {
     windowManager_.openURL(url);
   } else if (emailId) {
-    const auto parsed = base::Url::parse(url);
-    const auto last = parsed ? parsed->lastPathComponent() : std::string();
-    scope_.spawn(web::selectRow(*emailId, last.substr(0, last.find('.')), shown, webServices_));
+    const auto address = jmap::MessageAddress::of(url);
+    scope_.spawn(web::selectRow(*emailId, address ? address->threadId : "", shown, webServices_));
   }
   logger_.info("Navigated to FastMail URL: {}", url);
 }

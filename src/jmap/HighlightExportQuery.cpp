@@ -137,7 +137,8 @@ MailQueries::highlightExportInfo(std::vector<std::string> messageIds,
       result.unanswered.insert(messageId);
     if (name == names.end())
       continue;
-    auto url = mailPageURL(settings_.baseURL(), name->second, email.threadId + "." + email.internalId,
+    auto url = mailPageURL(settings_.baseURL(), name->second,
+                           MessageAddress{email.threadId, email.internalId}.pathComponent(),
                            accountParameter(account->id));
     if (url)
       result.found.emplace(messageId, HighlightExportInfo{.subject = email.subject, .url = *std::move(url)});

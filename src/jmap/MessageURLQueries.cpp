@@ -53,7 +53,8 @@ async::Task<Result<std::string>> MailQueries::messageURL(std::string emailId) {
   const auto session = co_await client_.fetchSessionData();
   if (!session)
     co_return std::unexpected(session.error());
-  auto url = mailPageURL(settings_.baseURL(), place->mailboxName, place->threadId + "." + emailId,
+  auto url = mailPageURL(settings_.baseURL(), place->mailboxName,
+                         MessageAddress{place->threadId, emailId}.pathComponent(),
                          accountParameter(mailAccountId(*session).value_or("")));
   if (!url)
     co_return std::unexpected(JMAPError::badResponse());

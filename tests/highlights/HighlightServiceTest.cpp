@@ -1,7 +1,7 @@
 #include "HighlightWorld.h"
 #include "highlights/ContainerReport.h"
 #include "highlights/HighlightAnchor.h"
-#include "highlights/MessageAddress.h"
+#include "jmap/MessageURL.h"
 
 #include <limits>
 
@@ -74,7 +74,7 @@ TEST_F(HighlightServiceTest, ContainersAreCountedFromTheOpenMessage) {
 }
 
 TEST_F(HighlightServiceTest, WhatAnAddressNames) {
-  const std::pair<std::string, std::optional<MessageAddress>> cases[] = {
+  const std::pair<std::string, std::optional<jmap::MessageAddress>> cases[] = {
       {"https://app.example.com/mail/Inbox/T1.M2.3?u=1", {{"T1", "M2"}}},
       {"https://app.example.com/mail/Inbox/T1", {{"T1", ""}}},
       {"https://app.example.com/mail/Inbox/T1.M2/", {{"T1", "M2"}}},
@@ -86,7 +86,7 @@ TEST_F(HighlightServiceTest, WhatAnAddressNames) {
       {"https://app.example.com/mail/%FF.M2", {}},
       {"https://app.example.com/mail/a%20b.c", {{"a b", "c"}}}};
   for (const auto& [url, expected] : cases)
-    EXPECT_EQ(MessageAddress::of(url), expected) << url;
+    EXPECT_EQ(jmap::MessageAddress::of(url), expected) << url;
 }
 
 TEST_F(HighlightServiceTest, AnchorsNeedAllTheirKeys) {
