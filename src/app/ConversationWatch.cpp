@@ -4,6 +4,7 @@
 #include "async/sleep.h"
 #include "platform/Application.h"
 #include "platform/WebView.h"
+#include "settings/ServicePage.h"
 #include "web/MailURL.h"
 #include "web/WindowViewModel.h"
 
@@ -12,16 +13,9 @@
 
 namespace ondrel::app {
 
-namespace {
-
-constexpr std::string_view conversationVisible =
-    "globalThis.FastMail?.router?.appController?.isConversationVisible ?? false";
-
-} // namespace
-
 ConversationWatch::ConversationWatch(platform::Application& application, BrowserWindows& windows)
     : application_(application), windows_(windows),
-      keyWindowChanged_(application.windowFocused.subscribe(
+      focusChanged_(application.windowFocused.subscribe(
           [this](const BrowserWindows::Window&) { later(&ConversationWatch::update); })) {
   later(&ConversationWatch::update);
 }
@@ -37,21 +31,21 @@ async::Task<void> ConversationWatch::onNextTurn(void (ConversationWatch::*work)(
 
 void ConversationWatch::update() {
   const auto key = application_.focusedWindow();
-  const auto keyModel = windows_.viewModel(key);
+  const auto focusedModel = windows_.viewModel(key);
   if (key) {
-    auto& reads = trackedReads_[keyModel.get()];
+    auto& reads = trackedReads_[focusedModel.get()];
     reads.clear();
-    const auto changed = [this, tracked = keyModel.get()] { trackedValueChanged(tracked); };
+    const auto changed = [this, tracked = focusedModel.get()] { trackedValueChanged(tracked); };
     reads.push_back(windows_.changed.subscribe(changed));
-    if (keyModel)
-      reads.push_back(keyModel->urlString.observe(changed));
+    if (focusedModel)
+      reads.push_back(focusedModel->urlString.observe(changed));
   }
-  activeURLContainsMail.set(keyModel && web::containsMail(*keyModel->urlString));
+  activeURLContainsMail.set(focusedModel && web::containsMail(*focusedModel->urlString));
 }
 
-void ConversationWatch::trackedValueChanged(const web::WindowViewModel* keyModel) {
+void ConversationWatch::trackedValueChanged(const web::WindowViewModel* focusedModel) {
   // Once for each set of reads: a page that changes twice in a turn is looked at once.
-  trackedReads_.erase(keyModel);
+  trackedReads_.erase(focusedModel);
   later(&ConversationWatch::followTrackedChange);
 }
 
@@ -63,10 +57,10 @@ void ConversationWatch::followTrackedChange() {
 
 async::Task<void> ConversationWatch::check() {
   bool visible = false;
-  const auto keyModel = windows_.keyViewModel();
-  const auto webView = keyModel ? keyModel->liveWebView() : nullptr;
+  const auto focusedModel = windows_.focusedViewModel();
+  const auto webView = focusedModel ? focusedModel->liveWebView() : nullptr;
   if (*activeURLContainsMail && webView && !webView->isLoading()) {
-    const auto result = co_await keyModel->evaluate(std::string(conversationVisible));
+    const auto result = co_await focusedModel->evaluate(std::string(settings::page::showsConversation));
     visible = result && result->is_bool() && result->get_bool();
   }
   // A newer check follows, and knows better.

@@ -5,6 +5,7 @@
 #include "platform/Deadlines.h"
 #include "platform/WebView.h"
 #include "settings/AppSettings.h"
+#include "settings/ServicePage.h"
 
 #include <cassert>
 
@@ -12,11 +13,6 @@ namespace ondrel::jmap {
 
 namespace {
 
-constexpr std::string_view tokenExpression = "globalThis.FastMail?.auth?.accessToken ?? null";
-// By what sign-in pages have, whoever made them.
-constexpr std::string_view signInExpression =
-    "!globalThis.FastMail?.auth?.accessToken && (/\\/(log-?in|sign-?in)\\b/i.test(location.pathname) ||"
-    " document.querySelector('input[type=password], input[autocomplete~=username]') !== null)";
 constexpr std::chrono::milliseconds signInLook{500};
 constexpr std::chrono::milliseconds signInReload{900};
 constexpr std::chrono::milliseconds pollPause{500};
@@ -62,7 +58,7 @@ async::Task<Result<std::optional<std::string>>> SignedInPage::pollAccessToken(in
   assert(attempts >= 0);
   for (int i = 0; i < attempts; ++i) {
     if (const auto webView = webView_; isAtService()) {
-      const auto answer = co_await webView->evaluate(std::string(tokenExpression), std::nullopt,
+      const auto answer = co_await webView->evaluate(std::string(settings::page::accessToken), std::nullopt,
                                                      platform::evaluationDeadline);
       const auto* token = answer ? answer->if_string() : nullptr;
       if (token && !token->empty())
@@ -110,7 +106,8 @@ async::Task<bool> SignedInPage::looksLikeSignIn() {
   if (!isAtService())
     co_return true; // the service has sent it to where people sign in
   const auto webView = webView_;
-  const auto answer = co_await webView->evaluate(std::string(signInExpression), std::nullopt, signInLook);
+  const auto answer =
+      co_await webView->evaluate(std::string(settings::page::asksToSignIn), std::nullopt, signInLook);
   co_return answer && answer->is_bool() && answer->get_bool();
 }
 

@@ -5,6 +5,7 @@
 #include "base/Log.h"
 #include "base/Text.h"
 #include "settings/AppSettings.h"
+#include "settings/ServicePage.h"
 #include "web/WebServices.h"
 #include "web/WebViewConfiguration.h"
 #include "web/WindowViewModel.h"
@@ -17,9 +18,6 @@ namespace {
 
 constexpr int attempts = 20;
 constexpr std::chrono::milliseconds pause{250};
-
-constexpr std::string_view applicationBooted =
-    "!!(window.FastMail && FastMail.router && FastMail.router.appController)";
 
 bool isTrue(const platform::ScriptResult& result) {
   return result && result->is_bool() && result->get_bool();
@@ -52,7 +50,7 @@ async::Task<void> selectRow(std::string emailId, std::string thread,
   logger.error("selectRow: gave up calling goMessage for email {} after 20 attempts", emailId);
 
   if (const auto viewModel = weakViewModel.lock()) {
-    const auto booted = co_await viewModel->evaluate(std::string(applicationBooted));
+    const auto booted = co_await viewModel->evaluate(std::string(settings::page::hasBooted));
     if (isTrue(booted))
       co_return;
   }
