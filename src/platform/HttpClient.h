@@ -52,8 +52,8 @@ class HttpStream {
 // Requests over HTTP. It keeps no cookies, caches nothing and adds no credentials. Redirects are followed, 20
 // at most: to another origin Authorization and Cookie don't go along, and a body never does. A request that
 // carries Authorization or Cookie is refused unless it is https or goes to this machine. Certificates that
-// can't be trusted fail. Errors are of WebError::urlDomain, and their descriptions hold no header and no
-// body. Main thread only; dropping a task ends its request.
+// can't be trusted fail. Errors are of WebError::Domain::network, and their descriptions hold no header and
+// no body. Main thread only; dropping a task ends its request.
 class HttpClient {
  public:
   // A larger body fails with badServerResponse.

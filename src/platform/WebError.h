@@ -7,17 +7,19 @@ namespace ondrel::platform {
 
 // A failed load, in the domains and codes below whatever engine runs.
 struct WebError {
-  std::string domain;
+  enum class Domain {
+    network, // it couldn't be fetched
+    policy,  // the engine or the program didn't want it
+  };
+
+  Domain domain = Domain::network;
   int code = 0;
   std::string description;     // for people and the log
   std::string failingURL = {}; // what was asked for, redirects followed; empty where the engine doesn't tell
 
   bool operator==(const WebError&) const = default;
 
-  static constexpr std::string_view urlDomain = "NSURLErrorDomain";
-  static constexpr std::string_view webKitDomain = "WebKitErrorDomain";
-
-  // Codes of urlDomain.
+  // Codes of Domain::network.
   static constexpr int unknown = -1;
   static constexpr int cancelled = -999;
   static constexpr int badURL = -1000;
@@ -31,11 +33,15 @@ struct WebError {
   static constexpr int secureConnectionFailed = -1200;
   static constexpr int serverCertificateUntrusted = -1202;
 
-  // Codes of webKitDomain.
+  // Codes of Domain::policy.
   static constexpr int frameLoadInterrupted = 102; // by a policy change: it became a download, or was refused
 
-  bool isCancelled() const { return domain == urlDomain && code == cancelled; }
-  bool isInterruptedByPolicy() const { return domain == webKitDomain && code == frameLoadInterrupted; }
+  // What the log calls the domain; its readers know the words.
+  std::string_view domainName() const {
+    return domain == Domain::network ? "NSURLErrorDomain" : "WebKitErrorDomain";
+  }
+  bool isCancelled() const { return domain == Domain::network && code == cancelled; }
+  bool isInterruptedByPolicy() const { return domain == Domain::policy && code == frameLoadInterrupted; }
 };
 
 } // namespace ondrel::platform

@@ -117,7 +117,7 @@ void Coordinator::didFailProvisional(const platform::WebError& error) {
 void Coordinator::failed(std::string_view label, const platform::WebError& error, bool provisional) {
   if (error.isCancelled() || error.isInterruptedByPolicy())
     return;
-  logger_.error("{}: navigation failed — {} {} {}", label, error.domain, error.code, error.description);
+  logger_.error("{}: navigation failed — {} {} {}", label, error.domainName(), error.code, error.description);
   loadRetry_.didFail(error, provisional);
 }
 

@@ -17,7 +17,7 @@ constexpr std::string_view extension = ".eml";
 
 std::unexpected<platform::WebError> failure(int code, std::string description) {
   return std::unexpected(
-      platform::WebError{std::string(platform::WebError::urlDomain), code, std::move(description)});
+      platform::WebError{platform::WebError::Domain::network, code, std::move(description)});
 }
 
 std::string withoutDotPairs(std::string name) {

@@ -19,8 +19,8 @@ namespace json = boost::json;
 using platform::NavigationPolicy;
 using platform::WebError;
 
-const WebError refused{std::string(WebError::urlDomain), WebError::cannotConnectToHost, "refused"};
-const WebError replaced{std::string(WebError::urlDomain), WebError::cancelled, "replaced"};
+const WebError refused{WebError::Domain::network, WebError::cannotConnectToHost, "refused"};
+const WebError replaced{WebError::Domain::network, WebError::cancelled, "replaced"};
 
 class SignedInPageTest : public testing::Test {
  protected:

@@ -116,7 +116,7 @@ TEST_F(HttpClientTest, TellsHowARequestFailed) {
         send({.url = server.url("/secret"), .timeout = code == WebError::timedOut ? 200ms : 10s});
     ASSERT_FALSE(result) << told(result).substr(0, 100);
     EXPECT_EQ(result.error().code, code) << result.error().description;
-    EXPECT_EQ(result.error().domain, WebError::urlDomain);
+    EXPECT_EQ(result.error().domain, WebError::Domain::network);
     EXPECT_THAT(result.error().description, Not(HasSubstr("secret")));
     EXPECT_LE(server.requests().size(), 1U);
   }

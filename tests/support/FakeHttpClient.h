@@ -44,7 +44,8 @@ class FakeHttpStream final : public platform::HttpStream {
       feed_->waiting = std::move(resolver);
       const auto came = co_await std::move(future);
       if (!came)
-        co_return std::unexpected(platform::WebError{"test", platform::WebError::cancelled, "cancelled"});
+        co_return std::unexpected(
+            platform::WebError{platform::WebError::Domain::network, platform::WebError::cancelled, "cancelled"});
     }
     auto chunk = std::move(feed_->chunks.front());
     feed_->chunks.pop_front();
@@ -67,7 +68,7 @@ class FakeHttpClient final : public platform::HttpClient {
     return platform::HttpResponse{200, {}, std::move(body)};
   }
   static platform::WebError failure(std::string description) {
-    return {std::string(platform::WebError::urlDomain), platform::WebError::unknown, std::move(description)};
+    return {platform::WebError::Domain::network, platform::WebError::unknown, std::move(description)};
   }
 
   async::Task<platform::HttpResult<platform::HttpResponse>> send(platform::HttpRequest request) override {

@@ -99,7 +99,7 @@ class RecordingDelegate : public WebViewDelegate {
   }
   void fail(const char* kind, const WebError& error) {
     errors.push_back(error);
-    note(fmt::format("{} {} {}", kind, error.domain, error.code));
+    note(fmt::format("{} {} {}", kind, error.domainName(), error.code));
   }
 };
 

@@ -113,7 +113,7 @@ TEST_F(NavigationTest, ResponsesBecomeDownloads) {
 }
 
 TEST_F(NavigationTest, WhatFailedIsTriedAgainWithGrowingDelays) {
-  const WebError refused{std::string(WebError::urlDomain), WebError::cannotConnectToHost, "refused"};
+  const WebError refused{WebError::Domain::network, WebError::cannotConnectToHost, "refused"};
   const std::string wanted = "https://app.example.com/mail/";
   model->show(wanted);
   view->loads.clear();
@@ -143,7 +143,7 @@ TEST_F(NavigationTest, WhatFailedIsTriedAgainWithGrowingDelays) {
 }
 
 TEST_F(NavigationTest, ALoadThatIsAskedForMeanwhileIsNotReplacedByARetry) {
-  const WebError refused{std::string(WebError::urlDomain), WebError::cannotConnectToHost, "refused"};
+  const WebError refused{WebError::Domain::network, WebError::cannotConnectToHost, "refused"};
   view->failProvisional(refused);
   model->show("https://app.example.com/slow");
   shell.loop.advance(10s);
@@ -156,7 +156,7 @@ TEST_F(NavigationTest, ALoadThatIsAskedForMeanwhileIsNotReplacedByARetry) {
 
 // The double kept the address of a load that had failed, where the engine goes back to that of the page.
 TEST_F(NavigationTest, APageStaysWhenAWayAwayFromItFails) {
-  const WebError refused{std::string(WebError::urlDomain), WebError::cannotFindHost, "no such host"};
+  const WebError refused{WebError::Domain::network, WebError::cannotFindHost, "no such host"};
   model->show("https://app.example.com/mail/");
   view->commit();
   view->finish();
@@ -210,7 +210,8 @@ TEST_F(NavigationTest, LinksToOtherProgramsGoToTheDesktop) {
       EXPECT_EQ(decide(action), before) << each.url;
     if (!each.handedOver.empty())
       EXPECT_EQ(before, NavigationPolicy::cancel) << "the engine has nothing to load there";
-    EXPECT_EQ(shell.uriLauncher.opened, each.handedOver.empty() ? Calls{} : Calls{each.handedOver}) << each.url;
+    EXPECT_EQ(shell.uriLauncher.opened, each.handedOver.empty() ? Calls{} : Calls{each.handedOver})
+        << each.url;
   }
   EXPECT_EQ(model->pageProblem->kind, PageProblem::Kind::none);
   shell.uriLauncher.mailApplication = std::nullopt;
@@ -223,14 +224,13 @@ TEST_F(NavigationTest, LinksToOtherProgramsGoToTheDesktop) {
 }
 
 TEST_F(NavigationTest, CancelledAndInterruptedLoadsAreNotRetried) {
-  engine().didFailProvisional({std::string(WebError::urlDomain), WebError::cancelled, "cancelled"});
-  engine().didFail({std::string(WebError::webKitDomain), WebError::frameLoadInterrupted, "interrupted"});
+  engine().didFailProvisional({WebError::Domain::network, WebError::cancelled, "cancelled"});
+  engine().didFail({WebError::Domain::policy, WebError::frameLoadInterrupted, "interrupted"});
   shell.loop.advance(60s);
   EXPECT_TRUE(view->loads.empty());
   EXPECT_EQ(model->pageProblem->kind, PageProblem::Kind::none);
   EXPECT_FALSE(shell.log.anyStartsWith("error"));
-  view->failProvisional(
-      {std::string(WebError::webKitDomain), WebError::cancelled, "another domain's number"});
+  view->failProvisional({WebError::Domain::policy, WebError::cancelled, "another domain's number"});
   shell.loop.advance(2s);
   EXPECT_EQ(view->loads.size(), 1U);
 }

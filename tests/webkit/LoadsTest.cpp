@@ -254,7 +254,7 @@ class LoadStatesTest : public testing::Test, protected platform::webkit::WebKitL
     loadFailed(error, true);
   }
 
-  const WebError cancelled{std::string(WebError::urlDomain), WebError::cancelled, ""};
+  const WebError cancelled{WebError::Domain::network, WebError::cancelled, ""};
   async::VirtualEventLoop loop;
   platform::webkit::WebKitLoads loads{*this};
   Events events;
@@ -302,31 +302,33 @@ TEST(WebErrorsTest, AreMappedToTheProgramsCodes) {
   const struct {
     GQuark domain;
     int engineCode;
-    std::string_view resultDomain;
+    WebError::Domain resultDomain;
     int code;
   } table[] = {
-      {WEBKIT_NETWORK_ERROR, WEBKIT_NETWORK_ERROR_CANCELLED, WebError::urlDomain, WebError::cancelled},
-      {WEBKIT_NETWORK_ERROR, WEBKIT_NETWORK_ERROR_FAILED, WebError::urlDomain, WebError::unknown},
+      {WEBKIT_NETWORK_ERROR, WEBKIT_NETWORK_ERROR_CANCELLED, WebError::Domain::network, WebError::cancelled},
+      {WEBKIT_NETWORK_ERROR, WEBKIT_NETWORK_ERROR_FAILED, WebError::Domain::network, WebError::unknown},
       {WEBKIT_POLICY_ERROR, WEBKIT_POLICY_ERROR_FRAME_LOAD_INTERRUPTED_BY_POLICY_CHANGE,
-       WebError::webKitDomain, WebError::frameLoadInterrupted},
-      {G_IO_ERROR, G_IO_ERROR_CANCELLED, WebError::urlDomain, WebError::cancelled},
-      {G_IO_ERROR, G_IO_ERROR_TIMED_OUT, WebError::urlDomain, WebError::timedOut},
-      {G_IO_ERROR, G_IO_ERROR_CONNECTION_REFUSED, WebError::urlDomain, WebError::cannotConnectToHost},
-      {G_IO_ERROR, G_IO_ERROR_NETWORK_UNREACHABLE, WebError::urlDomain, WebError::notConnectedToInternet},
-      {G_IO_ERROR, G_IO_ERROR_BROKEN_PIPE, WebError::urlDomain, WebError::networkConnectionLost},
-      {G_RESOLVER_ERROR, G_RESOLVER_ERROR_NOT_FOUND, WebError::urlDomain, WebError::cannotFindHost},
-      {G_RESOLVER_ERROR, G_RESOLVER_ERROR_TEMPORARY_FAILURE, WebError::urlDomain,
+       WebError::Domain::policy, WebError::frameLoadInterrupted},
+      {G_IO_ERROR, G_IO_ERROR_CANCELLED, WebError::Domain::network, WebError::cancelled},
+      {G_IO_ERROR, G_IO_ERROR_TIMED_OUT, WebError::Domain::network, WebError::timedOut},
+      {G_IO_ERROR, G_IO_ERROR_CONNECTION_REFUSED, WebError::Domain::network, WebError::cannotConnectToHost},
+      {G_IO_ERROR, G_IO_ERROR_NETWORK_UNREACHABLE, WebError::Domain::network,
        WebError::notConnectedToInternet},
-      {G_TLS_ERROR, G_TLS_ERROR_BAD_CERTIFICATE, WebError::urlDomain, WebError::serverCertificateUntrusted},
-      {G_TLS_ERROR, G_TLS_ERROR_HANDSHAKE, WebError::urlDomain, WebError::secureConnectionFailed},
-      {SOUP_SESSION_ERROR, SOUP_SESSION_ERROR_TOO_MANY_REDIRECTS, WebError::urlDomain,
+      {G_IO_ERROR, G_IO_ERROR_BROKEN_PIPE, WebError::Domain::network, WebError::networkConnectionLost},
+      {G_RESOLVER_ERROR, G_RESOLVER_ERROR_NOT_FOUND, WebError::Domain::network, WebError::cannotFindHost},
+      {G_RESOLVER_ERROR, G_RESOLVER_ERROR_TEMPORARY_FAILURE, WebError::Domain::network,
+       WebError::notConnectedToInternet},
+      {G_TLS_ERROR, G_TLS_ERROR_BAD_CERTIFICATE, WebError::Domain::network,
+       WebError::serverCertificateUntrusted},
+      {G_TLS_ERROR, G_TLS_ERROR_HANDSHAKE, WebError::Domain::network, WebError::secureConnectionFailed},
+      {SOUP_SESSION_ERROR, SOUP_SESSION_ERROR_TOO_MANY_REDIRECTS, WebError::Domain::network,
        WebError::badServerResponse},
-      {G_FILE_ERROR, G_FILE_ERROR_IO, WebError::urlDomain, WebError::unknown},
+      {G_FILE_ERROR, G_FILE_ERROR_IO, WebError::Domain::network, WebError::unknown},
   };
   for (const auto& row : table) {
     const glib::Owned<GError> error(g_error_new_literal(row.domain, row.engineCode, "because \xFF"));
     EXPECT_EQ(platform::network::webErrorFrom(*error),
-              (WebError{std::string(row.resultDomain), row.code, "because \xEF\xBF\xBD"}))
+              (WebError{row.resultDomain, row.code, "because \xEF\xBF\xBD"}))
         << g_quark_to_string(row.domain) << " " << row.engineCode;
   }
 }

@@ -43,13 +43,13 @@ async::Task<Transfer::Started> follow(SoupHttpClient::Sessions sessions, HttpReq
       co_return std::unexpected(next.error());
     request = std::move(*next);
   }
-  co_return std::unexpected(WebError{std::string(WebError::urlDomain), WebError::badServerResponse,
+  co_return std::unexpected(WebError{WebError::Domain::network, WebError::badServerResponse,
                                      "The server redirects too many times."});
 }
 
 std::unexpected<WebError> tooLarge() {
   return std::unexpected(
-      WebError{std::string(WebError::urlDomain), WebError::badServerResponse, "The response is too large."});
+      WebError{WebError::Domain::network, WebError::badServerResponse, "The response is too large."});
 }
 
 async::Task<HttpResult<HttpResponse>> fetch(SoupHttpClient::Sessions sessions, HttpRequest request,

@@ -16,7 +16,7 @@ namespace {
 constexpr auto uriFlags = static_cast<GUriFlags>(SOUP_HTTP_URI_FLAGS);
 
 std::unexpected<WebError> refusal(int code, const char* description) {
-  return std::unexpected(WebError{std::string(WebError::urlDomain), code, description});
+  return std::unexpected(WebError{WebError::Domain::network, code, description});
 }
 
 bool isControl(char c) {

@@ -12,7 +12,7 @@ namespace {
 constexpr gsize chunkSize = gsize{64} << 10;
 
 std::unexpected<WebError> failure(int code, const char* description) {
-  return std::unexpected(WebError{std::string(WebError::urlDomain), code, description});
+  return std::unexpected(WebError{WebError::Domain::network, code, description});
 }
 
 std::unexpected<WebError> cancelled() {

@@ -61,10 +61,10 @@ int codeOfTlsError(int code) {
 } // namespace
 
 WebError webErrorFrom(const GError& error) {
-  WebError result{std::string(WebError::urlDomain), WebError::unknown,
+  WebError result{WebError::Domain::network, WebError::unknown,
                   text::validUtf8(error.message ? error.message : "")};
   if (error.domain == WEBKIT_POLICY_ERROR) {
-    result.domain = WebError::webKitDomain;
+    result.domain = WebError::Domain::policy;
     result.code = error.code;
   } else if (error.domain == WEBKIT_NETWORK_ERROR) {
     result.code = codeOfNetworkError(error.code);

@@ -7,15 +7,15 @@ namespace {
 constexpr std::string_view blankPage = "about:blank";
 
 WebError restrictedPort(const std::string& url) {
-  return {std::string(WebError::webKitDomain), 103, "Not allowed to use restricted network port", url};
+  return {WebError::Domain::policy, 103, "Not allowed to use restricted network port", url};
 }
 
 WebError refused() {
-  return {std::string(WebError::webKitDomain), WebError::frameLoadInterrupted, "Frame load interrupted"};
+  return {WebError::Domain::policy, WebError::frameLoadInterrupted, "Frame load interrupted"};
 }
 
 WebError timedOut(const std::string& url) {
-  return {std::string(WebError::urlDomain), WebError::timedOut, "The request timed out", url};
+  return {WebError::Domain::network, WebError::timedOut, "The request timed out", url};
 }
 
 } // namespace
