@@ -35,7 +35,7 @@ constexpr std::string_view styleSheet = R"(:root {
   }
 }
 * { box-sizing: border-box; }
-body { font-family: -apple-system, BlinkMacSystemFont, "SF Pro Text", "Helvetica Neue", sans-serif; max-width: 720px; margin: 40px auto; padding: 0 16px; color: var(--text); background: var(--bg); }
+body { font-family: system-ui, sans-serif; max-width: 720px; margin: 40px auto; padding: 0 16px; color: var(--text); background: var(--bg); }
 .page-header { display: flex; align-items: center; gap: 12px; padding-bottom: 16px; margin-bottom: 20px; border-bottom: 1px solid var(--border); }
 .app-icon { width: 44px; height: 44px; border-radius: 22%; flex-shrink: 0; }
 h1 { font-size: 1.3em; font-weight: 600; letter-spacing: -.2px; margin: 0; }
@@ -124,7 +124,7 @@ std::string HighlightDocument::html() const {
   html.append("\n<p class=\"footer-note\">Exported from <a href=\"").append(projectSiteURL);
   html.append("\">Ondrel</a>.");
   if (payload && forFile)
-    html.append(" You can also use File → Import Highlights… to bring this file back into Ondrel.");
+    html.append(" You can also use Import Highlights… in the main menu to bring this file back into Ondrel.");
   html.append("</p>\n");
   if (payload)
     html.append(R"(<script type="application/json" id="ondrel-highlights-data" data-encoding="base64">)")

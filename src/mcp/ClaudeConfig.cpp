@@ -46,7 +46,8 @@ std::optional<std::string> ClaudeConfig::path() const {
 }
 
 bool ClaudeConfig::detect() const {
-  for (const auto* program : {"/usr/local/bin/claude", "/opt/homebrew/bin/claude", "/usr/bin/claude"})
+  for (const auto& program : {directories_.home() + "/.local/bin/claude",
+                              std::string("/usr/local/bin/claude"), std::string("/usr/bin/claude")})
     if (files_.exists(program))
       return true;
   const auto file = path();

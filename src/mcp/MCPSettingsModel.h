@@ -29,7 +29,7 @@ inline constexpr std::string_view showAnyway = "Show anyway";
 inline constexpr std::string_view enable = "Enable MCP server";
 inline constexpr std::string_view port = "Port:";
 inline constexpr std::string_view portPrompt = "7777";
-inline constexpr std::string_view caption = "Run once in Terminal, then restart Claude Code:";
+inline constexpr std::string_view caption = "Run once in a terminal, then restart Claude Code:";
 inline constexpr std::string_view copy = "Copy setup command";
 
 } // namespace settings_text

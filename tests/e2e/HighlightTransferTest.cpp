@@ -71,7 +71,7 @@ TEST_F(HighlightTransferTest, TheFileIsAPageForPeopleAndComesBackIntoAnEmptyProf
   const auto page = read(exported);
   EXPECT_EQ(count(page, "<div class=\"highlight\">"), 2U);
   EXPECT_TRUE(page.contains(" — 2 highlights</p>"));
-  EXPECT_TRUE(page.contains(" You can also use File → Import Highlights… to bring this file back"));
+  EXPECT_TRUE(page.contains(" You can also use Import Highlights… in the main menu to bring this file back"));
   const auto newer = page.find(">Who has the oars</a>");
   EXPECT_NE(newer, page.npos);
   EXPECT_LT(newer, page.find(">Three times the same sentence</a>"));

@@ -56,7 +56,7 @@ TEST(HighlightDocument, IsTheSameToTheLetter) {
 <a class="subject" href="https://x/2"></a>
 <p class="quote"><span class="context"></span><mark>x</mark><span class="context"></span></p>
 </div>
-<p class="footer-note">Exported from <a href="https://project.example/">Ondrel</a>. You can also use File → Import Highlights… to bring this file back into Ondrel.</p>
+<p class="footer-note">Exported from <a href="https://project.example/">Ondrel</a>. You can also use Import Highlights… in the main menu to bring this file back into Ondrel.</p>
 <script type="application/json" id="ondrel-highlights-data" data-encoding="base64">W10=</script>
 </body>
 </html>)");

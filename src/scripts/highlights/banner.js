@@ -4,7 +4,7 @@ const BANNER_STYLE = {
   background: '#fff3cd',
   color: '#7a5b00',
   padding: '4px 8px',
-  font: '12px -apple-system,sans-serif',
+  font: '12px system-ui,sans-serif',
   cursor: 'pointer',
   borderRadius: '4px',
   marginBottom: '6px',

@@ -6,7 +6,7 @@ const BUTTON_STYLE = {
   zIndex: '2147483647',
   background: '#222',
   color: '#fff',
-  font: '12px -apple-system,sans-serif',
+  font: '12px system-ui,sans-serif',
   padding: '4px 10px',
   borderRadius: '6px',
   cursor: 'pointer',
