@@ -6,8 +6,8 @@
 #include "platform/NotificationCenter.h"
 #include "settings/AppSettings.h"
 #include "support/FakeDesktop.h"
-#include "support/FakeLauncherBadge.h"
 #include "support/FakeHttpClient.h"
+#include "support/FakeLauncherBadge.h"
 #include "support/FakeWebView.h"
 
 #include <memory>

@@ -36,7 +36,7 @@ BrowserWindows::Tab BrowserWindows::viewModel(const Window& window) const {
   return window && found != entries_.end() ? found->tab : nullptr;
 }
 
-BrowserWindows::Tab BrowserWindows::keyViewModel() const {
+BrowserWindows::Tab BrowserWindows::focusedViewModel() const {
   return viewModel(application_.focusedWindow());
 }
 

@@ -40,7 +40,7 @@ class BrowserWindows {
   base::Event<> changed;
 
   Tab viewModel(const Window& window) const;
-  Tab keyViewModel() const;
+  Tab focusedViewModel() const;
   // Of all tabs, in the order of making.
   std::vector<Tab> viewModels() const;
   // Those on the screen, as the desktop stacks them.

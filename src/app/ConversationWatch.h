@@ -37,7 +37,7 @@ class ConversationWatch {
   async::Task<void> onNextTurn(void (ConversationWatch::*work)());
   // Reads what activeURLContainsMail depends on, and follows the next change of it.
   void update();
-  void trackedValueChanged(const web::WindowViewModel* keyModel);
+  void trackedValueChanged(const web::WindowViewModel* focusedModel);
   void followTrackedChange();
   async::Task<void> check();
 
@@ -45,7 +45,7 @@ class ConversationWatch {
   BrowserWindows& windows_;
   // What the last reads for each key window depended on; each set is followed until its next change.
   std::map<const web::WindowViewModel*, std::vector<base::Subscription>> trackedReads_;
-  base::Subscription keyWindowChanged_;
+  base::Subscription focusChanged_;
   async::TaskHandle check_;
   async::Scope scope_;
 };

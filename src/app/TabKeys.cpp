@@ -29,12 +29,12 @@ bool selectTab(const platform::Window* key, const std::string& characters) {
 
 bool takeTabKey(const KeyEvent& event, const std::shared_ptr<platform::Window>& key) {
   const auto& modifiers = event.modifiers;
-  if (event.keyCode == KeyEvent::tabKeyCode && modifiers.exactly(Modifiers::control)) {
+  if (event.isTab && modifiers.exactly(Modifiers::control)) {
     if (key)
       key->selectNextTab();
     return true;
   }
-  if (event.keyCode == KeyEvent::tabKeyCode && modifiers.exactly(Modifiers::control | Modifiers::shift)) {
+  if (event.isTab && modifiers.exactly(Modifiers::control | Modifiers::shift)) {
     if (key)
       key->selectPreviousTab();
     return true;

@@ -230,13 +230,13 @@ void WindowManager::printActive() {
         co_await webView->evaluate("window.print()", std::nullopt, platform::evaluationDeadline);
   };
   // Whosever page it is.
-  const auto viewModel = windows_.keyViewModel();
+  const auto viewModel = windows_.focusedViewModel();
   if (auto webView = viewModel ? viewModel->liveWebView() : nullptr)
     scope_.spawn(evaluatePrint(std::move(webView)));
 }
 
 void WindowManager::exportPDFActive() {
-  if (const auto viewModel = windows_.keyViewModel())
+  if (const auto viewModel = windows_.focusedViewModel())
     scope_.spawn(viewModel->exportPDF());
 }
 
@@ -300,7 +300,7 @@ void WindowManager::reopenClosedTab() {
   auto group = closed->group.lock();
   if (group && group->windows().empty())
     group = nullptr;
-  auto neighbour = windows_.keyViewModel() ? application_.focusedWindow() : nullptr;
+  auto neighbour = windows_.focusedViewModel() ? application_.focusedWindow() : nullptr;
   if (closed->window.frame || (!group && !neighbour)) {
     restoreWindow(closed->window);
     return;

@@ -21,7 +21,7 @@ async::Task<void> runAndTell(async::Task<void> task, std::shared_ptr<Resolver> e
 } // namespace
 
 async::Task<void> runSequentially(async::Scope& scope, std::vector<async::Task<void>> tasks,
-                            async::Duration patience) {
+                                  async::Duration patience) {
   for (auto& task : tasks) {
     auto [resolver, ended] = async::makeFuture<bool>();
     const auto answer = std::make_shared<Resolver>(std::move(resolver));

@@ -15,6 +15,6 @@ namespace ondrel::highlights {
 // any longer: it goes on in the scope, beside the later ones. When the awaiting task is cancelled, no more
 // are started. The scope outlives the call.
 async::Task<void> runSequentially(async::Scope& scope, std::vector<async::Task<void>> tasks,
-                            async::Duration patience);
+                                  async::Duration patience);
 
 } // namespace ondrel::highlights

@@ -12,7 +12,8 @@ namespace {
 constexpr std::chrono::seconds longestCount{60};
 }
 
-UnreadBadge::UnreadBadge(MailQueries& queries, settings::AppSettings& settings, platform::LauncherBadge& launcherBadge)
+UnreadBadge::UnreadBadge(MailQueries& queries, settings::AppSettings& settings,
+                         platform::LauncherBadge& launcherBadge)
     : queries_(queries), settings_(settings), launcherBadge_(launcherBadge) {
 }
 

@@ -15,9 +15,7 @@
 namespace ondrel::platform {
 
 struct KeyEvent {
-  static constexpr int tabKeyCode = 48;
-
-  int keyCode = 0; // tabKeyCode for Tab, 0 for all others
+  bool isTab = false; // whatever it types
   Modifiers modifiers;
   std::string characters;                  // what the key types with its modifiers; empty for none
   std::string charactersIgnoringModifiers; // without all but Shift

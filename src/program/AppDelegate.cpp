@@ -24,14 +24,13 @@ async::Task<void> onNextTurn(std::function<void()> work) {
 AppDelegate::AppDelegate(platform::Application& application, platform::ProgramInfo programInfo,
                          platform::UserDefaults& defaults, platform::Directories& directories,
                          platform::FileStore& files, AppLifecycleService& lifecycle)
-    : application_(application), programInfo_(std::move(programInfo)), defaults_(defaults), directories_(directories),
-      files_(files), lifecycle_(lifecycle) {
+    : application_(application), programInfo_(std::move(programInfo)), defaults_(defaults),
+      directories_(directories), files_(files), lifecycle_(lifecycle) {
   subscriptions_.push_back(
       application_.didFinishLaunching.subscribe([this] { applicationDidFinishLaunching(); }));
   subscriptions_.push_back(application_.reopenRequested.subscribe(
       [this](bool hasVisibleWindows) { applicationShouldHandleReopen(hasVisibleWindows); }));
-  subscriptions_.push_back(
-      application_.deactivating.subscribe([this] { applicationWillResignActive(); }));
+  subscriptions_.push_back(application_.deactivating.subscribe([this] { applicationWillResignActive(); }));
 }
 
 void AppDelegate::applicationDidFinishLaunching() {

@@ -34,8 +34,9 @@ struct URLReceivers {
 // Answers what happens to the application: end of launching, URL events, reopening, loss of the foreground.
 class AppDelegate {
  public:
-  AppDelegate(platform::Application& application, platform::ProgramInfo programInfo, platform::UserDefaults& defaults,
-              platform::Directories& directories, platform::FileStore& files, AppLifecycleService& lifecycle);
+  AppDelegate(platform::Application& application, platform::ProgramInfo programInfo,
+              platform::UserDefaults& defaults, platform::Directories& directories,
+              platform::FileStore& files, AppLifecycleService& lifecycle);
 
   // Set as soon as there is one; without it a reopening does nothing.
   void setWindowManager(app::WindowManager* windowManager) { windowManager_ = windowManager; }

@@ -9,7 +9,8 @@
 
 namespace ondrel::program {
 
-bool isDefaultEmailClient(const platform::UriLauncher& uriLauncher, const platform::ProgramInfo& programInfo) {
+bool isDefaultEmailClient(const platform::UriLauncher& uriLauncher,
+                          const platform::ProgramInfo& programInfo) {
   const auto handler = uriLauncher.defaultApplicationForScheme("mailto");
   return handler && !programInfo.identifier.empty() && *handler == programInfo.identifier;
 }

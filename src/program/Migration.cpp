@@ -1,8 +1,8 @@
 #include "program/Migration.h"
 
 #include "base/Text.h"
-#include "platform/ProgramInfo.h"
 #include "platform/FileStore.h"
+#include "platform/ProgramInfo.h"
 #include "platform/UserDefaults.h"
 #include "settings/SettingsKeys.h"
 
@@ -19,7 +19,8 @@ void removeLogFolder(const platform::ProgramInfo& programInfo, platform::Directo
   const auto support = directories.applicationSupport();
   if (!support)
     return;
-  const auto folder = *support + "/" + (programInfo.identifier.empty() ? "Ondrel" : programInfo.identifier) + "/Logs";
+  const auto folder =
+      *support + "/" + (programInfo.identifier.empty() ? "Ondrel" : programInfo.identifier) + "/Logs";
   if (files.exists(folder)) [[maybe_unused]]
     const auto ignored = files.removeRecursively(folder);
 }

@@ -6,7 +6,8 @@
 
 namespace ondrel::ui {
 
-GtkWindow* presentAbout(const platform::ProgramInfo& programInfo, const std::string& website, GtkWindow* parent) {
+GtkWindow* presentAbout(const platform::ProgramInfo& programInfo, const std::string& website,
+                        GtkWindow* parent) {
   auto* window = ADW_ABOUT_WINDOW(adw_about_window_new());
   adw_about_window_set_application_name(window, programInfo.displayName.c_str());
   // Without one, as in a program that isn't installed, no place is left for it.
@@ -16,7 +17,8 @@ GtkWindow* presentAbout(const platform::ProgramInfo& programInfo, const std::str
   adw_about_window_set_version(window, programInfo.shortVersion.c_str());
   adw_about_window_set_comments(window, "A native desktop home for a hosted mail service");
   adw_about_window_set_license_type(window, GTK_LICENSE_GPL_3_0);
-  const auto debugInfo = programInfo.displayName + " " + programInfo.shortVersion + " (" + programInfo.buildNumber + ")";
+  const auto debugInfo =
+      programInfo.displayName + " " + programInfo.shortVersion + " (" + programInfo.buildNumber + ")";
   adw_about_window_set_debug_info(window, debugInfo.c_str());
   if (!website.empty())
     adw_about_window_set_website(window, website.c_str());

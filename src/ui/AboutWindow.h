@@ -11,6 +11,7 @@ struct ProgramInfo;
 namespace ondrel::ui {
 
 // `website` may be empty. The window belongs to the toolkit.
-GtkWindow* presentAbout(const platform::ProgramInfo& programInfo, const std::string& website, GtkWindow* parent);
+GtkWindow* presentAbout(const platform::ProgramInfo& programInfo, const std::string& website,
+                        GtkWindow* parent);
 
 } // namespace ondrel::ui

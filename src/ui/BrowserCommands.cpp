@@ -3,7 +3,8 @@
 #include "app/WindowManager.h"
 #include "highlights/HighlightStore.h"
 #include "platform/Application.h"
-#include "ui/KeyTab.h"
+#include "settings/ServicePage.h"
+#include "ui/FocusedTab.h"
 #include "web/WindowViewModel.h"
 
 #include <functional>
@@ -14,25 +15,23 @@ using web::WindowViewModel;
 
 namespace {
 
-constexpr std::string_view createMaskedEmail = "FastMail.router.appController.goCreateMaskedEmail();";
-
 // The page may be gone or another one by now; then nothing happens.
 async::Task<void> evaluateInTab(std::shared_ptr<WindowViewModel> tab, std::string source) {
   [[maybe_unused]] const auto ignored = co_await tab->evaluate(std::move(source));
 }
 
-Condition whenKeyTab(KeyTab& keyTab, std::function<bool(const WindowViewModel&)> holds) {
-  return {[&keyTab, holds = std::move(holds)] {
-            const auto tab = keyTab.viewModel();
+Condition whenFocusedTab(FocusedTab& focusedTab, std::function<bool(const WindowViewModel&)> holds) {
+  return {[&focusedTab, holds = std::move(holds)] {
+            const auto tab = focusedTab.viewModel();
             return tab && holds(*tab);
           },
-          [&keyTab](auto changed) { return keyTab.changed.subscribe(std::move(changed)); }};
+          [&focusedTab](auto changed) { return focusedTab.changed.subscribe(std::move(changed)); }};
 }
 
 template <class Work>
-std::function<void()> inKeyTab(KeyTab& keyTab, Work work) {
-  return [&keyTab, work] {
-    if (const auto tab = keyTab.viewModel())
+std::function<void()> inKeyTab(FocusedTab& focusedTab, Work work) {
+  return [&focusedTab, work] {
+    if (const auto tab = focusedTab.viewModel())
       std::invoke(work, *tab);
   };
 }
@@ -44,9 +43,9 @@ void toggleToolbar(WindowViewModel& tab) {
 } // namespace
 
 BrowserCommands::BrowserCommands(platform::Application& application, app::WindowManager& windows,
-                                 highlights::HighlightStore& highlights, KeyTab& keyTab,
+                                 highlights::HighlightStore& highlights, FocusedTab& focusedTab,
                                  platform::ProgramInfo programInfo, Actions actions)
-    : application_(application), windows_(windows), highlights_(highlights), keyTab_(keyTab),
+    : application_(application), windows_(windows), highlights_(highlights), focusedTab_(focusedTab),
       programInfo_(std::move(programInfo)), actions_(std::move(actions)) {
 }
 
@@ -78,18 +77,18 @@ CommandGroup BrowserCommands::navigation() {
   return {"Navigation",
           {{.title = "Back",
             .accelerators = {"<Alt>Left", "Back"},
-            .perform = inKeyTab(keyTab_, &WindowViewModel::goBack),
-            .enabledWhen = whenKeyTab(keyTab_, [](const auto& tab) { return *tab.canGoBack; }),
+            .perform = inKeyTab(focusedTab_, &WindowViewModel::goBack),
+            .enabledWhen = whenFocusedTab(focusedTab_, [](const auto& tab) { return *tab.canGoBack; }),
             .place = MenuPlace::none},
            {.title = "Forward",
             .accelerators = {"<Alt>Right", "Forward"},
-            .perform = inKeyTab(keyTab_, &WindowViewModel::goForward),
-            .enabledWhen = whenKeyTab(keyTab_, [](const auto& tab) { return *tab.canGoForward; }),
+            .perform = inKeyTab(focusedTab_, &WindowViewModel::goForward),
+            .enabledWhen = whenFocusedTab(focusedTab_, [](const auto& tab) { return *tab.canGoForward; }),
             .place = MenuPlace::none},
            {.title = "Reload",
             .accelerators = {"<Control>r", "F5"},
-            .perform = inKeyTab(keyTab_, &WindowViewModel::reload),
-            .enabledWhen = whenKeyTab(keyTab_, [](const auto&) { return true; }),
+            .perform = inKeyTab(focusedTab_, &WindowViewModel::reload),
+            .enabledWhen = whenFocusedTab(focusedTab_, [](const auto&) { return true; }),
             .place = MenuPlace::none}}};
 }
 
@@ -97,20 +96,20 @@ CommandGroup BrowserCommands::view() {
   return {"Zoom",
           {{.title = "Zoom Out",
             .accelerators = {"<Control>minus", "<Control>KP_Subtract"},
-            .perform = inKeyTab(keyTab_, &WindowViewModel::zoomOut),
-            .enabledWhen = whenKeyTab(keyTab_, [](const auto& tab) { return *tab.canZoomOut; }),
+            .perform = inKeyTab(focusedTab_, &WindowViewModel::zoomOut),
+            .enabledWhen = whenFocusedTab(focusedTab_, [](const auto& tab) { return *tab.canZoomOut; }),
             .place = MenuPlace::button,
             .icon = "zoom-out-symbolic"},
            {.title = "Actual Size",
             .accelerators = {"<Control>0", "<Control>KP_0"},
-            .perform = inKeyTab(keyTab_, &WindowViewModel::zoomToActualSize),
-            .enabledWhen = whenKeyTab(keyTab_, [](const auto& tab) { return !*tab.isZoomDefault; }),
+            .perform = inKeyTab(focusedTab_, &WindowViewModel::zoomToActualSize),
+            .enabledWhen = whenFocusedTab(focusedTab_, [](const auto& tab) { return !*tab.isZoomDefault; }),
             .place = MenuPlace::button,
             .icon = "zoom-original-symbolic"},
            {.title = "Zoom In",
             .accelerators = {"<Control>plus", "<Control>equal", "<Control>KP_Add"},
-            .perform = inKeyTab(keyTab_, &WindowViewModel::zoomIn),
-            .enabledWhen = whenKeyTab(keyTab_, [](const auto& tab) { return *tab.canZoomIn; }),
+            .perform = inKeyTab(focusedTab_, &WindowViewModel::zoomIn),
+            .enabledWhen = whenFocusedTab(focusedTab_, [](const auto& tab) { return *tab.canZoomIn; }),
             .place = MenuPlace::button,
             .icon = "zoom-in-symbolic"}}};
 }
@@ -177,9 +176,9 @@ CommandGroup BrowserCommands::tools() {
 CommandGroup BrowserCommands::general() {
   return {"General",
           {{.title = "Show Toolbar",
-            .perform = inKeyTab(keyTab_, toggleToolbar),
-            .enabledWhen = whenKeyTab(keyTab_, [](const auto&) { return true; }),
-            .checkedWhen = whenKeyTab(keyTab_, [](const auto& tab) { return *tab.toolbarVisible; })},
+            .perform = inKeyTab(focusedTab_, toggleToolbar),
+            .enabledWhen = whenFocusedTab(focusedTab_, [](const auto&) { return true; }),
+            .checkedWhen = whenFocusedTab(focusedTab_, [](const auto& tab) { return *tab.toolbarVisible; })},
            {.title = "Settings…", .accelerators = {"<Control>comma"}, .perform = actions_.showSettings},
            {.title = "Keyboard Shortcuts",
             .accelerators = {"<Control>question"},
@@ -203,8 +202,8 @@ void BrowserCommands::openCopiedLink() {
 }
 
 void BrowserCommands::newMaskedEmailAddress() {
-  if (auto tab = keyTab_.viewModel())
-    scope_.spawn(evaluateInTab(std::move(tab), std::string(createMaskedEmail)));
+  if (auto tab = focusedTab_.viewModel())
+    scope_.spawn(evaluateInTab(std::move(tab), std::string(settings::page::createMaskedEmail)));
 }
 
 } // namespace ondrel::ui

@@ -22,7 +22,7 @@ class Application;
 
 namespace ondrel::ui {
 
-class KeyTab;
+class FocusedTab;
 
 // The menu commands of the program. Outlives its table.
 class BrowserCommands {
@@ -41,8 +41,8 @@ class BrowserCommands {
   };
 
   BrowserCommands(platform::Application& application, app::WindowManager& windows,
-                  highlights::HighlightStore& highlights, KeyTab& keyTab, platform::ProgramInfo programInfo,
-                  Actions actions);
+                  highlights::HighlightStore& highlights, FocusedTab& focusedTab,
+                  platform::ProgramInfo programInfo, Actions actions);
 
   // In the order of the menu.
   std::vector<CommandGroup> table();
@@ -65,7 +65,7 @@ class BrowserCommands {
   platform::Application& application_;
   app::WindowManager& windows_;
   highlights::HighlightStore& highlights_;
-  KeyTab& keyTab_;
+  FocusedTab& focusedTab_;
   const platform::ProgramInfo programInfo_;
   const Actions actions_;
   async::Scope scope_;

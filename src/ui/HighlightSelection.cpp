@@ -1,6 +1,6 @@
 #include "ui/HighlightSelection.h"
 
-#include "ui/KeyTab.h"
+#include "ui/FocusedTab.h"
 #include "web/WindowViewModel.h"
 
 namespace ondrel::ui {
@@ -16,7 +16,7 @@ void askForSelection(web::WindowViewModel& tab) {
 } // namespace
 
 void HighlightSelection::perform() {
-  if (const auto tab = keyTab_.viewModel())
+  if (const auto tab = focusedTab_.viewModel())
     scope_.spawn(highlightIn(tab));
 }
 

@@ -11,21 +11,21 @@ class WindowViewModel;
 
 namespace ondrel::ui {
 
-class KeyTab;
+class FocusedTab;
 
 // Highlights what is selected in the page of the tab with the keyboard, as the page's own button does, or
 // says what is wanted for that.
 class HighlightSelection {
  public:
   // Outlives it.
-  explicit HighlightSelection(KeyTab& keyTab) : keyTab_(keyTab) {}
+  explicit HighlightSelection(FocusedTab& focusedTab) : focusedTab_(focusedTab) {}
 
   void perform();
 
  private:
   async::Task<void> highlightIn(std::weak_ptr<web::WindowViewModel> weakTab);
 
-  KeyTab& keyTab_;
+  FocusedTab& focusedTab_;
   async::Scope scope_;
 };
 

@@ -3,9 +3,9 @@
 #include "base/Event.h"
 #include "highlights/HighlightList.h"
 #include "platform/linux/glib/Connection.h"
+#include "ui/CrashedPage.h"
 #include "ui/HighlightsPage.h"
 #include "ui/ProblemBar.h"
-#include "ui/CrashedPage.h"
 
 #include <gtk/gtk.h>
 

@@ -2,12 +2,12 @@
 
 #include "base/Event.h"
 #include "platform/linux/glib/Ref.h"
+#include "ui/CrashedPage.h"
 #include "ui/DownloadProgressBar.h"
 #include "ui/MouseOverBar.h"
 #include "ui/PageDialogView.h"
 #include "ui/PageNotices.h"
 #include "ui/ProblemBar.h"
-#include "ui/CrashedPage.h"
 
 #include <gtk/gtk.h>
 

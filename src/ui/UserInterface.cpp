@@ -13,7 +13,8 @@
 namespace ondrel::ui {
 
 UserInterface::UserInterface(const Services& services)
-    : services_(services), keyTab_(services_.application, services_.windows), highlightSelection_(keyTab_),
+    : services_(services), focusedTab_(services_.application, services_.windows),
+      highlightSelection_(focusedTab_),
       highlightsWindow_(
           {.application = services_.application,
            .webViews = services_.webViews,
@@ -35,12 +36,11 @@ UserInterface::UserInterface(const Services& services)
                        .mcp = services_.mcpSettings,
                        .openURL = [this](const std::string& url) { services_.uriLauncher.open(url); }},
                       services_.toolkitApplication, [this] { return activeWindow(); }),
-      commands_(services_.application, services_.windows, services_.highlights, keyTab_, services_.programInfo,
-                commandActions()),
+      commands_(services_.application, services_.windows, services_.highlights, focusedTab_,
+                services_.programInfo, commandActions()),
       groups_(commands_.table()), actions_(services_.toolkitApplication, groups_), menu_(groups_),
       chrome_{menu_, [this](const auto& window) { return services_.windows.windows().viewModel(window); },
-              [this] { services_.windows.newTab(); },
-              [this] { services_.application.menuOpened.emit(); }},
+              [this] { services_.windows.newTab(); }, [this] { services_.application.menuOpened.emit(); }},
       copiedLink_(services_.application, services_.windows) {
   installStyle();
   services_.application.setChromeFactory([this] { return std::make_unique<BrowserChrome>(chrome_); });

@@ -6,9 +6,9 @@
 #include "ui/BrowserCommands.h"
 #include "ui/CommandActions.h"
 #include "ui/CopiedLinkWatch.h"
+#include "ui/FocusedTab.h"
 #include "ui/HighlightSelection.h"
 #include "ui/HighlightsWindow.h"
-#include "ui/KeyTab.h"
 #include "ui/PrimaryMenu.h"
 #include "ui/SettingsWindow.h"
 #include "ui/TransferProgressWindow.h"
@@ -64,7 +64,7 @@ class UserInterface {
   GtkWindow* activeWindow() const;
 
   const Services services_;
-  KeyTab keyTab_;
+  FocusedTab focusedTab_;
   HighlightSelection highlightSelection_;
   HighlightsWindow highlightsWindow_;
   const TransferProgressWindow exportProgress_;

@@ -2,8 +2,8 @@
 
 #include "base/Text.h"
 #include "base/Url.h"
-#include "platform/WebViewDelegate.h"
 #include "platform/UriLauncher.h"
+#include "platform/WebViewDelegate.h"
 #include "web/GestureLimit.h"
 #include "web/NavigationRules.h"
 #include "web/WindowViewModel.h"

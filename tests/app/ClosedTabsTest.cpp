@@ -55,19 +55,19 @@ class ClosedTabsTest : public testing::Test {
 TEST_F(ClosedTabsTest, ComeBackWhereTheyStoodWithTheirHistory) {
   start({{{{tab("a"), tab("b"), tab("c"), tab("d")}, std::nullopt}}});
   EXPECT_FALSE(canReopen());
-  shell.webView(shell.keyModel())->state = at("now"); // what the web view holds when it goes
+  shell.webView(shell.focusedModel())->state = at("now"); // what the web view holds when it goes
   close({"a"});
   close({"c", "b"});
   EXPECT_TRUE(canReopen());
   reopen();
   EXPECT_EQ(titles("d"), "bcd") << "what was closed in one go is one entry";
   EXPECT_EQ(shell.application.key, window("c"));
-  EXPECT_EQ(shell.webView(shell.keyModel())->restored, (std::vector<base::Bytes>{at("c")}));
+  EXPECT_EQ(shell.webView(shell.focusedModel())->restored, (std::vector<base::Bytes>{at("c")}));
   EXPECT_EQ(shell.manager->windows().viewModel(window("b"))->liveWebView(), nullptr)
       << "nobody has looked at it";
   reopen();
   EXPECT_EQ(titles("d"), "abcd");
-  EXPECT_EQ(shell.webView(shell.keyModel())->restored, (std::vector<base::Bytes>{at("now")}));
+  EXPECT_EQ(shell.webView(shell.focusedModel())->restored, (std::vector<base::Bytes>{at("now")}));
   EXPECT_FALSE(canReopen());
   reopen();
   EXPECT_EQ(shell.application.all.size(), 4U) << "nothing is left";
@@ -101,7 +101,7 @@ TEST_F(ClosedTabsTest, OutliveTheProgramAndTheirWindow) {
   EXPECT_EQ(next.application.all.back()->tabGroup(), nullptr) << "it was a window";
   next.manager->reopenClosedTab();
   EXPECT_EQ(next.application.all.back()->group, next.application.all[1]->group) << "in the window in front";
-  EXPECT_EQ(*next.keyModel()->title, "b");
+  EXPECT_EQ(*next.focusedModel()->title, "b");
   EXPECT_EQ(next.files.files[path], R"({"windows":[]})");
 }
 
@@ -109,7 +109,7 @@ TEST_F(ClosedTabsTest, AreBoundedAndHoldNoLetters) {
   shell.start();
   const auto closeNew = [this](const std::string& url, bool isDone, std::size_t size) {
     shell.manager->openMainWindow();
-    const auto model = shell.keyModel();
+    const auto model = shell.focusedModel();
     model->urlString.set(url);
     model->isDone = isDone;
     shell.webView(model)->state = base::Bytes(size);

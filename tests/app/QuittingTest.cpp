@@ -17,7 +17,7 @@ struct LetterAndQuit {
     shell.start();
     shell.panels.alertTakes = answerTakes;
     shell.panels.alertAnswer = platform::Panels::firstButton + button;
-    model = shell.keyModel();
+    model = shell.focusedModel();
     model->letterIsLeaving.set(hasLetter);
     ended = shell.application.aboutToQuit.subscribe([this] { ++ends; });
     question.emplace(*shell.manager, shell.panels);

@@ -26,7 +26,7 @@ class HighlightWorld : public testing::Test {
   using Lines = std::vector<std::string>;
 
   HighlightWorld() {
-    tab = shell.keyModel();
+    tab = shell.focusedModel();
     page = shell.webView(tab);
     clear();
   }

@@ -31,7 +31,7 @@ class KeptHighlightsTest : public testing::Test {
     if (!shell.manager)
       shell.start();
     KeptHighlights kept({*store, shell.files, shell.settings, *shell.manager, *highlightImport});
-    const auto notices = shell.keyModel()->noticed.subscribe([&](const web::PageNotice& notice) {
+    const auto notices = shell.focusedModel()->noticed.subscribe([&](const web::PageNotice& notice) {
       told.push_back(notice.text);
       EXPECT_EQ(notice.button, "Import");
       if (clicks)

@@ -23,7 +23,7 @@ TEST_F(MarksAndTagsTest, EveryTabGetsAllThreads) {
   shell.manager->newTab();
   shell.settle();
   shell.showFocusedWindow();
-  const auto second = shell.webView(shell.keyModel());
+  const auto second = shell.webView(shell.focusedModel());
   ASSERT_TRUE(second && second != page);
   second->evaluations.clear();
   store.add({"h", "T\"2", "x", "", "", 0, 1}, "x@x");

@@ -3,8 +3,8 @@
 #include "MailWorld.h"
 #include "jmap/JMAPSession.h"
 #include "jmap/NotificationManager.h"
-#include "support/FakeLauncherBadge.h"
 #include "support/FakeHttpClient.h"
+#include "support/FakeLauncherBadge.h"
 #include "support/FakeNotificationCenter.h"
 #include "support/FakeWebView.h"
 

@@ -5,8 +5,8 @@
 #include "platform/Clipboard.h"
 #include "platform/FileStore.h"
 #include "platform/Panels.h"
-#include "platform/UserDefaults.h"
 #include "platform/UriLauncher.h"
+#include "platform/UserDefaults.h"
 
 #include <boost/json/object.hpp>
 

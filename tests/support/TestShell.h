@@ -65,7 +65,7 @@ class TestShell {
   std::shared_ptr<FakeWebView> webView(const std::shared_ptr<web::WindowViewModel>& viewModel) {
     return std::static_pointer_cast<FakeWebView>(viewModel->liveWebView());
   }
-  std::shared_ptr<web::WindowViewModel> keyModel() { return manager->windows().keyViewModel(); }
+  std::shared_ptr<web::WindowViewModel> focusedModel() { return manager->windows().focusedViewModel(); }
   void settle() { loop.runUntilIdle(); }
 
   LogCapture log;
@@ -83,7 +83,7 @@ class TestShell {
   jmap::NotificationManager notifications{notificationCenter};
   FakeHttpClient http;
   web::MessageFiles messageFiles{http, files, files, notifications};
-  web::WebServices services{settings, scripts,   application,   webViews,
+  web::WebServices services{settings, scripts,     application,   webViews,
                             panels,   uriLauncher, notifications, messageFiles};
   app::SessionStore sessionStore{files, files};
   std::optional<app::ClosedTabs> closedTabs; // read with the start

@@ -5,8 +5,8 @@
 #include "ui/ActionName.h"
 #include "ui/BrowserCommands.h"
 #include "ui/CommandActions.h"
+#include "ui/FocusedTab.h"
 #include "ui/HighlightSelection.h"
-#include "ui/KeyTab.h"
 #include "ui/PrimaryMenu.h"
 #include "ui/ShortcutsWindow.h"
 
@@ -22,10 +22,10 @@ class CommandsTest : public ShellTest {
     start();
     shell.manager->openMainWindow();
     ASSERT_TRUE(application);
-    keyTab.emplace(shell.application, *shell.manager);
-    selection.emplace(*keyTab);
+    focusedTab.emplace(shell.application, *shell.manager);
+    selection.emplace(*focusedTab);
     commands.emplace(
-        shell.application, *shell.manager, highlights, *keyTab,
+        shell.application, *shell.manager, highlights, *focusedTab,
         platform::ProgramInfo{"org.velmora.Ondrel", "Ondrel", "1.0", "1"},
         BrowserCommands::Actions{.navigate = [this](const std::string& url) { navigated.push_back(url); },
                                  .highlightSelection = [this] { selection->perform(); },
@@ -45,7 +45,7 @@ class CommandsTest : public ShellTest {
     groups.clear();
     commands.reset();
     selection.reset();
-    keyTab.reset();
+    focusedTab.reset();
     ShellTest::TearDown();
   }
 
@@ -67,7 +67,7 @@ class CommandsTest : public ShellTest {
   std::vector<std::string> navigated;
   std::vector<std::string> done;
   highlights::HighlightStore highlights{shell.files, shell.files};
-  std::optional<KeyTab> keyTab;
+  std::optional<FocusedTab> focusedTab;
   std::optional<HighlightSelection> selection;
   std::optional<BrowserCommands> commands;
   std::vector<CommandGroup> groups;

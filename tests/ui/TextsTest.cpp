@@ -1,6 +1,6 @@
 #include "ui/ActionName.h"
-#include "ui/KeyNotation.h"
 #include "ui/DisplayText.h"
+#include "ui/KeyNotation.h"
 
 #include <gtest/gtest.h>
 

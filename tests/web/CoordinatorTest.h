@@ -16,7 +16,7 @@ class CoordinatorTest : public testing::Test {
 
   void SetUp() override {
     shell.start();
-    model = shell.keyModel();
+    model = shell.focusedModel();
     view = shell.webView(model);
     view->loads.clear();
   }

@@ -16,7 +16,7 @@ class LetterHandOverTest : public CoordinatorTest {
   void openNext() {
     shell.manager->openMainWindow();
     shell.settle();
-    model = shell.keyModel();
+    model = shell.focusedModel();
     view = shell.webView(model);
     takeWindow();
   }

@@ -62,7 +62,7 @@ KeyEvent keyEventFrom(guint keyval, GdkModifierType state, const std::vector<Key
   const bool isTab = isTabKey(keyval);
   event.modifiers = modifiersFrom(state, isTab);
   if (isTab) {
-    event.keyCode = KeyEvent::tabKeyCode;
+    event.isTab = true;
     event.characters = event.charactersIgnoringModifiers = "\t";
     return event;
   }

@@ -20,9 +20,9 @@ class WindowViewModel;
 namespace ondrel::ui {
 
 // The tab that commands act on: the one with the keyboard, followed from window to window.
-class KeyTab {
+class FocusedTab {
  public:
-  KeyTab(platform::Application& application, const app::WindowManager& windows);
+  FocusedTab(platform::Application& application, const app::WindowManager& windows);
 
   std::shared_ptr<web::WindowViewModel> viewModel() const;
   // Another tab has the keyboard, or something of this one that commands depend on is new.

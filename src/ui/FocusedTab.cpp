@@ -1,4 +1,4 @@
-#include "ui/KeyTab.h"
+#include "ui/FocusedTab.h"
 
 #include "app/WindowManager.h"
 #include "platform/Application.h"
@@ -7,17 +7,18 @@
 
 namespace ondrel::ui {
 
-KeyTab::KeyTab(platform::Application& application, const app::WindowManager& windows) : windows_(windows) {
+FocusedTab::FocusedTab(platform::Application& application, const app::WindowManager& windows)
+    : windows_(windows) {
   subscriptions_.push_back(application.windowFocused.subscribe([this](const auto&) { follow(); }));
   subscriptions_.push_back(application.windowWillClose.subscribe([this](const auto&) { follow(); }));
   follow();
 }
 
-std::shared_ptr<web::WindowViewModel> KeyTab::viewModel() const {
-  return windows_.windows().keyViewModel();
+std::shared_ptr<web::WindowViewModel> FocusedTab::viewModel() const {
+  return windows_.windows().focusedViewModel();
 }
 
-void KeyTab::follow() {
+void FocusedTab::follow() {
   tabSubscriptions_.clear();
   if (const auto tab = viewModel())
     tabSubscriptions_ = observeTab(*tab, [this] { changed.emit(); });
