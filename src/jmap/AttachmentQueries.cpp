@@ -12,31 +12,27 @@ namespace {
 namespace json = boost::json;
 
 // Images in the text and the like.
-bool isEmbedded(const json::object& part) {
-  const auto cid = stringMember(part, "cid");
-  return (cid && !cid->empty()) || stringMember(part, "disposition") == "inline";
+bool isEmbedded(const base::JsonReader& part) {
+  return !part["cid"].string().value_or("").empty() || part["disposition"].string() == "inline";
 }
 
 void appendAttachments(std::vector<AttachmentInfo>& result, const std::string& emailId,
-                       const json::object& email) {
-  const auto* parts = arrayMember(email, "attachments");
-  if (!parts)
-    return;
-  const auto subject = stringMember(email, "subject").value_or("(No subject)");
+                       const base::JsonReader& email) {
+  const auto subject = email["subject"].string().value_or("(No subject)");
   const auto from = senderText(email);
   // Without a date it sorts last.
   const auto receivedAt =
-      parseISO8601Date(stringMember(email, "receivedAt").value_or("")).value_or(Milliseconds::min());
-  for (const auto* part : objects(*parts)) {
-    const auto blobId = stringMember(*part, "blobId");
-    if (!blobId || isEmbedded(*part))
+      parseISO8601Date(email["receivedAt"].string().value_or("")).value_or(Milliseconds::min());
+  for (const auto& part : email["attachments"].elements()) {
+    const auto blobId = part["blobId"].string();
+    if (!blobId || isEmbedded(part))
       continue;
     result.push_back({.id = emailId + "-" + *blobId,
                       .emailId = emailId,
                       .blobId = *blobId,
-                      .name = stringMember(*part, "name").value_or("Untitled"),
-                      .type = stringMember(*part, "type").value_or("application/octet-stream"),
-                      .size = integerMember(*part, "size").value_or(0),
+                      .name = part["name"].string().value_or("Untitled"),
+                      .type = part["type"].string().value_or("application/octet-stream"),
+                      .size = part["size"].wholeNumber().value_or(0),
                       .subject = subject,
                       .from = from,
                       .receivedAt = receivedAt});
@@ -45,24 +41,21 @@ void appendAttachments(std::vector<AttachmentInfo>& result, const std::string& e
 
 // Of a reply to Email/query and Email/get.
 std::optional<AttachmentPage> attachmentPage(const json::value& reply) {
-  const auto* query = answer(reply, 0);
-  const auto* list = answeredList(reply, 1);
-  if (!query || !list)
+  const auto query = answer(reply, 0);
+  const auto list = answeredList(reply, 1);
+  if (!query.object() || !list.array())
     return std::nullopt;
-  std::unordered_map<std::string, const json::object*> emails;
-  for (const auto* email : objects(*list))
-    if (auto id = stringMember(*email, "id"))
+  std::unordered_map<std::string, base::JsonReader> emails;
+  for (const auto& email : list.elements())
+    if (auto id = email["id"].string())
       emails.insert_or_assign(*std::move(id), email);
 
   AttachmentPage page;
-  page.total = integerMember(*query, "total").value_or(static_cast<std::int64_t>(list->size()));
-  const auto* ids = arrayMember(*query, "ids");
-  if (!ids)
-    return page;
-  page.emailCount = static_cast<std::int64_t>(ids->size());
-  for (const auto& id : strings(*ids))
+  page.total = query["total"].wholeNumber().value_or(static_cast<std::int64_t>(list.size()));
+  page.emailCount = static_cast<std::int64_t>(query["ids"].size());
+  for (const auto& id : query["ids"].strings())
     if (const auto email = emails.find(id); email != emails.end())
-      appendAttachments(page.attachments, id, *email->second);
+      appendAttachments(page.attachments, id, email->second);
   return page;
 }
 

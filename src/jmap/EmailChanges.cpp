@@ -29,11 +29,11 @@ async::Task<Result<void>> moveToTrash(MailQueries& queries, JMAPClient& client, 
   const auto found = co_await ask(client, account.session, std::move(question));
   if (!found)
     co_return std::unexpected(found.error());
-  const auto* email = firstListed(*found, 0);
-  if (!email)
+  const auto email = firstListed(*found, 0);
+  if (!email.object())
     co_return std::unexpected(JMAPError::refused("the message is no longer there"));
-  const auto* mailboxIds = objectMember(*email, "mailboxIds");
-  const bool isArchived = mailboxIds && !boolMember(*mailboxIds, *inboxId).value_or(false);
+  const auto mailboxIds = email["mailboxIds"];
+  const bool isArchived = mailboxIds.object() && !mailboxIds[*inboxId].boolean().value_or(false);
   json::object patch{{membership(*inboxId), nullptr}, {membership(*trashId), true}};
   if (isArchived)
     patch = {{"mailboxIds", {{*trashId, true}}}};
@@ -41,9 +41,8 @@ async::Task<Result<void>> moveToTrash(MailQueries& queries, JMAPClient& client, 
   const auto reply = co_await sendRequest(client, std::move(account.session), std::move(body));
   if (!reply)
     co_return std::unexpected(reply.error());
-  const auto* arguments = reply->json ? answer(*reply->json, 0) : nullptr;
-  const auto* failed = arguments ? objectMember(*arguments, "notUpdated") : nullptr;
-  if (const auto* reason = failed ? failed->if_contains(emailId) : nullptr)
+  const auto arguments = reply->json ? answer(*reply->json, 0) : base::JsonReader();
+  if (const auto* reason = arguments["notUpdated"][emailId].value())
     co_return std::unexpected(JMAPError::refused(reply->withoutSecrets(base::jsonText(*reason))));
   co_return {};
 }
@@ -55,17 +54,17 @@ struct MembershipChange {
 };
 
 void logOutcome(const MembershipChange& change, const JMAPReply& reply) {
-  const auto* arguments = reply.json ? answer(*reply.json, 0) : nullptr;
-  if (!arguments) {
+  const auto arguments = reply.json ? answer(*reply.json, 0) : base::JsonReader();
+  if (!arguments.object()) {
     networkLogger.error("setMailboxMembership: unparsable Email/set response — body: {}",
                         reply.excerpt(2000));
     return;
   }
-  if (const auto* failed = objectMember(*arguments, "notUpdated"); failed && !failed->empty())
+  if (const auto* failed = arguments["notUpdated"].object(); failed && !failed->empty())
     networkLogger.error("setMailboxMembership: {} email(s) failed to {} mailbox {}: {}", failed->size(),
                         change.add ? "add" : "remove", change.mailboxId,
                         reply.withoutSecrets(base::jsonText(*failed)));
-  if (const auto* updated = objectMember(*arguments, "updated"))
+  if (const auto* updated = arguments["updated"].object())
     networkLogger.info("setMailboxMembership: {} mailbox {} — {}/{} email(s) updated",
                        change.add ? "added" : "removed", change.mailboxId, updated->size(), change.emails);
 }

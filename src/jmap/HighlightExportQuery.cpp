@@ -44,25 +44,25 @@ json::object chunkRequest(const std::string& accountId, std::span<const std::str
   return jmapRequest(std::move(calls));
 }
 
-void resolve(ResolvedByMessageId& resolved, const json::object& email) {
-  auto id = stringMember(email, "id");
-  auto messageId = firstStringMember(email, "messageId");
-  const auto* mailboxIds = objectMember(email, "mailboxIds");
-  auto threadId = stringMember(email, "threadId");
+void resolve(ResolvedByMessageId& resolved, const base::JsonReader& email) {
+  auto id = email["id"].string();
+  auto messageId = email["messageId"][0].string();
+  const auto* mailboxIds = email["mailboxIds"].object();
+  auto threadId = email["threadId"].string();
   if (!id || !messageId || !mailboxIds || mailboxIds->empty() || !threadId)
     return;
   resolved.insert_or_assign(*std::move(messageId),
                             Resolved{.internalId = *std::move(id),
-                                     .subject = stringMember(email, "subject").value_or("(No subject)"),
+                                     .subject = email["subject"].string().value_or("(No subject)"),
                                      .mailboxId = mailboxIds->begin()->key(),
                                      .threadId = *std::move(threadId)});
 }
 
-std::map<std::string, std::string> namesById(const json::array& mailboxes) {
+std::map<std::string, std::string> namesById(const base::JsonReader& mailboxes) {
   std::map<std::string, std::string> names;
-  for (const auto* mailbox : objects(mailboxes)) {
-    auto id = stringMember(*mailbox, "id");
-    auto name = stringMember(*mailbox, "name");
+  for (const auto& mailbox : mailboxes.elements()) {
+    auto id = mailbox["id"].string();
+    auto name = mailbox["name"].string();
     if (id && name)
       names.insert_or_assign(*std::move(id), *std::move(name));
   }
@@ -81,8 +81,7 @@ async::Task<std::map<std::string, std::string>> mailboxNames(JMAPClient& client,
     networkLogger.error("highlightExportInfo: Mailbox/get failed: {}", reply.error().description());
     co_return {};
   }
-  const auto* list = answeredList(*reply, 0);
-  auto names = list ? namesById(*list) : std::map<std::string, std::string>();
+  auto names = namesById(answeredList(*reply, 0));
   if (names.empty())
     networkLogger.error("highlightExportInfo: could not resolve mailbox names");
   co_return names;
@@ -114,14 +113,14 @@ MailQueries::highlightExportInfo(std::vector<std::string> messageIds,
       result.unanswered.insert(chunk.begin(), chunk.end());
       continue;
     }
-    const auto* list = answeredList(*reply, 1);
-    if (!list) {
+    const auto list = answeredList(*reply, 1);
+    if (!list.array()) {
       networkLogger.error("highlightExportInfo: unexpected JMAP response format for chunk at {}", position);
       result.unanswered.insert(chunk.begin(), chunk.end());
       continue;
     }
-    for (const auto* email : objects(*list))
-      resolve(resolved, *email);
+    for (const auto& email : list.elements())
+      resolve(resolved, email);
   }
   progress(messageIds.size());
   if (resolved.empty())

@@ -1,5 +1,6 @@
 #include "jmap/JMAPSessionData.h"
 
+#include "base/JsonReader.h"
 #include "base/Url.h"
 
 #include <boost/json/object.hpp>
@@ -34,8 +35,8 @@ Result<JMAPSessionData> JMAPSessionData::decode(const Result<boost::json::value>
                                                 std::string_view resourceUrl) {
   if (!document)
     return std::unexpected(document.error());
-  const auto* members = document->if_object();
-  if (!members)
+  const base::JsonReader members(*document);
+  if (!members.object())
     return std::unexpected(malformed("no object"));
 
   const auto from = base::Url::parse(resourceUrl);
@@ -43,24 +44,20 @@ Result<JMAPSessionData> JMAPSessionData::decode(const Result<boost::json::value>
   const std::pair<std::string_view, std::string*> addresses[] = {
       {"apiUrl", &data.apiUrl}, {"eventSourceUrl", &data.eventSourceUrl}, {"downloadUrl", &data.downloadUrl}};
   for (const auto& [key, field] : addresses) {
-    const auto* value = members->if_contains(key);
-    const auto* text = value ? value->if_string() : nullptr;
-    if (!text)
+    if (!members[key].read(*field))
       return std::unexpected(malformed("no " + std::string(key)));
-    *field = from && from->scheme() && from->host() ? resolved(*text, *from) : std::string(*text);
+    if (from && from->scheme() && from->host())
+      *field = resolved(*field, *from);
   }
   if (!base::Url::parse(data.apiUrl))
     return std::unexpected(malformed("apiUrl is no URL"));
 
-  const auto* accounts = members->if_contains("primaryAccounts");
-  if (!accounts || !accounts->is_object())
+  const auto* accounts = members["primaryAccounts"].object();
+  if (!accounts)
     return std::unexpected(malformed("no primaryAccounts"));
-  for (const auto& [capability, account] : accounts->get_object()) {
-    const auto* id = account.if_string();
-    if (!id)
+  for (const auto& [capability, account] : *accounts)
+    if (!base::JsonReader(account).read(data.primaryAccounts[capability]))
       return std::unexpected(malformed("an account id is no string"));
-    data.primaryAccounts.emplace(capability, *id);
-  }
   return data;
 }
 

@@ -2,6 +2,7 @@
 
 #include "async/sleep.h"
 #include "base/Json.h"
+#include "base/JsonReader.h"
 #include "base/Url.h"
 #include "jmap/LogExcerpt.h"
 #include "platform/CookieStore.h"
@@ -18,27 +19,16 @@ namespace {
 constexpr std::chrono::milliseconds retryPause{800};
 constexpr std::chrono::seconds requestTimeout{60};
 
-const boost::json::value* typeOfError(const boost::json::array& answer) {
-  const auto* arguments = answer.size() > 1 ? answer[1].if_object() : nullptr;
-  return arguments ? arguments->if_contains("type") : nullptr;
-}
-
 // A method-level error (RFC 8620, section 3.6.2) anywhere in the batch. What isn't shaped like a reply isn't
 // an error reply either.
 std::optional<JMAPError> errorReply(const Result<boost::json::value>& json) {
-  const auto* reply = json ? json->if_object() : nullptr;
-  const auto* member = reply ? reply->if_contains("methodResponses") : nullptr;
-  const auto* answers = member ? member->if_array() : nullptr;
-  if (!answers || !std::ranges::all_of(*answers, &boost::json::value::is_array))
+  const auto answers = json ? base::JsonReader(*json)["methodResponses"] : base::JsonReader();
+  if (!answers.array() || !std::ranges::all_of(*answers.array(), &boost::json::value::is_array))
     return std::nullopt;
-  for (const auto& each : *answers) {
-    const auto& answer = each.get_array();
-    const auto* name = answer.empty() ? nullptr : answer.front().if_string();
-    if (!name || *name != "error")
-      continue;
-    const auto* type = typeOfError(answer);
-    return type && *type == "serverUnavailable" ? JMAPError::rejected() : JMAPError::badResponse();
-  }
+  for (const auto& answer : answers.elements())
+    if (answer[0].string() == "error")
+      return answer[1]["type"].string() == "serverUnavailable" ? JMAPError::rejected()
+                                                               : JMAPError::badResponse();
   return std::nullopt;
 }
 

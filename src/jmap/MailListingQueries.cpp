@@ -14,34 +14,24 @@ namespace json = boost::json;
 
 using Listed = Result<std::vector<json::object>>;
 
-bool hasCallId(const json::value& response, std::string_view callId) {
-  const auto* parts = response.if_array();
-  const auto* id = parts && parts->size() > 2 ? (*parts)[2].if_string() : nullptr;
-  return id && *id == callId;
-}
-
 // The arguments of the first answer with that call id; answers may come in any number and order.
-const json::object* answerTo(const json::value& reply, std::string_view callId) {
-  const auto* top = reply.if_object();
-  const auto* responses = top ? arrayMember(*top, "methodResponses") : nullptr;
-  if (!responses)
-    return nullptr;
-  const auto found = std::ranges::find_if(
-      *responses, [&](const json::value& response) { return hasCallId(response, callId); });
-  return found != responses->end() ? found->get_array()[1].if_object() : nullptr;
+base::JsonReader answerTo(const json::value& reply, std::string_view callId) {
+  for (const auto& response : base::JsonReader(reply)["methodResponses"].elements())
+    if (response[2].string() == callId)
+      return response[1];
+  return {};
 }
 
 // Nothing but objects may be in the list.
 Listed listedObjects(const json::value& reply, std::string_view callId) {
-  const auto* arguments = answerTo(reply, callId);
-  const auto* list = arguments ? arrayMember(*arguments, "list") : nullptr;
-  if (!list)
+  const auto list = answerTo(reply, callId)["list"];
+  if (!list.array())
     return std::unexpected(JMAPError::badResponse());
   std::vector<json::object> result;
-  for (const auto& element : *list) {
-    if (!element.is_object())
+  for (const auto& element : list.elements()) {
+    if (!element.object())
       return std::unexpected(JMAPError::badResponse());
-    result.push_back(element.get_object());
+    result.push_back(*element.object());
   }
   return result;
 }
@@ -108,40 +98,35 @@ json::array searchCalls(const EmailSearch& search, const std::string& accountId)
 }
 
 // The first element, of an array that holds at least one object and nothing else.
-const json::object* firstOfObjects(const json::object& object, std::string_view key) {
-  const auto* array = arrayMember(object, key);
-  if (!array)
-    return nullptr;
-  const auto elements = objects(*array);
-  return !elements.empty() && elements.size() == array->size() ? elements.front() : nullptr;
+base::JsonReader firstOfObjects(const base::JsonReader& array) {
+  const auto isObject = [](const base::JsonReader& element) { return element.object() != nullptr; };
+  return std::ranges::all_of(array.elements(), isObject) ? array[0] : base::JsonReader();
 }
 
-EmailSummary readSummary(const json::object& email) {
-  const auto* sender = firstOfObjects(email, "from");
-  return {.id = stringMember(email, "id"),
-          .senderName = sender ? stringMember(*sender, "name") : std::nullopt,
-          .senderAddress = sender ? stringMember(*sender, "email") : std::nullopt,
-          .subject = stringMember(email, "subject"),
-          .receivedAt = stringMember(email, "receivedAt"),
-          .preview = stringMember(email, "preview")};
+EmailSummary readSummary(const base::JsonReader& email) {
+  const auto sender = firstOfObjects(email["from"]);
+  return {.id = email["id"].string(),
+          .senderName = sender["name"].string(),
+          .senderAddress = sender["email"].string(),
+          .subject = email["subject"].string(),
+          .receivedAt = email["receivedAt"].string(),
+          .preview = email["preview"].string()};
 }
 
-std::optional<EmailBody> readBody(const json::object& email) {
-  const auto* part = firstOfObjects(email, "textBody");
-  const auto partId = part ? stringMember(*part, "partId") : std::nullopt;
-  const auto* values = partId ? objectMember(email, "bodyValues") : nullptr;
-  const auto* value = values ? objectMember(*values, *partId) : nullptr;
-  auto text = value ? stringMember(*value, "value") : std::nullopt;
+std::optional<EmailBody> readBody(const base::JsonReader& email) {
+  const auto part = firstOfObjects(email["textBody"]);
+  const auto partId = part["partId"].string();
+  auto text = partId ? email["bodyValues"][*partId]["value"].string() : std::nullopt;
   if (!text)
     return std::nullopt;
-  return EmailBody{.text = *std::move(text), .isHTML = stringMember(*part, "type") == "text/html"};
+  return EmailBody{.text = *std::move(text), .isHTML = part["type"].string() == "text/html"};
 }
 
-MailboxSummary readMailbox(const json::object& mailbox) {
-  return {.name = stringMember(mailbox, "name"),
-          .role = stringMember(mailbox, "role"),
-          .totalEmails = integerMember(mailbox, "totalEmails").value_or(0),
-          .unreadEmails = integerMember(mailbox, "unreadEmails").value_or(0)};
+MailboxSummary readMailbox(const base::JsonReader& mailbox) {
+  return {.name = mailbox["name"].string(),
+          .role = mailbox["role"].string(),
+          .totalEmails = mailbox["totalEmails"].wholeNumber().value_or(0),
+          .unreadEmails = mailbox["unreadEmails"].wholeNumber().value_or(0)};
 }
 
 } // namespace
@@ -156,7 +141,7 @@ async::Task<Result<std::vector<EmailSummary>>> MailQueries::searchEmails(EmailSe
     co_return std::unexpected(emails.error());
   std::vector<EmailSummary> result;
   for (const auto& email : *emails)
-    result.push_back(readSummary(email));
+    result.push_back(readSummary(base::JsonReader(email)));
   co_return result;
 }
 
@@ -176,7 +161,8 @@ async::Task<Result<FullEmail>> MailQueries::fullEmail(std::string emailId) {
     co_return std::unexpected(emails.error());
   if (emails->empty())
     co_return std::unexpected(JMAPError::badResponse());
-  co_return FullEmail{.summary = readSummary(emails->front()), .body = readBody(emails->front())};
+  const base::JsonReader email(emails->front());
+  co_return FullEmail{.summary = readSummary(email), .body = readBody(email)};
 }
 
 async::Task<Result<std::vector<MailboxSummary>>> MailQueries::listMailboxes() {
@@ -193,7 +179,7 @@ async::Task<Result<std::vector<MailboxSummary>>> MailQueries::listMailboxes() {
     co_return std::unexpected(mailboxes.error());
   std::vector<MailboxSummary> result;
   for (const auto& mailbox : *mailboxes)
-    result.push_back(readMailbox(mailbox));
+    result.push_back(readMailbox(base::JsonReader(mailbox)));
   co_return result;
 }
 

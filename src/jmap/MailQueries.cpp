@@ -39,13 +39,13 @@ async::Task<Result<EmailInfo>> MailQueries::emailInfo(std::string emailId) {
                                               "h0"));
   if (!reply)
     co_return std::unexpected(reply.error());
-  const auto* email = firstListed(*reply, 0);
-  if (!email) {
+  const auto email = firstListed(*reply, 0);
+  if (!email.object()) {
     networkLogger.error("emailInfo: unexpected JMAP response format");
     co_return std::unexpected(JMAPError::badResponse());
   }
-  co_return EmailInfo{.subject = stringMember(*email, "subject").value_or("(No subject)"),
-                      .messageId = firstStringMember(*email, "messageId").value_or(emailId)};
+  co_return EmailInfo{.subject = email["subject"].string().value_or("(No subject)"),
+                      .messageId = email["messageId"][0].string().value_or(emailId)};
 }
 
 async::Task<Result<std::string>> MailQueries::findEmailId(std::string messageId) {
@@ -64,11 +64,10 @@ async::Task<Result<std::string>> MailQueries::findEmailId(std::string messageId)
   const auto reply = co_await ask(client_, account->session, jmapRequest(std::move(calls)));
   if (!reply)
     co_return std::unexpected(reply.error());
-  if (const auto* candidates = answeredList(*reply, 1))
-    for (const auto* email : objects(*candidates))
-      if (firstStringMember(*email, "messageId") == withoutBrackets(messageId))
-        if (auto id = stringMember(*email, "id"))
-          co_return *std::move(id);
+  for (const auto& email : answeredList(*reply, 1).elements())
+    if (email["messageId"][0].string() == withoutBrackets(messageId))
+      if (auto id = email["id"].string())
+        co_return *std::move(id);
   networkLogger.error("findEmailId: unexpected JMAP response format or no matching email");
   co_return std::unexpected(JMAPError::badResponse());
 }
@@ -89,8 +88,7 @@ async::Task<Result<bool>> MailQueries::fetchInLabelsMode() {
   const auto reply = co_await ask(client_, *session, jmapRequest(std::move(calls), capability));
   if (!reply)
     co_return std::unexpected(reply.error());
-  const auto* preferences = firstListed(*reply, 0);
-  const auto inLabelsMode = preferences ? boolMember(*preferences, "inLabelsMode") : std::nullopt;
+  const auto inLabelsMode = firstListed(*reply, 0)["inLabelsMode"].boolean();
   if (!inLabelsMode) {
     networkLogger.error("fetchInLabelsMode: unexpected JMAP response format");
     co_return std::unexpected(JMAPError::badResponse());

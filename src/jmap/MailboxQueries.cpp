@@ -23,11 +23,11 @@ struct NamedMailbox {
   std::optional<std::string> name;
 };
 
-const json::object* firstOfRole(const json::array& mailboxes, std::string_view role) {
-  for (const auto* mailbox : objects(mailboxes))
-    if (stringMember(*mailbox, "role") == role)
+base::JsonReader firstOfRole(const base::JsonReader& mailboxes, std::string_view role) {
+  for (const auto& mailbox : mailboxes.elements())
+    if (mailbox["role"].string() == role)
       return mailbox;
-  return nullptr;
+  return {};
 }
 
 async::Task<Result<NamedMailbox>> mailboxOfRole(JMAPClient& client, RoleQuery query) {
@@ -43,14 +43,13 @@ async::Task<Result<NamedMailbox>> mailboxOfRole(JMAPClient& client, RoleQuery qu
                   query.callId));
   if (!reply)
     co_return std::unexpected(reply.error());
-  const auto* list = answeredList(*reply, 0);
-  const auto* mailbox = list ? firstOfRole(*list, query.role) : nullptr;
-  auto id = mailbox ? stringMember(*mailbox, "id") : std::nullopt;
+  const auto mailbox = firstOfRole(answeredList(*reply, 0), query.role);
+  auto id = mailbox["id"].string();
   if (!id) {
     networkLogger.error("{}: could not find {} in Mailbox/get response", query.operation, query.roleInLog);
     co_return std::unexpected(JMAPError::badResponse());
   }
-  co_return NamedMailbox{*std::move(id), stringMember(*mailbox, "name")};
+  co_return NamedMailbox{*std::move(id), mailbox["name"].string()};
 }
 
 } // namespace
@@ -64,14 +63,14 @@ async::Task<Result<std::optional<std::string>>> MailQueries::findMailboxId(std::
       jmapRequest("Mailbox/get", {{"accountId", account->id}, {"properties", {"id", "name"}}}, "m0"));
   if (!reply)
     co_return std::unexpected(reply.error());
-  const auto* list = answeredList(*reply, 0);
-  if (!list) {
+  const auto list = answeredList(*reply, 0);
+  if (!list.array()) {
     networkLogger.error("findMailboxId: unexpected JMAP response format");
     co_return std::unexpected(JMAPError::badResponse());
   }
-  for (const auto* mailbox : objects(*list))
-    if (const auto itsName = stringMember(*mailbox, "name"); itsName && sameMailboxName(*itsName, name))
-      co_return stringMember(*mailbox, "id");
+  for (const auto& mailbox : list.elements())
+    if (const auto itsName = mailbox["name"].string(); itsName && sameMailboxName(*itsName, name))
+      co_return mailbox["id"].string();
   co_return std::nullopt;
 }
 
@@ -90,13 +89,12 @@ async::Task<Result<std::int64_t>> MailQueries::inboxUnreadCount() {
                   "0"));
   if (!reply)
     co_return std::unexpected(reply.error());
-  const auto* list = answeredList(*reply, 0);
-  if (!list) {
+  const auto list = answeredList(*reply, 0);
+  if (!list.array()) {
     networkLogger.error("inboxUnreadCount: unexpected JMAP response format");
     co_return std::unexpected(JMAPError::badResponse());
   }
-  const auto* inbox = firstOfRole(*list, "inbox");
-  co_return inbox ? integerMember(*inbox, "unreadEmails").value_or(0) : 0;
+  co_return firstOfRole(list, "inbox")["unreadEmails"].wholeNumber().value_or(0);
 }
 
 async::Task<Result<std::string>> MailQueries::fetchInboxMailboxId() {

@@ -20,9 +20,9 @@ async::Task<Result<MailboxAndThread>> MailQueries::findMailboxNameAndThreadId(st
                   "e0"));
   if (!emails)
     co_return std::unexpected(emails.error());
-  const auto* email = firstListed(*emails, 0);
-  const auto* mailboxIds = email ? objectMember(*email, "mailboxIds") : nullptr;
-  const auto threadId = email ? stringMember(*email, "threadId") : std::nullopt;
+  const auto email = firstListed(*emails, 0);
+  const auto* mailboxIds = email["mailboxIds"].object();
+  const auto threadId = email["threadId"].string();
   if (!mailboxIds || mailboxIds->empty() || !threadId) {
     networkLogger.error("findMailboxNameAndThreadId: could not parse mailboxIds/threadId for email {}",
                         emailId);
@@ -37,8 +37,7 @@ async::Task<Result<MailboxAndThread>> MailQueries::findMailboxNameAndThreadId(st
           "m0"));
   if (!mailboxes)
     co_return std::unexpected(mailboxes.error());
-  const auto* mailbox = firstListed(*mailboxes, 0);
-  const auto name = mailbox ? stringMember(*mailbox, "name") : std::nullopt;
+  const auto name = firstListed(*mailboxes, 0)["name"].string();
   if (!name) {
     networkLogger.error("findMailboxNameAndThreadId: could not resolve mailbox name for email {}", emailId);
     co_return std::unexpected(JMAPError::badResponse());

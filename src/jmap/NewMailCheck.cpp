@@ -20,12 +20,6 @@ constexpr int maxChanges = 50;
 // Of a server whose changes have no end.
 constexpr std::size_t mostSteps = 1000;
 
-const json::array* firstAnswer(const json::value& reply) {
-  const auto* members = reply.if_object();
-  const auto* answers = members ? arrayMember(*members, "methodResponses") : nullptr;
-  return answers && !answers->empty() ? answers->front().if_array() : nullptr;
-}
-
 } // namespace
 
 NewMailCheck::NewMailCheck(JMAPClient& client, NewMailNotifier& notifier)
@@ -46,8 +40,7 @@ async::Task<Result<std::string>> NewMailCheck::fetchCurrentEmailState() {
   const auto reply = co_await ask(client_, std::move(account->session), std::move(body));
   if (!reply)
     co_return std::unexpected(reply.error());
-  const auto* arguments = answer(*reply, 0);
-  auto state = arguments ? stringMember(*arguments, "state") : std::nullopt;
+  auto state = answer(*reply, 0)["state"].string();
   if (!state) {
     logger_.error("fetchCurrentEmailState: unexpected JMAP response format");
     co_return std::unexpected(JMAPError::badResponse());
@@ -93,26 +86,21 @@ async::Task<Result<NewMailCheck::EmailChanges>> NewMailCheck::fetchEmailChanges(
     logger_.error("fetchEmailChanges: {}", why);
     return std::unexpected(JMAPError::badResponse());
   };
-  const auto* first = firstAnswer(*reply);
-  if (!first)
+  const auto first = base::JsonReader(*reply)["methodResponses"][0];
+  if (!first.array())
     co_return fail("malformed Email/changes response");
-  const auto* name = first->empty() ? nullptr : first->front().if_string();
-  if (name && *name == "error")
+  if (first[0].string() == "error")
     co_return fail("JMAP returned error — state likely invalidated");
-  const auto* arguments = answer(*reply, 0);
-  auto newState = arguments ? stringMember(*arguments, "newState") : std::nullopt;
-  const auto* created = arguments ? arrayMember(*arguments, "created") : nullptr;
-  if (!newState || !created || strings(*created).size() != created->size())
+  const auto arguments = answer(*reply, 0);
+  auto newState = arguments["newState"].string();
+  const auto created = arguments["created"];
+  if (!newState || !created.array() || created.strings().size() != created.size())
     co_return fail("missing newState or created in Email/changes response");
-  const auto ids = [arguments](std::string_view key) {
-    const auto* array = arrayMember(*arguments, key);
-    return array ? strings(*array) : std::vector<std::string>();
-  };
-  co_return EmailChanges{.created = strings(*created),
-                         .updated = ids("updated"),
-                         .destroyed = ids("destroyed"),
+  co_return EmailChanges{.created = created.strings(),
+                         .updated = arguments["updated"].strings(),
+                         .destroyed = arguments["destroyed"].strings(),
                          .newState = std::move(*newState),
-                         .hasMore = boolMember(*arguments, "hasMoreChanges").value_or(false)};
+                         .hasMore = arguments["hasMoreChanges"].boolean().value_or(false)};
 }
 
 // A server that leads back to where it was would never come to an end.

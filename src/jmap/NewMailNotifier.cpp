@@ -29,14 +29,14 @@ std::optional<std::string> find(const std::map<std::string, std::string>& userIn
 
 // Why nobody needs to be told of it; empty where somebody does. Without the list of its mailboxes it counts
 // as in the inbox.
-std::string_view reasonForSilence(const json::object& email, const std::optional<std::string>& inboxId) {
-  const auto* mailboxIds = objectMember(email, "mailboxIds");
-  if (inboxId && mailboxIds && !boolMember(*mailboxIds, *inboxId).value_or(false))
+std::string_view reasonForSilence(const base::JsonReader& email, const std::optional<std::string>& inboxId) {
+  const auto mailboxIds = email["mailboxIds"];
+  if (inboxId && mailboxIds.object() && !mailboxIds[*inboxId].boolean().value_or(false))
     return "not in inbox";
-  const auto* keywords = objectMember(email, "keywords");
-  if (keywords && boolMember(*keywords, "$seen").value_or(false))
+  const auto keywords = email["keywords"];
+  if (keywords["$seen"].boolean().value_or(false))
     return "already read";
-  if (keywords && boolMember(*keywords, "$draft").value_or(false))
+  if (keywords["$draft"].boolean().value_or(false))
     return "a draft";
   return {};
 }
@@ -84,14 +84,15 @@ NewMailNotifier::fetch(std::vector<std::string> ids, json::array properties, std
     const auto reply = co_await ask(client_, *session, std::move(body));
     if (!reply)
       co_return std::unexpected(reply.error());
-    const auto* list = answeredList(*reply, 0);
-    if (!list) {
+    const auto list = answeredList(*reply, 0);
+    if (!list.array()) {
       networkLogger.error("{}: unexpected Email/get response format", operation);
       inbox.isComplete = false;
       continue;
     }
-    for (const auto* email : objects(*list))
-      inbox.emails.push_back(*email);
+    for (const auto& element : list.elements())
+      if (const auto* email = element.object())
+        inbox.emails.push_back(*email);
   }
   auto inboxId = co_await queries_.fetchInboxMailboxId();
   if (inboxId)
@@ -106,15 +107,16 @@ async::Task<Result<NewMail>> NewMailNotifier::newMailAmong(std::vector<std::stri
     co_return std::unexpected(inbox.error());
   NewMail mail{.inboxName = queries_.mailboxes().inboxName.value_or("Inbox"),
                .accountParam = accountParameter(inbox->accountId)};
-  for (const auto& email : inbox->emails) {
-    auto id = stringMember(email, "id");
+  for (const auto& each : inbox->emails) {
+    const base::JsonReader email(each);
+    auto id = email["id"].string();
     if (const auto reason = reasonForSilence(email, inbox->id); !reason.empty()) {
       networkLogger.info("notifyForEmails: skipping {} — {}", id.value_or("?"), reason);
       continue;
     }
     mail.emails.push_back({.id = std::move(id),
                            .sender = senderText(email),
-                           .subject = stringMember(email, "subject").value_or("(No subject)")});
+                           .subject = email["subject"].string().value_or("(No subject)")});
   }
   co_return mail;
 }
@@ -184,9 +186,9 @@ async::Task<Result<void>> NewMailNotifier::takeBackWhatChanged() {
   auto gone = std::exchange(changed_, {});
   if (!inbox->isComplete)
     co_return {};
-  for (const auto& email : inbox->emails)
-    if (reasonForSilence(email, inbox->id).empty())
-      gone.erase(stringMember(email, "id").value_or(""));
+  for (const auto& each : inbox->emails)
+    if (const base::JsonReader email(each); reasonForSilence(email, inbox->id).empty())
+      gone.erase(email["id"].string().value_or(""));
   std::ranges::for_each(gone, [this](const auto& id) { takeBack(id); });
   co_return {};
 }

@@ -19,9 +19,7 @@ async::Task<Result<std::vector<ThreadEmailInfo>>> MailQueries::threadEmails(std:
                    jmapRequest("Thread/get", {{"accountId", account->id}, {"ids", {threadId}}}, "t0"));
   if (!threads)
     co_return std::unexpected(threads.error());
-  const auto* thread = firstListed(*threads, 0);
-  const auto* emailIds = thread ? arrayMember(*thread, "emailIds") : nullptr;
-  const auto ids = emailIds ? strings(*emailIds) : std::vector<std::string>();
+  const auto ids = firstListed(*threads, 0)["emailIds"].strings();
   if (ids.empty()) {
     networkLogger.error("threadEmails: unexpected JMAP response format or no emailIds for thread {}",
                         threadId);
@@ -35,18 +33,15 @@ async::Task<Result<std::vector<ThreadEmailInfo>>> MailQueries::threadEmails(std:
                   "e0"));
   if (!emails)
     co_return std::unexpected(emails.error());
-  const auto* list = answeredList(*emails, 0);
-  if (!list) {
+  const auto list = answeredList(*emails, 0);
+  if (!list.array()) {
     networkLogger.error("threadEmails: unexpected JMAP response format for thread {}", threadId);
     co_return std::unexpected(JMAPError::badResponse());
   }
   std::unordered_map<std::string, std::string> messageIds;
-  for (const auto* email : objects(*list)) {
-    auto id = stringMember(*email, "id");
-    auto messageId = firstStringMember(*email, "messageId");
-    if (id)
-      messageIds.insert_or_assign(*std::move(id), std::move(messageId).value_or(""));
-  }
+  for (const auto& email : list.elements())
+    if (auto id = email["id"].string())
+      messageIds.insert_or_assign(*std::move(id), email["messageId"][0].string().value_or(""));
   // The order of the thread, whatever the order of the list.
   std::vector<ThreadEmailInfo> result;
   for (const auto& id : ids)

@@ -1,7 +1,7 @@
 #include "mcp/JSONRPC.h"
 
 #include "base/Json.h"
-#include "jmap/JMAPReading.h"
+#include "base/JsonReader.h"
 
 #include <boost/json/object.hpp>
 #include <boost/json/parse.hpp>
@@ -14,18 +14,13 @@ namespace {
 
 namespace json = boost::json;
 
-const JSONValue* presentMember(const json::object& object, std::string_view key) {
-  const auto* value = object.if_contains(key);
-  return value && !value->is_null() ? value : nullptr;
-}
-
 // A number with a fraction, one too large, a boolean: they get the null id, and the request is answered.
-std::optional<JSONRPCID> decodedId(const json::object& request) {
-  if (!presentMember(request, "id"))
+std::optional<JSONRPCID> decodedId(const base::JsonReader& id) {
+  if (!id.isGiven())
     return std::nullopt;
-  if (const auto integer = jmap::integerMember(request, "id"))
+  if (const auto integer = id.wholeNumber())
     return JSONRPCID(*integer);
-  if (auto string = jmap::stringMember(request, "id"))
+  if (auto string = id.string())
     return JSONRPCID(*std::move(string));
   return JSONRPCID(nullptr);
 }
@@ -41,16 +36,14 @@ std::optional<JSONRPCRequest> JSONRPCRequest::decode(std::string_view body) {
   options.max_depth = deepest;
   boost::system::error_code failure;
   const auto value = json::parse(body, failure, {}, options);
-  const auto* object = failure ? nullptr : value.if_object();
-  if (!object || !jmap::stringMember(*object, "jsonrpc"))
+  const base::JsonReader request(value);
+  auto method = request["method"].string();
+  if (failure || !request["jsonrpc"].string() || !method)
     return std::nullopt;
-  auto method = jmap::stringMember(*object, "method");
-  if (!method)
-    return std::nullopt;
-  const auto* params = presentMember(*object, "params");
-  return JSONRPCRequest{.id = decodedId(*object),
+  const auto params = request["params"];
+  return JSONRPCRequest{.id = decodedId(request["id"]),
                         .method = *std::move(method),
-                        .params = params ? std::optional(*params) : std::nullopt};
+                        .params = params.isGiven() ? std::optional(*params.value()) : std::nullopt};
 }
 
 std::string JSONRPCResponse::encoded() const {

@@ -1,7 +1,7 @@
 #include "mcp/MCPDispatch.h"
 
+#include "base/JsonReader.h"
 #include "base/Text.h"
-#include "jmap/JMAPReading.h"
 #include "jmap/MailQueries.h"
 #include "mcp/tools/MCPTools.h"
 
@@ -32,15 +32,15 @@ std::unexpected<JSONRPCError> methodNotFound() {
 }
 
 std::expected<ToolCall, JSONRPCError> toolCall(const std::optional<JSONValue>& params) {
-  const auto* object = params ? params->if_object() : nullptr;
-  const auto name = object ? jmap::stringMember(*object, "name") : std::nullopt;
+  const auto reader = params ? base::JsonReader(*params) : base::JsonReader();
+  const auto name = reader["name"].string();
   if (!name)
     return failure(JSONRPCError::invalidParams, "Missing tool name");
   const auto found = std::ranges::find(tools::mcpTools, *name, [](const auto* tool) { return tool->name; });
   if (found == tools::mcpTools.end())
     return methodNotFound();
   // Arguments of another type hold nothing, as missing ones do.
-  const auto* given = jmap::objectMember(*object, "arguments");
+  const auto* given = reader["arguments"].object();
   ToolCall call{.tool = *found, .arguments = given ? *given : json::object()};
   for (const auto& argument : call.tool->arguments)
     if (argument.isRequired && !argument.isGiven(call.arguments))

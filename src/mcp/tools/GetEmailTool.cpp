@@ -1,4 +1,4 @@
-#include "jmap/JMAPReading.h"
+#include "base/JsonReader.h"
 #include "jmap/MailQueries.h"
 #include "mcp/tools/EmailHead.h"
 #include "mcp/tools/HtmlText.h"
@@ -27,8 +27,9 @@ std::string bodyText(const std::optional<jmap::EmailBody>& body) {
 }
 
 async::Task<ToolOutcome> run(ToolServices& services, boost::json::object given) {
-  const auto id = jmap::stringMember(given, "id").value_or("");
-  const auto offset = jmap::integerMember(given, "offset").value_or(0);
+  const base::JsonReader reader(given);
+  const auto id = reader["id"].string().value_or("");
+  const auto offset = reader["offset"].wholeNumber().value_or(0);
   const auto email = co_await services.mail.fullEmail(id);
   if (!email)
     co_return std::unexpected(email.error().description());

@@ -1,6 +1,6 @@
 #include "mcp/tools/MCPTool.h"
 
-#include "jmap/JMAPReading.h"
+#include "base/JsonReader.h"
 
 #include <boost/json/array.hpp>
 
@@ -11,8 +11,8 @@ namespace ondrel::mcp::tools {
 namespace json = boost::json;
 
 bool ToolArgument::isGiven(const json::object& arguments) const {
-  return type == Type::string ? jmap::stringMember(arguments, name).has_value()
-                              : jmap::integerMember(arguments, name).has_value();
+  const auto value = base::JsonReader(arguments)[name];
+  return type == Type::string ? value.string().has_value() : value.wholeNumber().has_value();
 }
 
 json::object MCPTool::inputSchema() const {

@@ -1,4 +1,4 @@
-#include "jmap/JMAPReading.h"
+#include "base/JsonReader.h"
 #include "jmap/MailQueries.h"
 #include "mcp/tools/MCPTools.h"
 
@@ -15,7 +15,7 @@ constexpr ToolArgument arguments[] = {
 };
 
 async::Task<ToolOutcome> run(ToolServices& services, boost::json::object given) {
-  const auto id = jmap::stringMember(given, "id").value_or("");
+  const auto id = base::JsonReader(given)["id"].string().value_or("");
   const auto url = co_await services.mail.messageURL(id);
   if (!url)
     co_return std::unexpected(url.error().description());

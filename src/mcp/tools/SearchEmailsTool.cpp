@@ -1,4 +1,4 @@
-#include "jmap/JMAPReading.h"
+#include "base/JsonReader.h"
 #include "jmap/MailQueries.h"
 #include "mcp/tools/EmailHead.h"
 #include "mcp/tools/MCPTools.h"
@@ -31,12 +31,12 @@ constexpr ToolArgument arguments[] = {
 };
 
 // An empty text is a condition too.
-jmap::EmailSearch readSearch(const boost::json::object& given) {
-  jmap::EmailSearch search{.after = jmap::stringMember(given, "after"),
-                           .before = jmap::stringMember(given, "before"),
-                           .from = jmap::stringMember(given, "from"),
-                           .subject = jmap::stringMember(given, "subject")};
-  const auto limit = jmap::integerMember(given, "limit").value_or(search.limit);
+jmap::EmailSearch readSearch(const base::JsonReader& given) {
+  jmap::EmailSearch search{.after = given["after"].string(),
+                           .before = given["before"].string(),
+                           .from = given["from"].string(),
+                           .subject = given["subject"].string()};
+  const auto limit = given["limit"].wholeNumber().value_or(search.limit);
   search.limit = std::clamp<std::int64_t>(limit, 1, mostEmails);
   return search;
 }
@@ -48,7 +48,7 @@ std::string previewText(const jmap::EmailSummary& email, const platform::TextFor
 }
 
 async::Task<ToolOutcome> run(ToolServices& services, boost::json::object given) {
-  const auto emails = co_await services.mail.searchEmails(readSearch(given));
+  const auto emails = co_await services.mail.searchEmails(readSearch(base::JsonReader(given)));
   if (!emails)
     co_return std::unexpected(emails.error().description());
   if (emails->empty())
