@@ -1,10 +1,10 @@
 #include "app/PersistedSession.h"
 
 #include "base/Json.h"
+#include "base/JsonReader.h"
 
 #include <boost/json/parse.hpp>
 #include <boost/json/value.hpp>
-#include <fmt/format.h>
 
 namespace ondrel::app {
 
@@ -35,111 +35,49 @@ json::object toJson(const PersistedWindow& window) {
   return object;
 }
 
-// A decoding that fails as a whole, with the place and the fault in words.
-struct DecodeError {
-  std::string what;
-};
+base::Bytes decodeBytes(const base::JsonReader& from) {
+  auto bytes = base::base64Decoded(from.string().value_or(""));
+  if (!bytes)
+    from.complain("is not base64");
+  return std::move(bytes).value_or(base::Bytes());
+}
 
-class Decoder {
- public:
-  Decoder(const json::value& value, std::string path) : value_(value), path_(std::move(path)) {}
+// 0 for what is no position of a list of that size.
+std::size_t decodeIndex(const base::JsonReader& from, std::size_t size) {
+  const auto position = from.number().value_or(0);
+  return position >= 0 && position < static_cast<double>(size) ? static_cast<std::size_t>(position) : 0;
+}
 
-  Decoder member(std::string_view key) const {
-    const auto* found = object().if_contains(key);
-    if (!found)
-      fail(fmt::format("has no \"{}\"", key));
-    return {*found, path_ + "." + std::string(key)};
-  }
-
-  std::optional<Decoder> optionalMember(std::string_view key) const {
-    const auto* found = object().if_contains(key);
-    if (!found || found->is_null())
-      return std::nullopt;
-    return Decoder(*found, path_ + "." + std::string(key));
-  }
-
-  template <class T>
-  std::vector<T> list(T (*decodeOne)(const Decoder&)) const {
-    const auto* array = value_.if_array();
-    if (!array)
-      fail("is not an array");
-    std::vector<T> result;
-    result.reserve(array->size());
-    for (const auto& element : *array)
-      result.push_back(decodeOne(Decoder(element, fmt::format("{}[{}]", path_, result.size()))));
-    return result;
-  }
-
-  std::string string() const {
-    const auto* text = value_.if_string();
-    if (!text)
-      fail("is not a string");
-    return std::string(*text);
-  }
-
-  double number() const {
-    boost::system::error_code error;
-    const auto result = value_.to_number<double>(error);
-    if (error)
-      fail("is not a number");
-    return result;
-  }
-
-  // 0 for what is no position of a list of that size.
-  std::size_t index(std::size_t size) const {
-    const auto position = number();
-    return position >= 0 && position < static_cast<double>(size) ? static_cast<std::size_t>(position) : 0;
-  }
-
-  bool boolean() const {
-    const auto* result = value_.if_bool();
-    if (!result)
-      fail("is not true or false");
-    return *result;
-  }
-
-  base::Bytes bytes() const {
-    auto result = base::base64Decoded(string());
-    if (!result)
-      fail("is not base64");
-    return std::move(*result);
-  }
-
- private:
-  const json::object& object() const {
-    const auto* result = value_.if_object();
-    if (!result)
-      fail("is not an object");
-    return *result;
-  }
-
-  [[noreturn]] void fail(const std::string& what) const { throw DecodeError{path_ + " " + what}; }
-
-  const json::value& value_;
-  std::string path_;
-};
-
-PersistedTab decodeTab(const Decoder& from) {
+PersistedTab decodeTab(const base::JsonReader& from) {
   PersistedTab tab;
-  tab.urlString = from.member("urlString").string();
-  tab.title = from.member("title").string();
-  if (const auto state = from.optionalMember("interactionState"))
-    tab.interactionState = state->bytes();
-  tab.pageZoom = from.member("pageZoom").number();
-  tab.toolbarVisible = from.member("toolbarVisible").boolean();
+  from["urlString"].read(tab.urlString);
+  from["title"].read(tab.title);
+  if (const auto state = from["interactionState"]; state.isGiven())
+    tab.interactionState = decodeBytes(state);
+  from["pageZoom"].read(tab.pageZoom);
+  from["toolbarVisible"].read(tab.toolbarVisible);
   return tab;
 }
 
-PersistedWindow decodeWindow(const Decoder& from) {
+PersistedFrame decodeFrame(const base::JsonReader& from) {
+  PersistedFrame frame;
+  from["x"].read(frame.x);
+  from["y"].read(frame.y);
+  from["width"].read(frame.width);
+  from["height"].read(frame.height);
+  return frame;
+}
+
+PersistedWindow decodeWindow(const base::JsonReader& from) {
   PersistedWindow window;
-  window.tabs = from.member("tabs").list(&decodeTab);
-  if (const auto frame = from.optionalMember("frame"))
-    window.frame = PersistedFrame{frame->member("x").number(), frame->member("y").number(),
-                                  frame->member("width").number(), frame->member("height").number()};
-  if (const auto maximized = from.optionalMember("isMaximized"))
-    window.isMaximized = maximized->boolean();
-  if (const auto selected = from.optionalMember("selectedTab"))
-    window.selectedTab = selected->index(window.tabs.size());
+  for (const auto& tab : from["tabs"].elements())
+    window.tabs.push_back(decodeTab(tab));
+  if (const auto frame = from["frame"]; frame.isGiven())
+    window.frame = decodeFrame(frame);
+  if (const auto maximized = from["isMaximized"]; maximized.isGiven())
+    maximized.read(window.isMaximized);
+  if (const auto selected = from["selectedTab"]; selected.isGiven())
+    window.selectedTab = decodeIndex(selected, window.tabs.size());
   return window;
 }
 
@@ -157,11 +95,13 @@ std::expected<PersistedSession, std::string> PersistedSession::decode(std::strin
   const auto value = json::parse(text, error);
   if (error)
     return std::unexpected("not JSON: " + error.message());
-  try {
-    return PersistedSession{Decoder(value, "session").member("windows").list(&decodeWindow)};
-  } catch (const DecodeError& failure) {
-    return std::unexpected(failure.what);
-  }
+  std::optional<base::JsonFault> fault;
+  PersistedSession session;
+  for (const auto& window : base::JsonReader(value, fault, "session")["windows"].elements())
+    session.windows.push_back(decodeWindow(window));
+  if (fault)
+    return std::unexpected(fault->path + " " + fault->what);
+  return session;
 }
 
 } // namespace ondrel::app
