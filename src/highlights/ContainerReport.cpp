@@ -1,8 +1,8 @@
 #include "highlights/ContainerReport.h"
 
+#include "base/JsonReader.h"
 #include "web/ScriptMessageFields.h"
 
-#include <boost/json/array.hpp>
 #include <boost/json/parse.hpp>
 #include <boost/json/value.hpp>
 
@@ -19,11 +19,11 @@ constexpr std::int64_t mostContainers = 10'000;
 std::vector<std::int64_t> integers(const std::string* text) {
   boost::json::error_code error;
   const auto value = text ? boost::json::parse(*text, error) : boost::json::value();
-  const auto* array = error ? nullptr : value.if_array();
+  const base::JsonReader list(value);
   std::vector<std::int64_t> result;
-  if (array && array->size() <= mostContainers)
-    for (const auto& element : *array)
-      result.push_back(element.is_int64() ? element.get_int64() : -1);
+  if (list.size() <= mostContainers)
+    for (const auto& element : list.elements())
+      result.push_back(element.integer().value_or(-1));
   return result;
 }
 

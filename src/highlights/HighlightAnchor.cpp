@@ -1,6 +1,5 @@
 #include "highlights/HighlightAnchor.h"
 
-#include <boost/json/object.hpp>
 #include <boost/json/parse.hpp>
 #include <boost/json/value.hpp>
 
@@ -59,24 +58,13 @@ std::string withLoneSurrogates(std::string_view text, std::string_view replaceme
 std::optional<HighlightAnchor> parsed(std::string_view text) {
   json::error_code error;
   const auto value = json::parse(text, error);
-  const auto* record = error ? nullptr : value.if_object();
-  if (!record)
-    return std::nullopt;
+  const base::JsonReader record(value);
   HighlightAnchor anchor;
-  const auto read = [record](std::string_view key, std::string& field) {
-    const auto* member = record->if_contains(key);
-    const auto* string = member ? member->if_string() : nullptr;
-    if (string)
-      field.assign(string->data(), string->size());
-    return string != nullptr;
-  };
-  const auto* occurrence = record->if_contains("occurrenceIndex");
-  if (!read("id", anchor.id) || !read("exact", anchor.exact) || !read("prefix", anchor.prefix) ||
-      !read("suffix", anchor.suffix) || !occurrence || !occurrence->is_int64())
+  if (!record["id"].read(anchor.id) || !record["exact"].read(anchor.exact) ||
+      !record["prefix"].read(anchor.prefix) || !record["suffix"].read(anchor.suffix) ||
+      !record["occurrenceIndex"].read(anchor.occurrenceIndex))
     return std::nullopt;
-  anchor.occurrenceIndex = occurrence->get_int64();
-  if (const auto* quote = record->if_contains("quote"))
-    anchor.quote = HighlightQuote::decode(*quote);
+  anchor.quote = HighlightQuote::decode(record["quote"]);
   return anchor;
 }
 

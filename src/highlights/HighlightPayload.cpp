@@ -27,16 +27,12 @@ std::optional<ExportedHighlight> decodedRecord(std::string_view text) {
   json::error_code error;
   json::monotonic_resource memory;
   const auto value = json::parse(text, error, &memory);
-  const auto* record = error ? nullptr : value.if_object();
-  const auto* messageId = record ? record->if_contains("messageId") : nullptr;
-  const auto* highlight = record ? record->if_contains("highlight") : nullptr;
-  if (!messageId || !messageId->is_string() || !highlight)
+  const base::JsonReader record(value);
+  auto messageId = record["messageId"].string();
+  auto highlight = PersistedHighlight::decode(record["highlight"]);
+  if (!messageId || !highlight)
     return std::nullopt;
-  auto decoded = PersistedHighlight::decode(*highlight);
-  if (!decoded)
-    return std::nullopt;
-  const auto& id = messageId->get_string();
-  return ExportedHighlight{std::string(id.data(), id.size()), std::move(*decoded)};
+  return ExportedHighlight{*std::move(messageId), *std::move(highlight)};
 }
 
 } // namespace

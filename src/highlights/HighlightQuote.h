@@ -1,6 +1,6 @@
 #pragma once
 
-#include <boost/json/fwd.hpp>
+#include "base/JsonReader.h"
 
 #include <optional>
 #include <string>
@@ -16,7 +16,7 @@ struct HighlightQuote {
 
   boost::json::object encode() const;
   // Three strings; further members are passed over.
-  static std::optional<HighlightQuote> decode(const boost::json::value& value);
+  static std::optional<HighlightQuote> decode(const base::JsonReader& from);
 
   bool operator==(const HighlightQuote&) const = default;
 };

@@ -66,7 +66,7 @@ bool HighlightSalvage::readRecord() {
   const auto record = element ? json::parse(*element, error, &memory) : json::value();
   if (!element || error)
     return false;
-  if (auto highlight = PersistedHighlight::decode(record))
+  if (auto highlight = PersistedHighlight::decode(base::JsonReader(record)))
     highlights_.push_back({*messageId_, std::move(*highlight)});
   else
     isDamaged_ = true;

@@ -8,7 +8,6 @@
 #include "web/ScriptMessageRouter.h"
 #include "web/WindowViewModel.h"
 
-#include <boost/json/array.hpp>
 #include <boost/json/parse.hpp>
 #include <boost/json/value.hpp>
 
@@ -33,13 +32,9 @@ double secondsSince2001() {
 std::optional<std::vector<std::string>> strings(const std::string& text) {
   json::error_code error;
   const auto value = json::parse(text, error);
-  const auto* array = error ? nullptr : value.if_array();
-  if (!array || !std::ranges::all_of(*array, &json::value::is_string))
-    return std::nullopt;
-  std::vector<std::string> result;
-  for (const auto& element : *array)
-    result.emplace_back(element.get_string());
-  return result;
+  const base::JsonReader list(value);
+  auto result = list.strings();
+  return list.array() && result.size() == list.size() ? std::optional(std::move(result)) : std::nullopt;
 }
 
 } // namespace

@@ -17,31 +17,6 @@ namespace {
 
 namespace json = boost::json;
 
-bool read(const json::object& record, std::string_view key, std::string& field) {
-  const auto* value = record.if_contains(key);
-  const auto* text = value ? value->if_string() : nullptr;
-  if (text)
-    field.assign(text->data(), text->size());
-  return text;
-}
-
-bool read(const json::object& record, std::string_view key, std::int64_t& field) {
-  const auto* value = record.if_contains(key);
-  const auto* number = value ? value->if_int64() : nullptr;
-  if (number)
-    field = *number;
-  return number;
-}
-
-bool read(const json::object& record, std::string_view key, double& field) {
-  const auto* value = record.if_contains(key);
-  if (!value || !value->is_number())
-    return false;
-  field = value->to_number<double>();
-  // A number too large for a double has no form in JSON: saving it would spoil the whole file.
-  return std::isfinite(field);
-}
-
 // All of the member is in a field. A quote that has more to it is kept as it is, too.
 bool isKnown(const json::key_value_pair& member, bool hasQuote) {
   static constexpr std::string_view keys[] = {"id",     "threadId",        "exact",    "prefix",
@@ -88,19 +63,20 @@ json::object PersistedHighlight::encodeWhole() const {
   return record;
 }
 
-std::optional<PersistedHighlight> PersistedHighlight::decode(const json::value& value) {
-  const auto* record = value.if_object();
+std::optional<PersistedHighlight> PersistedHighlight::decode(const base::JsonReader& record) {
   PersistedHighlight highlight;
-  if (!record || !read(*record, "id", highlight.id) || !read(*record, "threadId", highlight.threadId) ||
-      !read(*record, "exact", highlight.exact) || !read(*record, "prefix", highlight.prefix) ||
-      !read(*record, "suffix", highlight.suffix) ||
-      !read(*record, "occurrenceIndex", highlight.occurrenceIndex) ||
-      !read(*record, "createdAt", highlight.createdAt))
+  if (!record["id"].read(highlight.id) || !record["threadId"].read(highlight.threadId) ||
+      !record["exact"].read(highlight.exact) || !record["prefix"].read(highlight.prefix) ||
+      !record["suffix"].read(highlight.suffix) ||
+      !record["occurrenceIndex"].read(highlight.occurrenceIndex) ||
+      !record["createdAt"].read(highlight.createdAt))
     return std::nullopt;
-  if (const auto* quote = record->if_contains("quote"))
-    highlight.quote = HighlightQuote::decode(*quote);
+  // A number too large for a double has no form in JSON: saving it would spoil the whole file.
+  if (!std::isfinite(highlight.createdAt))
+    return std::nullopt;
+  highlight.quote = HighlightQuote::decode(record["quote"]);
   json::object further;
-  for (const auto& member : *record)
+  for (const auto& member : *record.object())
     if (!isKnown(member, highlight.quote.has_value()))
       further.emplace(member.key(), member.value());
   if (!further.empty())

@@ -34,7 +34,7 @@ struct PersistedHighlight {
   // All of it: what is kept in files.
   boost::json::object encodeWhole() const;
   // The seven keys are required and of their type.
-  static std::optional<PersistedHighlight> decode(const boost::json::value& value);
+  static std::optional<PersistedHighlight> decode(const base::JsonReader& record);
 
   bool operator==(const PersistedHighlight&) const = default;
 };

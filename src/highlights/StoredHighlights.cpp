@@ -35,7 +35,7 @@ std::expected<StoredHighlights, std::string> StoredHighlights::decode(std::strin
     auto& highlights = stored.byMessageId[messageId];
     highlights.reserve(list->size());
     for (const auto& record : *list) {
-      auto highlight = PersistedHighlight::decode(record);
+      auto highlight = PersistedHighlight::decode(base::JsonReader(record));
       if (!highlight)
         return std::unexpected("a record is no highlight");
       highlights.push_back(std::move(*highlight));

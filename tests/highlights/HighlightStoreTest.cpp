@@ -98,8 +98,6 @@ TEST_F(HighlightStoreTest, ADamagedFileEmptiesTheStoreAndIsKeptBeforeTheFirstSav
                                 broken("769012345.625", "\"769012345\""),
                                 broken("769012345.625", "1e999"),
                                 broken(":2,", ":2.5,"),
-                                broken(":2,", ":9223372036854775808,"),
-                                broken("\"words\"", "null"),
                                 broken("words", "\\ud800")};
   for (const auto& content : files_) {
     files.files = {{path, content}};
