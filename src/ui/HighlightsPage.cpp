@@ -1,5 +1,6 @@
 #include "ui/HighlightsPage.h"
 
+#include "base/JsonReader.h"
 #include "base/Url.h"
 #include "platform/Download.h"
 #include "platform/WebView.h"
@@ -83,12 +84,12 @@ async::Task<void> HighlightsPage::draw() {
 
 async::Task<std::optional<HighlightsPage::Place>> HighlightsPage::place() {
   const auto answer = co_await webView_->evaluate(readPlace, std::nullopt, placeDeadline);
-  const auto* object = answer ? answer->if_object() : nullptr;
-  const auto* entry = object ? object->if_contains("entry") : nullptr;
-  const auto* top = object ? object->if_contains("top") : nullptr;
-  if (!entry || !entry->is_number() || !top || !top->is_number())
+  const auto reader = answer ? base::JsonReader(*answer) : base::JsonReader();
+  const auto entry = reader["entry"].wholeNumber();
+  const auto top = reader["top"].number();
+  if (!entry || *entry < 0 || !top)
     co_return std::nullopt;
-  co_return Place{entry->to_number<std::size_t>(), top->to_number<double>()};
+  co_return Place{static_cast<std::size_t>(*entry), *top};
 }
 
 std::optional<HighlightsPage::Place> HighlightsPage::moved(const Place& place,

@@ -1,5 +1,6 @@
 #include "web/ScriptMessageFields.h"
 
+#include "base/JsonReader.h"
 #include "base/Text.h"
 
 #include <boost/json/value.hpp>
@@ -11,12 +12,9 @@ std::optional<ScriptMessageFields> ScriptMessageFields::from(const boost::json::
   if (!object)
     return std::nullopt;
   ScriptMessageFields result;
-  for (const auto& [key, value] : *object) {
-    const auto* text = value.if_string();
-    if (!text)
+  for (const auto& [key, value] : *object)
+    if (!base::JsonReader(value).read(result.fields_[key]))
       return std::nullopt;
-    result.fields_.insert_or_assign(std::string(key), std::string(*text));
-  }
   return result;
 }
 

@@ -1,6 +1,7 @@
 #include "platform/linux/files/JsonUserDefaults.h"
 
 #include "base/Json.h"
+#include "base/JsonReader.h"
 #include "base/Log.h"
 #include "base/Text.h"
 #include "platform/linux/glib/Ref.h"
@@ -57,23 +58,19 @@ void JsonUserDefaults::load() {
 }
 
 std::optional<bool> JsonUserDefaults::boolean(std::string_view key) const {
-  const auto* value = values_.if_contains(key);
-  return value && value->is_bool() ? std::optional(value->get_bool()) : std::nullopt;
+  return base::JsonReader(values_)[key].boolean();
 }
 
 std::optional<std::int64_t> JsonUserDefaults::integer(std::string_view key) const {
-  const auto* value = values_.if_contains(key);
-  return value && value->is_int64() ? std::optional(value->get_int64()) : std::nullopt;
+  return base::JsonReader(values_)[key].integer();
 }
 
 std::optional<double> JsonUserDefaults::number(std::string_view key) const {
-  const auto* value = values_.if_contains(key);
-  return value && value->is_number() ? std::optional(value->to_number<double>()) : std::nullopt;
+  return base::JsonReader(values_)[key].number();
 }
 
 std::optional<std::string> JsonUserDefaults::string(std::string_view key) const {
-  const auto* value = values_.if_contains(key);
-  return value && value->is_string() ? std::optional(std::string(value->get_string())) : std::nullopt;
+  return base::JsonReader(values_)[key].string();
 }
 
 void JsonUserDefaults::set(std::string_view key, bool value) {

@@ -1,6 +1,8 @@
 #include "platform/linux/pagefiles/WebKitFileHandover.h"
 
 #include "async/Deadline.h"
+#include "base/Json.h"
+#include "base/JsonReader.h"
 #include "platform/Deadlines.h"
 #include "platform/linux/glib/AsyncResult.h"
 #include "platform/linux/pagefiles/WebKitFileScript.h"
@@ -8,7 +10,6 @@
 
 #include <boost/json/array.hpp>
 #include <boost/json/object.hpp>
-#include <boost/json/serialize.hpp>
 #include <boost/json/value_from.hpp>
 
 #include <chrono>
@@ -26,17 +27,14 @@ constexpr auto hoverDeadline = 1s;
 std::optional<Answer> answerFrom(JSCValue* value) {
   const CString json(value ? jsc_value_to_json(value, 0) : nullptr);
   const auto parsed = json ? text::parsePageJson(json.get()) : std::nullopt;
-  const auto* object = parsed ? parsed->if_object() : nullptr;
-  if (!object)
+  const auto reader = parsed ? base::JsonReader(*parsed) : base::JsonReader();
+  if (!reader.object())
     return std::nullopt;
   Answer answer;
-  if (const auto* accepted = object->if_contains("accepted"))
-    answer.accepted = accepted->is_bool() && accepted->get_bool();
-  if (const auto* lost = object->if_contains("lost"); lost && lost->is_array()) {
-    for (const auto& index : lost->get_array())
-      if (index.is_int64() && index.get_int64() >= 0)
-        answer.lost.push_back(static_cast<std::size_t>(index.get_int64()));
-  }
+  answer.accepted = reader["accepted"].boolean().value_or(false);
+  for (const auto& element : reader["lost"].elements())
+    if (const auto index = element.integer(); index && *index >= 0)
+      answer.lost.push_back(static_cast<std::size_t>(*index));
   return answer;
 }
 
@@ -82,7 +80,7 @@ async::Task<std::optional<Answer>> WebKitFileHandover::run(Call what) {
                                     {"sizes", boost::json::value_from(what.sizes)},
                                     {"times", boost::json::value_from(what.times)},
                                     {"picture", what.picture}};
-  auto text = boost::json::serialize(request);
+  auto text = base::jsonText(request);
   auto answer = co_await async::withDeadline(what.deadline, call(glib::share(view_), std::move(text)));
   co_return answer ? std::move(*answer) : std::nullopt;
 }
