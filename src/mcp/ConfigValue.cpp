@@ -1,11 +1,11 @@
 #include "mcp/ConfigValue.h"
 
+#include "base/Json.h"
 #include "base/Text.h"
 #include "mcp/ConfigReader.h"
 #include "mcp/LoneSurrogates.h"
 
 #include <boost/json/basic_parser_impl.hpp>
-#include <boost/json/serialize.hpp>
 
 namespace ondrel::mcp {
 
@@ -69,12 +69,12 @@ void ConfigValue::append(std::string& text, std::size_t level) const {
   if (const auto* literal = std::get_if<Literal>(&value_))
     text += literal->text;
   else if (const auto* string = std::get_if<std::string>(&value_))
-    text += json::serialize(json::string_view(*string));
+    text += base::jsonStringLiteral(*string);
   else if (const auto* array = std::get_if<Array>(&value_))
     appendAll('[', ']', *array, [&](const ConfigValue& element) { element.append(text, level + 1); });
   else
     appendAll('{', '}', std::get<Object>(value_), [&](const auto& member) {
-      text += json::serialize(json::string_view(member.first));
+      text += base::jsonStringLiteral(member.first);
       text += ": ";
       member.second.append(text, level + 1);
     });

@@ -1,60 +1,17 @@
 #include "mcp/LoneSurrogates.h"
 
-#include <fmt/format.h>
+#include "base/LoneSurrogates.h"
 
-#include <charconv>
-#include <optional>
+#include <fmt/format.h>
 
 namespace ondrel::mcp {
 
-namespace {
-
-constexpr std::size_t escapeLength = 6;
-
-// The code unit of an escape at the beginning of the text.
-std::optional<unsigned> escapedUnit(std::string_view text) {
-  if (!text.starts_with("\\u") || text.size() < escapeLength)
-    return std::nullopt;
-  const auto* first = text.data() + 2;
-  const auto* last = text.data() + escapeLength;
-  unsigned unit = 0;
-  const auto [end, error] = std::from_chars(first, last, unit, 16);
-  return error == std::errc() && end == last ? std::optional(unit) : std::nullopt;
-}
-
-bool isHigh(std::optional<unsigned> unit) {
-  return unit && *unit >= 0xD800 && *unit < 0xDC00;
-}
-
-bool isLow(std::optional<unsigned> unit) {
-  return unit && *unit >= 0xDC00 && *unit < 0xE000;
-}
-
-void appendBytes(std::string& text, unsigned unit) {
-  text += static_cast<char>(0xE0U | unit >> 12U);
-  text += static_cast<char>(0x80U | (unit >> 6U & 0x3FU));
-  text += static_cast<char>(0x80U | (unit & 0x3FU));
-}
-
-} // namespace
-
 std::string loneSurrogatesAsBytes(std::string_view json) {
-  std::string result;
-  result.reserve(json.size());
-  while (!json.empty()) {
-    const auto unit = escapedUnit(json);
-    std::size_t length = json.front() == '\\' ? 2 : 1;
-    if (isHigh(unit) && isLow(escapedUnit(json.substr(escapeLength))))
-      length = 2 * escapeLength;
-    else if (isHigh(unit) || isLow(unit)) {
-      appendBytes(result, *unit);
-      json.remove_prefix(escapeLength);
-      continue;
-    }
-    result += json.substr(0, length);
-    json.remove_prefix(std::min(length, json.size()));
-  }
-  return result;
+  return base::replacingLoneSurrogates(json, [](unsigned half) {
+    return std::string{static_cast<char>(0xE0U | half >> 12U),
+                       static_cast<char>(0x80U | (half >> 6U & 0x3FU)),
+                       static_cast<char>(0x80U | (half & 0x3FU))};
+  });
 }
 
 std::string loneSurrogatesAsEscapes(std::string_view json) {

@@ -5,9 +5,8 @@
 
 namespace ondrel::mcp {
 
-// Half of a surrogate pair can stand in JSON as an escape ("\\ud83d" with nothing after it) though no
-// character is meant. Programs that cut texts anywhere write such. Readers refuse it; as the three bytes that
-// UTF-8 would have for it, it passes through them.
+// Half of a surrogate pair that stands in JSON alone passes through parsers as the three bytes that UTF-8
+// would have for it.
 
 // In a JSON text: escapes of single halves become bytes.
 std::string loneSurrogatesAsBytes(std::string_view json);
