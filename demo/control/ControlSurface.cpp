@@ -1,8 +1,8 @@
 #include "demo/control/ControlSurface.h"
 
+#include "base/JsonReader.h"
 #include "base/LoopbackHost.h"
 #include "demo/control/Delivery.h"
-#include "demo/http/JsonFields.h"
 
 namespace ondrel::demo::control {
 
@@ -27,8 +27,9 @@ ControlSurface::ControlSurface(Controlled parts) : parts_(parts) {
       {"POST /control/expire-token", doing([this](const auto&) { parts_.signIn.expireToken(); })},
       {"POST /control/sign-out", doing([this](const auto&) { parts_.signIn.signOutEverybody(); })},
       {"POST /control/forget-changes", doing([this](const auto&) { parts_.store.forgetChanges(); })},
-      {"POST /control/labels-mode",
-       doing([this](const auto& order) { parts_.isInLabelsMode = http::fieldOr(order, "on", true); })},
+      {"POST /control/labels-mode", doing([this](const auto& order) {
+         parts_.isInLabelsMode = base::JsonReader(order)["on"].boolean().value_or(true);
+       })},
       {"POST /control/reset", [this](const auto&) { return reset(); }},
   };
 }
@@ -45,29 +46,30 @@ void ControlSurface::handle(http::Exchange& exchange) const {
     exchange.refuse(SOUP_STATUS_BAD_REQUEST, "The order makes no sense.");
 }
 
-ControlSurface::Answer ControlSurface::fail(const json::object& order) const {
+ControlSurface::Answer ControlSurface::fail(const json::object& given) const {
+  const base::JsonReader order(given);
   const std::map<std::string, Fault::Kind> kinds{{"status", Fault::Kind::status},
                                                  {"delay", Fault::Kind::delay},
                                                  {"close", Fault::Kind::close},
                                                  {"silence", Fault::Kind::silence}};
-  const auto method = http::fieldOr<std::string>(order, "method", "");
-  const auto path = http::fieldOr<std::string>(order, "path", "");
-  const auto kind = kinds.find(http::fieldOr<std::string>(order, "kind", "status"));
-  const auto count = http::fieldOr(order, "count", 1);
-  const auto status = http::fieldOr(order, "status", 500);
-  const auto milliseconds = http::fieldOr(order, "milliseconds", 0);
+  const auto method = order["method"].string().value_or("");
+  const auto path = order["path"].string().value_or("");
+  const auto kind = kinds.find(order["kind"].string().value_or("status"));
+  const auto count = order["count"].wholeNumber().value_or(1);
+  const auto status = order["status"].wholeNumber().value_or(500);
+  const auto milliseconds = order["milliseconds"].wholeNumber().value_or(0);
   if ((method.empty() && !path.starts_with('/')) || kind == kinds.end() || count < 1 || status < 200 ||
       status > 599 || milliseconds < 0)
     return std::nullopt;
   parts_.faults.add(method.empty() ? path : method, static_cast<unsigned>(count),
                     {kind->second, std::chrono::milliseconds(milliseconds), static_cast<unsigned>(status),
-                     method.empty() ? http::fieldOr<std::string>(order, "body", "Fault on demand.\n")
-                                    : http::fieldOr<std::string>(order, "type", "serverFail")});
+                     method.empty() ? order["body"].string().value_or("Fault on demand.\n")
+                                    : order["type"].string().value_or("serverFail")});
   return json::object();
 }
 
 ControlSurface::Answer ControlSurface::stream(const json::object& order) const {
-  const auto action = http::fieldOr<std::string>(order, "action", "");
+  const auto action = base::JsonReader(order)["action"].string().value_or("");
   const auto listeners = parts_.streams.listeners();
   if (action == "drop")
     parts_.streams.drop();

@@ -1,5 +1,6 @@
 #include "demo/http/Exchange.h"
 
+#include "base/Json.h"
 #include "base/Text.h"
 #include "base/Url.h"
 #include "platform/linux/glib/Ref.h"
@@ -80,7 +81,7 @@ void Exchange::reply(unsigned status, const char* contentType, std::string_view 
 
 void Exchange::replyJson(const boost::json::value& value) {
   setHeader("Cache-Control", "no-store");
-  reply(SOUP_STATUS_OK, "application/json", boost::json::serialize(value));
+  reply(SOUP_STATUS_OK, "application/json", base::jsonText(value));
 }
 
 void Exchange::replyFile(std::string_view bytes, const char* contentType, const std::string& name,

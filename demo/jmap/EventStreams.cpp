@@ -1,5 +1,6 @@
 #include "demo/jmap/EventStreams.h"
 
+#include "base/Json.h"
 #include "base/Text.h"
 #include "demo/jmap/JmapMethods.h"
 
@@ -70,7 +71,7 @@ void EventStreams::tell(Listener& listener) {
   if (changes.empty())
     return;
   const json::object event{{"@type", "StateChange"}, {"changed", {{mailAccountId, std::move(changes)}}}};
-  listener.stream->send(fmt::format("event: state\ndata: {}\nid: {}\n\n", json::serialize(event), eventId()));
+  listener.stream->send(fmt::format("event: state\ndata: {}\nid: {}\n\n", base::jsonText(event), eventId()));
 }
 
 void EventStreams::schedulePing(Listener& listener) {

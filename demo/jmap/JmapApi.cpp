@@ -1,5 +1,7 @@
 #include "demo/jmap/JmapApi.h"
 
+#include "base/JsonReader.h"
+
 #include <boost/json.hpp>
 
 #include <algorithm>
@@ -40,14 +42,8 @@ JmapAnswer problem(const char* type, const char* detail) {
           {{"type", std::string("urn:ietf:params:jmap:error:") + type}, {"status", 400}, {"detail", detail}}};
 }
 
-const json::value* member(const json::value& value, std::string_view key) {
-  return value.is_object() ? value.get_object().if_contains(key) : nullptr;
-}
-
-bool isMethodCall(const json::value& call) {
-  const auto* array = call.if_array();
-  return array && array->size() == 3 && (*array)[0].is_string() && (*array)[1].is_object() &&
-         (*array)[2].is_string();
+bool isMethodCall(const base::JsonReader& call) {
+  return call.size() == 3 && call[0].string() && call[1].object() && call[2].string();
 }
 
 // Replaces each argument "#name" by "name" with what it refers to in the responses so far (RFC 8620, 3.7,
@@ -56,16 +52,16 @@ bool resolveReferences(json::object& arguments, const json::array& responses) {
   for (const auto& [key, reference] : json::object(arguments)) {
     if (!key.starts_with('#'))
       continue;
-    const auto* callId = member(reference, "resultOf");
-    const auto* name = member(reference, "name");
-    const auto* path = member(reference, "path");
+    const base::JsonReader from(reference);
+    const auto* callId = from["resultOf"].value();
+    const auto* name = from["name"].value();
+    const auto path = from["path"].string();
     const auto response = std::ranges::find_if(responses, [&](const json::value& r) {
       return callId && name && r.at(2) == *callId && r.at(0) == *name;
     });
     boost::system::error_code error;
-    const auto* found = response == responses.end() || !path || !path->is_string()
-                            ? nullptr
-                            : response->at(1).find_pointer(path->get_string(), error);
+    const auto* found =
+        response == responses.end() || !path ? nullptr : response->at(1).find_pointer(*path, error);
     if (!found)
       return false;
     arguments[key.substr(1)] = *found;
@@ -79,8 +75,8 @@ MethodResult run(const Request& request, const std::string& name, const json::ob
   if (method == std::end(methods) ||
       !request.capabilities.contains(method->isMail ? mailCapability : request.userCapability))
     return std::unexpected(MethodError{"unknownMethod"});
-  const auto* account = values.if_contains("accountId");
-  if (!account || !account->is_string())
+  const auto account = base::JsonReader(values)["accountId"].string();
+  if (!account)
     return std::unexpected(MethodError{"invalidArguments", "accountId is missing or no string"});
   if (*account != mailAccountId && *account != userAccountId)
     return std::unexpected(MethodError{"accountNotFound"});
@@ -115,17 +111,18 @@ JmapAnswer answerJmap(const JmapContext& context, std::uint16_t webPort, std::st
   const auto parsed = json::parse(body, error);
   if (error || !contentType.starts_with("application/json"))
     return problem("notJSON", "The request is no JSON, or doesn't say so.");
-  const auto* used = member(parsed, "using");
-  const auto* calls = member(parsed, "methodCalls");
+  const base::JsonReader reader(parsed);
+  const auto* used = reader["using"].value();
+  const auto* calls = reader["methodCalls"].array();
   auto capabilities = json::try_value_to<Names>(used ? *used : json::value());
-  if (!capabilities || !calls || !calls->is_array() || !std::ranges::all_of(calls->get_array(), isMethodCall))
+  if (!capabilities || !calls || !std::ranges::all_of(reader["methodCalls"].elements(), isMethodCall))
     return problem("notRequest", "The JSON is no Request object.");
   const Request request{context, *std::move(capabilities), userCapability(webPort)};
   for (const auto& capability : request.capabilities)
     if (capability != coreCapability && capability != mailCapability && capability != request.userCapability)
       return problem("unknownCapability", "The request uses a capability that is not offered here.");
   json::array responses;
-  for (const auto& call : calls->get_array())
+  for (const auto& call : *calls)
     responses.push_back(responseTo(request, call.get_array(), responses));
   return {200, {{"methodResponses", std::move(responses)}, {"sessionState", "session-1"}}};
 }

@@ -1,5 +1,6 @@
 #include "demo/jmap/JmapSurface.h"
 
+#include "base/Json.h"
 #include "base/Text.h"
 #include "demo/jmap/JmapApi.h"
 #include "demo/mail/SampleMail.h"
@@ -14,7 +15,7 @@ namespace {
 
 void replyProblem(http::Exchange& exchange, unsigned status, const json::object& problem) {
   exchange.setHeader("Cache-Control", "no-store");
-  exchange.reply(status, "application/problem+json", json::serialize(problem));
+  exchange.reply(status, "application/problem+json", base::jsonText(problem));
 }
 
 json::object account(const std::string& name, const std::string& capability) {

@@ -1,5 +1,6 @@
+#include "base/Json.h"
+#include "base/JsonReader.h"
 #include "demo/Service.h"
-#include "demo/http/JsonFields.h"
 #include "demo/jmap/JmapApi.h"
 #include "platform/linux/glib/GlibEventLoop.h"
 
@@ -10,6 +11,7 @@
 
 #include <cstdio>
 #include <memory>
+#include <utility>
 
 using namespace ondrel;
 
@@ -65,9 +67,11 @@ Ports lastPorts(const char* path) {
   const glib::CString owned(text);
   boost::system::error_code error;
   const auto value = boost::json::parse(text ? text : "", error);
-  const auto ports = value.is_object() ? value.get_object() : boost::json::object();
-  return {demo::http::fieldOr<std::uint16_t>(ports, "web", 0),
-          demo::http::fieldOr<std::uint16_t>(ports, "control", 0)};
+  const auto port = [&value](const char* name) {
+    const auto number = base::JsonReader(value)[name].wholeNumber().value_or(0);
+    return std::in_range<std::uint16_t>(number) ? static_cast<std::uint16_t>(number) : std::uint16_t{0};
+  };
+  return {port("web"), port("control")};
 }
 
 // Whole and for the user alone. What went wrong, or nothing.
@@ -147,7 +151,7 @@ int main(int count, char** values) {
   const boost::json::object ready{{"web", fmt::format("http://localhost:{}/", service->webPort())},
                                   {"control", fmt::format("http://localhost:{}/", service->controlPort())},
                                   {"siteFile", options.siteFile ? options.siteFile.get() : ""}};
-  fmt::print("{}\n", boost::json::serialize(ready));
+  fmt::print("{}\n", base::jsonText(ready));
   std::fflush(stdout);
   g_main_loop_run(loop.get());
   return 0;

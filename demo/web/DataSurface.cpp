@@ -1,7 +1,7 @@
 #include "demo/web/DataSurface.h"
 
+#include "base/JsonReader.h"
 #include "base/Text.h"
-#include "demo/http/JsonFields.h"
 #include "demo/mail/SampleMail.h"
 #include "platform/linux/glib/Ref.h"
 
@@ -22,13 +22,13 @@ struct Asked {
   http::SignIn& signIn;
 
   std::string query(std::string_view name) const { return exchange.query(name).value_or(""); }
-  std::string field(std::string_view name) const { return fieldOf(exchange.jsonBody(), name); }
+  std::string field(std::string_view name) const {
+    const auto body = exchange.jsonBody();
+    return base::JsonReader(body)[name].string().value_or("");
+  }
   std::size_t number(std::string_view name, std::size_t otherwise) const {
     const auto number = base::parsedInteger(query(name));
     return number && *number >= 0 ? static_cast<std::size_t>(*number) : otherwise;
-  }
-  static std::string fieldOf(const json::object& object, std::string_view name) {
-    return http::fieldOr<std::string>(object, name, "");
   }
 };
 
@@ -142,18 +142,18 @@ Answer move(const Asked& asked) {
 }
 
 Answer send(const Asked& asked) {
-  using Texts = std::vector<std::string>;
-  const auto body = asked.exchange.jsonBody();
-  const auto to = http::fieldOr(body, "to", Texts());
+  const auto content = asked.exchange.jsonBody();
+  const base::JsonReader body(content);
+  const auto to = body["to"].strings();
   if (to.empty())
     return std::nullopt;
   auto email = asked.store.draft();
   for (const auto& address : to)
     email.to.push_back({"", address});
-  email.subject = Asked::fieldOf(body, "subject");
-  email.html = Asked::fieldOf(body, "html");
+  email.subject = body["subject"].string().value_or("");
+  email.html = body["html"].string().value_or("");
   email.from = mail::demoUser();
-  for (const auto& id : http::fieldOr(body, "blobIds", Texts()))
+  for (const auto& id : body["blobIds"].strings())
     if (asked.store.blob(id))
       email.attachments.push_back({id});
   email.receivedAt = std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now());
