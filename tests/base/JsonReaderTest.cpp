@@ -56,7 +56,7 @@ TEST(JsonReader, TakesEachValueForWhatItIsAndAllElseForAbsent) {
 TEST(JsonReader, TellsTheFirstFaultAndItsPlace) {
   const std::tuple<std::string, const char*, const char*> cases[] = {
       {"file", R"({"list":[{"s":"a","n":1},{"s":"b","n":2.5,"later":[]}]})", ""},
-      {"file", R"({"list":[{"s":"a","n":1},{"s":null}]})", R"(file.list[1].s|is not a string)"},
+      {"file", R"({"list":[{"s":"a","n":1},{"s":null,"extra":-1}]})", R"(file.list[1].s|is not a string)"},
       {"file", R"({"list":[{"s":"a"},{}]})", R"(file.list[0]|has no "n")"},
       {"file", R"({"list":[[]]})", R"(file.list[0]|is not an object)"},
       {"file", R"({"list":{}})", R"(file.list|is not an array)"},
