@@ -121,7 +121,7 @@ class Program {
         app_({.programInfo = programInfo,
               .application = application,
               .defaults = defaults_,
-              .defaultsSaving = defaults_.saving(),
+              .defaultsFile = defaults_.file(),
               .directories = directories_,
               .files = files_,
               .fileReader = fileReader_,

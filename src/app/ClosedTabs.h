@@ -42,6 +42,7 @@ class ClosedTabs {
   std::optional<Entry> take();
   // Puts what was closed in this turn of the main loop into the list. Happens by itself a turn later.
   void finish();
+  platform::KeptFile& file() { return store_.file(); }
 
  private:
   struct Closing;

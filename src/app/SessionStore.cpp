@@ -1,65 +1,42 @@
 #include "app/SessionStore.h"
 
-#include "platform/FileStore.h"
+#include <utility>
 
 namespace ondrel::app {
 
 SessionStore::SessionStore(platform::Directories& directories, platform::FileStore& files,
                            std::string_view fileName)
-    : fileName_(fileName), directories_(directories), files_(files), saving_([this] { return write(); }) {
-}
-
-std::optional<std::string> SessionStore::path() const {
-  auto folder = directories_.applicationSupport();
-  if (!folder)
-    return std::nullopt;
-  return *folder + "/" + fileName_;
+    : file_(files, platform::KeptFile::inApplicationSupport(directories, std::string(fileName)),
+            {.cantDecode = "SessionStore: decode failed: ",
+             .cantSave = "SessionStore: save failed: ",
+             .isKept = "SessionStore: the unreadable session is kept as ",
+             .hasNoFolder = "SessionStore: failed to resolve Application Support URL",
+             .hasNoFolderProblem = "there is no folder for the session"},
+            {.take = [this](const std::string& text) -> std::expected<void, std::string> {
+               auto session = PersistedSession::decode(text);
+               if (!session)
+                 return std::unexpected(std::move(session.error()));
+               loaded_ = std::move(*session);
+               return {};
+             },
+             .text = [this] { return content_; },
+             .didSave =
+                 [this](bool isSaved) {
+                   loaded_.reset();
+                   if (isSaved)
+                     content_.clear();
+                 }}) {
 }
 
 void SessionStore::save(const PersistedSession& session) {
-  if (!path()) {
-    logger_.error("SessionStore: failed to resolve Application Support URL");
-    return;
-  }
   content_ = session.encoded();
-  if (const auto saved = saving_.run(); !saved)
-    logger_.error("SessionStore: save failed: {}", saved.error());
-}
-
-platform::RetriedSave::Result SessionStore::write() {
-  const auto file = path();
-  if (!file)
-    return std::unexpected("there is no folder for the session");
-  if (fileIsDamaged_) {
-    const auto kept = files_.keepAside(*file);
-    if (!kept && !kept.error().notFound)
-      return std::unexpected("the unreadable session can't be kept: " + kept.error().description);
-    if (kept)
-      logger_.notice("SessionStore: the unreadable session is kept as {}", *kept);
-    fileIsDamaged_ = false;
-  }
-  if (const auto written = files_.writeAtomically(*file, content_); !written)
-    return std::unexpected(written.error().description);
-  content_.clear();
-  return {};
+  file_.save();
 }
 
 std::optional<PersistedSession> SessionStore::load() {
-  const auto file = path();
-  if (!file)
-    return std::nullopt;
-  const auto text = files_.read(*file);
-  if (!text) {
-    fileIsDamaged_ = !text.error().notFound;
-    return std::nullopt;
-  }
-  auto session = PersistedSession::decode(*text);
-  if (!session) {
-    logger_.error("SessionStore: decode failed: {}", session.error());
-    fileIsDamaged_ = true;
-    return std::nullopt;
-  }
-  return std::move(*session);
+  loaded_.reset();
+  file_.load();
+  return std::exchange(loaded_, std::nullopt);
 }
 
 } // namespace ondrel::app

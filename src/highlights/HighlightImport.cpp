@@ -91,7 +91,7 @@ async::Task<bool> HighlightImport::importFile(std::string path, std::shared_ptr<
 
 platform::Alert HighlightImport::report(const Merged& merged) const {
   // What could not be saved at first may be by now.
-  const auto& problem = *services_.store.saving().problem();
+  const auto& problem = *services_.store.file().problem();
   const auto unsaved =
       problem ? std::ranges::count_if(
                     merged.all,

@@ -20,35 +20,17 @@ HighlightStore::Batch::~Batch() {
 }
 
 HighlightStore::HighlightStore(platform::Directories& directories, platform::FileStore& files)
-    : directories_(directories), files_(files), saving_([this] { return write(); }) {
-  load();
-}
-
-std::optional<std::string> HighlightStore::path() const {
-  const auto folder = directories_.applicationSupport();
-  return folder ? std::optional(*folder + "/highlights.json") : std::nullopt;
-}
-
-void HighlightStore::load() {
-  const auto file = path();
-  if (!file)
-    return;
-  const auto version = files_.version(*file);
-  const auto text = files_.read(*file);
-  if (!text) {
-    cantRead_ = !text.error().notFound;
-    return;
-  }
-  auto decoded = StoredHighlights::decode(*text);
-  if (!decoded) {
-    logger_.error("HighlightStore: decode failed: {}", decoded.error());
-    cantRead_ = true;
-    return;
-  }
-  stored_ = std::move(*decoded);
-  // Replaced while it was read: which of the two contents we have, nobody knows.
-  if (files_.version(*file) == version)
-    known_ = version;
+    : file_(files, platform::KeptFile::inApplicationSupport(directories, "highlights.json"),
+            {.cantDecode = "HighlightStore: decode failed: ",
+             .cantSave = "HighlightStore: save failed: ",
+             .isKept = "HighlightStore: what can't be read is kept as ",
+             .hasNoFolder = "HighlightStore: failed to resolve Application Support URL",
+             .hasNoFolderProblem = "there is no folder for highlights"},
+            {.take = [this](const std::string& text) { return take(text); },
+             .text = [this] { return encoded(); },
+             .didSave = [this](bool isSaved) { didSave(isSaved); }}) {
+  file_.load();
+  hasMerged_ = false;
 }
 
 const std::vector<PersistedHighlight>& HighlightStore::highlights(const std::string& messageId) const {
@@ -109,14 +91,6 @@ std::vector<std::pair<std::string, PersistedHighlight>> HighlightStore::allHighl
   return all;
 }
 
-std::vector<std::string> HighlightStore::keptFiles() const {
-  const auto file = path();
-  auto kept = file ? files_.keptAside(*file) : std::vector<std::string>();
-  if (file && cantRead_)
-    kept.insert(kept.begin(), *file);
-  return kept;
-}
-
 bool HighlightStore::isUnsaved(const std::string& id, const std::string& messageId) const {
   const auto ids = changes_.find(messageId);
   return ids != changes_.end() && ids->second.contains(id);
@@ -146,59 +120,36 @@ std::string HighlightStore::encoded() {
 }
 
 void HighlightStore::save() {
-  if (batches_ > 0) {
+  if (batches_ > 0)
     isDirty_ = true;
-    return;
-  }
-  const auto saved = saving_.run();
-  if (!path())
-    logger_.error("HighlightStore: failed to resolve Application Support URL");
-  else if (!saved)
-    logger_.error("HighlightStore: save failed: {}", saved.error());
+  else
+    file_.save();
 }
 
-bool HighlightStore::merge(StoredHighlights theirs) {
+std::expected<void, std::string> HighlightStore::take(const std::string& text) {
+  auto theirs = StoredHighlights::decode(text);
+  if (!theirs)
+    return std::unexpected(std::move(theirs.error()));
   for (const auto& [messageId, ids] : changes_) {
-    auto list = merged(highlights(messageId), std::move(theirs.byMessageId[messageId]), ids);
+    auto list = merged(highlights(messageId), std::move(theirs->byMessageId[messageId]), ids);
     if (list.empty())
-      theirs.byMessageId.erase(messageId);
+      theirs->byMessageId.erase(messageId);
     else
-      theirs.byMessageId[messageId] = std::move(list);
+      theirs->byMessageId[messageId] = std::move(list);
   }
-  const bool isOther = theirs.byMessageId != stored_.byMessageId;
-  stored_ = std::move(theirs);
-  if (isOther)
+  if (theirs->byMessageId != stored_.byMessageId) {
+    hasMerged_ = true;
     encoded_.clear();
-  return isOther;
+  }
+  stored_ = std::move(*theirs);
+  return {};
 }
 
-platform::RetriedSave::Result HighlightStore::write() {
-  const auto file = path();
-  if (!file)
-    return std::unexpected("there is no folder for highlights");
-  bool hasMerged = false;
-  const auto content = [&](const std::expected<std::string, platform::FileError>* other) {
-    bool isDamaged = false;
-    if (other) {
-      auto theirs = *other ? StoredHighlights::decode(**other) : std::unexpected(other->error().description);
-      isDamaged = !theirs;
-      if (theirs)
-        hasMerged = merge(std::move(*theirs)) || hasMerged;
-    }
-    return platform::FileStore::Content{encoded(), isDamaged};
-  };
-  const auto saved = files_.replaceShared(*file, content, known_);
-  if (saved) {
+void HighlightStore::didSave(bool isSaved) {
+  if (isSaved)
     changes_.clear();
-    cantRead_ = false;
-  }
-  if (hasMerged)
+  if (std::exchange(hasMerged_, false))
     changed.emit();
-  if (!saved)
-    return std::unexpected(saved.error().description);
-  if (*saved)
-    logger_.notice("HighlightStore: what can't be read is kept as {}", **saved);
-  return {};
 }
 
 } // namespace ondrel::highlights

@@ -1,10 +1,8 @@
 #pragma once
 
 #include "base/Event.h"
-#include "base/Log.h"
 #include "highlights/StoredHighlights.h"
-#include "platform/FileStore.h"
-#include "platform/RetriedSave.h"
+#include "platform/KeptFile.h"
 
 #include <map>
 #include <optional>
@@ -53,10 +51,9 @@ class HighlightStore {
 
   // Files with highlights that are not in this store: kept beside its own, the newest first, or that one
   // itself when it couldn't be read and nothing was saved since.
-  std::vector<std::string> keptFiles() const;
+  std::vector<std::string> keptFiles() const { return file_.keptFiles(); }
 
-  // Of the file.
-  platform::RetriedSave& saving() { return saving_; }
+  platform::KeptFile& file() { return file_; }
   // Of that highlight the file doesn't know yet what has become of it here.
   bool isUnsaved(const std::string& id, const std::string& messageId) const;
 
@@ -64,28 +61,22 @@ class HighlightStore {
   base::Event<> changed;
 
  private:
-  std::optional<std::string> path() const;
-  void load();
   void save();
-  platform::RetriedSave::Result write();
-  // Whether that has changed something.
-  bool merge(StoredHighlights theirs);
+  std::expected<void, std::string> take(const std::string& text);
+  void didSave(bool isSaved);
   void noteChange(const std::string& id, const std::string& messageId) { changes_[messageId].insert(id); }
   std::string encoded();
 
-  base::Logger logger_{"system"};
-  platform::Directories& directories_;
-  platform::FileStore& files_;
   StoredHighlights stored_;
   // Each message's member of the file but for the last bracket, since the file is written anew with each
   // change. Those that aren't here are made when they are needed.
   std::map<std::string, std::string> encoded_;
-  std::optional<platform::FileVersion> known_;           // what we have read or saved last
-  std::map<std::string, std::set<std::string>> changes_; // ids added or removed since, by Message-ID
-  bool cantRead_ = false;                                // there is a file, and nothing of it could be used
+  // Ids added or removed since the last reading or saving, by Message-ID.
+  std::map<std::string, std::set<std::string>> changes_;
+  bool hasMerged_ = false; // something that nobody has been told of yet
   int batches_ = 0;
   bool isDirty_ = false; // in a batch
-  platform::RetriedSave saving_;
+  platform::KeptFile file_;
 };
 
 } // namespace ondrel::highlights

@@ -76,7 +76,7 @@ OndrelApp::OndrelApp(const PlatformAbilities& platform, settings::Site site, con
                           return std::make_unique<mcp::MCPHTTPServer>(makeListener(), std::move(handler));
                         }),
       mcpSettings_(settings_, mcpServerManager_, platform.clipboard),
-      unsavedFiles_({highlightStore_.saving(), platform.defaultsSaving, sessionStore_.saving()},
+      unsavedFiles_({highlightStore_.file(), platform.defaultsFile, sessionStore_.file(), closedTabs_.file()},
                     platform.application, platform.panels) {
   appDelegate_.setWindowManager(&windowManager_);
   platform.application.setCloseQuestion([this](std::vector<std::shared_ptr<platform::Window>> windows) {

@@ -39,8 +39,8 @@ class LauncherBadge;
 class FileReader;
 class FileStore;
 class HttpClient;
+class KeptFile;
 class NotificationCenter;
-class RetriedSave;
 class SleepMonitor;
 class TcpListener;
 class TextFormatting;
@@ -53,7 +53,7 @@ struct PlatformAbilities {
   platform::ProgramInfo programInfo;
   platform::Application& application;
   platform::UserDefaults& defaults;
-  platform::RetriedSave& defaultsSaving; // of their file
+  platform::KeptFile& defaultsFile;
   platform::Directories& directories;
   platform::FileStore& files;
   platform::FileReader& fileReader;

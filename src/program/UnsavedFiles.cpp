@@ -1,27 +1,27 @@
 #include "program/UnsavedFiles.h"
 
 #include "platform/Application.h"
+#include "platform/KeptFile.h"
 #include "platform/Panels.h"
-#include "platform/RetriedSave.h"
 
 #include <algorithm>
 #include <utility>
 
 namespace ondrel::program {
 
-UnsavedFiles::UnsavedFiles(std::vector<std::reference_wrapper<platform::RetriedSave>> saves,
+UnsavedFiles::UnsavedFiles(std::vector<std::reference_wrapper<platform::KeptFile>> files,
                            platform::Application& application, platform::Panels& panels)
-    : saves_(std::move(saves)), application_(application), panels_(panels) {
-  for (const auto save : saves_)
-    subscriptions_.push_back(save.get().problem().observe([this] { look(); }));
+    : files_(std::move(files)), application_(application), panels_(panels) {
+  for (const auto file : files_)
+    subscriptions_.push_back(file.get().problem().observe([this] { look(); }));
   subscriptions_.push_back(application_.aboutToQuit.subscribe([this] { saveAtTheEnd(); }));
   look();
 }
 
 void UnsavedFiles::look() {
   const auto failed =
-      std::ranges::find_if(saves_, [](platform::RetriedSave& save) { return save.problem()->has_value(); });
-  const bool isTold = std::exchange(told_, failed != saves_.end());
+      std::ranges::find_if(files_, [](platform::KeptFile& file) { return file.problem()->has_value(); });
+  const bool isTold = std::exchange(told_, failed != files_.end());
   if (told_ && !isTold)
     scope_.spawn(tell(**failed->get().problem()));
   else if (isTold && !told_)
@@ -29,9 +29,9 @@ void UnsavedFiles::look() {
 }
 
 void UnsavedFiles::saveAtTheEnd() {
-  for (platform::RetriedSave& save : saves_) {
-    save.runIfUnsaved();
-    if (const auto& problem = *save.problem())
+  for (platform::KeptFile& file : files_) {
+    file.saveIfUnsaved();
+    if (const auto& problem = *file.problem())
       logger_.error("Lost with the end of the program: {}", *problem);
   }
 }

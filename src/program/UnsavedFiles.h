@@ -10,8 +10,8 @@
 
 namespace ondrel::platform {
 class Application;
+class KeptFile;
 class Panels;
-class RetriedSave;
 } // namespace ondrel::platform
 
 namespace ondrel::program {
@@ -21,7 +21,7 @@ namespace ondrel::program {
 class UnsavedFiles {
  public:
   // All outlive it.
-  UnsavedFiles(std::vector<std::reference_wrapper<platform::RetriedSave>> saves,
+  UnsavedFiles(std::vector<std::reference_wrapper<platform::KeptFile>> files,
                platform::Application& application, platform::Panels& panels);
 
  private:
@@ -29,7 +29,7 @@ class UnsavedFiles {
   void saveAtTheEnd();
   async::Task<void> tell(std::string problem);
 
-  const std::vector<std::reference_wrapper<platform::RetriedSave>> saves_;
+  const std::vector<std::reference_wrapper<platform::KeptFile>> files_;
   platform::Application& application_;
   platform::Panels& panels_;
   bool told_ = false;

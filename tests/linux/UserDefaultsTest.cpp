@@ -1,7 +1,9 @@
-#include "async/VirtualEventLoop.h"
-#include "base/Log.h"
 #include "platform/linux/files/JsonUserDefaults.h"
+
+#include "async/VirtualEventLoop.h"
 #include "platform/linux/files/PosixFileStore.h"
+#include "support/FakeDesktop.h"
+#include "support/LogCapture.h"
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -13,70 +15,18 @@ namespace ondrel::platform {
 
 namespace {
 
-using Names = std::set<std::string>;
-
-// Counts saves, and fails them on demand.
-class CountingStore final : public FileStore {
- public:
-  int saves = 0;
-  bool failing = false;
-
-  std::expected<std::string, FileError> read(const std::string& path) override { return files_.read(path); }
-  std::expected<void, FileError> writeAtomically(const std::string& path, std::string_view content) override {
-    ++saves;
-    if (failing)
-      return std::unexpected(FileError{false, "disk full"});
-    return files_.writeAtomically(path, content);
-  }
-  std::expected<void, FileError> rewriteShared(const std::string& path, std::string_view content) override {
-    return writeAtomically(path, content);
-  }
-  std::expected<std::optional<std::string>, FileError>
-  replaceShared(const std::string& path, const MakeContent& make,
-                std::optional<FileVersion>& known) override {
-    return files_.replaceShared(path, make, known);
-  }
-  std::optional<FileVersion> version(const std::string& path) override { return files_.version(path); }
-  std::expected<std::string, FileError> keepAside(const std::string& path) override {
-    if (failing)
-      return std::unexpected(FileError{false, "disk full"});
-    return files_.keepAside(path);
-  }
-  std::vector<std::string> keptAside(const std::string& path) override { return files_.keptAside(path); }
-  bool exists(const std::string& path) override { return files_.exists(path); }
-  std::expected<void, FileError> removeRecursively(const std::string& path) override {
-    return files_.removeRecursively(path);
-  }
-
- private:
-  files::PosixFileStore files_;
-};
-
-std::vector<std::string> errors;
-
 class UserDefaultsTest : public testing::Test {
  protected:
-  UserDefaultsTest() {
-    errors.clear();
-    base::setLogSink([](base::LogLevel level, std::string_view, std::string_view message) {
-      if (level == base::LogLevel::error)
-        errors.emplace_back(message);
-    });
-  }
-  ~UserDefaultsTest() override { base::setLogSink(nullptr); }
+  std::unique_ptr<files::JsonUserDefaults> open() { return std::make_unique<files::JsonUserDefaults>(files, "/d.json"); }
 
-  std::unique_ptr<files::JsonUserDefaults> open() {
-    return std::make_unique<files::JsonUserDefaults>(store, folder.file("defaults.json"));
-  }
-
+  support::LogCapture log;
   async::VirtualEventLoop loop;
-  support::TemporaryFolder folder;
-  CountingStore store;
+  support::FakeFiles files;
 };
 
 TEST_F(UserDefaultsTest, KeepsEachTypeAndSavesOnceATurn) {
   auto defaults = open();
-  EXPECT_TRUE(errors.empty()) << "a missing file is no error";
+  EXPECT_TRUE(log.lines().empty()) << "a missing file is no error";
   std::vector<std::string> changes;
   const auto subscription =
       defaults->changed.subscribe([&](const std::string& key) { changes.push_back(key); });
@@ -89,21 +39,21 @@ TEST_F(UserDefaultsTest, KeepsEachTypeAndSavesOnceATurn) {
   defaults->set("yes", true);
   defaults->set("nothing", std::numeric_limits<double>::infinity());
   EXPECT_EQ(changes, (std::vector<std::string>{"yes", "port", "zoom", "whole", "name", "bytes"}));
-  EXPECT_EQ(store.saves, 0);
+  EXPECT_EQ(files.writes, 0);
   loop.runUntilIdle();
-  EXPECT_EQ(store.saves, 1);
-  EXPECT_EQ(folder.content("defaults.json"), "{\n"
-                                             "  \"yes\": true,\n"
-                                             "  \"port\": 7777,\n"
-                                             "  \"zoom\": 1.1,\n"
-                                             "  \"whole\": 2.0,\n"
-                                             "  \"name\": \"Grüße\\n\\\"😀\\\"\",\n"
-                                             "  \"bytes\": \"a\uFFFDb\"\n"
-                                             "}\n");
+  EXPECT_EQ(files.writes, 1);
+  EXPECT_EQ(files.files["/d.json"], "{\n"
+                                    "  \"yes\": true,\n"
+                                    "  \"port\": 7777,\n"
+                                    "  \"zoom\": 1.1,\n"
+                                    "  \"whole\": 2.0,\n"
+                                    "  \"name\": \"Grüße\\n\\\"😀\\\"\",\n"
+                                    "  \"bytes\": \"a\uFFFDb\"\n"
+                                    "}\n");
   defaults->remove("yes");
   defaults->remove("yes");
   defaults = nullptr; // saves what is left
-  EXPECT_EQ(store.saves, 2);
+  EXPECT_EQ(files.writes, 2);
 
   const auto again = open();
   EXPECT_EQ(again->boolean("yes"), std::nullopt);
@@ -118,13 +68,13 @@ TEST_F(UserDefaultsTest, KeepsEachTypeAndSavesOnceATurn) {
 }
 
 TEST_F(UserDefaultsTest, LeavesAloneWhatItDoesNotKnow) {
-  folder.write("defaults.json",
-               R"({"theirs":{"deep":[1,{"x":null}],"big":18446744073709551615},"_runJS":"yes"})");
+  auto& content = files.files["/d.json"];
+  content = R"({"theirs":{"deep":[1,{"x":null}],"big":18446744073709551615},"_runJS":"yes"})";
   const auto defaults = open();
   EXPECT_EQ(defaults->boolean("_runJS"), std::nullopt);
   defaults->set("ours", 1);
-  defaults->flush();
-  EXPECT_EQ(folder.content("defaults.json"), R"({
+  loop.runUntilIdle();
+  EXPECT_EQ(content, R"({
   "theirs": {
     "deep": [
       1,
@@ -140,56 +90,55 @@ TEST_F(UserDefaultsTest, LeavesAloneWhatItDoesNotKnow) {
 )");
 }
 
-TEST_F(UserDefaultsTest, KeepsADamagedFileAsideBeforeItSaves) {
-  const std::vector<std::string> damaged = {"",
-                                            "{",
-                                            "[1]",
-                                            "null",
-                                            "{\"a\":1}}",
-                                            "{\"a\":nan}",
-                                            "\xff\xfe",
-                                            "{\"a\":\"\xff\"}",
-                                            "{\"a\":" + std::string(100, '[') + "1" + std::string(100, ']') +
-                                                "}",
-                                            std::string(files::JsonUserDefaults::largestFile + 1, ' ')};
-  for (const auto& content : damaged) {
-    errors.clear();
-    folder.write("defaults.json", content);
-    const auto defaults = open();
-    EXPECT_EQ(errors.size(), 1U) << content.substr(0, 40);
-    EXPECT_EQ(folder.content("defaults.json"), content)
-        << "nothing is touched before something is to be saved";
-    defaults->set("a", 2);
-    loop.runUntilIdle();
-    EXPECT_EQ(folder.content("defaults.json"), "{\n  \"a\": 2\n}\n");
-    EXPECT_EQ(folder.content("defaults.json.damaged-1"), content);
-    std::filesystem::remove(folder.file("defaults.json.damaged-1"));
+TEST_F(UserDefaultsTest, StartsWithoutADamagedFile) {
+  auto& content = files.files["/d.json"];
+  const std::string tooDeep = "{\"a\":" + std::string(100, '[') + "1" + std::string(100, ']') + "}";
+  const std::string tooLarge(files::JsonUserDefaults::largestFile + 1, ' ');
+  for (const auto& text : {std::string(), std::string("{"), std::string("[1]"), std::string("null"),
+                           std::string("{\"a\":1}}"), std::string("{\"a\":\"\xff\"}"), tooDeep, tooLarge}) {
+    support::LogCapture::lines().clear();
+    content = text;
+    open()->set("a", 2);
+    const std::string why = text == tooLarge ? "too large to be ours" : "damaged";
+    EXPECT_TRUE(
+        log.anyStartsWith("error system: Settings are " + why + ", starting with the defaults: /d.json"));
+    EXPECT_EQ(content, "{\n  \"a\": 2\n}\n");
   }
 }
 
-TEST_F(UserDefaultsTest, WorksInMemoryAndSavesLaterWhereItCannotSave) {
-  folder.write("defaults.json", "damaged");
-  auto defaults = open();
-  errors.clear();
-  store.failing = true;
-  for (int i = 0; i < 3; ++i) {
-    defaults->set("a", i);
-    loop.runUntilIdle();
-  }
-  EXPECT_EQ(defaults->integer("a"), 2);
-  EXPECT_EQ(errors.size(), 1U) << "one line, not one for each save";
-  EXPECT_EQ(folder.content("defaults.json"), "damaged") << "never replaced without being kept";
-
-  store.failing = false;
-  loop.advance(RetriedSave::firstRetry);
-  EXPECT_EQ(folder.names(), (Names{"defaults.json", "defaults.json.damaged-1"})) << "without another change";
-
-  store.failing = true;
-  defaults->set("a", 4);
+TEST_F(UserDefaultsTest, WhatASecondCopyHasChangedMeanwhileIsMergedByKey) {
+  const support::TemporaryFolder folder;
+  files::PosixFileStore store;
+  folder.write("synced.json", R"({"both":1,"ours":1,"theirs":1,"gone":1,"removed":1})");
+  std::filesystem::create_symlink("synced.json", folder.file("defaults.json"));
+  files::JsonUserDefaults ours(store, folder.file("defaults.json"));
+  files::JsonUserDefaults theirs(store, folder.file("defaults.json"));
+  std::vector<std::string> changes;
+  const auto subscription = ours.changed.subscribe([&](const std::string& key) { changes.push_back(key); });
+  theirs.set("both", 2);
+  theirs.set("theirs", 2);
+  theirs.set("new", 2);
+  theirs.remove("gone");
   loop.runUntilIdle();
-  store.failing = false;
-  defaults = nullptr; // a normal end
-  EXPECT_EQ(open()->integer("a"), 4);
+  ours.set("both", 3);
+  ours.set("ours", 3);
+  ours.remove("removed");
+  changes.clear();
+  loop.runUntilIdle();
+  EXPECT_EQ(folder.content("synced.json"), R"({
+  "both": 3,
+  "ours": 3,
+  "theirs": 2,
+  "new": 2
+}
+)");
+  EXPECT_EQ(changes, (std::vector<std::string>{"gone", "new", "theirs"}));
+  EXPECT_EQ(ours.integer("theirs"), 2);
+  EXPECT_EQ(folder.names(), (std::set<std::string>{"defaults.json", "synced.json"}));
+
+  theirs.set("ours", 4); // what it hasn't changed since its own save is the other's
+  loop.runUntilIdle();
+  EXPECT_EQ(theirs.integer("both"), 3);
 }
 
 } // namespace

@@ -1,6 +1,6 @@
 #include "program/OndrelApp.h"
 #include "highlights/HighlightStore.h"
-#include "platform/RetriedSave.h"
+#include "platform/KeptFile.h"
 #include "program/AppDelegate.h"
 #include "program/AppLifecycleService.h"
 #include "program/Migration.h"
@@ -133,7 +133,7 @@ class OndrelAppTest : public testing::Test {
         ownBundle,
         shell.application,
         shell.defaults,
-        defaultsSaving,
+        defaultsFile,
         shell.files,
         shell.files,
         fileReader,
@@ -166,11 +166,12 @@ class OndrelAppTest : public testing::Test {
 
   platform::ProgramInfo ownBundle = programInfo;
   support::TestShell shell;
-  platform::RetriedSave defaultsSaving{[this]() -> platform::RetriedSave::Result {
-    if (shell.files.full)
-      return std::unexpected("no space left on device");
-    return {};
-  }};
+  platform::KeptFile defaultsFile{shell.files,
+                                  [] { return "/config/defaults.json"; },
+                                  {},
+                                  {.take = [](const auto&) { return std::expected<void, std::string>(); },
+                                   .text = [] { return "{}"; },
+                                   .didSave = [](bool) {}}};
   support::FakeFileReader fileReader{shell.files};
   support::FakeCookieStore cookies;
   support::FakeHttpClient http;
@@ -241,7 +242,7 @@ TEST_F(OndrelAppTest, WhatAFullDiskRefusesIsToldOnceAndSavedLater) {
   shell.files.full = true;
   add("first");
   add("second");
-  EXPECT_FALSE(defaultsSaving.run());
+  defaultsFile.save();
   app->windowManager()
       .windows()
       .viewModel(shell.application.all[0])
@@ -254,7 +255,7 @@ TEST_F(OndrelAppTest, WhatAFullDiskRefusesIsToldOnceAndSavedLater) {
   shell.loop.advance(3s);
   EXPECT_TRUE(file.contains("first") && file.contains("second")) << "after 5 and 35 seconds";
   EXPECT_TRUE(shell.files.files["/data/session.json"].contains("mail/new"));
-  EXPECT_FALSE(*defaultsSaving.problem());
+  EXPECT_FALSE(*defaultsFile.problem());
 
   shell.files.full = true;
   add("third");

@@ -7,6 +7,7 @@
 #include "platform/linux/glib/Ref.h"
 
 #include <boost/json/parse.hpp>
+#include <fmt/format.h>
 
 #include <cmath>
 #include <utility>
@@ -22,39 +23,47 @@ constexpr base::Logger logger("system");
 } // namespace
 
 JsonUserDefaults::JsonUserDefaults(FileStore& store, std::string path)
-    : store_(store), path_(std::move(path)), saving_([this] { return write(); }),
-      self_(std::make_shared<JsonUserDefaults*>(this)) {
-  load();
+    : file_(store, [path = std::move(path)] { return path; },
+            {.cantDecode = "Settings are ",
+             .cantSave = "Settings can't be saved: ",
+             .isKept = "The damaged settings are kept as ",
+             .cantRead = "Settings can't be read, starting with the defaults: "},
+            {.take = [this](const std::string& text) { return take(text); },
+             .text = [this] { return base::jsonText(values_, 2) + "\n"; },
+             .didSave = [this](bool isSaved) { didSave(isSaved); }}) {
+  file_.load();
+  taken_.clear();
 }
 
-JsonUserDefaults::~JsonUserDefaults() {
-  flush();
-}
-
-void JsonUserDefaults::load() {
-  const auto content = store_.read(path_);
-  if (!content) {
-    damaged_ = !content.error().notFound;
-    if (damaged_)
-      logger.error("Settings can't be read, starting with the defaults: {}", content.error().description);
-    return;
-  }
-  if (content->size() > largestFile) {
-    damaged_ = true;
-    logger.error("Settings are too large to be ours, starting with the defaults: {}", path_);
-    return;
-  }
+std::expected<void, std::string> JsonUserDefaults::take(const std::string& text) {
+  if (text.size() > largestFile)
+    return std::unexpected("too large to be ours, starting with the defaults: " + file_.path().value());
   json::error_code error;
   json::parse_options options;
   options.max_depth = deepestNesting;
-  auto parsed = json::parse(*content, error, {}, options);
-  if (error || !parsed.is_object()) {
-    damaged_ = true;
-    logger.error("Settings are damaged, starting with the defaults: {}: {}", path_,
-                 error ? error.message() : "not a JSON object");
-    return;
-  }
-  values_ = std::move(parsed.as_object());
+  auto parsed = json::parse(text, error, {}, options);
+  if (error || !parsed.is_object())
+    return std::unexpected(fmt::format("damaged, starting with the defaults: {}: {}", file_.path().value(),
+                                       error ? error.message() : "not a JSON object"));
+  auto theirs = std::move(parsed.as_object());
+  for (const auto& key : unsaved_)
+    if (const auto* ours = values_.if_contains(key))
+      theirs[key] = *ours;
+    else
+      theirs.erase(key);
+  for (const auto& [one, other] : {std::pair(&values_, &theirs), std::pair(&theirs, &values_)})
+    for (const auto& [key, value] : *one)
+      if (const auto* found = other->if_contains(key); !found || *found != value)
+        taken_.emplace(key);
+  values_ = std::move(theirs);
+  return {};
+}
+
+void JsonUserDefaults::didSave(bool isSaved) {
+  if (isSaved)
+    unsaved_.clear();
+  for (const auto& key : std::exchange(taken_, {}))
+    changed.emit(key);
 }
 
 std::optional<bool> JsonUserDefaults::boolean(std::string_view key) const {
@@ -108,39 +117,9 @@ void JsonUserDefaults::remove(std::string_view key) {
 }
 
 void JsonUserDefaults::didChange(std::string_view key) {
-  unsaved_ = true;
-  if (!std::exchange(savePosted_, true))
-    async::EventLoop::current().post([weak = std::weak_ptr(self_)] {
-      if (const auto self = weak.lock()) {
-        (*self)->savePosted_ = false;
-        (*self)->flush();
-      }
-    });
+  unsaved_.emplace(key);
+  file_.saveSoon();
   changed.emit(std::string(key));
-}
-
-void JsonUserDefaults::flush() {
-  if (!unsaved_)
-    return;
-  const bool isKnownToFail = saving_.problem()->has_value();
-  const auto saved = saving_.run();
-  if (!saved && !isKnownToFail) // one line is enough until a save succeeds again
-    logger.error("Settings can't be saved: {}", saved.error());
-}
-
-RetriedSave::Result JsonUserDefaults::write() {
-  if (damaged_) {
-    const auto kept = store_.keepAside(path_);
-    if (!kept && !kept.error().notFound)
-      return std::unexpected("the damaged file can't be kept: " + kept.error().description);
-    if (kept)
-      logger.notice("The damaged settings are kept as {}", *kept);
-    damaged_ = false;
-  }
-  if (const auto saved = store_.writeAtomically(path_, base::jsonText(values_, 2) + "\n"); !saved)
-    return std::unexpected(saved.error().description);
-  unsaved_ = false;
-  return {};
 }
 
 } // namespace ondrel::platform::files

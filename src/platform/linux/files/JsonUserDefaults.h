@@ -1,20 +1,18 @@
 #pragma once
 
-#include "async/EventLoop.h"
-#include "platform/FileStore.h"
-#include "platform/RetriedSave.h"
+#include "platform/KeptFile.h"
 #include "platform/UserDefaults.h"
 
 #include <boost/json/object.hpp>
 
-#include <memory>
+#include <set>
 
 namespace ondrel::platform::files {
 
 // Settings in one flat JSON object in a file that people may read and edit. Values that the program doesn't
-// know, of whatever shape, are kept as they are. A file that can't be read as such is kept aside before the
-// first save. Needs an event loop; what was set in one turn is saved with the next, or later
-// when that fails, and at the latest by the destructor.
+// know, of whatever shape, are kept as they are. What was set in one turn is saved with the next, or later
+// when that fails, and at the latest by the destructor. What somebody else has changed in the file meanwhile
+// holds, but for the keys that were changed here. Needs an event loop.
 class JsonUserDefaults final : public UserDefaults {
  public:
   static constexpr std::size_t largestFile = std::size_t{4} << 20; // bytes
@@ -22,7 +20,6 @@ class JsonUserDefaults final : public UserDefaults {
 
   // `store` must outlive this object.
   JsonUserDefaults(FileStore& store, std::string path);
-  ~JsonUserDefaults() override;
 
   std::optional<bool> boolean(std::string_view key) const override;
   std::optional<std::int64_t> integer(std::string_view key) const override;
@@ -36,25 +33,18 @@ class JsonUserDefaults final : public UserDefaults {
   void set(std::string_view key, std::string value) override; // invalid UTF-8 is replaced by U+FFFD
   void remove(std::string_view key) override;
 
-  // Saves now what is not saved yet.
-  void flush();
-  // Of the file.
-  RetriedSave& saving() { return saving_; }
+  KeptFile& file() { return file_; }
 
  private:
-  void load();
   void store(std::string_view key, boost::json::value value);
   void didChange(std::string_view key);
-  RetriedSave::Result write();
+  std::expected<void, std::string> take(const std::string& text);
+  void didSave(bool isSaved);
 
-  FileStore& store_;
-  std::string path_;
   boost::json::object values_;
-  bool damaged_ = false; // the file holds what values_ was not read from
-  bool unsaved_ = false;
-  bool savePosted_ = false;
-  RetriedSave saving_;
-  std::shared_ptr<JsonUserDefaults*> self_; // for posted saves: empty once this object has gone
+  std::set<std::string> unsaved_; // keys set or removed here
+  std::set<std::string> taken_;   // keys that somebody else has changed, until that is told
+  KeptFile file_;
 };
 
 } // namespace ondrel::platform::files
