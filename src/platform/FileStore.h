@@ -55,8 +55,6 @@ class FileStore {
   // As writeAtomically, for a file that is another program's too: links are followed, the file's mode is
   // kept, and a file without write permission is left alone.
   virtual std::expected<void, FileError> rewriteShared(const std::string& path, std::string_view content) = 0;
-  // Moves a damaged file out of the way under a free name beside it; the new path.
-  virtual std::expected<std::string, FileError> keepAside(const std::string& path) = 0;
   // What was kept beside this file in its time, and beside the one that it leads to if it is a link; the
   // newest first.
   virtual std::vector<std::string> keptAside(const std::string& path) = 0;

@@ -1,5 +1,6 @@
 #include "async/VirtualEventLoop.h"
 #include "highlights/HighlightStore.h"
+#include "platform/linux/files/BackupFile.h"
 #include "platform/linux/files/PosixFileStore.h"
 #include "support/FakeDesktop.h"
 #include "support/LogCapture.h"

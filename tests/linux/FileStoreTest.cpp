@@ -133,24 +133,8 @@ TEST_F(FileStoreTest, TellsWhatCannotBeDone) {
   EXPECT_FALSE(store.writeAtomically(folder.file("file/below"), "y").has_value());
   EXPECT_FALSE(store.writeAtomically(folder.file("folder"), "y").has_value());
   EXPECT_FALSE(store.writeAtomically(folder.file(std::string(256, 'n')), "y").has_value());
-  EXPECT_FALSE(store.keepAside(folder.file("missing")).has_value());
   EXPECT_EQ(folder.content("file"), "x");
   EXPECT_EQ(folder.names(), (Names{"file", "folder", "pipe"}));
-}
-
-TEST_F(FileStoreTest, KeepsAFewDamagedFilesTheNewestAmongThem) {
-  for (int i = 1; i <= files::PosixFileStore::damagedFilesKept + 2; ++i) {
-    folder.write("defaults.json", std::to_string(i));
-    const auto kept = store.keepAside(folder.file("defaults.json"));
-    ASSERT_TRUE(kept);
-    EXPECT_EQ(store.read(*kept), std::to_string(i));
-    // Each one is an hour newer than the one before, so that no clock's grain matters.
-    fs::last_write_time(*kept, fs::file_time_type::clock::now() + std::chrono::hours(i));
-  }
-  const auto names = folder.names();
-  EXPECT_EQ(names.size(), std::size_t(files::PosixFileStore::damagedFilesKept));
-  EXPECT_EQ(folder.content("defaults.json.damaged-1"), "5");
-  EXPECT_EQ(folder.content("defaults.json.damaged-2"), "6");
 }
 
 TEST_F(FileStoreTest, RemovesFoldersAndNotWhatTheirLinksPointTo) {

@@ -168,12 +168,6 @@ class FakeFiles final : public platform::FileStore, public platform::Directories
       return std::nullopt;
     return platform::FileVersion{.inode = std::hash<std::string>()(found->second)};
   }
-  std::expected<std::string, platform::FileError> keepAside(const std::string& path) override {
-    const auto kept = path + ".damaged-1";
-    files[kept] = files[path];
-    files.erase(path);
-    return kept;
-  }
   std::vector<std::string> keptAside(const std::string& path) override {
     std::vector<std::string> kept;
     for (const auto& [name, content] : files)

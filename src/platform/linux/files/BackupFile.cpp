@@ -14,14 +14,14 @@
 namespace ondrel::platform::files {
 
 // The first free place, else that of the oldest. A place that holds this very file already is the file's own.
-std::string BackupFile::place() const {
+std::string BackupFile::place(const std::string& path) {
   struct stat file{};
-  const bool isThere = lstat(path_.c_str(), &file) == 0;
+  const bool isThere = lstat(path.c_str(), &file) == 0;
   std::string chosen;
   bool isFree = false;
   timespec oldest{};
   for (int n = 1; n <= mostKept; ++n) {
-    auto candidate = fmt::format("{}.{}-{}", path_, why_, n);
+    auto candidate = fmt::format("{}.damaged-{}", path, n);
     struct stat status{};
     if (lstat(candidate.c_str(), &status) != 0) {
       if (!std::exchange(isFree, true))
@@ -40,18 +40,11 @@ std::string BackupFile::place() const {
   return chosen;
 }
 
-std::expected<std::string, int> BackupFile::move() const {
-  auto target = place();
-  if (std::rename(path_.c_str(), target.c_str()) != 0)
-    return std::unexpected(errno);
-  return target;
-}
-
-std::expected<std::string, int> BackupFile::link() const {
-  auto target = place();
+std::expected<std::string, int> BackupFile::link(const std::string& path) {
+  auto target = place(path);
   struct stat file{};
   struct stat there{};
-  if (lstat(path_.c_str(), &file) != 0)
+  if (lstat(path.c_str(), &file) != 0)
     return std::unexpected(errno);
   if (lstat(target.c_str(), &there) == 0) {
     if (there.st_dev == file.st_dev && there.st_ino == file.st_ino)
@@ -59,11 +52,11 @@ std::expected<std::string, int> BackupFile::link() const {
     if (unlink(target.c_str()) != 0 && errno != ENOENT)
       return std::unexpected(errno);
   }
-  if (::link(path_.c_str(), target.c_str()) == 0)
+  if (::link(path.c_str(), target.c_str()) == 0)
     return target;
   // Not all file systems have hard links. A crash in this moment leaves the file under its new name alone.
   const bool hasNoLinks = errno == EPERM || errno == EOPNOTSUPP || errno == EMLINK;
-  if (!hasNoLinks || std::rename(path_.c_str(), target.c_str()) != 0)
+  if (!hasNoLinks || std::rename(path.c_str(), target.c_str()) != 0)
     return std::unexpected(errno);
   return target;
 }

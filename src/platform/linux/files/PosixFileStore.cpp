@@ -1,5 +1,6 @@
 #include "platform/linux/files/PosixFileStore.h"
 
+#include "platform/linux/files/BackupFile.h"
 #include "platform/linux/files/TemporaryFile.h"
 #include "platform/linux/files/UniqueFd.h"
 
@@ -195,7 +196,7 @@ PosixFileStore::replaceShared(const std::string& path, const MakeContent& make,
       if (isOvertaken)
         return now || now.error() == ENOENT ? 0 : now.error();
       if (content.keepsOther && there) {
-        const auto place = BackupFile(*target, "damaged").link();
+        const auto place = BackupFile::link(*target);
         if (!place)
           return place.error();
         kept = *place;
@@ -234,13 +235,6 @@ std::expected<void, FileError> PosixFileStore::replace(const std::string& path, 
   if (const int error = flushFolder(folder.get()))
     return failure("can't flush the folder of", path, error);
   return {};
-}
-
-std::expected<std::string, FileError> PosixFileStore::keepAside(const std::string& path) {
-  auto kept = BackupFile(path, "damaged").move();
-  if (!kept)
-    return failure("can't move aside", path, kept.error());
-  return std::move(*kept);
 }
 
 std::vector<std::string> PosixFileStore::keptAside(const std::string& path) {

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "platform/FileStore.h"
-#include "platform/linux/files/BackupFile.h"
 
 #include <functional>
 #include <optional>
@@ -17,20 +16,14 @@ class TemporaryFile;
 // temporary file ".<name>.tmp-<six hex digits>" beside the file; the next save of that name removes it.
 class PosixFileStore final : public FileStore {
  public:
-  // So many damaged versions of one file stay beside it; then the oldest makes way.
-  static constexpr int damagedFilesKept = BackupFile::mostKept;
-
   std::expected<std::string, FileError> read(const std::string& path) override;
   // An error from flushing the folder is told though the new content is in place by then.
   std::expected<void, FileError> writeAtomically(const std::string& path, std::string_view content) override;
   // Owner, access lists and hard links of the old file are not kept.
   std::expected<void, FileError> rewriteShared(const std::string& path, std::string_view content) override;
-  // As many files are kept as of damaged ones.
   std::expected<std::optional<std::string>, FileError>
   replaceShared(const std::string& path, const MakeContent& make, std::optional<FileVersion>& known) override;
   std::optional<FileVersion> version(const std::string& path) override;
-  // The new path is "<path>.damaged-<n>", n from 1.
-  std::expected<std::string, FileError> keepAside(const std::string& path) override;
   std::vector<std::string> keptAside(const std::string& path) override;
   bool exists(const std::string& path) override;
   // Links are removed, not followed. What isn't there counts as removed.
