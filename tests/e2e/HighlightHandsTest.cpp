@@ -34,6 +34,17 @@ bool HighlightHandsTest::listens() const {
   return eventually([this] { return askService("/control/stream").at("listeners") == 1; }, listeningLimit);
 }
 
+UserHandsTest::WindowId HighlightHandsTest::openConversation(Process& program, const std::string& keys) {
+  const auto window = signIn(program);
+  EXPECT_TRUE(window != 0 && listens()) << program.output();
+  press(keys);
+  press("o");
+  EXPECT_TRUE(sessionBecomes([](const auto& session) {
+    return session.windows.at(0).tabs.at(0).urlString.contains("/mail/Inbox/T");
+  })) << read(sessionFile());
+  return window;
+}
+
 std::vector<HighlightHandsTest::Place> HighlightHandsTest::spots(WindowId window,
                                                                  const Colour& colour) const {
   constexpr int fewest = 24;   // pixels; a letter's edge is no spot
@@ -76,14 +87,12 @@ std::vector<HighlightHandsTest::Place> HighlightHandsTest::spots(WindowId window
   return places;
 }
 
-HighlightHandsTest::Place HighlightHandsTest::waitForSpots(WindowId window, const Colour& colour,
-                                                           std::size_t number) const {
+HighlightHandsTest::Place HighlightHandsTest::waitForSpot(WindowId window, const Colour& colour) const {
   std::vector<Place> found;
   EXPECT_TRUE(eventually([&] {
     found = spots(window, colour);
-    return found.size() >= number;
-  })) << fmt::format("{} instead of {} lines have the colour {:02x}", found.size(), number,
-                     fmt::join(colour, ""));
+    return !found.empty();
+  })) << fmt::format("nothing has the colour {:02x}", fmt::join(colour, ""));
   return found.empty() ? Place() : found.front();
 }
 

@@ -32,11 +32,13 @@ class HighlightHandsTest : public UserHandsTest {
   boost::json::object savedHighlights() const;
   // Whether the program's own mail client has found the sign-in.
   bool listens() const;
+  // Signs in, and opens what these keys lead to from the top of the list.
+  WindowId openConversation(Process& program, const std::string& keys);
 
   // The middles of what has this colour in a window, from the top on; one for each line.
   std::vector<Place> spots(WindowId window, const Colour& colour) const;
-  // The first of them, as soon as there are at least so many.
-  Place waitForSpots(WindowId window, const Colour& colour, std::size_t number = 1) const;
+  // The first of them, as soon as there is one.
+  Place waitForSpot(WindowId window, const Colour& colour) const;
 
   // Selects the word there and presses the button that comes above it.
   void highlightWord(WindowId window, const Place& word);

@@ -1,107 +1,134 @@
-// A highlight from the user's hand to the file and back, with its mark in the list and its label on the
-// server.
+// Highlights under the user's hand, in the page, the file, the list and on the server, in the places where
+// the application shows message bodies: alone, late among the messages of a conversation, in a frame of its
+// own origin.
 #include "HighlightHandsTest.h"
 
+#include <boost/json/array.hpp>
 #include <boost/json/serialize.hpp>
 
 #include <csignal>
-#include <optional>
 #include <sys/resource.h>
-#include <thread>
 
 namespace ondrel::e2e {
 namespace {
 
 namespace fs = std::filesystem;
+namespace json = boost::json;
 using namespace std::chrono_literals;
 
-class HighlightTest : public HighlightHandsTest {
+struct Message {
+  const char* name;
+  const char* emailId;
+  const char* threadId;
+  const char* keys; // from the top of the list to it
+  // The word to highlight, which the seventh conversation repeats in all its messages.
+  const char* exact;
+  const char* prefix;
+  const char* suffix;
+  int occurrenceIndex;
+};
+
+void PrintTo(const Message& message, std::ostream* stream) {
+  *stream << message.name;
+}
+
+constexpr Message inTheFourth = {"Alone", "M31", "T4", "j j j j", "letters", "the stone. The ", " aaa", 0};
+constexpr Message messages[] = {
+    {"InAFrameOfTheServicesOrigin", "M33", "T6", "j j j j j j", "warden", "er wants to cross then asks the ",
+     ", who has a boat of his own.", 0},
+    {"LateAndTheThirdOfFive", "M36", "T7", "j j j j j j j", "oars", " the key hangs on the nail. The ",
+     " are in the shed and dry.", 1},
+};
+
+constexpr auto id = "5f1c5a52-0d0c-4a53-9f0e-0a4c8d6f2b11";
+
+json::object record(const Message& message) {
+  return {{"threadId", message.threadId},
+          {"exact", message.exact},
+          {"prefix", message.prefix},
+          {"suffix", message.suffix},
+          {"occurrenceIndex", message.occurrenceIndex}};
+}
+
+std::string key(const Message& message) {
+  return std::string(message.emailId) + "@mail.example.org";
+}
+
+// The file as an earlier run has left it.
+std::string fileWith(const Message& message) {
+  auto saved = record(message);
+  saved["id"] = id;
+  saved["createdAt"] = 785000000.5;
+  return json::serialize(json::object{{key(message), json::array{saved}}});
+}
+
+using HighlightTest = HighlightHandsTest;
+
+class HighlightPlacesTest : public HighlightHandsTest, public testing::WithParamInterface<Message> {
  protected:
-  std::size_t labelled(const std::string& value) const {
-    return count(boost::json::serialize(askService("/control/jmap-requests")),
-                 "\"mailboxIds/highlighted\":" + value);
+  // Nobody has drawn it when the program sends what is highlighted in it.
+  void makeLate() const {
+    order("/control/fail", {{"path", std::string("/data/body/") + GetParam().emailId},
+                            {"kind", "delay"},
+                            {"milliseconds", 2500}});
+  }
+  bool isLabelled(const std::string& value) const {
+    return eventually([&] {
+      return json::serialize(askService("/control/jmap-requests"))
+          .contains("\"mailboxIds/highlighted\":" + value);
+    });
   }
 
-  // Where nothing is marked yet, the words' places depend on the fonts: looks down the page for one.
-  std::optional<Place> highlightAWord(WindowId window) {
-    constexpr int buttonAbove = 29;
-    for (int y = 260; y < 620; y += 12)
-      for (const int x : {-420, -390, -360}) {
-        click(window, x, y);
-        xdotool("click 1");
-        std::this_thread::sleep_for(400ms);
-        click(window, x, y - buttonAbove);
-        if (eventually([this] { return saved() == 1; }, 400ms))
-          return Place{x, y};
-      }
-    return std::nullopt;
+  // Takes the mark away and highlights the word that stood under it: that must be the same again.
+  void expectMarkOnItsWord(WindowId window) {
+    const auto mark = waitForSpot(window, markColour);
+    EXPECT_TRUE(spots(window, bannerColour).empty());
+    click(window, mark.x, mark.y);
+    ASSERT_TRUE(eventually([this] { return saved() == 0; })) << read(file());
+    EXPECT_TRUE(eventually([&] { return spots(window, markColour).empty(); }));
+    highlightWord(window, mark);
+    ASSERT_TRUE(eventually([this] { return saved() == 1; }));
+    const auto all = savedHighlights();
+    ASSERT_TRUE(all.contains(key(GetParam()))) << json::serialize(all);
+    auto made = all.at(key(GetParam())).at(0).as_object();
+    EXPECT_TRUE(made.erase("id") == 1 && made.erase("createdAt") == 1);
+    EXPECT_TRUE(made == record(GetParam())) << json::serialize(made);
   }
 };
 
-TEST_F(HighlightTest, ComesBackOnItsWordsAndGoesWithAClick) {
-  write(defaultsFile(), R"({"_highlightTagEnabled":true})");
-  Place place;
+TEST_P(HighlightPlacesTest, MarksComeBackOnTheirWords) {
+  write(file(), fileWith(GetParam()));
+  write(defaultsFile(), R"({"_defaultClientCheck":false,"_highlightTagEnabled":true})");
   {
     const auto program = start();
-    const auto window = signIn(*program);
-    ASSERT_NE(window, 0U) << program->output();
-    ASSERT_TRUE(listens()) << program->output();
-    press("j j j j");
-    press("o");
-    ASSERT_TRUE(sessionBecomes([](const auto& session) {
-      return session.windows.at(0).tabs.at(0).urlString.contains("/mail/Inbox/T4.");
-    })) << read(sessionFile());
-    const auto found = highlightAWord(window);
-    ASSERT_TRUE(found) << program->output();
-    place = *found;
-    EXPECT_TRUE(eventually([this] { return labelled("true") > 0; })) << program->output();
-    std::this_thread::sleep_for(500ms);
-    click(window, place.x, place.y);
-    xdotool("click 1");
-    std::this_thread::sleep_for(800ms);
-    EXPECT_EQ(saved(), 1U);
+    makeLate();
+    expectMarkOnItsWord(openConversation(*program, GetParam().keys));
+    const bool wasLate = program->output().contains(std::string("highlight: text not found for ") + id);
+    EXPECT_EQ(wasLate, std::string(GetParam().threadId) == "T7");
+    EXPECT_TRUE(isLabelled("null") && isLabelled("true")) << program->output();
+    EXPECT_TRUE(eventually([&] { return program->output().contains(" row(s) — 0 marked"); }));
     EXPECT_EQ(quit(*program), 0);
   }
-  const auto written = read(file());
-  EXPECT_TRUE(written.contains("\"threadId\":\"T4\"")) << written;
-
+  makeLate();
   const auto program = start();
   ASSERT_TRUE(waitForPage(*program)) << program->output();
-  ASSERT_TRUE(eventually([&] { return program->output().contains(" row(s) — 1 marked"); }))
-      << program->output();
   const auto window = *windows().begin();
   focus(window);
-  // The mark answers to a click as soon as the program knows which message stands there. Two clicks that come
-  // as a double one select a word and leave it.
-  EXPECT_TRUE(eventually(
-      [&] {
-        click(window, place.x, place.y);
-        std::this_thread::sleep_for(800ms);
-        return saved() == 0;
-      },
-      30s))
-      << read(file()) << program->output();
-  EXPECT_TRUE(eventually([this] { return labelled("null") > 0; })) << program->output();
-  EXPECT_TRUE(eventually([&] { return program->output().contains(" row(s) — 0 marked"); }));
+  EXPECT_TRUE(eventually([&] { return program->output().contains(" row(s) — 1 marked"); }));
+  expectMarkOnItsWord(window);
   EXPECT_EQ(quit(*program), 0);
 }
 
+INSTANTIATE_TEST_SUITE_P(Messages, HighlightPlacesTest, testing::ValuesIn(messages),
+                         [](const auto& info) { return info.param.name; });
+
 // Every server but one on the same machine answers later than a quick hand.
 TEST_F(HighlightTest, WaitsForTheServerAndStaysWithItsMessage) {
+  write(file(), fileWith(inTheFourth));
   Place place;
   {
     const auto program = start();
-    const auto window = signIn(*program);
-    ASSERT_NE(window, 0U) << program->output();
-    ASSERT_TRUE(listens()) << program->output();
-    press("j j j j");
-    press("o");
-    ASSERT_TRUE(sessionBecomes([](const auto& session) {
-      return session.windows.at(0).tabs.at(0).urlString.contains("/mail/Inbox/T4.");
-    }));
-    const auto found = highlightAWord(window);
-    ASSERT_TRUE(found) << program->output();
-    place = *found;
+    place = waitForSpot(openConversation(*program, inTheFourth.keys), markColour);
     EXPECT_EQ(quit(*program), 0);
   }
   fs::remove(file());
@@ -115,7 +142,7 @@ TEST_F(HighlightTest, WaitsForTheServerAndStaysWithItsMessage) {
   EXPECT_TRUE(sessionBecomes(
       [](const auto& session) { return !session.windows.at(0).tabs.at(0).urlString.contains("/T4."); }));
   EXPECT_TRUE(eventually([this] { return saved() == 1; }, 30s)) << program->output();
-  EXPECT_TRUE(savedHighlights().contains("M31@mail.example.org")) << read(file());
+  EXPECT_TRUE(savedHighlights().contains(key(inTheFourth))) << read(file());
   EXPECT_EQ(quit(*program), 0);
 }
 
@@ -126,20 +153,13 @@ TEST_F(HighlightTest, WhatAFullDiskRefusesIsToldAndIsThereAfterAnEnd) {
     const rlimit limit{bytes, RLIM_INFINITY};
     return prlimit(program.id(), RLIMIT_FSIZE, &limit, nullptr) == 0;
   };
+  write(file(), fileWith(inTheFourth));
   const auto program = start();
-  const auto window = signIn(*program);
-  ASSERT_NE(window, 0U) << program->output();
-  ASSERT_TRUE(listens()) << program->output();
-  press("j j j j");
-  press("o");
-  ASSERT_TRUE(sessionBecomes([](const auto& session) {
-    return session.windows.at(0).tabs.at(0).urlString.contains("/mail/Inbox/T4.");
-  }));
-  const auto place = highlightAWord(window);
-  ASSERT_TRUE(place) << program->output();
+  const auto window = openConversation(*program, inTheFourth.keys);
+  const auto place = waitForSpot(window, markColour);
 
   ASSERT_TRUE(limitFiles(*program, 0));
-  click(window, place->x, place->y); // takes the mark away
+  click(window, place.x, place.y); // takes the mark away
   const auto alert = windowBeside({window});
   ASSERT_NE(alert, 0U);
   EXPECT_EQ(title(alert), "Your Changes Can't Be Saved");

@@ -1,12 +1,10 @@
-// All highlights as a page: in a file, back from it, and in a window.
+// All highlights as a page in a file, and back from it.
 #include "HighlightHandsTest.h"
 
 #include <algorithm>
 
 namespace ondrel::e2e {
 namespace {
-
-namespace fs = std::filesystem;
 
 // The last belongs to a message that is gone: it is kept and not listed.
 constexpr auto threeHighlights = R"({
@@ -39,19 +37,6 @@ class HighlightTransferTest : public HighlightHandsTest {
     }
     EXPECT_FALSE(isShown(panel)) << panel;
   }
-  // By the window that was opened for it; closes it.
-  void expectAlert(const std::string& heading) {
-    focus("^" + heading + "$");
-    press("Return");
-    EXPECT_TRUE(eventually([&] { return !isShown(heading); })) << heading;
-  }
-  void import(Process& program, WindowId window, const fs::path& path, const std::string& result) {
-    focus(window);
-    press("ctrl+shift+i");
-    choose("Open File", path);
-    expectAlert("Highlights Imported");
-    EXPECT_TRUE(program.output().contains("importHighlights: " + result + " from " + path.string()));
-  }
 };
 
 TEST_F(HighlightTransferTest, TheFileIsAPageForPeopleAndComesBackIntoAnEmptyProfile) {
@@ -78,52 +63,19 @@ TEST_F(HighlightTransferTest, TheFileIsAPageForPeopleAndComesBackIntoAnEmptyProf
   EXPECT_TRUE(page.contains("<a class=\"subject\" href=\"" + address + "mail/Inbox/T7.M36")) << page;
 
   const auto before = savedHighlights();
-  fs::remove(file());
+  std::filesystem::remove(file());
   const auto program = start({}, wholeStacks);
   ASSERT_TRUE(waitForPage(*program)) << program->output();
   ASSERT_TRUE(listens()) << program->output();
   const auto window = *windows().begin();
-  import(*program, window, exported, "imported 3, skipped 0");
-  EXPECT_TRUE(savedHighlights() == before) << read(file());
-  EXPECT_TRUE(eventually([&] { return program->output().contains(" row(s) — 2 marked"); }));
-  import(*program, window, exported, "imported 0, skipped 3");
-  EXPECT_TRUE(savedHighlights() == before) << read(file());
-
-  write(profile / "other.html", "<p>id=\"ondrel-highlights-data\"</p>");
   focus(window);
   press("ctrl+shift+i");
-  choose("Open File", profile / "other.html");
-  expectAlert("Nothing to Import");
-  EXPECT_EQ(quit(*program), 0);
-}
-
-TEST_F(HighlightTransferTest, TheWindowListsThemAndItsLinksLeadToTheirMessages) {
-  write(file(), threeHighlights);
-  const auto program = start({}, wholeStacks);
-  const auto window = signIn(*program);
-  ASSERT_TRUE(listens()) << program->output();
-  press("ctrl+shift+h");
-  const auto list = windowBeside({window});
-  ASSERT_NE(list, 0U);
-  EXPECT_EQ(title(list), "Highlights");
-  waitForSpots(list, markColour, 2);
-  constexpr Colour linkColour{0x0a, 0x84, 0xff};
-  const auto newest = waitForSpots(list, linkColour, 2);
-  click(list, newest.x, newest.y);
-  EXPECT_TRUE(sessionBecomes([](const auto& saved) {
-    return saved.windows.size() == 1 && saved.windows[0].tabs.size() == 1 &&
-           saved.windows[0].tabs[0].urlString.contains("/mail/Inbox/T7.M36");
-  })) << read(sessionFile());
-  waitForSpots(window, markColour);
-  focus(list);
-  moveTo(list, -143, 28);
-  EXPECT_EQ(spots(list, markColour).size(), 2U) << "the list stays";
-  click(list, -143, 28);
-  focus("^Save File$");
-  press("Escape");
-  EXPECT_TRUE(eventually([] { return !isShown("Save File"); }));
-  press("Escape");
-  EXPECT_TRUE(eventually([&] { return windows() == std::set<WindowId>{window}; }));
+  choose("Open File", exported);
+  focus("^Highlights Imported$");
+  press("Return");
+  EXPECT_TRUE(eventually([] { return !isShown("Highlights Imported"); }));
+  EXPECT_TRUE(savedHighlights() == before) << read(file());
+  EXPECT_TRUE(eventually([&] { return program->output().contains(" row(s) — 2 marked"); }));
   EXPECT_EQ(quit(*program), 0);
 }
 

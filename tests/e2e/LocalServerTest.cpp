@@ -1,6 +1,6 @@
 // An assistant of this machine at the user's mail, through the program's local server.
-#include "Loopback.h"
 #include "UserHandsTest.h"
+#include "support/Loopback.h"
 
 #include <boost/json/parse.hpp>
 #include <boost/json/serialize.hpp>
@@ -19,10 +19,9 @@ class LocalServerTest : public UserHandsTest {
     UserHandsTest::SetUp();
     write(configFile(), R"({"theme": "dark", "mcpServers": {"other": {"type": "stdio"}}})");
   }
-  std::unique_ptr<Process> startWith(bool enabled) { return startWith(enabled, port_); }
-  std::unique_ptr<Process> startWith(bool enabled, int port) {
+  std::unique_ptr<Process> startWith(bool enabled) {
     write(defaultsFile(),
-          json::serialize(json::object{{"_mcpServerEnabled", enabled}, {"_mcpServerPort", port}}));
+          json::serialize(json::object{{"_mcpServerEnabled", enabled}, {"_mcpServerPort", port_}}));
     auto program = start({}, {{"HOME", home()}});
     EXPECT_TRUE(waitForPage(*program)) << program->output();
     return program;
@@ -30,9 +29,9 @@ class LocalServerTest : public UserHandsTest {
 
   std::string posted(const json::object& request) const {
     const auto body = json::serialize(request);
-    return answerAt(port_, "POST /mcp HTTP/1.1\r\nHost: localhost:" + std::to_string(port_) +
-                               "\r\nContent-Type: application/json\r\nContent-Length: " +
-                               std::to_string(body.size()) + "\r\n\r\n" + body);
+    return support::answerAt(port_, "POST /mcp HTTP/1.1\r\nHost: localhost:" + std::to_string(port_) +
+                                        "\r\nContent-Type: application/json\r\nContent-Length: " +
+                                        std::to_string(body.size()) + "\r\n\r\n" + body);
   }
   // The result of a request, or what came instead of one.
   json::value result(const std::string& method, const json::object& params = {}) {
@@ -60,7 +59,7 @@ class LocalServerTest : public UserHandsTest {
   fs::path configFile() const { return home() / ".claude.json"; }
   json::value config() const { return json::parse(read(configFile())); }
 
-  const int port_ = freePort();
+  const int port_ = support::freePort();
 
  private:
   int lastId_ = 0;
@@ -104,21 +103,8 @@ TEST_F(LocalServerTest, ForgetsTheAssistantWhenItIsSwitchedOff) {
 
   const auto program = startWith(false);
   EXPECT_EQ(config(), json::parse(R"({"theme": "dark", "mcpServers": {"other": {"type": "stdio"}}})"));
-  EXPECT_EQ(answerAt(port_, "POST /mcp HTTP/1.1\r\n\r\n{}"), "") << "nobody listens";
+  EXPECT_EQ(support::answerAt(port_, "POST /mcp HTTP/1.1\r\n\r\n{}"), "") << "nobody listens";
   EXPECT_EQ(quit(*program), 0);
-}
-
-TEST_F(LocalServerTest, LivesOnWithAPortThatIsTakenOrCannotBe) {
-  const auto taken = std::stoi(address.substr(address.rfind(':') + 1)); // by the service
-  const std::pair<int, std::string> cases[] = {
-      {taken, "MCP HTTP server failed: "},
-      {70000, "MCP server failed to start on port 70000: Invalid MCP server port: 70000. "
-              "Choose a port between 1 and 65535.\n"}};
-  for (const auto& [port, told] : cases) {
-    const auto program = startWith(true, port);
-    EXPECT_EQ(count(program->output(), "ondrel[network] error: " + told), 1U) << program->output();
-    EXPECT_EQ(quit(*program), 0);
-  }
 }
 
 } // namespace

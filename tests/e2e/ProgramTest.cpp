@@ -1,6 +1,6 @@
 #include "ProgramTest.h"
 
-#include "Loopback.h"
+#include "support/Loopback.h"
 
 #include <boost/json/parse.hpp>
 #include <boost/json/serialize.hpp>
@@ -49,8 +49,8 @@ int portOf(const std::string& url) {
 // The body of the answer of a loopback server; empty when there is none.
 std::string ask(int port, const std::string& method, const std::string& path, const std::string& body = {}) {
   const auto answer =
-      answerAt(port, method + " " + path + " HTTP/1.0\r\nHost: localhost\r\nContent-Length: " +
-                         std::to_string(body.size()) + "\r\n\r\n" + body);
+      support::answerAt(port, method + " " + path + " HTTP/1.0\r\nHost: localhost\r\nContent-Length: " +
+                                  std::to_string(body.size()) + "\r\n\r\n" + body);
   const auto head = answer.find("\r\n\r\n");
   return head == answer.npos ? "" : answer.substr(head + 4);
 }

@@ -1,8 +1,5 @@
-#include "Loopback.h"
 #include "ProgramTest.h"
-
-#include <csignal>
-#include <random>
+#include "support/Loopback.h"
 
 namespace ondrel::e2e {
 namespace {
@@ -12,71 +9,31 @@ using namespace std::chrono_literals;
 
 class StartTest : public ProgramTest {};
 
-TEST_F(StartTest, OpensTheServiceAndSavesItsSession) {
-  const auto program = start();
-  ASSERT_TRUE(waitForPage(*program)) << program->output();
-  EXPECT_EQ(quit(*program), 0);
-  const auto saved = session();
-  ASSERT_TRUE(saved) << read(sessionFile());
-  ASSERT_EQ(saved->windows.size(), 1U);
-  ASSERT_EQ(saved->windows[0].tabs.size(), 1U);
-  EXPECT_EQ(saved->windows[0].tabs[0].urlString, address);
-  EXPECT_TRUE(saved->windows[0].tabs[0].interactionState);
-  EXPECT_TRUE(saved->windows[0].frame);
-  EXPECT_EQ(fs::status(sessionFile()).permissions(), fs::perms::owner_read | fs::perms::owner_write);
-  EXPECT_TRUE(read(defaultsFile()).contains("\"_lastMigratedBuild\""));
-}
-
-TEST_F(StartTest, UnseenTabsOutliveAnyNumberOfStarts) {
-  app::PersistedTab tab{address + "mail/long", "Unseen", base::Bytes{1, 2, 3, 250}, 1.15, true};
-  const app::PersistedSession before{
-      {{{{address, "Front", std::nullopt, 1.0, true}, tab, tab}, app::PersistedFrame{80, 60, 700, 500}}}};
-  write(sessionFile(), before.encoded());
-  for (int i = 0; i < 2; ++i) {
-    const auto program = start();
-    ASSERT_TRUE(waitForPage(*program)) << program->output();
-    EXPECT_EQ(quit(*program), 0);
-    EXPECT_EQ(count(program->output(), "script installed on " + address + "mail/long"), 0U)
-        << "nobody has shown it";
-    const auto saved = session();
-    ASSERT_TRUE(saved);
-    ASSERT_EQ(saved->windows.at(0).tabs.size(), 3U);
-    EXPECT_EQ(saved->windows[0].tabs[1], tab);
-    EXPECT_EQ(saved->windows[0].tabs[2], tab);
-    EXPECT_EQ(saved->windows[0].frame->width, 700);
-    EXPECT_EQ(saved->windows[0].frame->height, 500);
-  }
-}
-
 TEST_F(StartTest, ASecondStartHandsItsURLsOver) {
   const auto first = start();
   ASSERT_TRUE(waitForPage(*first)) << first->output();
-  const auto second =
-      start({"mailto:a@b?subject=x%20y", "email://abc", "foo bar", "mailto:\xFF", "EMAIL://x"});
+  const auto second = start({"mailto:a@b?subject=x%20y", "foo bar", "EMAIL://x"});
   EXPECT_EQ(second->wait(20s), 0) << second->output();
-  EXPECT_TRUE(eventually([&] { return first->output().contains("URL event with scheme EMAIL"); }))
-      << first->output();
   for (const auto* line :
-       {"URL event with scheme mailto", "URL event with scheme email", "Unexpected URL: foo bar"})
-    EXPECT_EQ(count(first->output(), line), 1U) << line << "\n" << first->output();
-  EXPECT_TRUE(second->output().contains("Unexpected URL")) << "what isn't text doesn't get as far as the bus";
-
-  const auto third = start();
-  EXPECT_EQ(third->wait(20s), 0) << third->output();
+       {"URL event with scheme mailto", "Unexpected URL: foo bar", "URL event with scheme EMAIL"})
+    EXPECT_TRUE(eventually([&] { return first->output().contains(line); })) << line << first->output();
   EXPECT_TRUE(first->isRunning());
   EXPECT_EQ(quit(*first), 0);
 }
 
-TEST_F(StartTest, DamagedFilesAreKeptAsideAndDefaultsUsed) {
+TEST_F(StartTest, DamagedFilesAreKeptAsideAndTheSessionIsSavedAnew) {
   write(sessionFile(), "{\"windows\":[{\"tabs\":[");
   write(defaultsFile(), "\xFF\xFE not ours");
   const auto program = start();
   ASSERT_TRUE(waitForPage(*program)) << program->output();
   EXPECT_EQ(quit(*program), 0);
-  EXPECT_TRUE(program->output().contains("SessionStore: decode failed: "));
   EXPECT_EQ(read(sessionFile().string() + ".damaged-1"), "{\"windows\":[{\"tabs\":[");
   EXPECT_EQ(read(defaultsFile().string() + ".damaged-1"), "\xFF\xFE not ours");
-  EXPECT_TRUE(session());
+  const auto saved = session();
+  ASSERT_TRUE(saved) << read(sessionFile());
+  ASSERT_EQ(saved->windows.at(0).tabs.size(), 1U);
+  EXPECT_EQ(saved->windows[0].tabs[0].urlString, address);
+  EXPECT_TRUE(saved->windows[0].tabs[0].interactionState && saved->windows[0].frame);
 }
 
 TEST_F(StartTest, WorksWithAProfileThatCantBeWritten) {
@@ -90,13 +47,10 @@ TEST_F(StartTest, WorksWithAProfileThatCantBeWritten) {
 }
 
 TEST_F(StartTest, ASiteFileThatCantBeUsedIsOneClearLine) {
-  write(profile / "broken.json", R"({"WebAppBaseURL":{"production":"https://x.example/"}})");
-  for (const auto& site : {profile / "missing.json", profile / "broken.json", profile}) {
-    const auto program = start({}, {{"ONDREL_SITE", site}});
-    EXPECT_EQ(program->wait(20s), 2);
-    EXPECT_EQ(count(program->output(), "\n"), 1U) << program->output();
-    EXPECT_TRUE(program->output().contains(site.string())) << program->output();
-  }
+  const auto program = start({}, {{"ONDREL_SITE", profile / "missing.json"}});
+  EXPECT_EQ(program->wait(20s), 2);
+  EXPECT_EQ(count(program->output(), "\n"), 1U) << program->output();
+  EXPECT_TRUE(program->output().contains("missing.json")) << program->output();
 }
 
 TEST_F(StartTest, WorksWithoutASessionBus) {
@@ -137,7 +91,7 @@ TEST_F(StartTest, TheDemonstrationIsOneAndKeepsToItsProfile) {
   const auto home = profile / "home";
   write(home / ".claude.json", "{}");
   write(profile / "demo/config/ondrel/defaults.json",
-        R"({"_mcpServerEnabled":true,"_mcpServerPort":)" + std::to_string(freePort()) + "}");
+        R"({"_mcpServerEnabled":true,"_mcpServerPort":)" + std::to_string(support::freePort()) + "}");
   const std::vector<std::string> demo{"--demo=" + (profile / "demo").string()};
   const Environment environment{{"HOME", home}};
   const auto first = start(demo, environment);
@@ -160,23 +114,6 @@ TEST_F(StartTest, TheDemonstrationIsOneAndKeepsToItsProfile) {
   EXPECT_EQ(std::distance(fs::directory_iterator(home), {}), 1);
   for (const auto* folder : {"config", "data", "cache"})
     EXPECT_FALSE(fs::exists(profile / folder)) << folder;
-}
-
-TEST_F(StartTest, AKilledProgramLeavesAWholeSession) {
-  std::mt19937 random(std::random_device{}());
-  for (int round = 0; round < 4; ++round) {
-    const auto program = start();
-    ASSERT_TRUE(waitForPage(*program)) << program->output();
-    // The end saves: it is cut short at a random moment of it.
-    program->signal(SIGTERM);
-    const auto delay = std::chrono::microseconds(random() % 30000);
-    eventually([] { return false; }, std::chrono::duration_cast<std::chrono::milliseconds>(delay));
-    program->signal(SIGKILL);
-    ASSERT_TRUE(program->wait(10s));
-    if (fs::exists(sessionFile()))
-      EXPECT_TRUE(session()) << read(sessionFile());
-    EXPECT_FALSE(fs::exists(sessionFile().string() + ".damaged-1"));
-  }
 }
 
 } // namespace

@@ -1,45 +1,11 @@
 #include "UserHandsTest.h"
 
-#include <csignal>
-#include <fstream>
-
 namespace ondrel::e2e {
 namespace {
 
-namespace fs = std::filesystem;
 using namespace std::chrono_literals;
 
-class UserTest : public UserHandsTest {
- protected:
-  static pid_t parentOf(pid_t process) {
-    std::ifstream status("/proc/" + std::to_string(process) + "/status");
-    for (std::string word; status >> word;)
-      if (word == "PPid:") {
-        pid_t parent = 0;
-        status >> parent;
-        return parent;
-      }
-    return 0;
-  }
-  static bool descends(pid_t process, pid_t ancestor) {
-    while (process > 1 && process != ancestor)
-      process = parentOf(process);
-    return process == ancestor;
-  }
-
-  static std::vector<pid_t> webProcesses(pid_t program) {
-    std::vector<pid_t> found;
-    for (const auto& process : fs::directory_iterator("/proc")) {
-      std::error_code error;
-      const auto name = process.path().filename().string();
-      if (name.find_first_not_of("0123456789") == name.npos &&
-          fs::read_symlink(process.path() / "exe", error).filename() == "WebKitWebProcess" &&
-          descends(std::stoi(name), program))
-        found.push_back(std::stoi(name));
-    }
-    return found;
-  }
-};
+using UserTest = UserHandsTest;
 
 TEST_F(UserTest, OpensAConversationAndATabAndGetsThemBack) {
   {
@@ -79,20 +45,6 @@ TEST_F(UserTest, OpensAConversationAndATabAndGetsThemBack) {
   EXPECT_EQ(quit(*again), 0);
   EXPECT_EQ(session()->windows.at(0).tabs.at(1), before->windows[0].tabs[1])
       << "and nobody has looked at the other tab";
-}
-
-TEST_F(UserTest, AKilledWebProcessLeavesTheProgramAndCanBeReloaded) {
-  const auto program = start();
-  ASSERT_TRUE(waitForPage(*program)) << program->output();
-  const auto processes = webProcesses(program->id());
-  ASSERT_FALSE(processes.empty());
-  for (const auto process : processes)
-    kill(process, SIGKILL);
-  ASSERT_TRUE(eventually([&] { return program->output().contains("The web process of a tab has ended"); }));
-  focus(".*");
-  press("ctrl+r");
-  EXPECT_TRUE(waitForPage(*program, 2)) << program->output();
-  EXPECT_EQ(quit(*program), 0);
 }
 
 TEST_F(UserTest, AnUnsentLetterIsAskedAboutBeforeItGoes) {

@@ -54,6 +54,7 @@ int main(int, char** arguments) {
     gdk_clipboard_set_value(clipboard, &value);
     g_value_unset(&value);
   }
+  gdk_display_sync(gtk_widget_get_display(window)); // who hears of it finds the clipboard taken
   g_print("ready\n");
   while (true)
     g_main_context_iteration(nullptr, TRUE);

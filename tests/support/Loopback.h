@@ -1,4 +1,4 @@
-#include "Loopback.h"
+#pragma once
 
 #include <arpa/inet.h>
 #include <netinet/in.h>
@@ -6,12 +6,12 @@
 #include <unistd.h>
 
 #include <array>
+#include <cstdint>
+#include <string>
 
-namespace ondrel::e2e {
+namespace ondrel::support {
 
-namespace {
-
-sockaddr_in loopback(int port) {
+inline sockaddr_in loopback(int port) {
   sockaddr_in address{};
   address.sin_family = AF_INET;
   address.sin_port = htons(static_cast<std::uint16_t>(port));
@@ -19,9 +19,8 @@ sockaddr_in loopback(int port) {
   return address;
 }
 
-} // namespace
-
-std::string answerAt(int port, const std::string& bytes) {
+// All that a server of this machine answers to these bytes until it ends the connection; blocks.
+inline std::string answerAt(int port, const std::string& bytes) {
   const int connection = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
   const auto server = loopback(port);
   std::string answer;
@@ -35,11 +34,12 @@ std::string answerAt(int port, const std::string& bytes) {
   return answer;
 }
 
-int freePort() {
+// A port at which nobody listens.
+inline std::uint16_t freePort() {
   const int fd = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
   auto address = loopback(0);
   socklen_t size = sizeof address;
-  int port = 0;
+  std::uint16_t port = 0;
   if (bind(fd, reinterpret_cast<const sockaddr*>(&address), size) == 0 &&
       getsockname(fd, reinterpret_cast<sockaddr*>(&address), &size) == 0)
     port = ntohs(address.sin_port);
@@ -47,4 +47,4 @@ int freePort() {
   return port;
 }
 
-} // namespace ondrel::e2e
+} // namespace ondrel::support
