@@ -4,6 +4,7 @@
 #include "platform/linux/glib/GlibEventLoop.h"
 #include "platform/linux/network/GioTcpListener.h"
 #include "support/LogCapture.h"
+#include "support/Loopback.h"
 
 #include <fmt/format.h>
 #include <gtest/gtest.h>
@@ -33,11 +34,6 @@ std::string answered(const std::string& body) {
   return fmt::format("HTTP/1.1 200 OK\r\nContent-Type: application/json\r\nContent-Length: {}\r\n"
                      "Connection: close\r\n\r\n{}",
                      body.size(), body);
-}
-
-// A port at which nobody listens.
-std::uint16_t freePort() {
-  return SocketClient("::", 0).ownPort();
 }
 
 // The soft limit that was there before.
@@ -120,7 +116,7 @@ class MCPHTTPServerSocketTest : public testing::Test {
   std::vector<std::string> bodies;
   async::Signal release;
   bool hasGivenUp = false;
-  const std::uint16_t port = freePort();
+  const std::uint16_t port = support::freePort();
   std::unique_ptr<MCPHTTPServer> server;
   async::Scope scope;
 };
@@ -212,18 +208,6 @@ TEST_F(MCPHTTPServerSocketTest, SurvivesPeersThatBreakOff) {
   EXPECT_EQ(exchange(post("{}")), answered("echo {}"));
 }
 
-TEST_F(MCPHTTPServerSocketTest, ConnectionsDontWaitForEachOther) {
-  auto slow = connect(post("large"));
-  ASSERT_TRUE(hasReceived(slow, 1000));
-  auto held = connect(post("hold"));
-  held.endSending(); // it still gets its answer
-  ASSERT_TRUE(until([this] { return bodies.back() == "hold"; }));
-  EXPECT_EQ(exchange(post("{}")), answered("echo {}"));
-  release.send();
-  EXPECT_EQ(answerTo(std::move(held)), answered("echo hold"));
-  EXPECT_TRUE(answerTo(std::move(slow)) == answered(large));
-}
-
 TEST_F(MCPHTTPServerSocketTest, ServesBesideHundredsOfSilentConnections) {
   std::vector<SocketClient> silent;
   for (int i = 0; i < 500; ++i) {
@@ -266,7 +250,7 @@ TEST_F(MCPHTTPServerSocketTest, HasThePortAloneUntilItStops) {
 
 TEST_F(MCPHTTPServerSocketTest, AsksForTheDescriptorsThatItMayComeToNeed) {
   const auto before = setDescriptorLimit(256);
-  EXPECT_TRUE(platform::network::GioTcpListener().listen(freePort()));
+  EXPECT_TRUE(platform::network::GioTcpListener().listen(support::freePort()));
   EXPECT_GT(setDescriptorLimit(before), MCPHTTPServer::mostWaiting + MCPHTTPServer::mostWorking);
 }
 

@@ -22,16 +22,6 @@ class MailToolsTest : public ToolsTest {
   }
 };
 
-TEST_F(MailToolsTest, SearchesInOneRequest) {
-  client.answerNext(listed("g0", "[]"));
-  EXPECT_EQ(search(), "No emails found matching the search criteria.");
-  ASSERT_EQ(client.sent.size(), 1u);
-  EXPECT_EQ(calls(), json::parse(R"([
-      ["Email/query",{"accountId":"u123","sort":[{"property":"receivedAt","isAscending":false}],"limit":20},"q0"],
-      ["Email/get",{"accountId":"u123","#ids":{"resultOf":"q0","name":"Email/query","path":"/ids"},
-        "properties":["id","subject","from","receivedAt","preview"]},"g0"]])"));
-}
-
 TEST_F(MailToolsTest, SearchesUnderTheConditionsAsTheyAre) {
   struct Case {
     const char* arguments;
@@ -47,21 +37,17 @@ TEST_F(MailToolsTest, SearchesUnderTheConditionsAsTheyAre) {
       {R"("after":"2025-01-31")", R"({"after":"2025-01-31T00:00:00Z"})"},
       {R"("before":"2025-01-01T01:30:00+02:00")", R"({"before":"2024-12-31T23:30:00Z"})"},
       {R"("after":"2025-01-01T01:30:00.25-00:30")", R"({"after":"2025-01-01T02:00:00.250Z"})"},
-      {R"("after":"2025-01-01T00:00:00Z")", R"({"after":"2025-01-01T00:00:00Z"})"},
-      {R"("after":"2025-02-30")", R"({"after":"2025-02-30"})"},
       {R"("after":1,"before":null,"from":["x"],"subject":{},"limit":"5")"},
       {R"("limit":5.5)"},
-      {R"("limit":5.0)", "null", 5},
-      {R"("limit":-9223372036854775808)", "null", 1},
       {R"("limit":0)", "null", 1},
-      {R"("limit":3,"limit":51)", "null", 50},
-      {R"("limit":9223372036854775808)"},
+      {R"("limit":51)", "null", 50},
   };
   for (const auto& [arguments, filter, limit] : cases) {
     client.answerNext(listed("g0", "[]"));
     EXPECT_EQ(call("search_emails", fmt::format("{{{}}}", arguments)),
               "No emails found matching the search criteria.");
     auto query = calls().at(0).at(1).as_object();
+    EXPECT_EQ(query["sort"], json::parse(R"([{"property":"receivedAt","isAscending":false}])"));
     EXPECT_EQ(query["filter"], json::parse(filter)) << arguments;
     EXPECT_EQ(query["limit"], limit) << arguments;
   }
@@ -76,8 +62,6 @@ TEST_F(MailToolsTest, TellsWhatItFound) {
   EXPECT_EQ(search(), "ID: M1\nFrom: Ann\nSubject: Lunch\nDate: <2025-01-05 09:15>\nPreview: Shall we?"
                       "\n\n---\n\n"
                       "ID: M2\nFrom: Unknown\nSubject: (no subject)\nDate: \nPreview: ");
-  client.answerNext(listed("g0", R"([{"id":null},{}])"));
-  EXPECT_EQ(search(), "");
 }
 
 TEST_F(MailToolsTest, MakesTheBestOfEachMember) {
@@ -93,14 +77,9 @@ TEST_F(MailToolsTest, MakesTheBestOfEachMember) {
   };
   const Case cases[] = {
       {.member = R"("from":[{"name":"","email":"ann@x"}])", .from = "ann@x"},
-      {.member = R"("from":[{"name":null,"email":""}])", .from = ""},
       {.member = R"("from":[{"name":""},{"name":"Bob"}])"},
-      {.member = R"("from":[{"name":"Ann"},7])"},
-      {.member = R"("from":[])"},
-      {.member = R"("from":{"name":"Ann"})"},
       {.member = R"("receivedAt":"2025-01-05T23:15:00-02:00")", .date = "<2025-01-06 01:15>"},
       {.member = R"("receivedAt":"yesterday")", .date = "yesterday"},
-      {.member = R"("receivedAt":7)"},
       {.member = R"("preview":")" + longest + "\"", .preview = longest},
       {.member = R"("preview":")" + longest + "é\"", .preview = longest + "…"},
   };
@@ -156,14 +135,8 @@ TEST_F(MailToolsTest, ReadsOneEmail) {
   client.answerNext(listed("g0", "[]"));
   EXPECT_EQ(read(), badResponse);
 
-  for (const auto* members :
-       {R"("textBody":[],"bodyValues":{})", R"("textBody":[{"partId":"1"}])",
-        R"("textBody":[{"partId":"1"}],"bodyValues":{"2":{"value":"x"}})",
-        R"("textBody":[{"partId":null},{"partId":"1"}],"bodyValues":{"1":{"value":"x"}})",
-        R"("textBody":[{"partId":"1"},7],"bodyValues":{"1":{"value":"x"}})"}) {
-    client.answerNext(listed("g0", fmt::format("[{{{}}}]", members)));
-    EXPECT_TRUE(read().ends_with("Date: \n\n(no plain text body)")) << members;
-  }
+  client.answerNext(listed("g0", R"([{"textBody":[{"partId":"1"}],"bodyValues":{"2":{"value":"x"}}}])"));
+  EXPECT_TRUE(read().ends_with("Date: \n\n(no plain text body)"));
 }
 
 TEST_F(MailToolsTest, ListsTheMailboxesByCodePoints) {
@@ -173,16 +146,12 @@ TEST_F(MailToolsTest, ListsTheMailboxesByCodePoints) {
     {"id":"3","role":"trash","totalEmails":9},
     {"id":"4","name":"Äpfel","totalEmails":2.0},
     {"id":"5","name":"\uffee"},
-    {"id":"6","name":"😀"},
-    {"id":"7","name":"","role":""}])"));
-  EXPECT_EQ(listMailboxes(), " [] — 0 emails, 0 unread\n"
-                             "Zoo — 0 emails, 0 unread\n"
+    {"id":"6","name":"😀"}])"));
+  EXPECT_EQ(listMailboxes(), "Zoo — 0 emails, 0 unread\n"
                              "inbox [inbox] — 12 emails, 3 unread\n"
                              "Äpfel — 2 emails, 0 unread\n"
                              "\uffee — 0 emails, 0 unread\n"
                              "😀 — 0 emails, 0 unread");
-  EXPECT_EQ(calls(), json::parse(R"([["Mailbox/get",{"accountId":"u123","ids":null,
-    "properties":["id","name","role","totalEmails","unreadEmails"]},"m0"]])"));
 }
 
 TEST_F(MailToolsTest, ShowsAnEmailInItsWindow) {
@@ -203,8 +172,6 @@ TEST_F(MailToolsTest, FindsItsAnswerByTheCallId) {
       {good + R"(,["x",{"list":[{"name":"B"}]},"m0"])", line},
       {R"(7,[],["x"],["x",{"list":[]}],["x",{"list":[]},0],{"2":"m0"},)" + good, line},
       {R"(["error",{"type":"serverFail"},"m0"],)" + good, badResponse},
-      {R"(["x",{"list":[{},null]},"m0"])", badResponse},
-      {R"(["x",{"list":[{"name":"A"}]},"M0"])", badResponse},
       {"", badResponse},
   };
   for (const auto& [answers, expected] : cases) {

@@ -29,10 +29,6 @@ class SocketClient {
   }
 
   bool connected() const { return connected_; }
-  std::uint16_t ownPort() const {
-    const auto own = glib::adopt(g_socket_get_local_address(socket_.get(), nullptr));
-    return g_inet_socket_address_get_port(G_INET_SOCKET_ADDRESS(own.get()));
-  }
   // As if a process of that user had made it; only root may.
   bool giveTo(uid_t user) const {
     return fchown(g_socket_get_fd(socket_.get()), user, static_cast<gid_t>(-1)) == 0;
