@@ -51,11 +51,8 @@ TEST_F(CloseQuestionTest, OnlyAPageThatKeepsItsUserIsAskedAbout) {
   shell.settle();
   EXPECT_EQ(windows(), 2U);
   ASSERT_EQ(shell.panels.alerts.size(), 1U);
-  const auto& alert = shell.panels.alerts[0];
-  EXPECT_EQ(alert.messageText + "|" + alert.informativeText,
-            "Leave this page?|Changes that you made may not be saved");
-  EXPECT_EQ(alert.buttons, (Strings{"Stay", "Leave"}));
-  EXPECT_EQ(alert.escapeButton, "Stay");
+  EXPECT_EQ(shell.panels.alerts[0].buttons, (Strings{"Stay", "Leave"}));
+  EXPECT_EQ(shell.panels.alerts[0].escapeButton, "Stay");
   EXPECT_EQ(shell.application.key, shell.application.all.at(0)) << "the user sees which page it is about";
   const auto kept = page(0);
   EXPECT_EQ(*kept->leaveAnswers, (std::vector{false}));

@@ -36,27 +36,13 @@ class RestoreTest : public testing::Test {
   support::TestShell shell;
 };
 
-TEST_F(RestoreTest, BringsWindowsAndTabsBackInOrder) {
-  startWith({{{{tab("a", at("a")), tab("b", at("b"), 1.15), tab("c", {})}, PersistedFrame{5, 6, 700, 500}},
-              {{}, std::nullopt},
-              {{tab("d", {}, 0.9, false)}, std::nullopt}}});
-  ASSERT_EQ(shell.application.all.size(), 4U);
-  const auto& first = shell.application.all.at(0);
-  EXPECT_EQ(first->calls, (Calls{"setFrame", "mode 2", "key", "mode 1"}));
-  EXPECT_EQ(first->frame(), (platform::Rect{5, 6, 700, 500}));
-  const auto tabs = first->tabGroup()->windows();
-  ASSERT_EQ(tabs.size(), 3U);
-  EXPECT_EQ(shell.application.all.at(2)->tabbingMode(), platform::TabbingMode::preferred);
-  EXPECT_EQ(*shell.manager->windows().viewModel(tabs[2])->title, "c");
-  EXPECT_EQ(*model(3)->initialPageZoom, 0.9);
-  EXPECT_FALSE(*model(3)->toolbarVisible);
-}
-
 TEST_F(RestoreTest, OnlyTheTabInFrontGetsAWebView) {
-  const PersistedSession session{{{{tab("a", at("a"), 1.15), tab("b", at("b"), 0.85), tab("c", {}, 1.05)},
-                                   PersistedFrame{5, 6, 700, 500}}}};
+  const PersistedSession session{
+      {{{tab("a", at("a"), 1.15), tab("b", at("b"), 0.85), tab("c", {}, 1.05, false)},
+        PersistedFrame{5, 6, 700, 500}}}};
   startWith(session);
   ASSERT_EQ(shell.webViews.made.size(), 1U);
+  EXPECT_EQ(shell.application.all.at(1)->tabbingMode(), platform::TabbingMode::preferred);
   const auto front = shell.webView(model(0));
   EXPECT_EQ(front->restored, (std::vector<base::Bytes>{at("a")}));
   EXPECT_TRUE(front->loads.empty()) << "the state brings the page back";
@@ -130,14 +116,14 @@ TEST_F(RestoreTest, DamagedOrEmptySessionsOpenAFreshWindow) {
 }
 
 TEST_F(RestoreTest, GroupsAreSavedOnceAndForeignWindowsNot) {
-  startWith({{{{tab("a", {}), tab("b", {})}, std::nullopt}}});
+  startWith({{{{tab("a", {}), tab("b", {})}, std::nullopt}, {}, {{tab("c", {})}, std::nullopt}}});
   shell.application.makeWindow({400, 300, "", "files"});
   shell.manager->openMainWindow();
   const auto session = saveNow();
-  ASSERT_EQ(session.windows.size(), 2U);
+  ASSERT_EQ(session.windows.size(), 3U);
   EXPECT_EQ(session.windows[0].tabs.size(), 2U);
-  EXPECT_EQ(session.windows[1].tabs.size(), 1U);
-  EXPECT_EQ(session.windows[1].frame->width, 870);
+  EXPECT_EQ(session.windows[1].tabs.at(0).title, "c");
+  EXPECT_EQ(session.windows[2].frame->width, 870);
 }
 
 } // namespace
