@@ -48,6 +48,26 @@ bool isScheme(std::string_view text) {
   });
 }
 
+void appendEncoded(std::string& result, char c) {
+  constexpr std::string_view hexDigits = "0123456789ABCDEF";
+  const auto byte = static_cast<unsigned char>(c);
+  result.append({'%', hexDigits[byte >> 4], hexDigits[byte & 15]});
+}
+
+// Every byte percent-encoded but letters and digits of ASCII, and `kept`.
+std::string encodedBut(std::string_view text, std::string_view kept) {
+  std::string result;
+  result.reserve(text.size());
+  for (const char c : text) {
+    const bool isAlphanumeric = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
+    if (isAlphanumeric || kept.contains(c))
+      result += c;
+    else
+      appendEncoded(result, c);
+  }
+  return result;
+}
+
 std::string effectivePort(const Url& url) {
   if (url.port())
     return *url.port();
@@ -164,17 +184,21 @@ std::string percentDecoded(std::string_view text) {
 }
 
 std::string percentEncodedPath(std::string_view text) {
-  constexpr std::string_view hexDigits = "0123456789ABCDEF";
+  return encodedBut(text, "-._~!$&'()*+,;=:@/");
+}
+
+std::string percentEncodedQueryValue(std::string_view text) {
+  return encodedBut(text, "-._~!$'()*,;:@/?");
+}
+
+std::string withEncodedDelimiters(std::string_view address) {
   std::string result;
-  result.reserve(text.size());
-  for (const char c : text) {
-    const auto byte = static_cast<unsigned char>(c);
-    const bool isAlphanumeric = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
-    if (isAlphanumeric || std::string_view("-._~!$&'()*+,;=:@/").contains(c))
-      result += c;
+  result.reserve(address.size());
+  for (const char c : address)
+    if (std::string_view(" \"<>").contains(c))
+      appendEncoded(result, c);
     else
-      result.append({'%', hexDigits[byte >> 4], hexDigits[byte & 15]});
-  }
+      result += c;
   return result;
 }
 

@@ -51,5 +51,10 @@ class Url {
 std::string percentDecoded(std::string_view text);
 // Any text as a part of a path: every byte percent-encoded but those of RFC 3986's pchar and "/".
 std::string percentEncodedPath(std::string_view text);
+// Any text as the value of a query item. Some readers take a raw "+" for a space, so it is encoded too.
+std::string percentEncodedQueryValue(std::string_view text);
+// An address as people and programs write it: spaces, quotes and angle brackets are percent-encoded, the rest
+// stays.
+std::string withEncodedDelimiters(std::string_view address);
 
 } // namespace ondrel::base
