@@ -102,13 +102,24 @@ TEST_F(ProbeTest, HandsUrlsToTheFirstInstanceToTheLetter) {
   EXPECT_EQ(third.exitStatus(), 0);
   EXPECT_TRUE(first.says("reopen true\n"));
 
-  EXPECT_TRUE(desktop::RunningInstance(id).open({"mailto:" + std::string(1 << 20, 'x') + "y"}));
+  EXPECT_EQ(RunningInstance(id).open({"mailto:" + std::string(1 << 20, 'x') + "y"}), 0);
   EXPECT_TRUE(first.says(fmt::format("url of {} bytes ending in y\n", 8 + (1 << 20))));
 
   first.signal(SIGTERM);
   EXPECT_EQ(first.exitStatus(), 0);
   EXPECT_THAT(first.said, testing::EndsWith("aboutToQuit with 1 windows\nexit 0\n"));
-  EXPECT_FALSE(desktop::RunningInstance(id).exists());
+  EXPECT_EQ(RunningInstance(id).open({}), std::nullopt);
+}
+
+// It used to be given up as delivered once it was sent.
+TEST_F(ProbeTest, TakesBackWhatTheFirstInstanceDidNotLiveToGet) {
+  Probe first({id});
+  ASSERT_TRUE(first.says("didFinishLaunching"));
+  first.signal(SIGSTOP);
+  Probe second({id, "mailto:a@b"});
+  std::this_thread::sleep_for(500ms); // it has asked by now, or will find nobody to ask
+  first.signal(SIGKILL);
+  EXPECT_TRUE(second.says("url mailto:a@b\n"));
 }
 
 TEST_F(ProbeTest, RunsAloneWithoutASessionBus) {

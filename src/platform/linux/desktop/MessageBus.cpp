@@ -7,6 +7,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <chrono>
 #include <memory>
 #include <utility>
@@ -60,6 +61,13 @@ gpointer boxed(Handler handler) {
 }
 
 } // namespace
+
+std::string objectPath(std::string_view applicationId) {
+  auto path = "/" + std::string(applicationId);
+  std::ranges::replace(path, '.', '/');
+  std::ranges::replace(path, '-', '_');
+  return path;
+}
 
 async::Task<glib::Ref<GDBusConnection>> sessionBus() {
   return connectTo(G_BUS_TYPE_SESSION);

@@ -9,6 +9,7 @@
 #include <expected>
 #include <functional>
 #include <string>
+#include <string_view>
 
 namespace ondrel::platform::desktop {
 
@@ -16,6 +17,8 @@ namespace ondrel::platform::desktop {
 using BusConnector = std::function<async::Task<glib::Ref<GDBusConnection>>()>;
 
 async::Task<glib::Ref<GDBusConnection>> sessionBus();
+// Where an application has its own object: "org.velmora.Ondrel" at "/org/velmora/Ondrel".
+std::string objectPath(std::string_view applicationId);
 // The program outlives the end of this one.
 async::Task<glib::Ref<GDBusConnection>> systemBus();
 

@@ -2,11 +2,12 @@
 
 #include "base/Log.h"
 #include "base/Text.h"
+#include "platform/linux/MessageBus.h"
 #include "platform/linux/glib/Ref.h"
 
 #include <gio/gio.h>
 
-#include <algorithm>
+#include <cstdlib>
 
 namespace ondrel::platform::desktop {
 
@@ -14,17 +15,7 @@ namespace {
 
 constexpr base::Logger logger("system");
 
-glib::Ref<GDBusConnection> sessionBus() {
-  return glib::adopt(g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, nullptr));
-}
-
-// "org.velmora.Ondrel" has its object at "/org/velmora/Ondrel".
-std::string objectPath(const std::string& id) {
-  auto path = "/" + id;
-  std::ranges::replace(path, '.', '/');
-  std::ranges::replace(path, '-', '_');
-  return path;
-}
+constexpr int patience = 20000; // milliseconds
 
 GVariant* platformData() {
   GVariantBuilder data;
@@ -49,35 +40,29 @@ GVariant* texts(const std::vector<std::string>& urls) {
 
 } // namespace
 
-bool RunningInstance::exists() const {
-  const auto bus = sessionBus();
+std::optional<int> RunningInstance::open(const std::vector<std::string>& urls) const {
+  const auto bus = glib::adopt(g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, nullptr));
   if (!bus)
-    return false;
-  const glib::Owned<GVariant> reply(
-      g_dbus_connection_call_sync(bus.get(), "org.freedesktop.DBus", "/org/freedesktop/DBus",
-                                  "org.freedesktop.DBus", "NameHasOwner", g_variant_new("(s)", id_.c_str()),
-                                  G_VARIANT_TYPE("(b)"), G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr));
-  gboolean owned = FALSE;
-  if (reply)
-    g_variant_get(reply.get(), "(b)", &owned);
-  return owned != FALSE;
-}
-
-bool RunningInstance::open(const std::vector<std::string>& urls) const {
-  const auto bus = sessionBus();
+    return std::nullopt;
+  auto* arguments = urls.empty() ? g_variant_new("(@a{sv})", platformData())
+                                 : g_variant_new("(@as@a{sv})", texts(urls), platformData());
   glib::Error error;
-  bool sent = false;
-  if (bus) {
-    auto* arguments = urls.empty() ? g_variant_new("(@a{sv})", platformData())
-                                   : g_variant_new("(@as@a{sv})", texts(urls), platformData());
-    g_dbus_connection_call(bus.get(), id_.c_str(), objectPath(id_).c_str(), "org.freedesktop.Application",
-                           urls.empty() ? "Activate" : "Open", arguments, nullptr,
-                           G_DBUS_CALL_FLAGS_NO_AUTO_START, -1, nullptr, nullptr, nullptr);
-    sent = g_dbus_connection_flush_sync(bus.get(), nullptr, error.out()) != FALSE;
+  const glib::Owned<GVariant> reply(g_dbus_connection_call_sync(
+      bus.get(), id_.c_str(), objectPath(id_).c_str(), "org.freedesktop.Application",
+      urls.empty() ? "Activate" : "Open", arguments, nullptr, G_DBUS_CALL_FLAGS_NO_AUTO_START, patience,
+      nullptr, error.out()));
+  if (reply)
+    return EXIT_SUCCESS;
+  if (error.matches(G_IO_ERROR, G_IO_ERROR_TIMED_OUT)) {
+    logger.notice("The running program is busy, and takes this up when it answers again");
+    return EXIT_SUCCESS;
   }
-  if (!sent)
-    logger.error("The running program can't be reached: {}", error.message());
-  return sent;
+  // No reply: it has ended over the question.
+  for (const int code : {G_DBUS_ERROR_SERVICE_UNKNOWN, G_DBUS_ERROR_NAME_HAS_NO_OWNER, G_DBUS_ERROR_NO_REPLY})
+    if (error.matches(G_DBUS_ERROR, code))
+      return std::nullopt;
+  logger.error("The running program can't be reached: {}", error.message());
+  return EXIT_FAILURE;
 }
 
 } // namespace ondrel::platform::desktop

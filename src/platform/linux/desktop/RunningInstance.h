@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -11,11 +12,11 @@ class RunningInstance {
  public:
   explicit RunningInstance(std::string applicationId) : id_(std::move(applicationId)) {}
 
-  bool exists() const; // false without a session bus
   // Hands it URLs (valid UTF-8), or asks it to come to the front when there are none, with the token that the
-  // desktop gave this process for that. Doesn't wait until it has done so. False, with a log line, when it
-  // can't be reached.
-  bool open(const std::vector<std::string>& urls) const;
+  // desktop gave this process for that, and waits until it has them. Gives the exit status for a start that
+  // has no more to do; absent when there is no such instance, or it ended before it had them. A failure is
+  // logged.
+  std::optional<int> open(const std::vector<std::string>& urls) const;
 
  private:
   std::string id_;

@@ -13,6 +13,7 @@
 
 #include <cassert>
 #include <csignal>
+#include <cstdlib>
 #include <utility>
 
 namespace ondrel::platform::windows {
@@ -83,10 +84,7 @@ void LinuxApplication::connectSignals() {
 
 std::optional<int> LinuxApplication::handOver(const std::string& applicationId,
                                               const std::vector<std::string>& urls) {
-  const desktop::RunningInstance first(applicationId);
-  if (!first.exists())
-    return std::nullopt;
-  return first.open(passable(urls)) ? 0 : 1;
+  return RunningInstance(applicationId).open(passable(urls));
 }
 
 int LinuxApplication::run(std::vector<std::string> urls, std::function<void()> startup) {
@@ -116,8 +114,10 @@ int LinuxApplication::run(std::vector<std::string> urls, std::function<void()> s
     logger.error("The session bus refuses the program: {}", error.message());
     return 1;
   }
-  if (g_application_get_is_remote(app)) // another one was faster since we looked
-    return desktop::RunningInstance(options_.applicationId).open(urls) ? 0 : 1;
+  if (g_application_get_is_remote(app)) { // another one was faster since we looked
+    g_object_ref(app);                    // GLib warns of the end of one that was never run
+    return handOver(options_.applicationId, urls).value_or(EXIT_FAILURE);
+  }
   const int status = g_application_run(app, 0, nullptr);
   tellTermination();
   return status;
