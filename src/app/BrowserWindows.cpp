@@ -1,7 +1,6 @@
 #include "app/BrowserWindows.h"
 
 #include "async/Future.h"
-#include "base/Url.h"
 #include "platform/Application.h"
 #include "web/MailURL.h"
 #include "web/WindowViewModel.h"
@@ -58,7 +57,10 @@ std::vector<BrowserWindows::ActiveWindow> BrowserWindows::shown() const {
 
 std::vector<BrowserWindows::ActiveWindow> BrowserWindows::shownWithoutLetters() const {
   auto result = shown();
-  std::erase_if(result, [](const ActiveWindow& window) { return window.second->isWritingLetter(); });
+  std::erase_if(result, [](const ActiveWindow& window) {
+    // An editor that could not be loaded is still to come: the user has been offered to try it again.
+    return window.second->isWritingLetter() || web::isComposeURL(window.second->pageProblem->url);
+  });
   return result;
 }
 
@@ -96,10 +98,12 @@ bool BrowserWindows::hasComposeWindow() const {
 }
 
 std::optional<std::string> BrowserWindows::currentAccountParameter() const {
+  if (const auto active = activeWindow())
+    if (auto account = active->second->accountParameter())
+      return account;
   for (const auto& each : entries_)
-    if (const auto url = base::Url::parse(*each.tab->urlString))
-      if (auto account = url->queryItem("u"))
-        return account;
+    if (auto account = each.tab->accountParameter())
+      return account;
   return std::nullopt;
 }
 

@@ -55,7 +55,8 @@ class BrowserWindows {
 
   bool mainWindowContainsMail() const;
   bool hasComposeWindow() const;
-  // The account in the address of any tab, for building an address of the service.
+  // The account in the address of the active tab, or of any other one, for building an address of the
+  // service.
   std::optional<std::string> currentAccountParameter() const;
 
   // A letter that was sent or discarded is on its way: its page must live.

@@ -214,7 +214,7 @@ ViewModelPtr WindowManager::loadInActiveWindow(const std::string& url) {
   return active ? showIn(*active, url) : nullptr;
 }
 
-void WindowManager::openInNewTabOrWindow(const std::string& url) {
+ViewModelPtr WindowManager::openInNewTabOrWindow(const std::string& url) {
   application_.activate();
   const auto viewModel = newViewModel();
   viewModel->urlString.set(url);
@@ -222,6 +222,19 @@ void WindowManager::openInNewTabOrWindow(const std::string& url) {
     openTab(viewModel, active->first, true);
   else
     showAlone(makeWindow(viewModel));
+  return viewModel;
+}
+
+ViewModelPtr WindowManager::openTabBehind(const std::string& url) {
+  const auto active = windows_.activeWindow();
+  if (!active)
+    return nullptr;
+  auto viewModel = newViewModel();
+  viewModel->urlString.set(url);
+  viewModel->loadsWhenShown = true;
+  const auto& opener = active->first;
+  openedTabs_.didOpen(opener, openTab(viewModel, openedTabs_.neighbour(opener), false));
+  return viewModel;
 }
 
 void WindowManager::printActive() {

@@ -57,7 +57,9 @@ class WindowManager {
   // Shows a message of the service in the first window with mail where no letter is being written; in a new
   // tab or window when there is none. Gives the one that shows it.
   std::shared_ptr<web::WindowViewModel> openURL(const std::string& url);
-  void openInNewTabOrWindow(const std::string& url);
+  std::shared_ptr<web::WindowViewModel> openInNewTabOrWindow(const std::string& url);
+  // In a tab behind the active one, which is loaded when it is shown; none when there is no window.
+  std::shared_ptr<web::WindowViewModel> openTabBehind(const std::string& url);
   // In the active one of the windows where no letter is being written; none when there is none.
   std::shared_ptr<web::WindowViewModel> loadInActiveWindow(const std::string& url);
 

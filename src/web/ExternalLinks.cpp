@@ -6,50 +6,25 @@
 #include "platform/WebViewDelegate.h"
 #include "web/GestureLimit.h"
 #include "web/NavigationRules.h"
+#include "web/WebServices.h"
 #include "web/WindowViewModel.h"
 
 #include <utility>
 
 namespace ondrel::web {
 
-namespace {
-
-// Behind a scheme that engines don't know they leave these as they are ("tel:+49 30 1234").
-std::string encoded(const std::string& url) {
-  std::string result;
-  for (const char c : url)
-    switch (c) {
-    case ' ':
-      result += "%20";
-      break;
-    case '"':
-      result += "%22";
-      break;
-    case '<':
-      result += "%3C";
-      break;
-    case '>':
-      result += "%3E";
-      break;
-    default:
-      result += c;
-    }
-  return result;
-}
-
-} // namespace
-
 std::optional<std::string> externalAddress(const std::string& url) {
-  const auto parsed = base::Url::parse(encoded(url));
+  // Behind a scheme that engines don't know they leave these as they are ("tel:+49 30 1234").
+  const auto parsed = base::Url::parse(base::withEncodedDelimiters(url));
   if (!parsed || !parsed->scheme() ||
       addressUse(parsed->absoluteString(), TargetFrame::unknown) != AddressUse::handToDesktop)
     return std::nullopt;
   return parsed->absoluteString();
 }
 
-ExternalLinks::ExternalLinks(std::weak_ptr<WindowViewModel> viewModel, platform::UriLauncher& uriLauncher,
+ExternalLinks::ExternalLinks(std::weak_ptr<WindowViewModel> viewModel, const WebServices& services,
                              GestureLimit& handOvers)
-    : viewModel_(std::move(viewModel)), uriLauncher_(uriLauncher), handOvers_(handOvers) {
+    : viewModel_(std::move(viewModel)), services_(services), handOvers_(handOvers) {
 }
 
 bool ExternalLinks::take(const platform::NavigationAction& action) {
@@ -63,12 +38,14 @@ bool ExternalLinks::take(const platform::NavigationAction& action) {
   return true;
 }
 
-// The one place where they leave: "mailto:" too, which may come back to this program from the desktop.
+// The one place where they leave.
 void ExternalLinks::open(const std::string& url) {
-  const auto scheme = base::Url::parse(url)->scheme().value();
+  const auto scheme = base::lowercasedAscii(base::Url::parse(url)->scheme().value());
+  if (url.starts_with("mailto:") && services_.beginLetter && services_.beginLetter(url))
+    return;
   const auto viewModel = viewModel_.lock();
-  if (uriLauncher_.defaultApplicationForScheme(base::lowercasedAscii(scheme)))
-    uriLauncher_.open(url);
+  if (services_.uriLauncher.defaultApplicationForScheme(scheme))
+    services_.uriLauncher.open(url);
   else if (viewModel)
     viewModel->pageProblem.set({PageProblem::Kind::noApplication, {}, url});
 }

@@ -7,26 +7,27 @@
 #include <string>
 
 namespace ondrel::platform {
-class UriLauncher;
 struct NavigationAction;
-} // namespace ondrel::platform
+}
 
 namespace ondrel::web {
 
 class GestureLimit;
 class WindowViewModel;
+struct WebServices;
 
 // The text of an address that other programs open ("tel:", "mailto:", ...), with what engines leave raw in it
 // percent-encoded; absent for what a web engine has a meaning of its own for (pages, files, scripts, data)
 // and for what is no address.
 std::optional<std::string> externalAddress(const std::string& url);
 
-// Hands a tab's links to other programs over to the desktop: one for each press of a key or button, and none
+// Hands a tab's links to other programs over to the desktop, and those that begin a letter to this program
+// where no other does that: one for each press of a key or button, and none
 // that the page follows by itself. Main thread only.
 class ExternalLinks {
  public:
-  // `handOvers` outlives it.
-  ExternalLinks(std::weak_ptr<WindowViewModel> viewModel, platform::UriLauncher& uriLauncher,
+  // `services` and `handOvers` outlive it.
+  ExternalLinks(std::weak_ptr<WindowViewModel> viewModel, const WebServices& services,
                 GestureLimit& handOvers);
 
   // True when the navigation leads to another program, whether that was opened or not: the engine has nothing
@@ -37,7 +38,7 @@ class ExternalLinks {
   void open(const std::string& url);
 
   const std::weak_ptr<WindowViewModel> viewModel_;
-  platform::UriLauncher& uriLauncher_;
+  const WebServices& services_;
   GestureLimit& handOvers_;
   const base::Logger logger_{"ui"};
 };

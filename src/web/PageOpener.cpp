@@ -17,7 +17,7 @@ namespace ondrel::web {
 
 PageOpener::PageOpener(const std::shared_ptr<WindowViewModel>& viewModel, const WebServices& services)
     : viewModel_(viewModel), services_(services), openInNewWindow_(viewModel->openInNewWindow),
-      openInNewTab_(viewModel->openInNewTab), externalLinks_(viewModel_, services.uriLauncher, handOvers_) {
+      openInNewTab_(viewModel->openInNewTab), externalLinks_(viewModel_, services, handOvers_) {
 }
 
 std::shared_ptr<WindowViewModel> PageOpener::newViewModel(const std::string& url) const {

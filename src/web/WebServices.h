@@ -2,6 +2,9 @@
 
 #include "web/ScriptMessageRouter.h"
 
+#include <functional>
+#include <string>
+
 namespace ondrel::jmap {
 class NotificationManager;
 }
@@ -34,6 +37,8 @@ struct WebServices {
   MessageFiles& messageFiles;
   // What features take of the pages' messages.
   ScriptMessageRouter messages{};
+  // Begins the letter of a "mailto" link here; false where the user has another program for that.
+  std::function<bool(const std::string& url)> beginLetter{};
 };
 
 } // namespace ondrel::web

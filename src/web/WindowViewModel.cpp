@@ -211,6 +211,12 @@ async::Task<void> WindowViewModel::exportPDF() {
   return exportPDFOf(webView, *title, std::move(parent), services_.panels);
 }
 
+std::optional<std::string> WindowViewModel::accountParameter() const {
+  const auto url = base::Url::parse(*urlString);
+  const bool isOfService = url && services_.settings.isServiceOrigin(*urlString);
+  return isOfService ? url->queryItem("u") : std::nullopt;
+}
+
 bool WindowViewModel::isComposeURL() const {
   return web::isComposeURL(*urlString);
 }

@@ -118,6 +118,8 @@ class WindowViewModel : public std::enable_shared_from_this<WindowViewModel> {
 
   async::Task<void> exportPDF();
 
+  // The account that its address names; absent for pages of others.
+  std::optional<std::string> accountParameter() const;
   // The page composes a message.
   bool isComposeURL() const;
   // A letter is being written here, as a page of its own or inside another: nobody but the user leads such a
