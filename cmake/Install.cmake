@@ -13,6 +13,12 @@ if(TARGET ondrel-demo-service)
 endif()
 install(FILES data/site.json DESTINATION ${CMAKE_INSTALL_DATADIR}/ondrel)
 install(FILES data/org.velmora.Ondrel.desktop DESTINATION ${CMAKE_INSTALL_DATADIR}/applications)
+# A bus service needs the whole path of its program; the packages' prefix is another than that of this folder.
+install(CODE "set(CMAKE_INSTALL_FULL_BINDIR \"\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_BINDIR}\")
+  configure_file(\"${CMAKE_CURRENT_SOURCE_DIR}/data/org.velmora.Ondrel.service.in\"
+    \"${CMAKE_CURRENT_BINARY_DIR}/org.velmora.Ondrel.service\" @ONLY)")
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/org.velmora.Ondrel.service
+  DESTINATION ${CMAKE_INSTALL_DATADIR}/dbus-1/services)
 install(FILES data/org.velmora.Ondrel.metainfo.xml DESTINATION ${CMAKE_INSTALL_DATADIR}/metainfo)
 install(FILES data/copyright DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/ondrel)
 install(FILES data/copyright DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/ondrel-demo COMPONENT demo)

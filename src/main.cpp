@@ -3,14 +3,23 @@
 #include "async/sleep.h"
 #include "base/Log.h"
 #include "platform/linux/desktop/DesktopNotifications.h"
+#include "platform/linux/files/GioFileReader.h"
+#include "platform/linux/network/GioTcpListener.h"
+#include "platform/linux/text/GlibLogSink.h"
+#include "platform/linux/text/IcuTextFormatting.h"
+#include "platform/linux/files/JsonUserDefaults.h"
 #include "platform/linux/desktop/LauncherEntry.h"
+#include "platform/linux/windows/LinuxApplication.h"
 #include "platform/linux/desktop/LinuxClipboard.h"
+#include "platform/linux/windows/LinuxPanels.h"
 #include "platform/linux/desktop/LinuxUriLauncher.h"
 #include "platform/linux/desktop/LogindSleep.h"
-#include "platform/linux/desktop/Rendering.h"
-#include "platform/linux/files/GioFileReader.h"
-#include "platform/linux/files/JsonUserDefaults.h"
 #include "platform/linux/files/PosixFileStore.h"
+#include "platform/linux/desktop/Rendering.h"
+#include "platform/linux/text/ResourceText.h"
+#include "platform/linux/ScriptingObject.h"
+#include "platform/linux/network/SoupHttpClient.h"
+#include "platform/linux/webkit/WebKitViewFactory.h"
 #include "platform/linux/files/XdgDirectories.h"
 #include "platform/linux/glib/GlibEventLoop.h"
 #include "platform/linux/network/GioTcpListener.h"
@@ -45,8 +54,6 @@ namespace {
 using namespace ondrel;
 
 constexpr int usageError = 2;
-// As long as nothing receives mail links (program::URLReceivers), the desktop file doesn't name them either.
-constexpr bool offersItselfForMail = false;
 constexpr const char* exportIcon = "/org/velmora/Ondrel/highlight-export-icon.png";
 
 int complain(const std::string& problem) {
@@ -59,7 +66,7 @@ platform::ProgramInfo ownBundle(bool isDemo) {
   // any.
   const std::string identifier = build::identifier;
   return {isDemo ? identifier + ".Demo" : identifier, build::displayName, build::shortVersion,
-          build::buildNumber, offersItselfForMail && !isDemo};
+          build::buildNumber, !isDemo};
 }
 
 void logUnhandled(std::exception_ptr failure) {
@@ -116,7 +123,7 @@ class Program {
              .applicationName = programInfo.displayName,
              .useActivationToken =
                  [&application](const std::string& token) { application.setActivationToken(token); }}),
-        launcherEntry_(programInfo.identifier),
+        launcherEntry_(programInfo.identifier), scripting_(programInfo.identifier),
         scripts_(scripts::pageScriptSource(platform::text::resourceText, consoleRelay())),
         app_({.programInfo = programInfo,
               .application = application,
@@ -134,6 +141,7 @@ class Program {
               .notifications = notifications_,
               .launcherBadge = launcherEntry_,
               .sleepMonitor = logind_,
+              .scripting = scripting_,
               .textFormatting = textFormatting_,
               .exportIcon = platform::text::resourceText(exportIcon).value_or(""),
               .makeTcpListener = [] { return std::make_unique<platform::network::GioTcpListener>(); },
@@ -156,6 +164,7 @@ class Program {
                     .removeAllHighlights = [this] { return app_.highlightService().removeAllHighlights(); },
                     .quit = [this] { app_.quitting().request(); },
                     .programInfo = programInfo,
+                    .copyAppleMailLink = [this] { return app_.emailLinkService().copyAppleMailLink(); },
                     .navigate =
                         [this](const std::string& url, const std::optional<std::string>& emailId) {
                           app_.emailLinkService().navigate(url, emailId);
@@ -183,6 +192,7 @@ class Program {
   platform::desktop::DesktopNotifications notifications_;
   platform::desktop::LauncherEntry launcherEntry_;
   platform::desktop::LogindSleep logind_;
+  platform::ScriptingObject scripting_;
   platform::text::IcuTextFormatting textFormatting_;
   web::PageScripts scripts_;
   program::OndrelApp app_;
@@ -220,8 +230,9 @@ int run(start::CommandLine commandLine) {
   async::setUnhandledExceptionHandler(logUnhandled);
 
   glib::GlibEventLoop loop;
-  platform::windows::LinuxApplication application(
-      {.applicationId = programInfo.identifier, .displayName = programInfo.displayName});
+  platform::windows::LinuxApplication application({.applicationId = programInfo.identifier,
+                                          .displayName = programInfo.displayName,
+                                          .startedByBus = commandLine.startedByBus});
   std::unique_ptr<Program> program;
   const int status = application.run(std::move(commandLine.urls), [&] {
     program = std::make_unique<Program>(application, programInfo, folders, std::move(*site), rendering);

@@ -12,7 +12,11 @@ namespace {
 
 constexpr std::string_view hookmarkIdentifier = "com.cogsciapps.hook";
 constexpr std::string_view emailPrefix = "email://";
-constexpr std::size_t longestLoggedURL = 200;
+constexpr std::size_t longestLogged = 200;
+
+std::string excerpt(const std::string& text) {
+  return base::displayLine(text.substr(0, longestLogged));
+}
 
 async::Task<void> onNextTurn(std::function<void()> work) {
   work();
@@ -51,22 +55,35 @@ void AppDelegate::applicationWillResignActive() {
 }
 
 void AppDelegate::handleGetURL(const std::string& text) {
-  const auto url = base::Url::parse(text);
+  // A Message-ID may hold what no URL may, and stands in its link as it is.
+  if (text.starts_with(emailPrefix)) {
+    if (base::displayLine(text) != text) {
+      refuse(text);
+      return;
+    }
+    logger_.debug("URL event with scheme email");
+    auto link = text.substr(emailPrefix.size());
+    if (!link.empty() && receivers_.openEmailLink)
+      scope_.spawn(onNextTurn([this, link = std::move(link)] { receivers_.openEmailLink(link); }));
+    return;
+  }
+  const bool isMailto = text.starts_with("mailto:");
+  const auto url = base::Url::parse(isMailto ? base::withEncodedDelimiters(text) : text);
   if (!url) {
-    logger_.error("Unexpected URL: {}", base::displayLine(text.substr(0, longestLoggedURL)));
+    refuse(text);
     return;
   }
-  if (!url->scheme())
+  if (!isMailto) {
+    logger_.notice("Ignored a URL event with scheme {}", excerpt(url->scheme().value_or("(none)")));
     return;
-  logger_.debug("URL event with scheme {}", *url->scheme());
-  if (*url->scheme() == "email") {
-    const auto rest = text.size() > emailPrefix.size() ? text.substr(emailPrefix.size()) : std::string();
-    if (!rest.empty() && receivers_.openEmailLink)
-      scope_.spawn(onNextTurn([this, rest] { receivers_.openEmailLink(rest); }));
-  } else if (*url->scheme() == "mailto") {
-    if (receivers_.handleMailto)
-      scope_.spawn(onNextTurn([this, url] { receivers_.handleMailto(*url); }));
   }
+  logger_.debug("URL event with scheme mailto");
+  if (receivers_.handleMailto)
+    scope_.spawn(onNextTurn([this, url] { receivers_.handleMailto(*url); }));
+}
+
+void AppDelegate::refuse(const std::string& text) {
+  logger_.error("Unexpected URL: {}", excerpt(text));
 }
 
 } // namespace ondrel::program

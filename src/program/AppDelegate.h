@@ -25,7 +25,7 @@ namespace ondrel::program {
 
 struct AppLifecycleService;
 
-// Where URL events go. An empty receiver drops the event without a word.
+// Where URL events go. An empty receiver drops the event.
 struct URLReceivers {
   std::function<void(const std::string& link)> openEmailLink; // what stands behind "email://"
   std::function<void(const base::Url& url)> handleMailto;
@@ -50,6 +50,8 @@ class AppDelegate {
   void handleGetURL(const std::string& text);
 
  private:
+  void refuse(const std::string& text);
+
   platform::Application& application_;
   const platform::ProgramInfo programInfo_;
   platform::UserDefaults& defaults_;

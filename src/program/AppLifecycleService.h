@@ -8,7 +8,8 @@ namespace ondrel::program {
 struct AppLifecycleService {
   // The application that took the foreground when this one last lost it was Hookmark.
   bool isHookmarkActive = false;
-  // Opens the settings window; unset until there is one.
+  // Opens the settings window, where the user can make the program the default mail application; unset as
+  // long as there is no such place.
   std::function<void()> openSettingsAction;
 };
 

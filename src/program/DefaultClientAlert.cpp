@@ -20,7 +20,8 @@ async::Task<void> askToBecomeDefault(std::chrono::seconds delay, platform::Progr
                                      platform::Panels& panels, settings::AppSettings& settings,
                                      AppLifecycleService& lifecycle) {
   co_await async::sleep(delay);
-  if (isDefaultEmailClient(uriLauncher, programInfo))
+  // Without settings to go to, the question would lead nowhere.
+  if (!lifecycle.openSettingsAction || isDefaultEmailClient(uriLauncher, programInfo))
     co_return;
   platform::Alert alert{programInfo.displayName + " is not your default email app",
                         "Would you like to go to Settings to change this now?",
@@ -30,8 +31,7 @@ async::Task<void> askToBecomeDefault(std::chrono::seconds delay, platform::Progr
   if (response == platform::Panels::firstButton) {
     settings.setSelectedSettingsTab(settings::SettingsTab::general);
     application.activate();
-    if (lifecycle.openSettingsAction)
-      lifecycle.openSettingsAction();
+    lifecycle.openSettingsAction();
   }
   settings.set(settings::keys::defaultClientCheck, false);
 }

@@ -3,6 +3,7 @@
 #include "mcp/MCPHTTPServer.h"
 #include "platform/Application.h"
 #include "platform/TcpListener.h"
+#include "platform/UriLauncher.h"
 #include "program/DefaultClientAlert.h"
 
 namespace ondrel::program {
@@ -44,7 +45,13 @@ OndrelApp::OndrelApp(const PlatformAbilities& platform, settings::Site site, con
                     .sleepMonitor = platform.sleepMonitor,
                     .notifications = notificationManager_,
                     .openURL = [this](const std::string& url) { windowManager_.openURL(url); }}),
-      emailLinkService_(platform.application, windowManager_, webServices_),
+      emailLinkService_({.application = platform.application,
+                         .windowManager = windowManager_,
+                         .webServices = webServices_,
+                         .mail = jmapSession_.mail(),
+                         .notifications = notificationManager_,
+                         .clipboard = platform.clipboard}),
+      getAddressCommand_(platform.scripting, emailLinkService_, windowManager_),
       highlightStore_(platform.directories, platform.files),
       highlightService_(windowManager_, webServices_.messages, jmapSession_.mail(), highlightStore_,
                         settings_, platform.panels),
@@ -71,6 +78,7 @@ OndrelApp::OndrelApp(const PlatformAbilities& platform, settings::Site site, con
                        .settings = settings_,
                        .windowManager = windowManager_,
                        .highlightImport = highlightImport_}),
+      mailtoHandler_(platform.application, windowManager_, settings_, platform.clipboard),
       mcpServerManager_(settings_, platform.directories, platform.files,
                         [makeListener = platform.makeTcpListener](mcp::RPCHandler handler) {
                           return std::make_unique<mcp::MCPHTTPServer>(makeListener(), std::move(handler));
@@ -79,6 +87,7 @@ OndrelApp::OndrelApp(const PlatformAbilities& platform, settings::Site site, con
       unsavedFiles_({highlightStore_.file(), platform.defaultsFile, sessionStore_.file(), closedTabs_.file()},
                     platform.application, platform.panels) {
   appDelegate_.setWindowManager(&windowManager_);
+  takeLinks(platform);
   platform.application.setCloseQuestion([this](std::vector<std::shared_ptr<platform::Window>> windows) {
     return closeQuestion_.mayClose(std::move(windows));
   });
@@ -94,6 +103,22 @@ OndrelApp::OndrelApp(const PlatformAbilities& platform, settings::Site site, con
     scope_.spawn(askToBecomeDefault(delay, platform.programInfo, platform.application, platform.uriLauncher,
                                     platform.panels, settings_, lifecycle_));
   }
+}
+
+void OndrelApp::takeLinks(const PlatformAbilities& platform) {
+  appDelegate_.setReceivers(
+      {.openEmailLink = [this](const std::string& link) { scope_.spawn(emailLinkService_.openEmail(link)); },
+       .handleMailto = [this](const base::Url& url) { mailtoHandler_.handle(url); }});
+  webServices_.beginLetter = [this, &uriLauncher = platform.uriLauncher,
+                              programInfo = platform.programInfo](const std::string& link) {
+    const auto url = base::Url::parse(link);
+    const bool isOthers =
+        uriLauncher.defaultApplicationForScheme("mailto") && !isDefaultEmailClient(uriLauncher, programInfo);
+    if (!url || isOthers)
+      return false;
+    mailtoHandler_.handle(*url);
+    return true;
+  };
 }
 
 OndrelApp::~OndrelApp() {

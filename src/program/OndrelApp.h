@@ -13,6 +13,8 @@
 #include "highlights/HighlightStore.h"
 #include "highlights/KeptHighlights.h"
 #include "integrations/EmailLinkService.h"
+#include "integrations/GetAddressCommand.h"
+#include "integrations/MailtoHandler.h"
 #include "jmap/JMAPSession.h"
 #include "jmap/NotificationManager.h"
 #include "mcp/MCPServerManager.h"
@@ -41,6 +43,8 @@ class FileStore;
 class HttpClient;
 class KeptFile;
 class NotificationCenter;
+class RetriedSave;
+class Scripting;
 class SleepMonitor;
 class TcpListener;
 class TextFormatting;
@@ -66,6 +70,7 @@ struct PlatformAbilities {
   platform::NotificationCenter& notifications;
   platform::LauncherBadge& launcherBadge;
   platform::SleepMonitor& sleepMonitor;
+  platform::Scripting& scripting;
   const platform::TextFormatting& textFormatting;
   std::string exportIcon; // the program's icon on exported pages, a PNG's bytes; empty for none
   std::function<std::unique_ptr<platform::TcpListener>()> makeTcpListener;
@@ -97,6 +102,8 @@ class OndrelApp {
   const web::WebServices& webServices() const { return webServices_; }
 
  private:
+  void takeLinks(const PlatformAbilities& platform);
+
   settings::AppSettings settings_;
   jmap::NotificationManager notificationManager_;
   web::MessageFiles messageFiles_;
@@ -110,11 +117,13 @@ class OndrelApp {
   app::Quitting quitting_;
   jmap::JMAPSession jmapSession_;
   integrations::EmailLinkService emailLinkService_;
+  integrations::GetAddressCommand getAddressCommand_;
   highlights::HighlightStore highlightStore_;
   highlights::HighlightService highlightService_;
   highlights::HighlightExport highlightExport_;
   highlights::HighlightImport highlightImport_;
   highlights::KeptHighlights keptHighlights_;
+  integrations::MailtoHandler mailtoHandler_;
   mcp::MCPServerManager mcpServerManager_;
   mcp::MCPSettingsModel mcpSettings_;
   UnsavedFiles unsavedFiles_;

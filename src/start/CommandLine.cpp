@@ -4,13 +4,16 @@
 
 namespace ondrel::start {
 
-const char* const usage = R"(Usage: ondrel [OPTION]
+const char* const usage = R"(Usage: ondrel [OPTION] [URL...]
 
 Opens the mail service in native windows, or brings those of the running program to
-the front.
+the front. A URL goes to the running program, if there is one: mailto:... begins a
+letter, email://... shows a message.
 
   --demo[=FOLDER]  run on the demonstration service, with a throw-away profile or
                    the one kept in FOLDER
+  --gapplication-service
+                   wait for what the session bus has started the program for
   --version        print name, version and build
   --help           print this text
 
@@ -33,6 +36,8 @@ std::expected<CommandLine, std::string> CommandLine::parse(const std::vector<std
       result.action = Action::printVersion;
     } else if (argument == "--help" || argument == "-h") {
       result.action = Action::printHelp;
+    } else if (argument == "--gapplication-service") {
+      result.startedByBus = true;
     } else if (argument == "--demo") {
       result.demo = true;
     } else if (argument.starts_with(demoWithFolder) && argument.size() > demoWithFolder.size()) {

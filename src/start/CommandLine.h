@@ -11,6 +11,7 @@ struct CommandLine {
   enum class Action { run, printVersion, printHelp };
   Action action = Action::run;
   bool demo = false;
+  bool startedByBus = false;              // as a D-Bus service: what it is started for comes as a message
   std::optional<std::string> demoProfile; // a folder that is kept; none for a throw-away one
   std::vector<std::string> urls;          // as given, any bytes
 

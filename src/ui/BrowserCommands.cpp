@@ -161,6 +161,16 @@ CommandGroup BrowserCommands::tools() {
             .accelerators = {"<Control><Shift>f"},
             .perform = [this] { openCopiedLink(); },
             .enabledWhen = whenSet(windows_.copiedLink().url)},
+           {.title = "Copy Apple Mail Formatted Link to Clipboard",
+            .accelerators = {"<Control><Shift>c"},
+            .perform = actions_.copyAppleMailLink,
+            .enabledWhen = whenMessageIsOpen(),
+            .help =
+                [this] {
+                  return *windows_.conversation().isConversationVisible
+                             ? ""
+                             : "Only available when an email is selected";
+                }},
            {.title = "New Masked Email Address",
             .accelerators = {"<Control><Shift>m"},
             .perform = [this] { newMaskedEmailAddress(); },
@@ -190,6 +200,14 @@ CommandGroup BrowserCommands::general() {
 Condition BrowserCommands::whenHighlighted() const {
   return {[this] { return !highlights_.byMessageId().empty(); },
           [this](auto changed) { return highlights_.changed.subscribe(std::move(changed)); }};
+}
+
+Condition BrowserCommands::whenMessageIsOpen() const {
+  auto& conversation = windows_.conversation();
+  // A conversation is visible only where the address is one of mail.
+  return {
+      [&conversation] { return *conversation.activeURLContainsMail && *conversation.isConversationVisible; },
+      whenTrue(conversation.isConversationVisible).observe};
 }
 
 std::string BrowserCommands::helpWithoutHighlights() const {

@@ -29,6 +29,7 @@ class BrowserCommands {
  public:
   struct Actions {
     std::function<void(const std::string& url)> navigate; // shows a message of the service
+    std::function<void()> copyAppleMailLink;              // to the message in front
     std::function<void()> highlightSelection;
     std::function<void()> showHighlights;
     std::function<void()> exportHighlights;
@@ -58,6 +59,7 @@ class BrowserCommands {
   CommandGroup general();
 
   Condition whenHighlighted() const;
+  Condition whenMessageIsOpen() const;
   std::string helpWithoutHighlights() const;
   void openCopiedLink();
   void newMaskedEmailAddress();

@@ -48,6 +48,7 @@ UserInterface::UserInterface(const Services& services)
 
 BrowserCommands::Actions UserInterface::commandActions() {
   return {.navigate = [this](const std::string& url) { services_.navigate(url, std::nullopt); },
+          .copyAppleMailLink = [this] { scope_.spawn(services_.copyAppleMailLink()); },
           .highlightSelection = [this] { highlightSelection_.perform(); },
           .showHighlights = [this] { highlightsWindow_.show(); },
           .exportHighlights = [this] { scope_.spawn(services_.highlightExport.exportHighlights()); },

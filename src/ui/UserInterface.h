@@ -49,6 +49,7 @@ class UserInterface {
     std::function<async::Task<void>()> removeAllHighlights; // asks first
     std::function<void()> quit;                             // asks too
     platform::ProgramInfo programInfo;
+    std::function<async::Task<void>()> copyAppleMailLink; // to the message in front
     // Shows a message of the service; the id of the email where it is known.
     std::function<void(const std::string& url, const std::optional<std::string>& emailId)> navigate;
   };

@@ -6,7 +6,7 @@
 #include "program/Migration.h"
 #include "support/FakeFileReader.h"
 #include "support/FakeHttpClient.h"
-#include "support/FakeLauncherBadge.h"
+#include "support/FakeScripting.h"
 #include "support/FakeTcpListener.h"
 #include "support/FakeTextFormatting.h"
 #include "support/TestShell.h"
@@ -80,11 +80,19 @@ TEST_F(AppDelegateTest, DispatchesURLsByTheirScheme) {
   EXPECT_EQ(mailtos, (std::vector<std::string>{"mailto:a@b"}));
   EXPECT_EQ(links, (std::vector<std::string>{"abc/d?e", long1.substr(8)}));
   EXPECT_FALSE(shell.log.anyStartsWith("error"));
+  // What people type, and what a Message-ID may hold.
+  delegate.handleGetURL("mailto:\"A B\" <a@b>?subject=x y");
+  delegate.handleGetURL("email://\"a b\"@{x}:y%");
+  shell.settle();
+  EXPECT_EQ(mailtos.back(), "mailto:%22A%20B%22%20%3Ca@b%3E?subject=x%20y");
+  EXPECT_EQ(links.back(), "\"a b\"@{x}:y%");
 
-  for (const auto* broken : {"\xFF\xFE", "", "email://a b\n", "mailto:<x>"})
+  for (const auto& broken :
+       {std::string("\xFF\xFE"), std::string(), std::string("email://a b\n"), std::string(1 << 20, ' '),
+        std::string("mailto:x\n"), std::string("mailto:\xFF")})
     delegate.handleGetURL(broken);
   shell.settle();
-  EXPECT_EQ(links.size() + mailtos.size(), 3U);
+  EXPECT_EQ(links.size() + mailtos.size(), 5U);
   EXPECT_EQ(shell.log.count("error network: Unexpected URL: email://a b "), 1);
   delegate.setReceivers({});
   delegate.handleGetURL("mailto:a@b");
@@ -136,6 +144,7 @@ class OndrelAppTest : public testing::Test {
         shell.notificationCenter,
         launcherBadge,
         sleepMonitor,
+        scripting,
         textFormatting,
         {},
         [this] { return std::make_unique<support::FakeTcpListener>(port); },
@@ -167,6 +176,7 @@ class OndrelAppTest : public testing::Test {
   support::FakeHttpClient http;
   support::FakeLauncherBadge launcherBadge;
   support::FakeSleepMonitor sleepMonitor;
+  support::FakeScripting scripting;
   support::FakeTextFormatting textFormatting;
   support::FakeTcpListener::Port port;
 };
@@ -203,15 +213,27 @@ TEST_F(OndrelAppTest, NobodyIsAskedWhereThereIsNothingToAsk) {
   };
   expectSilence(true);
   shell.uriLauncher.mailApplication = "org.velmora.Ondrel";
-  expectSilence(false);
-  shell.uriLauncher.mailApplication.reset();
+  const auto app = launch();
+  shell.loop.advance(300s);
+  EXPECT_TRUE(shell.panels.alerts.empty());
+  EXPECT_EQ(shell.defaults.boolean("_defaultClientCheck"), std::nullopt);
+}
+
+TEST_F(OndrelAppTest, DoesNotAskForWhatCannotBe) {
+  auto app = launch(); // without settings to change it in
+  shell.loop.advance(300s);
   ownBundle.isMailApplication = false;
-  expectSilence(false);
+  app = launch();
+  app->lifecycle().openSettingsAction = [] {};
+  shell.loop.advance(300s);
+  EXPECT_TRUE(shell.panels.alerts.empty());
+  EXPECT_EQ(shell.defaults.boolean("_defaultClientCheck"), std::nullopt);
 }
 
 TEST_F(OndrelAppTest, NotNowOpensNothing) {
   shell.panels.alertAnswer = platform::Panels::firstButton + 1;
   const auto app = launch();
+  app->lifecycle().openSettingsAction = [] { FAIL(); };
   const auto activations = shell.application.activations;
   shell.loop.advance(120s);
   EXPECT_EQ(shell.application.activations, activations);
@@ -248,6 +270,20 @@ TEST_F(OndrelAppTest, WhatAFullDiskRefusesIsToldOnceAndSavedLater) {
   shell.files.full = false;
   shell.application.quit();
   EXPECT_TRUE(file.contains("third"));
+}
+
+TEST_F(OndrelAppTest, LettersOfPagesBeginHereUnlessAnotherProgramHasThem) {
+  const auto app = launch();
+  const auto& address = *app->windowManager().windows().viewModel(shell.application.all[0])->urlString;
+  const std::string link = "mailto:a@x";
+  shell.uriLauncher.mailApplication = "org.other";
+  EXPECT_FALSE(app->webServices().beginLetter(link));
+  EXPECT_FALSE(address.contains("compose"));
+  for (const auto& handler : {std::optional<std::string>(), std::optional(programInfo.identifier)}) {
+    shell.uriLauncher.mailApplication = handler;
+    EXPECT_TRUE(app->webServices().beginLetter(link));
+    EXPECT_TRUE(address.ends_with("compose?to=a@x"));
+  }
 }
 
 TEST_F(OndrelAppTest, NavigatesInTheActiveWindowAndOpensTheMessage) {

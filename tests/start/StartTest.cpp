@@ -15,6 +15,7 @@ TEST(CommandLine, SortsArguments) {
   EXPECT_EQ(parse({"mailto:a@b", "email://x", ""})->urls,
             (std::vector<std::string>{"mailto:a@b", "email://x", ""}));
   EXPECT_EQ(parse({"--", "--demo"})->urls, (std::vector<std::string>{"--demo"}));
+  EXPECT_TRUE(parse({"--gapplication-service"})->startedByBus);
   EXPECT_EQ(parse({"--version"})->action, CommandLine::Action::printVersion);
   EXPECT_EQ(parse({"-h"})->action, CommandLine::Action::printHelp);
   EXPECT_TRUE(parse({"--demo"})->demo);

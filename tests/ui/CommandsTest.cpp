@@ -28,6 +28,7 @@ class CommandsTest : public ShellTest {
         shell.application, *shell.manager, highlights, *focusedTab,
         platform::ProgramInfo{"org.velmora.Ondrel", "Ondrel", "1.0", "1"},
         BrowserCommands::Actions{.navigate = [this](const std::string& url) { navigated.push_back(url); },
+                                 .copyAppleMailLink = [this] { done.push_back("copy"); },
                                  .highlightSelection = [this] { selection->perform(); },
                                  .showHighlights = [this] { done.push_back("show"); },
                                  .exportHighlights = [this] { done.push_back("export"); },
