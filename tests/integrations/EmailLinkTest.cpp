@@ -51,49 +51,38 @@ class EmailLinkTest : public testing::Test {
   async::Scope scope;
 };
 
-TEST_F(EmailLinkTest, OpensWhatTheLinkNames) {
-  const auto id = "\\\"a b\\\"%40" + std::string(10000, 'x');
-  answerWith(id);
-  open("\"a b\"%40" + std::string(10000, 'x'));
+// Browsers and toolkits encode what a Message-ID may hold.
+TEST_F(EmailLinkTest, LooksForTheLinkAsItStandsAndThenForWhatWasEncoded) {
+  const auto asIs = "\"a b\"%40" + std::string(10000, 'x');
+  answerWith("\\\"a b\\\"%40" + asIs.substr(8));
+  open(asIs);
   shell.settle();
   EXPECT_EQ(page().loads.back(), inbox + "T1.M1?u=123");
   EXPECT_EQ(client.sent.size(), 3U);
-  EXPECT_TRUE(notices.empty());
-}
-
-// Browsers and toolkits encode what a Message-ID may hold.
-TEST_F(EmailLinkTest, LooksForTheLinkAsItStandsAndThenForWhatWasEncoded) {
-  answerWith("m=1@x");
   open("m%3D1@x");
   shell.settle();
-  EXPECT_EQ(askedFor(0), R"({"header":["Message-ID","m%3D1@x"]})");
-  EXPECT_EQ(askedFor(1), R"({"header":["Message-ID","m=1@x"]})");
-  EXPECT_EQ(page().loads.back(), inbox + "T1.M1?u=123");
+  EXPECT_EQ(askedFor(3), R"({"header":["Message-ID","m%3D1@x"]})");
+  EXPECT_EQ(askedFor(4), R"({"header":["Message-ID","m=1@x"]})");
 }
 
 TEST_F(EmailLinkTest, SaysWhereTheUserLooksWhatCouldNotBeOpened) {
   const auto loads = page().loads.size();
   answerWith("other@x");
   open("un\tknown@x");
-  open("n%0Ax@x");
   open(std::string(1 << 20, 'x'));
   shell.settle();
-  EXPECT_EQ(client.sent.size(), 2U);
-  EXPECT_EQ(notices, std::vector<std::string>(3, "There is no message for this link in your account."));
+  EXPECT_EQ(client.sent.size(), 1U);
+  EXPECT_EQ(notices, std::vector<std::string>(2, "There is no message for this link in your account."));
   EXPECT_EQ(shell.log.count("error system: Hookmark: failed to open email un known@x: Unexpected JMAP "
                             "response format."),
             1);
-  client.session = std::unexpected(jmap::JMAPError::notAuthenticated());
-  open("a@x");
-  shell.settle();
-  EXPECT_EQ(notices.back(), "The link could not be opened. Sign in, and open it again.");
   EXPECT_EQ(page().loads.size(), loads);
   EXPECT_EQ(shell.application.activations, 0) << "the program stays where it was";
 
   shell.application.hidden = true;
   open("a@x");
   shell.settle();
-  EXPECT_EQ(notices.size(), 4U);
+  EXPECT_EQ(notices.size(), 2U);
   EXPECT_EQ(shell.notificationCenter.requests.at(0).content.body, notices.back());
 }
 
@@ -126,10 +115,13 @@ TEST_F(EmailLinkTest, CopiesTheAppleMailLinkOrSaysWhyNot) {
 
 TEST_F(EmailLinkTest, LinkToolsGetTheAddressOneAtATime) {
   using Error = platform::ScriptCommandError;
-  const auto ask = [this] {
-    const auto number = scripting.getAddress();
+  std::vector<std::optional<platform::ScriptCommandResult>> answers;
+  const auto ask = [this, &answers] {
+    const auto number = answers.size();
+    answers.emplace_back();
+    scripting.handler({[&answers, number](auto result) { answers[number] = std::move(result); }, ""});
     shell.settle();
-    return scripting.answers[number];
+    return answers[number];
   };
   answerWith("m=1@x");
   EXPECT_EQ(ask(), "") << "none of the tools runs";
@@ -140,7 +132,7 @@ TEST_F(EmailLinkTest, LinkToolsGetTheAddressOneAtATime) {
   EXPECT_FALSE(ask());
   EXPECT_EQ(ask(), "") << "a second one doesn't wait";
   shell.loop.advance(5s);
-  EXPECT_EQ(scripting.answers[2], "[[Re] (x)](email://m=1@x)");
+  EXPECT_EQ(answers[2], "[[Re] (x)](email://m=1@x)");
 
   page().answer = nullptr;
   EXPECT_EQ(ask(), std::unexpected(Error{-1750, "No email is currently selected."}));

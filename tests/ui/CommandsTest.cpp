@@ -241,12 +241,19 @@ TEST_F(CommandsTest, TheMenuExplainsWhatCantBeUsed) {
   const std::string aMail = "Only available when a mail window is in front";
   const std::string inFront = "Only available when an mail window is in front";
   const std::string notYet = "You have not highlighted content yet.";
-  EXPECT_EQ(help(), (std::vector{aMail, inFront, notYet, notYet}));
+  const std::string noEmail = "Only available when an email is selected";
+  EXPECT_EQ(help(), (std::vector{aMail, noEmail, inFront, notYet, notYet}));
   highlights.add({"h1", "T1", "text", "", ""}, "1@x");
-  EXPECT_EQ(help(), (std::vector{aMail, inFront}));
+  EXPECT_EQ(help(), (std::vector{aMail, noEmail, inFront}));
+  const std::string copy = "copy-apple-mail-formatted-link-to-clipboard";
+  EXPECT_FALSE(enabled(copy.c_str()));
+  shell.webView(model(1))->answer = [](const std::string&) { return boost::json::value(true); };
   model(1)->urlString.set("https://app.example.com/mail/Inbox/");
+  shell.webView(model(1))->loading = false;
+  model(1)->urlString.set("https://app.example.com/mail/Inbox/T1");
   shell.settle();
   EXPECT_TRUE(help().empty());
+  EXPECT_TRUE(enabled(copy.c_str()));
 }
 
 TEST_F(CommandsTest, TheShortcutsWindowShowsEveryKey) {
