@@ -2,24 +2,16 @@
 
 #include "async/sleep.h"
 #include "base/Log.h"
+#include "platform/linux/ScriptingObject.h"
 #include "platform/linux/desktop/DesktopNotifications.h"
-#include "platform/linux/files/GioFileReader.h"
-#include "platform/linux/network/GioTcpListener.h"
-#include "platform/linux/text/GlibLogSink.h"
-#include "platform/linux/text/IcuTextFormatting.h"
-#include "platform/linux/files/JsonUserDefaults.h"
 #include "platform/linux/desktop/LauncherEntry.h"
-#include "platform/linux/windows/LinuxApplication.h"
 #include "platform/linux/desktop/LinuxClipboard.h"
-#include "platform/linux/windows/LinuxPanels.h"
 #include "platform/linux/desktop/LinuxUriLauncher.h"
 #include "platform/linux/desktop/LogindSleep.h"
-#include "platform/linux/files/PosixFileStore.h"
 #include "platform/linux/desktop/Rendering.h"
-#include "platform/linux/text/ResourceText.h"
-#include "platform/linux/ScriptingObject.h"
-#include "platform/linux/network/SoupHttpClient.h"
-#include "platform/linux/webkit/WebKitViewFactory.h"
+#include "platform/linux/files/GioFileReader.h"
+#include "platform/linux/files/JsonUserDefaults.h"
+#include "platform/linux/files/PosixFileStore.h"
 #include "platform/linux/files/XdgDirectories.h"
 #include "platform/linux/glib/GlibEventLoop.h"
 #include "platform/linux/network/GioTcpListener.h"
@@ -231,8 +223,8 @@ int run(start::CommandLine commandLine) {
 
   glib::GlibEventLoop loop;
   platform::windows::LinuxApplication application({.applicationId = programInfo.identifier,
-                                          .displayName = programInfo.displayName,
-                                          .startedByBus = commandLine.startedByBus});
+                                                   .displayName = programInfo.displayName,
+                                                   .startedByBus = commandLine.startedByBus});
   std::unique_ptr<Program> program;
   const int status = application.run(std::move(commandLine.urls), [&] {
     program = std::make_unique<Program>(application, programInfo, folders, std::move(*site), rendering);

@@ -17,7 +17,9 @@ namespace {
 
 class UserDefaultsTest : public testing::Test {
  protected:
-  std::unique_ptr<files::JsonUserDefaults> open() { return std::make_unique<files::JsonUserDefaults>(files, "/d.json"); }
+  std::unique_ptr<files::JsonUserDefaults> open() {
+    return std::make_unique<files::JsonUserDefaults>(files, "/d.json");
+  }
 
   support::LogCapture log;
   async::VirtualEventLoop loop;

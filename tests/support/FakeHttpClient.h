@@ -44,8 +44,8 @@ class FakeHttpStream final : public platform::HttpStream {
       feed_->waiting = std::move(resolver);
       const auto came = co_await std::move(future);
       if (!came)
-        co_return std::unexpected(
-            platform::WebError{platform::WebError::Domain::network, platform::WebError::cancelled, "cancelled"});
+        co_return std::unexpected(platform::WebError{platform::WebError::Domain::network,
+                                                     platform::WebError::cancelled, "cancelled"});
     }
     auto chunk = std::move(feed_->chunks.front());
     feed_->chunks.pop_front();

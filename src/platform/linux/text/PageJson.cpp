@@ -4,7 +4,6 @@
 
 #include <boost/json/parse.hpp>
 
-
 namespace ondrel::platform::text {
 
 std::optional<boost::json::value> parsePageJson(std::string_view text) {
