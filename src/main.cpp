@@ -2,7 +2,7 @@
 
 #include "async/sleep.h"
 #include "base/Log.h"
-#include "platform/linux/ScriptingObject.h"
+#include "platform/linux/desktop/ScriptingObject.h"
 #include "platform/linux/desktop/DesktopNotifications.h"
 #include "platform/linux/desktop/LauncherEntry.h"
 #include "platform/linux/desktop/LinuxClipboard.h"
@@ -184,7 +184,7 @@ class Program {
   platform::desktop::DesktopNotifications notifications_;
   platform::desktop::LauncherEntry launcherEntry_;
   platform::desktop::LogindSleep logind_;
-  platform::ScriptingObject scripting_;
+  platform::desktop::ScriptingObject scripting_;
   platform::text::IcuTextFormatting textFormatting_;
   web::PageScripts scripts_;
   program::OndrelApp app_;

@@ -43,7 +43,7 @@ class FileStore;
 class HttpClient;
 class KeptFile;
 class NotificationCenter;
-class RetriedSave;
+
 class Scripting;
 class SleepMonitor;
 class TcpListener;

@@ -2,7 +2,7 @@
 
 #include "base/Log.h"
 #include "base/Text.h"
-#include "platform/linux/MessageBus.h"
+#include "platform/linux/desktop/MessageBus.h"
 #include "platform/linux/glib/Ref.h"
 
 #include <gio/gio.h>

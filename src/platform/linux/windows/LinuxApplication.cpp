@@ -84,7 +84,7 @@ void LinuxApplication::connectSignals() {
 
 std::optional<int> LinuxApplication::handOver(const std::string& applicationId,
                                               const std::vector<std::string>& urls) {
-  return RunningInstance(applicationId).open(passable(urls));
+  return desktop::RunningInstance(applicationId).open(passable(urls));
 }
 
 int LinuxApplication::run(std::vector<std::string> urls, std::function<void()> startup) {

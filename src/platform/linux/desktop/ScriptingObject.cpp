@@ -1,11 +1,11 @@
-#include "platform/linux/ScriptingObject.h"
+#include "platform/linux/desktop/ScriptingObject.h"
 
 #include "base/Log.h"
-#include "platform/linux/SafeText.h"
+#include "platform/linux/text/SafeText.h"
 
 #include <chrono>
 
-namespace ondrel::platform {
+namespace ondrel::platform::desktop {
 
 namespace {
 
@@ -27,10 +27,10 @@ GDBusInterfaceInfo* interfaceInfo() {
 // What answers a call takes the reference to it over.
 void answer(glib::Ref<GDBusMethodInvocation> call, const ScriptCommandResult& result) {
   if (result)
-    g_dbus_method_invocation_return_value(call.release(), g_variant_new("(s)", validUtf8(*result).c_str()));
+    g_dbus_method_invocation_return_value(call.release(), g_variant_new("(s)", text::validUtf8(*result).c_str()));
   else
     g_dbus_method_invocation_return_dbus_error(call.release(), errorName,
-                                               validUtf8(result.error().text).c_str());
+                                               text::validUtf8(result.error().text).c_str());
 }
 
 // The bus has looked at name and arguments: there is one method, and it has none.
@@ -82,4 +82,4 @@ async::Task<bool> ScriptingObject::isRunning(std::string applicationId) {
   co_return isOwned != FALSE;
 }
 
-} // namespace ondrel::platform
+} // namespace ondrel::platform::desktop

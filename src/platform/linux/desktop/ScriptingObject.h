@@ -2,11 +2,11 @@
 
 #include "async/Scope.h"
 #include "platform/Scripting.h"
-#include "platform/linux/MessageBus.h"
+#include "platform/linux/desktop/MessageBus.h"
 
 #include <string>
 
-namespace ondrel::platform {
+namespace ondrel::platform::desktop {
 
 // The interface org.velmora.Ondrel.Scripting on the session bus, at the application's own object:
 // GetAddress() gives a text. Without a bus nobody can ask.
@@ -28,4 +28,4 @@ class ScriptingObject final : public Scripting {
   async::Scope scope_;
 };
 
-} // namespace ondrel::platform
+} // namespace ondrel::platform::desktop
