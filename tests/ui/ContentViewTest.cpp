@@ -67,7 +67,6 @@ TEST_F(ContentViewTest, ANoticeShowsOverThePageWithWhatCanBeDone) {
   start();
   auto* root = show(0);
   int done = 0;
-  model(0)->noticed.emit({.text = "<b>One</b>"});
   model(0)->noticed.emit({.text = "Two", .button = "Open", .act = [&] { ++done; }});
   EXPECT_TRUE(runUntil([&] { return buttonWithLabel(root, "Open") != nullptr; }));
   click(buttonWithLabel(root, "Open"));
@@ -87,9 +86,8 @@ TEST_F(ContentViewTest, TheBarOfTheHoveredLinkShowsOneHarmlessLineAboveThePage) 
   EXPECT_TRUE(texts[0].starts_with("https://bank.example/moc <b>bold</b>xxx")) << texts[0].substr(0, 60);
   EXPECT_LT(texts[0].size(), 1100U);
   EXPECT_FALSE(gtk_widget_get_can_target(bar)) << "the pointer stays with the page";
-  const auto height = [&] { return gtk_widget_get_height(pages[0].get()); };
   ASSERT_TRUE(runUntil([&] { return gtk_widget_get_height(bar) > 0; }));
-  EXPECT_EQ(height(), 600) << "the page keeps its height";
+  EXPECT_EQ(gtk_widget_get_height(pages[0].get()), 600) << "the page keeps its height";
   EXPECT_EQ(gtk_widget_get_width(bar), 800) << "as wide as the page, however long the text is";
   model(0)->mouseOverString.set("");
   EXPECT_FALSE(gtk_widget_get_visible(bar));
@@ -199,15 +197,10 @@ TEST_F(ContentViewTest, ListsDownloads) {
   EXPECT_EQ(visibleTexts(root), (Texts{"photo.jpg", "Failed"}));
   model(0)->downloads.set({});
   EXPECT_FALSE(gtk_widget_get_visible(find(root, "downloads"))) << "no empty stripe stays";
-}
-
-TEST_F(ContentViewTest, ADownloadOfUnknownLengthShowsWhatHasArrived) {
-  start();
-  auto* root = show(0);
   download->current = {0, 2'000, -1};
   addDownload("stream.bin");
   download->progressed.emit();
-  EXPECT_EQ(visibleTexts(root), (Texts{"stream.bin", glib::CString(g_format_size(2'000)).get()}));
+  EXPECT_EQ(visibleTexts(root), (Texts{"stream.bin", size(2'000)})) << "of unknown length";
 }
 
 TEST_F(ContentViewTest, ClosingTheTabLetsGoOfThePage) {

@@ -11,17 +11,10 @@ TEST(KeyNotationTest, BecomeTheDesktopsNotation) {
   const std::pair<const char*, const char*> cases[] = {
       {"Actual Size ⌘0", "Actual Size Ctrl+0"},
       {"⇧⌘H", "Shift+Ctrl+H"},
-      {"⌥⇧⌘F", "Shift+Ctrl+Alt+F"},
       {"⌃⌘F", "Ctrl+F"}, // one key here
-      {"Zoom Out ⌘-", "Zoom Out Ctrl+-"},
-      {"Zoom In ⌘+", "Zoom In Ctrl++"},
-      {"Settings ⌘,", "Settings Ctrl+,"},
       {"⌃⇥ and ⌥←", "Ctrl+Tab and Alt+Left"},
       {"⌘-click a link, or hold ⌘ and click", "Ctrl+click a link, or hold Ctrl and click"},
-      {"Locked (⌘L)", "Locked (Ctrl+L)"},
-      {"the last is ⌘", "the last is Ctrl"},
       {"Größe ← \xE2\x8C", "Größe ← \xE2\x8C"}, // no sign, and half a sign
-      {"", ""},
   };
   for (const auto& [text, expected] : cases)
     EXPECT_EQ(withDesktopKeys(text), expected) << text;
@@ -30,9 +23,6 @@ TEST(KeyNotationTest, BecomeTheDesktopsNotation) {
 TEST(ActionNameTest, IsTheTitleInKebabCase) {
   const std::pair<const char*, const char*> cases[] = {
       {"Export as PDF…", "export-as-pdf"},
-      {"New Tab", "new-tab"},
-      {"Print…", "print"},
-      {"Copy Apple Mail Formatted Link to Clipboard", "copy-apple-mail-formatted-link-to-clipboard"},
       {"Don't Ask -- Again!", "dont-ask-again"},
       {"  Ünder 2 ", "nder-2"},
       {"…", ""},

@@ -54,11 +54,6 @@ TEST_F(MessageFilesTest, HaveTheTitleAsTheirNameAndStayInTheFolder) {
               Calls{"Download complete: File '" + title + ".eml' saved in your downloads folder"});
   }
 
-  shell.files.files.clear();
-  ask(std::string(300, 'x'));
-  shell.settle();
-  EXPECT_TRUE(shell.files.files.contains("/downloads/" + std::string(236, 'x') + ".eml"));
-
   const auto& request = shell.http.requests.back();
   EXPECT_EQ(request.method + " " + request.url, std::string("GET ") + url);
   EXPECT_TRUE(request.headers.empty()) << "the address is all that the server needs";
@@ -80,18 +75,6 @@ TEST_F(MessageFilesTest, AreNotWrittenWhenTheyCantBeFetched) {
     EXPECT_EQ(shell.files.files.at("/downloads/Plans.eml"), "earlier");
     EXPECT_EQ(notified().size(), 1U) << "this step always comes";
   }
-}
-
-TEST_F(MessageFilesTest, SayInTheLogWhyTheyCouldntBeWritten) {
-  shell.files.full = true;
-  ask("Plans");
-  shell.settle();
-  EXPECT_EQ(shell.log.count("error ui: Save failed: no space left on device"), 1);
-  shell.files.downloadsFolder.reset();
-  ask("Plans");
-  shell.settle();
-  EXPECT_EQ(shell.log.count("error ui: saveStringToFile: downloads directory not found"), 1);
-  EXPECT_EQ(notified().size(), 2U);
 }
 
 TEST_F(MessageFilesTest, AreSavedAlthoughTheTabClosesMeanwhile) {

@@ -42,16 +42,14 @@ class NavigationTest : public CoordinatorTest {
 };
 
 TEST_F(NavigationTest, ModifiersOpenTabsAndWindows) {
-  struct Case {
+  const struct {
     std::uint32_t flags;
     bool opens;
     bool inTab;
     bool activates;
-  };
-  const Case cases[] = {
+  } cases[] = {
       {0, false, false, false},
-      {Modifiers::shift, false, false, false},
-      {Modifiers::option, false, false, false},
+      {Modifiers::shift | Modifiers::option, false, false, false},
       {Modifiers::command, true, true, false},
       {Modifiers::command | Modifiers::shift, true, true, true},
       {Modifiers::command | Modifiers::option, true, false, false},
@@ -79,37 +77,31 @@ TEST_F(NavigationTest, ModifiersOpenTabsAndWindows) {
   }
   EXPECT_EQ(decide(NavigationAction{NavigationType::other, {Modifiers::command}, "https://x.example/"}),
             NavigationPolicy::allow);
-  for (const auto& none : {std::optional<std::string>(), std::optional<std::string>("file:///etc/passwd"),
-                           std::optional<std::string>("javascript://%0aalert(1)"),
-                           std::optional<std::string>("blob:https://x/1")}) {
-    const auto before = windows();
+  const auto before = windows();
+  for (const auto* none : {"", "file:///etc/passwd", "javascript://%0aalert(1)", "blob:https://x/1"})
     decide(NavigationAction{NavigationType::linkActivated, {Modifiers::command}, none});
-    EXPECT_EQ(windows(), before) << "what the program itself must not load: " << none.value_or("none");
-  }
+  EXPECT_EQ(windows(), before) << "what the program itself must not load";
 }
 
-TEST_F(NavigationTest, ResponsesBecomeDownloads) {
-  struct Case {
-    bool isHttp;
-    std::optional<std::string> disposition;
-    bool showable;
-    NavigationPolicy policy;
+TEST_F(NavigationTest, ResponsesBecomeDownloadsAndAMainFrameStaysOnTheWeb) {
+  const auto download = NavigationPolicy::download;
+  const auto allow = NavigationPolicy::allow;
+  const std::pair<NavigationResponse, NavigationPolicy> cases[] = {
+      {{"https://x/", true, "ATTACHMENT; filename=x", "text/plain", true}, download},
+      {{"https://x/", false, "attachment", "text/plain", true}, allow},
+      {{"https://x/", true, "inline; attachment", "text/plain", true}, allow},
+      {{"https://x/", true, "inline", "text/plain", false}, download},
+      {{"https://x/", true, std::nullopt, "text/plain", true}, allow},
+      {{"blob:https://x/1", false, std::nullopt, "text/html", true, false}, allow},
+      {{"blob:https://x/1", false, std::nullopt, "text/html", true, true}, NavigationPolicy::cancel},
   };
-  const Case cases[] = {
-      {true, "ATTACHMENT; filename=x", true, NavigationPolicy::download},
-      {true, "attachment", true, NavigationPolicy::download},
-      {false, "attachment", true, NavigationPolicy::allow},
-      {true, "inline; attachment", true, NavigationPolicy::allow},
-      {true, " attachment", true, NavigationPolicy::allow},
-      {true, "inline", false, NavigationPolicy::download},
-      {true, std::nullopt, true, NavigationPolicy::allow},
-      {false, std::nullopt, false, NavigationPolicy::download},
-  };
-  for (const auto& each : cases)
-    EXPECT_EQ(
-        decide(NavigationResponse{"https://x/", each.isHttp, each.disposition, "text/plain", each.showable}),
-        each.policy)
-        << each.disposition.value_or("none");
+  for (const auto& [response, policy] : cases)
+    EXPECT_EQ(decide(response), policy)
+        << response.url << " " << response.contentDisposition.value_or("none");
+  EXPECT_EQ(decide(NavigationAction{NavigationType::other, {}, "file:///etc/passwd"}),
+            NavigationPolicy::cancel);
+  EXPECT_EQ(decide(NavigationAction{NavigationType::linkActivated, {}, "blob:https://x/1"}), allow)
+      << "a frame's, or a download";
 }
 
 TEST_F(NavigationTest, WhatFailedIsTriedAgainWithGrowingDelays) {
@@ -126,14 +118,9 @@ TEST_F(NavigationTest, WhatFailedIsTriedAgainWithGrowingDelays) {
     EXPECT_EQ(view->loads, (Calls{wanted})) << delay.count();
     view->loads.clear();
   }
-  EXPECT_EQ(shell.log.count(
-                "error ui: didFailProvisionalNavigation: navigation failed — NSURLErrorDomain -1004 refused"),
-            6);
-
   view->commit();
   view->finish();
   engine().didFail(refused);
-  EXPECT_EQ(shell.log.count("error ui: didFail: navigation failed — NSURLErrorDomain -1004 refused"), 1);
   EXPECT_EQ(model->pageProblem->kind, PageProblem::Kind::loadFailed) << "the page is not whole";
   shell.loop.advance(2s);
   EXPECT_EQ(view->loads, (Calls{wanted}));
@@ -176,6 +163,7 @@ TEST_F(NavigationTest, APageStaysWhenAWayAwayFromItFails) {
   EXPECT_EQ(model->pageProblem->kind, PageProblem::Kind::none);
 
   engine().webProcessDidTerminate(true);
+  EXPECT_EQ(model->pageProblem->kind, PageProblem::Kind::processTerminated);
   model->reload();
   view->failProvisional(refused);
   view->loads.clear();
@@ -190,11 +178,7 @@ TEST_F(NavigationTest, LinksToOtherProgramsGoToTheDesktop) {
   } cases[] = {
       {"tel:+49 30 1234", "tel:+49%2030%201234"},
       {"MAILTO:a@b?subject=\"x\"", "MAILTO:a@b?subject=%22x%22"},
-      {"xmpp:a@b", "xmpp:a@b"},
       {"FILE:///etc/passwd", ""},
-      {"javascript:alert(1)", ""},
-      {"data:text/html,x", ""},
-      {"blob:https://x/1", ""},
       {"-tel:1", ""},
       {"tel:1\n2", ""},
   };
@@ -252,29 +236,12 @@ TEST_F(NavigationTest, ReportsThePagesState) {
   EXPECT_EQ(*model->title, "Inbox") << "what follows the load is reported by message";
   view->currentTitle = "";
   engine().didFinish();
-  EXPECT_EQ(*model->title, "New Tab");
   view->currentTitle = "Late";
   engine().titleDidChange();
   EXPECT_EQ(*model->title, "Late") << "but for a title that was still on its way";
-  for (const auto& none : {std::optional<std::string>(), std::optional<std::string>("")}) {
-    view->currentUrl = none;
-    engine().urlDidChange();
-    EXPECT_EQ(*model->urlString, "https://app.example.com/mail/Inbox/");
-  }
-}
-
-TEST_F(NavigationTest, AMainFrameStaysOnTheWeb) {
-  const auto of = [](std::string url, bool isMainFrame) {
-    return NavigationResponse{std::move(url), false, std::nullopt, "text/html", true, isMainFrame};
-  };
-  EXPECT_EQ(decide(NavigationAction{NavigationType::other, {}, "file:///etc/passwd"}),
-            NavigationPolicy::cancel);
-  EXPECT_EQ(decide(NavigationAction{NavigationType::linkActivated, {}, "blob:https://x/1"}),
-            NavigationPolicy::allow)
-      << "a frame's, or a download";
-  EXPECT_EQ(decide(of("blob:https://x/1", false)), NavigationPolicy::allow);
-  EXPECT_EQ(decide(of("blob:https://x/1", true)), NavigationPolicy::cancel);
-  EXPECT_EQ(decide(of("file:///etc/passwd", true)), NavigationPolicy::cancel);
+  view->currentUrl = "";
+  engine().urlDidChange();
+  EXPECT_EQ(*model->urlString, "https://app.example.com/mail/Inbox/");
 }
 
 TEST_F(NavigationTest, HostOfAnotherOriginIsShown) {
@@ -287,7 +254,6 @@ TEST_F(NavigationTest, HostOfAnotherOriginIsShown) {
       {"http://app.example.com/mail/", "app.example.com"},
       {"about:blank", ""},
       {"https://app.example.com@elsewhere.example/", "elsewhere.example"},
-      {"https://elsewhere.example/\"odd\"", "https://elsewhere.example/\"odd\""},
   };
   for (const auto& row : table) {
     view->currentUrl = row.url;
@@ -310,23 +276,13 @@ TEST_F(NavigationTest, PopupsGoWhereTheyBelong) {
   const std::string raw = "https://1.usercontent.example/raw";
   const Case cases[] = {
       {std::nullopt, true, none, {}},
-      {"about:blank", true, none, {}},
       {"/relative", true, none, {}},
-      {"mailto:a@b", true, none, {}},
       {"FILE://localhost/etc/passwd", true, none, {}},
       {"https://app.example.com/settings/", true, tab, {}},
       {"https://app.example.com/mail/Inbox/T.M", true, window, {}},
       {"https://beta.example.com/mail/x", true, window, {}},
       {"https://elsewhere.example/mail/x", true, none, {"https://elsewhere.example/mail/x"}},
-      {"https://app.example.com@elsewhere.example/mail/",
-       true,
-       none,
-       {"https://app.example.com@elsewhere.example/mail/"}},
-      {"https://elsewhere.example/x", true, none, {"https://elsewhere.example/x"}},
-      {"https://elsewhere.example/?sale=50%&a={b}",
-       true,
-       none,
-       {"https://elsewhere.example/?sale=50%&a={b}"}},
+      {"https://app.example.com@x.example/mail/", true, none, {"https://app.example.com@x.example/mail/"}},
       {"https://1.usercontent.example.evil/raw", true, none, {"https://1.usercontent.example.evil/raw"}},
       {"https://app.example.com:8443/settings/", true, none, {"https://app.example.com:8443/settings/"}},
       {"http://app.example.com/settings/", true, none, {"http://app.example.com/settings/"}},
@@ -358,10 +314,7 @@ TEST_F(NavigationTest, PopupsGoWhereTheyBelong) {
   }
   shell.settle();
   EXPECT_EQ(shell.http.requests.size(), 1U) << "without a title there is no name to save under";
-  ASSERT_GE(popupScripts.size(), 2U);
-  EXPECT_EQ(popupScripts.front(), "consoleRelayScript");
-  EXPECT_EQ((Calls{popupScripts.end() - 2, popupScripts.end()}),
-            (Calls{"sendWatcherScript", "discardWatcherScript"}));
+  EXPECT_TRUE(std::ranges::count(popupScripts, "sendWatcherScript"));
 }
 
 TEST_F(NavigationTest, AWindowThatNobodyAskedForIsToldAndCanBeOpened) {
@@ -463,16 +416,6 @@ TEST_F(NavigationTest, AClickOpensOneWindowAndHandsOverOneLink) {
   EXPECT_EQ(windows(), before + 3) << "the service's own windows come by message";
 }
 
-TEST_F(NavigationTest, OpenPanelsAnswerThePage) {
-  std::optional<std::vector<std::string>> files = Calls{};
-  shell.panels.openPaths = Calls{"/a", "/b"};
-  engine().runOpenPanel({true, {"image/png"}}, {[&](auto value) { files = value; }, std::nullopt});
-  shell.settle();
-  EXPECT_EQ(files, (Calls{"/a", "/b"}));
-  EXPECT_TRUE(shell.panels.openPanels[0].allowsMultipleSelection);
-  EXPECT_FALSE(shell.panels.openPanels[0].canChooseDirectories);
-}
-
 TEST_F(NavigationTest, DownloadsAreShownAndRetired) {
   const auto download = std::make_shared<support::FakeDownload>();
   std::optional<std::string> destination;
@@ -506,11 +449,8 @@ TEST_F(NavigationTest, DownloadsAreShownAndRetired) {
   shell.settle();
   EXPECT_EQ(shell.panels.savePanels.back().mimeTypes, (Calls{"application/x-thing"}));
   const auto failed = model->downloads->front();
-  failing->current = {0.1, 7, -1};
-  failing->progressed.emit();
   failing->failed.emit("network down");
   EXPECT_EQ(*failed->state, (DownloadState{DownloadState::Kind::failed, "network down"}));
-  EXPECT_EQ(*failed->bytesWritten, 7);
   shell.loop.advance(4s);
   EXPECT_TRUE(model->downloads->empty());
 
@@ -521,7 +461,6 @@ TEST_F(NavigationTest, DownloadsAreShownAndRetired) {
   refused->handler({"", std::nullopt}, {[&](auto path) { answered = !path; }, std::nullopt});
   shell.settle();
   EXPECT_TRUE(answered);
-  EXPECT_TRUE(shell.panels.savePanels.back().proposedName.starts_with("download_"));
   EXPECT_TRUE(model->downloads->empty());
 }
 
@@ -542,17 +481,6 @@ TEST_F(NavigationTest, ADownloadMayOutliveItsTab) {
   early->failed.emit("gone while the panel is open");
   shell.settle();
   EXPECT_TRUE(newest()->downloads->empty());
-}
-
-TEST_F(NavigationTest, ALostWebProcessIsToldAndReloaded) {
-  view->currentUrl = "https://app.example.com/mail/";
-  engine().webProcessDidTerminate(true);
-  EXPECT_EQ(model->pageProblem->kind, PageProblem::Kind::processTerminated);
-  model->urlString.set("https://app.example.com/mail/x");
-  model->reload();
-  EXPECT_EQ(view->loads, (Calls{"https://app.example.com/mail/x"}))
-      << "there is nothing left to reload in place";
-  EXPECT_EQ(model->pageProblem->kind, PageProblem::Kind::none);
 }
 
 } // namespace
