@@ -24,16 +24,11 @@ std::shared_ptr<const UserScript> ScriptTest::injected(const std::string& file) 
       UserScript{file, text.str(), InjectionTime::documentStart, file != "prelude.js"});
 }
 
-std::vector<std::shared_ptr<const UserScript>> ScriptTest::mainPageScripts() {
-  return allScripts().mainConfiguration()->userScripts;
-}
-
 std::shared_ptr<const UserScript> ScriptTest::pageScript(std::string_view name) {
-  auto scripts = mainPageScripts();
-  std::ranges::copy(allScripts().composeConfiguration()->userScripts, std::back_inserter(scripts));
-  for (const auto& script : scripts)
-    if (script->name == name)
-      return script;
+  for (const auto& list : {allScripts().mainConfiguration(), allScripts().composeConfiguration()})
+    for (const auto& script : list->userScripts)
+      if (script->name == name)
+        return script;
   throw std::runtime_error("no page script " + std::string(name));
 }
 

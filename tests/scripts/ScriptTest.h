@@ -9,7 +9,6 @@ class ScriptTest : public WebKitTest {
  protected:
   static std::shared_ptr<const UserScript>
   injected(const std::string& file); // of this folder, before all else
-  static std::vector<std::shared_ptr<const UserScript>> mainPageScripts();
   static std::shared_ptr<const UserScript> pageScript(std::string_view name);
 
   // Runs a JavaScript call that ends with run() of the prelude; what the page found wrong fails the test.

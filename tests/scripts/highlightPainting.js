@@ -14,12 +14,9 @@
       });
   painting('one two one two', 'two', 1, '12:two');
   painting('aaaa', 'aa', 2, '2:aa');
-  painting('abababab', 'abab', 2, '4:abab');
   const link = 'see <a href=/x>this <b>link</b></a> now';
   painting(link, 'e this link n', 0, '2:e ', '4:this ', '9:link', '13: n');
   painting('<p>end</p><p>start</p>', 'start', 0, '3:start');
-  painting('<p>end</p><p>start</p>', 'end', 0, '0:end');
-  painting('x<!-- no --><b></b>y', 'xy', 0, '0:x', '1:y');
   painting('π 👩🏽‍🚀 ü', '👩🏽‍🚀', 0, '2:👩🏽‍🚀');
   const as = 'a'.repeat(200);
   painting(`${as}b${as}b${as}c`, `${as}b${as}c`, 0, `201:${as}b${as}c`);
@@ -41,15 +38,9 @@
   keeping(
       '<p style="display: table"><b style="display: table-cell; padding: 9px">one</b> <b>two</b></p>',
       'one two', 'one', 'two');
-  for (const display of ['flex', 'inline-flex', 'grid']) {
-    keeping(
-        `<div style="display: ${display}; gap: 9px">one two<!-- --> three <i>four</i> <b>five</b></div>`,
-        'two three four five', 'two', ' three ', 'four', 'five');
-  }
-  keeping('<ul>\n<li>one</li> <li>two</li>\n</ul>', 'one two', 'one', 'two');
   keeping(
-      '<style>p + p { margin: 50px }</style><p>one</p>\n<p>two <b>three</b> <i>four</i>',
-      'one\ntwo three four', 'one', 'two ', 'three', ' ', 'four');
+      '<div style="display: grid; gap: 9px">one two<!-- --> three <i>four</i> <b>five</b></div>',
+      'two three four five', 'two', ' three ', 'four', 'five');
   keeping(
       'a<svg><title>x</title><text y=9>b</text></svg><select><option>c</select><textarea>d</textarea>e',
       'abcde', 'a', 'e');
@@ -63,15 +54,6 @@
     same(
         $('#body').innerHTML.replace(/<mark [^>]*hid="(.)"[^>]*>/g, '[$1 ').replaceAll('</mark>', ']'),
         'one [a tw[b o ]]<i>[a [b [c three]]]</i>[b  f]our');
-  });
-
-  test('Split text nodes are one text', page(body('')), () => {
-    $('#body').append(...['', 'al', '', 'p', 'ha al', 'pha', ''].map((part) => new Text(part)));
-    push([anchor('two', 'alpha', 1), anchor('one', 'alpha', 0), anchor('whole', 'alpha alpha')]);
-    same(
-        marks().filter((mark) => !mark.startsWith('whole')),
-        ['one@0:al', 'one@2:p', 'one@3:ha', 'two@6:al', 'two@8:pha']);
-    same(marks().filter((mark) => mark.startsWith('whole')).length, 6);
   });
 
   test('Only adding, until the message is drawn again', page(body('one two')), async () => {
@@ -105,9 +87,6 @@
     await shows(card(body('b')), reports(1));  // another message, though the number is the same
     await shows(card('collapsed') + card(body('b'), 'is-focused'), reports(1, 0));
     await shows(card(body('a')) + card(body('b'), 'is-focused'), reports(2, 1));
-    await shows(
-        '<div class="v-MessageView v-MessageCard is-focused"><div class=v-MessageView-body></div></div>',
-        reports(1, 0));
     await shows('', reports(0));
     await shows(card(body('a')), reports(1));
     // The class alone is enough.
@@ -238,10 +217,7 @@
     await shows(card('', 'is-focused') + closed + card(body('b')), '1, : 3, [2], 0');
     await shows(closed + card(body(foreign)) + card(body('b')), '2, : 3, [1,2], ');
     await shows(closed + body(foreign), '3, : 1, [-1,-1,-1], ');
-    for (const editor of ['contenteditable', 'id=compose', 'class="a v-Compose"', 'class=v-RichText-input']) {
-      await shows('', '0, : 0, [], ');
-      await shows(card(body('a')) + `<div ${editor}>${card(foreign)}</div>`, '1, : 1, [0], ');
-    }
+    await shows(card(body('a')) + `<div class="a v-Compose">${card(foreign)}</div>`, '1, : 1, [0], ');
   });
 
   const inCard = {

@@ -19,7 +19,6 @@
     same(
         [marked(), ...$$('li').map((li) => li.style.position)],
         ['11100000', 'relative', 'relative', 'absolute', '', '', '', '', '']);
-    same(getComputedStyle($('li').firstChild).pointerEvents, 'none');
     // Painting is a change, which brings one tick and no more.
     told();
     const mark = $('li').firstChild;
