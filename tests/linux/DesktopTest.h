@@ -5,6 +5,8 @@
 #include "platform/linux/windows/LinuxApplication.h"
 #include "platform/linux/windows/TabGroupWindow.h"
 #include "platform/linux/windows/TabWindow.h"
+#include "support/Complaints.h"
+#include "support/MainLoop.h"
 
 #include <fmt/format.h>
 #include <gtest/gtest.h>
@@ -19,25 +21,11 @@ namespace ondrel::platform {
 class DesktopTest : public testing::Test {
  protected:
   DesktopTest() {
-    static const bool watching = [] {
-      g_log_set_writer_func(
-          [](GLogLevelFlags level, const GLogField* fields, gsize count, gpointer) {
-            if (level & (G_LOG_LEVEL_CRITICAL | G_LOG_LEVEL_WARNING))
-              for (gsize i = 0; i < count; ++i)
-                if (std::string_view(fields[i].key) == "MESSAGE")
-                  complaints.emplace_back(static_cast<const char*>(fields[i].value));
-            return G_LOG_WRITER_HANDLED;
-          },
-          nullptr, nullptr);
-      return true;
-    }();
-    EXPECT_TRUE(watching);
+    support::failOnComplaints();
     desktop::chooseRendering(); // as the program does
-    complaints.clear();
     closed = application.windowWillClose.subscribe(
         [this](std::shared_ptr<Window> window) { willClose.push_back(window->identifier()); });
   }
-  ~DesktopTest() override { EXPECT_EQ(complaints, std::vector<std::string>()); }
 
   // Runs the body once windows can be made.
   void run(const std::function<void()>& body) {
@@ -51,22 +39,10 @@ class DesktopTest : public testing::Test {
     EXPECT_TRUE(ran) << "is there no display?";
   }
 
-  static bool until(const std::function<bool()>& holds) {
-    const auto end = g_get_monotonic_time() + 10 * G_USEC_PER_SEC;
-    while (!holds()) {
-      if (g_get_monotonic_time() > end)
-        return false;
-      if (!g_main_context_iteration(nullptr, FALSE))
-        g_usleep(1000);
-    }
-    return true;
-  }
+  static bool until(const std::function<bool()>& holds) { return support::runUntil(holds); }
   // Lets the X server and the toolkit come to rest after windows were shown: they move the keyboard about for
   // a while.
-  static void settle() {
-    const auto end = g_get_monotonic_time() + G_USEC_PER_SEC / 4;
-    until([end] { return g_get_monotonic_time() > end; });
-  }
+  static void settle() { support::runFor(std::chrono::milliseconds(250)); }
   static void turn() {
     while (g_main_context_iteration(nullptr, FALSE)) {
     }
@@ -86,7 +62,6 @@ class DesktopTest : public testing::Test {
   }
   static guint topLevelCount() { return g_list_model_get_n_items(gtk_window_get_toplevels()); }
 
-  static inline std::vector<std::string> complaints;
   glib::GlibEventLoop loop;
   windows::LinuxApplication application{
       {.applicationId = fmt::format("org.velmora.Ondrel.Test{}", getpid()), .displayName = "Test"}};

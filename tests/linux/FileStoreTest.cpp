@@ -3,11 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include <csignal>
-#include <random>
 #include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 namespace ondrel::platform {
 
@@ -19,11 +15,6 @@ using Names = std::set<std::string>;
 unsigned mode(const std::string& path) {
   struct stat status{};
   return lstat(path.c_str(), &status) == 0 ? status.st_mode & 07777 : 0;
-}
-
-ino_t inode(const std::string& path) {
-  struct stat status{};
-  return stat(path.c_str(), &status) == 0 ? status.st_ino : 0;
 }
 
 class FileStoreTest : public testing::Test {
@@ -152,37 +143,6 @@ TEST_F(FileStoreTest, SweepsLeftoversButNoneOfALivingSaveOrOfOthers) {
   folder.write(".other.json.tmp-0a1b2c", "x");
   ASSERT_TRUE(store.writeAtomically(folder.file("session.json"), "new"));
   EXPECT_EQ(folder.names(), (Names{".session.json.tmp-notours", ".other.json.tmp-0a1b2c", "session.json"}));
-}
-
-TEST_F(FileStoreTest, SurvivesBeingKilledAtAnyMoment) {
-  const auto path = folder.file("session.json");
-  ASSERT_TRUE(store.writeAtomically(path, std::string(300000, 'a')));
-  std::mt19937 random(12345);
-  Names contents;
-  for (int i = 0; i < 25; ++i) {
-    const auto child = fork();
-    if (child == 0) {
-      execl(FILE_PROBE, FILE_PROBE, path.c_str(), "300000", "forever", nullptr);
-      _exit(127);
-    }
-    const auto before = inode(path);
-    for (int waited = 0; inode(path) == before && waited < 10000; ++waited)
-      usleep(1000); // until it has begun
-    usleep(random() % 20000);
-    kill(child, SIGKILL);
-    int status = 0;
-    waitpid(child, &status, 0);
-    ASSERT_TRUE(WIFSIGNALED(status)) << "it was to be killed while it saved";
-
-    const auto content = store.read(path);
-    ASSERT_TRUE(content);
-    // Each letter has a size of its own: what is the end of one and the beginning of another shows.
-    const auto letter = content->front();
-    EXPECT_EQ(*content, std::string(300000 + (letter == 'a' ? 0 : letter * 100U), letter));
-    contents.insert(std::string(1, letter));
-    EXPECT_LE(folder.names().size(), 2U) << "left-overs pile up";
-  }
-  EXPECT_GT(contents.size(), 1U) << "no save was under way";
 }
 
 } // namespace

@@ -10,17 +10,12 @@ namespace ondrel::platform {
 namespace {
 
 TEST(GlibLogSink, MakesOneSafeLineOfAnything) {
-  struct Case {
-    std::string text;
-    std::string line;
-  };
-  const Case cases[] = {
+  const std::pair<std::string, std::string> cases[] = {
       {"plain äöü 😀", "plain äöü 😀"},
       {"two\nlines\r\tand\x1b[31m red", "two\\nlines\\x0d\\tand\\x1b[31m red"},
       {std::string("NUL\0here", 8), "NUL\uFFFDhere"},
       {"bad \xff\xc3(", "bad \uFFFD\uFFFD("},
       {"C1 \u009b and \u2028", "C1 \\x9b and \\u2028"},
-      {"", ""},
   };
   for (const auto& [text, line] : cases)
     EXPECT_EQ(text::GlibLogSink::line("T", "ondrel[ui]", G_LOG_LEVEL_MESSAGE, text),
@@ -36,10 +31,7 @@ class GlibLogSinkDeathTest : public testing::Test {
   GlibLogSinkDeathTest() { GTEST_FLAG_SET(death_test_style, "threadsafe"); }
 
   static void logAllLevels(const char* wanted) {
-    if (wanted)
-      setenv("ONDREL_LOG", wanted, 1);
-    else
-      unsetenv("ONDREL_LOG");
+    setenv("ONDREL_LOG", wanted, 1);
     text::GlibLogSink::install("org.velmora.Ondrel");
     text::GlibLogSink::install("org.velmora.Ondrel");
     const base::Logger logger("network");
@@ -60,10 +52,7 @@ TEST_F(GlibLogSinkDeathTest, FiltersByLevel) {
       AllOf(HasSubstr(" ondrel[network] notice: three 3\n"), HasSubstr(" ondrel[network] error: four\n"),
             HasSubstr(" warning: from\\nGLib\n"));
   const auto code = testing::ExitedWithCode(0);
-  EXPECT_EXIT(logAllLevels(nullptr), code, AllOf(always, Not(HasSubstr(": two\n"))));
   EXPECT_EXIT(logAllLevels("nonsense"), code, AllOf(always, Not(HasSubstr(": two\n"))));
-  EXPECT_EXIT(logAllLevels("info"), code,
-              AllOf(always, HasSubstr(" info: two\n"), Not(HasSubstr(": one\n"))));
   EXPECT_EXIT(logAllLevels("debug"), code,
               AllOf(always, HasSubstr(" info: two\n"), HasSubstr(" debug: one\n")));
 }

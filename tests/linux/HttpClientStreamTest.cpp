@@ -14,7 +14,7 @@ class HttpClientStreamTest : public HttpClientTest {
     auto opened = run(client->open({.url = server.url(), .timeout = 500ms}));
     ASSERT_TRUE(opened) << opened.error().description;
     stream = std::move(*opened);
-    ASSERT_TRUE(waitFor([this] { return peer != nullptr; }));
+    ASSERT_TRUE(runUntil([this] { return peer != nullptr; }));
   }
   static std::string told(const HttpResult<std::string>& bytes) {
     if (!bytes)
@@ -51,7 +51,7 @@ TEST_F(HttpClientStreamTest, GivesBytesAsTheyCome) {
   ASSERT_FALSE(read);
   client.reset(); // the stream goes on without it
   chunk("two\n");
-  ASSERT_TRUE(waitFor([&] { return read.has_value(); }));
+  ASSERT_TRUE(runUntil([&] { return read.has_value(); }));
   EXPECT_EQ(told(*read), "two\n");
   peer.load()->send("0\r\n\r\n");
   EXPECT_EQ(next(), "end");
@@ -103,39 +103,33 @@ TEST_F(HttpClientStreamTest, ItsHeadHasALimitOfTime) {
   const auto opened = run(client->open({.url = server.url(), .timeout = 100ms}));
   ASSERT_FALSE(opened);
   EXPECT_EQ(opened.error().code, WebError::timedOut);
-  EXPECT_TRUE(waitFor([&] { return ended.load(); }, 1s));
+  EXPECT_TRUE(runUntil([&] { return ended.load(); }, 1s));
 }
 
 TEST_F(HttpClientStreamTest, EndsWhenItIsDropped) {
   open();
   chunk("unread");
   stream.reset();
-  EXPECT_TRUE(waitFor([&] { return ended.load(); }, 1s));
+  EXPECT_TRUE(runUntil([&] { return ended.load(); }, 1s));
 }
 
-TEST_F(HttpClientStreamTest, EndsUnderItsReader) {
-  open();
-  std::optional<HttpResult<std::string>> read;
-  async::Scope scope;
-  scope.spawn(keep(stream->read(), read));
-  runFor(20ms);
-  stream.reset();
-  ASSERT_TRUE(waitFor([&] { return read.has_value(); }));
-  EXPECT_EQ(told(*read), std::to_string(WebError::cancelled));
-  EXPECT_TRUE(waitFor([&] { return ended.load(); }, 1s));
-}
-
-TEST_F(HttpClientStreamTest, EndsWithAReaderThatIsDropped) {
-  open();
-  std::optional<HttpResult<std::string>> read;
-  {
-    async::Scope scope;
-    scope.spawn(keep(stream->read(), read));
+TEST_F(HttpClientStreamTest, EndsUnderItsReaderAndWithOneThatIsDropped) {
+  for (const bool readerGoesFirst : {false, true}) {
+    ended = false;
+    peer = nullptr;
+    open();
+    std::optional<HttpResult<std::string>> read;
+    std::optional<async::Scope> scope(std::in_place);
+    scope->spawn(keep(stream->read(), read));
     runFor(20ms);
+    if (readerGoesFirst)
+      scope.reset();
+    stream.reset();
+    EXPECT_TRUE(runUntil([&] { return ended.load(); }, 1s));
+    EXPECT_EQ(runUntil([&] { return read.has_value(); }, 100ms), !readerGoesFirst);
+    if (read)
+      EXPECT_EQ(told(*read), std::to_string(WebError::cancelled));
   }
-  stream.reset();
-  EXPECT_FALSE(read);
-  EXPECT_TRUE(waitFor([&] { return ended.load(); }, 1s));
 }
 
 } // namespace

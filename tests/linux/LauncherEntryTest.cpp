@@ -63,18 +63,6 @@ TEST_F(LauncherEntryTest, TellsALauncherThatStartsLater) {
   EXPECT_EQ(updates, (Strings{update(4), update(4), update(0), update(6)}));
 }
 
-TEST_F(LauncherEntryTest, DoesNothingWithoutABus) {
-  desktop::LauncherEntry entry("org.velmora.Ondrel", connectorTo("unix:path=/nonexistent"));
-  entry.setLabel("3");
-  turn();
-  entry.setLabel("4");
-  bus.stop();
-  desktop::LauncherEntry abandoned("org.velmora.Ondrel", connector());
-  abandoned.setLabel("1");
-  turn();
-  EXPECT_TRUE(updates.empty());
-}
-
 } // namespace
 
 } // namespace ondrel::platform

@@ -92,19 +92,6 @@ TEST_F(LogindSleepTest, MayEndWhileItTellsOfAWake) {
   EXPECT_EQ(wakes, 1);
 }
 
-TEST_F(LogindSleepTest, IsQuietWithoutASystemBus) {
-  setenv("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/nonexistent", 1);
-  {
-    desktop::LogindSleep monitor;
-    const auto subscription = monitor.didWake.subscribe([&] { ++wakes; });
-    turn();
-  }
-  desktop::LogindSleep onlyLogindIsMissing(connector());
-  turn();
-  EXPECT_EQ(wakes, 0);
-  unsetenv("DBUS_SYSTEM_BUS_ADDRESS");
-}
-
 } // namespace
 
 } // namespace ondrel::platform

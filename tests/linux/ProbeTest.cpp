@@ -22,7 +22,7 @@ using testing::HasSubstr;
 // A running application_probe, with what it prints.
 class Probe {
  public:
-  explicit Probe(std::vector<std::string> arguments, bool withBus = true) {
+  explicit Probe(std::vector<std::string> arguments) {
     int ends[2];
     EXPECT_EQ(pipe2(ends, O_CLOEXEC), 0);
     output_ = ends[0];
@@ -35,8 +35,6 @@ class Probe {
     if (pid_ == 0) {
       dup2(ends[1], STDOUT_FILENO);
       dup2(ends[1], STDERR_FILENO);
-      if (!withBus)
-        setenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent", 1);
       execv(APPLICATION_PROBE, argv.data());
       _exit(127);
     }
@@ -102,13 +100,13 @@ TEST_F(ProbeTest, HandsUrlsToTheFirstInstanceToTheLetter) {
   EXPECT_EQ(third.exitStatus(), 0);
   EXPECT_TRUE(first.says("reopen true\n"));
 
-  EXPECT_EQ(RunningInstance(id).open({"mailto:" + std::string(1 << 20, 'x') + "y"}), 0);
+  EXPECT_EQ(desktop::RunningInstance(id).open({"mailto:" + std::string(1 << 20, 'x') + "y"}), 0);
   EXPECT_TRUE(first.says(fmt::format("url of {} bytes ending in y\n", 8 + (1 << 20))));
 
   first.signal(SIGTERM);
   EXPECT_EQ(first.exitStatus(), 0);
   EXPECT_THAT(first.said, testing::EndsWith("aboutToQuit with 1 windows\nexit 0\n"));
-  EXPECT_EQ(RunningInstance(id).open({}), std::nullopt);
+  EXPECT_EQ(desktop::RunningInstance(id).open({}), std::nullopt);
 }
 
 // It used to be given up as delivered once it was sent.
@@ -120,18 +118,6 @@ TEST_F(ProbeTest, TakesBackWhatTheFirstInstanceDidNotLiveToGet) {
   std::this_thread::sleep_for(500ms); // it has asked by now, or will find nobody to ask
   first.signal(SIGKILL);
   EXPECT_TRUE(second.says("url mailto:a@b\n"));
-}
-
-TEST_F(ProbeTest, RunsAloneWithoutASessionBus) {
-  for (const int number : {SIGINT, SIGHUP}) {
-    Probe lone({id, "email://x"}, false);
-    ASSERT_TRUE(lone.says("url email://x\n"));
-    lone.signal(number);
-    EXPECT_EQ(lone.exitStatus(), 0);
-    EXPECT_THAT(lone.said, HasSubstr("notice: No session bus"));
-    EXPECT_THAT(lone.said, testing::Not(testing::AnyOf(HasSubstr("warning"), HasSubstr("error"))));
-    EXPECT_THAT(lone.said, testing::EndsWith("aboutToQuit with 1 windows\nexit 0\n"));
-  }
 }
 
 } // namespace

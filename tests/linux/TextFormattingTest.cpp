@@ -17,7 +17,6 @@ TEST(TextFormatting, ShowsDatesInTheUsersLanguageAndZone) {
     return text::IcuTextFormatting(locale, zone).mediumDateShortTime(time);
   };
   EXPECT_EQ(shown("de_DE.UTF-8", "Europe/Berlin"), "06.01.2025, 00:05");
-  EXPECT_EQ(shown("en_GB.UTF-8", "UTC"), "5 Jan 2025, 23:05");
   EXPECT_EQ(shown("ja_JP", "Asia/Tokyo"), "2025/01/06 8:05");
   // The kind of space before "PM" is a matter of the data's version.
   for (const auto* locale : {"en_US.UTF-8", "C", "POSIX", "C.UTF-8"}) {
@@ -33,18 +32,10 @@ TEST(TextFormatting, CountsCharactersAsPeopleSeeThem) {
   const text::IcuTextFormatting formatting("en_US.UTF-8", "UTC");
   const std::string family = "👨‍👩‍👧", thumb = "👍🏽", flag = "🇩🇪", accent = "e\u0301";
   const auto all = family + thumb + flag + accent + "x\r\n";
-  const std::pair<std::size_t, std::string> cases[] = {{0, ""},
-                                                       {1, family},
-                                                       {2, family + thumb},
-                                                       {3, family + thumb + flag},
-                                                       {4, family + thumb + flag + accent},
-                                                       {5, family + thumb + flag + accent + "x"},
-                                                       {6, all},
-                                                       {7, all},
-                                                       {1000, all}};
-  for (const auto& [count, start] : cases)
-    EXPECT_EQ(formatting.firstCharacters(all, count), start);
-  EXPECT_EQ(formatting.firstCharacters("", 0), "");
+  EXPECT_EQ(formatting.firstCharacters(all, 0), "");
+  EXPECT_EQ(formatting.firstCharacters(all, 3), family + thumb + flag);
+  EXPECT_EQ(formatting.firstCharacters(all, 5), family + thumb + flag + accent + "x");
+  EXPECT_EQ(formatting.firstCharacters(all, 6), all);
   // Bytes that are no UTF-8 do no harm.
   EXPECT_LE(formatting.firstCharacters("\xff\xC3\xF0\x9F", 2).size(), 4U);
 }

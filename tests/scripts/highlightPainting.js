@@ -42,6 +42,9 @@
       '<div style="display: grid; gap: 9px">one two<!-- --> three <i>four</i> <b>five</b></div>',
       'two three four five', 'two', ' three ', 'four', 'five');
   keeping(
+      '<style>p + p { margin: 50px }</style><p>one</p>\n<p>two <b>three</b> <i>four</i>',
+      'one\ntwo three four', 'one', 'two ', 'three', ' ', 'four');
+  keeping(
       'a<svg><title>x</title><text y=9>b</text></svg><select><option>c</select><textarea>d</textarea>e',
       'abcde', 'a', 'e');
   keeping(
