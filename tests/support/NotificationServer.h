@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/linux/glib/Ref.h"
+#include "support/TestBus.h"
 
 #include <gio/gio.h>
 
@@ -8,7 +8,6 @@
 #include <map>
 #include <memory>
 #include <mutex>
-#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
@@ -28,23 +27,15 @@ class NotificationServer {
   };
   struct Notification {
     std::uint32_t id = 0; // as answered
-    std::string application;
-    std::uint32_t replaces = 0;
-    std::string icon;
     std::string summary;
     std::string body;
     std::vector<std::string> actions;
     std::map<std::string, std::string> hints; // values as GVariant prints them, with their types
-    std::int32_t expireTimeout = 0;
-    std::int64_t arrival = 0; // on CLOCK_MONOTONIC, in microseconds
+    std::int64_t arrival = 0;                 // on CLOCK_MONOTONIC, in microseconds
   };
 
-  // On the bus of that address. Ids go up from `firstId`, also over restarts.
-  explicit NotificationServer(std::string busAddress, std::uint32_t firstId = 1)
-      : address_(std::move(busAddress)) {
-    state_->nextId = firstId;
-    start();
-  }
+  // On the bus of that address. Ids go up from 1, also over restarts.
+  explicit NotificationServer(std::string busAddress) : address_(std::move(busAddress)) { start(); }
   NotificationServer(const NotificationServer&) = delete;
   NotificationServer& operator=(const NotificationServer&) = delete;
   ~NotificationServer() { stop(); }
@@ -90,10 +81,7 @@ class NotificationServer {
   }
   void emit(const char* member, GVariant* arguments) {
     g_dbus_connection_emit_signal(connection_.get(), nullptr, path, name, member, arguments, nullptr);
-    // Comes back when the bus has passed the signal on.
-    const glib::Owned<GVariant> reply(g_dbus_connection_call_sync(
-        connection_.get(), "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "GetId",
-        nullptr, nullptr, G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr));
+    TestBus::roundTrip(connection_);
   }
   // The answers to what came while it was silent, in that order. It stays silent.
   void answerHeldBack() {
@@ -111,27 +99,10 @@ class NotificationServer {
     state_->heldBack.clear();
   }
   void start() {
-    glib::Error error;
-    connection_ = glib::adopt(g_dbus_connection_new_for_address_sync(
-        address_.c_str(),
-        static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
-                                          G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION),
-        nullptr, nullptr, error.out()));
-    if (!connection_)
-      throw std::runtime_error(error.message());
+    connection_ = TestBus::connectTo(address_);
     g_dbus_connection_add_filter(connection_.get(), filter, new std::shared_ptr<State>(state_),
                                  [](gpointer data) { delete static_cast<std::shared_ptr<State>*>(data); });
-    constexpr guint32 replaceAndDoNotQueue = 2 | 4;
-    const glib::Owned<GVariant> reply(g_dbus_connection_call_sync(
-        connection_.get(), "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
-        "RequestName", g_variant_new("(su)", name, replaceAndDoNotQueue), G_VARIANT_TYPE("(u)"),
-        G_DBUS_CALL_FLAGS_NONE, -1, nullptr, error.out()));
-    constexpr guint32 primaryOwner = 1;
-    guint32 result = 0;
-    if (reply)
-      g_variant_get(reply.get(), "(u)", &result);
-    if (result != primaryOwner)
-      throw std::runtime_error("somebody else serves notifications on this bus");
+    TestBus::ownName(connection_, name);
   }
   void restart() {
     stop();
@@ -182,12 +153,10 @@ inline void NotificationServer::State::take(GDBusConnection* connection, GDBusMe
   std::uint32_t id = 0;
   if (method == "Notify" && arguments && g_variant_is_of_type(arguments, G_VARIANT_TYPE("(susssasa{sv}i)"))) {
     Notification one;
-    const char *application = nullptr, *icon = nullptr, *summary = nullptr, *body = nullptr;
+    const char *summary = nullptr, *body = nullptr;
     GVariantIter *actions = nullptr, *hints = nullptr;
-    g_variant_get(arguments, "(&su&s&s&sasa{sv}i)", &application, &one.replaces, &icon, &summary, &body,
-                  &actions, &hints, &one.expireTimeout);
-    one.application = application;
-    one.icon = icon;
+    g_variant_get(arguments, "(&su&s&s&sasa{sv}i)", nullptr, nullptr, nullptr, &summary, &body, &actions,
+                  &hints, nullptr);
     one.summary = summary;
     one.body = body;
     const char* text = nullptr;
@@ -235,8 +204,6 @@ inline void NotificationServer::State::reply(GDBusConnection* connection, GDBusM
     for (const auto& capability : capabilities)
       g_variant_builder_add(&texts, "s", capability.c_str());
     g_dbus_message_set_body(answer.get(), g_variant_new("(as)", &texts));
-  } else if (method == "GetServerInformation") {
-    g_dbus_message_set_body(answer.get(), g_variant_new("(ssss)", "Recorder", "Tests", "1", "1.2"));
   }
   g_dbus_connection_send_message(connection, answer.get(), G_DBUS_SEND_MESSAGE_FLAGS_NONE, nullptr, nullptr);
 }
