@@ -1,27 +1,19 @@
 #include "support/WebKitTest.h"
 
+#include "support/Complaints.h"
+#include "support/MainLoop.h"
+
 #include <boost/json/serialize.hpp>
 #include <gtk/gtk.h>
 
+#include <cstdlib>
+#include <future>
+
 namespace ondrel::tests {
-
-namespace {
-
-GLogWriterOutput failOnWarnings(GLogLevelFlags level, const GLogField* fields, gsize count, gpointer) {
-  if (level & (G_LOG_LEVEL_WARNING | G_LOG_LEVEL_CRITICAL | G_LOG_LEVEL_ERROR)) {
-    for (gsize i = 0; i < count; ++i) {
-      if (g_strcmp0(fields[i].key, "MESSAGE") == 0)
-        ADD_FAILURE() << "GLib: " << static_cast<const char*>(fields[i].value);
-    }
-  }
-  return G_LOG_WRITER_HANDLED;
-}
-
-} // namespace
 
 void WebKitTest::SetUpTestSuite() {
   static const bool once = [] {
-    g_log_set_writer_func(failOnWarnings, nullptr, nullptr);
+    support::failOnComplaints();
     // The toolkit notes the printing of a file, with these names, among the recent files; not among the
     // user's own.
     g_set_prgname("ondrel-tests");
@@ -60,19 +52,21 @@ void WebKitTest::TearDown() {
 }
 
 bool WebKitTest::waitFor(const std::function<bool()>& predicate, std::chrono::milliseconds limit) {
-  bool late = false;
-  async::Timer timer(limit, [&] { late = true; });
-  while (!predicate() && !late)
-    g_main_context_iteration(nullptr, TRUE);
-  return predicate();
+  return support::runUntil(predicate, limit);
 }
 
 void WebKitTest::runFor(std::chrono::milliseconds time) {
-  waitFor([] { return false; }, time);
+  support::runFor(time);
 }
 
 bool WebKitTest::waitForEvent(std::string_view event, long times) {
   return waitFor([&] { return delegate_.count(event) >= times; });
+}
+
+bool WebKitTest::useMouse(const std::string& actions) {
+  const auto command = "xdotool " + actions;
+  const auto status = std::async(std::launch::async, [&] { return std::system(command.c_str()); });
+  return waitFor([&] { return status.wait_for(0s) == std::future_status::ready; });
 }
 
 bool WebKitTest::waitForMessages(std::size_t number) {

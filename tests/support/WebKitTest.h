@@ -33,6 +33,8 @@ class WebKitTest : public testing::Test {
   void runFor(std::chrono::milliseconds time);
   bool waitForEvent(std::string_view event, long times = 1);
   bool waitForMessages(std::size_t number);
+  // Real input, as xdotool takes it: the engine ignores the modifiers of events that a script makes.
+  bool useMouse(const std::string& actions);
 
   template <class T>
   std::optional<T> run(async::Task<T> task) {

@@ -115,7 +115,8 @@ TEST_F(CommandsTest, ActOnTheTabWithTheKeyboardAndFollowIt) {
   EXPECT_EQ(shell.webView(model(0))->reloads, 0);
   EXPECT_EQ(shell.webView(model(1))->reloads, 1);
   model(1)->canGoForward.set(true);
-  EXPECT_TRUE(enabled("forward"));
+  activate("forward");
+  EXPECT_EQ(shell.webView(model(1))->forwards, 1);
 
   activate("close-tab");
   EXPECT_EQ(shell.application.all.size(), 1U);

@@ -1,18 +1,19 @@
 #pragma once
 
-#include "ToolkitTest.h"
+#include "Toolkit.h"
 #include "support/TestShell.h"
 #include "ui/ContentView.h"
+
+#include <gtest/gtest.h>
 
 #include <map>
 
 namespace ondrel::ui {
 
 // The program's core on fakes, with the real contents of its windows on a display.
-class ShellTest : public ToolkitTest {
+class ShellTest : public testing::Test {
  protected:
   void SetUp() override {
-    ToolkitTest::SetUp();
     shell.webViews.onMake = [this](support::FakeWebView& view) {
       auto page = glib::share(gtk_drawing_area_new());
       gtk_widget_set_focusable(page.get(), TRUE);
@@ -29,7 +30,6 @@ class ShellTest : public ToolkitTest {
     for (const auto& window : topLevels)
       gtk_window_destroy(window.get());
     shell.manager = nullptr;
-    ToolkitTest::TearDown();
   }
 
   void start() {

@@ -22,7 +22,7 @@ class ClosingTest : public WebKitTest {
              "onclick=\"window.webkit.messageHandlers.ondrel.postMessage('clicked')\">" +
              html);
     // There is no window manager: the window stands at the display's corner.
-    ASSERT_EQ(std::system("xdotool mousemove 200 200 click 1"), 0);
+    ASSERT_TRUE(useMouse("mousemove 200 200 click 1"));
     ASSERT_TRUE(waitForMessages(1));
   }
   // None when the page may go.
@@ -101,31 +101,12 @@ TEST_F(ClosingTest, LoadingSomethingElseAsksFirst) {
   EXPECT_EQ(view().url(), server_.url("/other"));
 }
 
-TEST_F(ClosingTest, PromptsAreAnswered) {
-  loadHtml("<p>page</p>");
-  std::optional<std::string> answer = "typed";
-  std::string proposed;
-  delegate_.onPrompt = [&](const std::string& text, PromptReply reply) {
-    proposed = text;
-    std::move(reply)(answer);
-  };
-  const auto ask = [&] {
-    evaluate("said = 'waiting'; setTimeout(() => said = prompt('Name?', 'Jane')); 0");
-    waitFor([&] { return evaluateToText("said") != "\"waiting\""; });
-    return evaluateToText("said");
-  };
-  EXPECT_EQ(ask(), "\"typed\"");
-  EXPECT_EQ(proposed, "Jane");
-  answer.reset();
-  EXPECT_EQ(ask(), "null");
-}
-
 TEST_F(ClosingTest, AHungPageIsNoticedAndCanBeEnded) {
   loadAndClick("<p>page</p>");
   EXPECT_TRUE(view().isResponsive());
   evaluate("setTimeout(() => { for (;;); }, 50); 0");
   runFor(200ms);
-  ASSERT_EQ(std::system("xdotool click 1"), 0);
+  ASSERT_TRUE(useMouse("click 1"));
   ASSERT_TRUE(waitForEvent("responsiveness"));
   EXPECT_FALSE(view().isResponsive());
   EXPECT_FALSE(tryClose(100ms));

@@ -64,13 +64,5 @@ TEST_F(DocumentViewTest, RunsNoScript) {
   EXPECT_TRUE(delegate_.messages.empty());
 }
 
-TEST_F(DocumentViewTest, ShowsWhatAPageWithoutAnAddressMayHold) {
-  load(std::string("<title>a\0b</title><p>c", 22));
-  EXPECT_TRUE(waitFor([this] { return view_->title() == "a\uFFFDb"; })) << "nothing ends at a NUL";
-  EXPECT_EQ(view_->url().value_or("about:blank"), "about:blank");
-  load("<title>again</title>");
-  EXPECT_TRUE(waitFor([this] { return view_->title() == "again"; }));
-}
-
 } // namespace
 } // namespace ondrel::tests

@@ -54,9 +54,7 @@ using Outcomes = std::vector<std::string>;
 TEST_F(DownloadsTest, AttachmentIsWrittenWhereTheReplySays) {
   loadFile();
   ASSERT_TRUE(waitFor([&] { return reply_.has_value(); }));
-  EXPECT_EQ(delegate_.responses.back().contentDisposition, "ATTACHMENT; filename=\"../../evil.txt\"");
   EXPECT_FALSE(delegate_.responses.back().canShowMimeType);
-  EXPECT_EQ(delegate_.count("download"), 1);
   EXPECT_EQ(requests_[0].mimeType, "application/x-thing");
   EXPECT_NE(requests_[0].suggestedFileName.find("evil.txt"), std::string::npos);
 

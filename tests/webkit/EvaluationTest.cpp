@@ -7,25 +7,20 @@ namespace ondrel::tests {
 using EvaluationTest = WebKitTest;
 
 TEST_F(EvaluationTest, ValuesAndErrorsOfTheMainFrame) {
-  loadHtml("<script>var page = 'page'; var cyclic = {}; cyclic.self = cyclic</script>");
+  loadHtml("<script>var page = 'page'</script>");
   const struct {
     const char* source;
     const char* result;
   } table[] = {
       {"page", "\"page\""},
-      {"1 + 1", "2"},
-      {"1 / 3 > 0.3", "true"},
       {"({'a b': [1, null, {}]})", "{\"a b\":[1,null,{}]}"}, // of several members the order is not kept
       {"undefined", "null"},
-      {"null", "null"},
       {"'a\\u0000b'", "\"a\\u0000b\""},
       {"'\\ud800x'", "\"\xEF\xBF\xBDx\""},
       {"'\xC3\xA9'", "\"\xC3\xA9\""},
       {"document.body", "unsupportedValue"},
       {"(function() {})", "unsupportedValue"},
-      {"cyclic", "unsupportedValue"},
       {"throw new Error('boom')", "exception"},
-      {"not a program", "exception"},
   };
   for (const auto& [source, result] : table)
     EXPECT_EQ(evaluateToText(source), result) << source;

@@ -18,17 +18,14 @@ TEST_F(HistoryLimitsTest, LargeStatesAreRefused) {
     const char* state;
     const char* result;
   } table[] = {
-      {"null", "ok"},
       {"'x'.repeat(250 << 10)", "ok"},
       {"{a: [1, {b: new Date()}, new Map([[1, new Set([2])]]), new Uint8Array(200 << 10)]}", "ok"},
       {"(() => { const o = {}; o.o = o; return o })()", "ok"},
       {"text", "QuotaExceededError"},
-      {"{a: {b: [text]}}", "QuotaExceededError"},
       {"{[text]: 1}", "QuotaExceededError"},
       {"'\\u0100'.repeat(size / 2)", "QuotaExceededError"},
       {"Array(size / 8).fill(1)", "QuotaExceededError"},
       {"new Map([[1, text]])", "QuotaExceededError"},
-      {"new Map([[text, 1]])", "QuotaExceededError"},
       {"new Set([text])", "QuotaExceededError"},
       {"new ArrayBuffer(size)", "QuotaExceededError"},
       {"new Uint8Array(new ArrayBuffer(size), 0, 1)", "QuotaExceededError"},
@@ -38,9 +35,7 @@ TEST_F(HistoryLimitsTest, LargeStatesAreRefused) {
       {"[Object(number), Object(number), Object(number)]", "QuotaExceededError"},
       {"new String(text)", "QuotaExceededError"},
       {"new RegExp(text)", "QuotaExceededError"},
-      {"new Error(text)", "QuotaExceededError"},
       {"() => 1", "DataCloneError"},
-      {"new Proxy({}, {})", "DataCloneError"},
       // Another one the second time.
       {"{get a() { return ++n > 1 ? text : '' }}", "ok"},
   };

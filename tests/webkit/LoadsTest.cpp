@@ -1,11 +1,6 @@
 #include "support/WebKitTest.h"
 
 #include "async/VirtualEventLoop.h"
-#include "platform/linux/network/WebErrors.h"
-
-#include <signal.h>
-
-#include <fstream>
 
 namespace ondrel::tests {
 
@@ -21,22 +16,6 @@ class LoadsTest : public WebKitTest {
     });
     runFor(200ms);
     return delegate_.events;
-  }
-
-  // Real input, in the middle of the window: the engine ignores the modifiers of events that a script makes.
-  bool useMouse(const std::string& actions) {
-    bool ended = false;
-    const auto command = "xdotool mousemove 300 250 " + actions;
-    char** arguments = nullptr;
-    GPid pid = 0;
-    if (!g_shell_parse_argv(command.c_str(), nullptr, &arguments, nullptr))
-      return false;
-    const glib::Owned<char*> owned(arguments);
-    const auto flags = static_cast<GSpawnFlags>(G_SPAWN_SEARCH_PATH | G_SPAWN_DO_NOT_REAP_CHILD);
-    if (!g_spawn_async(nullptr, arguments, nullptr, flags, nullptr, nullptr, &pid, nullptr))
-      return false;
-    g_child_watch_add(pid, [](GPid, int, gpointer flag) { *static_cast<bool*>(flag) = true; }, &ended);
-    return waitFor([&] { return ended; });
   }
 };
 
@@ -98,7 +77,7 @@ TEST_F(LoadsTest, PoliciesDecide) {
     delegate_.actions.clear();
     evaluate("for (const a of document.links) a.style = a.id == '" + std::string(link) +
              "' ? 'position: fixed; inset: 0' : 'display: none'; document.body.offsetTop");
-    ASSERT_TRUE(useMouse(click));
+    ASSERT_TRUE(useMouse("mousemove 300 250 " + std::string(click)));
     ASSERT_TRUE(waitFor([&] { return !delegate_.actions.empty(); }));
     EXPECT_EQ(delegate_.actions.back().type, NavigationType::linkActivated);
     EXPECT_EQ(delegate_.actions.back().url, server_.url("/linked"));
@@ -197,47 +176,6 @@ TEST_F(LoadsTest, AWayBackThatFailedIsTriedAgainInItsPlace) {
   other->setDelegate(nullptr);
 }
 
-namespace {
-
-// The web processes that this test program has started, directly or not.
-std::vector<pid_t> webProcesses() {
-  std::map<pid_t, std::pair<pid_t, std::string>> parents;
-  for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
-    std::ifstream file(entry.path() / "stat");
-    std::string line;
-    if (!std::getline(file, line))
-      continue;
-    const auto open = line.find('(');
-    const auto close = line.rfind(')');
-    const auto pid = std::stoi(line);
-    parents[pid] = {std::stoi(line.substr(close + 4)), line.substr(open + 1, close - open - 1)};
-  }
-  std::vector<pid_t> result;
-  for (const auto& [pid, process] : parents) {
-    auto ancestor = pid;
-    while (ancestor > 1 && ancestor != getpid())
-      ancestor = parents[ancestor].first;
-    if (ancestor == getpid() && process.second.starts_with("WebKitWebProc"))
-      result.push_back(pid);
-  }
-  return result;
-}
-
-} // namespace
-
-TEST_F(LoadsTest, DeadWebProcessIsToldAndReplaced) {
-  loadHtml("<p>page</p>");
-  const auto processes = webProcesses();
-  ASSERT_FALSE(processes.empty());
-  for (const auto pid : processes)
-    kill(pid, SIGKILL);
-  ASSERT_TRUE(waitForEvent("crashed"));
-  delegate_.events.clear();
-  view().reload();
-  ASSERT_TRUE(waitForEvent("finish"));
-  EXPECT_EQ(evaluateToText("document.body.innerText"), "\"page\"");
-}
-
 // The state of loads alone, in virtual time.
 class LoadStatesTest : public testing::Test, protected platform::webkit::WebKitLoads::Listener {
  protected:
@@ -296,41 +234,6 @@ TEST_F(LoadStatesTest, ReplacedLoadLeavesTheNewOneItsTime) {
   loads.abandoned();
   loop.advance(1h);
   EXPECT_EQ(events.size(), 2U);
-}
-
-TEST(WebErrorsTest, AreMappedToTheProgramsCodes) {
-  const struct {
-    GQuark domain;
-    int engineCode;
-    WebError::Domain resultDomain;
-    int code;
-  } table[] = {
-      {WEBKIT_NETWORK_ERROR, WEBKIT_NETWORK_ERROR_CANCELLED, WebError::Domain::network, WebError::cancelled},
-      {WEBKIT_NETWORK_ERROR, WEBKIT_NETWORK_ERROR_FAILED, WebError::Domain::network, WebError::unknown},
-      {WEBKIT_POLICY_ERROR, WEBKIT_POLICY_ERROR_FRAME_LOAD_INTERRUPTED_BY_POLICY_CHANGE,
-       WebError::Domain::policy, WebError::frameLoadInterrupted},
-      {G_IO_ERROR, G_IO_ERROR_CANCELLED, WebError::Domain::network, WebError::cancelled},
-      {G_IO_ERROR, G_IO_ERROR_TIMED_OUT, WebError::Domain::network, WebError::timedOut},
-      {G_IO_ERROR, G_IO_ERROR_CONNECTION_REFUSED, WebError::Domain::network, WebError::cannotConnectToHost},
-      {G_IO_ERROR, G_IO_ERROR_NETWORK_UNREACHABLE, WebError::Domain::network,
-       WebError::notConnectedToInternet},
-      {G_IO_ERROR, G_IO_ERROR_BROKEN_PIPE, WebError::Domain::network, WebError::networkConnectionLost},
-      {G_RESOLVER_ERROR, G_RESOLVER_ERROR_NOT_FOUND, WebError::Domain::network, WebError::cannotFindHost},
-      {G_RESOLVER_ERROR, G_RESOLVER_ERROR_TEMPORARY_FAILURE, WebError::Domain::network,
-       WebError::notConnectedToInternet},
-      {G_TLS_ERROR, G_TLS_ERROR_BAD_CERTIFICATE, WebError::Domain::network,
-       WebError::serverCertificateUntrusted},
-      {G_TLS_ERROR, G_TLS_ERROR_HANDSHAKE, WebError::Domain::network, WebError::secureConnectionFailed},
-      {SOUP_SESSION_ERROR, SOUP_SESSION_ERROR_TOO_MANY_REDIRECTS, WebError::Domain::network,
-       WebError::badServerResponse},
-      {G_FILE_ERROR, G_FILE_ERROR_IO, WebError::Domain::network, WebError::unknown},
-  };
-  for (const auto& row : table) {
-    const glib::Owned<GError> error(g_error_new_literal(row.domain, row.engineCode, "because \xFF"));
-    EXPECT_EQ(platform::network::webErrorFrom(*error),
-              (WebError{row.resultDomain, row.code, "because \xEF\xBF\xBD"}))
-        << g_quark_to_string(row.domain) << " " << row.engineCode;
-  }
 }
 
 } // namespace ondrel::tests

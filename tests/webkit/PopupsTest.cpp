@@ -84,24 +84,6 @@ TEST_F(PopupsTest, WindowRunsTheScriptsItWasMadeWith) {
   // None of it in the opener.
   EXPECT_EQ(evaluateToText("typeof globalShared + typeof globalStart + typeof globalEnd"),
             "\"numberundefinedundefined\"");
-  // In the next document again, one time.
-  popupDelegate_.messages.clear();
-  popup_->reload();
-  ASSERT_TRUE(waitFor([&] { return popupDelegate_.messages.size() >= 5; }));
-  runFor(100ms);
-  EXPECT_EQ(popupDelegate_.messages.size(), 5U);
-}
-
-TEST_F(PopupsTest, TargetBlankLinkAsksBothQuestions) {
-  server_.serve("/popup", "popup");
-  loadHtml("<a id=a target=_blank href='/popup'>x</a>");
-  openWindows();
-  delegate_.actions.clear();
-  evaluate("a.click(); 0");
-  ASSERT_TRUE(waitFor([&] { return popup_ && popupDelegate_.count("finish") == 1; }));
-  ASSERT_EQ(delegate_.actions.size(), 1U);
-  EXPECT_EQ(delegate_.actions[0].type, NavigationType::linkActivated);
-  EXPECT_EQ(asked_.url, server_.url("/popup"));
 }
 
 TEST_F(PopupsTest, WindowAfterTheEngineHasForgottenTheClickIsAskedForToo) {

@@ -3,6 +3,7 @@
 #include "support/TemporaryFolder.h"
 #include "support/WebKitTest.h"
 
+#include <csignal>
 #include <fstream>
 #include <unistd.h>
 
@@ -57,6 +58,17 @@ TEST_F(SandboxTest, WebProcessIsShutIn) {
       EXPECT_NE(std::filesystem::read_symlink("/proc/" + pid + "/ns/" + space),
                 std::filesystem::read_symlink("/proc/self/ns/" + space));
   }
+}
+
+TEST_F(SandboxTest, DeadWebProcessIsToldAndReplaced) {
+  loadHtml("<p>page</p>");
+  for (const auto& pid : webProcesses())
+    kill(std::stoi(pid), SIGKILL);
+  ASSERT_TRUE(waitForEvent("crashed"));
+  delegate_.events.clear();
+  view().reload();
+  ASSERT_TRUE(waitForEvent("finish"));
+  EXPECT_EQ(evaluateToText("document.body.innerText"), "\"page\"");
 }
 
 TEST_F(SandboxTest, OnlyARefusalSwitchesItOff) {

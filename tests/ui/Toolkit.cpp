@@ -1,23 +1,15 @@
-#include "ToolkitTest.h"
+#include "Toolkit.h"
 
-#include <chrono>
+#include "support/Complaints.h"
 
 namespace ondrel::ui {
 
 namespace {
 
-std::vector<std::string> complaints;
-
-GLogWriterOutput collect(GLogLevelFlags level, const GLogField* fields, gsize count, gpointer data) {
-  if (level & (G_LOG_LEVEL_WARNING | G_LOG_LEVEL_CRITICAL | G_LOG_LEVEL_ERROR))
-    complaints.emplace_back(glib::CString(g_log_writer_format_fields(level, fields, count, FALSE)).get());
-  return g_log_writer_default(level, fields, count, data);
-}
-
 // Not before the tests run: listing them needs no display.
 struct Toolkit final : testing::Environment {
   void SetUp() override {
-    g_log_set_writer_func(collect, nullptr, nullptr);
+    support::failOnComplaints();
     // What is said of the widgets is asked for, whoever listens on this desktop.
     g_setenv("GTK_A11Y", "test", TRUE);
     // Without a GPU, as on most machines that run tests: no driver is loaded, and none leaks.
@@ -55,21 +47,6 @@ GtkWidget* findWhere(GtkWidget* widget, const std::function<bool(GtkWidget*)>& m
 }
 
 } // namespace
-
-void ToolkitTest::SetUp() {
-  complaints.clear();
-}
-
-void ToolkitTest::TearDown() {
-  EXPECT_TRUE(complaints.empty()) << complaints.front();
-}
-
-bool runUntil(const std::function<bool()>& done) {
-  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
-  while (!done() && std::chrono::steady_clock::now() < end)
-    g_main_context_iteration(nullptr, FALSE);
-  return done();
-}
 
 GtkWidget* find(GtkWidget* root, const std::string& name) {
   return findWhere(root, [&](GtkWidget* widget) { return name == gtk_widget_get_name(widget); });

@@ -1,25 +1,17 @@
 #pragma once
 
 #include "platform/linux/glib/Ref.h"
+#include "support/MainLoop.h"
 
 #include <adwaita.h>
-#include <gtest/gtest.h>
 
-#include <functional>
 #include <string>
 #include <vector>
 
 namespace ondrel::ui {
 
-// A test with a display. What the toolkit complains about fails it.
-class ToolkitTest : public testing::Test {
- protected:
-  void SetUp() override;
-  void TearDown() override;
-};
-
-// Takes the toolkit's turns until `done` holds; false when it doesn't come to that.
-bool runUntil(const std::function<bool()>& done);
+// For tests with a display. What the toolkit complains about fails them.
+using support::runUntil;
 
 // The widget with that name, itself or below; null when there is none.
 GtkWidget* find(GtkWidget* root, const std::string& name);
