@@ -1,5 +1,5 @@
+#include "base/Text.h"
 #include "ui/ActionName.h"
-#include "ui/DisplayText.h"
 #include "ui/KeyNotation.h"
 
 #include <gtest/gtest.h>
@@ -32,12 +32,12 @@ TEST(ActionNameTest, IsTheTitleInKebabCase) {
 }
 
 TEST(ShownTextTest, IsOneBoundedLine) {
-  EXPECT_EQ(shortDisplayLine("https://a.example/\xE2\x80\xAEgpj.exe\r\nsecond"),
+  EXPECT_EQ(base::shortDisplayLine("https://a.example/\xE2\x80\xAEgpj.exe\r\nsecond"),
             "https://a.example/gpj.exe  second");
   std::string umlauts = "x"; // so that the limit falls into a character
   for (int i = 0; i < 500'000; ++i)
     umlauts += "ü";
-  const auto shown = shortDisplayLine(umlauts);
+  const auto shown = base::shortDisplayLine(umlauts);
   EXPECT_LT(shown.size(), 1100U);
   EXPECT_TRUE(shown.ends_with("ü…")) << "cut between two characters";
 }
