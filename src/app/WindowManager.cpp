@@ -7,7 +7,6 @@
 #include "platform/Deadlines.h"
 #include "platform/WebView.h"
 #include "settings/AppSettings.h"
-#include "web/MailURL.h"
 #include "web/WebServices.h"
 #include "web/WindowViewModel.h"
 
@@ -20,20 +19,8 @@ using platform::Modifiers;
 using platform::TabbingMode;
 using web::WindowViewModel;
 using WindowPtr = std::shared_ptr<platform::Window>;
-using ViewModelPtr = std::shared_ptr<WindowViewModel>;
 
 namespace {
-
-constexpr std::string_view tabbingIdentifier = "ondrel";
-constexpr std::string_view windowIdentifier = "ondrel-browser";
-
-// A lone window is shown with tabs disallowed, which stops the platform from merging it into a group on its
-// own, and may be merged by the user from the next turn on.
-async::Task<void> preferTabs(std::weak_ptr<platform::Window> weakWindow) {
-  if (const auto window = weakWindow.lock())
-    window->setTabbingMode(TabbingMode::preferred);
-  co_return;
-}
 
 // A letter that was sent or discarded is done, and one that was closed is in its draft.
 bool comesBack(const WindowViewModel& viewModel, const web::WebServices& services) {
@@ -56,7 +43,8 @@ WindowManager::WindowManager(platform::Application& application, settings::AppSe
                              platform::Clipboard& clipboard, const web::WebServices& webServices,
                              BrowserContentFactory contentFactory)
     : application_(application), settings_(settings), closedTabs_(closedTabs), webServices_(webServices),
-      contentFactory_(std::move(contentFactory)), windows_(application),
+      windows_(application), tabs_(application, windows_, webServices, std::move(contentFactory)),
+      addresses_(application, windows_, tabs_, webServices),
       session_(application, windows_, sessionStore, webServices), conversation_(application, windows_),
       copiedLink_(clipboard, settings) {
   later(&WindowManager::restore);
@@ -69,8 +57,8 @@ WindowManager::WindowManager(platform::Application& application, settings::AppSe
   subscriptions_.push_back(
       application_.windowWillClose.subscribe([this](const WindowPtr& window) { windowWillClose(window); }));
   subscriptions_.push_back(application_.deactivating.subscribe([this] { later(&WindowManager::save); }));
-  subscriptions_.push_back(application_.windowFocused.subscribe(
-      [this](const WindowPtr& window) { openedTabs_.didBecomeKey(window); }));
+  subscriptions_.push_back(
+      application_.windowFocused.subscribe([this](const WindowPtr& window) { tabs_.didFocus(window); }));
   subscriptions_.push_back(settings_.fastmailEnvironmentDidChange.subscribe(
       [this] { later(&WindowManager::environmentChanged); }));
   subscriptions_.push_back(application_.menuOpened.subscribe([this] { copiedLink_.refresh(); }));
@@ -105,63 +93,15 @@ bool WindowManager::keyDown(const KeyEvent& event) {
   return takeTabKey(event, application_.focusedWindow());
 }
 
-WindowPtr WindowManager::makeWindow(const ViewModelPtr& viewModel) {
-  const std::weak_ptr weakSelf = self_;
-  viewModel->openInNewWindow = [weakSelf](const ViewModelPtr& opened, bool activate) {
-    if (const auto self = weakSelf.lock())
-      (*self)->showAlone((*self)->makeWindow(opened), activate);
-  };
-  viewModel->openInNewTab = [weakSelf](const ViewModelPtr& opened, bool activate) {
-    const auto self = weakSelf.lock();
-    if (!self)
-      return;
-    auto& openedTabs = (*self)->openedTabs_;
-    if (const auto key = (*self)->application_.focusedWindow())
-      openedTabs.didOpen(key, (*self)->openTab(opened, openedTabs.neighbour(key), activate));
-    else
-      (*self)->showAlone((*self)->makeWindow(opened), activate);
-  };
-  platform::WindowAttributes attributes;
-  attributes.tabbingIdentifier = tabbingIdentifier;
-  attributes.identifier = windowIdentifier;
-  auto window = application_.makeWindow(attributes);
-  viewModel->window = window;
-  windows_.add(window, viewModel);
-  windows_.setContent(window, contentFactory_(viewModel, window));
-  return window;
-}
-
-ViewModelPtr WindowManager::newViewModel() const {
-  return WindowViewModel::make(webServices_);
-}
-
-void WindowManager::showAlone(const WindowPtr& window, bool activate) {
-  window->setTabbingMode(TabbingMode::disallowed);
-  if (activate)
-    window->present();
-  else
-    window->showUnfocused();
-  scope_.spawn(preferTabs(window));
-}
-
-WindowPtr WindowManager::openTab(const ViewModelPtr& viewModel, const WindowPtr& neighbour, bool activate) {
-  const auto window = makeWindow(viewModel);
-  window->setTabbingMode(TabbingMode::preferred);
-  neighbour->addTabbedWindow(window);
-  if (activate)
-    window->present();
-  return window;
-}
-
 void WindowManager::openMainWindow() {
-  showAlone(makeWindow(newViewModel()));
+  tabs_.showAlone(tabs_.makeWindow(tabs_.newViewModel()));
 }
 
 void WindowManager::reopenWindow() {
-  const auto window = makeWindow(newViewModel());
+  const auto window = tabs_.makeWindow(tabs_.newViewModel());
   if (lastClosedWindowFrame_)
     window->setFrame(*lastClosedWindowFrame_);
-  showAlone(window);
+  tabs_.showAlone(window);
 }
 
 void WindowManager::newTab() {
@@ -171,70 +111,8 @@ void WindowManager::newTab() {
     return;
   }
   key->setTabbingMode(TabbingMode::preferred);
-  key->setTabbingIdentifier(std::string(tabbingIdentifier));
-  openTab(newViewModel(), key, true);
-}
-
-ViewModelPtr WindowManager::showIn(const ActiveWindow& window, const std::string& url) {
-  window.second->show(url);
-  window.first->unminimize();
-  window.first->present();
-  return window.second;
-}
-
-ViewModelPtr WindowManager::openURL(const std::string& url) {
-  application_.activate();
-  const auto windows = windows_.shownWithoutLetters();
-  if (windows.empty())
-    return openBesideLetters(url);
-  // Here the key window has no preference: a message goes where mail is shown.
-  const auto withMail = std::ranges::find_if(
-      windows, [](const ActiveWindow& window) { return web::containsMail(*window.second->urlString); });
-  return showIn(withMail == windows.end() ? windows.front() : *withMail, url);
-}
-
-// A compose window stays one for its letter.
-ViewModelPtr WindowManager::openBesideLetters(const std::string& url) {
-  auto viewModel = newViewModel();
-  viewModel->urlString.set(url);
-  const auto windows = windows_.shown();
-  const auto& composing = webServices_.scripts.composeConfiguration();
-  const auto neighbour = std::ranges::find_if(windows, [&composing](const ActiveWindow& window) {
-    return window.second->webViewConfiguration != composing;
-  });
-  if (neighbour == windows.end())
-    showAlone(makeWindow(viewModel));
-  else
-    openTab(viewModel, neighbour->first, true);
-  return viewModel;
-}
-
-ViewModelPtr WindowManager::loadInActiveWindow(const std::string& url) {
-  const auto active = windows_.activeOf(windows_.shownWithoutLetters());
-  return active ? showIn(*active, url) : nullptr;
-}
-
-ViewModelPtr WindowManager::openInNewTabOrWindow(const std::string& url) {
-  application_.activate();
-  const auto viewModel = newViewModel();
-  viewModel->urlString.set(url);
-  if (const auto active = windows_.activeWindow())
-    openTab(viewModel, active->first, true);
-  else
-    showAlone(makeWindow(viewModel));
-  return viewModel;
-}
-
-ViewModelPtr WindowManager::openTabBehind(const std::string& url) {
-  const auto active = windows_.activeWindow();
-  if (!active)
-    return nullptr;
-  auto viewModel = newViewModel();
-  viewModel->urlString.set(url);
-  viewModel->loadsWhenShown = true;
-  const auto& opener = active->first;
-  openedTabs_.didOpen(opener, openTab(viewModel, openedTabs_.neighbour(opener), false));
-  return viewModel;
+  key->setTabbingIdentifier(std::string(TabOpener::tabbingIdentifier));
+  tabs_.openTab(tabs_.newViewModel(), key, true);
 }
 
 void WindowManager::printActive() {
@@ -275,7 +153,7 @@ void WindowManager::restore() {
 }
 
 void WindowManager::restoreWindow(const PersistedWindow& saved) {
-  const auto first = makeWindow(session_.restored(saved.tabs.front()));
+  const auto first = tabs_.makeWindow(session_.restored(saved.tabs.front()));
   if (const auto& frame = saved.frame)
     first->setFrame({frame->x, frame->y, frame->width, frame->height});
   if (saved.isMaximized)
@@ -283,7 +161,7 @@ void WindowManager::restoreWindow(const PersistedWindow& saved) {
   auto previous = first;
   auto selected = first;
   for (std::size_t i = 1; i < saved.tabs.size(); ++i) {
-    const auto next = makeWindow(session_.restored(saved.tabs[i]));
+    const auto next = tabs_.makeWindow(session_.restored(saved.tabs[i]));
     next->setTabbingMode(TabbingMode::preferred);
     previous->addTabbedWindow(next);
     previous = next;
@@ -291,7 +169,7 @@ void WindowManager::restoreWindow(const PersistedWindow& saved) {
       selected = next;
   }
   // Only now, so that no other tab is seen and makes its web view.
-  showAlone(selected);
+  tabs_.showAlone(selected);
 }
 
 void WindowManager::windowWillClose(const std::shared_ptr<platform::Window>& window) {
@@ -319,7 +197,7 @@ void WindowManager::reopenClosedTab() {
     return;
   }
   for (std::size_t i = 0; i < closed->window.tabs.size(); ++i) {
-    const auto window = makeWindow(session_.restored(closed->window.tabs[i]));
+    const auto window = tabs_.makeWindow(session_.restored(closed->window.tabs[i]));
     window->setTabbingMode(TabbingMode::preferred);
     if (group)
       insert(window, *group, closed->positions[i]);

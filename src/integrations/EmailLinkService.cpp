@@ -52,9 +52,9 @@ std::unexpected<EmailLinkFailure> otherFailure(std::string text) {
 
 void EmailLinkService::navigate(const std::string& url, const std::optional<std::string>& emailId) {
   services_.application.activate();
-  const auto shown = services_.windowManager.loadInActiveWindow(url);
+  const auto shown = services_.windowManager.addresses().loadInActiveWindow(url);
   if (!shown) {
-    services_.windowManager.openURL(url);
+    services_.windowManager.addresses().openURL(url);
   } else if (emailId) {
     const auto parsed = base::Url::parse(url);
     const auto last = parsed ? parsed->lastPathComponent() : std::string();

@@ -57,13 +57,13 @@ std::shared_ptr<web::WindowViewModel> MailtoHandler::show(const std::string& add
   const auto before = std::exchange(last_, now);
   // Each editor is a process of the engine, and whoever opens many looks at one.
   if (before && now - *before < atOnce)
-    if (auto behind = windowManager_.openTabBehind(address)) {
+    if (auto behind = windowManager_.addresses().openTabBehind(address)) {
       if (!title.empty())
         behind->title.set(title);
       return behind;
     }
-  auto tab = windowManager_.loadInActiveWindow(address);
-  return tab ? tab : windowManager_.openInNewTabOrWindow(address);
+  auto tab = windowManager_.addresses().loadInActiveWindow(address);
+  return tab ? tab : windowManager_.addresses().openInNewTabOrWindow(address);
 }
 
 void MailtoHandler::tellOfCut(web::WindowViewModel& tab, std::string whole) {

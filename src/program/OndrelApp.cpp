@@ -44,7 +44,7 @@ OndrelApp::OndrelApp(const PlatformAbilities& platform, settings::Site site, con
                     .launcherBadge = platform.launcherBadge,
                     .sleepMonitor = platform.sleepMonitor,
                     .notifications = notificationManager_,
-                    .openURL = [this](const std::string& url) { windowManager_.openURL(url); }}),
+                    .openURL = [this](const std::string& url) { windowManager_.addresses().openURL(url); }}),
       emailLinkService_({.application = platform.application,
                          .windowManager = windowManager_,
                          .webServices = webServices_,
@@ -94,10 +94,11 @@ OndrelApp::OndrelApp(const PlatformAbilities& platform, settings::Site site, con
   if (platform.hasEnvironmentVariable(testVariable))
     return;
   keptHighlights_.start();
-  mcpServerManager_.start({.mail = jmapSession_.mail(),
-                           .formatting = platform.textFormatting,
-                           .openURL = [this](const std::string& url) { windowManager_.openURL(url); },
-                           .activate = [&application = platform.application] { application.activate(); }});
+  mcpServerManager_.start(
+      {.mail = jmapSession_.mail(),
+       .formatting = platform.textFormatting,
+       .openURL = [this](const std::string& url) { windowManager_.addresses().openURL(url); },
+       .activate = [&application = platform.application] { application.activate(); }});
   if (platform.programInfo.isMailApplication && settings_.get(settings::keys::defaultClientCheck)) {
     const std::chrono::seconds delay{shortestAlertDelay + platform.randomUpTo(alertDelaySpread)};
     scope_.spawn(askToBecomeDefault(delay, platform.programInfo, platform.application, platform.uriLauncher,

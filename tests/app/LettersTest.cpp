@@ -72,8 +72,8 @@ TEST(LettersTest, NothingFromOutsideLeadsALetterElsewhere) {
       World world(each.windows);
       const auto count = each.windows.size();
       const auto expected = isMessage ? each.forMessage : each.forActive;
-      const auto shown = isMessage ? world.shell.manager->openURL(message)
-                                   : world.shell.manager->loadInActiveWindow(message);
+      const auto shown = isMessage ? world.shell.manager->addresses().openURL(message)
+                                   : world.shell.manager->addresses().loadInActiveWindow(message);
       world.shell.settle();
       const auto name = testing::PrintToString(each.windows) + (isMessage ? " message" : " active");
       for (std::size_t i = 0; i < count; ++i)

@@ -86,13 +86,13 @@ TEST_F(WindowManagerTest, ChoosesTheActiveWindow) {
       << "the key window doesn't: the first that does";
 
   shell.application.setKey(window(2));
-  shell.manager->openURL("https://app.example.com/mail/Inbox/T.M");
+  shell.manager->addresses().openURL("https://app.example.com/mail/Inbox/T.M");
   EXPECT_EQ(*model(1)->urlString, "https://app.example.com/mail/Inbox/T.M")
       << "here the key window has no preference";
   EXPECT_EQ(shell.application.activations, 1);
   EXPECT_EQ((Calls{window(1)->calls.end() - 2, window(1)->calls.end()}), (Calls{"unminimize", "key"}));
   window(1)->calls.clear();
-  EXPECT_TRUE(shell.manager->loadInActiveWindow("https://app.example.com/mail/x"));
+  EXPECT_TRUE(shell.manager->addresses().loadInActiveWindow("https://app.example.com/mail/x"));
   EXPECT_EQ(shell.webView(model(1))->loads.back(), "https://app.example.com/mail/x") << "openURL made it key";
   EXPECT_EQ(window(1)->calls, (Calls{"unminimize", "key"}));
 }
@@ -110,15 +110,15 @@ TEST_F(WindowManagerTest, AWindowThatIsNoBrowserCountsForNothing) {
   shell.settle();
   shell.application.makeWindow({400, 300, "", "files"});
   EXPECT_EQ(shell.manager->windows().activeWindow(), std::nullopt);
-  EXPECT_FALSE(shell.manager->loadInActiveWindow("https://app.example.com/mail/x"));
-  shell.manager->openInNewTabOrWindow("https://app.example.com/mail/compose?u=1");
+  EXPECT_FALSE(shell.manager->addresses().loadInActiveWindow("https://app.example.com/mail/x"));
+  shell.manager->addresses().openInNewTabOrWindow("https://app.example.com/mail/compose?u=1");
   EXPECT_EQ(shell.application.all.size(), 2U);
   EXPECT_EQ(*model(1)->urlString, "https://app.example.com/mail/compose?u=1");
   EXPECT_TRUE(shell.manager->windows().hasComposeWindow());
   EXPECT_EQ(shell.manager->windows().currentAccountParameter(), "1");
   EXPECT_TRUE(shell.manager->windows().mainWindowContainsMail());
   EXPECT_EQ(shell.application.key, window(1));
-  shell.manager->openInNewTabOrWindow("https://app.example.com/x");
+  shell.manager->addresses().openInNewTabOrWindow("https://app.example.com/x");
   EXPECT_EQ(window(2)->group, window(1)->group);
   EXPECT_FALSE(shell.manager->windows().mainWindowContainsMail());
   shell.application.main = window(1);

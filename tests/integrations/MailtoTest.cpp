@@ -103,8 +103,8 @@ TEST_F(MailtoHandlerTest, AnEditorThatCouldNotBeLoadedStaysOnOffer) {
 
 TEST_F(MailtoHandlerTest, TakesTheAccountOfTheWindowInFrontAndOfTheServiceOnly) {
   model(0)->urlString.set("https://evil.example/mail/?u=evil");
-  shell.manager->openInNewTabOrWindow("https://app.example.com/mail/Inbox/?u=1");
-  shell.manager->openInNewTabOrWindow("https://app.example.com/mail/Inbox/?u=2");
+  shell.manager->addresses().openInNewTabOrWindow("https://app.example.com/mail/Inbox/?u=1");
+  shell.manager->addresses().openInNewTabOrWindow("https://app.example.com/mail/Inbox/?u=2");
   open("mailto:a@x");
   EXPECT_EQ(*model(2)->urlString, compose + "?u=2&to=a@x");
   shell.application.setKey(shell.application.all[0]);

@@ -27,7 +27,8 @@ GDBusInterfaceInfo* interfaceInfo() {
 // What answers a call takes the reference to it over.
 void answer(glib::Ref<GDBusMethodInvocation> call, const ScriptCommandResult& result) {
   if (result)
-    g_dbus_method_invocation_return_value(call.release(), g_variant_new("(s)", text::validUtf8(*result).c_str()));
+    g_dbus_method_invocation_return_value(call.release(),
+                                          g_variant_new("(s)", text::validUtf8(*result).c_str()));
   else
     g_dbus_method_invocation_return_dbus_error(call.release(), errorName,
                                                text::validUtf8(result.error().text).c_str());
