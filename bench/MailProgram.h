@@ -2,7 +2,7 @@
 
 #include "async/Timer.h"
 #include "jmap/JMAPSession.h"
-#include "jmap/NotificationManager.h"
+#include "jmap/newmail/NotificationManager.h"
 #include "platform/NotificationCenter.h"
 #include "settings/AppSettings.h"
 #include "support/FakeDesktop.h"

@@ -6,7 +6,7 @@
 #include "base/Base64.h"
 #include "base/Json.h"
 #include "highlights/HighlightImport.h"
-#include "highlights/HighlightStore.h"
+#include "highlights/file/HighlightStore.h"
 #include "platform/linux/files/GioFileReader.h"
 #include "platform/linux/files/PosixFileStore.h"
 #include "platform/linux/glib/GlibEventLoop.h"

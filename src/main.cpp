@@ -30,8 +30,8 @@
 #include "start/HomeFolder.h"
 #include "start/ProgramFolders.h"
 #include "start/SiteFile.h"
-#include "ui/ContentView.h"
 #include "ui/UserInterface.h"
+#include "ui/page/ContentView.h"
 #include "web/WebViewConfiguration.h"
 
 #include <chrono>

@@ -2,9 +2,9 @@
 
 #include "app/TabOpener.h"
 #include "platform/Application.h"
-#include "web/MailURL.h"
 #include "web/WebServices.h"
 #include "web/WindowViewModel.h"
+#include "web/page/MailURL.h"
 
 #include <algorithm>
 

@@ -2,8 +2,8 @@
 
 #include "async/Future.h"
 #include "platform/Application.h"
-#include "web/MailURL.h"
 #include "web/WindowViewModel.h"
+#include "web/page/MailURL.h"
 
 #include <algorithm>
 

@@ -4,8 +4,8 @@
 #include "async/Scope.h"
 #include "platform/Panels.h"
 #include "platform/Window.h"
-#include "web/LeaveQuestion.h"
 #include "web/WindowViewModel.h"
+#include "web/page/LeaveQuestion.h"
 
 #include <map>
 #include <utility>

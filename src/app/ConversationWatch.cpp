@@ -5,8 +5,8 @@
 #include "platform/Application.h"
 #include "platform/WebView.h"
 #include "settings/ServicePage.h"
-#include "web/MailURL.h"
 #include "web/WindowViewModel.h"
+#include "web/page/MailURL.h"
 
 #include <string>
 #include <string_view>

@@ -1,7 +1,7 @@
 #include "highlights/ContainerReport.h"
 
 #include "base/JsonReader.h"
-#include "web/ScriptMessageFields.h"
+#include "web/page/ScriptMessageFields.h"
 
 #include <boost/json/parse.hpp>
 #include <boost/json/value.hpp>

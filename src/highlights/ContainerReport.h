@@ -1,6 +1,6 @@
 #pragma once
 
-#include "jmap/MailQueries.h"
+#include "jmap/mail/MailQueries.h"
 
 #include <cstdint>
 #include <optional>

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "base/Event.h"
-#include "jmap/MailQueries.h"
-#include "jmap/MessageURL.h"
+#include "jmap/mail/MailQueries.h"
+#include "jmap/mail/MessageURL.h"
 
 #include <cstdint>
 #include <memory>

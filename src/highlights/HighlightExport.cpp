@@ -2,7 +2,7 @@
 
 #include "async/Scope.h"
 #include "base/Base64.h"
-#include "highlights/HighlightStore.h"
+#include "highlights/file/HighlightStore.h"
 #include "platform/Application.h"
 #include "platform/FileStore.h"
 #include "platform/Panels.h"

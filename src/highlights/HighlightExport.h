@@ -6,9 +6,9 @@
 #include "base/Log.h"
 #include "base/Observable.h"
 #include "highlights/HighlightDocument.h"
-#include "highlights/HighlightPayload.h"
 #include "highlights/TransferProgress.h"
-#include "jmap/MailQueries.h"
+#include "highlights/file/HighlightPayload.h"
+#include "jmap/mail/MailQueries.h"
 
 #include <functional>
 #include <map>

@@ -3,8 +3,8 @@
 #include "async/Task.h"
 #include "base/Log.h"
 #include "base/Observable.h"
-#include "highlights/HighlightPayload.h"
 #include "highlights/TransferProgress.h"
+#include "highlights/file/HighlightPayload.h"
 
 #include <cstddef>
 #include <expected>

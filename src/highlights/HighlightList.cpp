@@ -1,6 +1,6 @@
 #include "highlights/HighlightList.h"
 
-#include "highlights/HighlightStore.h"
+#include "highlights/file/HighlightStore.h"
 
 #include <algorithm>
 #include <utility>

@@ -3,7 +3,7 @@
 #include "async/Future.h"
 #include "async/Timer.h"
 #include "base/Json.h"
-#include "highlights/HighlightStore.h"
+#include "highlights/file/HighlightStore.h"
 #include "platform/WebView.h"
 #include "web/WindowViewModel.h"
 

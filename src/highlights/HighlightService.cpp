@@ -1,12 +1,12 @@
 #include "highlights/HighlightService.h"
 
 #include "app/WindowManager.h"
-#include "highlights/HighlightAnchor.h"
-#include "highlights/HighlightStore.h"
+#include "highlights/file/HighlightAnchor.h"
+#include "highlights/file/HighlightStore.h"
 #include "platform/Panels.h"
-#include "web/ScriptMessageFields.h"
 #include "web/ScriptMessageRouter.h"
 #include "web/WindowViewModel.h"
+#include "web/page/ScriptMessageFields.h"
 
 #include <boost/json/parse.hpp>
 #include <boost/json/value.hpp>

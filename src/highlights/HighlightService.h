@@ -4,10 +4,10 @@
 #include "async/Task.h"
 #include "base/Event.h"
 #include "base/Log.h"
-#include "highlights/HighlightAnchor.h"
 #include "highlights/HighlightPages.h"
-#include "highlights/PersistedHighlight.h"
-#include "jmap/MailQueries.h"
+#include "highlights/file/HighlightAnchor.h"
+#include "highlights/file/PersistedHighlight.h"
+#include "jmap/mail/MailQueries.h"
 
 #include <functional>
 #include <map>

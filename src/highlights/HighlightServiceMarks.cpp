@@ -2,8 +2,8 @@
 
 #include "app/WindowManager.h"
 #include "base/Json.h"
-#include "highlights/HighlightStore.h"
 #include "highlights/SequentialTasks.h"
+#include "highlights/file/HighlightStore.h"
 #include "settings/AppSettings.h"
 #include "web/WindowViewModel.h"
 

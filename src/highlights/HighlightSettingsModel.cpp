@@ -1,6 +1,6 @@
 #include "highlights/HighlightSettingsModel.h"
 
-#include "jmap/MailQueries.h"
+#include "jmap/mail/MailQueries.h"
 #include "platform/UserDefaults.h"
 #include "settings/AppSettings.h"
 

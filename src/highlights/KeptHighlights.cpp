@@ -3,7 +3,7 @@
 #include "app/WindowManager.h"
 #include "async/sleep.h"
 #include "highlights/HighlightImport.h"
-#include "highlights/HighlightStore.h"
+#include "highlights/file/HighlightStore.h"
 #include "platform/FileStore.h"
 #include "platform/UserDefaults.h"
 #include "settings/AppSettings.h"

@@ -3,7 +3,7 @@
 #include "async/Task.h"
 #include "base/Log.h"
 #include "highlights/Conversation.h"
-#include "jmap/MailQueries.h"
+#include "jmap/mail/MailQueries.h"
 
 #include <map>
 #include <string>

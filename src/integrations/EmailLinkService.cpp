@@ -3,7 +3,7 @@
 #include "app/WindowManager.h"
 #include "base/Text.h"
 #include "base/Url.h"
-#include "jmap/NotificationManager.h"
+#include "jmap/newmail/NotificationManager.h"
 #include "platform/Application.h"
 #include "platform/Clipboard.h"
 #include "web/RowSelector.h"

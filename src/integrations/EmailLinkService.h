@@ -2,7 +2,7 @@
 
 #include "async/Scope.h"
 #include "base/Log.h"
-#include "jmap/MailQueries.h"
+#include "jmap/mail/MailQueries.h"
 
 #include <expected>
 #include <optional>

@@ -2,7 +2,7 @@
 
 #include "base/JsonReader.h"
 #include "base/Text.h"
-#include "jmap/MailQueries.h"
+#include "jmap/mail/MailQueries.h"
 #include "mcp/tools/MCPTools.h"
 
 #include <boost/json/array.hpp>

@@ -7,8 +7,8 @@
 #include "platform/UriLauncher.h"
 #include "settings/AppSettings.h"
 #include "ui/AboutWindow.h"
-#include "ui/ShortcutsWindow.h"
-#include "ui/Style.h"
+#include "ui/commands/ShortcutsWindow.h"
+#include "ui/widgets/Style.h"
 
 namespace ondrel::ui {
 

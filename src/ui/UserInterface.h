@@ -2,16 +2,16 @@
 
 #include "async/Scope.h"
 #include "platform/ProgramInfo.h"
-#include "ui/BrowserChrome.h"
-#include "ui/BrowserCommands.h"
-#include "ui/CommandActions.h"
-#include "ui/CopiedLinkWatch.h"
-#include "ui/FocusedTab.h"
-#include "ui/HighlightSelection.h"
-#include "ui/HighlightsWindow.h"
-#include "ui/PrimaryMenu.h"
-#include "ui/SettingsWindow.h"
-#include "ui/TransferProgressWindow.h"
+#include "ui/commands/BrowserCommands.h"
+#include "ui/commands/CommandActions.h"
+#include "ui/commands/CopiedLinkWatch.h"
+#include "ui/commands/FocusedTab.h"
+#include "ui/commands/HighlightSelection.h"
+#include "ui/commands/PrimaryMenu.h"
+#include "ui/highlights/HighlightsWindow.h"
+#include "ui/highlights/TransferProgressWindow.h"
+#include "ui/page/BrowserChrome.h"
+#include "ui/settings/SettingsWindow.h"
 
 #include <functional>
 #include <optional>

@@ -4,10 +4,10 @@
 #include "base/Url.h"
 #include "platform/UriLauncher.h"
 #include "platform/WebViewDelegate.h"
-#include "web/GestureLimit.h"
-#include "web/NavigationRules.h"
 #include "web/WebServices.h"
 #include "web/WindowViewModel.h"
+#include "web/page/GestureLimit.h"
+#include "web/page/NavigationRules.h"
 
 #include <utility>
 

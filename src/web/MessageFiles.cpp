@@ -1,7 +1,7 @@
 #include "web/MessageFiles.h"
 
 #include "base/Text.h"
-#include "jmap/NotificationManager.h"
+#include "jmap/newmail/NotificationManager.h"
 #include "platform/FileStore.h"
 
 #include <fmt/format.h>

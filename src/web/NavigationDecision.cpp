@@ -4,8 +4,8 @@
 #include "base/Url.h"
 #include "platform/WebViewDelegate.h"
 #include "settings/AppSettings.h"
-#include "web/MailURL.h"
-#include "web/NavigationRules.h"
+#include "web/page/MailURL.h"
+#include "web/page/NavigationRules.h"
 
 namespace ondrel::web {
 

@@ -1,7 +1,7 @@
 #include "web/PageMessages.h"
 
 #include "base/Url.h"
-#include "jmap/NotificationManager.h"
+#include "jmap/newmail/NotificationManager.h"
 #include "platform/Application.h"
 #include "platform/ScriptMessage.h"
 #include "platform/WebView.h"

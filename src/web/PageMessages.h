@@ -2,8 +2,8 @@
 
 #include "async/Scope.h"
 #include "base/Log.h"
-#include "web/ScriptMessageFields.h"
 #include "web/ScriptMessageRouter.h"
+#include "web/page/ScriptMessageFields.h"
 
 #include <memory>
 #include <string>

@@ -4,8 +4,8 @@
 #include "base/Text.h"
 #include "platform/Download.h"
 #include "platform/Panels.h"
-#include "web/DownloadItem.h"
 #include "web/WindowViewModel.h"
+#include "web/page/DownloadItem.h"
 
 #include <fmt/format.h>
 

@@ -6,8 +6,8 @@
 #include "platform/Deadlines.h"
 #include "platform/Panels.h"
 #include "settings/AppSettings.h"
-#include "web/MailURL.h"
 #include "web/WebServices.h"
+#include "web/page/MailURL.h"
 
 #include <cmath>
 

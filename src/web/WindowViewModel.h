@@ -5,12 +5,12 @@
 #include "base/Observable.h"
 #include "platform/FrameInfo.h"
 #include "platform/WebView.h"
-#include "web/FirstPage.h"
-#include "web/HangWatch.h"
-#include "web/PageDialogs.h"
-#include "web/PageNotice.h"
-#include "web/PageProblem.h"
 #include "web/WebViewConfiguration.h"
+#include "web/page/FirstPage.h"
+#include "web/page/HangWatch.h"
+#include "web/page/PageDialogs.h"
+#include "web/page/PageNotice.h"
+#include "web/page/PageProblem.h"
 
 #include <boost/json/value.hpp>
 

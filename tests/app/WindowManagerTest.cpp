@@ -1,6 +1,6 @@
 #include "support/TestShell.h"
 
-#include "web/MailURL.h"
+#include "web/page/MailURL.h"
 
 #include <boost/json/value.hpp>
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
 // An event stream in chunks of any size, against a reading of the whole text at once.
 
-#include "jmap/EventLines.h"
+#include "jmap/protocol/EventLines.h"
 
 #include <cstdint>
 #include <cstdlib>

@@ -2,7 +2,7 @@
 // can be written and read again.
 
 #include "base/Base64.h"
-#include "highlights/HighlightPayload.h"
+#include "highlights/file/HighlightPayload.h"
 
 #include <boost/json/array.hpp>
 #include <boost/json/parse.hpp>

@@ -5,7 +5,7 @@
 #include "async/VirtualEventLoop.h"
 #include "base/Json.h"
 #include "base/Text.h"
-#include "jmap/MailQueries.h"
+#include "jmap/mail/MailQueries.h"
 #include "mcp/MCPDispatch.h"
 #include "settings/AppSettings.h"
 #include "support/FakeDesktop.h"

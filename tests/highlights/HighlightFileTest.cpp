@@ -1,5 +1,5 @@
 #include "async/VirtualEventLoop.h"
-#include "highlights/HighlightStore.h"
+#include "highlights/file/HighlightStore.h"
 #include "platform/linux/files/BackupFile.h"
 #include "platform/linux/files/PosixFileStore.h"
 #include "support/FakeDesktop.h"

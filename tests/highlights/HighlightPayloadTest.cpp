@@ -1,4 +1,4 @@
-#include "highlights/HighlightPayload.h"
+#include "highlights/file/HighlightPayload.h"
 
 #include "base/Base64.h"
 

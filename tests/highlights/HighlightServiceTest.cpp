@@ -1,7 +1,7 @@
 #include "HighlightWorld.h"
 #include "highlights/ContainerReport.h"
-#include "highlights/HighlightAnchor.h"
-#include "jmap/MessageURL.h"
+#include "highlights/file/HighlightAnchor.h"
+#include "jmap/mail/MessageURL.h"
 
 #include <limits>
 

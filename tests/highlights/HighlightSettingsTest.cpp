@@ -1,7 +1,7 @@
 #include "highlights/HighlightSettingsModel.h"
 
 #include "async/VirtualEventLoop.h"
-#include "jmap/MailQueries.h"
+#include "jmap/mail/MailQueries.h"
 #include "settings/AppSettings.h"
 #include "support/FakeDesktop.h"
 #include "support/FakeJMAPClient.h"

@@ -1,7 +1,7 @@
-#include "highlights/HighlightStore.h"
+#include "highlights/file/HighlightStore.h"
 
 #include "async/VirtualEventLoop.h"
-#include "highlights/HighlightAnchor.h"
+#include "highlights/file/HighlightAnchor.h"
 #include "support/FakeDesktop.h"
 #include "support/LogCapture.h"
 

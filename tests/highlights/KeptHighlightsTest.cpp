@@ -1,7 +1,7 @@
 #include "highlights/KeptHighlights.h"
 
 #include "highlights/HighlightImport.h"
-#include "highlights/HighlightStore.h"
+#include "highlights/file/HighlightStore.h"
 #include "support/FakeFileReader.h"
 #include "support/TestShell.h"
 

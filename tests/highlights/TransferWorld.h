@@ -1,8 +1,8 @@
 #pragma once
 
 #include "highlights/HighlightExport.h"
-#include "highlights/HighlightStore.h"
-#include "jmap/MailQueries.h"
+#include "highlights/file/HighlightStore.h"
+#include "jmap/mail/MailQueries.h"
 #include "support/FakeJMAPClient.h"
 #include "support/FakeTextFormatting.h"
 #include "support/TestShell.h"

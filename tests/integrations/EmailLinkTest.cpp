@@ -4,7 +4,7 @@
 #include "support/FakeJMAPClient.h"
 #include "support/FakeScripting.h"
 #include "support/TestShell.h"
-#include "web/PageNotice.h"
+#include "web/page/PageNotice.h"
 
 #include <gtest/gtest.h>
 

@@ -2,7 +2,7 @@
 #include "integrations/MailtoDraft.h"
 #include "integrations/MailtoHandler.h"
 #include "support/TestShell.h"
-#include "web/PageNotice.h"
+#include "web/page/PageNotice.h"
 
 #include <gtest/gtest.h>
 

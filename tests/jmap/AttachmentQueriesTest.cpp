@@ -1,6 +1,6 @@
 #include "MailWorld.h"
 
-#include "jmap/ISO8601Date.h"
+#include "jmap/mail/ISO8601Date.h"
 
 namespace ondrel::jmap {
 namespace {

@@ -1,7 +1,7 @@
 #include "MailWorld.h"
 #include "support/JsonMutations.h"
 
-#include "jmap/NewMailNotifier.h"
+#include "jmap/newmail/NewMailNotifier.h"
 #include "support/FakeNotificationCenter.h"
 
 #include <functional>

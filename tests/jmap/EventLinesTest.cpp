@@ -1,4 +1,4 @@
-#include "jmap/EventLines.h"
+#include "jmap/protocol/EventLines.h"
 
 #include <gtest/gtest.h>
 

@@ -2,7 +2,7 @@
 
 #include "MailWorld.h"
 #include "jmap/JMAPSession.h"
-#include "jmap/NotificationManager.h"
+#include "jmap/newmail/NotificationManager.h"
 #include "support/FakeHttpClient.h"
 #include "support/FakeLauncherBadge.h"
 #include "support/FakeNotificationCenter.h"

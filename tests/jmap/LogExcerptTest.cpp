@@ -1,4 +1,4 @@
-#include "jmap/LogExcerpt.h"
+#include "jmap/protocol/LogExcerpt.h"
 #include "base/Base64.h"
 
 #include <gtest/gtest.h>

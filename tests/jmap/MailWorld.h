@@ -2,7 +2,7 @@
 
 #include "async/Scope.h"
 #include "async/VirtualEventLoop.h"
-#include "jmap/MailQueries.h"
+#include "jmap/mail/MailQueries.h"
 #include "settings/AppSettings.h"
 #include "support/FakeDesktop.h"
 #include "support/FakeJMAPClient.h"

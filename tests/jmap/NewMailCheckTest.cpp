@@ -1,6 +1,6 @@
 #include "MailWorld.h"
 
-#include "jmap/NewMailCheck.h"
+#include "jmap/newmail/NewMailCheck.h"
 #include "support/FakeNotificationCenter.h"
 
 #include <fmt/format.h>

@@ -1,6 +1,6 @@
 #include "MailWorld.h"
 
-#include "jmap/NewMailNotifier.h"
+#include "jmap/newmail/NewMailNotifier.h"
 #include "support/FakeNotificationCenter.h"
 
 namespace ondrel::jmap {

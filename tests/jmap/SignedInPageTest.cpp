@@ -1,4 +1,4 @@
-#include "jmap/SignedInPage.h"
+#include "jmap/protocol/SignedInPage.h"
 
 #include "async/Scope.h"
 #include "async/VirtualEventLoop.h"

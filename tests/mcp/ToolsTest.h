@@ -1,7 +1,7 @@
 #pragma once
 
 #include "async/VirtualEventLoop.h"
-#include "jmap/MailQueries.h"
+#include "jmap/mail/MailQueries.h"
 #include "mcp/MCPDispatch.h"
 #include "settings/AppSettings.h"
 #include "support/FakeDesktop.h"

@@ -1,5 +1,5 @@
 #include "program/OndrelApp.h"
-#include "highlights/HighlightStore.h"
+#include "highlights/file/HighlightStore.h"
 #include "platform/KeptFile.h"
 #include "program/AppDelegate.h"
 #include "program/AppLifecycleService.h"

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "async/sleep.h"
-#include "jmap/JMAPClient.h"
+#include "jmap/protocol/JMAPClient.h"
 
 #include <boost/json/array.hpp>
 

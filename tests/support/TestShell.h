@@ -5,7 +5,7 @@
 #include "app/SessionStore.h"
 #include "app/WindowManager.h"
 #include "async/VirtualEventLoop.h"
-#include "jmap/NotificationManager.h"
+#include "jmap/newmail/NotificationManager.h"
 #include "settings/AppSettings.h"
 #include "support/FakeApplication.h"
 #include "support/FakeDesktop.h"

@@ -1,7 +1,7 @@
 #include "ShellTest.h"
 
-#include "ui/BrowserChrome.h"
-#include "ui/PrimaryMenu.h"
+#include "ui/commands/PrimaryMenu.h"
+#include "ui/page/BrowserChrome.h"
 #include "web/WindowViewModel.h"
 
 namespace ondrel::ui {

@@ -1,14 +1,14 @@
 #include "ShellTest.h"
 
-#include "highlights/HighlightStore.h"
+#include "highlights/file/HighlightStore.h"
 #include "platform/ProgramInfo.h"
-#include "ui/ActionName.h"
-#include "ui/BrowserCommands.h"
-#include "ui/CommandActions.h"
-#include "ui/FocusedTab.h"
-#include "ui/HighlightSelection.h"
-#include "ui/PrimaryMenu.h"
-#include "ui/ShortcutsWindow.h"
+#include "ui/commands/ActionName.h"
+#include "ui/commands/BrowserCommands.h"
+#include "ui/commands/CommandActions.h"
+#include "ui/commands/FocusedTab.h"
+#include "ui/commands/HighlightSelection.h"
+#include "ui/commands/PrimaryMenu.h"
+#include "ui/commands/ShortcutsWindow.h"
 
 #include <set>
 

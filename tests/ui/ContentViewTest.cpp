@@ -2,7 +2,7 @@
 
 #include "app/PersistedSession.h"
 #include "platform/Download.h"
-#include "web/DownloadItem.h"
+#include "web/page/DownloadItem.h"
 
 namespace ondrel::ui {
 namespace {

@@ -1,8 +1,8 @@
-#include "ui/HighlightsWindow.h"
+#include "ui/highlights/HighlightsWindow.h"
 
 #include "ShellTest.h"
 #include "highlights/HighlightExport.h"
-#include "highlights/HighlightStore.h"
+#include "highlights/file/HighlightStore.h"
 #include "support/FakeJMAPClient.h"
 #include "support/FakeTextFormatting.h"
 

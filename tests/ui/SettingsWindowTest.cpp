@@ -1,12 +1,12 @@
-#include "ui/SettingsWindow.h"
+#include "ui/settings/SettingsWindow.h"
 
 #include "ShellTest.h"
-#include "jmap/MailQueries.h"
+#include "jmap/mail/MailQueries.h"
 #include "mcp/MCPServerManager.h"
 #include "mcp/MCPSettingsModel.h"
 #include "mcp/SetupCommand.h"
 #include "support/FakeJMAPClient.h"
-#include "ui/MCPSettingsView.h"
+#include "ui/settings/MCPSettingsView.h"
 
 namespace ondrel::ui {
 namespace {

@@ -2,7 +2,7 @@
 
 #include "Toolkit.h"
 #include "support/TestShell.h"
-#include "ui/ContentView.h"
+#include "ui/page/ContentView.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 #include "base/Text.h"
-#include "ui/ActionName.h"
-#include "ui/KeyNotation.h"
+#include "ui/commands/ActionName.h"
+#include "ui/widgets/KeyNotation.h"
 
 #include <gtest/gtest.h>
 

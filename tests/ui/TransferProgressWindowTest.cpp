@@ -1,4 +1,4 @@
-#include "ui/TransferProgressWindow.h"
+#include "ui/highlights/TransferProgressWindow.h"
 
 #include "ShellTest.h"
 

@@ -2,8 +2,8 @@
 
 #include "platform/Download.h"
 #include "support/TestShell.h"
-#include "web/DownloadItem.h"
 #include "web/WindowViewModel.h"
+#include "web/page/DownloadItem.h"
 
 #include <gtest/gtest.h>
 

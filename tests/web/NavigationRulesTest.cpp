@@ -1,4 +1,4 @@
-#include "web/NavigationRules.h"
+#include "web/page/NavigationRules.h"
 
 #include <gtest/gtest.h>
 

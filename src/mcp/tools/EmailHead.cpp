@@ -1,8 +1,8 @@
 #include "mcp/tools/EmailHead.h"
 
 #include "base/Text.h"
-#include "jmap/ISO8601Date.h"
-#include "jmap/MailListing.h"
+#include "jmap/mail/ISO8601Date.h"
+#include "jmap/mail/MailListing.h"
 #include "platform/TextFormatting.h"
 
 #include <fmt/format.h>

@@ -1,4 +1,4 @@
-#include "jmap/MailQueries.h"
+#include "jmap/mail/MailQueries.h"
 #include "mcp/tools/EmailHead.h"
 #include "mcp/tools/MCPTools.h"
 

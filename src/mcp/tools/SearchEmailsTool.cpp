@@ -1,5 +1,5 @@
 #include "base/JsonReader.h"
-#include "jmap/MailQueries.h"
+#include "jmap/mail/MailQueries.h"
 #include "mcp/tools/EmailHead.h"
 #include "mcp/tools/MCPTools.h"
 #include "platform/TextFormatting.h"

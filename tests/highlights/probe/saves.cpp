@@ -2,7 +2,7 @@
 // NAME-1, NAME-2, ...; each is written to standard output when it has been saved. Exit status 1 tells that a
 // save failed.
 
-#include "highlights/HighlightStore.h"
+#include "highlights/file/HighlightStore.h"
 #include "platform/linux/files/PosixFileStore.h"
 #include "support/FakeDesktop.h"
 

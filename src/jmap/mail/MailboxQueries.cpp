@@ -1,0 +1,134 @@
+#include "jmap/mail/MailQueries.h"
+#include "jmap/mail/MailRequest.h"
+#include "jmap/mail/MailboxName.h"
+#include "jmap/protocol/JMAPReading.h"
+
+namespace ondrel::jmap {
+
+namespace {
+
+namespace json = boost::json;
+
+// One of the mailboxes that have a role (RFC 8621, section 2), and how its query names itself.
+struct RoleQuery {
+  std::string_view operation;
+  std::string_view role;
+  std::string_view roleInLog;
+  std::string_view callId;
+  bool withName = false;
+};
+
+struct NamedMailbox {
+  std::string id;
+  std::optional<std::string> name;
+};
+
+base::JsonReader firstOfRole(const base::JsonReader& mailboxes, std::string_view role) {
+  for (const auto& mailbox : mailboxes.elements())
+    if (mailbox["role"].string() == role)
+      return mailbox;
+  return {};
+}
+
+async::Task<Result<NamedMailbox>> mailboxOfRole(JMAPClient& client, RoleQuery query) {
+  auto account = co_await mailAccount(client, query.operation);
+  if (!account)
+    co_return std::unexpected(std::move(account).error());
+  json::array properties{"id", "role"};
+  if (query.withName)
+    properties.emplace_back("name");
+  const auto reply = co_await ask(
+      client, account->session,
+      jmapRequest("Mailbox/get", {{"accountId", account->id}, {"properties", std::move(properties)}},
+                  query.callId));
+  if (!reply)
+    co_return std::unexpected(reply.error());
+  const auto mailbox = firstOfRole(answeredList(*reply, 0), query.role);
+  auto id = mailbox["id"].string();
+  if (!id) {
+    networkLogger.error("{}: could not find {} in Mailbox/get response", query.operation, query.roleInLog);
+    co_return std::unexpected(JMAPError::badResponse());
+  }
+  co_return NamedMailbox{*std::move(id), mailbox["name"].string()};
+}
+
+} // namespace
+
+async::Task<Result<std::optional<std::string>>> MailQueries::findMailboxId(std::string name) {
+  auto account = co_await mailAccount(client_, "findMailboxId");
+  if (!account)
+    co_return std::unexpected(std::move(account).error());
+  const auto reply = co_await ask(
+      client_, account->session,
+      jmapRequest("Mailbox/get", {{"accountId", account->id}, {"properties", {"id", "name"}}}, "m0"));
+  if (!reply)
+    co_return std::unexpected(reply.error());
+  const auto list = answeredList(*reply, 0);
+  if (!list.array()) {
+    networkLogger.error("findMailboxId: unexpected JMAP response format");
+    co_return std::unexpected(JMAPError::badResponse());
+  }
+  for (const auto& mailbox : list.elements())
+    if (const auto itsName = mailbox["name"].string(); itsName && sameMailboxName(*itsName, name))
+      co_return mailbox["id"].string();
+  co_return std::nullopt;
+}
+
+async::Task<Result<std::int64_t>> MailQueries::inboxUnreadCount() {
+  const auto session = co_await client_.fetchSessionData();
+  if (!session)
+    co_return std::unexpected(session.error());
+  const auto accountId = mailAccountId(*session);
+  if (!accountId) {
+    networkLogger.error("inboxUnreadCount: no mail account ID in JMAP session");
+    co_return 0;
+  }
+  const auto reply = co_await ask(
+      client_, *session,
+      jmapRequest("Mailbox/get", {{"accountId", *accountId}, {"properties", {"id", "role", "unreadEmails"}}},
+                  "0"));
+  if (!reply)
+    co_return std::unexpected(reply.error());
+  const auto list = answeredList(*reply, 0);
+  if (!list.array()) {
+    networkLogger.error("inboxUnreadCount: unexpected JMAP response format");
+    co_return std::unexpected(JMAPError::badResponse());
+  }
+  co_return firstOfRole(list, "inbox")["unreadEmails"].wholeNumber().value_or(0);
+}
+
+async::Task<Result<std::string>> MailQueries::fetchInboxMailboxId() {
+  const auto mailboxes = mailboxes_;
+  if (mailboxes->inboxId)
+    co_return *mailboxes->inboxId;
+  auto inbox = co_await mailboxOfRole(client_, {"fetchInboxMailboxId", "inbox", "inbox", "m0", true});
+  if (!inbox)
+    co_return std::unexpected(std::move(inbox).error());
+  mailboxes->inboxId = inbox->id;
+  mailboxes->inboxName = inbox->name;
+  co_return inbox->id;
+}
+
+async::Task<Result<std::string>> MailQueries::fetchTrashMailboxId() {
+  const auto mailboxes = mailboxes_;
+  if (mailboxes->trashId)
+    co_return *mailboxes->trashId;
+  auto trash = co_await mailboxOfRole(client_, {"fetchTrashMailboxId", "trash", "trash", "t0"});
+  if (!trash)
+    co_return std::unexpected(std::move(trash).error());
+  mailboxes->trashId = trash->id;
+  co_return trash->id;
+}
+
+async::Task<Result<std::string>> MailQueries::fetchJunkMailboxId() {
+  const auto mailboxes = mailboxes_;
+  if (mailboxes->junkId)
+    co_return *mailboxes->junkId;
+  auto junk = co_await mailboxOfRole(client_, {"fetchJunkMailboxId", "junk", "junk mailbox", "j0"});
+  if (!junk)
+    co_return std::unexpected(std::move(junk).error());
+  mailboxes->junkId = junk->id;
+  co_return junk->id;
+}
+
+} // namespace ondrel::jmap

@@ -1,0 +1,227 @@
+#include "ui/commands/BrowserCommands.h"
+
+#include "app/WindowManager.h"
+#include "highlights/file/HighlightStore.h"
+#include "platform/Application.h"
+#include "settings/ServicePage.h"
+#include "ui/commands/FocusedTab.h"
+#include "web/WindowViewModel.h"
+
+#include <functional>
+
+namespace ondrel::ui {
+
+using web::WindowViewModel;
+
+namespace {
+
+// The page may be gone or another one by now; then nothing happens.
+async::Task<void> evaluateInTab(std::shared_ptr<WindowViewModel> tab, std::string source) {
+  [[maybe_unused]] const auto ignored = co_await tab->evaluate(std::move(source));
+}
+
+Condition whenFocusedTab(FocusedTab& focusedTab, std::function<bool(const WindowViewModel&)> holds) {
+  return {[&focusedTab, holds = std::move(holds)] {
+            const auto tab = focusedTab.viewModel();
+            return tab && holds(*tab);
+          },
+          [&focusedTab](auto changed) { return focusedTab.changed.subscribe(std::move(changed)); }};
+}
+
+template <class Work>
+std::function<void()> inKeyTab(FocusedTab& focusedTab, Work work) {
+  return [&focusedTab, work] {
+    if (const auto tab = focusedTab.viewModel())
+      std::invoke(work, *tab);
+  };
+}
+
+void toggleToolbar(WindowViewModel& tab) {
+  tab.toolbarVisible.set(!*tab.toolbarVisible);
+}
+
+} // namespace
+
+BrowserCommands::BrowserCommands(platform::Application& application, app::WindowManager& windows,
+                                 highlights::HighlightStore& highlights, FocusedTab& focusedTab,
+                                 platform::ProgramInfo programInfo, Actions actions)
+    : application_(application), windows_(windows), highlights_(highlights), focusedTab_(focusedTab),
+      programInfo_(std::move(programInfo)), actions_(std::move(actions)) {
+}
+
+std::vector<CommandGroup> BrowserCommands::table() {
+  return {windowsAndTabs(), navigation(), view(), printing(), highlights(), removal(), tools(), general()};
+}
+
+CommandGroup BrowserCommands::windowsAndTabs() {
+  return {"Windows and Tabs",
+          {{.title = "New Window",
+            .accelerators = {"<Control>n"},
+            .perform = [this] { windows_.openMainWindow(); }},
+           {.title = "New Tab", .accelerators = {"<Control>t"}, .perform = [this] { windows_.newTab(); }},
+           {.title = "Reopen Closed Tab",
+            .accelerators = {"<Control><Shift>t"},
+            .perform = [this] { windows_.reopenClosedTab(); },
+            .enabledWhen = whenTrue(windows_.canReopenClosedTab())},
+           {.title = "Close Tab",
+            .accelerators = {"<Control>w"},
+            .perform =
+                [this] {
+                  if (const auto key = application_.focusedWindow())
+                    key->requestClose();
+                },
+            .place = MenuPlace::none}}};
+}
+
+CommandGroup BrowserCommands::navigation() {
+  return {"Navigation",
+          {{.title = "Back",
+            .accelerators = {"<Alt>Left", "Back"},
+            .perform = inKeyTab(focusedTab_, &WindowViewModel::goBack),
+            .enabledWhen = whenFocusedTab(focusedTab_, [](const auto& tab) { return *tab.canGoBack; }),
+            .place = MenuPlace::none},
+           {.title = "Forward",
+            .accelerators = {"<Alt>Right", "Forward"},
+            .perform = inKeyTab(focusedTab_, &WindowViewModel::goForward),
+            .enabledWhen = whenFocusedTab(focusedTab_, [](const auto& tab) { return *tab.canGoForward; }),
+            .place = MenuPlace::none},
+           {.title = "Reload",
+            .accelerators = {"<Control>r", "F5"},
+            .perform = inKeyTab(focusedTab_, &WindowViewModel::reload),
+            .enabledWhen = whenFocusedTab(focusedTab_, [](const auto&) { return true; }),
+            .place = MenuPlace::none}}};
+}
+
+CommandGroup BrowserCommands::view() {
+  return {"Zoom",
+          {{.title = "Zoom Out",
+            .accelerators = {"<Control>minus", "<Control>KP_Subtract"},
+            .perform = inKeyTab(focusedTab_, &WindowViewModel::zoomOut),
+            .enabledWhen = whenFocusedTab(focusedTab_, [](const auto& tab) { return *tab.canZoomOut; }),
+            .place = MenuPlace::button,
+            .icon = "zoom-out-symbolic"},
+           {.title = "Actual Size",
+            .accelerators = {"<Control>0", "<Control>KP_0"},
+            .perform = inKeyTab(focusedTab_, &WindowViewModel::zoomToActualSize),
+            .enabledWhen = whenFocusedTab(focusedTab_, [](const auto& tab) { return !*tab.isZoomDefault; }),
+            .place = MenuPlace::button,
+            .icon = "zoom-original-symbolic"},
+           {.title = "Zoom In",
+            .accelerators = {"<Control>plus", "<Control>equal", "<Control>KP_Add"},
+            .perform = inKeyTab(focusedTab_, &WindowViewModel::zoomIn),
+            .enabledWhen = whenFocusedTab(focusedTab_, [](const auto& tab) { return *tab.canZoomIn; }),
+            .place = MenuPlace::button,
+            .icon = "zoom-in-symbolic"}}};
+}
+
+CommandGroup BrowserCommands::printing() {
+  return {"Printing",
+          {{.title = "Print…", .accelerators = {"<Control>p"}, .perform = [this] { windows_.printActive(); }},
+           {.title = "Export as PDF…", .accelerators = {"<Control><Shift>p"}, .perform = [this] {
+              windows_.exportPDFActive();
+            }}}};
+}
+
+CommandGroup BrowserCommands::highlights() {
+  const auto help = [this] { return helpWithoutHighlights(); };
+  return {"Highlights",
+          {{.title = "Highlight Selection",
+            .accelerators = {"<Control><Shift>y"},
+            .perform = actions_.highlightSelection,
+            .enabledWhen = whenTrue(windows_.conversation().activeURLContainsMail),
+            .help =
+                [this] {
+                  return *windows_.conversation().activeURLContainsMail
+                             ? ""
+                             : "Only available when a mail window is in front";
+                }},
+           {.title = "Show Highlights",
+            .accelerators = {"<Control><Shift>h"},
+            .perform = actions_.showHighlights,
+            .enabledWhen = whenHighlighted(),
+            .help = help},
+           {.title = "Export Highlights…",
+            .accelerators = {"<Control><Shift>e"},
+            .perform = actions_.exportHighlights,
+            .enabledWhen = whenHighlighted(),
+            .help = help},
+           {.title = "Import Highlights…",
+            .accelerators = {"<Control><Shift>i"},
+            .perform = actions_.importHighlights}}};
+}
+
+// Apart from the others: it can't be undone.
+CommandGroup BrowserCommands::removal() {
+  return {"Removal", {{.title = "Remove All Highlights…", .perform = actions_.removeAllHighlights}}};
+}
+
+CommandGroup BrowserCommands::tools() {
+  return {"Tools",
+          {{.title = "Open Copied FastMail Link",
+            .accelerators = {"<Control><Shift>f"},
+            .perform = [this] { openCopiedLink(); },
+            .enabledWhen = whenSet(windows_.copiedLink().url)},
+           {.title = "Copy Apple Mail Formatted Link to Clipboard",
+            .accelerators = {"<Control><Shift>c"},
+            .perform = actions_.copyAppleMailLink,
+            .enabledWhen = whenMessageIsOpen(),
+            .help =
+                [this] {
+                  return *windows_.conversation().isConversationVisible
+                             ? ""
+                             : "Only available when an email is selected";
+                }},
+           {.title = "New Masked Email Address",
+            .accelerators = {"<Control><Shift>m"},
+            .perform = [this] { newMaskedEmailAddress(); },
+            .enabledWhen = whenTrue(windows_.conversation().activeURLContainsMail),
+            .help =
+                [this] {
+                  return *windows_.conversation().activeURLContainsMail
+                             ? ""
+                             : "Only available when an mail window is in front";
+                }}}};
+}
+
+CommandGroup BrowserCommands::general() {
+  return {"General",
+          {{.title = "Show Toolbar",
+            .perform = inKeyTab(focusedTab_, toggleToolbar),
+            .enabledWhen = whenFocusedTab(focusedTab_, [](const auto&) { return true; }),
+            .checkedWhen = whenFocusedTab(focusedTab_, [](const auto& tab) { return *tab.toolbarVisible; })},
+           {.title = "Settings…", .accelerators = {"<Control>comma"}, .perform = actions_.showSettings},
+           {.title = "Keyboard Shortcuts",
+            .accelerators = {"<Control>question"},
+            .perform = actions_.showShortcuts},
+           {.title = "About " + programInfo_.displayName, .perform = actions_.showAbout},
+           {.title = "Quit", .accelerators = {"<Control>q"}, .perform = actions_.quit}}};
+}
+
+Condition BrowserCommands::whenHighlighted() const {
+  return {[this] { return !highlights_.byMessageId().empty(); },
+          [this](auto changed) { return highlights_.changed.subscribe(std::move(changed)); }};
+}
+
+Condition BrowserCommands::whenMessageIsOpen() const {
+  auto& conversation = windows_.conversation();
+  // A conversation is visible only where the address is one of mail.
+  return {
+      [&conversation] { return *conversation.activeURLContainsMail && *conversation.isConversationVisible; },
+      whenTrue(conversation.isConversationVisible).observe};
+}
+
+std::string BrowserCommands::helpWithoutHighlights() const {
+  return highlights_.byMessageId().empty() ? "You have not highlighted content yet." : "";
+}
+
+void BrowserCommands::openCopiedLink() {
+  if (const auto& url = *windows_.copiedLink().url)
+    actions_.navigate(*url);
+}
+
+void BrowserCommands::newMaskedEmailAddress() {
+  if (auto tab = focusedTab_.viewModel())
+    scope_.spawn(evaluateInTab(std::move(tab), std::string(settings::page::createMaskedEmail)));
+}
+
+} // namespace ondrel::ui

@@ -1,0 +1,76 @@
+#pragma once
+
+#include "async/Scope.h"
+#include "platform/ProgramInfo.h"
+#include "ui/commands/Command.h"
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace ondrel::app {
+class WindowManager;
+}
+
+namespace ondrel::highlights {
+class HighlightStore;
+}
+
+namespace ondrel::platform {
+class Application;
+}
+
+namespace ondrel::ui {
+
+class FocusedTab;
+
+// The menu commands of the program. Outlives its table.
+class BrowserCommands {
+ public:
+  struct Actions {
+    std::function<void(const std::string& url)> navigate; // shows a message of the service
+    std::function<void()> copyAppleMailLink;              // to the message in front
+    std::function<void()> highlightSelection;
+    std::function<void()> showHighlights;
+    std::function<void()> exportHighlights;
+    std::function<void()> importHighlights;
+    std::function<void()> removeAllHighlights;
+    std::function<void()> showSettings;
+    std::function<void()> showShortcuts;
+    std::function<void()> showAbout;
+    std::function<void()> quit;
+  };
+
+  BrowserCommands(platform::Application& application, app::WindowManager& windows,
+                  highlights::HighlightStore& highlights, FocusedTab& focusedTab,
+                  platform::ProgramInfo programInfo, Actions actions);
+
+  // In the order of the menu.
+  std::vector<CommandGroup> table();
+
+ private:
+  CommandGroup windowsAndTabs();
+  CommandGroup navigation();
+  CommandGroup view();
+  CommandGroup printing();
+  CommandGroup highlights();
+  CommandGroup removal();
+  CommandGroup tools();
+  CommandGroup general();
+
+  Condition whenHighlighted() const;
+  Condition whenMessageIsOpen() const;
+  std::string helpWithoutHighlights() const;
+  void openCopiedLink();
+  void newMaskedEmailAddress();
+
+  platform::Application& application_;
+  app::WindowManager& windows_;
+  highlights::HighlightStore& highlights_;
+  FocusedTab& focusedTab_;
+  const platform::ProgramInfo programInfo_;
+  const Actions actions_;
+  async::Scope scope_;
+};
+
+} // namespace ondrel::ui

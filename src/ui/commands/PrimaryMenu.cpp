@@ -1,0 +1,70 @@
+#include "ui/commands/PrimaryMenu.h"
+
+#include "ui/commands/ActionName.h"
+
+namespace ondrel::ui {
+
+namespace {
+
+glib::Ref<GMenuItem> menuItem(const Command& command) {
+  auto item =
+      glib::adopt(g_menu_item_new(command.title.c_str(), ("app." + actionName(command.title)).c_str()));
+  if (command.place == MenuPlace::button)
+    g_menu_item_set_attribute(item.get(), "verb-icon", "s", command.icon.c_str());
+  return item;
+}
+
+glib::Ref<GMenuItem> section(const CommandGroup& group) {
+  const auto menu = glib::adopt(g_menu_new());
+  bool ofButtons = false;
+  for (const auto& command : group.commands) {
+    if (command.place == MenuPlace::none)
+      continue;
+    ofButtons = ofButtons || command.place == MenuPlace::button;
+    g_menu_append_item(menu.get(), menuItem(command).get());
+  }
+  if (g_menu_model_get_n_items(G_MENU_MODEL(menu.get())) == 0)
+    return nullptr;
+  auto item = glib::adopt(
+      g_menu_item_new_section(ofButtons ? group.title.c_str() : nullptr, G_MENU_MODEL(menu.get())));
+  if (ofButtons)
+    g_menu_item_set_attribute(item.get(), "display-hint", "s", "inline-buttons");
+  return item;
+}
+
+// The toolkit's menu button, a type without a public name, tells its title as "text".
+std::string menuText(GtkWidget* widget) {
+  if (!g_object_class_find_property(G_OBJECT_GET_CLASS(widget), "text"))
+    return {};
+  char* text = nullptr;
+  g_object_get(widget, "text", &text, nullptr);
+  const glib::CString owned(text);
+  return text ? text : "";
+}
+
+void setHelp(GtkWidget* widget, const std::string& title, const std::string& help) {
+  if (menuText(widget) == title) {
+    gtk_widget_set_tooltip_text(widget, help.empty() ? nullptr : help.c_str());
+    return;
+  }
+  for (auto* child = gtk_widget_get_first_child(widget); child; child = gtk_widget_get_next_sibling(child))
+    setHelp(child, title, help);
+}
+
+} // namespace
+
+PrimaryMenu::PrimaryMenu(const std::vector<CommandGroup>& groups)
+    : groups_(groups), menu_(glib::adopt(g_menu_new())) {
+  for (const auto& group : groups)
+    if (const auto item = section(group))
+      g_menu_append_item(menu_.get(), item.get());
+}
+
+void PrimaryMenu::explain(GtkWidget* popover) const {
+  for (const auto& group : groups_)
+    for (const auto& command : group.commands)
+      if (command.help)
+        setHelp(popover, command.title, command.help());
+}
+
+} // namespace ondrel::ui

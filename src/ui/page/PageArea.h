@@ -1,0 +1,76 @@
+#pragma once
+
+#include "base/Event.h"
+#include "platform/linux/glib/Ref.h"
+#include "ui/page/CrashedPage.h"
+#include "ui/page/DownloadProgressBar.h"
+#include "ui/page/MouseOverBar.h"
+#include "ui/page/PageDialogView.h"
+#include "ui/page/PageNotices.h"
+#include "ui/page/ProblemBar.h"
+
+#include <gtk/gtk.h>
+
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace ondrel::web {
+class WindowViewModel;
+}
+
+namespace ondrel::ui {
+
+// All that a tab shows once it has been looked at, from top to bottom: the place of the announcement, what
+// the user has to know, what is wrong with the page, the page with the hovered link or its dialog, the
+// downloads. Parts that are seldom needed are made when they are.
+class PageArea {
+ public:
+  explicit PageArea(std::shared_ptr<web::WindowViewModel> viewModel);
+  ~PageArea();
+  PageArea(const PageArea&) = delete;
+  PageArea& operator=(const PageArea&) = delete;
+
+  GtkWidget* widget() const { return box_.get(); }
+  GtkRevealer* announcementPlace() const { return GTK_REVEALER(announcement_); }
+
+  // The view of the web engine. Lets go of the one before; null for none.
+  void setPage(GtkWidget* page);
+  // Gives the keyboard to the page, or to what stands in its place.
+  void focus();
+
+ private:
+  void updateNotice();
+  void updateProblem();
+  void updateBar(std::optional<ProblemBar>& bar, bool shown, ProblemBar::Content (PageArea::*content)() const,
+                 const std::string& title, const std::string& description);
+  ProblemBar::Content loadProblem() const;
+  ProblemBar::Content navigationProblem() const;
+  ProblemBar::Content noApplication() const;
+  ProblemBar::Content notice() const;
+  ProblemBar::Content hang() const;
+  void updateDialog();
+  void updateDownloads();
+  std::function<void()> reload() const;
+  std::function<void()> tryAgain() const;
+  std::function<void()> dismissProblem() const;
+
+  const std::shared_ptr<web::WindowViewModel> viewModel_;
+  glib::Ref<GtkWidget> box_;
+  GtkWidget* announcement_;
+  GtkWidget* stack_;
+  GtkWidget* overlay_;
+  PageNotices notices_;
+  MouseOverBar mouseOver_;
+  std::optional<ProblemBar> notice_;
+  std::optional<ProblemBar> loadProblem_;
+  std::optional<ProblemBar> navigationProblem_;
+  std::optional<ProblemBar> noApplication_;
+  std::optional<ProblemBar> hang_;
+  std::optional<PageDialogView> dialog_;
+  std::optional<CrashedPage> stopped_;
+  std::optional<DownloadProgressBar> downloads_;
+  std::vector<base::Subscription> subscriptions_;
+};
+
+} // namespace ondrel::ui

@@ -1,0 +1,53 @@
+#include "ui/settings/EnvironmentSettingsView.h"
+
+#include "platform/UserDefaults.h"
+#include "settings/AppSettings.h"
+#include "ui/widgets/Widgets.h"
+
+namespace ondrel::ui {
+
+namespace {
+
+using settings::FastmailEnvironment;
+
+// In the order of FastmailEnvironment.
+constexpr const char* titles[] = {"Production", "Beta", nullptr};
+
+} // namespace
+
+EnvironmentSettingsView::EnvironmentSettingsView(settings::AppSettings& settings)
+    : settings_(settings), group_(glib::share(ADW_PREFERENCES_GROUP(adw_preferences_group_new()))),
+      row_(ADW_COMBO_ROW(adw_combo_row_new())) {
+  gtk_widget_set_name(GTK_WIDGET(row_), "environment");
+  adw_preferences_row_set_use_underline(ADW_PREFERENCES_ROW(row_), TRUE);
+  adw_preferences_row_set_title(ADW_PREFERENCES_ROW(row_), "Fastmail _Version");
+  adw_action_row_set_subtitle(ADW_ACTION_ROW(row_), "All open tabs will refresh and display email content.");
+  adw_action_row_set_subtitle_lines(ADW_ACTION_ROW(row_), 0);
+  setAccessibleLabel(GTK_WIDGET(row_), "Fastmail Version");
+  const auto model = glib::adopt(gtk_string_list_new(titles));
+  adw_combo_row_set_model(row_, G_LIST_MODEL(model.get()));
+  adw_preferences_group_add(group_.get(), GTK_WIDGET(row_));
+
+  update();
+  selection_ = glib::onNotify(row_, "selected", [this] { choose(); });
+  settingChanges_ = settings_.defaults().changed.subscribe([this](const std::string& key) {
+    if (key == settings::keys::fastmailEnvironment)
+      update();
+  });
+}
+
+void EnvironmentSettingsView::choose() {
+  const auto chosen = static_cast<FastmailEnvironment>(adw_combo_row_get_selected(row_));
+  if (isUpdating_ || chosen == settings_.currentEnvironment())
+    return;
+  settings_.setEnvironment(chosen);
+  settings_.fastmailEnvironmentDidChange.emit();
+}
+
+void EnvironmentSettingsView::update() {
+  isUpdating_ = true;
+  adw_combo_row_set_selected(row_, static_cast<guint>(settings_.currentEnvironment()));
+  isUpdating_ = false;
+}
+
+} // namespace ondrel::ui

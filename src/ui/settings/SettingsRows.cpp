@@ -1,0 +1,47 @@
+#include "ui/settings/SettingsRows.h"
+
+#include "ui/widgets/Widgets.h"
+
+#include <string>
+
+namespace ondrel::ui {
+
+namespace {
+
+AdwActionRow* rowWith(const char* identifier, GtkWidget* control) {
+  auto* row = ADW_ACTION_ROW(adw_action_row_new());
+  gtk_widget_set_name(GTK_WIDGET(row), identifier);
+  adw_preferences_row_set_use_markup(ADW_PREFERENCES_ROW(row), FALSE);
+  adw_preferences_row_set_use_underline(ADW_PREFERENCES_ROW(row), TRUE);
+  adw_action_row_set_title_lines(row, 0);
+  adw_action_row_set_subtitle_lines(row, 0);
+  gtk_widget_set_valign(control, GTK_ALIGN_CENTER);
+  adw_action_row_add_suffix(row, control);
+  adw_action_row_set_activatable_widget(row, control);
+  return row;
+}
+
+} // namespace
+
+AdwActionRow* switchRow(const char* identifier, GtkSwitch* control) {
+  return rowWith(identifier, GTK_WIDGET(control));
+}
+
+AdwActionRow* fieldRow(const char* identifier, GtkEntry* field, int characters) {
+  gtk_editable_set_width_chars(GTK_EDITABLE(field), characters);
+  gtk_editable_set_max_width_chars(GTK_EDITABLE(field), characters);
+  return rowWith(identifier, GTK_WIDGET(field));
+}
+
+void setRowTitle(AdwActionRow* row, GtkWidget* control, std::string_view title) {
+  adw_preferences_row_set_title(ADW_PREFERENCES_ROW(row), ("_" + std::string(title)).c_str());
+  const std::string name(title.substr(0, title.find(':')));
+  setAccessibleLabel(GTK_WIDGET(row), name);
+  setAccessibleLabel(control, name);
+}
+
+void setRowSubtitle(AdwActionRow* row, std::string_view subtitle) {
+  adw_action_row_set_subtitle(row, std::string(subtitle).c_str());
+}
+
+} // namespace ondrel::ui

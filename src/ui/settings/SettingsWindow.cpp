@@ -1,0 +1,119 @@
+#include "ui/settings/SettingsWindow.h"
+
+#include "settings/SettingsTab.h"
+#include "ui/settings/EnvironmentSettingsView.h"
+#include "ui/settings/HighlightSettingsView.h"
+#include "ui/settings/MCPSettingsView.h"
+
+namespace ondrel::ui {
+
+namespace {
+
+constexpr int width = 700;
+constexpr int height = 720;
+
+using Section = std::unique_ptr<SettingsSection>;
+
+Section environment(const SettingsServices& services) {
+  return std::make_unique<EnvironmentSettingsView>(services.settings);
+}
+
+Section highlights(const SettingsServices& services) {
+  return std::make_unique<HighlightSettingsView>(services.settings, services.mail);
+}
+
+Section localServer(const SettingsServices& services) {
+  return std::make_unique<MCPSettingsView>(services.mcp, services.openURL);
+}
+
+struct Page {
+  settings::SettingsTab tab;
+  const char* title;
+  const char* icon;
+  std::vector<Section (*)(const SettingsServices&)> sections;
+};
+
+// In the order of the window.
+const std::vector<Page>& pages() {
+  static const std::vector<Page> table = {
+      {settings::SettingsTab::advanced,
+       "Advanced",
+       "applications-engineering-symbolic",
+       {environment, highlights, localServer}},
+  };
+  return table;
+}
+
+} // namespace
+
+SettingsWindow::SettingsWindow(SettingsServices services, GtkApplication* application,
+                               std::function<GtkWindow*()> parent)
+    : services_(std::move(services)), application_(application), parent_(std::move(parent)) {
+}
+
+SettingsWindow::~SettingsWindow() {
+  const auto window = window_;
+  forget();
+  if (window)
+    gtk_window_destroy(window.get());
+}
+
+void SettingsWindow::show() {
+  auto* parent = parent_(); // a new window would be the application's front one itself
+  if (!window_)
+    open();
+  if (parent != window_.get())
+    gtk_window_set_transient_for(window_.get(), parent);
+  gtk_window_present(window_.get());
+}
+
+void SettingsWindow::open() {
+  window_ = glib::share(GTK_WINDOW(adw_preferences_window_new()));
+  gtk_widget_set_name(GTK_WIDGET(window_.get()), "settings");
+  gtk_window_set_title(window_.get(), "Settings");
+  gtk_window_set_default_size(window_.get(), width, height);
+  gtk_window_set_application(window_.get(), application_);
+  // The tabs behind it change with some settings: let them be seen, used and closed.
+  gtk_window_set_modal(window_.get(), FALSE);
+  gtk_window_set_destroy_with_parent(window_.get(), FALSE);
+  adw_preferences_window_set_search_enabled(ADW_PREFERENCES_WINDOW(window_.get()), FALSE);
+  addPages();
+
+  // Before the application's own keys: those would look for a tab.
+  auto* keys = gtk_shortcut_controller_new();
+  gtk_event_controller_set_propagation_phase(keys, GTK_PHASE_CAPTURE);
+  gtk_shortcut_controller_add_shortcut(GTK_SHORTCUT_CONTROLLER(keys),
+                                       gtk_shortcut_new(gtk_keyval_trigger_new(GDK_KEY_w, GDK_CONTROL_MASK),
+                                                        gtk_named_action_new("window.close")));
+  gtk_widget_add_controller(GTK_WIDGET(window_.get()), keys);
+
+  closing_ =
+      glib::connect<gboolean(GtkWindow*)>(window_.get(), "close-request", [this](GtkWindow*) -> gboolean {
+        for (const auto& section : sections_)
+          section->commit();
+        forget();
+        return FALSE; // the toolkit destroys it
+      });
+}
+
+void SettingsWindow::addPages() {
+  for (const auto& page : pages()) {
+    auto* widget = ADW_PREFERENCES_PAGE(adw_preferences_page_new());
+    adw_preferences_page_set_name(widget, std::string(settings::rawValue(page.tab)).c_str());
+    adw_preferences_page_set_title(widget, page.title);
+    adw_preferences_page_set_icon_name(widget, page.icon);
+    for (const auto make : page.sections) {
+      auto& section = sections_.emplace_back(make(services_));
+      adw_preferences_page_add(widget, section->group());
+    }
+    adw_preferences_window_add(ADW_PREFERENCES_WINDOW(window_.get()), widget);
+  }
+}
+
+void SettingsWindow::forget() {
+  closing_ = {};
+  sections_.clear();
+  window_ = nullptr;
+}
+
+} // namespace ondrel::ui
