@@ -5,6 +5,10 @@
 #include <memory>
 #include <string>
 
+namespace ondrel::web {
+struct WebServices;
+}
+
 namespace ondrel::app {
 
 class TabOpener;

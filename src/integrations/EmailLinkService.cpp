@@ -6,6 +6,7 @@
 #include "jmap/newmail/NotificationManager.h"
 #include "platform/Application.h"
 #include "platform/Clipboard.h"
+#include "settings/ServicePage.h"
 #include "web/RowSelector.h"
 #include "web/WebServices.h"
 #include "web/WindowViewModel.h"
@@ -19,8 +20,6 @@ namespace {
 // Bytes; a line of a message has 998 (RFC 5322, section 2.1.1).
 constexpr std::size_t longestMessageId = std::size_t{16} << 10;
 constexpr std::size_t longestLoggedId = 200;
-
-constexpr const char* selectedId = "FastMail.router.appController.message?.id()";
 
 std::string forLog(const std::string& messageId) {
   return base::displayLine(messageId.substr(0, longestLoggedId));
@@ -113,7 +112,7 @@ async::Task<std::expected<jmap::EmailInfo, EmailLinkFailure>> EmailLinkService::
   const auto tab = services_.windowManager.windows().focusedViewModel();
   if (!tab)
     co_return failure(EmailLinkError::noActiveTab);
-  const auto id = co_await tab->evaluate(selectedId);
+  const auto id = co_await tab->evaluate(std::string(settings::page::selectedEmailId));
   if (!id)
     co_return otherFailure(id.error().message.empty() ? "The page doesn't answer." : id.error().message);
   const auto* text = id->if_string();

@@ -15,6 +15,7 @@ inline constexpr std::string_view hasBooted =
     "!!(window.FastMail && FastMail.router && FastMail.router.appController)";
 inline constexpr std::string_view showsConversation =
     "globalThis.FastMail?.router?.appController?.isConversationVisible ?? false";
+inline constexpr std::string_view selectedEmailId = "FastMail.router.appController.message?.id()";
 inline constexpr std::string_view createMaskedEmail = "FastMail.router.appController.goCreateMaskedEmail();";
 
 } // namespace ondrel::settings::page

@@ -95,7 +95,7 @@ TEST_F(MailtoHandlerTest, AnEditorThatCouldNotBeLoadedStaysOnOffer) {
   model(0)->show("https://app.example.com/mail/Inbox/");
   shell.webView(model(0))->commit();
   open("mailto:one@x");
-  shell.webView(model(0))->failProvisional({"domain", -1, "no network"});
+  shell.webView(model(0))->failProvisional({.code = -1, .description = "no network"});
   open("mailto:two@x");
   EXPECT_EQ(model(0)->pageProblem->url, compose + "?to=one@x");
   EXPECT_EQ(*model(1)->urlString, compose + "?to=two@x");

@@ -5,6 +5,8 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <expected>
+#include <optional>
 #include <string>
 
 using namespace ondrel::platform;
@@ -14,13 +16,18 @@ int main(int argc, char** argv) {
     return 2;
   const std::string path = argv[1];
   const std::string content(static_cast<std::size_t>(std::atoi(argv[2])), 'b');
-  PosixFileStore store;
+  files::PosixFileStore store;
   std::optional<FileVersion> none;
   const auto keeping = [&content](const auto* other) {
     return FileStore::Content{content, other != nullptr};
   };
-  const auto saved = argc > 3 ? store.replaceShared(path, keeping, none).transform([](const auto&) {})
-                              : store.writeAtomically(path, content);
+  std::expected<void, FileError> saved;
+  if (argc > 3) {
+    if (const auto replaced = store.replaceShared(path, keeping, none); !replaced)
+      saved = std::unexpected(replaced.error());
+  } else {
+    saved = store.writeAtomically(path, content);
+  }
   if (!saved)
     std::fputs(saved.error().description.c_str(), stderr);
   return saved ? 0 : 1;
