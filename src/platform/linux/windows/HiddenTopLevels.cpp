@@ -1,16 +1,23 @@
 #include "platform/linux/windows/HiddenTopLevels.h"
 
+#include <algorithm>
+#include <ranges>
 #include <utility>
 
 namespace ondrel::platform::windows {
 
-void HiddenTopLevels::hideAll() {
+void HiddenTopLevels::hideAll(const std::vector<GtkWindow*>& frontToBack) {
   if (std::exchange(hidden_, true))
     return;
+  // Who comes last is in front.
+  for (auto* window : frontToBack | std::views::reverse)
+    if (gtk_widget_get_visible(GTK_WIDGET(window)))
+      widgets_.push_back(std::make_unique<glib::WeakRef<GtkWidget>>(GTK_WIDGET(window)));
   const auto topLevels = glib::share(gtk_window_get_toplevels());
   for (guint i = 0; i < g_list_model_get_n_items(topLevels.get()); ++i) {
     const auto widget = glib::adopt(GTK_WIDGET(g_list_model_get_item(topLevels.get(), i)));
-    if (gtk_widget_get_visible(widget.get()))
+    if (gtk_widget_get_visible(widget.get()) &&
+        std::ranges::find(frontToBack, GTK_WINDOW(widget.get())) == frontToBack.end())
       widgets_.push_back(std::make_unique<glib::WeakRef<GtkWidget>>(widget.get()));
   }
   for (const auto& weak : widgets_)

@@ -9,10 +9,11 @@
 
 namespace ondrel::platform::windows {
 
-// The top-levels that were taken off the screen together, to be brought back together.
+// The top-levels that were taken off the screen together, to be brought back together, stacked as they were.
 class HiddenTopLevels {
  public:
-  void hideAll();
+  // The windows as they are stacked, those that are known; all others (dialogs) stand above them.
+  void hideAll(const std::vector<GtkWindow*>& frontToBack);
   void showAgain();
   // One that is to stay off the screen when the others come back.
   void forget(GtkWindow* window);

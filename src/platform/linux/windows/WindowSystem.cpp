@@ -89,9 +89,12 @@ void WindowSystem::bringToFront() {
 }
 
 void WindowSystem::hide() {
-  for (const auto& group : groups_)
+  std::vector<GtkWindow*> frontToBack;
+  for (const auto& group : groups_) {
     group->rememberPosition();
-  hidden_.hideAll();
+    frontToBack.push_back(group->gtkWindow());
+  }
+  hidden_.hideAll(frontToBack);
 }
 
 base::Subscription WindowSystem::addKeyDownMonitor(Application::KeyMonitor monitor) {
