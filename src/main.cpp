@@ -103,7 +103,8 @@ class Program {
         panels_({.defaults = defaults_,
                  .directories = directories_,
                  .saveFolderKey = settings::keys::lastSaveFolder,
-                 .openFolderKey = settings::keys::lastOpenFolder}),
+                 .openFolderKey = settings::keys::lastOpenFolder,
+                 .keepActive = [&application] { return application.keepActive(); }}),
         webViews_(
             {.dataFolder = directories_.applicationSupport().value_or(directories_.temporary()) + "/webkit",
              .cacheFolder = directories_.cache() + "/webkit",

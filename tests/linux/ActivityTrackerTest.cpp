@@ -12,7 +12,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-TEST(ActivityTracker, IgnoresTheMomentBetweenTwoWindows) {
+TEST(ActivityTracker, IgnoresTheMomentBetweenTwoWindowsAndPanels) {
   async::VirtualEventLoop loop;
   std::string log;
   windows::ActivityTracker tracker({.activated = [&] { log += "B"; },
@@ -40,6 +40,20 @@ TEST(ActivityTracker, IgnoresTheMomentBetweenTwoWindows) {
   EXPECT_EQ(log, "BWR");
   tracker.update(true);
   EXPECT_EQ(log, "BWRB");
+
+  {
+    tracker.update(false);
+    const auto first = tracker.hold(); // when the keyboard is on its way to the panel already
+    const auto second = tracker.hold();
+    loop.advance(1h);
+    tracker.update(true);
+    tracker.update(false);
+    loop.advance(1h);
+  }
+  loop.advance(windows::ActivityTracker::graceAfterPanel - 1ms);
+  EXPECT_EQ(log, "BWRB") << "a panel of our own in another process";
+  loop.advance(1ms);
+  EXPECT_EQ(log, "BWRBWR") << "the keyboard didn't come back";
 }
 
 } // namespace

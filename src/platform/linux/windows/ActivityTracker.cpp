@@ -3,6 +3,7 @@
 namespace ondrel::platform::windows {
 
 void ActivityTracker::update(bool hasKeyboard) {
+  hasKeyboard_ = hasKeyboard;
   if (hasKeyboard) {
     waiting_ = false;
     resigning_.stop();
@@ -10,10 +11,27 @@ void ActivityTracker::update(bool hasKeyboard) {
       active_ = true;
       events_.activated();
     }
-  } else if (active_ && !waiting_) {
-    waiting_ = true;
-    resigning_ = async::Timer(grace, [this] { resign(); });
+  } else {
+    loseKeyboard(grace);
   }
+}
+
+void ActivityTracker::loseKeyboard(async::Duration patience) {
+  if (!active_ || waiting_ || holds_ > 0)
+    return;
+  waiting_ = true;
+  resigning_ = async::Timer(patience, [this] { resign(); });
+}
+
+base::Subscription ActivityTracker::hold() {
+  ++holds_;
+  waiting_ = false;
+  resigning_.stop();
+  return base::Subscription([weak = std::weak_ptr(self_)] {
+    const auto self = weak.lock();
+    if (self && --(*self)->holds_ == 0 && !(*self)->hasKeyboard_)
+      (*self)->loseKeyboard(graceAfterPanel);
+  });
 }
 
 void ActivityTracker::resign() {

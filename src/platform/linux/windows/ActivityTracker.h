@@ -1,9 +1,11 @@
 #pragma once
 
 #include "async/Timer.h"
+#include "base/Event.h"
 
 #include <chrono>
 #include <functional>
+#include <memory>
 
 namespace ondrel::platform::windows {
 
@@ -12,6 +14,8 @@ namespace ondrel::platform::windows {
 class ActivityTracker {
  public:
   static constexpr std::chrono::milliseconds grace{50};
+  // Another process has closed a panel of ours and tells us, and the desktop moves the keyboard back.
+  static constexpr std::chrono::seconds graceAfterPanel{1};
 
   struct Events {
     std::function<void()> activated;
@@ -21,15 +25,22 @@ class ActivityTracker {
   explicit ActivityTracker(Events events) : events_(std::move(events)) {}
 
   void update(bool hasKeyboard);
+  // For as long as this is held, an active application stays so: a panel of its own is open, which may be a
+  // window of another process.
+  base::Subscription hold();
   bool isActive() const { return active_; }
 
  private:
+  void loseKeyboard(async::Duration patience);
   void resign();
 
   Events events_;
   bool active_ = false;
+  bool hasKeyboard_ = false;
   bool waiting_ = false; // for the keyboard to come back
+  int holds_ = 0;
   async::Timer resigning_;
+  std::shared_ptr<ActivityTracker*> self_ = std::make_shared<ActivityTracker*>(this); // what holds have of it
 };
 
 } // namespace ondrel::platform::windows

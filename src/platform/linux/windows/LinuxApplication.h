@@ -57,6 +57,10 @@ class LinuxApplication final : public Application {
   // front with it.
   void setActivationToken(std::string token) { activationToken_.set(std::move(token)); }
 
+  // A panel of the program's own is open, for as long as this is held: whatever gets the keyboard, the
+  // program stays active.
+  base::Subscription keepActive() { return activity_.hold(); }
+
   // For actions, accelerators and dialogs in ui/. Borrowed.
   GtkApplication* native() const { return GTK_APPLICATION(application_.get()); }
 

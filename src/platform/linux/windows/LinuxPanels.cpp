@@ -143,7 +143,7 @@ async::Task<bool> accepted(GtkNativeDialog* dialog) {
 
 LinuxPanels::LinuxPanels(const Options& options)
     : folders_(options.defaults, options.directories), saveFolderKey_(options.saveFolderKey),
-      openFolderKey_(options.openFolderKey) {
+      openFolderKey_(options.openFolderKey), keepActive_(options.keepActive) {
 }
 
 async::Task<int> LinuxPanels::runAlert(Alert alert, std::shared_ptr<Window> parent) {
@@ -182,6 +182,7 @@ async::Task<int> LinuxPanels::runAlert(Alert alert, std::shared_ptr<Window> pare
 async::Task<std::optional<std::string>> LinuxPanels::runSavePanel(SavePanel panel,
                                                                   std::shared_ptr<Window> parent) {
   OpenChooser open("Save File", topLevelOf(parent), GTK_FILE_CHOOSER_ACTION_SAVE);
+  const auto active = keepActive_ ? keepActive_() : base::Subscription();
   open.prefer(panel.mimeTypes);
   open.startIn(folders_.start(saveFolderKey_));
   gtk_file_chooser_set_current_name(open.chooser(), base::safeFileName(panel.proposedName, "file").c_str());
@@ -200,6 +201,7 @@ LinuxPanels::runOpenPanel(OpenPanel panel, std::shared_ptr<Window> parent) {
   const bool foldersOnly = panel.canChooseDirectories && !panel.canChooseFiles;
   OpenChooser open(foldersOnly ? "Open Folder" : "Open File", topLevelOf(parent),
                    foldersOnly ? GTK_FILE_CHOOSER_ACTION_SELECT_FOLDER : GTK_FILE_CHOOSER_ACTION_OPEN);
+  const auto active = keepActive_ ? keepActive_() : base::Subscription();
   if (!foldersOnly)
     open.prefer(panel.mimeTypes);
   open.startIn(folders_.start(openFolderKey_));

@@ -1,7 +1,10 @@
 #pragma once
 
+#include "base/Event.h"
 #include "platform/Panels.h"
 #include "platform/linux/windows/PanelFolders.h"
+
+#include <functional>
 
 namespace ondrel::platform::windows {
 
@@ -18,6 +21,8 @@ class LinuxPanels final : public Panels {
     // Where the defaults hold the folders that were used last.
     std::string_view saveFolderKey;
     std::string_view openFolderKey;
+    // Held while a file chooser is open, which may be a window of another process. May be empty.
+    std::function<base::Subscription()> keepActive{};
   };
   explicit LinuxPanels(const Options& options);
 
@@ -31,6 +36,7 @@ class LinuxPanels final : public Panels {
   PanelFolders folders_;
   const std::string saveFolderKey_;
   const std::string openFolderKey_;
+  const std::function<base::Subscription()> keepActive_;
 };
 
 } // namespace ondrel::platform::windows
