@@ -3,6 +3,8 @@
 #include "app/BrowserContent.h"
 #include "app/CloseQuestion.h"
 #include "app/ClosedTabs.h"
+#include "app/FocusManager.h"
+#include "app/ProgramVisibility.h"
 #include "app/Quitting.h"
 #include "app/SessionStore.h"
 #include "app/WindowManager.h"
@@ -92,6 +94,7 @@ class OndrelApp {
   settings::AppSettings& settings() { return settings_; }
   app::WindowManager& windowManager() { return windowManager_; }
   app::Quitting& quitting() { return quitting_; }
+  app::ProgramVisibility& visibility() { return visibility_; }
   integrations::EmailLinkService& emailLinkService() { return emailLinkService_; }
   highlights::HighlightService& highlightService() { return highlightService_; }
   highlights::HighlightExport& highlightExport() { return highlightExport_; }
@@ -116,6 +119,8 @@ class OndrelApp {
   app::CloseQuestion closeQuestion_;
   app::Quitting quitting_;
   jmap::JMAPSession jmapSession_;
+  app::FocusManager focusManager_;
+  app::ProgramVisibility visibility_;
   integrations::EmailLinkService emailLinkService_;
   integrations::GetAddressCommand getAddressCommand_;
   highlights::HighlightStore highlightStore_;
