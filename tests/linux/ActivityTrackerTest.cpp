@@ -15,9 +15,11 @@ using namespace std::chrono_literals;
 TEST(ActivityTracker, IgnoresTheMomentBetweenTwoWindowsAndPanels) {
   async::VirtualEventLoop loop;
   std::string log;
+  bool inFront = false;
   windows::ActivityTracker tracker({.activated = [&] { log += "B"; },
                                     .deactivating = [&] { log += tracker.isActive() ? "W" : "?"; },
-                                    .deactivated = [&] { log += tracker.isActive() ? "?" : "R"; }});
+                                    .deactivated = [&] { log += tracker.isActive() ? "?" : "R"; },
+                                    .isStillInFront = [&] { return inFront; }});
   tracker.update(false);
   loop.advance(1s);
   EXPECT_EQ(log, "");
@@ -54,6 +56,15 @@ TEST(ActivityTracker, IgnoresTheMomentBetweenTwoWindowsAndPanels) {
   EXPECT_EQ(log, "BWRB") << "a panel of our own in another process";
   loop.advance(1ms);
   EXPECT_EQ(log, "BWRBWR") << "the keyboard didn't come back";
+
+  tracker.update(true);
+  inFront = true;
+  tracker.update(false);
+  loop.advance(10min);
+  EXPECT_EQ(log, "BWRBWRB") << "a panel's menu, or the screen is locked";
+  inFront = false;
+  loop.advance(windows::ActivityTracker::longestGrace);
+  EXPECT_EQ(log, "BWRBWRBWR");
 }
 
 } // namespace

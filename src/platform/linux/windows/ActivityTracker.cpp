@@ -1,5 +1,7 @@
 #include "platform/linux/windows/ActivityTracker.h"
 
+#include <algorithm>
+
 namespace ondrel::platform::windows {
 
 void ActivityTracker::update(bool hasKeyboard) {
@@ -20,7 +22,7 @@ void ActivityTracker::loseKeyboard(async::Duration patience) {
   if (!active_ || waiting_ || holds_ > 0)
     return;
   waiting_ = true;
-  resigning_ = async::Timer(patience, [this] { resign(); });
+  resignAfter(patience);
 }
 
 base::Subscription ActivityTracker::hold() {
@@ -34,11 +36,17 @@ base::Subscription ActivityTracker::hold() {
   });
 }
 
-void ActivityTracker::resign() {
-  waiting_ = false;
-  events_.deactivating();
-  active_ = false;
-  events_.deactivated();
+void ActivityTracker::resignAfter(async::Duration patience) {
+  resigning_ = async::Timer(patience, [this, patience] {
+    if (events_.isStillInFront && events_.isStillInFront()) {
+      resignAfter(std::min<async::Duration>(2 * patience, longestGrace));
+      return;
+    }
+    waiting_ = false;
+    events_.deactivating();
+    active_ = false;
+    events_.deactivated();
+  });
 }
 
 } // namespace ondrel::platform::windows

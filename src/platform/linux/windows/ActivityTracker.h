@@ -14,6 +14,8 @@ namespace ondrel::platform::windows {
 class ActivityTracker {
  public:
   static constexpr std::chrono::milliseconds grace{50};
+  // How long until it is asked anew, at most.
+  static constexpr std::chrono::seconds longestGrace{1};
   // Another process has closed a panel of ours and tells us, and the desktop moves the keyboard back.
   static constexpr std::chrono::seconds graceAfterPanel{1};
 
@@ -21,6 +23,9 @@ class ActivityTracker {
     std::function<void()> activated;
     std::function<void()> deactivating;
     std::function<void()> deactivated;
+    // Asked when the keyboard stays away: something took it for a moment (a panel's menu, a key that a
+    // program has reserved) and the window in front is ours all the same. May be empty.
+    std::function<bool()> isStillInFront{};
   };
   explicit ActivityTracker(Events events) : events_(std::move(events)) {}
 
@@ -32,7 +37,7 @@ class ActivityTracker {
 
  private:
   void loseKeyboard(async::Duration patience);
-  void resign();
+  void resignAfter(async::Duration patience);
 
   Events events_;
   bool active_ = false;

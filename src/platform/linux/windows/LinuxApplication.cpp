@@ -52,7 +52,8 @@ LinuxApplication::LinuxApplication(Options options)
                        if (windowSystem_)
                          windowSystem_->forgetKey();
                        deactivated.emit();
-                     }}) {
+                     },
+                 .isStillInFront = x11::isOwnWindowActive}) {
   const char* presentName = g_get_application_name();
   if (!presentName || options_.displayName != presentName)
     g_set_application_name(options_.displayName.c_str());

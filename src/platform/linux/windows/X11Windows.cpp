@@ -63,6 +63,20 @@ Property property(Display* display, Window window, const char* name, Atom type) 
   return result;
 }
 
+// Null on other desktops.
+GdkDisplay* x11Display() {
+  auto* display = gdk_display_get_default();
+  return display && GDK_IS_X11_DISPLAY(display) ? display : nullptr;
+}
+
+// As the window manager tells; 0 for none.
+Window activeWindow(GdkDisplay* gdkDisplay) {
+  auto* display = gdk_x11_display_get_xdisplay(gdkDisplay);
+  const ErrorTrap trap(gdkDisplay);
+  const auto active = property(display, DefaultRootWindow(display), "_NET_ACTIVE_WINDOW", XA_WINDOW);
+  return active.count > 0 && active.format == 32 ? *reinterpret_cast<const Window*>(active.data.get()) : 0;
+}
+
 } // namespace
 
 std::optional<std::pair<int, int>> position(GtkWindow* window) {
@@ -113,18 +127,12 @@ std::uint32_t serverTime(GtkWindow* window) {
 }
 
 std::optional<std::string> activeApplicationId() {
-  auto* gdkDisplay = gdk_display_get_default();
-  if (!gdkDisplay || !GDK_IS_X11_DISPLAY(gdkDisplay))
+  auto* gdkDisplay = x11Display();
+  const auto window = gdkDisplay ? activeWindow(gdkDisplay) : 0;
+  if (window == 0)
     return std::nullopt;
   auto* display = gdk_x11_display_get_xdisplay(gdkDisplay);
   const ErrorTrap trap(gdkDisplay);
-  const auto active = property(display, DefaultRootWindow(display), "_NET_ACTIVE_WINDOW", XA_WINDOW);
-  if (active.count < 1 || active.format != 32)
-    return std::nullopt;
-  const auto window = *reinterpret_cast<const Window*>(active.data.get());
-  if (window == 0)
-    return std::nullopt;
-
   const auto id =
       property(display, window, "_GTK_APPLICATION_ID", XInternAtom(display, "UTF8_STRING", False));
   if (id.count > 0 && id.format == 8)
@@ -138,6 +146,13 @@ std::optional<std::string> activeApplicationId() {
   if (end == std::string::npos)
     return std::nullopt;
   return std::string(text.c_str() + end + 1);
+}
+
+bool isOwnWindowActive() {
+  auto* display = x11Display();
+  const auto window = display ? activeWindow(display) : 0;
+  auto* surface = window != 0 ? gdk_x11_surface_lookup_for_display(display, window) : nullptr;
+  return surface && gdk_surface_get_mapped(surface); // a window manager may still name one that was hidden
 }
 
 G_GNUC_END_IGNORE_DEPRECATIONS

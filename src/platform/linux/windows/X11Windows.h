@@ -25,5 +25,7 @@ std::uint32_t serverTime(GtkWindow* window);
 
 // The id of the application whose window is active.
 std::optional<std::string> activeApplicationId();
+// The active window is one of this program's, whoever has the keyboard at the moment.
+bool isOwnWindowActive();
 
 } // namespace ondrel::platform::x11
