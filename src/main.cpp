@@ -9,6 +9,7 @@
 #include "platform/linux/desktop/LogindSleep.h"
 #include "platform/linux/desktop/Rendering.h"
 #include "platform/linux/desktop/ScriptingObject.h"
+#include "platform/linux/desktop/StatusNotifierItem.h"
 #include "platform/linux/files/GioFileReader.h"
 #include "platform/linux/files/JsonUserDefaults.h"
 #include "platform/linux/files/PosixFileStore.h"
@@ -116,7 +117,13 @@ class Program {
              .applicationName = programInfo.displayName,
              .useActivationToken =
                  [&application](const std::string& token) { application.setActivationToken(token); }}),
-        launcherEntry_(programInfo.identifier), scripting_(programInfo.identifier),
+        launcherEntry_(programInfo.identifier),
+        statusItem_({.applicationId = programInfo.identifier,
+                     .applicationName = programInfo.displayName,
+                     .useActivationToken =
+                         [&application](const std::string& token) { application.setActivationToken(token); },
+                     .keepActive = [&application] { return application.keepActive(); }}),
+        scripting_(programInfo.identifier),
         scripts_(scripts::pageScriptSource(platform::text::resourceText, consoleRelay())),
         app_({.programInfo = programInfo,
               .application = application,
@@ -135,6 +142,7 @@ class Program {
               .launcherBadge = launcherEntry_,
               .sleepMonitor = logind_,
               .scripting = scripting_,
+              .statusItem = statusItem_,
               .textFormatting = textFormatting_,
               .exportIcon = platform::text::resourceText(exportIcon).value_or(""),
               .makeTcpListener = [] { return std::make_unique<platform::network::GioTcpListener>(); },
@@ -161,7 +169,9 @@ class Program {
                     .navigate =
                         [this](const std::string& url, const std::optional<std::string>& emailId) {
                           app_.emailLinkService().navigate(url, emailId);
-                        }}) {}
+                        }}) {
+    app_.setShowSettings([this] { interface_.showSettings(); });
+  }
 
   // Tells the user when the windows are there.
   void warn(platform::Alert alert) { scope_.spawn(show(std::move(alert))); }
@@ -184,6 +194,7 @@ class Program {
   platform::network::SoupHttpClient http_;
   platform::desktop::DesktopNotifications notifications_;
   platform::desktop::LauncherEntry launcherEntry_;
+  platform::desktop::StatusNotifierItem statusItem_;
   platform::desktop::LogindSleep logind_;
   platform::desktop::ScriptingObject scripting_;
   platform::text::IcuTextFormatting textFormatting_;

@@ -87,6 +87,13 @@ OndrelApp::OndrelApp(const PlatformAbilities& platform, settings::Site site, con
                           return std::make_unique<mcp::MCPHTTPServer>(makeListener(), std::move(handler));
                         }),
       mcpSettings_(settings_, mcpServerManager_, platform.clipboard),
+      statusIcon_({.item = platform.statusItem,
+                   .settings = settings_,
+                   .focus = focusManager_,
+                   .visibility = visibility_,
+                   .displayName = platform.programInfo.displayName,
+                   .openSettings = [this] { openSettings(); },
+                   .appeared = [this] { lifecycle_.openSettingsAction = [this] { openSettings(); }; }}),
       unsavedFiles_({highlightStore_.file(), platform.defaultsFile, sessionStore_.file(), closedTabs_.file()},
                     platform.application, platform.panels) {
   appDelegate_.setWindowManager(&windowManager_);
@@ -123,6 +130,12 @@ void OndrelApp::takeLinks(const PlatformAbilities& platform) {
     mailtoHandler_.handle(*url);
     return true;
   };
+}
+
+void OndrelApp::openSettings() {
+  webServices_.application.activate(); // first: the settings come in front of it
+  if (showSettings_)
+    showSettings_();
 }
 
 OndrelApp::~OndrelApp() {

@@ -17,6 +17,7 @@
 #include "integrations/EmailLinkService.h"
 #include "integrations/GetAddressCommand.h"
 #include "integrations/MailtoHandler.h"
+#include "integrations/StatusIcon.h"
 #include "jmap/JMAPSession.h"
 #include "jmap/newmail/NotificationManager.h"
 #include "mcp/MCPServerManager.h"
@@ -48,6 +49,7 @@ class NotificationCenter;
 
 class Scripting;
 class SleepMonitor;
+class StatusItem;
 class TcpListener;
 class TextFormatting;
 } // namespace ondrel::platform
@@ -73,6 +75,7 @@ struct PlatformAbilities {
   platform::LauncherBadge& launcherBadge;
   platform::SleepMonitor& sleepMonitor;
   platform::Scripting& scripting;
+  platform::StatusItem& statusItem;
   const platform::TextFormatting& textFormatting;
   std::string exportIcon; // the program's icon on exported pages, a PNG's bytes; empty for none
   std::function<std::unique_ptr<platform::TcpListener>()> makeTcpListener;
@@ -103,9 +106,12 @@ class OndrelApp {
   mcp::MCPSettingsModel& mcpSettings() { return mcpSettings_; }
   AppLifecycleService& lifecycle() { return lifecycle_; }
   const web::WebServices& webServices() const { return webServices_; }
+  // The interface's own, which comes later than this object.
+  void setShowSettings(std::function<void()> show) { showSettings_ = std::move(show); }
 
  private:
   void takeLinks(const PlatformAbilities& platform);
+  void openSettings();
 
   settings::AppSettings settings_;
   jmap::NotificationManager notificationManager_;
@@ -114,6 +120,7 @@ class OndrelApp {
   app::SessionStore sessionStore_;
   app::ClosedTabs closedTabs_;
   AppLifecycleService lifecycle_;
+  std::function<void()> showSettings_;
   AppDelegate appDelegate_;
   app::WindowManager windowManager_;
   app::CloseQuestion closeQuestion_;
@@ -131,6 +138,7 @@ class OndrelApp {
   integrations::MailtoHandler mailtoHandler_;
   mcp::MCPServerManager mcpServerManager_;
   mcp::MCPSettingsModel mcpSettings_;
+  integrations::StatusIcon statusIcon_;
   UnsavedFiles unsavedFiles_;
   async::Scope scope_;
 };

@@ -58,6 +58,7 @@ class UserInterface {
   UserInterface(const UserInterface&) = delete;
   UserInterface& operator=(const UserInterface&) = delete;
 
+  void showSettings() { settingsWindow_.show(); }
   const std::vector<CommandGroup>& commands() const { return groups_; }
 
  private:

@@ -7,6 +7,7 @@
 #include "support/FakeFileReader.h"
 #include "support/FakeHttpClient.h"
 #include "support/FakeScripting.h"
+#include "support/FakeStatusItem.h"
 #include "support/FakeTcpListener.h"
 #include "support/FakeTextFormatting.h"
 #include "support/TestShell.h"
@@ -145,6 +146,7 @@ class OndrelAppTest : public testing::Test {
         launcherBadge,
         sleepMonitor,
         scripting,
+        statusItem,
         textFormatting,
         {},
         [this] { return std::make_unique<support::FakeTcpListener>(port); },
@@ -177,6 +179,7 @@ class OndrelAppTest : public testing::Test {
   support::FakeLauncherBadge launcherBadge;
   support::FakeSleepMonitor sleepMonitor;
   support::FakeScripting scripting;
+  support::FakeStatusItem statusItem;
   support::FakeTextFormatting textFormatting;
   support::FakeTcpListener::Port port;
 };
