@@ -41,16 +41,26 @@ GVariant* texts(const std::vector<std::string>& urls) {
 } // namespace
 
 std::optional<int> RunningInstance::open(const std::vector<std::string>& urls) const {
+  if (urls.empty())
+    return call("Activate", g_variant_new("(@a{sv})", platformData()));
+  return call("Open", g_variant_new("(@as@a{sv})", texts(urls), platformData()));
+}
+
+std::optional<int> RunningInstance::activateAction(const std::string& name) const {
+  return call("ActivateAction",
+              g_variant_new("(s@av@a{sv})", name.c_str(),
+                            g_variant_new_array(G_VARIANT_TYPE_VARIANT, nullptr, 0), platformData()));
+}
+
+std::optional<int> RunningInstance::call(const char* method, GVariant* arguments) const {
+  const glib::Owned<GVariant> sunk(g_variant_ref_sink(arguments));
   const auto bus = glib::adopt(g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, nullptr));
   if (!bus)
     return std::nullopt;
-  auto* arguments = urls.empty() ? g_variant_new("(@a{sv})", platformData())
-                                 : g_variant_new("(@as@a{sv})", texts(urls), platformData());
   glib::Error error;
   const glib::Owned<GVariant> reply(g_dbus_connection_call_sync(
-      bus.get(), id_.c_str(), objectPath(id_).c_str(), "org.freedesktop.Application",
-      urls.empty() ? "Activate" : "Open", arguments, nullptr, G_DBUS_CALL_FLAGS_NO_AUTO_START, patience,
-      nullptr, error.out()));
+      bus.get(), id_.c_str(), objectPath(id_).c_str(), "org.freedesktop.Application", method, sunk.get(),
+      nullptr, G_DBUS_CALL_FLAGS_NO_AUTO_START, patience, nullptr, error.out()));
   if (reply)
     return EXIT_SUCCESS;
   if (error.matches(G_IO_ERROR, G_IO_ERROR_TIMED_OUT)) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <glib.h>
+
 #include <optional>
 #include <string>
 #include <vector>
@@ -17,8 +19,13 @@ class RunningInstance {
   // has no more to do; absent when there is no such instance, or it ended before it had them. A failure is
   // logged.
   std::optional<int> open(const std::vector<std::string>& urls) const;
+  // Has it perform one of its actions, which takes no parameter. Likewise.
+  std::optional<int> activateAction(const std::string& name) const;
 
  private:
+  // `arguments` is floating.
+  std::optional<int> call(const char* method, GVariant* arguments) const;
+
   std::string id_;
 };
 

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "async/Task.h"
+#include "base/Event.h"
+#include "platform/KeyCombination.h"
+
+#include <expected>
+#include <string>
+
+namespace ondrel::platform {
+
+// Keys that reach the program whichever application is in front. Main thread only.
+class GlobalShortcuts {
+ public:
+  virtual ~GlobalShortcuts() = default;
+
+  // Whether the desktop has a way at all.
+  virtual bool isAvailable() const = 0;
+  // Reserves the keys under a name, in the place of those that it had. An error is one sentence for the user
+  // (the keys are taken, say), and what was reserved before stays.
+  virtual async::Task<std::expected<void, std::string>> reserve(std::string name, KeyCombination keys) = 0;
+  virtual void release(const std::string& name) = 0;
+
+  // With the name, when the keys were pressed and let go.
+  base::Event<const std::string&> performed;
+};
+
+} // namespace ondrel::platform
