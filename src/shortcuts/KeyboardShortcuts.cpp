@@ -1,0 +1,74 @@
+#include "shortcuts/KeyboardShortcuts.h"
+
+#include "async/sleep.h"
+#include "base/Log.h"
+#include "platform/GlobalShortcuts.h"
+#include "platform/UserDefaults.h"
+#include "shortcuts/KeyCombinationText.h"
+
+#include <utility>
+
+namespace ondrel::shortcuts {
+
+namespace {
+constexpr base::Logger logger("system");
+}
+
+KeyboardShortcuts::KeyboardShortcuts(platform::GlobalShortcuts& desktop, platform::UserDefaults& defaults)
+    : desktop_(desktop), defaults_(defaults),
+      performed_(desktop_.performed.subscribe([this](const std::string& name) {
+        const auto found = entries_.find(name);
+        if (found != entries_.end() && found->second.handler && *pauses_ == 0)
+          found->second.handler();
+      })) {
+}
+
+void KeyboardShortcuts::onKeyUp(const std::string& name, std::function<void()> handler) {
+  auto& entry = entries_[name];
+  entry.handler = std::move(handler);
+  const auto stored = parseKeyCombination(defaults_.string(name).value_or(""));
+  if (!stored || !mayBeReserved(*stored))
+    return;
+  entry.state.set({*stored, {}});
+  if (isAvailable())
+    entry.work = scope_.spawn(reserve(name, *stored, false));
+}
+
+bool KeyboardShortcuts::isAvailable() const {
+  return desktop_.isAvailable();
+}
+
+void KeyboardShortcuts::set(const std::string& name, std::optional<platform::KeyCombination> keys) {
+  auto& entry = entries_[name];
+  entry.work.cancel();
+  if (keys) {
+    entry.work = scope_.spawn(reserve(name, *std::move(keys), true));
+    return;
+  }
+  desktop_.release(name);
+  defaults_.remove(name);
+  entry.state.set({});
+}
+
+async::Task<void> KeyboardShortcuts::reserve(std::string name, platform::KeyCombination keys, bool isNew) {
+  const auto reserved = co_await desktop_.reserve(name, keys);
+  const bool cancelled = co_await async::cancelled();
+  if (cancelled)
+    co_return;
+  auto& entry = entries_[name];
+  if (!reserved) {
+    logger.error("No global shortcut {}: {}", displayText(keys), reserved.error());
+    entry.state.set({entry.state->keys, reserved.error()});
+    co_return;
+  }
+  if (isNew)
+    defaults_.set(name, storedText(keys));
+  entry.state.set({std::move(keys), {}});
+}
+
+base::Subscription KeyboardShortcuts::pause() {
+  ++*pauses_;
+  return base::Subscription([pauses = pauses_] { --*pauses; });
+}
+
+} // namespace ondrel::shortcuts
