@@ -9,6 +9,7 @@
 #include "platform/linux/desktop/LogindSleep.h"
 #include "platform/linux/desktop/Rendering.h"
 #include "platform/linux/desktop/ScriptingObject.h"
+#include "platform/linux/desktop/RunningInstance.h"
 #include "platform/linux/desktop/StatusNotifierItem.h"
 #include "platform/linux/files/GioFileReader.h"
 #include "platform/linux/files/JsonUserDefaults.h"
@@ -21,6 +22,7 @@
 #include "platform/linux/text/IcuTextFormatting.h"
 #include "platform/linux/text/ResourceText.h"
 #include "platform/linux/webkit/WebKitViewFactory.h"
+#include "platform/linux/windows/GrabbedShortcuts.h"
 #include "platform/linux/windows/LinuxApplication.h"
 #include "platform/linux/windows/LinuxPanels.h"
 #include "program/OndrelApp.h"
@@ -47,6 +49,8 @@ namespace {
 using namespace ondrel;
 
 constexpr int usageError = 2;
+// The name that the command has as an action of the application.
+constexpr const char* toggleAction = "toggle-visibility";
 constexpr const char* exportIcon = "/org/velmora/Ondrel/highlight-export-icon.png";
 
 int complain(const std::string& problem) {
@@ -143,6 +147,7 @@ class Program {
               .sleepMonitor = logind_,
               .scripting = scripting_,
               .statusItem = statusItem_,
+              .globalShortcuts = shortcuts_,
               .textFormatting = textFormatting_,
               .exportIcon = platform::text::resourceText(exportIcon).value_or(""),
               .makeTcpListener = [] { return std::make_unique<platform::network::GioTcpListener>(); },
@@ -159,10 +164,12 @@ class Program {
                     .uriLauncher = uriLauncher_,
                     .mail = app_.jmapSession().mail(),
                     .mcpSettings = app_.mcpSettings(),
+                    .shortcuts = app_.keyboardShortcuts(),
                     .highlights = app_.highlightService().store(),
                     .highlightExport = app_.highlightExport(),
                     .highlightImport = app_.highlightImport(),
                     .removeAllHighlights = [this] { return app_.highlightService().removeAllHighlights(); },
+                    .toggleVisibility = [this] { app_.visibility().toggle(); },
                     .quit = [this] { app_.quitting().request(); },
                     .programInfo = programInfo,
                     .copyAppleMailLink = [this] { return app_.emailLinkService().copyAppleMailLink(); },
@@ -195,6 +202,7 @@ class Program {
   platform::desktop::DesktopNotifications notifications_;
   platform::desktop::LauncherEntry launcherEntry_;
   platform::desktop::StatusNotifierItem statusItem_;
+  platform::windows::GrabbedShortcuts shortcuts_;
   platform::desktop::LogindSleep logind_;
   platform::desktop::ScriptingObject scripting_;
   platform::text::IcuTextFormatting textFormatting_;
@@ -218,6 +226,10 @@ int run(start::CommandLine commandLine) {
     demo = std::move(*prepared);
   }
   platform::text::GlibLogSink::install(programInfo.identifier);
+  if (commandLine.toggle && commandLine.urls.empty())
+    if (const auto status =
+            platform::desktop::RunningInstance(programInfo.identifier).activateAction(toggleAction))
+      return *status;
   if (demo) {
     // A second service would take the place of the one that the running program talks to.
     if (const auto status =

@@ -94,6 +94,7 @@ OndrelApp::OndrelApp(const PlatformAbilities& platform, settings::Site site, con
                    .displayName = platform.programInfo.displayName,
                    .openSettings = [this] { openSettings(); },
                    .appeared = [this] { lifecycle_.openSettingsAction = [this] { openSettings(); }; }}),
+      keyboardShortcuts_(platform.globalShortcuts, platform.defaults),
       unsavedFiles_({highlightStore_.file(), platform.defaultsFile, sessionStore_.file(), closedTabs_.file()},
                     platform.application, platform.panels) {
   appDelegate_.setWindowManager(&windowManager_);
@@ -114,6 +115,7 @@ OndrelApp::OndrelApp(const PlatformAbilities& platform, settings::Site site, con
     scope_.spawn(askToBecomeDefault(delay, platform.programInfo, platform.application, platform.uriLauncher,
                                     platform.panels, settings_, lifecycle_));
   }
+  keyboardShortcuts_.onKeyUp(shortcuts::toggleVisibility, [this] { visibility_.toggle(); });
 }
 
 void OndrelApp::takeLinks(const PlatformAbilities& platform) {

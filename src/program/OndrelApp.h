@@ -27,6 +27,7 @@
 #include "program/AppLifecycleService.h"
 #include "program/UnsavedFiles.h"
 #include "settings/AppSettings.h"
+#include "shortcuts/KeyboardShortcuts.h"
 #include "web/MessageFiles.h"
 #include "web/WebServices.h"
 #include "web/WebViewConfiguration.h"
@@ -43,6 +44,7 @@ class Directories;
 class LauncherBadge;
 class FileReader;
 class FileStore;
+class GlobalShortcuts;
 class HttpClient;
 class KeptFile;
 class NotificationCenter;
@@ -76,6 +78,7 @@ struct PlatformAbilities {
   platform::SleepMonitor& sleepMonitor;
   platform::Scripting& scripting;
   platform::StatusItem& statusItem;
+  platform::GlobalShortcuts& globalShortcuts;
   const platform::TextFormatting& textFormatting;
   std::string exportIcon; // the program's icon on exported pages, a PNG's bytes; empty for none
   std::function<std::unique_ptr<platform::TcpListener>()> makeTcpListener;
@@ -98,6 +101,7 @@ class OndrelApp {
   app::WindowManager& windowManager() { return windowManager_; }
   app::Quitting& quitting() { return quitting_; }
   app::ProgramVisibility& visibility() { return visibility_; }
+  shortcuts::KeyboardShortcuts& keyboardShortcuts() { return keyboardShortcuts_; }
   integrations::EmailLinkService& emailLinkService() { return emailLinkService_; }
   highlights::HighlightService& highlightService() { return highlightService_; }
   highlights::HighlightExport& highlightExport() { return highlightExport_; }
@@ -139,6 +143,7 @@ class OndrelApp {
   mcp::MCPServerManager mcpServerManager_;
   mcp::MCPSettingsModel mcpSettings_;
   integrations::StatusIcon statusIcon_;
+  shortcuts::KeyboardShortcuts keyboardShortcuts_;
   UnsavedFiles unsavedFiles_;
   async::Scope scope_;
 };

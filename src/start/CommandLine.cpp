@@ -14,6 +14,8 @@ letter, email://... shows a message.
                    the one kept in FOLDER
   --gapplication-service
                    wait for what the session bus has started the program for
+  --toggle         hide the running program, or show it again; start it when there is
+                   none
   --version        print name, version and build
   --help           print this text
 
@@ -38,6 +40,8 @@ std::expected<CommandLine, std::string> CommandLine::parse(const std::vector<std
       result.action = Action::printHelp;
     } else if (argument == "--gapplication-service") {
       result.startedByBus = true;
+    } else if (argument == "--toggle") {
+      result.toggle = true;
     } else if (argument == "--demo") {
       result.demo = true;
     } else if (argument.starts_with(demoWithFolder) && argument.size() > demoWithFolder.size()) {

@@ -34,6 +34,7 @@ UserInterface::UserInterface(const Services& services)
       settingsWindow_({.settings = services_.settings,
                        .mail = services_.mail,
                        .mcp = services_.mcpSettings,
+                       .shortcuts = services_.shortcuts,
                        .openURL = [this](const std::string& url) { services_.uriLauncher.open(url); }},
                       services_.toolkitApplication, [this] { return activeWindow(); }),
       commands_(services_.application, services_.windows, services_.highlights, focusedTab_,
@@ -60,6 +61,7 @@ BrowserCommands::Actions UserInterface::commandActions() {
               [this] {
                 presentAbout(services_.programInfo, services_.settings.site().projectSiteURL, activeWindow());
               },
+          .toggleVisibility = services_.toggleVisibility,
           .quit = services_.quit};
 }
 

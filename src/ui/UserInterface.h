@@ -43,11 +43,13 @@ class UserInterface {
     platform::UriLauncher& uriLauncher;
     jmap::MailQueries& mail;
     mcp::MCPSettingsModel& mcpSettings;
+    shortcuts::KeyboardShortcuts& shortcuts;
     highlights::HighlightStore& highlights;
     highlights::HighlightExport& highlightExport;
     highlights::HighlightImport& highlightImport;
     std::function<async::Task<void>()> removeAllHighlights; // asks first
-    std::function<void()> quit;                             // asks too
+    std::function<void()> toggleVisibility;
+    std::function<void()> quit; // asks too
     platform::ProgramInfo programInfo;
     std::function<async::Task<void>()> copyAppleMailLink; // to the message in front
     // Shows a message of the service; the id of the email where it is known.

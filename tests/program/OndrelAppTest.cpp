@@ -5,6 +5,7 @@
 #include "program/AppLifecycleService.h"
 #include "program/Migration.h"
 #include "support/FakeFileReader.h"
+#include "support/FakeGlobalShortcuts.h"
 #include "support/FakeHttpClient.h"
 #include "support/FakeScripting.h"
 #include "support/FakeStatusItem.h"
@@ -147,6 +148,7 @@ class OndrelAppTest : public testing::Test {
         sleepMonitor,
         scripting,
         statusItem,
+        globalShortcuts,
         textFormatting,
         {},
         [this] { return std::make_unique<support::FakeTcpListener>(port); },
@@ -180,6 +182,7 @@ class OndrelAppTest : public testing::Test {
   support::FakeSleepMonitor sleepMonitor;
   support::FakeScripting scripting;
   support::FakeStatusItem statusItem;
+  support::FakeGlobalShortcuts globalShortcuts;
   support::FakeTextFormatting textFormatting;
   support::FakeTcpListener::Port port;
 };

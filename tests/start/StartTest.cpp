@@ -18,6 +18,7 @@ TEST(CommandLine, SortsArguments) {
   EXPECT_TRUE(parse({"--gapplication-service"})->startedByBus);
   EXPECT_EQ(parse({"--version"})->action, CommandLine::Action::printVersion);
   EXPECT_EQ(parse({"-h"})->action, CommandLine::Action::printHelp);
+  EXPECT_TRUE(parse({"--toggle"})->toggle);
   EXPECT_TRUE(parse({"--demo"})->demo);
   EXPECT_EQ(parse({"--demo"})->demoProfile, std::nullopt);
   EXPECT_EQ(parse({"--demo=/x y"})->demoProfile, "/x y");

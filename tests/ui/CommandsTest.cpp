@@ -37,6 +37,7 @@ class CommandsTest : public ShellTest {
                                  .showSettings = [] {},
                                  .showShortcuts = [] {},
                                  .showAbout = [] {},
+                                 .toggleVisibility = {},
                                  .quit = [this] { done.push_back("quit"); }});
     groups = commands->table();
     actions.emplace(application.get(), groups);
@@ -96,6 +97,7 @@ TEST_F(CommandsTest, EachRowIsAnActionWithoutAParameterAndWithKeysOfItsOwn) {
       EXPECT_EQ(g_strv_length(known.get()), command.accelerators.size()) << name;
     }
   EXPECT_TRUE(names.contains("about-ondrel"));
+  EXPECT_TRUE(names.contains("toggle-visibility")) << "the command line calls it by this name";
   actions.reset();
   EXPECT_FALSE(g_action_group_has_action(group(), "new-tab")) << "nothing stays behind";
 }

@@ -5,6 +5,8 @@
 #include "mcp/MCPServerManager.h"
 #include "mcp/MCPSettingsModel.h"
 #include "mcp/SetupCommand.h"
+#include "shortcuts/KeyboardShortcuts.h"
+#include "support/FakeGlobalShortcuts.h"
 #include "support/FakeJMAPClient.h"
 #include "ui/settings/MCPSettingsView.h"
 
@@ -63,6 +65,8 @@ class SettingsWindowTest : public ShellTest {
   jmap::MailQueries mail{client, shell.settings, [] {}};
   mcp::MCPServerManager server{shell.settings, shell.files, shell.files, {}}; // never started
   mcp::MCPSettingsModel mcp{shell.settings, server, shell.clipboard};
+  support::FakeGlobalShortcuts globalShortcuts;
+  shortcuts::KeyboardShortcuts shortcutKeys{globalShortcuts, shell.defaults};
   std::vector<std::string> opened;
   GtkWindow* parent = nullptr;
   std::optional<SettingsWindow> window =
@@ -70,6 +74,7 @@ class SettingsWindowTest : public ShellTest {
                                     SettingsServices{.settings = shell.settings,
                                                      .mail = mail,
                                                      .mcp = mcp,
+                                                     .shortcuts = shortcutKeys,
                                                      .openURL = [this](auto& url) { opened.push_back(url); }},
                                     nullptr, [this] { return parent; });
 };
@@ -218,6 +223,27 @@ TEST_F(SettingsWindowTest, EachChoiceOfTheVersionIsToldOnce) {
   shell.settings.setEnvironment(FastmailEnvironment::production);
   EXPECT_EQ(adw_combo_row_get_selected(version), 0U);
   EXPECT_EQ(told.size(), 1U) << "it only follows";
+}
+
+TEST_F(SettingsWindowTest, ShowsTheShortcutAndWhatIsWrongWithIt) {
+  const std::string name = shortcuts::toggleVisibility;
+  const auto label = [this] { return std::string(gtk_button_get_label(GTK_BUTTON(find(root(), "record")))); };
+  open();
+  EXPECT_EQ(label(), "Record Shortcut");
+  EXPECT_FALSE(visible("clear"));
+  shortcutKeys.set(name, platform::KeyCombination{.control = true, .key = "m"});
+  shell.loop.advance(1s);
+  EXPECT_EQ(label(), "Ctrl+M");
+  globalShortcuts.taken = "t";
+  shortcutKeys.set(name, platform::KeyCombination{.alt = true, .key = "t"});
+  shell.loop.advance(1s);
+  EXPECT_EQ(label(), "Ctrl+M");
+  EXPECT_EQ(subtitle(name.c_str()), "These are taken.");
+  g_signal_emit_by_name(row("record"), "clicked");
+  EXPECT_EQ(label(), "Recording…");
+  g_signal_emit_by_name(row("clear"), "clicked");
+  EXPECT_EQ(shell.defaults.string(name), std::nullopt);
+  window.reset(); // while it records
 }
 
 } // namespace

@@ -194,6 +194,8 @@ CommandGroup BrowserCommands::general() {
             .accelerators = {"<Control>question"},
             .perform = actions_.showShortcuts},
            {.title = "About " + programInfo_.displayName, .perform = actions_.showAbout},
+           // For keys of the desktop's own, and for who starts the program anew to call it.
+           {.title = "Toggle Visibility", .perform = actions_.toggleVisibility, .place = MenuPlace::none},
            {.title = "Quit", .accelerators = {"<Control>q"}, .perform = actions_.quit}}};
 }
 

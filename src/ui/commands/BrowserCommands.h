@@ -38,6 +38,7 @@ class BrowserCommands {
     std::function<void()> showSettings;
     std::function<void()> showShortcuts;
     std::function<void()> showAbout;
+    std::function<void()> toggleVisibility;
     std::function<void()> quit;
   };
 

@@ -17,6 +17,10 @@ namespace ondrel::settings {
 class AppSettings;
 }
 
+namespace ondrel::shortcuts {
+class KeyboardShortcuts;
+}
+
 namespace ondrel::ui {
 
 // What the sections of the settings window stand on; all outlive it.
@@ -24,6 +28,7 @@ struct SettingsServices {
   settings::AppSettings& settings;
   jmap::MailQueries& mail;
   mcp::MCPSettingsModel& mcp;
+  shortcuts::KeyboardShortcuts& shortcuts;
   std::function<void(const std::string& url)> openURL; // in the desktop's browser
 };
 

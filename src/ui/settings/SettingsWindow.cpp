@@ -4,6 +4,7 @@
 #include "ui/settings/EnvironmentSettingsView.h"
 #include "ui/settings/HighlightSettingsView.h"
 #include "ui/settings/MCPSettingsView.h"
+#include "ui/settings/ShortcutSettingsView.h"
 
 namespace ondrel::ui {
 
@@ -26,6 +27,10 @@ Section localServer(const SettingsServices& services) {
   return std::make_unique<MCPSettingsView>(services.mcp, services.openURL);
 }
 
+Section shortcutKeys(const SettingsServices& services) {
+  return std::make_unique<ShortcutSettingsView>(services.shortcuts);
+}
+
 struct Page {
   settings::SettingsTab tab;
   const char* title;
@@ -36,6 +41,10 @@ struct Page {
 // In the order of the window.
 const std::vector<Page>& pages() {
   static const std::vector<Page> table = {
+      {settings::SettingsTab::shortcuts,
+       "Shortcuts",
+       "preferences-desktop-keyboard-shortcuts-symbolic",
+       {shortcutKeys}},
       {settings::SettingsTab::advanced,
        "Advanced",
        "applications-engineering-symbolic",
