@@ -65,6 +65,14 @@ TEST(ActivityTracker, IgnoresTheMomentBetweenTwoWindowsAndPanels) {
   inFront = false;
   loop.advance(windows::ActivityTracker::longestGrace);
   EXPECT_EQ(log, "BWRBWRBWR");
+
+  tracker.update(true);
+  log.clear();
+  const auto held = tracker.hold();
+  tracker.leave();
+  tracker.update(false);
+  loop.advance(1h);
+  EXPECT_EQ(log, "WR") << "hidden with a panel open";
 }
 
 } // namespace

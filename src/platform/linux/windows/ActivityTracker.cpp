@@ -42,11 +42,19 @@ void ActivityTracker::resignAfter(async::Duration patience) {
       resignAfter(std::min<async::Duration>(2 * patience, longestGrace));
       return;
     }
-    waiting_ = false;
-    events_.deactivating();
-    active_ = false;
-    events_.deactivated();
+    leave();
   });
+}
+
+void ActivityTracker::leave() {
+  hasKeyboard_ = false;
+  waiting_ = false;
+  resigning_.stop();
+  if (!active_)
+    return;
+  events_.deactivating();
+  active_ = false;
+  events_.deactivated();
 }
 
 } // namespace ondrel::platform::windows

@@ -33,6 +33,8 @@ class ActivityTracker {
   // For as long as this is held, an active application stays so: a panel of its own is open, which may be a
   // window of another process.
   base::Subscription hold();
+  // At once, whatever is held: the application has nothing on the screen any more.
+  void leave();
   bool isActive() const { return active_; }
 
  private:

@@ -136,8 +136,9 @@ void LinuxApplication::start() {
         },
         this));
 
-  windowSystem_ = std::make_unique<WindowSystem>(
-      *this, native(), [this] { activity_.update(windowSystem_ && windowSystem_->hasKeyboard()); });
+  windowSystem_ = std::make_unique<WindowSystem>(*this, native(), [this] {
+    activity_.update(windowSystem_ && windowSystem_->hasKeyboard() && !isHidden());
+  });
   if (startup_)
     std::exchange(startup_, nullptr)();
   didFinishLaunching.emit();
@@ -224,8 +225,10 @@ void LinuxApplication::activate() {
 }
 
 void LinuxApplication::hide() {
-  if (windowSystem_)
-    windowSystem_->hide();
+  if (!windowSystem_)
+    return;
+  windowSystem_->hide();
+  activity_.leave();
 }
 
 void LinuxApplication::unhide() {
