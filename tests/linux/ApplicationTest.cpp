@@ -109,6 +109,15 @@ TEST_F(ApplicationTest, HidesAllAndComesBack) {
   });
 }
 
+TEST_F(ApplicationTest, IsLeftWhenItsLastWindowCloses) {
+  run([&] {
+    const auto a = show("a");
+    ASSERT_TRUE(until([&] { return application.isActive(); }));
+    a->close();
+    EXPECT_TRUE(until([&] { return !application.isActive(); }));
+  });
+}
+
 TEST_F(ApplicationTest, ComesToTheFrontWithTheTokenOfAClick) {
   run([&] {
     show("a");

@@ -32,7 +32,9 @@ TopLevelWatch::TopLevelWatch(std::function<void()> changed)
 
 GtkWindow* TopLevelWatch::active() const {
   // The one that gets the keyboard may tell before the one that loses it.
-  if (const auto last = lastActivated_.lock(); last && gtk_window_is_active(last.get()))
+  // One that is being destroyed is out of the list and still says that it is active.
+  const auto last = lastActivated_.lock();
+  if (last && followed_.contains(last.get()) && gtk_window_is_active(last.get()))
     return last.get(); // the toolkit keeps it
   for (guint i = 0; i < g_list_model_get_n_items(topLevels_.get()); ++i) {
     const auto window = glib::adopt(GTK_WINDOW(g_list_model_get_item(topLevels_.get(), i)));
