@@ -126,7 +126,7 @@ class Program {
                      .applicationName = programInfo.displayName,
                      .useActivationToken =
                          [&application](const std::string& token) { application.setActivationToken(token); },
-                     .keepActive = [&application] { return application.keepActive(); }}),
+                     .menuOpens = [&application] { application.panelMenuOpens(); }}),
         scripting_(programInfo.identifier),
         scripts_(scripts::pageScriptSource(platform::text::resourceText, consoleRelay())),
         app_({.programInfo = programInfo,

@@ -68,11 +68,23 @@ TEST(ActivityTracker, IgnoresTheMomentBetweenTwoWindowsAndPanels) {
 
   tracker.update(true);
   log.clear();
-  const auto held = tracker.hold();
+  auto held = tracker.hold();
   tracker.leave();
   tracker.update(false);
   loop.advance(1h);
   EXPECT_EQ(log, "WR") << "hidden with a panel open";
+
+  held.reset();
+  tracker.update(true);
+  log.clear();
+  tracker.lendKeyboard(5s);
+  tracker.update(true); // not gone yet
+  tracker.update(false);
+  loop.advance(4s);
+  tracker.update(true); // the menu has closed
+  tracker.update(false);
+  loop.advance(windows::ActivityTracker::grace);
+  EXPECT_EQ(log, "WR") << "somebody else, in the usual time";
 }
 
 } // namespace

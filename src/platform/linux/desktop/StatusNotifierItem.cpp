@@ -20,7 +20,6 @@ constexpr const char* watcherName = "org.kde.StatusNotifierWatcher";
 constexpr const char* itemPath = "/StatusNotifierItem"; // where watchers look
 constexpr const char* menuPath = "/MenuBar";
 constexpr std::chrono::seconds registrationLimit{30};
-constexpr std::chrono::seconds menuTime{5}; // in which a user chooses
 
 // Of the desktop's icon theme.
 constexpr const char* icon = "mail-read-symbolic";
@@ -91,7 +90,10 @@ void StatusNotifierItem::setInserted(bool inserted) {
 }
 
 void StatusNotifierItem::insert() {
-  menu_ = std::make_unique<StatusMenu>(menuPath, [this] { menuOpens(); });
+  menu_ = std::make_unique<StatusMenu>(menuPath, [this] {
+    if (options_.menuOpens)
+      options_.menuOpens();
+  });
   menu_->setRows(rows_);
   object_ = BusObject(connection_, itemPath, description,
                       {[this](const std::string& method, GVariant* arguments) { called(method, arguments); },
@@ -110,8 +112,6 @@ void StatusNotifierItem::remove() {
   name_ = {};
   object_ = {};
   menu_.reset();
-  menuCloses_.stop();
-  activeForMenu_.reset();
   isShown.set(false);
 }
 
@@ -133,13 +133,6 @@ async::Task<void> StatusNotifierItem::registerWith(std::string watcher, std::str
     isShown.set(true);
   else
     logger.error("The panel doesn't take the icon: {}", answer ? errorText(*answer) : answer.error());
-}
-
-void StatusNotifierItem::menuOpens() {
-  if (!options_.keepActive)
-    return;
-  activeForMenu_ = options_.keepActive();
-  menuCloses_ = async::Timer(menuTime, [this] { activeForMenu_.reset(); });
 }
 
 void StatusNotifierItem::called(const std::string& method, GVariant* arguments) {

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "async/Scope.h"
-#include "async/Timer.h"
 #include "platform/StatusItem.h"
 #include "platform/linux/desktop/BusObject.h"
 #include "platform/linux/desktop/MessageBus.h"
@@ -23,9 +22,9 @@ class StatusNotifierItem final : public StatusItem {
     std::string applicationName;
     // Gets the desktop's token for a click before `activated` or a row tells of it. May be empty.
     std::function<void(const std::string& token)> useActivationToken{};
-    // Held while the menu may be open, which belongs to the program though another process shows it. May be
-    // empty.
-    std::function<base::Subscription()> keepActive{};
+    // A panel is about to show the menu, which belongs to the program all the same. When it closes, most
+    // don't tell. May be empty.
+    std::function<void()> menuOpens{};
   };
   // The bus is the session's: the menu is always there.
   explicit StatusNotifierItem(Options options, BusConnector bus = sessionBus);
@@ -41,7 +40,6 @@ class StatusNotifierItem final : public StatusItem {
   void remove();
   void watch(std::string name);
   async::Task<void> registerWith(std::string watcher, std::string name);
-  void menuOpens();
   void called(const std::string& method, GVariant* arguments);
   GVariant* property(const std::string& name) const;
 
@@ -53,8 +51,6 @@ class StatusNotifierItem final : public StatusItem {
   glib::Ref<GDBusConnection> connection_;
   // While it is inserted.
   std::unique_ptr<StatusMenu> menu_;
-  base::Subscription activeForMenu_;
-  async::Timer menuCloses_;
   BusObject object_;
   OwnedBusName name_;
   BusNameWatch watcher_;

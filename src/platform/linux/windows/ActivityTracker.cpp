@@ -1,13 +1,15 @@
 #include "platform/linux/windows/ActivityTracker.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace ondrel::platform::windows {
 
 void ActivityTracker::update(bool hasKeyboard) {
   hasKeyboard_ = hasKeyboard;
   if (hasKeyboard) {
-    waiting_ = false;
+    if (std::exchange(waiting_, false))
+      lentUntil_.reset(); // it is back
     resigning_.stop();
     if (!active_) {
       active_ = true;
@@ -22,7 +24,16 @@ void ActivityTracker::loseKeyboard(async::Duration patience) {
   if (!active_ || waiting_ || holds_ > 0)
     return;
   waiting_ = true;
+  if (const auto lent = std::exchange(lentUntil_, std::nullopt))
+    patience = std::max(patience, *lent - async::EventLoop::current().now());
   resignAfter(patience);
+}
+
+void ActivityTracker::lendKeyboard(async::Duration longest) {
+  if (waiting_)
+    resignAfter(longest);
+  else
+    lentUntil_ = async::EventLoop::current().after(longest);
 }
 
 base::Subscription ActivityTracker::hold() {

@@ -6,6 +6,7 @@
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <optional>
 
 namespace ondrel::platform::windows {
 
@@ -33,6 +34,9 @@ class ActivityTracker {
   // For as long as this is held, an active application stays so: a panel of its own is open, which may be a
   // window of another process.
   base::Subscription hold();
+  // The keyboard is about to go to something of the program's that another process shows, and comes back: the
+  // application stays active until then, for that long at most.
+  void lendKeyboard(async::Duration longest);
   // At once, whatever is held: the application has nothing on the screen any more.
   void leave();
   bool isActive() const { return active_; }
@@ -46,6 +50,7 @@ class ActivityTracker {
   bool hasKeyboard_ = false;
   bool waiting_ = false; // for the keyboard to come back
   int holds_ = 0;
+  std::optional<async::TimePoint> lentUntil_;
   async::Timer resigning_;
   std::shared_ptr<ActivityTracker*> self_ = std::make_shared<ActivityTracker*>(this); // what holds have of it
 };

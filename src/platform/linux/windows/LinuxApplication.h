@@ -61,6 +61,9 @@ class LinuxApplication final : public Application {
   // program stays active.
   base::Subscription keepActive() { return activity_.hold(); }
 
+  // The program's menu opens in the desktop's panel, which takes the keyboard for as long as a user chooses.
+  void panelMenuOpens() { activity_.lendKeyboard(std::chrono::seconds(5)); }
+
   // For actions, accelerators and dialogs in ui/. Borrowed.
   GtkApplication* native() const { return GTK_APPLICATION(application_.get()); }
 

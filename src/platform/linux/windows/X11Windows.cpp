@@ -1,5 +1,7 @@
 #include "platform/linux/windows/X11Windows.h"
 
+#include "platform/linux/glib/Ref.h"
+
 #include <gdk/x11/gdkx.h>
 
 #include <X11/Xatom.h>
@@ -148,11 +150,18 @@ std::optional<std::string> activeApplicationId() {
   return std::string(text.c_str() + end + 1);
 }
 
+// A window manager may still name one that was hidden or destroyed.
 bool isOwnWindowActive() {
   auto* display = x11Display();
-  const auto window = display ? activeWindow(display) : 0;
-  auto* surface = window != 0 ? gdk_x11_surface_lookup_for_display(display, window) : nullptr;
-  return surface && gdk_surface_get_mapped(surface); // a window manager may still name one that was hidden
+  const auto active = display ? activeWindow(display) : 0;
+  auto* topLevels = gtk_window_get_toplevels();
+  for (guint i = 0; active != 0 && i < g_list_model_get_n_items(topLevels); ++i) {
+    const auto window = glib::adopt(GTK_WINDOW(g_list_model_get_item(topLevels, i)));
+    const auto x = target(window.get());
+    if (x && x->window == active && gtk_widget_get_mapped(GTK_WIDGET(window.get())))
+      return true;
+  }
+  return false;
 }
 
 G_GNUC_END_IGNORE_DEPRECATIONS
