@@ -8,9 +8,10 @@ namespace ondrel::program {
 struct AppLifecycleService {
   // The application that took the foreground when this one last lost it was Hookmark.
   bool isHookmarkActive = false;
-  // Opens the settings window, where the user can make the program the default mail application; unset as
-  // long as there is no such place.
+  // Opens the settings window; unset until the icon in the panel has been there.
   std::function<void()> openSettingsAction;
+  // The user can make the program the default mail application in the settings.
+  bool settingsOfferDefaultClient = false;
 };
 
 } // namespace ondrel::program

@@ -21,7 +21,8 @@ async::Task<void> askToBecomeDefault(std::chrono::seconds delay, platform::Progr
                                      AppLifecycleService& lifecycle) {
   co_await async::sleep(delay);
   // Without settings to go to, the question would lead nowhere.
-  if (!lifecycle.openSettingsAction || isDefaultEmailClient(uriLauncher, programInfo))
+  if (!lifecycle.openSettingsAction || !lifecycle.settingsOfferDefaultClient ||
+      isDefaultEmailClient(uriLauncher, programInfo))
     co_return;
   platform::Alert alert{programInfo.displayName + " is not your default email app",
                         "Would you like to go to Settings to change this now?",

@@ -7,6 +7,7 @@
 #include "support/FakeFileReader.h"
 #include "support/FakeGlobalShortcuts.h"
 #include "support/FakeHttpClient.h"
+#include "support/FakeLauncherBadge.h"
 #include "support/FakeScripting.h"
 #include "support/FakeStatusItem.h"
 #include "support/FakeTcpListener.h"
@@ -192,6 +193,7 @@ TEST_F(OndrelAppTest, AsksOnceForTheDefault) {
   EXPECT_EQ(shell.application.all.size(), 1U) << "the session's restoring opens the first window";
   int settingsOpened = 0;
   app->lifecycle().openSettingsAction = [&] { ++settingsOpened; };
+  app->lifecycle().settingsOfferDefaultClient = true;
   shell.loop.advance(90s - 1ms);
   EXPECT_TRUE(shell.panels.alerts.empty());
   shell.loop.advance(1ms);
@@ -231,6 +233,7 @@ TEST_F(OndrelAppTest, DoesNotAskForWhatCannotBe) {
   ownBundle.isMailApplication = false;
   app = launch();
   app->lifecycle().openSettingsAction = [] {};
+  app->lifecycle().settingsOfferDefaultClient = true;
   shell.loop.advance(300s);
   EXPECT_TRUE(shell.panels.alerts.empty());
   EXPECT_EQ(shell.defaults.boolean("_defaultClientCheck"), std::nullopt);
@@ -240,6 +243,7 @@ TEST_F(OndrelAppTest, NotNowOpensNothing) {
   shell.panels.alertAnswer = platform::Panels::firstButton + 1;
   const auto app = launch();
   app->lifecycle().openSettingsAction = [] { FAIL(); };
+  app->lifecycle().settingsOfferDefaultClient = true;
   const auto activations = shell.application.activations;
   shell.loop.advance(120s);
   EXPECT_EQ(shell.application.activations, activations);
