@@ -127,6 +127,30 @@ std::string_view cutAtCharacter(std::string_view text, std::size_t limit) {
   return text.substr(0, end);
 }
 
+std::string escapedMarkup(std::string_view text) {
+  std::string result;
+  result.reserve(text.size() + text.size() / 16);
+  for (const char c : text) {
+    switch (c) {
+    case '&':
+      result += "&amp;";
+      break;
+    case '<':
+      result += "&lt;";
+      break;
+    case '>':
+      result += "&gt;";
+      break;
+    case '"':
+      result += "&quot;";
+      break;
+    default:
+      result += c;
+    }
+  }
+  return result;
+}
+
 std::string safeFileName(std::string_view name, std::string_view fallback) {
   auto clean = displayLine(name);
   std::ranges::replace(clean, '/', '-');

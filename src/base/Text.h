@@ -29,6 +29,9 @@ std::string shortDisplayLine(std::string_view text);
 // At most `limit` bytes from the start, cut between characters.
 std::string_view cutAtCharacter(std::string_view text, std::size_t limit);
 
+// For the text between tags and for attributes in double quotes, in HTML and in what Pango takes.
+std::string escapedMarkup(std::string_view text);
+
 // A base name that the program may use for a file of its own choosing in a folder of its own choosing:
 // separators, control and direction characters replaced, no leading dots, at most 240 bytes, which leaves
 // room for a suffix while it is written, cut at a character with the extension kept; `fallback` when nothing

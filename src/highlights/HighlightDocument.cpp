@@ -1,5 +1,7 @@
 #include "highlights/HighlightDocument.h"
 
+#include "base/Text.h"
+
 #include <string_view>
 
 namespace ondrel::highlights {
@@ -56,46 +58,22 @@ span.subject:hover { text-decoration: none; }
 .problem { font-weight: 600; }
 )";
 
-std::string escaped(std::string_view text) {
-  std::string result;
-  result.reserve(text.size() + text.size() / 16);
-  for (const char c : text) {
-    switch (c) {
-    case '&':
-      result += "&amp;";
-      break;
-    case '<':
-      result += "&lt;";
-      break;
-    case '>':
-      result += "&gt;";
-      break;
-    case '"':
-      result += "&quot;";
-      break;
-    default:
-      result += c;
-    }
-  }
-  return result;
-}
-
 void append(std::string& html, const HighlightDocument::Entry& entry) {
   html.append("<div class=\"highlight\">\n");
   if (entry.url.empty())
     html.append("<span class=\"subject\">Message not looked up</span>");
   else
     html.append("<a class=\"subject\" href=\"")
-        .append(escaped(entry.url))
+        .append(base::escapedMarkup(entry.url))
         .append("\">")
-        .append(escaped(entry.subject))
+        .append(base::escapedMarkup(entry.subject))
         .append("</a>");
   html.append("\n<p class=\"quote\"><span class=\"context\">")
-      .append(escaped(entry.prefix))
+      .append(base::escapedMarkup(entry.prefix))
       .append("</span><mark>")
-      .append(escaped(entry.exact))
+      .append(base::escapedMarkup(entry.exact))
       .append("</mark><span class=\"context\">")
-      .append(escaped(entry.suffix))
+      .append(base::escapedMarkup(entry.suffix))
       .append("</span></p>\n</div>");
 }
 
@@ -110,12 +88,12 @@ std::string HighlightDocument::html() const {
   if (iconURL)
     html.append("<img class=\"app-icon\" src=\"").append(*iconURL).append("\" alt=\"\">");
   html.append("\n<div>\n<h1>Ondrel Highlights</h1>\n<p class=\"meta\">Exported ");
-  html.append(escaped(date)).append(" — ").append(std::to_string(entries.size()));
+  html.append(base::escapedMarkup(date)).append(" — ").append(std::to_string(entries.size()));
   html.append(entries.size() == 1 ? " highlight" : " highlights").append("</p>\n</div>\n</div>\n");
   if (!problem.empty())
-    html.append("<p class=\"problem\">").append(escaped(problem)).append("</p>\n");
+    html.append("<p class=\"problem\">").append(base::escapedMarkup(problem)).append("</p>\n");
   if (entries.empty())
-    html.append("<p class=\"empty\">").append(escaped(whenEmpty)).append("</p>");
+    html.append("<p class=\"empty\">").append(base::escapedMarkup(whenEmpty)).append("</p>");
   for (const auto& entry : entries) {
     if (&entry != &entries.front())
       html.append("\n");

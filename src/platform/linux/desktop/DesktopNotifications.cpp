@@ -68,21 +68,6 @@ bool holds(const glib::Ref<GDBusMessage>& reply, std::string_view wanted) {
   return holds(texts.get(), wanted);
 }
 
-std::string escaped(std::string_view text) {
-  std::string result;
-  for (const char c : text) {
-    if (c == '&')
-      result += "&amp;";
-    else if (c == '<')
-      result += "&lt;";
-    else if (c == '>')
-      result += "&gt;";
-    else
-      result += c;
-  }
-  return result;
-}
-
 std::string line(std::string_view text, std::size_t longest) {
   return text::boundedUtf8(base::displayLine(text.substr(0, longestLookedAt)), longest);
 }
@@ -284,7 +269,7 @@ async::Task<BusAnswer> DesktopNotifications::notify(glib::Ref<GDBusConnection> c
   for (const auto& further : content.furtherLines)
     body += "\n" + further;
   if (server.bodyMarkup)
-    body = escaped(body);
+    body = base::escapedMarkup(body);
   auto* arguments = g_variant_new("(susssasa{sv}i)", options_.applicationName.c_str(), replacesNone,
                                   options_.applicationId.c_str(), content.title.c_str(), body.c_str(),
                                   &actions, &hints, expiresAsTheServerLikes);
