@@ -5,9 +5,11 @@
 #include "highlights/file/HighlightPayload.h"
 
 #include <boost/json/array.hpp>
+#include <boost/json/object.hpp>
 #include <boost/json/parse.hpp>
 #include <boost/json/value.hpp>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
@@ -17,6 +19,7 @@ namespace {
 
 using namespace ondrel::highlights;
 using State = PayloadDecoder::State;
+namespace json = boost::json;
 
 void require(bool holds) {
   if (!holds)
@@ -35,9 +38,28 @@ State decode(std::string_view payload, std::vector<ExportedHighlight>& highlight
 }
 
 // The JSON library takes a decimal number for the one or the other double next to it.
-bool isSameTime(double read, double written) {
-  const auto towardsIt = [written](double time) { return std::nextafter(time, written); };
+bool isSameNumber(double read, double written) {
+  const auto towardsIt = [written](double number) { return std::nextafter(number, written); };
   return towardsIt(towardsIt(read)) == written;
+}
+
+bool isSame(const json::value& read, const json::value& written) {
+  if (read.is_double() && written.is_double())
+    return isSameNumber(read.get_double(), written.get_double());
+  if (read.is_array() && written.is_array())
+    return std::ranges::equal(read.get_array(), written.get_array(), isSame);
+  if (read.is_object() && written.is_object())
+    return std::ranges::equal(read.get_object(), written.get_object(),
+                              [](const auto& one, const auto& other) {
+                                return one.key() == other.key() && isSame(one.value(), other.value());
+                              });
+  return read == written;
+}
+
+// What a later version of the program has written.
+bool isSameFurther(const std::string& read, const std::string& written) {
+  return read == written ||
+         (!read.empty() && !written.empty() && isSame(json::parse(read), json::parse(written)));
 }
 
 void checkFound(std::string_view document) {
@@ -65,8 +87,11 @@ void checkDecoded(std::string_view json) {
   std::vector<ExportedHighlight> again;
   require(decode(encodedPayload(highlights), again) == State::done && again.size() == highlights.size());
   for (std::size_t i = 0; i < again.size(); ++i) {
-    require(isSameTime(again[i].highlight.createdAt, highlights[i].highlight.createdAt));
-    again[i].highlight.createdAt = highlights[i].highlight.createdAt;
+    auto& read = again[i].highlight;
+    const auto& written = highlights[i].highlight;
+    require(isSameNumber(read.createdAt, written.createdAt) && isSameFurther(read.further, written.further));
+    read.createdAt = written.createdAt;
+    read.further = written.further;
   }
   require(again == highlights);
 }
