@@ -29,7 +29,7 @@ void KeyboardShortcuts::onKeyUp(const std::string& name, std::function<void()> h
   const auto stored = parseKeyCombination(defaults_.string(name).value_or(""));
   if (!stored || !mayBeReserved(*stored))
     return;
-  entry.state.set({*stored, {}});
+  entry.state.set({stored, {}});
   if (isAvailable())
     entry.work = scope_.spawn(reserve(name, *stored, false));
 }

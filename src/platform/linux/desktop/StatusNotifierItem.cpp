@@ -115,7 +115,7 @@ void StatusNotifierItem::remove() {
   isShown.set(false);
 }
 
-void StatusNotifierItem::watch(std::string name) {
+void StatusNotifierItem::watch(const std::string& name) {
   watcher_ = BusNameWatch(connection_, watcherName, [this, name](const std::string& owner) {
     registration_.cancel();
     isShown.set(false);

@@ -38,7 +38,7 @@ class StatusNotifierItem final : public StatusItem {
   async::Task<void> connect(BusConnector bus);
   void insert();
   void remove();
-  void watch(std::string name);
+  void watch(const std::string& name);
   async::Task<void> registerWith(std::string watcher, std::string name);
   void called(const std::string& method, GVariant* arguments);
   GVariant* property(const std::string& name) const;
