@@ -3,6 +3,7 @@
 #include "app/WindowManager.h"
 #include "base/Text.h"
 #include "base/Url.h"
+#include "jmap/mail/MessageURL.h"
 #include "jmap/newmail/NotificationManager.h"
 #include "platform/Application.h"
 #include "platform/Clipboard.h"
@@ -55,9 +56,8 @@ void EmailLinkService::navigate(const std::string& url, const std::optional<std:
   if (!shown) {
     services_.windowManager.addresses().openURL(url);
   } else if (emailId) {
-    const auto parsed = base::Url::parse(url);
-    const auto last = parsed ? parsed->lastPathComponent() : std::string();
-    scope_.spawn(web::selectRow(*emailId, last.substr(0, last.find('.')), shown, services_.webServices));
+    const auto address = jmap::MessageAddress::of(url);
+    scope_.spawn(web::selectRow(*emailId, address ? address->threadId : "", shown, services_.webServices));
   }
   logger_.info("Navigated to FastMail URL: {}", url);
 }
