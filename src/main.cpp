@@ -103,7 +103,8 @@ scripts::ConsoleRelay consoleRelay() {
 class Program {
  public:
   Program(platform::windows::LinuxApplication& application, const platform::ProgramInfo& programInfo,
-          const start::ProgramFolders& folders, settings::Site site, platform::desktop::Rendering rendering)
+          const start::ProgramFolders& folders, settings::Site site, platform::desktop::Rendering rendering,
+          bool startsInBackground)
       : application_(application), defaults_(files_, directories_.configuration() + "/defaults.json"),
         panels_({.defaults = defaults_,
                  .directories = directories_,
@@ -153,7 +154,8 @@ class Program {
               .makeTcpListener = [] { return std::make_unique<platform::network::GioTcpListener>(); },
               .hasEnvironmentVariable =
                   [](std::string_view name) { return std::getenv(std::string(name).c_str()) != nullptr; },
-              .randomUpTo = randomUpTo},
+              .randomUpTo = randomUpTo,
+              .startsInBackground = startsInBackground},
              std::move(site), scripts_,
              [](const web::WebServices& services) { return ui::contentFactory(services); }),
         interface_({.toolkitApplication = application.native(),
@@ -248,10 +250,12 @@ int run(start::CommandLine commandLine) {
   glib::GlibEventLoop loop;
   platform::windows::LinuxApplication application({.applicationId = programInfo.identifier,
                                                    .displayName = programInfo.displayName,
-                                                   .startedByBus = commandLine.startedByBus});
+                                                   .startedByBus = commandLine.startedByBus,
+                                                   .startsInBackground = commandLine.background});
   std::unique_ptr<Program> program;
   const int status = application.run(std::move(commandLine.urls), [&] {
-    program = std::make_unique<Program>(application, programInfo, folders, std::move(*site), rendering);
+    program = std::make_unique<Program>(application, programInfo, folders, std::move(*site), rendering,
+                                        commandLine.background);
     if (!demo && !home->temporary().empty())
       program->warn(temporaryHomeAlert(home->temporary()));
   });

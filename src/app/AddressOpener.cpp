@@ -30,6 +30,7 @@ ViewModelPtr AddressOpener::viewModelAt(const std::string& url) const {
 }
 
 ViewModelPtr AddressOpener::openURL(const std::string& url) {
+  windowWanted_();
   application_.activate();
   const auto windows = windows_.shownWithoutLetters();
   if (windows.empty())
@@ -56,11 +57,13 @@ ViewModelPtr AddressOpener::openBesideLetters(const std::string& url) {
 }
 
 ViewModelPtr AddressOpener::loadInActiveWindow(const std::string& url) {
+  windowWanted_();
   const auto active = windows_.activeOf(windows_.shownWithoutLetters());
   return active ? showIn(*active, url) : nullptr;
 }
 
 ViewModelPtr AddressOpener::openInNewTabOrWindow(const std::string& url) {
+  windowWanted_();
   application_.activate();
   auto viewModel = viewModelAt(url);
   if (const auto active = windows_.activeWindow())

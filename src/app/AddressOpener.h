@@ -2,8 +2,10 @@
 
 #include "app/BrowserWindows.h"
 
+#include <functional>
 #include <memory>
 #include <string>
+#include <utility>
 
 namespace ondrel::web {
 struct WebServices;
@@ -22,6 +24,9 @@ class AddressOpener {
   AddressOpener(platform::Application& application, BrowserWindows& windows, TabOpener& tabs,
                 const web::WebServices& services)
       : application_(application), windows_(windows), tabs_(tabs), services_(services) {}
+
+  // Called before windows are looked for: there may be none yet, but for a wish like this.
+  void setWindowWanted(std::function<void()> handler) { windowWanted_ = std::move(handler); }
 
   // Shows a message of the service in the first window with mail where no letter is being written; in a new
   // tab or window when there is none. Gives the one that shows it.
@@ -42,6 +47,7 @@ class AddressOpener {
   BrowserWindows& windows_;
   TabOpener& tabs_;
   const web::WebServices& services_;
+  std::function<void()> windowWanted_ = [] {};
 };
 
 } // namespace ondrel::app

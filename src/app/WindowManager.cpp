@@ -11,6 +11,7 @@
 #include "web/WindowViewModel.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace ondrel::app {
 
@@ -41,13 +42,15 @@ void insert(const std::shared_ptr<platform::Window>& window, const platform::Win
 WindowManager::WindowManager(platform::Application& application, settings::AppSettings& settings,
                              SessionStore& sessionStore, ClosedTabs& closedTabs,
                              platform::Clipboard& clipboard, const web::WebServices& webServices,
-                             BrowserContentFactory contentFactory)
+                             BrowserContentFactory contentFactory, bool startsInBackground)
     : application_(application), settings_(settings), closedTabs_(closedTabs), webServices_(webServices),
       windows_(application), tabs_(application, windows_, webServices, std::move(contentFactory)),
       addresses_(application, windows_, tabs_, webServices),
       session_(application, windows_, sessionStore, webServices), conversation_(application, windows_),
       copiedLink_(clipboard, settings) {
-  later(&WindowManager::restore);
+  addresses_.setWindowWanted([this] { restoreSession(); });
+  if (!startsInBackground)
+    later(&WindowManager::restore);
   subscriptions_.push_back(application_.aboutToQuit.subscribe([this] {
     session_.finish();
     closedTabs_.finish();
@@ -94,10 +97,14 @@ bool WindowManager::keyDown(const KeyEvent& event) {
 }
 
 void WindowManager::openMainWindow() {
+  if (restoreSession())
+    return;
   tabs_.showAlone(tabs_.makeWindow(tabs_.newViewModel()));
 }
 
 void WindowManager::reopenWindow() {
+  if (restoreSession())
+    return;
   const auto window = tabs_.makeWindow(tabs_.newViewModel());
   if (lastClosedWindowFrame_)
     window->setFrame(*lastClosedWindowFrame_);
@@ -141,15 +148,18 @@ void WindowManager::environmentChanged() {
       viewModel->show(base);
 }
 
-void WindowManager::restore() {
+bool WindowManager::restoreSession() {
+  if (std::exchange(isRestored_, true))
+    return false;
   const auto session = session_.load();
   if (!session || session->windows.empty()) {
     openMainWindow();
-    return;
+    return true;
   }
   for (const auto& window : session->windows)
     if (!window.tabs.empty())
       restoreWindow(window);
+  return true;
 }
 
 void WindowManager::restoreWindow(const PersistedWindow& saved) {
@@ -185,6 +195,7 @@ const base::Observable<bool>& WindowManager::canReopenClosedTab() const {
 }
 
 void WindowManager::reopenClosedTab() {
+  restoreSession();
   const auto closed = closedTabs_.take();
   if (!closed)
     return;

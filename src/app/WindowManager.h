@@ -39,12 +39,17 @@ class SessionStore;
 // what happens to them. Lives as long as the process. Main thread only.
 class WindowManager {
  public:
-  // Schedules the restoring of the session for the first turn of the main loop.
+  // Schedules the restoring of the session for the first turn of the main loop. Started in the background,
+  // the program has no windows until one is wanted.
   WindowManager(platform::Application& application, settings::AppSettings& settings,
                 SessionStore& sessionStore, ClosedTabs& closedTabs, platform::Clipboard& clipboard,
-                const web::WebServices& webServices, BrowserContentFactory contentFactory);
+                const web::WebServices& webServices, BrowserContentFactory contentFactory,
+                bool startsInBackground = false);
   ~WindowManager();
 
+  // Brings the windows of the last run back, or opens the first one. False when that has been done. Each of
+  // the others begins with it, and is content with what comes back.
+  bool restoreSession();
   void openMainWindow();
   // As openMainWindow, at the frame of the browser window that was closed last.
   void reopenWindow();
@@ -68,7 +73,7 @@ class WindowManager {
   void later(void (WindowManager::*work)());
   async::Task<void> onNextTurn(void (WindowManager::*work)());
 
-  void restore();
+  void restore() { restoreSession(); }
   void restoreWindow(const PersistedWindow& saved);
   void save() { session_.save(); }
   void windowWillClose(const std::shared_ptr<platform::Window>& window);
@@ -87,6 +92,7 @@ class WindowManager {
   SessionKeeper session_;
   ConversationWatch conversation_;
   CopiedLink copiedLink_;
+  bool isRestored_ = false;
   std::optional<platform::Rect> lastClosedWindowFrame_;
   std::vector<base::Subscription> subscriptions_;
   async::Scope scope_;

@@ -39,6 +39,7 @@ void MailtoHandler::handle(const base::Url& url) {
     return;
   MailtoDraft draft(url.absoluteString());
   logger_.info("mailto received — to: {}, subject: {}", forLog(draft.to), forLog(draft.subject.value_or("")));
+  windowManager_.restoreSession(); // its account is that of the letter
   application_.activate();
   // The editor is always that of the production environment.
   const auto& base = settings_.site().webAppBaseURL.production;

@@ -34,7 +34,7 @@ OndrelApp::OndrelApp(const PlatformAbilities& platform, settings::Site site, con
       appDelegate_(platform.application, platform.programInfo, platform.defaults, platform.directories,
                    platform.files, lifecycle_),
       windowManager_(platform.application, settings_, sessionStore_, closedTabs_, platform.clipboard,
-                     webServices_, makeContentFactory(webServices_)),
+                     webServices_, makeContentFactory(webServices_), platform.startsInBackground),
       closeQuestion_(windowManager_, platform.panels),
       quitting_(platform.application, windowManager_, closeQuestion_, platform.panels),
       jmapSession_({.settings = settings_,

@@ -86,6 +86,7 @@ struct PlatformAbilities {
   std::function<bool(std::string_view name)> hasEnvironmentVariable;
   // A number from 0 to `most`, uniformly.
   std::function<unsigned(unsigned most)> randomUpTo;
+  bool startsInBackground = false; // no window is wanted yet
 };
 
 // The root: owns the long-lived objects for the life of the process and makes them in a fixed order.

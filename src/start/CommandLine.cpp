@@ -10,6 +10,7 @@ Opens the mail service in native windows, or brings those of the running program
 the front. A URL goes to the running program, if there is one: mailto:... begins a
 letter, email://... shows a message.
 
+  --background     watch for mail without a window, until one is wanted
   --demo[=FOLDER]  run on the demonstration service, with a throw-away profile or
                    the one kept in FOLDER
   --gapplication-service
@@ -40,6 +41,8 @@ std::expected<CommandLine, std::string> CommandLine::parse(const std::vector<std
       result.action = Action::printHelp;
     } else if (argument == "--gapplication-service") {
       result.startedByBus = true;
+    } else if (argument == "--background") {
+      result.background = true;
     } else if (argument == "--toggle") {
       result.toggle = true;
     } else if (argument == "--demo") {

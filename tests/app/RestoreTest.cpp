@@ -20,9 +20,9 @@ base::Bytes at(const std::string& name) {
 
 class RestoreTest : public testing::Test {
  protected:
-  void startWith(const PersistedSession& session) {
+  void startWith(const PersistedSession& session, bool inBackground = false) {
     shell.files.files["/data/session.json"] = session.encoded();
-    shell.start();
+    shell.start(inBackground);
   }
   PersistedSession saveNow() {
     shell.application.deactivating.emit();
@@ -102,6 +102,20 @@ TEST_F(RestoreTest, ATabWhoseStateTheEngineRefusesLoadsItsAddress) {
   shell.webViews.acceptsState = false;
   startWith({{{{tab("a", at("a"))}, std::nullopt}}});
   EXPECT_EQ(shell.webView(model(0))->loads, (Calls{"https://app.example.com/mail/a"}));
+}
+
+TEST_F(RestoreTest, AfterAStartInTheBackgroundTheFirstWishForAWindowBringsThemBack) {
+  const PersistedSession session{{{{tab("a", at("a"))}, PersistedFrame{5, 6, 700, 500}}}};
+  startWith(session, true);
+  EXPECT_TRUE(shell.application.all.empty());
+  EXPECT_EQ(saveNow(), session) << "nothing to save isn't saved";
+  shell.manager->addresses().openURL("https://app.example.com/mail/b");
+  ASSERT_EQ(shell.application.all.size(), 1U) << "the message comes where mail is shown";
+  EXPECT_EQ(saveNow().windows[0].tabs[0].urlString, "https://app.example.com/mail/b");
+  shell.application.all.at(0)->close();
+  shell.settle();
+  shell.manager->reopenWindow();
+  EXPECT_EQ(*model(0)->urlString, "https://app.example.com/") << "only once";
 }
 
 TEST_F(RestoreTest, DamagedOrEmptySessionsOpenAFreshWindow) {

@@ -41,7 +41,7 @@ class TestShell {
     web::WebView view;
   };
 
-  void start() {
+  void start(bool inBackground = false) {
     closedTabs.emplace(files, files);
     manager = std::make_unique<app::WindowManager>(
         application, settings, sessionStore, *closedTabs, clipboard, services,
@@ -50,7 +50,8 @@ class TestShell {
           content->view.viewDidLoad();
           contents.emplace_back(window, content.get());
           return content;
-        });
+        },
+        inBackground);
     loop.runUntilIdle();
     showFocusedWindow();
   }

@@ -40,6 +40,20 @@ GVariant* texts(const std::vector<std::string>& urls) {
 
 } // namespace
 
+bool RunningInstance::isThere() const {
+  const auto bus = glib::adopt(g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, nullptr));
+  if (!bus)
+    return false;
+  const glib::Owned<GVariant> reply(
+      g_dbus_connection_call_sync(bus.get(), "org.freedesktop.DBus", "/", "org.freedesktop.DBus", "NameHasOwner",
+                                  g_variant_new("(s)", id_.c_str()), G_VARIANT_TYPE("(b)"),
+                                  G_DBUS_CALL_FLAGS_NONE, patience, nullptr, nullptr));
+  gboolean isOwned = FALSE;
+  if (reply)
+    g_variant_get(reply.get(), "(b)", &isOwned);
+  return isOwned != FALSE;
+}
+
 std::optional<int> RunningInstance::open(const std::vector<std::string>& urls) const {
   if (urls.empty())
     return call("Activate", g_variant_new("(@a{sv})", platformData()));

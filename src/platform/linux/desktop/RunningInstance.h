@@ -14,6 +14,7 @@ class RunningInstance {
  public:
   explicit RunningInstance(std::string applicationId) : id_(std::move(applicationId)) {}
 
+  bool isThere() const;
   // Hands it URLs (valid UTF-8), or asks it to come to the front when there are none, with the token that the
   // desktop gave this process for that, and waits until it has them. Gives the exit status for a start that
   // has no more to do; absent when there is no such instance, or it ended before it had them. A failure is

@@ -45,7 +45,7 @@ std::vector<std::string> passable(std::vector<std::string> urls) {
 LinuxApplication::LinuxApplication(Options options)
     : options_(std::move(options)), application_(glib::adopt(ADW_APPLICATION(adw_application_new(
                                         options_.applicationId.c_str(), flags(options_.startedByBus))))),
-      activity_({.activated = [this] { activated.emit(); },
+      isOwnActivation_(!options_.startedByBus), activity_({.activated = [this] { activated.emit(); },
                  .deactivating = [this] { deactivating.emit(); },
                  .deactivated =
                      [this] {
@@ -88,10 +88,17 @@ std::optional<int> LinuxApplication::handOver(const std::string& applicationId,
   return desktop::RunningInstance(applicationId).open(passable(urls));
 }
 
+std::optional<int> LinuxApplication::leaveItToFirst(const std::vector<std::string>& urls) const {
+  const desktop::RunningInstance first(options_.applicationId);
+  if (options_.startsInBackground && urls.empty())
+    return first.isThere() ? std::optional(EXIT_SUCCESS) : std::nullopt;
+  return first.open(urls);
+}
+
 int LinuxApplication::run(std::vector<std::string> urls, std::function<void()> startup) {
   startup_ = std::move(startup);
   urls = passable(std::move(urls));
-  if (const auto status = handOver(options_.applicationId, urls))
+  if (const auto status = leaveItToFirst(urls))
     return *status;
 
   const bool hasBus = glib::adopt(g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, nullptr)).get() != nullptr;
@@ -117,7 +124,7 @@ int LinuxApplication::run(std::vector<std::string> urls, std::function<void()> s
   }
   if (g_application_get_is_remote(app)) { // another one was faster since we looked
     g_object_ref(app);                    // GLib warns of the end of one that was never run
-    return handOver(options_.applicationId, urls).value_or(EXIT_FAILURE);
+    return leaveItToFirst(urls).value_or(EXIT_FAILURE);
   }
   const int status = g_application_run(app, 0, nullptr);
   tellTermination();
@@ -162,7 +169,9 @@ void LinuxApplication::deliver() {
 }
 
 void LinuxApplication::reopen() {
-  if (isLaunching_ || terminating_)
+  if (std::exchange(isOwnActivation_, false) || terminating_)
+    return;
+  if (isLaunching_ && !options_.startsInBackground)
     return; // the launch shows windows anyway
   windowSystem_->unhide();
   const bool visible = windowSystem_->anyVisible();

@@ -21,6 +21,7 @@ class LinuxApplication final : public Application {
     std::string applicationId; // a D-Bus name; windows and desktop file go by it too
     std::string displayName;
     bool startedByBus = false; // as a D-Bus service: what it is for comes as a message
+    bool startsInBackground = false; // no window is wanted yet, nor one of an earlier instance
   };
 
   explicit LinuxApplication(Options options);
@@ -68,6 +69,7 @@ class LinuxApplication final : public Application {
   GtkApplication* native() const { return GTK_APPLICATION(application_.get()); }
 
  private:
+  std::optional<int> leaveItToFirst(const std::vector<std::string>& urls) const;
   void connectSignals();
   void start();
   void receive(std::string url);
@@ -79,6 +81,7 @@ class LinuxApplication final : public Application {
   glib::Ref<AdwApplication> application_;
   std::function<void()> startup_;
   bool isLaunching_ = true;
+  bool isOwnActivation_; // the one that GLib emits at the start is still to come
   bool willTerminateTold_ = false;
   bool terminating_ = false;
   std::deque<std::string> urls_; // not delivered yet
