@@ -2,6 +2,8 @@
 
 #include "async/sleep.h"
 #include "base/Log.h"
+#include "platform/linux/desktop/AutostartEntry.h"
+#include "platform/linux/desktop/DefaultMailService.h"
 #include "platform/linux/desktop/DesktopNotifications.h"
 #include "platform/linux/desktop/LauncherEntry.h"
 #include "platform/linux/desktop/LinuxClipboard.h"
@@ -18,6 +20,8 @@
 #include "platform/linux/glib/GlibEventLoop.h"
 #include "platform/linux/network/GioTcpListener.h"
 #include "platform/linux/network/SoupHttpClient.h"
+#include "platform/linux/portal/BackgroundPortal.h"
+#include "platform/linux/portal/PortalShortcuts.h"
 #include "platform/linux/text/GlibLogSink.h"
 #include "platform/linux/text/IcuTextFormatting.h"
 #include "platform/linux/text/ResourceText.h"
@@ -28,6 +32,7 @@
 #include "program/OndrelApp.h"
 #include "scripts/PageScriptSource.h"
 #include "settings/SettingsKeys.h"
+#include "shortcuts/KeyCombinationText.h"
 #include "start/CommandLine.h"
 #include "start/DemoMode.h"
 #include "start/HomeFolder.h"
@@ -41,6 +46,7 @@
 #include <clocale>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <memory>
 #include <random>
 
@@ -51,6 +57,7 @@ using namespace ondrel;
 constexpr int usageError = 2;
 // The name that the command has as an action of the application.
 constexpr const char* toggleAction = "toggle-visibility";
+constexpr const char* backgroundOption = "--background";
 constexpr const char* exportIcon = "/org/velmora/Ondrel/highlight-export-icon.png";
 
 int complain(const std::string& problem) {
@@ -93,6 +100,24 @@ platform::Alert temporaryHomeAlert(const std::string& folder) {
           {"OK"}};
 }
 
+// The desktop's own files are out of reach there.
+bool isSandboxed() {
+  return std::filesystem::exists("/.flatpak-info");
+}
+
+// X11 gives keys to programs; elsewhere the desktop's portal does, if there is one.
+std::unique_ptr<platform::GlobalShortcuts> globalShortcuts(platform::windows::LinuxApplication& application) {
+  auto grabbed = std::make_unique<platform::windows::GrabbedShortcuts>();
+  if (*grabbed->isAvailable())
+    return grabbed;
+  return std::make_unique<platform::portal::PortalShortcuts>(platform::portal::PortalShortcuts::Options{
+      .description = "Hide the program or show it",
+      .triggerText = shortcuts::storedText,
+      .useActivationToken = [&application](const std::string& token) {
+        application.setActivationToken(token);
+      }});
+}
+
 scripts::ConsoleRelay consoleRelay() {
   // The level of those lines.
   return platform::text::GlibLogSink::shows(base::LogLevel::debug) ? scripts::ConsoleRelay::wanted
@@ -128,6 +153,12 @@ class Program {
                      .useActivationToken =
                          [&application](const std::string& token) { application.setActivationToken(token); },
                      .menuOpens = [&application] { application.panelMenuOpens(); }}),
+        shortcuts_(globalShortcuts(application)), backgroundPortal_(defaults_, {"ondrel", backgroundOption}),
+        autostartEntry_(files_, {.folder = directories_.autostart(),
+                                 .applicationId = programInfo.identifier,
+                                 .applicationName = programInfo.displayName,
+                                 .command = {folders.executables + "/ondrel", backgroundOption}}),
+        loginItem_(isSandboxed() ? static_cast<platform::LoginItem*>(&backgroundPortal_) : &autostartEntry_),
         scripting_(programInfo.identifier),
         scripts_(scripts::pageScriptSource(platform::text::resourceText, consoleRelay())),
         app_({.programInfo = programInfo,
@@ -148,7 +179,10 @@ class Program {
               .sleepMonitor = logind_,
               .scripting = scripting_,
               .statusItem = statusItem_,
-              .globalShortcuts = shortcuts_,
+              .globalShortcuts = *shortcuts_,
+              .defaultMailHelper = defaultMailService_,
+              .loginItem = *loginItem_,
+              .backgroundApplications = backgroundPortal_,
               .textFormatting = textFormatting_,
               .exportIcon = platform::text::resourceText(exportIcon).value_or(""),
               .makeTcpListener = [] { return std::make_unique<platform::network::GioTcpListener>(); },
@@ -167,6 +201,8 @@ class Program {
                     .mail = app_.jmapSession().mail(),
                     .mcpSettings = app_.mcpSettings(),
                     .shortcuts = app_.keyboardShortcuts(),
+                    .defaultEmail = app_.defaultEmailClient(),
+                    .loginItem = app_.loginItem(),
                     .highlights = app_.highlightService().store(),
                     .highlightExport = app_.highlightExport(),
                     .highlightImport = app_.highlightImport(),
@@ -175,6 +211,7 @@ class Program {
                     .quit = [this] { app_.quitting().request(); },
                     .programInfo = programInfo,
                     .copyAppleMailLink = [this] { return app_.emailLinkService().copyAppleMailLink(); },
+                    .openMailto = [this](const std::string& url) { app_.openMailto(url); },
                     .navigate =
                         [this](const std::string& url, const std::optional<std::string>& emailId) {
                           app_.emailLinkService().navigate(url, emailId);
@@ -204,7 +241,11 @@ class Program {
   platform::desktop::DesktopNotifications notifications_;
   platform::desktop::LauncherEntry launcherEntry_;
   platform::desktop::StatusNotifierItem statusItem_;
-  platform::windows::GrabbedShortcuts shortcuts_;
+  const std::unique_ptr<platform::GlobalShortcuts> shortcuts_;
+  platform::desktop::DefaultMailService defaultMailService_;
+  platform::portal::BackgroundPortal backgroundPortal_;
+  platform::desktop::AutostartEntry autostartEntry_;
+  platform::LoginItem* const loginItem_;
   platform::desktop::LogindSleep logind_;
   platform::desktop::ScriptingObject scripting_;
   platform::text::IcuTextFormatting textFormatting_;

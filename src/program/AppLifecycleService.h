@@ -10,8 +10,6 @@ struct AppLifecycleService {
   bool isHookmarkActive = false;
   // Opens the settings window; unset until the icon in the panel has been there.
   std::function<void()> openSettingsAction;
-  // The user can make the program the default mail application in the settings.
-  bool settingsOfferDefaultClient = false;
 };
 
 } // namespace ondrel::program

@@ -1,6 +1,7 @@
 #include "program/DefaultClientAlert.h"
 
 #include "async/sleep.h"
+#include "integrations/DefaultEmailClient.h"
 #include "platform/Application.h"
 #include "platform/Panels.h"
 #include "platform/UriLauncher.h"
@@ -9,20 +10,14 @@
 
 namespace ondrel::program {
 
-bool isDefaultEmailClient(const platform::UriLauncher& uriLauncher,
-                          const platform::ProgramInfo& programInfo) {
-  const auto handler = uriLauncher.defaultApplicationForScheme("mailto");
-  return handler && !programInfo.identifier.empty() && *handler == programInfo.identifier;
-}
-
 async::Task<void> askToBecomeDefault(std::chrono::seconds delay, platform::ProgramInfo programInfo,
                                      platform::Application& application, platform::UriLauncher& uriLauncher,
                                      platform::Panels& panels, settings::AppSettings& settings,
                                      AppLifecycleService& lifecycle) {
   co_await async::sleep(delay);
-  // Without settings to go to, the question would lead nowhere.
-  if (!lifecycle.openSettingsAction || !lifecycle.settingsOfferDefaultClient ||
-      isDefaultEmailClient(uriLauncher, programInfo))
+  // Without settings to go to, the question would lead nowhere; without a window it would come from nowhere.
+  if (!lifecycle.openSettingsAction || !application.frontWindow() ||
+      integrations::isDefaultEmailClient(uriLauncher, programInfo))
     co_return;
   platform::Alert alert{programInfo.displayName + " is not your default email app",
                         "Would you like to go to Settings to change this now?",

@@ -19,9 +19,6 @@ namespace ondrel::program {
 
 struct AppLifecycleService;
 
-// The program opens mailto links on this desktop.
-bool isDefaultEmailClient(const platform::UriLauncher& uriLauncher, const platform::ProgramInfo& programInfo);
-
 // Asks, once the delay is over, whether the user wants the program to be the default mail application. Asked
 // at most once, unless the user switches the question on again.
 async::Task<void> askToBecomeDefault(std::chrono::seconds delay, platform::ProgramInfo programInfo,

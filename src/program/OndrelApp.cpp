@@ -94,6 +94,15 @@ OndrelApp::OndrelApp(const PlatformAbilities& platform, settings::Site site, con
                    .displayName = platform.programInfo.displayName,
                    .openSettings = [this] { openSettings(); },
                    .appeared = [this] { lifecycle_.openSettingsAction = [this] { openSettings(); }; }}),
+      defaultEmailClient_(platform.defaultMailHelper, platform.uriLauncher, platform.programInfo),
+      loginItem_(platform.loginItem), backgroundNotice_({.application = platform.application,
+                                                         .settings = settings_,
+                                                         .notificationCenter = platform.notifications,
+                                                         .notifications = notificationManager_,
+                                                         .background = platform.backgroundApplications,
+                                                         .displayName = platform.programInfo.displayName,
+                                                         .show = [this] { visibility_.toggleForeground(); },
+                                                         .quit = [this] { quitting_.request(); }}),
       keyboardShortcuts_(platform.globalShortcuts, platform.defaults),
       unsavedFiles_({highlightStore_.file(), platform.defaultsFile, sessionStore_.file(), closedTabs_.file()},
                     platform.application, platform.panels) {
@@ -115,6 +124,8 @@ OndrelApp::OndrelApp(const PlatformAbilities& platform, settings::Site site, con
     scope_.spawn(askToBecomeDefault(delay, platform.programInfo, platform.application, platform.uriLauncher,
                                     platform.panels, settings_, lifecycle_));
   }
+  if (platform.startsInBackground)
+    backgroundNotice_.startedInBackground();
   keyboardShortcuts_.onKeyUp(shortcuts::toggleVisibility, [this] { visibility_.toggle(); });
 }
 
@@ -125,13 +136,18 @@ void OndrelApp::takeLinks(const PlatformAbilities& platform) {
   webServices_.beginLetter = [this, &uriLauncher = platform.uriLauncher,
                               programInfo = platform.programInfo](const std::string& link) {
     const auto url = base::Url::parse(link);
-    const bool isOthers =
-        uriLauncher.defaultApplicationForScheme("mailto") && !isDefaultEmailClient(uriLauncher, programInfo);
+    const bool isOthers = uriLauncher.defaultApplicationForScheme("mailto") &&
+                          !integrations::isDefaultEmailClient(uriLauncher, programInfo);
     if (!url || isOthers)
       return false;
     mailtoHandler_.handle(*url);
     return true;
   };
+}
+
+void OndrelApp::openMailto(const std::string& url) {
+  if (!webServices_.beginLetter(url))
+    webServices_.uriLauncher.open(url);
 }
 
 void OndrelApp::openSettings() {

@@ -14,8 +14,11 @@
 #include "highlights/HighlightService.h"
 #include "highlights/KeptHighlights.h"
 #include "highlights/file/HighlightStore.h"
+#include "integrations/BackgroundNotice.h"
+#include "integrations/DefaultEmailClient.h"
 #include "integrations/EmailLinkService.h"
 #include "integrations/GetAddressCommand.h"
+#include "integrations/LoginItemManager.h"
 #include "integrations/MailtoHandler.h"
 #include "integrations/StatusIcon.h"
 #include "jmap/JMAPSession.h"
@@ -38,8 +41,10 @@
 #include <string_view>
 
 namespace ondrel::platform {
+class BackgroundApplications;
 class Clipboard;
 class CookieStore;
+class DefaultMailHelper;
 class Directories;
 class LauncherBadge;
 class FileReader;
@@ -47,8 +52,8 @@ class FileStore;
 class GlobalShortcuts;
 class HttpClient;
 class KeptFile;
+class LoginItem;
 class NotificationCenter;
-
 class Scripting;
 class SleepMonitor;
 class StatusItem;
@@ -79,6 +84,9 @@ struct PlatformAbilities {
   platform::Scripting& scripting;
   platform::StatusItem& statusItem;
   platform::GlobalShortcuts& globalShortcuts;
+  platform::DefaultMailHelper& defaultMailHelper;
+  platform::LoginItem& loginItem;
+  platform::BackgroundApplications& backgroundApplications;
   const platform::TextFormatting& textFormatting;
   std::string exportIcon; // the program's icon on exported pages, a PNG's bytes; empty for none
   std::function<std::unique_ptr<platform::TcpListener>()> makeTcpListener;
@@ -104,6 +112,8 @@ class OndrelApp {
   app::ProgramVisibility& visibility() { return visibility_; }
   shortcuts::KeyboardShortcuts& keyboardShortcuts() { return keyboardShortcuts_; }
   integrations::EmailLinkService& emailLinkService() { return emailLinkService_; }
+  integrations::DefaultEmailClient& defaultEmailClient() { return defaultEmailClient_; }
+  integrations::LoginItemManager& loginItem() { return loginItem_; }
   highlights::HighlightService& highlightService() { return highlightService_; }
   highlights::HighlightExport& highlightExport() { return highlightExport_; }
   highlights::HighlightImport& highlightImport() { return highlightImport_; }
@@ -111,6 +121,8 @@ class OndrelApp {
   mcp::MCPSettingsModel& mcpSettings() { return mcpSettings_; }
   AppLifecycleService& lifecycle() { return lifecycle_; }
   const web::WebServices& webServices() const { return webServices_; }
+  // Begins the letter of a mailto link where the desktop would have it begun.
+  void openMailto(const std::string& url);
   // The interface's own, which comes later than this object.
   void setShowSettings(std::function<void()> show) { showSettings_ = std::move(show); }
 
@@ -144,6 +156,9 @@ class OndrelApp {
   mcp::MCPServerManager mcpServerManager_;
   mcp::MCPSettingsModel mcpSettings_;
   integrations::StatusIcon statusIcon_;
+  integrations::DefaultEmailClient defaultEmailClient_;
+  integrations::LoginItemManager loginItem_;
+  integrations::BackgroundNotice backgroundNotice_;
   shortcuts::KeyboardShortcuts keyboardShortcuts_;
   UnsavedFiles unsavedFiles_;
   async::Scope scope_;

@@ -37,6 +37,8 @@ inline constexpr std::string_view lastSaveFolder = "_lastSaveFolder";
 inline constexpr std::string_view lastOpenFolder = "_lastOpenFolder";
 // Which files beside the highlights' own have been imported; absent until one was.
 inline constexpr std::string_view importedHighlightFiles = "_importedHighlightFiles";
+// The user has been told that the program goes on without windows.
+inline constexpr Key<bool> backgroundNoticeShown{"_backgroundNoticeShown", false};
 inline constexpr Key<std::int64_t> lastMigratedBuild{"_lastMigratedBuild", 0};
 
 } // namespace keys

@@ -20,7 +20,8 @@ KeyboardShortcuts::KeyboardShortcuts(platform::GlobalShortcuts& desktop, platfor
         const auto found = entries_.find(name);
         if (found != entries_.end() && found->second.handler && *pauses_ == 0)
           found->second.handler();
-      })) {
+      })),
+      availability_(desktop_.isAvailable().observe([this] { reserveStored(); })) {
 }
 
 void KeyboardShortcuts::onKeyUp(const std::string& name, std::function<void()> handler) {
@@ -29,12 +30,18 @@ void KeyboardShortcuts::onKeyUp(const std::string& name, std::function<void()> h
   const auto stored = parseKeyCombination(defaults_.string(name).value_or(""));
   if (!stored || !mayBeReserved(*stored))
     return;
-  entry.state.set({stored, {}});
-  if (isAvailable())
+  entry.state.set({stored});
+  if (*isAvailable())
     entry.work = scope_.spawn(reserve(name, *stored, false));
 }
 
-bool KeyboardShortcuts::isAvailable() const {
+void KeyboardShortcuts::reserveStored() {
+  for (auto& [name, entry] : entries_)
+    if (*isAvailable() && entry.state->keys)
+      entry.work = scope_.spawn(reserve(name, *entry.state->keys, false));
+}
+
+const base::Observable<bool>& KeyboardShortcuts::isAvailable() const {
   return desktop_.isAvailable();
 }
 
@@ -58,12 +65,12 @@ async::Task<void> KeyboardShortcuts::reserve(std::string name, platform::KeyComb
   auto& entry = entries_[name];
   if (!reserved) {
     logger.error("No global shortcut {}: {}", displayText(keys), reserved.error());
-    entry.state.set({entry.state->keys, reserved.error()});
+    entry.state.set({entry.state->keys, entry.state->desktopText, reserved.error()});
     co_return;
   }
   if (isNew)
     defaults_.set(name, storedText(keys));
-  entry.state.set({std::move(keys), {}});
+  entry.state.set({std::move(keys), *reserved});
 }
 
 base::Subscription KeyboardShortcuts::pause() {

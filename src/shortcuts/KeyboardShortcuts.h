@@ -28,7 +28,8 @@ class KeyboardShortcuts {
   // What a name has at present.
   struct State {
     std::optional<platform::KeyCombination> keys;
-    std::string problem; // a sentence for the user: why these, or those that were wanted, don't work
+    std::string desktopText{}; // the desktop's own words for them, where it has the last word
+    std::string problem{};     // a sentence for the user: why these, or those that were wanted, don't work
 
     bool operator==(const State&) const = default;
   };
@@ -39,7 +40,7 @@ class KeyboardShortcuts {
   // The handler is called when the keys are let go. Reserves those that are stored. Once for each name.
   void onKeyUp(const std::string& name, std::function<void()> handler);
 
-  bool isAvailable() const;
+  const base::Observable<bool>& isAvailable() const;
   const base::Observable<State>& state(const std::string& name) { return entries_[name].state; }
   // As the user wishes; nothing takes the keys away. Keys that can't be had are not stored, and those from
   // before stay.
@@ -53,6 +54,7 @@ class KeyboardShortcuts {
     std::function<void()> handler;
     async::TaskHandle work;
   };
+  void reserveStored();
   async::Task<void> reserve(std::string name, platform::KeyCombination keys, bool isNew);
 
   platform::GlobalShortcuts& desktop_;
@@ -60,6 +62,7 @@ class KeyboardShortcuts {
   std::map<std::string, Entry> entries_;
   std::shared_ptr<int> pauses_ = std::make_shared<int>(0);
   base::Subscription performed_;
+  base::Subscription availability_;
   async::Scope scope_;
 };
 

@@ -44,6 +44,8 @@ class UserInterface {
     jmap::MailQueries& mail;
     mcp::MCPSettingsModel& mcpSettings;
     shortcuts::KeyboardShortcuts& shortcuts;
+    integrations::DefaultEmailClient& defaultEmail;
+    integrations::LoginItemManager& loginItem;
     highlights::HighlightStore& highlights;
     highlights::HighlightExport& highlightExport;
     highlights::HighlightImport& highlightImport;
@@ -52,6 +54,7 @@ class UserInterface {
     std::function<void()> quit; // asks too
     platform::ProgramInfo programInfo;
     std::function<async::Task<void>()> copyAppleMailLink; // to the message in front
+    std::function<void(const std::string& url)> openMailto;
     // Shows a message of the service; the id of the email where it is known.
     std::function<void(const std::string& url, const std::optional<std::string>& emailId)> navigate;
   };

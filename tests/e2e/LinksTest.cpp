@@ -127,6 +127,29 @@ TEST_F(LinksTest, NothingIsLostAndNothingOpenedTwice) {
   EXPECT_EQ(session()->windows.at(0).tabs.size(), 5U);
 }
 
+TEST_F(LinksTest, TheHelperMakesTheProgramTheOneThatOpensLetters) {
+  install(false);
+  fs::remove(profile / "config/mimeapps.list");
+  write(profile / "data/applications/org.example.Game.desktop",
+        "[Desktop Entry]\nType=Application\nName=Game\nExec=/bin/true\n");
+  const auto folder = profile.string();
+  constexpr const char* helper = "org.velmora.Ondrel.DefaultMailHelper";
+  bus.addService(helper, "/usr/bin/env XDG_CONFIG_HOME=" + folder + "/config XDG_DATA_HOME=" + folder +
+                             "/data " DEFAULT_MAIL_HELPER);
+  const auto ask = [&](const char* identifier) -> std::string {
+    const glib::Owned<GVariant> answer(
+        g_dbus_connection_call_sync(caller.get(), helper, "/org/velmora/Ondrel/DefaultMailHelper", helper,
+                                    "SetAsDefaultMailClient", g_variant_new("(s)", identifier),
+                                    G_VARIANT_TYPE("(bs)"), G_DBUS_CALL_FLAGS_NONE, 20000, nullptr, nullptr));
+    return answer ? glib::CString(g_variant_print(answer.get(), FALSE)).get() : "no answer";
+  };
+  EXPECT_TRUE(ask("org.example.Nobody").starts_with("(false, 'The application is not installed"));
+  EXPECT_TRUE(ask("org.example.Game").contains("t open mail links"));
+  EXPECT_EQ(ask(program), "(true, '')");
+  EXPECT_TRUE(
+      read(profile / "config/mimeapps.list").contains("x-scheme-handler/mailto=org.velmora.Ondrel.desktop"));
+}
+
 TEST_F(LinksTest, AMessageHasAnAddressThatLeadsBackToIt) {
   const auto program = startOnBus();
   ASSERT_NE(signIn(*program), 0U);

@@ -100,5 +100,35 @@ TEST_F(NewMailTest, IsFoundAfterSleepAndWithARenewedToken) {
   EXPECT_EQ(server_.notifications().size(), 2U);
 }
 
+TEST_F(NewMailTest, IsToldOfWithoutAWindowAfterAStartInTheBackground) {
+  begin();
+  press("j o");
+  const auto isOpen = [](const auto& saved) {
+    return saved.windows.at(0).tabs.at(0).urlString.contains("/T1.");
+  };
+  ASSERT_TRUE(sessionBecomes(isOpen));
+  ASSERT_EQ(quit(*program_), 0);
+  const Environment buses = {{"DBUS_SESSION_BUS_ADDRESS", bus_.address()},
+                             {"DBUS_SYSTEM_BUS_ADDRESS", systemBus_.address()}};
+  program_ = start({"--background"}, buses);
+  ASSERT_TRUE(eventually([this] { return listeners() == 1 && windows().empty(); }, 40s))
+      << program_->output();
+  deliver({{"subject", "While nobody looks"}});
+  ASSERT_TRUE(notifiedOf("While nobody looks")) << program_->output();
+  EXPECT_EQ(start({"--background"}, buses)->wait(20s), 0);
+  EXPECT_TRUE(windows().empty());
+  EXPECT_TRUE(isOpen(*session()));
+  EXPECT_EQ(start({}, buses)->wait(20s), 0);
+  EXPECT_TRUE(eventually([] { return windows().size() == 1; }));
+  EXPECT_TRUE(isOpen(*session()));
+  focus(*windows().begin());
+  press("ctrl+w");
+  EXPECT_TRUE(eventually(
+      [this] { return server_.notifications().back().summary == "Ondrel runs in the background"; }));
+  server_.invoke(server_.notifications().back().id, "quit");
+  EXPECT_EQ(program_->wait(20s), 0);
+  program_.reset();
+}
+
 } // namespace
 } // namespace ondrel::e2e

@@ -12,13 +12,13 @@ namespace {
 class GrabbedShortcutsTest : public DesktopTest {
  protected:
   std::string reserve(windows::GrabbedShortcuts& shortcuts, const std::string& name, KeyCombination keys) {
-    std::optional<std::expected<void, std::string>> answer;
+    std::optional<std::expected<std::string, std::string>> answer;
     scope.spawn(ask(shortcuts, name, std::move(keys), answer));
     until([&] { return answer.has_value(); });
     return answer && *answer ? "" : answer ? answer->error() : "no answer";
   }
   static async::Task<void> ask(windows::GrabbedShortcuts& shortcuts, std::string name, KeyCombination keys,
-                               std::optional<std::expected<void, std::string>>& answer) {
+                               std::optional<std::expected<std::string, std::string>>& answer) {
     auto result = co_await shortcuts.reserve(std::move(name), std::move(keys));
     answer = std::move(result);
   }

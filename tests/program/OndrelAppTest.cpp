@@ -4,6 +4,7 @@
 #include "program/AppDelegate.h"
 #include "program/AppLifecycleService.h"
 #include "program/Migration.h"
+#include "support/FakeDesktopServices.h"
 #include "support/FakeFileReader.h"
 #include "support/FakeGlobalShortcuts.h"
 #include "support/FakeHttpClient.h"
@@ -150,6 +151,9 @@ class OndrelAppTest : public testing::Test {
         scripting,
         statusItem,
         globalShortcuts,
+        defaultMailHelper,
+        loginItem,
+        backgroundApplications,
         textFormatting,
         {},
         [this] { return std::make_unique<support::FakeTcpListener>(port); },
@@ -184,6 +188,9 @@ class OndrelAppTest : public testing::Test {
   support::FakeScripting scripting;
   support::FakeStatusItem statusItem;
   support::FakeGlobalShortcuts globalShortcuts;
+  support::FakeDefaultMailHelper defaultMailHelper;
+  support::FakeLoginItem loginItem;
+  support::FakeBackgroundApplications backgroundApplications;
   support::FakeTextFormatting textFormatting;
   support::FakeTcpListener::Port port;
 };
@@ -193,7 +200,6 @@ TEST_F(OndrelAppTest, AsksOnceForTheDefault) {
   EXPECT_EQ(shell.application.all.size(), 1U) << "the session's restoring opens the first window";
   int settingsOpened = 0;
   app->lifecycle().openSettingsAction = [&] { ++settingsOpened; };
-  app->lifecycle().settingsOfferDefaultClient = true;
   shell.loop.advance(90s - 1ms);
   EXPECT_TRUE(shell.panels.alerts.empty());
   shell.loop.advance(1ms);
@@ -228,12 +234,15 @@ TEST_F(OndrelAppTest, NobodyIsAskedWhereThereIsNothingToAsk) {
 }
 
 TEST_F(OndrelAppTest, DoesNotAskForWhatCannotBe) {
-  auto app = launch(); // without settings to change it in
+  auto app = launch();
+  app->lifecycle().openSettingsAction = nullptr; // without settings to change it in
+  shell.loop.advance(300s);
+  app = launch();
+  shell.application.all[0]->close(); // nobody is there to ask
+  shell.application.all[1]->close();
   shell.loop.advance(300s);
   ownBundle.isMailApplication = false;
   app = launch();
-  app->lifecycle().openSettingsAction = [] {};
-  app->lifecycle().settingsOfferDefaultClient = true;
   shell.loop.advance(300s);
   EXPECT_TRUE(shell.panels.alerts.empty());
   EXPECT_EQ(shell.defaults.boolean("_defaultClientCheck"), std::nullopt);
@@ -243,7 +252,6 @@ TEST_F(OndrelAppTest, NotNowOpensNothing) {
   shell.panels.alertAnswer = platform::Panels::firstButton + 1;
   const auto app = launch();
   app->lifecycle().openSettingsAction = [] { FAIL(); };
-  app->lifecycle().settingsOfferDefaultClient = true;
   const auto activations = shell.application.activations;
   shell.loop.advance(120s);
   EXPECT_EQ(shell.application.activations, activations);

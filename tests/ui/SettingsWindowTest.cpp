@@ -1,13 +1,17 @@
 #include "ui/settings/SettingsWindow.h"
 
 #include "ShellTest.h"
+#include "integrations/DefaultEmailClient.h"
+#include "integrations/LoginItemManager.h"
 #include "jmap/mail/MailQueries.h"
 #include "mcp/MCPServerManager.h"
 #include "mcp/MCPSettingsModel.h"
 #include "mcp/SetupCommand.h"
 #include "shortcuts/KeyboardShortcuts.h"
+#include "support/FakeDesktopServices.h"
 #include "support/FakeGlobalShortcuts.h"
 #include "support/FakeJMAPClient.h"
+#include "support/LogCapture.h"
 #include "ui/settings/MCPSettingsView.h"
 
 namespace ondrel::ui {
@@ -67,16 +71,24 @@ class SettingsWindowTest : public ShellTest {
   mcp::MCPSettingsModel mcp{shell.settings, server, shell.clipboard};
   support::FakeGlobalShortcuts globalShortcuts;
   shortcuts::KeyboardShortcuts shortcutKeys{globalShortcuts, shell.defaults};
+  support::FakeDefaultMailHelper helper;
+  support::FakeLoginItem loginItem;
+  integrations::DefaultEmailClient defaultEmail{
+      helper, shell.uriLauncher, {"org.example.Mail", "Mail", "1", "1", true}};
+  integrations::LoginItemManager login{loginItem};
   std::vector<std::string> opened;
   GtkWindow* parent = nullptr;
-  std::optional<SettingsWindow> window =
-      std::optional<SettingsWindow>(std::in_place,
-                                    SettingsServices{.settings = shell.settings,
-                                                     .mail = mail,
-                                                     .mcp = mcp,
-                                                     .shortcuts = shortcutKeys,
-                                                     .openURL = [this](auto& url) { opened.push_back(url); }},
-                                    nullptr, [this] { return parent; });
+  std::optional<SettingsWindow> window = std::optional<SettingsWindow>(
+      std::in_place,
+      SettingsServices{.settings = shell.settings,
+                       .mail = mail,
+                       .mcp = mcp,
+                       .shortcuts = shortcutKeys,
+                       .defaultEmail = defaultEmail,
+                       .loginItem = login,
+                       .openURL = [this](auto& url) { opened.push_back(url); },
+                       .openMailto = [this](auto& url) { opened.push_back(url); }},
+      nullptr, [this] { return parent; });
 };
 
 TEST_F(SettingsWindowTest, ThereIsOneAndItAsksTheAccountEachTimeItIsOpened) {
@@ -223,6 +235,45 @@ TEST_F(SettingsWindowTest, EachChoiceOfTheVersionIsToldOnce) {
   shell.settings.setEnvironment(FastmailEnvironment::production);
   EXPECT_EQ(adw_combo_row_get_selected(version), 0U);
   EXPECT_EQ(told.size(), 1U) << "it only follows";
+}
+
+TEST_F(SettingsWindowTest, BecomesTheDefaultMailApplicationOrTellsWhyNot) {
+  open();
+  const auto title = [this] {
+    return std::string(adw_preferences_row_get_title(ADW_PREFERENCES_ROW(row("default-mail"))));
+  };
+  EXPECT_EQ(title(), "Mail is not your default email app");
+  helper.answer = std::unexpected("");
+  g_signal_emit_by_name(row("set-default-mail"), "clicked");
+  EXPECT_FALSE(visible("set-default-mail")) << "it is under way";
+  shell.loop.advance(1s);
+  EXPECT_EQ(subtitle("default-mail"), "Unknown error");
+  helper.answer = {};
+  helper.didSet = [this] { shell.uriLauncher.mailApplication = "org.example.Mail"; };
+  g_signal_emit_by_name(row("set-default-mail"), "clicked");
+  EXPECT_EQ(subtitle("default-mail"), "");
+  shell.loop.advance(1s);
+  EXPECT_EQ(title(), "Mail is your default email app");
+  EXPECT_FALSE(visible("set-default-mail"));
+  EXPECT_EQ(helper.asked, (std::vector<std::string>(2, "org.example.Mail")));
+}
+
+TEST_F(SettingsWindowTest, SwitchesShowWhatIsTrue) {
+  const support::LogCapture log;
+  open();
+  EXPECT_FALSE(isOn("launch-at-login"));
+  loginItem.answer = std::unexpected("no");
+  gtk_switch_set_active(GTK_SWITCH(controlOf("launch-at-login")), TRUE);
+  shell.loop.advance(1s);
+  EXPECT_FALSE(isOn("launch-at-login"));
+  EXPECT_TRUE(log.count("error system: Could not toggle login item: no") == 1);
+  loginItem.enabled = true;
+  loginItem.changed.emit();
+  EXPECT_TRUE(isOn("launch-at-login"));
+  shell.settings.set(keys::hideOnLoseFocus, true);
+  EXPECT_TRUE(isOn("_hideOnLoseFocus")) << "whoever changes it";
+  gtk_switch_set_active(GTK_SWITCH(controlOf("_hideOnLoseFocus")), FALSE);
+  EXPECT_FALSE(shell.settings.get(keys::hideOnLoseFocus));
 }
 
 TEST_F(SettingsWindowTest, ShowsTheShortcutAndWhatIsWrongWithIt) {

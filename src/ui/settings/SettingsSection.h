@@ -5,6 +5,11 @@
 #include <functional>
 #include <string>
 
+namespace ondrel::integrations {
+class DefaultEmailClient;
+class LoginItemManager;
+} // namespace ondrel::integrations
+
 namespace ondrel::jmap {
 class MailQueries;
 }
@@ -29,7 +34,10 @@ struct SettingsServices {
   jmap::MailQueries& mail;
   mcp::MCPSettingsModel& mcp;
   shortcuts::KeyboardShortcuts& shortcuts;
+  integrations::DefaultEmailClient& defaultEmail;
+  integrations::LoginItemManager& loginItem;
   std::function<void(const std::string& url)> openURL; // in the desktop's browser
+  std::function<void(const std::string& url)> openMailto;
 };
 
 // A group of rows on a page of the settings window, for as long as the window is open.

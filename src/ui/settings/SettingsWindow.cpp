@@ -1,10 +1,17 @@
 #include "ui/settings/SettingsWindow.h"
 
+#include "integrations/DefaultEmailClient.h"
+#include "integrations/SupportMail.h"
+#include "settings/AppSettings.h"
 #include "settings/SettingsTab.h"
+#include "ui/settings/BugReportSettingsView.h"
+#include "ui/settings/DefaultMailSettingsView.h"
 #include "ui/settings/EnvironmentSettingsView.h"
 #include "ui/settings/HighlightSettingsView.h"
+#include "ui/settings/LoginItemSettingsView.h"
 #include "ui/settings/MCPSettingsView.h"
 #include "ui/settings/ShortcutSettingsView.h"
+#include "ui/settings/UISettingsView.h"
 
 namespace ondrel::ui {
 
@@ -13,7 +20,37 @@ namespace {
 constexpr int width = 700;
 constexpr int height = 720;
 
-using Section = std::unique_ptr<SettingsSection>;
+using Section = std::unique_ptr<SettingsSection>; // null where there is nothing to offer
+
+// The demonstration is nobody's mail application.
+bool isInstalledForMail(const SettingsServices& services) {
+  return services.defaultEmail.programInfo().isMailApplication;
+}
+
+Section defaultMail(const SettingsServices& services) {
+  if (!isInstalledForMail(services))
+    return nullptr;
+  return std::make_unique<DefaultMailSettingsView>(services.defaultEmail, services.settings,
+                                                   services.settings.site().projectFAQURL, services.openURL);
+}
+
+Section loginItem(const SettingsServices& services) {
+  if (!isInstalledForMail(services))
+    return nullptr;
+  return std::make_unique<LoginItemSettingsView>(services.loginItem);
+}
+
+Section bugReport(const SettingsServices& services) {
+  const auto& address = services.settings.site().supportAddress;
+  if (address.empty())
+    return nullptr;
+  const auto url = integrations::supportMailURL(address, integrations::bugReportSubject);
+  return std::make_unique<BugReportSettingsView>([open = services.openMailto, url] { open(url); });
+}
+
+Section userInterface(const SettingsServices& services) {
+  return std::make_unique<UISettingsView>(services.settings, services.defaultEmail.programInfo().displayName);
+}
 
 Section environment(const SettingsServices& services) {
   return std::make_unique<EnvironmentSettingsView>(services.settings);
@@ -41,6 +78,11 @@ struct Page {
 // In the order of the window.
 const std::vector<Page>& pages() {
   static const std::vector<Page> table = {
+      {settings::SettingsTab::general,
+       "General",
+       "preferences-system-symbolic",
+       {defaultMail, loginItem, bugReport}},
+      {settings::SettingsTab::userinterface, "User Interface", "computer-symbolic", {userInterface}},
       {settings::SettingsTab::shortcuts,
        "Shortcuts",
        "preferences-desktop-keyboard-shortcuts-symbolic",
@@ -111,9 +153,17 @@ void SettingsWindow::addPages() {
     adw_preferences_page_set_name(widget, std::string(settings::rawValue(page.tab)).c_str());
     adw_preferences_page_set_title(widget, page.title);
     adw_preferences_page_set_icon_name(widget, page.icon);
-    for (const auto make : page.sections) {
-      auto& section = sections_.emplace_back(make(services_));
-      adw_preferences_page_add(widget, section->group());
+    bool isEmpty = true;
+    for (const auto make : page.sections)
+      if (auto section = make(services_)) {
+        adw_preferences_page_add(widget, section->group());
+        sections_.push_back(std::move(section));
+        isEmpty = false;
+      }
+    if (isEmpty) {
+      g_object_ref_sink(widget);
+      g_object_unref(widget);
+      continue;
     }
     adw_preferences_window_add(ADW_PREFERENCES_WINDOW(window_.get()), widget);
   }

@@ -86,6 +86,7 @@ ShortcutRecorder::ShortcutRecorder(shortcuts::KeyboardShortcuts& shortcuts, std:
       focus, "leave", [this](GtkEventControllerFocus*) { stop(); }));
   gtk_widget_add_controller(GTK_WIDGET(record_), focus);
   state_ = shortcuts_.state(name_).observe([this] { update(); });
+  availability_ = shortcuts_.isAvailable().observe([this] { update(); });
   update();
 }
 
@@ -144,9 +145,11 @@ void ShortcutRecorder::stop() {
 }
 
 void ShortcutRecorder::update() {
-  const bool available = shortcuts_.isAvailable();
+  const bool available = *shortcuts_.isAvailable();
   const auto& state = *shortcuts_.state(name_);
-  const auto keys = state.keys ? shortcuts::displayText(*state.keys) : "";
+  const auto keys = !state.keys                  ? ""
+                    : !state.desktopText.empty() ? state.desktopText
+                                                 : shortcuts::displayText(*state.keys);
   const auto shown = isRecording_ ? "Recording…" : keys.empty() ? "Record Shortcut" : keys;
   gtk_button_set_label(record_, shown.c_str());
   setAccessibleLabel(GTK_WIDGET(record_), title_ + ": " + shown);

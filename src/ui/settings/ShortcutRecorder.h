@@ -53,6 +53,7 @@ class ShortcutRecorder {
   std::vector<glib::Connection> connections_;
   glib::Connection pressed_;
   base::Subscription state_;
+  base::Subscription availability_;
 };
 
 } // namespace ondrel::ui

@@ -45,8 +45,8 @@ bool RunningInstance::isThere() const {
   if (!bus)
     return false;
   const glib::Owned<GVariant> reply(
-      g_dbus_connection_call_sync(bus.get(), "org.freedesktop.DBus", "/", "org.freedesktop.DBus", "NameHasOwner",
-                                  g_variant_new("(s)", id_.c_str()), G_VARIANT_TYPE("(b)"),
+      g_dbus_connection_call_sync(bus.get(), "org.freedesktop.DBus", "/", "org.freedesktop.DBus",
+                                  "NameHasOwner", g_variant_new("(s)", id_.c_str()), G_VARIANT_TYPE("(b)"),
                                   G_DBUS_CALL_FLAGS_NONE, patience, nullptr, nullptr));
   gboolean isOwned = FALSE;
   if (reply)

@@ -45,6 +45,10 @@ std::string XdgDirectories::configuration() const {
   return absoluteOr(g_get_user_config_dir(), home() + "/.config") + ownFolder;
 }
 
+std::string XdgDirectories::autostart() const {
+  return absoluteOr(g_get_user_config_dir(), home() + "/.config") + "/autostart";
+}
+
 std::string XdgDirectories::cache() const {
   return absoluteOr(g_get_user_cache_dir(), home() + "/.cache") + ownFolder;
 }

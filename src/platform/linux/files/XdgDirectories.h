@@ -16,6 +16,7 @@ class XdgDirectories final : public Directories {
 
   std::string configuration() const; // $XDG_CONFIG_HOME/ondrel
   std::string cache() const;         // $XDG_CACHE_HOME/ondrel
+  std::string autostart() const;     // $XDG_CONFIG_HOME/autostart, of all programs
 };
 
 } // namespace ondrel::platform::files

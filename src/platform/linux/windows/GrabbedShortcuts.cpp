@@ -53,7 +53,9 @@ constexpr const char* taken = "Another program has these keys. Choose other keys
 } // namespace
 
 GrabbedShortcuts::GrabbedShortcuts() {
-  if (auto* display = gdkDisplay())
+  auto* display = gdkDisplay();
+  isAvailable_.set(display != nullptr);
+  if (display)
     events_ = glib::connect<gboolean(GdkDisplay*, gpointer)>(
         display, "xevent", [this](GdkDisplay*, gpointer event) -> gboolean { return handle(event); });
 }
@@ -63,13 +65,15 @@ GrabbedShortcuts::~GrabbedShortcuts() {
     giveBack(shortcut.grab);
 }
 
-async::Task<std::expected<void, std::string>> GrabbedShortcuts::reserve(std::string name,
-                                                                        KeyCombination keys) {
-  co_return grab(name, keys);
+async::Task<std::expected<std::string, std::string>> GrabbedShortcuts::reserve(std::string name,
+                                                                               KeyCombination keys) {
+  if (auto grabbed = grab(name, keys); !grabbed)
+    co_return std::unexpected(std::move(grabbed.error()));
+  co_return "";
 }
 
 std::expected<void, std::string> GrabbedShortcuts::grab(const std::string& name, const KeyCombination& keys) {
-  if (!isAvailable())
+  if (!*isAvailable_)
     return std::unexpected("This desktop doesn't let programs reserve keys.");
   const auto symbol = XStringToKeysym(keys.key.c_str());
   const Grab wanted{symbol == NoSymbol ? 0U : XKeysymToKeycode(xDisplay(), symbol), modifiersOf(keys)};

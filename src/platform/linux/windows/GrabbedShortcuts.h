@@ -17,8 +17,9 @@ class GrabbedShortcuts final : public GlobalShortcuts {
   GrabbedShortcuts();
   ~GrabbedShortcuts() override;
 
-  bool isAvailable() const override { return static_cast<bool>(events_); }
-  async::Task<std::expected<void, std::string>> reserve(std::string name, KeyCombination keys) override;
+  const base::Observable<bool>& isAvailable() const override { return isAvailable_; }
+  async::Task<std::expected<std::string, std::string>> reserve(std::string name,
+                                                               KeyCombination keys) override;
   void release(const std::string& name) override;
 
  private:
@@ -41,6 +42,7 @@ class GrabbedShortcuts final : public GlobalShortcuts {
   bool handle(void* event); // whether it was for us
   void keyboardChanged();
 
+  base::Observable<bool> isAvailable_{false};
   glib::Connection events_;
   std::map<std::string, Shortcut> shortcuts_;
   std::shared_ptr<bool> alive_ = std::make_shared<bool>(true); // for what is posted

@@ -46,14 +46,14 @@ LinuxApplication::LinuxApplication(Options options)
     : options_(std::move(options)), application_(glib::adopt(ADW_APPLICATION(adw_application_new(
                                         options_.applicationId.c_str(), flags(options_.startedByBus))))),
       isOwnActivation_(!options_.startedByBus), activity_({.activated = [this] { activated.emit(); },
-                 .deactivating = [this] { deactivating.emit(); },
-                 .deactivated =
-                     [this] {
-                       if (windowSystem_)
-                         windowSystem_->forgetKey();
-                       deactivated.emit();
-                     },
-                 .isStillInFront = x11::isOwnWindowActive}) {
+                                                           .deactivating = [this] { deactivating.emit(); },
+                                                           .deactivated =
+                                                               [this] {
+                                                                 if (windowSystem_)
+                                                                   windowSystem_->forgetKey();
+                                                                 deactivated.emit();
+                                                               },
+                                                           .isStillInFront = x11::isOwnWindowActive}) {
   const char* presentName = g_get_application_name();
   if (!presentName || options_.displayName != presentName)
     g_set_application_name(options_.displayName.c_str());

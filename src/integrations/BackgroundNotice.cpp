@@ -1,0 +1,62 @@
+#include "integrations/BackgroundNotice.h"
+
+#include "jmap/newmail/NotificationManager.h"
+#include "platform/Application.h"
+#include "platform/BackgroundApplications.h"
+#include "settings/AppSettings.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace ondrel::integrations {
+
+namespace {
+
+constexpr const char* category = "background";
+constexpr const char* quitAction = "quit";
+constexpr const char* status = "Watching for new mail";
+
+} // namespace
+
+BackgroundNotice::BackgroundNotice(Services services) : services_(std::move(services)) {
+  services_.notifications.registerCategory({category, {{quitAction, "Quit"}}});
+  services_.notifications.setResponseHandler(
+      category, [this](const platform::NotificationResponse& response) {
+        (response.actionIdentifier == quitAction ? services_.quit : services_.show)();
+      });
+  subscriptions_.push_back(
+      services_.application.windowWillClose.subscribe([this](const auto&) { scope_.spawn(windowClosed()); }));
+  subscriptions_.push_back(services_.application.aboutToQuit.subscribe([this] { isQuitting_ = true; }));
+}
+
+void BackgroundNotice::startedInBackground() {
+  services_.background.setStatus(status);
+}
+
+// One that is off the screen with a letter under way doesn't count: nobody sees it.
+bool BackgroundNotice::hasWindow() const {
+  return std::ranges::any_of(services_.application.windows(),
+                             [](const auto& window) { return !window->isWithdrawn(); });
+}
+
+// On a later turn than the event, when the window has gone.
+async::Task<void> BackgroundNotice::windowClosed() {
+  if (isQuitting_ || hasWindow())
+    co_return;
+  services_.background.setStatus(status);
+  if (!services_.settings.get(settings::keys::backgroundNoticeShown))
+    co_await tell();
+}
+
+async::Task<void> BackgroundNotice::tell() {
+  // Where nobody shows notifications there may be somebody another time.
+  const auto authorized = co_await services_.notificationCenter.authorizationStatus();
+  if (authorized != platform::AuthorizationStatus::authorized || isQuitting_ || hasWindow())
+    co_return;
+  services_.settings.set(settings::keys::backgroundNoticeShown, true);
+  co_await services_.notifications.send(
+      services_.displayName + " runs in the background",
+      "It goes on telling you of new mail. Start it again to see its windows.", category, {});
+}
+
+} // namespace ondrel::integrations

@@ -1,0 +1,51 @@
+#pragma once
+
+#include "async/sleep.h"
+#include "platform/BackgroundApplications.h"
+#include "platform/DefaultMailHelper.h"
+#include "platform/LoginItem.h"
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace ondrel::support {
+
+// Answers a second later, as a service that has to be started does.
+class FakeDefaultMailHelper final : public platform::DefaultMailHelper {
+ public:
+  async::Task<std::expected<void, std::string>> setAsDefaultMailClient(std::string identifier) override {
+    asked.push_back(std::move(identifier));
+    [[maybe_unused]] const bool slept = co_await async::sleep(std::chrono::seconds(1));
+    if (answer)
+      didSet();
+    co_return answer;
+  }
+
+  std::expected<void, std::string> answer;
+  std::function<void()> didSet = [] {};
+  std::vector<std::string> asked;
+};
+
+class FakeLoginItem final : public platform::LoginItem {
+ public:
+  bool isEnabled() const override { return enabled; }
+  async::Task<std::expected<void, std::string>> setEnabled(bool wanted) override {
+    [[maybe_unused]] const bool slept = co_await async::sleep(std::chrono::seconds(1));
+    if (answer)
+      enabled = wanted;
+    co_return answer;
+  }
+
+  bool enabled = false;
+  std::expected<void, std::string> answer;
+};
+
+class FakeBackgroundApplications final : public platform::BackgroundApplications {
+ public:
+  void setStatus(const std::string& message) override { told.push_back(message); }
+
+  std::vector<std::string> told;
+};
+
+} // namespace ondrel::support
