@@ -258,6 +258,23 @@ TEST_F(SettingsWindowTest, BecomesTheDefaultMailApplicationOrTellsWhyNot) {
   EXPECT_EQ(helper.asked, (std::vector<std::string>(2, "org.example.Mail")));
 }
 
+TEST_F(SettingsWindowTest, OpensAtThePageThatWasOpenLast) {
+  const auto page = [this] {
+    return std::string(
+        adw_preferences_window_get_visible_page_name(ADW_PREFERENCES_WINDOW(window->window())));
+  };
+  shell.settings.setSelectedSettingsTab(settings::SettingsTab::advanced);
+  open();
+  EXPECT_EQ(page(), "advanced");
+  adw_preferences_window_set_visible_page_name(ADW_PREFERENCES_WINDOW(window->window()), "shortcuts");
+  EXPECT_EQ(shell.settings.selectedSettingsTab(), settings::SettingsTab::shortcuts);
+  shell.settings.setSelectedSettingsTab(settings::SettingsTab::general); // as a question leads there
+  EXPECT_EQ(page(), "general");
+  gtk_window_close(window->window());
+  EXPECT_TRUE(runUntil([&] { return window->window() == nullptr; }));
+  EXPECT_EQ(shell.settings.selectedSettingsTab(), settings::SettingsTab::general);
+}
+
 TEST_F(SettingsWindowTest, SwitchesShowWhatIsTrue) {
   const support::LogCapture log;
   open();

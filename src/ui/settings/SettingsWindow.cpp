@@ -2,6 +2,7 @@
 
 #include "integrations/DefaultEmailClient.h"
 #include "integrations/SupportMail.h"
+#include "platform/UserDefaults.h"
 #include "settings/AppSettings.h"
 #include "settings/SettingsTab.h"
 #include "ui/settings/BugReportSettingsView.h"
@@ -129,6 +130,7 @@ void SettingsWindow::open() {
   gtk_window_set_destroy_with_parent(window_.get(), FALSE);
   adw_preferences_window_set_search_enabled(ADW_PREFERENCES_WINDOW(window_.get()), FALSE);
   addPages();
+  followPage();
 
   // Before the application's own keys: those would look for a tab.
   auto* keys = gtk_shortcut_controller_new();
@@ -145,6 +147,26 @@ void SettingsWindow::open() {
         forget();
         return FALSE; // the toolkit destroys it
       });
+}
+
+// The page that was open last is open again, and anybody may turn to another.
+void SettingsWindow::followPage() {
+  showChosenPage();
+  pageTurned_ = glib::onNotify(window_.get(), "visible-page-name", [this] {
+    const char* name = adw_preferences_window_get_visible_page_name(ADW_PREFERENCES_WINDOW(window_.get()));
+    if (const auto tab = settings::settingsTab(name ? name : ""))
+      services_.settings.setSelectedSettingsTab(*tab);
+  });
+  pageChosen_ = services_.settings.defaults().changed.subscribe([this](const std::string& key) {
+    if (key == settings::keys::selectedSettingsTab.name)
+      showChosenPage();
+  });
+}
+
+void SettingsWindow::showChosenPage() {
+  const std::string name(settings::rawValue(services_.settings.selectedSettingsTab()));
+  if (shownPages_.contains(name))
+    adw_preferences_window_set_visible_page_name(ADW_PREFERENCES_WINDOW(window_.get()), name.c_str());
 }
 
 void SettingsWindow::addPages() {
@@ -166,12 +188,16 @@ void SettingsWindow::addPages() {
       continue;
     }
     adw_preferences_window_add(ADW_PREFERENCES_WINDOW(window_.get()), widget);
+    shownPages_.emplace(settings::rawValue(page.tab));
   }
 }
 
 void SettingsWindow::forget() {
   closing_ = {};
+  pageTurned_ = {};
+  pageChosen_.reset();
   sections_.clear();
+  shownPages_.clear();
   window_ = nullptr;
 }
 

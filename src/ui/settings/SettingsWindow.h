@@ -6,6 +6,8 @@
 
 #include <functional>
 #include <memory>
+#include <set>
+#include <string>
 #include <vector>
 
 namespace ondrel::ui {
@@ -26,6 +28,8 @@ class SettingsWindow {
  private:
   void open();
   void addPages();
+  void followPage();
+  void showChosenPage();
   void forget();
 
   const SettingsServices services_;
@@ -34,7 +38,10 @@ class SettingsWindow {
   // Of the open window; empty while there is none.
   glib::Ref<GtkWindow> window_;
   std::vector<std::unique_ptr<SettingsSection>> sections_;
+  std::set<std::string> shownPages_; // those that have something to offer
   glib::Connection closing_;
+  glib::Connection pageTurned_;
+  base::Subscription pageChosen_;
 };
 
 } // namespace ondrel::ui
