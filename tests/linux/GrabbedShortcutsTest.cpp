@@ -69,6 +69,31 @@ TEST_F(GrabbedShortcutsTest, AreHeardWhateverTheLockKeysAreAtAndRefusedWhenTaken
   });
 }
 
+TEST_F(GrabbedShortcutsTest, FollowNumLockToAnotherModifier) {
+  run([this] {
+    windows::GrabbedShortcuts shortcuts;
+    bool heard = false;
+    const auto performed = shortcuts.performed.subscribe([&](const std::string&) { heard = true; });
+    EXPECT_EQ(reserve(shortcuts, "a", {.control = true, .alt = true, .key = "m"}), "");
+    auto* other = XOpenDisplay(nullptr);
+    const auto numLock = XKeysymToKeycode(other, XStringToKeysym("Num_Lock"));
+    const auto move = [&](int from, int to) {
+      auto* map = XGetModifierMapping(other);
+      map = XInsertModifiermapEntry(XDeleteModifiermapEntry(map, numLock, from), numLock, to);
+      EXPECT_EQ(XSetModifierMapping(other, map), MappingSuccess);
+      XFreeModifiermap(map);
+      settle();
+    };
+    move(Mod2MapIndex, Mod3MapIndex);
+    type("Num_Lock");
+    type("ctrl+alt+m");
+    EXPECT_TRUE(until([&] { return heard; }));
+    type("Num_Lock");
+    move(Mod3MapIndex, Mod2MapIndex);
+    XCloseDisplay(other);
+  });
+}
+
 } // namespace
 
 } // namespace ondrel::platform

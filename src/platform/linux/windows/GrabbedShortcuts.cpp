@@ -47,6 +47,11 @@ unsigned numLockMask() {
   return 0;
 }
 
+std::vector<unsigned> lockVariants() {
+  const auto numLock = numLockMask();
+  return {0, LockMask, numLock, LockMask | numLock};
+}
+
 constexpr const char* noSuchKey = "This keyboard has no such key. Choose other keys.";
 constexpr const char* taken = "Another program has these keys. Choose other keys.";
 
@@ -76,7 +81,8 @@ std::expected<void, std::string> GrabbedShortcuts::grab(const std::string& name,
   if (!*isAvailable_)
     return std::unexpected("This desktop doesn't let programs reserve keys.");
   const auto symbol = XStringToKeysym(keys.key.c_str());
-  const Grab wanted{symbol == NoSymbol ? 0U : XKeysymToKeycode(xDisplay(), symbol), modifiersOf(keys)};
+  const Grab wanted{symbol == NoSymbol ? 0U : XKeysymToKeycode(xDisplay(), symbol), modifiersOf(keys),
+                    lockVariants()};
   if (wanted.keycode == 0)
     return std::unexpected(noSuchKey);
   const auto before = shortcuts_.find(name);
@@ -84,6 +90,7 @@ std::expected<void, std::string> GrabbedShortcuts::grab(const std::string& name,
     if (!take(wanted))
       return std::unexpected(taken);
     release(name);
+    take(wanted); // the two may overlap
   }
   shortcuts_[name] = {keys, wanted};
   return {};
@@ -97,15 +104,10 @@ void GrabbedShortcuts::release(const std::string& name) {
   shortcuts_.erase(found);
 }
 
-std::vector<unsigned> GrabbedShortcuts::lockVariants() const {
-  const auto numLock = numLockMask();
-  return {0, LockMask, numLock, LockMask | numLock};
-}
-
 bool GrabbedShortcuts::take(const Grab& grab) const {
   auto* display = xDisplay();
   gdk_x11_display_error_trap_push(gdkDisplay());
-  for (const auto locks : lockVariants())
+  for (const auto locks : grab.locks)
     XGrabKey(display, static_cast<int>(grab.keycode), grab.modifiers | locks, DefaultRootWindow(display),
              False, GrabModeAsync, GrabModeAsync);
   // Waits for the server's answers.
@@ -119,7 +121,7 @@ void GrabbedShortcuts::giveBack(const Grab& grab) const {
   if (!gdkDisplay())
     return;
   gdk_x11_display_error_trap_push(gdkDisplay());
-  for (const auto locks : lockVariants())
+  for (const auto locks : grab.locks)
     XUngrabKey(xDisplay(), static_cast<int>(grab.keycode), grab.modifiers | locks,
                DefaultRootWindow(xDisplay()));
   gdk_x11_display_error_trap_pop_ignored(gdkDisplay());

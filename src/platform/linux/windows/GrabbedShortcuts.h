@@ -26,7 +26,8 @@ class GrabbedShortcuts final : public GlobalShortcuts {
   // In the X server's terms.
   struct Grab {
     unsigned keycode = 0;
-    unsigned modifiers = 0; // without the lock keys
+    unsigned modifiers = 0;      // without the lock keys
+    std::vector<unsigned> locks; // the variants by what the lock keys may be at
     bool operator==(const Grab&) const = default;
   };
   struct Shortcut {
@@ -37,8 +38,6 @@ class GrabbedShortcuts final : public GlobalShortcuts {
   std::expected<void, std::string> grab(const std::string& name, const KeyCombination& keys);
   bool take(const Grab& grab) const; // all of it or nothing
   void giveBack(const Grab& grab) const;
-  // The variants of a combination by what the lock keys may be at.
-  std::vector<unsigned> lockVariants() const;
   bool handle(void* event); // whether it was for us
   void keyboardChanged();
 
