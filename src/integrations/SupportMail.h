@@ -5,6 +5,7 @@
 
 namespace ondrel::integrations {
 
+inline constexpr std::string_view contactSubject = "Ondrel";
 inline constexpr std::string_view bugReportSubject = "Bug report / wish for Ondrel";
 
 // A link that begins a letter to the project.

@@ -3,6 +3,7 @@
 #include "app/WindowManager.h"
 #include "highlights/HighlightExport.h"
 #include "highlights/HighlightImport.h"
+#include "integrations/SupportMail.h"
 #include "platform/Application.h"
 #include "platform/UriLauncher.h"
 #include "settings/AppSettings.h"
@@ -51,6 +52,15 @@ UserInterface::UserInterface(const Services& services)
 }
 
 BrowserCommands::Actions UserInterface::commandActions() {
+  const auto& site = services_.settings.site();
+  std::function<void()> showHelp;
+  if (!site.projectSiteURL.empty())
+    showHelp = [this, url = site.projectSiteURL] { services_.uriLauncher.open(url); };
+  std::function<void()> contact;
+  if (!site.supportAddress.empty())
+    contact = [this, url = integrations::supportMailURL(site.supportAddress, integrations::contactSubject)] {
+      services_.openMailto(url);
+    };
   return {.navigate = [this](const std::string& url) { services_.navigate(url, std::nullopt); },
           .copyAppleMailLink = [this] { scope_.spawn(services_.copyAppleMailLink()); },
           .highlightSelection = [this] { highlightSelection_.perform(); },
@@ -58,14 +68,22 @@ BrowserCommands::Actions UserInterface::commandActions() {
           .exportHighlights = [this] { scope_.spawn(services_.highlightExport.exportHighlights()); },
           .importHighlights = [this] { scope_.spawn(services_.highlightImport.importHighlights()); },
           .removeAllHighlights = [this] { scope_.spawn(services_.removeAllHighlights()); },
+          .toggleFullScreen = [this] { toggleFullScreen(); },
           .showSettings = [this] { settingsWindow_.show(); },
           .showShortcuts = [this] { presentShortcuts(groups_, activeWindow()); },
+          .showHelp = std::move(showHelp),
+          .contact = std::move(contact),
           .showAbout =
               [this] {
                 presentAbout(services_.programInfo, services_.settings.site().projectSiteURL, activeWindow());
               },
           .toggleVisibility = services_.toggleVisibility,
           .quit = services_.quit};
+}
+
+void UserInterface::toggleFullScreen() const {
+  if (auto* window = activeWindow())
+    (gtk_window_is_fullscreen(window) ? gtk_window_unfullscreen : gtk_window_fullscreen)(window);
 }
 
 GtkWindow* UserInterface::activeWindow() const {

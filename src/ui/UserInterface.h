@@ -68,6 +68,7 @@ class UserInterface {
 
  private:
   BrowserCommands::Actions commandActions();
+  void toggleFullScreen() const;
   GtkWindow* activeWindow() const;
 
   const Services services_;

@@ -34,8 +34,11 @@ class CommandsTest : public ShellTest {
                                  .exportHighlights = [this] { done.push_back("export"); },
                                  .importHighlights = [this] { done.push_back("import"); },
                                  .removeAllHighlights = [this] { done.push_back("remove all"); },
+                                 .toggleFullScreen = [this] { done.push_back("full screen"); },
                                  .showSettings = [] {},
                                  .showShortcuts = [] {},
+                                 .showHelp = [] {},
+                                 .contact = [] {},
                                  .showAbout = [] {},
                                  .toggleVisibility = {},
                                  .quit = [this] { done.push_back("quit"); }});

@@ -50,7 +50,8 @@ BrowserCommands::BrowserCommands(platform::Application& application, app::Window
 }
 
 std::vector<CommandGroup> BrowserCommands::table() {
-  return {windowsAndTabs(), navigation(), view(), printing(), highlights(), removal(), tools(), general()};
+  return {printing(), highlights(), removal(),     windowsAndTabs(), navigation(), view(),
+          toolbar(),  tools(),      preferences(), help(),           program()};
 }
 
 CommandGroup BrowserCommands::windowsAndTabs() {
@@ -63,14 +64,10 @@ CommandGroup BrowserCommands::windowsAndTabs() {
             .accelerators = {"<Control><Shift>t"},
             .perform = [this] { windows_.reopenClosedTab(); },
             .enabledWhen = whenTrue(windows_.canReopenClosedTab())},
-           {.title = "Close Tab",
-            .accelerators = {"<Control>w"},
-            .perform =
-                [this] {
-                  if (const auto key = application_.focusedWindow())
-                    key->requestClose();
-                },
-            .place = MenuPlace::none}}};
+           {.title = "Close Tab", .accelerators = {"<Control>w"}, .perform = [this] {
+              if (const auto key = application_.focusedWindow())
+                key->requestClose();
+            }}}};
 }
 
 CommandGroup BrowserCommands::navigation() {
@@ -156,44 +153,68 @@ CommandGroup BrowserCommands::removal() {
 }
 
 CommandGroup BrowserCommands::tools() {
-  return {"Tools",
-          {{.title = "Open Copied FastMail Link",
-            .accelerators = {"<Control><Shift>f"},
-            .perform = [this] { openCopiedLink(); },
-            .enabledWhen = whenSet(windows_.copiedLink().url)},
-           {.title = "Copy Apple Mail Formatted Link to Clipboard",
-            .accelerators = {"<Control><Shift>c"},
-            .perform = actions_.copyAppleMailLink,
-            .enabledWhen = whenMessageIsOpen(),
-            .help =
-                [this] {
-                  return *windows_.conversation().isConversationVisible
-                             ? ""
-                             : "Only available when an email is selected";
-                }},
-           {.title = "New Masked Email Address",
-            .accelerators = {"<Control><Shift>m"},
-            .perform = [this] { newMaskedEmailAddress(); },
-            .enabledWhen = whenTrue(windows_.conversation().activeURLContainsMail),
-            .help =
-                [this] {
-                  return *windows_.conversation().activeURLContainsMail
-                             ? ""
-                             : "Only available when an mail window is in front";
-                }}}};
+  return {.title = "Tools",
+          .commands = {{.title = "Open Copied FastMail Link",
+                        .accelerators = {"<Control><Shift>f"},
+                        .perform = [this] { openCopiedLink(); },
+                        .enabledWhen = whenSet(windows_.copiedLink().url)},
+                       {.title = "Copy Apple Mail Formatted Link to Clipboard",
+                        .accelerators = {"<Control><Shift>c"},
+                        .perform = actions_.copyAppleMailLink,
+                        .enabledWhen = whenMessageIsOpen(),
+                        .help =
+                            [this] {
+                              return *windows_.conversation().isConversationVisible
+                                         ? ""
+                                         : "Only available when an email is selected";
+                            }},
+                       {.title = "New Masked Email Address",
+                        .accelerators = {"<Control><Shift>m"},
+                        .perform = [this] { newMaskedEmailAddress(); },
+                        .enabledWhen = whenTrue(windows_.conversation().activeURLContainsMail),
+                        .help =
+                            [this] {
+                              return *windows_.conversation().activeURLContainsMail
+                                         ? ""
+                                         : "Only available when an mail window is in front";
+                            }}},
+          .isSubmenu = true};
 }
 
-CommandGroup BrowserCommands::general() {
-  return {"General",
+CommandGroup BrowserCommands::toolbar() {
+  return {"Windows and Tabs",
           {{.title = "Show Toolbar",
             .perform = inKeyTab(focusedTab_, toggleToolbar),
             .enabledWhen = whenFocusedTab(focusedTab_, [](const auto&) { return true; }),
             .checkedWhen = whenFocusedTab(focusedTab_, [](const auto& tab) { return *tab.toolbarVisible; })},
-           {.title = "Settings…", .accelerators = {"<Control>comma"}, .perform = actions_.showSettings},
-           {.title = "Keyboard Shortcuts",
-            .accelerators = {"<Control>question"},
-            .perform = actions_.showShortcuts},
-           {.title = "About " + programInfo_.displayName, .perform = actions_.showAbout},
+           {.title = "Full Screen",
+            .accelerators = {"F11"},
+            .perform = actions_.toggleFullScreen,
+            .enabledWhen = whenFocusedTab(focusedTab_, [](const auto&) { return true; })}}};
+}
+
+CommandGroup BrowserCommands::preferences() {
+  // The keys by which desktops show shortcuts are those of the help, where there is help.
+  const auto keys = actions_.showHelp ? "<Control>F1" : "<Control>question";
+  return {"General",
+          {{.title = "Settings…", .accelerators = {"<Control>comma"}, .perform = actions_.showSettings},
+           {.title = "Keyboard Shortcuts", .accelerators = {keys}, .perform = actions_.showShortcuts}}};
+}
+
+CommandGroup BrowserCommands::help() {
+  CommandGroup group{"General", {}};
+  if (actions_.showHelp)
+    group.commands.push_back({.title = programInfo_.displayName + " Help",
+                              .accelerators = {"<Control>question", "F1"},
+                              .perform = actions_.showHelp});
+  if (actions_.contact)
+    group.commands.push_back({.title = "Contact", .perform = actions_.contact});
+  return group;
+}
+
+CommandGroup BrowserCommands::program() {
+  return {"General",
+          {{.title = "About " + programInfo_.displayName, .perform = actions_.showAbout},
            // For keys of the desktop's own, and for who starts the program anew to call it.
            {.title = "Toggle Visibility", .perform = actions_.toggleVisibility, .place = MenuPlace::none},
            {.title = "Quit", .accelerators = {"<Control>q"}, .perform = actions_.quit}}};

@@ -35,8 +35,11 @@ class BrowserCommands {
     std::function<void()> exportHighlights;
     std::function<void()> importHighlights;
     std::function<void()> removeAllHighlights;
+    std::function<void()> toggleFullScreen; // the top-level in front
     std::function<void()> showSettings;
     std::function<void()> showShortcuts;
+    std::function<void()> showHelp; // empty where there is none; so the next
+    std::function<void()> contact;
     std::function<void()> showAbout;
     std::function<void()> toggleVisibility;
     std::function<void()> quit;
@@ -57,7 +60,10 @@ class BrowserCommands {
   CommandGroup highlights();
   CommandGroup removal();
   CommandGroup tools();
-  CommandGroup general();
+  CommandGroup toolbar();
+  CommandGroup preferences();
+  CommandGroup help();
+  CommandGroup program();
 
   Condition whenHighlighted() const;
   Condition whenMessageIsOpen() const;

@@ -46,10 +46,11 @@ struct Command {
   std::string icon{}; // of a button in the menu
 };
 
-// A section of the menu, and of the window of shortcuts.
+// A section of the menu. The window of shortcuts has one for each title.
 struct CommandGroup {
   std::string title;
   std::vector<Command> commands;
+  bool isSubmenu = false; // shows behind a row of its title
 };
 
 } // namespace ondrel::ui

@@ -14,6 +14,7 @@ glib::Ref<GMenuItem> menuItem(const Command& command) {
   return item;
 }
 
+// A section, or one row that leads to it.
 glib::Ref<GMenuItem> section(const CommandGroup& group) {
   const auto menu = glib::adopt(g_menu_new());
   bool ofButtons = false;
@@ -25,6 +26,11 @@ glib::Ref<GMenuItem> section(const CommandGroup& group) {
   }
   if (g_menu_model_get_n_items(G_MENU_MODEL(menu.get())) == 0)
     return nullptr;
+  if (group.isSubmenu) {
+    const auto row = glib::adopt(g_menu_new());
+    g_menu_append_submenu(row.get(), group.title.c_str(), G_MENU_MODEL(menu.get()));
+    return glib::adopt(g_menu_item_new_section(nullptr, G_MENU_MODEL(row.get())));
+  }
   auto item = glib::adopt(
       g_menu_item_new_section(ofButtons ? group.title.c_str() : nullptr, G_MENU_MODEL(menu.get())));
   if (ofButtons)

@@ -2,8 +2,10 @@
 
 #include "platform/linux/glib/Ref.h"
 
+#include <algorithm>
 #include <array>
 #include <string>
+#include <utility>
 
 namespace ondrel::ui {
 
@@ -40,20 +42,26 @@ std::string groupMarkup(const std::string& title, const std::vector<Shortcut>& s
   return rows.empty() ? rows : object("GtkShortcutsGroup", property("title", title) + rows);
 }
 
-std::string groupMarkup(const CommandGroup& group) {
-  std::vector<Shortcut> shortcuts;
-  for (const auto& command : group.commands)
-    if (!command.accelerators.empty())
-      shortcuts.push_back({command.title, command.accelerators.front()});
-  return groupMarkup(group.title, shortcuts);
+// In the order of the groups, those of one title together.
+std::vector<std::pair<std::string, std::vector<Shortcut>>> byTitle(const std::vector<CommandGroup>& groups) {
+  std::vector<std::pair<std::string, std::vector<Shortcut>>> result;
+  for (const auto& group : groups) {
+    auto found = std::ranges::find(result, group.title, [](const auto& each) { return each.first; });
+    if (found == result.end())
+      found = result.insert(found, {group.title, {}});
+    for (const auto& command : group.commands)
+      if (!command.accelerators.empty())
+        found->second.push_back({command.title, command.accelerators.front()});
+  }
+  return result;
 }
 
 } // namespace
 
 GtkWindow* presentShortcuts(const std::vector<CommandGroup>& groups, GtkWindow* parent) {
   std::string content;
-  for (const auto& group : groups)
-    content += groupMarkup(group);
+  for (const auto& [title, shortcuts] : byTitle(groups))
+    content += groupMarkup(title, shortcuts);
   content += groupMarkup("Tabs", {tabShortcuts.begin(), tabShortcuts.end()});
   const auto markup = "<interface><object class=\"GtkShortcutsWindow\" id=\"shortcuts\"><property "
                       "name=\"modal\">1</property>" +
