@@ -55,11 +55,7 @@ void DefaultMailSettingsView::addButtons(std::string manualURL,
   }
   if (manualURL.empty())
     return;
-  manual_ = adw_action_row_new();
-  adw_preferences_row_set_title(ADW_PREFERENCES_ROW(manual_), "Set it manually instead");
-  adw_action_row_add_suffix(ADW_ACTION_ROW(manual_),
-                            gtk_image_new_from_icon_name("adw-external-link-symbolic"));
-  gtk_list_box_row_set_activatable(GTK_LIST_BOX_ROW(manual_), TRUE);
+  manual_ = GTK_WIDGET(linkRow("Set it manually instead"));
   connections_.push_back(glib::connect<void(AdwActionRow*)>(
       manual_, "activated",
       [openURL = std::move(openURL), url = std::move(manualURL)](AdwActionRow*) { openURL(url); }));

@@ -33,6 +33,14 @@ AdwActionRow* fieldRow(const char* identifier, GtkEntry* field, int characters) 
   return rowWith(identifier, GTK_WIDGET(field));
 }
 
+AdwActionRow* linkRow(const char* title) {
+  auto* row = ADW_ACTION_ROW(adw_action_row_new());
+  adw_preferences_row_set_title(ADW_PREFERENCES_ROW(row), title);
+  adw_action_row_add_suffix(row, gtk_image_new_from_icon_name("adw-external-link-symbolic"));
+  gtk_list_box_row_set_activatable(GTK_LIST_BOX_ROW(row), TRUE);
+  return row;
+}
+
 void setRowTitle(AdwActionRow* row, GtkWidget* control, std::string_view title) {
   adw_preferences_row_set_title(ADW_PREFERENCES_ROW(row), ("_" + std::string(title)).c_str());
   const std::string name(title.substr(0, title.find(':')));

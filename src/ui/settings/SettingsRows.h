@@ -11,6 +11,9 @@ AdwActionRow* switchRow(const char* identifier, GtkSwitch* control);
 // A row with a short text field at its end, which gets the keyboard wherever the row is clicked.
 AdwActionRow* fieldRow(const char* identifier, GtkEntry* field, int characters);
 
+// A row that leads out of the program when it is clicked.
+AdwActionRow* linkRow(const char* title);
+
 // Plain text, never markup. Names the control too, which has no label of its own; the first letter is the
 // mnemonic.
 void setRowTitle(AdwActionRow* row, GtkWidget* control, std::string_view title);

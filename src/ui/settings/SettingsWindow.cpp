@@ -7,6 +7,7 @@
 #include "settings/SettingsTab.h"
 #include "ui/settings/BugReportSettingsView.h"
 #include "ui/settings/DefaultMailSettingsView.h"
+#include "ui/settings/DonationSettingsView.h"
 #include "ui/settings/EnvironmentSettingsView.h"
 #include "ui/settings/HighlightSettingsView.h"
 #include "ui/settings/LoginItemSettingsView.h"
@@ -18,7 +19,7 @@ namespace ondrel::ui {
 
 namespace {
 
-constexpr int width = 700;
+constexpr int width = 860; // room for the pages at the top
 constexpr int height = 720;
 
 using Section = std::unique_ptr<SettingsSection>; // null where there is nothing to offer
@@ -69,6 +70,12 @@ Section shortcutKeys(const SettingsServices& services) {
   return std::make_unique<ShortcutSettingsView>(services.shortcuts);
 }
 
+Section donation(const SettingsServices& services) {
+  const auto& site = services.settings.site();
+  return std::make_unique<DonationSettingsView>(services.defaultEmail.programInfo().displayName,
+                                                site.coffeeURL, site.paypalURL, services.openURL);
+}
+
 struct Page {
   settings::SettingsTab tab;
   const char* title;
@@ -92,6 +99,7 @@ const std::vector<Page>& pages() {
        "Advanced",
        "applications-engineering-symbolic",
        {environment, highlights, localServer}},
+      {settings::SettingsTab::donation, "Donation", "emblem-favorite-symbolic", {donation}},
   };
   return table;
 }
@@ -128,7 +136,6 @@ void SettingsWindow::open() {
   // The tabs behind it change with some settings: let them be seen, used and closed.
   gtk_window_set_modal(window_.get(), FALSE);
   gtk_window_set_destroy_with_parent(window_.get(), FALSE);
-  adw_preferences_window_set_search_enabled(ADW_PREFERENCES_WINDOW(window_.get()), FALSE);
   addPages();
   followPage();
 
