@@ -19,12 +19,15 @@ std::string size(std::int64_t bytes) {
 
 const char* iconName(Kind kind) {
   switch (kind) {
+  case Kind::waiting:
   case Kind::downloading:
     return "folder-download-symbolic";
   case Kind::finished:
     return "emblem-ok-symbolic";
   case Kind::failed:
     return "dialog-error-symbolic";
+  case Kind::cancelled:
+    return "process-stop-symbolic";
   }
   return "";
 }
@@ -33,6 +36,8 @@ const char* iconName(Kind kind) {
 
 std::string downloadStatus(const web::DownloadItem& item) {
   switch (item.state->kind) {
+  case Kind::waiting:
+    return "Waiting";
   case Kind::downloading:
     // Not every server tells how much there is.
     return *item.totalBytes < 0 ? size(*item.bytesWritten)
@@ -41,6 +46,8 @@ std::string downloadStatus(const web::DownloadItem& item) {
     return "Done";
   case Kind::failed:
     return "Failed";
+  case Kind::cancelled:
+    return "Cancelled";
   }
   return "";
 }
