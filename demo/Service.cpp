@@ -1,5 +1,6 @@
 #include "demo/Service.h"
 
+#include "demo/mail/AttachmentMail.h"
 #include "demo/mail/SampleMail.h"
 #include "demo/web/DataSurface.h"
 #include "demo/web/WebAppSurface.h"
@@ -29,6 +30,11 @@ Service::Service()
   web::addWebApp(router_, store_, signIn_);
   web::addData(router_, store_, signIn_);
   jmap_.addTo(router_);
+}
+
+void Service::addAttachmentMail(int emails) {
+  if (emails > 0)
+    mail::addAttachmentMail(store_, emails);
 }
 
 std::expected<void, std::string> Service::listen(std::uint16_t webPort, std::uint16_t controlPort) {

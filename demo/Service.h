@@ -15,6 +15,8 @@ class Service {
  public:
   Service();
 
+  // As the order does; 0 for none.
+  void addAttachmentMail(int emails);
   // Port 0 takes a free one. The result of a failure is one line of text.
   std::expected<void, std::string> listen(std::uint16_t webPort, std::uint16_t controlPort);
   std::uint16_t webPort() const { return webPort_; }

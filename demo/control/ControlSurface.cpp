@@ -3,6 +3,9 @@
 #include "base/JsonReader.h"
 #include "base/LoopbackHost.h"
 #include "demo/control/Delivery.h"
+#include "demo/mail/AttachmentMail.h"
+
+#include <algorithm>
 
 namespace ondrel::demo::control {
 
@@ -22,6 +25,10 @@ ControlSurface::ControlSurface(Controlled parts) : parts_(parts) {
       {"POST /control/stream", [this](const auto& order) { return stream(order); }},
       {"POST /control/fail", [this](const auto& order) { return fail(order); }},
       {"POST /control/deliver", [this](const auto& order) -> Answer { return deliver(parts_.store, order); }},
+      {"POST /control/attachments", doing([this](const auto& order) {
+         const auto count = base::JsonReader(order)["count"].wholeNumber().value_or(2000);
+         mail::addAttachmentMail(parts_.store, static_cast<int>(std::clamp<std::int64_t>(count, 0, 100'000)));
+       })},
       {"POST /control/token",
        [this](const auto&) { return json::object{{"accessToken", parts_.signIn.token()}}; }},
       {"POST /control/expire-token", doing([this](const auto&) { parts_.signIn.expireToken(); })},

@@ -84,12 +84,16 @@ void Exchange::replyJson(const boost::json::value& value) {
   reply(SOUP_STATUS_OK, "application/json", base::jsonText(value));
 }
 
-void Exchange::replyFile(std::string_view bytes, const char* contentType, const std::string& name,
-                         bool isAttachment) {
+void Exchange::nameFile(const std::string& name, bool isAttachment) {
   const glib::CString encoded(g_uri_escape_string(name.c_str(), nullptr, FALSE));
   setHeader("Content-Disposition",
             std::string(isAttachment ? "attachment" : "inline") + "; filename*=UTF-8''" + encoded.get());
   setHeader("X-Content-Type-Options", "nosniff");
+}
+
+void Exchange::replyFile(std::string_view bytes, const char* contentType, const std::string& name,
+                         bool isAttachment) {
+  nameFile(name, isAttachment);
   reply(SOUP_STATUS_OK, contentType, bytes);
 }
 

@@ -42,7 +42,8 @@ class Exchange {
   void setHeader(const char* name, const std::string& value);
   void reply(unsigned status, const char* contentType, std::string_view body);
   void replyJson(const boost::json::value& value);
-  // A file under its name, in full whatever characters it has (RFC 6266).
+  // The answer is a file of that name, in full whatever characters it has (RFC 6266).
+  void nameFile(const std::string& name, bool isAttachment);
   void replyFile(std::string_view bytes, const char* contentType, const std::string& name, bool isAttachment);
   // An error answer with one line of text.
   void refuse(unsigned status, std::string_view reason);

@@ -34,7 +34,7 @@ json::array attachments(const mail::MailStore& store, const mail::Email& email) 
       const auto type = blob->type.substr(0, blob->type.find(';'));
       list.push_back({{"partId", std::to_string(3 + list.size())},
                       {"blobId", blobId},
-                      {"size", blob->bytes.size()},
+                      {"size", blob->size()},
                       {"name", textOrNull(blob->name)},
                       {"type", type},
                       {"charset", type.starts_with("text/") ? json::value("utf-8") : json::value(nullptr)},
@@ -55,7 +55,7 @@ json::object emailJson(const mail::MailStore& store, const mail::Email& email, b
   json::array textBody;
   json::object bodyValues;
   if (!email.html.empty()) {
-    const bool isPlain = email.kind == mail::BodyKind::flow;
+    const bool isPlain = email.kind == mail::BodyKind::flow || email.kind == mail::BodyKind::folded;
     const auto text = isPlain ? mail::plainTextOf(email.html) : email.html;
     const auto* partId = isPlain ? "1" : "2";
     textBody.push_back({{"partId", partId},

@@ -84,7 +84,7 @@ void JmapSurface::download(http::Exchange& exchange) const {
   const auto [account, rest] = http::split(exchange.pathBelow("/jmap/download/"));
   const auto [blobId, name] = http::split(rest);
   const auto* blob = account == mailAccountId ? context_.store.blob(blobId) : nullptr;
-  if (!blob || name.empty()) {
+  if (!blob || name.empty() || blob->generated > 0) {
     exchange.refuse(SOUP_STATUS_NOT_FOUND, "Not found.");
     return;
   }

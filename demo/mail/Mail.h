@@ -19,6 +19,10 @@ struct Blob {
   std::string name;
   std::string type;
   std::string bytes;
+  std::size_t generated = 0;          // so many bytes are made while they are sent, in place of `bytes`
+  std::chrono::milliseconds pause{0}; // between the forty pieces in which it is sent
+
+  std::size_t size() const { return generated > 0 ? generated : bytes.size(); }
 };
 
 // A file of a message. One with a `cid` is shown inside the body.
@@ -35,6 +39,7 @@ enum class BodyKind {
   staticFrame, // in a sandboxed frame without scripts
   ownFrame,    // in a frame of the web application's origin: a page of its own
   late,        // as elements of the page itself that come some time after it
+  folded,      // as elements of the page itself, when its header is clicked and not before
 };
 
 struct Email {

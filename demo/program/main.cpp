@@ -25,6 +25,7 @@ struct Options {
   glib::CString siteFile;
   glib::CString portsFile;
   gboolean untilEof = FALSE;
+  int attachmentMail = 0;
 };
 
 int failWith(const std::string& reason) {
@@ -44,6 +45,8 @@ std::string readOptions(Options& options, int count, char** values) {
       {"ports-file", 0, 0, G_OPTION_ARG_FILENAME, static_cast<void*>(&portsFile),
        "Remember the ports for the next start", "PATH"},
       {"until-eof", 0, 0, G_OPTION_ARG_NONE, &options.untilEof, "End with standard input", nullptr},
+      {"attachment-mail", 0, 0, G_OPTION_ARG_INT, &options.attachmentMail,
+       "Begin with so many more emails that have attachments", "N"},
       {}};
   GOptionContext* context = g_option_context_new(nullptr);
   g_option_context_add_main_entries(context, entries, nullptr);
@@ -135,6 +138,7 @@ int main(int count, char** values) {
     if (!listening)
       return failWith(listening.error());
   }
+  service->addAttachmentMail(options.attachmentMail);
   const auto ports =
       fmt::format("{{\"web\": {}, \"control\": {}}}\n", service->webPort(), service->controlPort());
   for (const auto& problem :

@@ -53,7 +53,7 @@ json::object rowOf(const mail::MailStore& store, const mail::Email& email) {
 }
 
 json::object messageOf(const mail::MailStore& store, const mail::Email& email) {
-  constexpr const char* kinds[] = {"flow", "scriptFrame", "staticFrame", "ownFrame", "late"};
+  constexpr const char* kinds[] = {"flow", "scriptFrame", "staticFrame", "ownFrame", "late", "folded"};
   json::array to;
   for (const auto& address : email.to)
     to.push_back(jsonOf(address));
@@ -61,7 +61,7 @@ json::object messageOf(const mail::MailStore& store, const mail::Email& email) {
   for (const auto& attachment : email.attachments)
     if (const auto* blob = store.blob(attachment.blobId))
       attachments.push_back(
-          {{"blobId", blob->id}, {"name", blob->name}, {"type", blob->type}, {"size", blob->bytes.size()}});
+          {{"blobId", blob->id}, {"name", blob->name}, {"type", blob->type}, {"size", blob->size()}});
   return {{"id", email.id},
           {"threadId", email.threadId},
           {"subject", email.subject.value_or("")},

@@ -1,6 +1,7 @@
 #include "demo/web/WebAppSurface.h"
 
 #include "demo/files/Resources.h"
+#include "demo/http/PacedBody.h"
 
 #include <fmt/core.h>
 
@@ -90,13 +91,30 @@ void acceptSignIn(http::Exchange& exchange, const http::SignIn& signIn) {
   exchange.redirect(isOwn ? next : startPage);
 }
 
+// What takes its time, or is too large to be kept.
+void sendPaced(http::Exchange& exchange, const mail::Blob& blob) {
+  http::PacedBody body;
+  body.size = blob.size();
+  body.pause = blob.pause;
+  if (blob.pause.count() > 0)
+    body.piece = blob.size() / 40 + 1;
+  body.bytes = [bytes = blob.bytes](std::size_t from, std::size_t length) {
+    return bytes.empty() ? std::string(length, static_cast<char>('a' + from / length % 26))
+                         : bytes.substr(from, length);
+  };
+  http::sendPaced(exchange.message(), blob.type.c_str(), std::move(body));
+}
+
 void userContent(http::Exchange& exchange, const mail::MailStore& store) {
   const bool isDownload = exchange.query("download").has_value();
   const auto [kind, rest] = http::split(exchange.pathBelow("/"));
   const auto id = http::split(rest).first;
   const auto* blob = kind == "blob" ? store.blob(id) : nullptr;
   const auto* email = kind == "source" ? store.email(id) : nullptr;
-  if (blob)
+  if (blob && (blob->generated > 0 || blob->pause.count() > 0)) {
+    exchange.nameFile(blob->name, isDownload);
+    sendPaced(exchange, *blob);
+  } else if (blob)
     exchange.replyFile(blob->bytes, blob->type.c_str(), blob->name, isDownload);
   else if (email)
     exchange.replyFile(mail::sourceOf(*email), "text/plain; charset=utf-8", email->id + ".eml", isDownload);

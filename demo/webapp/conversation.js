@@ -47,8 +47,10 @@ export class Conversation {
       this.#draw(isAlone ? [message] : thread.messages, emailId);
     }
     const card = this.#cardOf(emailId) ?? this.cards.lastElementChild;
-    card.hidden = false;
-    this.#expand(card);
+    if (!isFolded(message)) {
+      card.hidden = false;
+      this.#expand(card);
+    }
     if (thread.messages.length > 1 && !isAlone) {
       for (const other of this.cards.querySelectorAll(".v-MessageCard")) {
         other.classList.toggle("is-focused", other === card);
@@ -87,7 +89,8 @@ export class Conversation {
   #draw(messages, focusedId) {
     const cards = messages.map((message) => this.#makeCard(message));
     if (messages.length >= manyMessages) {
-      const hidden = cards.slice(1, -2).filter((card) => card.dataset.emailId !== focusedId);
+      const stays = messages.some(isFolded) ? null : focusedId;
+      const hidden = cards.slice(1, -2).filter((card) => card.dataset.emailId !== stays);
       hidden.forEach((card) => {
         card.hidden = true;
       });
@@ -103,7 +106,9 @@ export class Conversation {
     }
     this.cards.replaceChildren(...cards);
     messages.filter(isLate).forEach(({id}) => this.#expand(this.#cardOf(id)));
-    this.#expand(cards.at(-1));
+    if (!isFolded(messages.at(-1))) {
+      this.#expand(cards.at(-1));
+    }
   }
 
   #makeCard(message) {
@@ -158,7 +163,7 @@ export class Conversation {
   }
 
   #body(message) {
-    if (message.kind !== "flow" && !isLate(message)) {
+    if (message.kind !== "flow" && !isLate(message) && !isFolded(message)) {
       return bodyFrame(message);
     }
     const body = h("div", {class: "v-Message-body"});
@@ -180,6 +185,11 @@ export class Conversation {
     });
     return body;
   }
+}
+
+// Nothing but a click opens such a message.
+function isFolded(message) {
+  return message.kind === "folded";
 }
 
 // A conversation of such messages is shown whole.
