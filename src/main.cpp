@@ -16,6 +16,7 @@
 #include "platform/linux/files/GioFileReader.h"
 #include "platform/linux/files/JsonUserDefaults.h"
 #include "platform/linux/files/PosixFileStore.h"
+#include "platform/linux/files/ThreadFileWriter.h"
 #include "platform/linux/files/XdgDirectories.h"
 #include "platform/linux/glib/GlibEventLoop.h"
 #include "platform/linux/network/GioTcpListener.h"
@@ -168,6 +169,7 @@ class Program {
               .directories = directories_,
               .files = files_,
               .fileReader = fileReader_,
+              .fileWriter = fileWriter_,
               .webViews = webViews_,
               .panels = panels_,
               .uriLauncher = uriLauncher_,
@@ -232,6 +234,7 @@ class Program {
   platform::files::XdgDirectories directories_;
   platform::files::PosixFileStore files_;
   platform::files::GioFileReader fileReader_;
+  platform::files::ThreadFileWriter fileWriter_;
   platform::files::JsonUserDefaults defaults_;
   platform::windows::LinuxPanels panels_;
   platform::desktop::LinuxUriLauncher uriLauncher_;

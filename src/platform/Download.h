@@ -30,12 +30,15 @@ class Download {
 
   virtual ~Download() = default;
   virtual void setDestinationHandler(DestinationHandler handler) = 0;
+  // What it is called while it has no place: by the server or in its address, hostile until cleaned.
+  virtual std::string suggestedFileName() const = 0;
   virtual Progress progress() const = 0;
+  // No file comes any more. Tells that it has failed, on a later turn.
   virtual void cancel() = 0;
 
   base::Event<> progressed;
   base::Event<> finished;
-  base::Event<const std::string&> failed; // a description of the error; also after cancel()
+  base::Event<const std::string&> failed; // a sentence for the user; also after cancel()
 };
 
 } // namespace ondrel::platform

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "async/Task.h"
+
+#include <expected>
 #include <optional>
 #include <string>
 
@@ -14,6 +17,12 @@ class UriLauncher {
   virtual void open(const std::string& url) = 0;
   // The id of the application that opens URLs of that scheme.
   virtual std::optional<std::string> defaultApplicationForScheme(const std::string& scheme) const = 0;
+
+  // Opens a file of the user's in the application for it; a program, script or desktop file is shown as
+  // showFile() does. Errors are sentences for the user.
+  virtual async::Task<std::expected<void, std::string>> openFile(std::string path) = 0;
+  // Shows a file in its folder, selected where the desktop's file manager can do that.
+  virtual async::Task<std::expected<void, std::string>> showFile(std::string path) = 0;
 };
 
 } // namespace ondrel::platform

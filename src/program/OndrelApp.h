@@ -31,6 +31,7 @@
 #include "program/UnsavedFiles.h"
 #include "settings/AppSettings.h"
 #include "shortcuts/KeyboardShortcuts.h"
+#include "web/DownloadNotices.h"
 #include "web/MessageFiles.h"
 #include "web/WebServices.h"
 #include "web/WebViewConfiguration.h"
@@ -49,6 +50,7 @@ class Directories;
 class LauncherBadge;
 class FileReader;
 class FileStore;
+class FileWriter;
 class GlobalShortcuts;
 class HttpClient;
 class KeptFile;
@@ -72,6 +74,7 @@ struct PlatformAbilities {
   platform::Directories& directories;
   platform::FileStore& files;
   platform::FileReader& fileReader;
+  platform::FileWriter& fileWriter;
   platform::WebViewFactory& webViews;
   platform::Panels& panels;
   platform::UriLauncher& uriLauncher;
@@ -133,6 +136,7 @@ class OndrelApp {
   settings::AppSettings settings_;
   jmap::NotificationManager notificationManager_;
   web::MessageFiles messageFiles_;
+  web::DownloadNotices downloadNotices_;
   web::WebServices webServices_;
   app::SessionStore sessionStore_;
   app::ClosedTabs closedTabs_;

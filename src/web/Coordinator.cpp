@@ -38,7 +38,8 @@ Coordinator::Coordinator(const std::shared_ptr<WindowViewModel>& viewModel,
                          const WebServices& services)
     : viewModel_(viewModel), webView_(std::move(webView)), configuration_(std::move(configuration)),
       services_(services), follower_(viewModel_, webView_, services.settings, configuration_->reportsTitle),
-      loadRetry_(viewModel_, webView_), opener_(viewModel, services), downloads_(viewModel_, services.panels),
+      loadRetry_(viewModel_, webView_), downloads_(viewModel_, services),
+      opener_(viewModel, services, [this](const auto& item) { downloads_.show(item); }),
       letter_(viewModel, services.scripts.letterState()),
       messages_(viewModel_, webView_, services, opener_, letter_) {
 }

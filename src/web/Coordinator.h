@@ -67,8 +67,8 @@ class Coordinator final : public platform::WebViewDelegate {
   std::vector<std::string> registeredHandlerNames_;
   PageFollower follower_;
   LoadRetry loadRetry_;
-  PageOpener opener_;
   TabDownloads downloads_;
+  PageOpener opener_;
   LetterHandOver letter_;
   PageMessages messages_;
   async::Scope scope_;

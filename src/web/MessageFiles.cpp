@@ -2,7 +2,8 @@
 
 #include "base/Text.h"
 #include "jmap/newmail/NotificationManager.h"
-#include "platform/FileStore.h"
+#include "platform/FileWriter.h"
+#include "web/page/DownloadItem.h"
 
 #include <fmt/format.h>
 
@@ -26,21 +27,39 @@ std::string withoutDotPairs(std::string name) {
   return name;
 }
 
+std::string fileName(const std::string& title) {
+  const auto name = withoutDotPairs(base::safeFileName(title, "message") + std::string(extension));
+  return base::safeFileName(name, "message" + std::string(extension));
+}
+
 } // namespace
 
-MessageFiles::MessageFiles(platform::HttpClient& http, platform::FileStore& files,
+MessageFiles::MessageFiles(platform::HttpClient& http, platform::FileWriter& files,
                            const platform::Directories& directories, jmap::NotificationManager& notifications)
     : http_(http), files_(files), directories_(directories), notifications_(notifications) {
 }
 
-void MessageFiles::saveEml(std::string title, std::string url) {
-  scope_.spawn(fetchAndSave(std::move(title), std::move(url)));
+std::shared_ptr<DownloadItem> MessageFiles::saveEml(std::string title, std::string url) {
+  auto name = fileName(title);
+  const auto folder = directories_.downloads();
+  auto path = folder ? *folder + "/" + name : "";
+  const auto task = std::make_shared<async::TaskHandle>();
+  auto item = std::make_shared<DownloadItem>(std::move(name), std::move(path),
+                                             DownloadState::Kind::downloading, [task] { task->cancel(); });
+  *task = scope_.spawn(fetchAndSave(item, std::move(title), std::move(url)));
+  return item;
 }
 
-async::Task<void> MessageFiles::fetchAndSave(std::string title, std::string url) {
-  const auto text = co_await fetchText(std::move(url));
+async::Task<void> MessageFiles::fetchAndSave(std::shared_ptr<DownloadItem> item, std::string title,
+                                             std::string url) {
+  auto text = co_await fetchText(std::move(url));
+  if (item->hasEnded())
+    co_return;
+  item->canBeCancelled.set(false);
   if (text)
-    saveStringToFile(*text, base::safeFileName(title, "message") + std::string(extension));
+    co_await saveStringToFile(std::move(*text), item);
+  else
+    item->markFailed("The message could not be fetched. " + text.error().description);
   co_await notifications_.send("Download complete",
                                fmt::format("File '{}{}' saved in your downloads folder", title, extension),
                                {}, {});
@@ -59,16 +78,21 @@ async::Task<platform::HttpResult<std::string>> MessageFiles::fetchText(std::stri
   co_return std::move(response->body);
 }
 
-void MessageFiles::saveStringToFile(const std::string& text, const std::string& filename) {
-  const auto folder = directories_.downloads();
-  if (!folder) {
+async::Task<void> MessageFiles::saveStringToFile(std::string text, std::shared_ptr<DownloadItem> item) {
+  if (item->destination.empty()) {
     logger_.error("saveStringToFile: downloads directory not found");
-    return;
+    item->markFailed("There is no Downloads folder.");
+    co_return;
   }
-  const auto name = base::safeFileName(withoutDotPairs(filename), "message" + std::string(extension));
-  const auto written = files_.writeAtomically(*folder + "/" + name, text);
-  if (!written)
-    logger_.error("Save failed: {}", written.error().description);
+  const auto size = static_cast<std::int64_t>(text.size());
+  item->setProgress(size, size);
+  const auto written = co_await files_.writeAtomically(item->destination, std::move(text));
+  if (written) {
+    item->markFinished();
+    co_return;
+  }
+  logger_.error("Save failed: {}", written.error().description);
+  item->markFailed("The message could not be saved: " + written.error().description + ".");
 }
 
 } // namespace ondrel::web

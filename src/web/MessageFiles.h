@@ -4,6 +4,7 @@
 #include "base/Log.h"
 #include "platform/HttpClient.h"
 
+#include <memory>
 #include <string>
 
 namespace ondrel::jmap {
@@ -12,10 +13,12 @@ class NotificationManager;
 
 namespace ondrel::platform {
 class Directories;
-class FileStore;
+class FileWriter;
 } // namespace ondrel::platform
 
 namespace ondrel::web {
+
+class DownloadItem;
 
 // Saves messages as the service gives them out (RFC 5322) in the user's Downloads folder, under the title of
 // the page that asked. Outlives the tabs: a message is saved also when its tab closes meanwhile. Main thread
@@ -23,21 +26,21 @@ namespace ondrel::web {
 class MessageFiles final {
  public:
   // All of them outlive it.
-  MessageFiles(platform::HttpClient& http, platform::FileStore& files,
+  MessageFiles(platform::HttpClient& http, platform::FileWriter& files,
                const platform::Directories& directories, jmap::NotificationManager& notifications);
 
-  // Comes at once; the end is told by a notification. The address is one of the service's user content, which
-  // needs no credentials beside it.
-  void saveEml(std::string title, std::string url);
+  // Comes at once; the item tells of the end, and so does a notification unless the user has cancelled it.
+  // The address is one of the service's user content, which needs no credentials beside it.
+  std::shared_ptr<DownloadItem> saveEml(std::string title, std::string url);
 
  private:
-  async::Task<void> fetchAndSave(std::string title, std::string url);
+  async::Task<void> fetchAndSave(std::shared_ptr<DownloadItem> item, std::string title, std::string url);
   async::Task<platform::HttpResult<std::string>> fetchText(std::string url);
   // Replaces a file of that name.
-  void saveStringToFile(const std::string& text, const std::string& filename);
+  async::Task<void> saveStringToFile(std::string text, std::shared_ptr<DownloadItem> item);
 
   platform::HttpClient& http_;
-  platform::FileStore& files_;
+  platform::FileWriter& files_;
   const platform::Directories& directories_;
   jmap::NotificationManager& notifications_;
   const base::Logger logger_{"ui"};

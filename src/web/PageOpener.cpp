@@ -15,9 +15,11 @@
 
 namespace ondrel::web {
 
-PageOpener::PageOpener(const std::shared_ptr<WindowViewModel>& viewModel, const WebServices& services)
-    : viewModel_(viewModel), services_(services), openInNewWindow_(viewModel->openInNewWindow),
-      openInNewTab_(viewModel->openInNewTab), externalLinks_(viewModel_, services, handOvers_) {
+PageOpener::PageOpener(const std::shared_ptr<WindowViewModel>& viewModel, const WebServices& services,
+                       ShowDownload showDownload)
+    : viewModel_(viewModel), services_(services), showDownload_(std::move(showDownload)),
+      openInNewWindow_(viewModel->openInNewWindow), openInNewTab_(viewModel->openInNewTab),
+      externalLinks_(viewModel_, services, handOvers_) {
 }
 
 std::shared_ptr<WindowViewModel> PageOpener::newViewModel(const std::string& url) const {
@@ -93,7 +95,7 @@ std::shared_ptr<platform::WebView> PageOpener::createWebView(platform::NewWindow
   if (isUserContent(*url, services_.settings)) {
     const bool isMessageFile = address.contains("download="); // by the page's link to it
     if (const auto title = opener.title(); isMessageFile && title && url->isWeb()) {
-      services_.messageFiles.saveEml(*title, address);
+      showDownload_(services_.messageFiles.saveEml(*title, address));
       return nullptr;
     }
     if (!isMessageFile)

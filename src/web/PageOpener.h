@@ -22,6 +22,7 @@ struct NewWindowRequest;
 
 namespace ondrel::web {
 
+class DownloadItem;
 class WindowViewModel;
 struct WebServices;
 struct WebViewConfiguration;
@@ -30,8 +31,11 @@ struct WebViewConfiguration;
 // each press of the user. Main thread only.
 class PageOpener {
  public:
-  // The services outlive it.
-  PageOpener(const std::shared_ptr<WindowViewModel>& viewModel, const WebServices& services);
+  using ShowDownload = std::function<void(const std::shared_ptr<DownloadItem>&)>;
+
+  // The services outlive it. `showDownload` gets the files that the page opens instead of windows.
+  PageOpener(const std::shared_ptr<WindowViewModel>& viewModel, const WebServices& services,
+             ShowDownload showDownload);
 
   // True when the navigation leads to another program, which is opened then if it may be.
   bool takeExternal(const platform::NavigationAction& action) { return externalLinks_.take(action); }
@@ -57,6 +61,7 @@ class PageOpener {
 
   const std::weak_ptr<WindowViewModel> viewModel_;
   const WebServices& services_;
+  const ShowDownload showDownload_;
   const OpenClosure openInNewWindow_;
   const OpenClosure openInNewTab_;
   const base::Logger logger_{"ui"};

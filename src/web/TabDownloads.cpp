@@ -1,9 +1,10 @@
 #include "web/TabDownloads.h"
 
-#include "async/sleep.h"
 #include "base/Text.h"
 #include "platform/Download.h"
 #include "platform/Panels.h"
+#include "web/DownloadNotices.h"
+#include "web/WebServices.h"
 #include "web/WindowViewModel.h"
 #include "web/page/DownloadItem.h"
 
@@ -11,13 +12,11 @@
 
 #include <algorithm>
 #include <chrono>
+#include <utility>
 
 namespace ondrel::web {
 
 namespace {
-
-// How long the row of a finished or failed download stays.
-constexpr std::chrono::seconds rowTime{4};
 
 // A type of this name says nothing about the file.
 constexpr std::string_view anyType = "application/octet-stream";
@@ -34,29 +33,30 @@ std::string fileNameOf(const std::string& path) {
 
 } // namespace
 
-TabDownloads::TabDownloads(std::weak_ptr<WindowViewModel> viewModel, platform::Panels& panels)
-    : viewModel_(std::move(viewModel)), panels_(panels) {
+TabDownloads::TabDownloads(std::weak_ptr<WindowViewModel> viewModel, const WebServices& services)
+    : viewModel_(std::move(viewModel)), services_(services) {
 }
 
 TabDownloads::~TabDownloads() {
   // One may ask where to go only now.
-  for (const auto& [download, running] : running_)
+  for (const auto& [download, beginning] : beginning_)
     download->setDestinationHandler(nullptr);
 }
 
 void TabDownloads::take(std::shared_ptr<platform::Download> download) {
   auto* key = download.get();
-  auto& running = running_[key];
-  running.download = std::move(download);
-  running.subscriptions.push_back(key->finished.subscribe([this, key] { didEnd(key, std::nullopt); }));
-  running.subscriptions.push_back(
-      key->failed.subscribe([this, key](const std::string& error) { didEnd(key, error); }));
+  auto& beginning = beginning_[key];
+  beginning.download = std::move(download);
+  beginning.failed =
+      key->failed.subscribe([this, key](const std::string& error) { didFailEarly(key, error); });
   key->setDestinationHandler([this, key](platform::Download::DestinationRequest request,
                                          platform::Download::DestinationReply reply) {
-    const auto found = running_.find(key);
-    if (found != running_.end())
-      scope_.spawn(chooseDestination(found->second.download, std::move(request.suggestedFileName),
-                                     std::move(request.mimeType), std::move(reply)));
+    const auto found = beginning_.find(key);
+    if (found == beginning_.end())
+      return;
+    found->second.isAsking = true;
+    scope_.spawn(chooseDestination(found->second.download, std::move(request.suggestedFileName),
+                                   std::move(request.mimeType), std::move(reply)));
   });
 }
 
@@ -67,38 +67,59 @@ async::Task<void> TabDownloads::chooseDestination(std::shared_ptr<platform::Down
   if (mimeType && mimeType->contains('/') && *mimeType != anyType)
     panel.mimeTypes.push_back(std::move(*mimeType));
   const auto tab = viewModel_.lock();
-  auto path = co_await panels_.runSavePanel(std::move(panel), tab ? tab->window.lock() : nullptr);
-  const auto running = running_.find(download.get());
-  if (!path || running == running_.end()) {
-    running_.erase(download.get());
+  auto path = co_await services_.panels.runSavePanel(std::move(panel), tab ? tab->window.lock() : nullptr);
+  const auto beginning = beginning_.extract(download.get());
+  if (!path || beginning.empty())
+    co_return;
+  if (beginning.mapped().error) {
+    showFailed(fileNameOf(*path), *path, *beginning.mapped().error);
     co_return;
   }
   const auto item = std::make_shared<DownloadItem>(fileNameOf(*path), *path, download);
-  running->second.item = item;
-  if (const auto viewModel = viewModel_.lock()) {
-    auto items = *viewModel->downloads;
-    items.push_back(item);
-    viewModel->downloads.set(std::move(items));
-  }
+  list(item);
   std::move(reply)(std::move(path));
 }
 
-void TabDownloads::didEnd(platform::Download* download, std::optional<std::string> error) {
-  const auto running = running_.extract(download);
-  if (running.empty() || !running.mapped().item)
+// The user who is being asked where it shall go is told when they have answered.
+void TabDownloads::didFailEarly(platform::Download* download, const std::string& error) {
+  const auto found = beginning_.find(download);
+  if (found == beginning_.end())
     return;
-  const auto item = running.mapped().item;
-  if (error)
-    item->markFailed(*std::move(error));
-  else
-    item->markFinished();
+  if (found->second.isAsking) {
+    found->second.error = error;
+    return;
+  }
+  const auto beginning = beginning_.extract(found);
+  showFailed(proposedFileName(download->suggestedFileName()), "", error);
+}
+
+void TabDownloads::showFailed(std::string filename, std::string destination, std::string error) {
+  const auto item = std::make_shared<DownloadItem>(std::move(filename), std::move(destination),
+                                                   DownloadState::Kind::downloading, nullptr);
+  list(item);
+  item->markFailed(std::move(error));
+}
+
+void TabDownloads::list(const std::shared_ptr<DownloadItem>& item) {
+  const auto viewModel = viewModel_.lock();
+  services_.downloadNotices.watch(item, viewModel ? viewModel->window : std::weak_ptr<platform::Window>());
+  show(item);
+}
+
+void TabDownloads::show(const std::shared_ptr<DownloadItem>& item) {
+  const auto viewModel = viewModel_.lock();
+  if (!viewModel)
+    return;
+  auto items = *viewModel->downloads;
+  items.push_back(item);
+  viewModel->downloads.set(std::move(items));
   scope_.spawn(retire(item));
 }
 
 async::Task<void> TabDownloads::retire(std::shared_ptr<DownloadItem> item) {
-  const bool sleptThrough = co_await async::sleep(rowTime);
+  const bool isOver = co_await rowTimeIsOver(item);
   const auto viewModel = viewModel_.lock();
-  if (!sleptThrough || !viewModel)
+  if (!isOver || !viewModel)
     co_return;
   auto items = *viewModel->downloads;
   std::erase(items, item);

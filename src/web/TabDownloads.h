@@ -9,45 +9,49 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <vector>
 
 namespace ondrel::platform {
 class Download;
-class Panels;
 } // namespace ondrel::platform
 
 namespace ondrel::web {
 
 class DownloadItem;
+struct WebServices;
 class WindowViewModel;
 
 // The downloads that began in one tab: asks where to, and keeps the tab's list of them. A download goes on
 // without its tab. Main thread only.
 class TabDownloads {
  public:
-  // The panels outlive it.
-  TabDownloads(std::weak_ptr<WindowViewModel> viewModel, platform::Panels& panels);
+  // The services outlive it.
+  TabDownloads(std::weak_ptr<WindowViewModel> viewModel, const WebServices& services);
   ~TabDownloads();
 
   void take(std::shared_ptr<platform::Download> download);
+  // In the tab's list, until some seconds after its end.
+  void show(const std::shared_ptr<DownloadItem>& item);
 
  private:
   using Destination = base::Reply<std::optional<std::string>>;
-  struct Running {
+  // One that has no place yet.
+  struct Beginning {
     std::shared_ptr<platform::Download> download;
-    std::shared_ptr<DownloadItem> item; // none until the destination is chosen
-    std::vector<base::Subscription> subscriptions;
+    base::Subscription failed;
+    bool isAsking = false;            // the user, for the place
+    std::optional<std::string> error; // it has failed meanwhile
   };
 
   async::Task<void> chooseDestination(std::shared_ptr<platform::Download> download, std::string suggestedName,
                                       std::optional<std::string> mimeType, Destination reply);
-  // Without an error it is there.
-  void didEnd(platform::Download* download, std::optional<std::string> error);
+  void didFailEarly(platform::Download* download, const std::string& error);
+  void showFailed(std::string filename, std::string destination, std::string error);
+  void list(const std::shared_ptr<DownloadItem>& item);
   async::Task<void> retire(std::shared_ptr<DownloadItem> item);
 
   const std::weak_ptr<WindowViewModel> viewModel_;
-  platform::Panels& panels_;
-  std::map<platform::Download*, Running> running_;
+  const WebServices& services_;
+  std::map<platform::Download*, Beginning> beginning_;
   async::Scope scope_;
 };
 

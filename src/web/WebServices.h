@@ -22,6 +22,7 @@ class AppSettings;
 
 namespace ondrel::web {
 
+class DownloadNotices;
 class MessageFiles;
 class PageScripts;
 
@@ -35,6 +36,7 @@ struct WebServices {
   platform::UriLauncher& uriLauncher;
   jmap::NotificationManager& notifications;
   MessageFiles& messageFiles;
+  DownloadNotices& downloadNotices;
   // What features take of the pages' messages.
   ScriptMessageRouter messages{};
   // Begins the letter of a "mailto" link here; false where the user has another program for that.

@@ -139,6 +139,7 @@ class OndrelAppTest : public testing::Test {
         shell.files,
         shell.files,
         fileReader,
+        shell.fileWriter,
         shell.webViews,
         shell.panels,
         shell.uriLauncher,

@@ -57,9 +57,24 @@ class FakeUriLauncher final : public platform::UriLauncher {
   std::optional<std::string> defaultApplicationForScheme(const std::string&) const override {
     return mailApplication;
   }
+  async::Task<std::expected<void, std::string>> openFile(std::string path) override {
+    return answer("open " + path);
+  }
+  async::Task<std::expected<void, std::string>> showFile(std::string path) override {
+    return answer("show " + path);
+  }
 
   std::vector<std::string> opened;
+  std::vector<std::string> files; // "open <path>" or "show <path>"
+  std::expected<void, std::string> fileAnswer;
   std::optional<std::string> mailApplication;
+
+ private:
+  async::Task<std::expected<void, std::string>> answer(std::string call) {
+    co_await async::nextTurn();
+    files.push_back(std::move(call));
+    co_return fileAnswer;
+  }
 };
 
 class FakeClipboard final : public platform::Clipboard {

@@ -187,11 +187,20 @@ class FakeWebViewFactory final : public platform::WebViewFactory {
 class FakeDownload final : public platform::Download {
  public:
   void setDestinationHandler(DestinationHandler value) override { handler = std::move(value); }
-  Progress progress() const override { return current; }
-  void cancel() override { failed.emit("cancelled"); }
+  std::string suggestedFileName() const override { return suggestedName; }
+  Progress progress() const override {
+    ++looks;
+    return current;
+  }
+  // The engine asks its network process, which answers later.
+  void cancel() override {
+    async::EventLoop::current().post([this] { failed.emit("cancelled"); });
+  }
 
   DestinationHandler handler;
+  std::string suggestedName;
   Progress current;
+  mutable int looks = 0; // at the progress
 };
 
 } // namespace ondrel::support

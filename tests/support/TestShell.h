@@ -9,11 +9,13 @@
 #include "settings/AppSettings.h"
 #include "support/FakeApplication.h"
 #include "support/FakeDesktop.h"
+#include "support/FakeFileWriter.h"
 #include "support/FakeHttpClient.h"
 #include "support/FakeNotificationCenter.h"
 #include "support/FakeWebView.h"
 #include "support/LogCapture.h"
 #include "support/TestSite.h"
+#include "web/DownloadNotices.h"
 #include "web/MessageFiles.h"
 #include "web/WebServices.h"
 #include "web/WebView.h"
@@ -83,9 +85,11 @@ class TestShell {
   FakeNotificationCenter notificationCenter;
   jmap::NotificationManager notifications{notificationCenter};
   FakeHttpClient http;
-  web::MessageFiles messageFiles{http, files, files, notifications};
-  web::WebServices services{settings, scripts,     application,   webViews,
-                            panels,   uriLauncher, notifications, messageFiles};
+  FakeFileWriter fileWriter{files};
+  web::MessageFiles messageFiles{http, fileWriter, files, notifications};
+  web::DownloadNotices downloadNotices{notifications, application, uriLauncher};
+  web::WebServices services{settings,    scripts,       application,  webViews,       panels,
+                            uriLauncher, notifications, messageFiles, downloadNotices};
   app::SessionStore sessionStore{files, files};
   std::optional<app::ClosedTabs> closedTabs; // read with the start
   std::vector<std::pair<std::weak_ptr<platform::Window>, Content*>> contents;

@@ -191,10 +191,10 @@ TEST_F(ContentViewTest, ListsDownloads) {
   second->markFailed("disk full");
   EXPECT_EQ(visibleTexts(root).at(1), size(6'000'000) + " / " + size(6'000'000)) << "seen full first";
   shell.loop.advance(1s);
-  EXPECT_EQ(visibleTexts(root), (Texts{"invoicefdp.exe", "Done", "photo.jpg", "Failed"}));
+  EXPECT_EQ(visibleTexts(root), (Texts{"invoicefdp.exe", "Done", "photo.jpg", "disk full", "Failed"}));
 
   model(0)->downloads.set({second});
-  EXPECT_EQ(visibleTexts(root), (Texts{"photo.jpg", "Failed"}));
+  EXPECT_EQ(visibleTexts(root), (Texts{"photo.jpg", "disk full", "Failed"}));
   model(0)->downloads.set({});
   EXPECT_FALSE(gtk_widget_get_visible(find(root, "downloads"))) << "no empty stripe stays";
   download->current = {0, 2'000, -1};

@@ -3,6 +3,7 @@
 #include "base/Text.h"
 #include "platform/WebView.h"
 #include "platform/Window.h"
+#include "web/WebServices.h"
 #include "web/WindowViewModel.h"
 
 namespace ondrel::ui {
@@ -11,7 +12,8 @@ ContentView::ContentView(std::shared_ptr<web::WindowViewModel> viewModel,
                          std::shared_ptr<platform::Window> window, const web::WebServices& services,
                          const AnnouncementFiller& announcement)
     : viewModel_(std::move(viewModel)), window_(window), announcement_(announcement),
-      root_(glib::share(gtk_box_new(GTK_ORIENTATION_VERTICAL, 0))), webView_(viewModel_, services) {
+      launcher_(services.uriLauncher), root_(glib::share(gtk_box_new(GTK_ORIENTATION_VERTICAL, 0))),
+      webView_(viewModel_, services) {
   viewModel_->window = window;
   const auto tellTitle = [this] {
     if (const auto shown = window_.lock())
@@ -40,7 +42,7 @@ ContentView::~ContentView() {
 
 PageArea& ContentView::pageArea() {
   if (!pageArea_) {
-    pageArea_.emplace(viewModel_);
+    pageArea_.emplace(viewModel_, launcher_);
     gtk_box_append(GTK_BOX(root_.get()), pageArea_->widget());
     if (announcement_)
       announcementSubscription_ = announcement_(pageArea_->announcementPlace());

@@ -36,6 +36,7 @@ class ContentView final : public app::BrowserContent {
   const std::shared_ptr<web::WindowViewModel> viewModel_;
   const std::weak_ptr<platform::Window> window_;
   const AnnouncementFiller announcement_;
+  platform::UriLauncher& launcher_;
   glib::Ref<GtkWidget> root_;
   std::optional<PageArea> pageArea_;
   base::Subscription announcementSubscription_;

@@ -13,9 +13,11 @@ constexpr int greatestHeight = 168; // pixels; the page must stay in sight
 
 } // namespace
 
-DownloadProgressBar::DownloadProgressBar()
-    : bar_(glib::share(gtk_box_new(GTK_ORIENTATION_VERTICAL, 0))),
-      list_(gtk_box_new(GTK_ORIENTATION_VERTICAL, 0)) {
+DownloadProgressBar::DownloadProgressBar(platform::UriLauncher& launcher)
+    : launcher_(launcher), bar_(glib::share(gtk_box_new(GTK_ORIENTATION_VERTICAL, 0))),
+      list_(gtk_box_new(GTK_ORIENTATION_VERTICAL, 0)),
+      pointer_(GTK_EVENT_CONTROLLER_MOTION(gtk_event_controller_motion_new())),
+      keyboard_(GTK_EVENT_CONTROLLER_FOCUS(gtk_event_controller_focus_new())) {
   gtk_widget_set_name(bar_.get(), "downloads");
   gtk_widget_add_css_class(bar_.get(), "downloads");
   gtk_widget_set_visible(bar_.get(), FALSE);
@@ -27,6 +29,25 @@ DownloadProgressBar::DownloadProgressBar()
   gtk_scrolled_window_set_child(GTK_SCROLLED_WINDOW(scrolled), list_);
   gtk_box_append(GTK_BOX(bar_.get()), gtk_separator_new(GTK_ORIENTATION_HORIZONTAL));
   gtk_box_append(GTK_BOX(bar_.get()), scrolled);
+  gtk_widget_add_controller(bar_.get(), GTK_EVENT_CONTROLLER(pointer_));
+  gtk_widget_add_controller(bar_.get(), GTK_EVENT_CONTROLLER(keyboard_));
+  const auto tell = [this](GObject*, GParamSpec*) { tellWhetherHeld(); };
+  connections_.push_back(
+      glib::connect<void(GObject*, GParamSpec*)>(pointer_, "notify::contains-pointer", tell));
+  connections_.push_back(
+      glib::connect<void(GObject*, GParamSpec*)>(keyboard_, "notify::contains-focus", tell));
+}
+
+DownloadProgressBar::~DownloadProgressBar() {
+  for (const auto& row : rows_)
+    row->item()->isHeld.set(false);
+}
+
+void DownloadProgressBar::tellWhetherHeld() {
+  const bool isHeld = gtk_event_controller_motion_contains_pointer(pointer_) ||
+                      gtk_event_controller_focus_contains_focus(keyboard_);
+  for (const auto& row : rows_)
+    row->item()->isHeld.set(isHeld);
 }
 
 void DownloadProgressBar::setDownloads(const std::vector<std::shared_ptr<web::DownloadItem>>& downloads) {
@@ -39,10 +60,11 @@ void DownloadProgressBar::setDownloads(const std::vector<std::shared_ptr<web::Do
   for (const auto& item : downloads) {
     if (std::ranges::find(rows_, item, &DownloadRow::item) != rows_.end())
       continue;
-    rows_.push_back(std::make_unique<DownloadRow>(item));
+    rows_.push_back(std::make_unique<DownloadRow>(item, launcher_));
     gtk_box_append(GTK_BOX(list_), rows_.back()->widget());
   }
   gtk_widget_set_visible(bar_.get(), !rows_.empty());
+  tellWhetherHeld();
 }
 
 } // namespace ondrel::ui

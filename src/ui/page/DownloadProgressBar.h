@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/linux/glib/Connection.h"
 #include "platform/linux/glib/Ref.h"
 #include "ui/page/DownloadRow.h"
 
@@ -11,18 +12,29 @@
 namespace ondrel::ui {
 
 // The downloads of a tab below its page. Takes no place while there are none, and never more than a few rows.
+// None of them goes while the user has the pointer or the keyboard in it: what they aim at would move.
 class DownloadProgressBar {
  public:
-  DownloadProgressBar();
+  // The launcher outlives it.
+  explicit DownloadProgressBar(platform::UriLauncher& launcher);
+  ~DownloadProgressBar();
+  DownloadProgressBar(const DownloadProgressBar&) = delete;
+  DownloadProgressBar& operator=(const DownloadProgressBar&) = delete;
 
   GtkWidget* widget() const { return bar_.get(); }
   // Rows of downloads that are in both lists stay as they are.
   void setDownloads(const std::vector<std::shared_ptr<web::DownloadItem>>& downloads);
 
  private:
+  void tellWhetherHeld();
+
+  platform::UriLauncher& launcher_;
   glib::Ref<GtkWidget> bar_;
   GtkWidget* list_;
+  GtkEventControllerMotion* pointer_;
+  GtkEventControllerFocus* keyboard_;
   std::vector<std::unique_ptr<DownloadRow>> rows_;
+  std::vector<glib::Connection> connections_;
 };
 
 } // namespace ondrel::ui

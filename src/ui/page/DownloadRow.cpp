@@ -1,6 +1,7 @@
 #include "ui/page/DownloadRow.h"
 
 #include "base/Text.h"
+#include "platform/UriLauncher.h"
 #include "ui/widgets/Widgets.h"
 #include "web/page/DownloadItem.h"
 
@@ -52,35 +53,57 @@ std::string downloadStatus(const web::DownloadItem& item) {
   return "";
 }
 
-DownloadRow::DownloadRow(std::shared_ptr<web::DownloadItem> item)
-    : item_(std::move(item)), row_(glib::share(gtk_box_new(GTK_ORIENTATION_HORIZONTAL, 12))) {
+DownloadRow::DownloadRow(std::shared_ptr<web::DownloadItem> item, platform::UriLauncher& launcher)
+    : item_(std::move(item)), launcher_(launcher),
+      row_(glib::share(gtk_box_new(GTK_ORIENTATION_HORIZONTAL, 12))) {
   build();
   subscriptions_.push_back(item_->state.observe([this] { update(); }));
+  subscriptions_.push_back(item_->canBeCancelled.observe([this] { update(); }));
+  // It is the last that changes with new progress.
   subscriptions_.push_back(item_->bytesWritten.observe([this] { updateProgress(); }));
-  subscriptions_.push_back(item_->totalBytes.observe([this] { updateProgress(); }));
-  subscriptions_.push_back(item_->fractionCompleted.observe([this] { updateProgress(); }));
   update();
 }
 
 void DownloadRow::build() {
   gtk_widget_add_css_class(row_.get(), "download");
   icon_ = gtk_image_new();
-  auto* name = gtk_label_new(base::shortDisplayLine(item_->filename).c_str());
+  const auto shownName = base::shortDisplayLine(item_->filename);
+  auto* name = gtk_label_new(shownName.c_str());
   gtk_label_set_ellipsize(GTK_LABEL(name), PANGO_ELLIPSIZE_MIDDLE);
   gtk_label_set_single_line_mode(GTK_LABEL(name), TRUE);
   gtk_label_set_xalign(GTK_LABEL(name), 0);
+  gtk_widget_set_tooltip_text(name, shownName.c_str());
   progress_ = gtk_progress_bar_new();
   setAccessibleLabel(progress_, "Progress of the download");
+  note_ = wrappedLabel(nullptr);
+  gtk_widget_add_css_class(note_, "caption");
   auto* middle = gtk_box_new(GTK_ORIENTATION_VERTICAL, 4);
   gtk_widget_set_hexpand(middle, TRUE);
   gtk_widget_set_valign(middle, GTK_ALIGN_CENTER);
-  gtk_box_append(GTK_BOX(middle), name);
-  gtk_box_append(GTK_BOX(middle), progress_);
+  for (auto* widget : {name, progress_, note_})
+    gtk_box_append(GTK_BOX(middle), widget);
   status_ = gtk_label_new(nullptr);
   gtk_widget_add_css_class(status_, "dim-label");
   gtk_widget_add_css_class(status_, "numeric");
   for (auto* widget : {icon_, middle, status_})
     gtk_box_append(GTK_BOX(row_.get()), widget);
+  open_ = addButton("document-open-symbolic", "Open", [this] { scope_.spawn(open()); });
+  show_ = addButton("folder-open-symbolic", "Show in Folder", [this] { scope_.spawn(showInFolder()); });
+  cancel_ = addButton("process-stop-symbolic", "Cancel Download", [this] { item_->cancel(); });
+}
+
+GtkWidget* DownloadRow::addButton(const char* icon, const std::string& label, std::function<void()> act) {
+  auto* button = gtk_button_new_from_icon_name(icon);
+  gtk_widget_add_css_class(button, "flat");
+  gtk_widget_set_valign(button, GTK_ALIGN_CENTER);
+  // Whoever clicks goes on writing in the page.
+  gtk_widget_set_focus_on_click(button, FALSE);
+  gtk_widget_set_tooltip_text(button, label.c_str());
+  setAccessibleLabel(button, label + ": " + base::shortDisplayLine(item_->filename));
+  clicked_.push_back(
+      glib::connect<void(GtkButton*)>(button, "clicked", [act = std::move(act)](GtkButton*) { act(); }));
+  gtk_box_append(GTK_BOX(row_.get()), button);
+  return button;
 }
 
 void DownloadRow::update() {
@@ -88,22 +111,50 @@ void DownloadRow::update() {
   gtk_image_set_from_icon_name(GTK_IMAGE(icon_), iconName(state.kind));
   gtk_widget_remove_css_class(icon_, "success");
   gtk_widget_remove_css_class(icon_, "error");
-  if (state.kind != Kind::downloading)
-    gtk_widget_add_css_class(icon_, state.kind == Kind::finished ? "success" : "error");
-  gtk_widget_set_visible(progress_, state.kind == Kind::downloading);
-  gtk_widget_set_tooltip_text(row_.get(),
-                              state.error.empty() ? nullptr : base::shortDisplayLine(state.error).c_str());
+  if (state.kind == Kind::finished)
+    gtk_widget_add_css_class(icon_, "success");
+  else if (state.kind == Kind::failed)
+    gtk_widget_add_css_class(icon_, "error");
+  const bool finished = state.kind == Kind::finished;
+  const bool running = state.kind == Kind::waiting || state.kind == Kind::downloading;
+  const bool hadFocus = gtk_widget_has_focus(cancel_);
+  gtk_widget_set_visible(progress_, running);
+  gtk_widget_set_visible(open_, finished);
+  gtk_widget_set_visible(show_, finished);
+  // While the full bar is seen it stays, and keeps the keyboard for the buttons to come.
+  const bool cancels = running && (*item_->canBeCancelled || item_->hasEnded());
+  if (hadFocus && finished)
+    gtk_widget_grab_focus(open_);
+  else if (hadFocus && !cancels)
+    gtk_widget_child_focus(GTK_WIDGET(gtk_widget_get_root(row_.get())), GTK_DIR_TAB_BACKWARD);
+  gtk_widget_set_visible(cancel_, cancels);
+  setNote(state.error);
   updateProgress();
+}
+
+void DownloadRow::setNote(const std::string& text) {
+  gtk_label_set_text(GTK_LABEL(note_), base::shortDisplayLine(text).c_str());
+  gtk_widget_set_visible(note_, !text.empty());
 }
 
 void DownloadRow::updateProgress() {
   gtk_label_set_text(GTK_LABEL(status_), downloadStatus(*item_).c_str());
   const auto fraction = *item_->fractionCompleted;
-  if (*item_->totalBytes < 0 && fraction < 1)
+  if (item_->state->kind == Kind::downloading && *item_->totalBytes < 0 && fraction < 1)
     gtk_progress_bar_pulse(GTK_PROGRESS_BAR(progress_));
   else
     gtk_progress_bar_set_fraction(GTK_PROGRESS_BAR(progress_),
                                   std::isfinite(fraction) ? std::clamp(fraction, 0.0, 1.0) : 0);
+}
+
+async::Task<void> DownloadRow::open() {
+  const auto opened = co_await launcher_.openFile(item_->destination);
+  setNote(opened ? "" : opened.error());
+}
+
+async::Task<void> DownloadRow::showInFolder() {
+  const auto shown = co_await launcher_.showFile(item_->destination);
+  setNote(shown ? "" : shown.error());
 }
 
 } // namespace ondrel::ui

@@ -8,10 +8,10 @@ namespace ondrel::ui {
 
 using Kind = web::PageProblem::Kind;
 
-PageArea::PageArea(std::shared_ptr<web::WindowViewModel> viewModel)
-    : viewModel_(std::move(viewModel)), box_(glib::share(gtk_box_new(GTK_ORIENTATION_VERTICAL, 0))),
-      announcement_(gtk_revealer_new()), stack_(gtk_stack_new()), overlay_(gtk_overlay_new()),
-      notices_(stack_) {
+PageArea::PageArea(std::shared_ptr<web::WindowViewModel> viewModel, platform::UriLauncher& launcher)
+    : viewModel_(std::move(viewModel)), launcher_(launcher),
+      box_(glib::share(gtk_box_new(GTK_ORIENTATION_VERTICAL, 0))), announcement_(gtk_revealer_new()),
+      stack_(gtk_stack_new()), overlay_(gtk_overlay_new()), notices_(stack_) {
   gtk_widget_set_name(announcement_, "announcement");
   gtk_widget_set_vexpand(stack_, TRUE);
   gtk_stack_add_child(GTK_STACK(stack_), overlay_);
@@ -154,7 +154,7 @@ void PageArea::updateDialog() {
 void PageArea::updateDownloads() {
   const auto& items = *viewModel_->downloads;
   if (!downloads_ && !items.empty())
-    gtk_box_append(GTK_BOX(box_.get()), downloads_.emplace().widget());
+    gtk_box_append(GTK_BOX(box_.get()), downloads_.emplace(launcher_).widget());
   if (downloads_)
     downloads_->setDownloads(items);
 }

@@ -26,7 +26,8 @@ namespace ondrel::ui {
 // downloads. Parts that are seldom needed are made when they are.
 class PageArea {
  public:
-  explicit PageArea(std::shared_ptr<web::WindowViewModel> viewModel);
+  // The launcher, for the files that have been downloaded, outlives it.
+  PageArea(std::shared_ptr<web::WindowViewModel> viewModel, platform::UriLauncher& launcher);
   ~PageArea();
   PageArea(const PageArea&) = delete;
   PageArea& operator=(const PageArea&) = delete;
@@ -56,6 +57,7 @@ class PageArea {
   std::function<void()> dismissProblem() const;
 
   const std::shared_ptr<web::WindowViewModel> viewModel_;
+  platform::UriLauncher& launcher_;
   glib::Ref<GtkWidget> box_;
   GtkWidget* announcement_;
   GtkWidget* stack_;

@@ -26,7 +26,7 @@ constexpr std::chrono::seconds graceTime{1};
 
 DownloadItem::DownloadItem(std::string name, std::string path, Kind first, std::function<void()> cancel)
     : id(++lastId), filename(std::move(name)), destination(std::move(path)), state(DownloadState{first, {}}),
-      cancel_(std::move(cancel)) {
+      canBeCancelled(cancel != nullptr), cancel_(std::move(cancel)) {
 }
 
 DownloadItem::DownloadItem(std::string name, std::string path, std::shared_ptr<platform::Download> download)
@@ -82,6 +82,7 @@ void DownloadItem::end() {
   subscriptions_.clear();
   progress_ = nullptr;
   cancel_ = nullptr;
+  canBeCancelled.set(false);
 }
 
 void DownloadItem::markFinished() {
@@ -120,7 +121,7 @@ void DownloadItem::markCancelled() {
 
 void DownloadItem::cancel() {
   const auto cancel = cancel_;
-  if (!canBeCancelled())
+  if (hasEnded_ || !*canBeCancelled)
     return;
   markCancelled();
   cancel();

@@ -46,6 +46,8 @@ class DownloadItem {
   base::Observable<std::int64_t> totalBytes{-1}; // -1: not known
   base::Observable<std::int64_t> bytesWritten{0};
   base::Observable<DownloadState> state{};
+  // False after the end; its owner may say so before, when nothing can be taken back any more.
+  base::Observable<bool> canBeCancelled{true};
   // The user has the pointer or the keyboard among the rows, so that none may go. Told by what shows it.
   base::Observable<bool> isHeld{false};
   // It has finished, failed or been cancelled. Comes once.
@@ -61,7 +63,6 @@ class DownloadItem {
   void cancel();
 
   bool hasEnded() const { return hasEnded_; }
-  bool canBeCancelled() const { return !hasEnded_ && cancel_; }
 
  private:
   struct Progress {

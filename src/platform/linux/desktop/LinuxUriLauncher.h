@@ -12,6 +12,9 @@ class LinuxUriLauncher final : public UriLauncher {
   void open(const std::string& url) override;
   // Without the ".desktop" of the desktop file's name.
   std::optional<std::string> defaultApplicationForScheme(const std::string& scheme) const override;
+  async::Task<std::expected<void, std::string>> openFile(std::string path) override;
+  // Asks the file manager on the bus, else opens the folder.
+  async::Task<std::expected<void, std::string>> showFile(std::string path) override;
 };
 
 } // namespace ondrel::platform::desktop

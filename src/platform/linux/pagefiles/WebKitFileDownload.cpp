@@ -1,8 +1,30 @@
 #include "platform/linux/pagefiles/WebKitFileDownload.h"
 
+#include "base/Log.h"
+#include "base/Url.h"
 #include "platform/linux/text/SafeText.h"
 
+#include <fmt/format.h>
+
+#include <sys/statvfs.h>
+
 namespace ondrel::platform::pagefiles {
+
+namespace {
+
+constexpr base::Logger logger("network");
+
+constexpr guint firstErrorStatus = 400; // of HTTP
+
+// Less than a piece that the engine writes at once.
+constexpr std::uint64_t fullDisk = 64 * 1024;
+
+bool isFull(const std::string& path) {
+  struct statvfs disk{};
+  return statvfs(path.c_str(), &disk) == 0 && std::uint64_t{disk.f_bavail} * disk.f_frsize < fullDisk;
+}
+
+} // namespace
 
 std::shared_ptr<WebKitFileDownload> WebKitFileDownload::make(WebKitDownload* download,
                                                              base::Event<>& programEnds) {
@@ -31,12 +53,14 @@ void WebKitFileDownload::connectSignals() {
   connections_.push_back(glib::connect<void(WebKitDownload*, GError*)>(
       download, "failed", [this](WebKitDownload*, GError* error) {
         const auto self = shared_from_this();
-        fail(problem_.empty() ? text::validUtf8(error->message) : problem_);
+        fail(problem_.empty() ? reason(error) : problem_);
       }));
   // Comes after a failure too.
   connections_.push_back(glib::connect<void(WebKitDownload*)>(download, "finished", [this](WebKitDownload*) {
     const auto self = shared_from_this();
-    if (!hasFailed_) {
+    if (!hasFailed_ && isCancelled_) {
+      fail("The download was cancelled.");
+    } else if (!hasFailed_) {
       if (const auto moved = file_ ? file_->moveIntoPlace() : std::expected<void, std::string>(); !moved)
         fail(moved.error());
       else
@@ -44,6 +68,18 @@ void WebKitFileDownload::connectSignals() {
     }
     end();
   }));
+}
+
+// What the engine says is for developers, and of a disk without space nothing.
+std::string WebKitFileDownload::reason(const GError* error) const {
+  logger.error("A download has failed: {}", text::validUtf8(error->message));
+  if (file_ && isFull(file_->path().substr(0, file_->path().rfind('/'))))
+    return "There is no space left on the disk. Make some room and try again.";
+  if (g_error_matches(error, WEBKIT_DOWNLOAD_ERROR, WEBKIT_DOWNLOAD_ERROR_CANCELLED_BY_USER))
+    return "The download was cancelled.";
+  if (g_error_matches(error, WEBKIT_DOWNLOAD_ERROR, WEBKIT_DOWNLOAD_ERROR_DESTINATION))
+    return "The file could not be written.";
+  return "The connection to the server broke off. Try again.";
 }
 
 void WebKitFileDownload::fail(const std::string& error) {
@@ -70,6 +106,12 @@ void WebKitFileDownload::askForDestination(const char* suggestedName) {
   }
   DestinationRequest request{text::validUtf8(suggestedName ? suggestedName : ""), std::nullopt};
   if (auto* response = webkit_download_get_response(download_.get())) {
+    // What comes then is a page about it, and not the file.
+    if (const auto status = webkit_uri_response_get_status_code(response); status >= firstErrorStatus) {
+      problem_ = fmt::format("The server doesn't give the file (it answered {}).", status);
+      cancel();
+      return;
+    }
     if (const auto* type = webkit_uri_response_get_mime_type(response))
       request.mimeType = text::validUtf8(type);
   }
@@ -97,6 +139,12 @@ void WebKitFileDownload::write(const std::string& destination) {
   webkit_download_set_destination(download_.get(), file_->path().c_str());
 }
 
+std::string WebKitFileDownload::suggestedFileName() const {
+  auto* request = webkit_download_get_request(download_.get());
+  const auto url = base::Url::parse(request ? webkit_uri_request_get_uri(request) : "");
+  return url ? url->lastPathComponent() : "";
+}
+
 Download::Progress WebKitFileDownload::progress() const {
   Progress result;
   result.fractionCompleted = webkit_download_get_estimated_progress(download_.get());
@@ -108,6 +156,7 @@ Download::Progress WebKitFileDownload::progress() const {
 }
 
 void WebKitFileDownload::cancel() {
+  isCancelled_ = true;
   webkit_download_cancel(download_.get());
 }
 

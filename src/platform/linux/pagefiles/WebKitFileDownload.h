@@ -21,6 +21,7 @@ class WebKitFileDownload final : public Download, public std::enable_shared_from
   static std::shared_ptr<WebKitFileDownload> make(WebKitDownload* download, base::Event<>& programEnds);
 
   void setDestinationHandler(DestinationHandler handler) override;
+  std::string suggestedFileName() const override;
   Progress progress() const override;
   void cancel() override;
 
@@ -29,6 +30,7 @@ class WebKitFileDownload final : public Download, public std::enable_shared_from
   void connectSignals();
   void askForDestination(const char* suggestedName);
   void write(const std::string& destination);
+  std::string reason(const GError* error) const;
   void fail(const std::string& error);
   void end();
 
@@ -37,6 +39,7 @@ class WebKitFileDownload final : public Download, public std::enable_shared_from
   std::optional<files::PendingFile> file_; // from the answer on
   std::string problem_;                    // why it was cancelled by us
   bool hasFailed_ = false;
+  bool isCancelled_ = false;
   std::shared_ptr<WebKitFileDownload> self_;
   std::vector<glib::Connection> connections_;
   base::Subscription programEnd_;
