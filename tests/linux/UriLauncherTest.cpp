@@ -1,6 +1,8 @@
+#include "async/Scope.h"
 #include "base/Log.h"
 #include "platform/linux/desktop/LinuxUriLauncher.h"
 #include "platform/linux/desktop/Rendering.h"
+#include "platform/linux/glib/GlibEventLoop.h"
 #include "support/TemporaryFolder.h"
 
 #include <gio/gio.h>
@@ -43,14 +45,37 @@ class WorkspaceDeathTest : public testing::Test {
 
   // What the handler got when that URL was opened, or "nothing".
   std::string opened(const std::string& url) {
+    return openedBy([&] { uriLauncher.open(url); });
+  }
+  std::string openedBy(const std::function<void()>& act) {
     std::filesystem::remove(folder.file("opened"));
-    uriLauncher.open(url);
+    act();
     for (int i = 0; i < 1000 && !std::filesystem::exists(folder.file("opened")); ++i) {
       while (g_main_context_iteration(nullptr, FALSE)) {
       }
       g_usleep(5000);
     }
     return std::filesystem::exists(folder.file("opened")) ? folder.content("opened") : "nothing";
+  }
+
+  static async::Task<void> printError(async::Task<std::expected<void, std::string>> task) {
+    const auto done = co_await std::move(task);
+    if (!done)
+      std::fprintf(stderr, "error: %s\n", done.error().c_str());
+  }
+  void openFiles() {
+    const glib::GlibEventLoop loop;
+    async::Scope scope;
+    for (const auto* name : {"note.txt", "a.exe"})
+      std::fprintf(stderr, "file: %s\n", openedBy([&] {
+                                           scope.spawn(printError(uriLauncher.openFile(folder.file(name))));
+                                         }).c_str());
+    std::fprintf(
+        stderr, "shown: %s\n",
+        openedBy([&] { scope.spawn(printError(uriLauncher.showFile(folder.file("note.txt")))); }).c_str());
+    scope.spawn(printError(uriLauncher.openFile(folder.file("gone"))));
+    while (scope.active() > 0)
+      g_main_context_iteration(nullptr, TRUE);
   }
 
   void openAll() {
@@ -65,6 +90,7 @@ class WorkspaceDeathTest : public testing::Test {
       folder.write(name, "x");
       std::fprintf(stderr, "program: %s\n", opened("file://" + folder.file(name)).c_str());
     }
+    openFiles();
     std::fprintf(stderr, "handler: %s\n",
                  uriLauncher.defaultApplicationForScheme("https").value_or("none").c_str());
     std::fprintf(stderr, "nobody: %s\n",
@@ -97,12 +123,15 @@ class WorkspaceDeathTest : public testing::Test {
 
 TEST_F(WorkspaceDeathTest, OpensLinksAndRefusesWhatIsNone) {
   const std::string refused = "Refused to open what is no absolute URL";
-  EXPECT_EXIT(openAll(), testing::ExitedWithCode(0),
-              testing::AllOf(testing::HasSubstr("link: https://example.org/a?b=%20c&d|unset\n"),
-                             testing::ContainsRegex("text: /tmp/[^/]*/note.txt.unset\n"),
-                             testing::ContainsRegex("(program: /tmp/[^/]*.unset\n){5}"),
-                             testing::HasSubstr("handler: test.Handler\nnobody: none\n"),
-                             testing::ContainsRegex("(" + refused + ".*\n){8}")));
+  EXPECT_EXIT(
+      openAll(), testing::ExitedWithCode(0),
+      testing::AllOf(testing::HasSubstr("link: https://example.org/a?b=%20c&d|unset\n"),
+                     testing::ContainsRegex("text: /tmp/[^/]*/note.txt.unset\n"),
+                     testing::ContainsRegex("(program: /tmp/[^/]*.unset\n){5}"),
+                     testing::ContainsRegex("file: /tmp/[^/]*/note.txt.unset\nfile: /tmp/[^/]*.unset\n"),
+                     testing::ContainsRegex("shown: /tmp/[^/]*.unset\nerror: The file is not there any more"),
+                     testing::HasSubstr("handler: test.Handler\nnobody: none\n"),
+                     testing::ContainsRegex("(" + refused + ".*\n){8}")));
 }
 
 TEST_F(WorkspaceDeathTest, RenderingLeavesWhatTheUserHasSet) {

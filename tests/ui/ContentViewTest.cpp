@@ -193,6 +193,21 @@ TEST_F(ContentViewTest, ListsDownloads) {
   shell.loop.advance(1s);
   EXPECT_EQ(visibleTexts(root), (Texts{"invoicefdp.exe", "Done", "photo.jpg", "disk full", "Failed"}));
 
+  for (auto* button : {buttonWithLabel(root, "Open: invoicefdp.exe"),
+                       buttonWithLabel(root, "Show in Folder: invoicefdp.exe")})
+    click(button);
+  shell.uriLauncher.fileAnswer = std::unexpected("No application opens it.");
+  click(buttonWithLabel(root, "Open: invoicefdp.exe"));
+  shell.settle();
+  EXPECT_EQ(shell.uriLauncher.files.size(), 3U);
+  EXPECT_EQ(visibleTexts(root).at(1), "No application opens it.");
+  EXPECT_FALSE(gtk_widget_get_visible(buttonWithLabel(root, "Open: photo.jpg")))
+      << "there is nothing to open";
+  gtk_widget_grab_focus(buttonWithLabel(root, "Open: invoicefdp.exe"));
+  EXPECT_TRUE(*first->isHeld && *second->isHeld) << "rows that go move the others";
+  gtk_widget_grab_focus(pages[0].get());
+  EXPECT_FALSE(*first->isHeld);
+
   model(0)->downloads.set({second});
   EXPECT_EQ(visibleTexts(root), (Texts{"photo.jpg", "disk full", "Failed"}));
   model(0)->downloads.set({});
@@ -201,6 +216,8 @@ TEST_F(ContentViewTest, ListsDownloads) {
   addDownload("stream.bin");
   download->progressed.emit();
   EXPECT_EQ(visibleTexts(root), (Texts{"stream.bin", size(2'000)})) << "of unknown length";
+  click(buttonWithLabel(root, "Cancel Download: stream.bin"));
+  EXPECT_EQ(visibleTexts(root), (Texts{"stream.bin", "Cancelled"}));
 }
 
 TEST_F(ContentViewTest, ClosingTheTabLetsGoOfThePage) {

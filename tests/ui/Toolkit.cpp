@@ -60,8 +60,8 @@ std::vector<std::string> visibleTexts(GtkWidget* root) {
 
 GtkWidget* buttonWithLabel(GtkWidget* root, const std::string& label) {
   return findWhere(root, [&](GtkWidget* widget) {
-    return GTK_IS_BUTTON(widget) && gtk_button_get_label(GTK_BUTTON(widget)) &&
-           label == gtk_button_get_label(GTK_BUTTON(widget));
+    const char* shown = GTK_IS_BUTTON(widget) ? gtk_button_get_label(GTK_BUTTON(widget)) : nullptr;
+    return GTK_IS_BUTTON(widget) && (shown ? label == shown : hasAccessibleLabel(widget, label));
   });
 }
 

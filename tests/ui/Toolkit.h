@@ -17,6 +17,7 @@ using support::runUntil;
 GtkWidget* find(GtkWidget* root, const std::string& name);
 // What the labels that can be seen say, from top to bottom. As if the root were on screen.
 std::vector<std::string> visibleTexts(GtkWidget* root);
+// By its text, or by what it is called where it has a picture.
 GtkWidget* buttonWithLabel(GtkWidget* root, const std::string& label);
 void click(GtkWidget* button);
 bool hasAccessibleLabel(GtkWidget* widget, const std::string& label);

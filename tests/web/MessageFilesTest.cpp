@@ -9,6 +9,7 @@
 namespace ondrel::web {
 namespace {
 
+using namespace std::chrono_literals;
 using support::FakeHttpClient;
 
 class MessageFilesTest : public CoordinatorTest {
@@ -74,7 +75,30 @@ TEST_F(MessageFilesTest, AreNotWrittenWhenTheyCantBeFetched) {
     shell.settle();
     EXPECT_EQ(shell.files.files.at("/downloads/Plans.eml"), "earlier");
     EXPECT_EQ(notified().size(), 1U) << "this step always comes";
+    EXPECT_EQ(model->downloads->back()->state->kind, DownloadState::Kind::failed) << "but the row knows";
   }
+  shell.files.full = true;
+  shell.http.answer = [](const auto&) { return FakeHttpClient::ok("new"); };
+  ask("Plans");
+  shell.settle();
+  EXPECT_TRUE(model->downloads->back()->state->error.contains("no space left on device"));
+}
+
+TEST_F(MessageFilesTest, CanBeCancelledUntilTheyAreBeingWritten) {
+  shell.fileWriter.delay = 1s;
+  ask("Plans");
+  const auto early = model->downloads->back();
+  early->cancel();
+  shell.settle();
+  EXPECT_TRUE(shell.files.files.empty());
+  EXPECT_TRUE(notified().empty()) << "whoever has cancelled it knows";
+  ask("Plans");
+  shell.settle();
+  const auto late = model->downloads->back();
+  EXPECT_FALSE(*late->canBeCancelled);
+  late->cancel();
+  shell.loop.advance(2s);
+  EXPECT_EQ(late->state->kind, DownloadState::Kind::finished);
 }
 
 TEST_F(MessageFilesTest, AreSavedAlthoughTheTabClosesMeanwhile) {

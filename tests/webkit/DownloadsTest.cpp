@@ -181,6 +181,15 @@ TEST_F(DownloadsTest, NothingIsWrittenWithoutAGoodAnswer) {
   }
   EXPECT_TRUE(std::filesystem::is_empty(chosen_));
 
+  // The page of an error is no file.
+  server_.serve("/gone", {"Gone.", "text/html", {{"Content-Disposition", "ATTACHMENT"}}, 410});
+  outcomes_.clear();
+  reply_.reset();
+  view().load(server_.url("/gone"));
+  ASSERT_TRUE(waitFor([&] { return !outcomes_.empty(); }));
+  EXPECT_FALSE(reply_);
+  EXPECT_EQ(delegate_.downloads.back()->suggestedFileName(), "gone.html");
+
   takesDestination_ = false;
   outcomes_.clear();
   loadFile();

@@ -6,6 +6,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <sys/statvfs.h>
 
 namespace ondrel::platform::pagefiles {
@@ -16,12 +17,10 @@ constexpr base::Logger logger("network");
 
 constexpr guint firstErrorStatus = 400; // of HTTP
 
-// Less than a piece that the engine writes at once.
-constexpr std::uint64_t fullDisk = 64 * 1024;
-
-bool isFull(const std::string& path) {
+// The engine has removed its part of the file already, so that there is room again for what it had.
+bool isFull(const std::string& path, std::uint64_t wanted) {
   struct statvfs disk{};
-  return statvfs(path.c_str(), &disk) == 0 && std::uint64_t{disk.f_bavail} * disk.f_frsize < fullDisk;
+  return statvfs(path.c_str(), &disk) == 0 && std::uint64_t{disk.f_bavail} * disk.f_frsize < wanted;
 }
 
 } // namespace
@@ -73,7 +72,9 @@ void WebKitFileDownload::connectSignals() {
 // What the engine says is for developers, and of a disk without space nothing.
 std::string WebKitFileDownload::reason(const GError* error) const {
   logger.error("A download has failed: {}", text::validUtf8(error->message));
-  if (file_ && isFull(file_->path().substr(0, file_->path().rfind('/'))))
+  const auto now = progress();
+  const auto wanted = static_cast<std::uint64_t>(std::max(now.totalBytes, now.bytesWritten));
+  if (file_ && isFull(file_->path().substr(0, file_->path().rfind('/')), wanted))
     return "There is no space left on the disk. Make some room and try again.";
   if (g_error_matches(error, WEBKIT_DOWNLOAD_ERROR, WEBKIT_DOWNLOAD_ERROR_CANCELLED_BY_USER))
     return "The download was cancelled.";
@@ -100,11 +101,12 @@ void WebKitFileDownload::setDestinationHandler(DestinationHandler handler) {
 
 void WebKitFileDownload::askForDestination(const char* suggestedName) {
   const auto self = shared_from_this();
+  suggestedName_ = text::validUtf8(suggestedName ? suggestedName : "");
   if (!handler_) {
     cancel();
     return;
   }
-  DestinationRequest request{text::validUtf8(suggestedName ? suggestedName : ""), std::nullopt};
+  DestinationRequest request{suggestedName_, std::nullopt};
   if (auto* response = webkit_download_get_response(download_.get())) {
     // What comes then is a page about it, and not the file.
     if (const auto status = webkit_uri_response_get_status_code(response); status >= firstErrorStatus) {
@@ -140,6 +142,8 @@ void WebKitFileDownload::write(const std::string& destination) {
 }
 
 std::string WebKitFileDownload::suggestedFileName() const {
+  if (!suggestedName_.empty())
+    return suggestedName_;
   auto* request = webkit_download_get_request(download_.get());
   const auto url = base::Url::parse(request ? webkit_uri_request_get_uri(request) : "");
   return url ? url->lastPathComponent() : "";

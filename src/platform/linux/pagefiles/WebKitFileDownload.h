@@ -36,6 +36,7 @@ class WebKitFileDownload final : public Download, public std::enable_shared_from
 
   glib::Ref<WebKitDownload> download_;
   DestinationHandler handler_;
+  std::string suggestedName_;              // by the server, once it has answered
   std::optional<files::PendingFile> file_; // from the answer on
   std::string problem_;                    // why it was cancelled by us
   bool hasFailed_ = false;
