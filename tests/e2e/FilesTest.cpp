@@ -35,12 +35,18 @@ TEST_F(FilesTest, AreAttachedToTheLetterThatIsBeingWritten) {
     ASSERT_FALSE(found.empty());
     const auto window = std::stoul(found.front());
     moveTo(window, 50, 50);
-    // As a hand does it: the toolkits look at each step.
+    // As a hand does it, which goes on when it sees what has come of its last step.
     const auto onto = "mousemove --window " + std::to_string(main);
-    EXPECT_FALSE(xdotool("mousedown 1 sleep 0.2 mousemove_relative 20 20 sleep 0.2 mousemove_relative 60 60 "
-                         "sleep 0.3 " +
-                         onto + " 400 400 sleep 0.5 " + onto + " 420 410 sleep 1 mouseup 1")
-                     .empty());
+    xdotool("mousedown 1");
+    EXPECT_TRUE(eventually([&] {
+      xdotool("mousemove_relative 10 10 sleep 0.2");
+      return other->output().contains("dragging");
+    }));
+    EXPECT_TRUE(eventually([&] {
+      xdotool(onto + " 400 400 sleep 0.2 " + onto + " 420 410 sleep 0.2");
+      return other->output().ends_with("\nwanted\n");
+    })) << other->output();
+    xdotool("mouseup 1");
     EXPECT_TRUE(uploadsBecome(2)) << program->output();
     EXPECT_EQ(title(main), "New message") << "no file takes the place of the page";
 

@@ -1,5 +1,6 @@
 // A window of another program, as wide as a hand: the files of its arguments can be dragged out of it, and
-// are on the clipboard. With "--picture" in front, the first one's picture is on the clipboard instead.
+// are on the clipboard. Says when a drag has begun and whether what it is over wants it. With "--picture" in
+// front, the first one's picture is on the clipboard instead.
 #include "platform/linux/glib/Connection.h"
 #include "platform/linux/glib/Ref.h"
 
@@ -38,6 +39,15 @@ int main(int, char** arguments) {
         auto* provider = gdk_content_provider_new_for_value(&value);
         g_value_unset(&value);
         return provider;
+      });
+  ondrel::glib::Connection answered;
+  const auto begun = ondrel::glib::connect<void(GtkDragSource*, GdkDrag*)>(
+      source, "drag-begin", [&answered](GtkDragSource*, GdkDrag* drag) {
+        g_print("dragging\n");
+        answered = ondrel::glib::connect<void(GdkDrag*, GParamSpec*)>(
+            drag, "notify::selected-action", [](GdkDrag* changed, GParamSpec*) {
+              g_print(gdk_drag_get_selected_action(changed) ? "wanted\n" : "unwanted\n");
+            });
       });
   gtk_widget_add_controller(label, GTK_EVENT_CONTROLLER(source));
   gtk_window_set_child(GTK_WINDOW(window), label);
