@@ -87,18 +87,20 @@ void DownloadRow::build() {
   gtk_widget_add_css_class(status_, "numeric");
   for (auto* widget : {icon_, middle, status_})
     gtk_box_append(GTK_BOX(row_.get()), widget);
-  open_ = addButton("document-open-symbolic", "Open", [this] { scope_.spawn(open()); });
-  show_ = addButton("folder-open-symbolic", "Show in Folder", [this] { scope_.spawn(showInFolder()); });
-  cancel_ = addButton("process-stop-symbolic", "Cancel Download", [this] { item_->cancel(); });
+  open_ = addButton(gtk_button_new_with_label("Open"), "Open", [this] { scope_.spawn(open()); });
+  show_ = addButton(gtk_button_new_from_icon_name("folder-open-symbolic"), "Show in Folder",
+                    [this] { scope_.spawn(showInFolder()); });
+  cancel_ = addButton(gtk_button_new_from_icon_name("process-stop-symbolic"), "Cancel Download",
+                      [this] { item_->cancel(); });
 }
 
-GtkWidget* DownloadRow::addButton(const char* icon, const std::string& label, std::function<void()> act) {
-  auto* button = gtk_button_new_from_icon_name(icon);
+GtkWidget* DownloadRow::addButton(GtkWidget* button, const std::string& label, std::function<void()> act) {
   gtk_widget_add_css_class(button, "flat");
   gtk_widget_set_valign(button, GTK_ALIGN_CENTER);
   // Whoever clicks goes on writing in the page.
   gtk_widget_set_focus_on_click(button, FALSE);
-  gtk_widget_set_tooltip_text(button, label.c_str());
+  if (!gtk_button_get_label(GTK_BUTTON(button)))
+    gtk_widget_set_tooltip_text(button, label.c_str());
   setAccessibleLabel(button, label + ": " + base::shortDisplayLine(item_->filename));
   clicked_.push_back(
       glib::connect<void(GtkButton*)>(button, "clicked", [act = std::move(act)](GtkButton*) { act(); }));

@@ -36,7 +36,7 @@ class DownloadRow {
 
  private:
   void build();
-  GtkWidget* addButton(const char* icon, const std::string& label, std::function<void()> act);
+  GtkWidget* addButton(GtkWidget* button, const std::string& label, std::function<void()> act);
   void update();
   void updateProgress();
   void setNote(const std::string& text);

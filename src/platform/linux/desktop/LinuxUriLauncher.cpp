@@ -86,7 +86,9 @@ async::Task<Result> launch(std::string uri) {
   const auto finished = co_await std::move(result);
   glib::Error error;
   if (finished && !g_app_info_launch_default_for_uri_finish(finished->get(), error.out()))
-    co_return std::unexpected(text::validUtf8(error.message()));
+    co_return std::unexpected(error.matches(G_IO_ERROR, G_IO_ERROR_NOT_SUPPORTED)
+                                  ? "There is no application for it on this computer."
+                                  : text::validUtf8(error.message()));
   co_return {};
 }
 
