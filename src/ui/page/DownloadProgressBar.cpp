@@ -31,6 +31,7 @@ DownloadProgressBar::DownloadProgressBar(platform::UriLauncher& launcher)
   gtk_box_append(GTK_BOX(bar_.get()), scrolled);
   gtk_widget_add_controller(bar_.get(), GTK_EVENT_CONTROLLER(pointer_));
   gtk_widget_add_controller(bar_.get(), GTK_EVENT_CONTROLLER(keyboard_));
+  key_ = addKey();
   const auto tell = [this](GObject*, GParamSpec*) { tellWhetherHeld(); };
   connections_.push_back(
       glib::connect<void(GObject*, GParamSpec*)>(pointer_, "notify::contains-pointer", tell));
@@ -39,8 +40,43 @@ DownloadProgressBar::DownloadProgressBar(platform::UriLauncher& launcher)
 }
 
 DownloadProgressBar::~DownloadProgressBar() {
+  gtk_widget_remove_controller(bar_.get(), key_);
   for (const auto& row : rows_)
     row->item()->isHeld.set(false);
+}
+
+GtkEventController* DownloadProgressBar::addKey() {
+  auto* controller = gtk_shortcut_controller_new();
+  gtk_shortcut_controller_set_scope(GTK_SHORTCUT_CONTROLLER(controller), GTK_SHORTCUT_SCOPE_GLOBAL);
+  // Before the page sees it.
+  gtk_event_controller_set_propagation_phase(controller, GTK_PHASE_CAPTURE);
+  const GtkShortcutFunc act = [](GtkWidget*, GVariant*, gpointer self) -> gboolean {
+    return static_cast<DownloadProgressBar*>(self)->moveKeyboard();
+  };
+  gtk_shortcut_controller_add_shortcut(
+      GTK_SHORTCUT_CONTROLLER(controller),
+      gtk_shortcut_new(gtk_keyval_trigger_new(GDK_KEY_F6, GdkModifierType(0)),
+                       gtk_callback_action_new(act, this, nullptr)));
+  gtk_widget_add_controller(bar_.get(), controller);
+  return controller;
+}
+
+bool DownloadProgressBar::moveKeyboard() {
+  if (!gtk_widget_get_mapped(bar_.get()))
+    return false;
+  auto* root = gtk_widget_get_root(bar_.get());
+  if (!gtk_event_controller_focus_contains_focus(keyboard_)) {
+    formerFocus_.set(gtk_root_get_focus(root));
+    gtk_window_set_focus_visible(GTK_WINDOW(root), TRUE);
+    return giveFocus(list_);
+  }
+  leave();
+  return true;
+}
+
+void DownloadProgressBar::leave() {
+  if (const auto former = formerFocus_.lock())
+    gtk_widget_grab_focus(former.get());
 }
 
 void DownloadProgressBar::tellWhetherHeld() {
@@ -60,7 +96,7 @@ void DownloadProgressBar::setDownloads(const std::vector<std::shared_ptr<web::Do
   for (const auto& item : downloads) {
     if (std::ranges::find(rows_, item, &DownloadRow::item) != rows_.end())
       continue;
-    rows_.push_back(std::make_unique<DownloadRow>(item, launcher_));
+    rows_.push_back(std::make_unique<DownloadRow>(item, launcher_, [this] { leave(); }));
     gtk_box_append(GTK_BOX(list_), rows_.back()->widget());
   }
   gtk_widget_set_visible(bar_.get(), !rows_.empty());

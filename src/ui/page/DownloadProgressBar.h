@@ -12,7 +12,8 @@
 namespace ondrel::ui {
 
 // The downloads of a tab below its page. Takes no place while there are none, and never more than a few rows.
-// None of them goes while the user has the pointer or the keyboard in it: what they aim at would move.
+// None of them goes while the user has the pointer or the keyboard in it: what they aim at would move. F6
+// leads into it and back, since pages keep the Tab key for themselves.
 class DownloadProgressBar {
  public:
   // The launcher outlives it.
@@ -26,6 +27,9 @@ class DownloadProgressBar {
   void setDownloads(const std::vector<std::shared_ptr<web::DownloadItem>>& downloads);
 
  private:
+  GtkEventController* addKey();
+  bool moveKeyboard();
+  void leave(); // the keyboard goes back to where it was
   void tellWhetherHeld();
 
   platform::UriLauncher& launcher_;
@@ -33,6 +37,8 @@ class DownloadProgressBar {
   GtkWidget* list_;
   GtkEventControllerMotion* pointer_;
   GtkEventControllerFocus* keyboard_;
+  GtkEventController* key_ = nullptr;
+  glib::WeakRef<GtkWidget> formerFocus_;
   std::vector<std::unique_ptr<DownloadRow>> rows_;
   std::vector<glib::Connection> connections_;
 };

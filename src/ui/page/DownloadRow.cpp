@@ -53,8 +53,9 @@ std::string downloadStatus(const web::DownloadItem& item) {
   return "";
 }
 
-DownloadRow::DownloadRow(std::shared_ptr<web::DownloadItem> item, platform::UriLauncher& launcher)
-    : item_(std::move(item)), launcher_(launcher),
+DownloadRow::DownloadRow(std::shared_ptr<web::DownloadItem> item, platform::UriLauncher& launcher,
+                         std::function<void()> leave)
+    : item_(std::move(item)), launcher_(launcher), leave_(std::move(leave)),
       row_(glib::share(gtk_box_new(GTK_ORIENTATION_HORIZONTAL, 12))) {
   build();
   subscriptions_.push_back(item_->state.observe([this] { update(); }));
@@ -128,7 +129,7 @@ void DownloadRow::update() {
   if (hadFocus && finished)
     gtk_widget_grab_focus(open_);
   else if (hadFocus && !cancels)
-    gtk_widget_child_focus(GTK_WIDGET(gtk_widget_get_root(row_.get())), GTK_DIR_TAB_BACKWARD);
+    leave_();
   gtk_widget_set_visible(cancel_, cancels);
   setNote(state.error);
   updateProgress();

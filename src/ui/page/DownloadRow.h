@@ -8,6 +8,7 @@
 
 #include <gtk/gtk.h>
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -28,8 +29,9 @@ std::string downloadStatus(const web::DownloadItem& item);
 // One download: how far it is and what can be done with it.
 class DownloadRow {
  public:
-  // The launcher outlives it.
-  DownloadRow(std::shared_ptr<web::DownloadItem> item, platform::UriLauncher& launcher);
+  // The launcher outlives it. `leave` is called while the button goes that has the keyboard.
+  DownloadRow(std::shared_ptr<web::DownloadItem> item, platform::UriLauncher& launcher,
+              std::function<void()> leave);
 
   GtkWidget* widget() const { return row_.get(); }
   const std::shared_ptr<web::DownloadItem>& item() const { return item_; }
@@ -45,6 +47,7 @@ class DownloadRow {
 
   const std::shared_ptr<web::DownloadItem> item_;
   platform::UriLauncher& launcher_;
+  const std::function<void()> leave_;
   glib::Ref<GtkWidget> row_;
   GtkWidget* icon_ = nullptr;
   GtkWidget* progress_ = nullptr;

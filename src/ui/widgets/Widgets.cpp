@@ -21,6 +21,9 @@ GtkWidget* wrappedLabel(const char* text) {
 }
 
 bool giveFocus(GtkWidget* widget) {
+  // The toolkit would give it to what nobody can see, too.
+  if (!gtk_widget_get_visible(widget))
+    return false;
   if (gtk_widget_grab_focus(widget))
     return true;
   for (auto* child = gtk_widget_get_first_child(widget); child; child = gtk_widget_get_next_sibling(child))

@@ -71,7 +71,8 @@ void WebKitFileDownload::connectSignals() {
 
 // What the engine says is for developers, and of a disk without space nothing.
 std::string WebKitFileDownload::reason(const GError* error) const {
-  logger.error("A download has failed: {}", text::validUtf8(error->message));
+  if (!isCancelled_)
+    logger.error("A download has failed: {}", text::validUtf8(error->message));
   const auto now = progress();
   const auto wanted = static_cast<std::uint64_t>(std::max(now.totalBytes, now.bytesWritten));
   if (file_ && isFull(file_->path().substr(0, file_->path().rfind('/')), wanted))
