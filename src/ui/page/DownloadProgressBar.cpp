@@ -87,12 +87,18 @@ void DownloadProgressBar::tellWhetherHeld() {
 }
 
 void DownloadProgressBar::setDownloads(const std::vector<std::shared_ptr<web::DownloadItem>>& downloads) {
-  std::erase_if(rows_, [&](const auto& row) {
-    const bool gone = std::ranges::find(downloads, row->item()) == downloads.end();
-    if (gone)
-      gtk_box_remove(GTK_BOX(list_), row->widget());
-    return gone;
+  std::vector<std::unique_ptr<DownloadRow>> gone;
+  std::erase_if(rows_, [&](auto& row) {
+    if (std::ranges::find(downloads, row->item()) != downloads.end())
+      return false;
+    gone.push_back(std::move(row));
+    return true;
   });
+  // The pointer or the keyboard may leave with them, which is told at once.
+  for (const auto& row : gone) {
+    row->item()->isHeld.set(false);
+    gtk_box_remove(GTK_BOX(list_), row->widget());
+  }
   for (const auto& item : downloads) {
     if (std::ranges::find(rows_, item, &DownloadRow::item) != rows_.end())
       continue;
