@@ -16,10 +16,12 @@
 #include "settings/AppSettings.h"
 #include "support/FakeApplication.h"
 #include "support/FakeDesktop.h"
+#include "support/FakeFileWriter.h"
 #include "support/FakeHttpClient.h"
 #include "support/FakeJMAPClient.h"
 #include "support/FakeNotificationCenter.h"
 #include "support/PageServer.h"
+#include "web/DownloadNotices.h"
 #include "web/MessageFiles.h"
 #include "web/WebServices.h"
 #include "web/WebView.h"
@@ -67,7 +69,8 @@ class Tabs {
                                                          .panels = panels_,
                                                          .uriLauncher = uriLauncher_,
                                                          .notifications = notifications_,
-                                                         .messageFiles = messageFiles_},
+                                                         .messageFiles = messageFiles_,
+                                                         .downloadNotices = downloadNotices_},
         stack_(GTK_STACK(gtk_stack_new())),
         manager_(application_, settings_, sessionStore_, closedTabs_, clipboard_, services_,
                  [this](std::shared_ptr<web::WindowViewModel> model, std::shared_ptr<platform::Window>) {
@@ -138,7 +141,9 @@ class Tabs {
   app::SessionStore sessionStore_{files_, files_};
   app::ClosedTabs closedTabs_{files_, files_};
   support::FakeHttpClient http_;
-  web::MessageFiles messageFiles_{http_, files_, files_, notifications_};
+  support::FakeFileWriter fileWriter_{files_};
+  web::MessageFiles messageFiles_{http_, fileWriter_, files_, notifications_};
+  web::DownloadNotices downloadNotices_{notifications_, application_, uriLauncher_};
   web::WebServices services_;
   GtkStack* stack_;
   app::WindowManager manager_;
