@@ -1,0 +1,24 @@
+#pragma once
+
+#include "async/Task.h"
+#include "platform/DocumentDecoder.h"
+#include "platform/Window.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace ondrel::platform {
+
+// Prints files that the user doesn't see on screen. Main thread only.
+class DocumentPrinter {
+ public:
+  virtual ~DocumentPrinter() = default;
+  // Through the platform's dialog on the parent's window, each page scaled down to fit the paper and turned
+  // where that suits it better. Gives a text for the user when the data can't be decoded or printed; being
+  // cancelled by the user is no error. Ends when the job has been handed over.
+  virtual async::Task<std::optional<std::string>>
+  print(std::string data, DocumentKind kind, std::string jobName, std::shared_ptr<Window> parent) = 0;
+};
+
+} // namespace ondrel::platform
