@@ -11,5 +11,7 @@ pkg_check_modules(WEBKIT_EXTENSION REQUIRED IMPORTED_TARGET webkitgtk-web-proces
 pkg_check_modules(SOUP REQUIRED IMPORTED_TARGET libsoup-3.0)
 pkg_check_modules(ICU REQUIRED IMPORTED_TARGET icu-i18n icu-uc)
 pkg_check_modules(XML REQUIRED IMPORTED_TARGET libxml-2.0)
+pkg_check_modules(POPPLER REQUIRED IMPORTED_TARGET poppler-glib cairo gdk-pixbuf-2.0)
+pkg_check_modules(SECCOMP REQUIRED IMPORTED_TARGET libseccomp)
 pkg_check_modules(X11 REQUIRED IMPORTED_TARGET x11)
 pkg_check_modules(DBUSMENU REQUIRED IMPORTED_TARGET dbusmenu-glib-0.4)

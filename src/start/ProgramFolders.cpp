@@ -13,7 +13,10 @@ ProgramFolders ProgramFolders::find(const std::string& installedLibraries) {
   auto extension = prefix / "lib" / "ondrel" / "webext";
   if (!fs::is_directory(extension, error))
     extension = prefix / installedLibraries / "ondrel" / "webext";
-  return {executables.string(), (prefix / "share" / "ondrel").string(), extension.string()};
+  auto decoder = executables / "ondrel-decoder";
+  if (!fs::exists(decoder, error))
+    decoder = prefix / "libexec" / "ondrel-decoder";
+  return {executables.string(), (prefix / "share" / "ondrel").string(), extension.string(), decoder.string()};
 }
 
 } // namespace ondrel::start

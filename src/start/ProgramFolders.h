@@ -9,6 +9,7 @@ struct ProgramFolders {
   std::string executables; // holds ondrel and its companions
   std::string data;        // holds site.json
   std::string extension;   // holds the web-process extension and nothing else
+  std::string decoder;     // the program ondrel-decoder itself
 
   // `installedLibraries` is the library folder relative to the prefix, "lib/x86_64-linux-gnu" say.
   static ProgramFolders find(const std::string& installedLibraries);
