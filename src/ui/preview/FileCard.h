@@ -1,0 +1,31 @@
+#pragma once
+
+#include "platform/linux/glib/Connection.h"
+#include "ui/preview/PreviewPart.h"
+
+#include <functional>
+#include <string>
+
+namespace ondrel::ui {
+
+// What is known of a file that can't be shown: its icon, name, type and size, and what can be done with it.
+class FileCard final : public PreviewPart {
+ public:
+  struct Options {
+    std::string path;
+    std::string name; // as it is shown
+    std::string mimeType;
+    std::string note; // why there is no more to see; empty for nothing
+    const char* action;
+    std::function<void()> act;
+  };
+  explicit FileCard(const Options& options);
+
+  GtkWidget* widget() const override { return widget_.get(); }
+
+ private:
+  glib::Ref<GtkWidget> widget_;
+  glib::Connection clicked_;
+};
+
+} // namespace ondrel::ui
