@@ -19,7 +19,7 @@ struct FakePages {
   bool isAnimation = false;
   async::Duration opening{}; // decoders answer late
   async::Duration rendering{};
-  std::string words{}; // on each page, side by side on one line
+  std::string words{};                          // on each page, side by side on one line
   std::optional<platform::DecodeError> error{}; // instead of opening
 
   std::vector<std::string> opened{};

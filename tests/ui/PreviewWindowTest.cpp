@@ -157,6 +157,8 @@ TEST_F(PreviewWindowTest, GoesByTheKeys) {
   show("next.png", "image/png");
   EXPECT_EQ(std::ranges::count(window(0)->calls, "key"), presented) << "the user may be elsewhere by now";
 
+  show("a.zip", "application/zip");
+  ASSERT_TRUE(shows("preview-card"));
   for (const auto& [key, modifiers] :
        {std::pair{GDK_KEY_space, GdkModifierType{}}, std::pair{GDK_KEY_Escape, GdkModifierType{}},
         std::pair{GDK_KEY_w, GDK_CONTROL_MASK}}) {

@@ -44,6 +44,8 @@ GtkWidget* icon(const std::string& mimeType) {
 FileCard::FileCard(const Options& options) {
   auto* box = gtk_box_new(GTK_ORIENTATION_VERTICAL, spacing);
   gtk_widget_set_name(box, "preview-card");
+  gtk_widget_set_focusable(box, TRUE);
+  card_ = box;
   gtk_widget_set_valign(box, GTK_ALIGN_CENTER);
   gtk_widget_set_vexpand(box, TRUE);
   for (const auto set : {gtk_widget_set_margin_start, gtk_widget_set_margin_end, gtk_widget_set_margin_top,

@@ -22,9 +22,11 @@ class FileCard final : public PreviewPart {
   explicit FileCard(const Options& options);
 
   GtkWidget* widget() const override { return widget_.get(); }
+  GtkWidget* focus() const override { return card_; }
 
  private:
   glib::Ref<GtkWidget> widget_;
+  GtkWidget* card_;
   glib::Connection clicked_;
 };
 

@@ -78,6 +78,9 @@ PagesPart::PagesPart(std::unique_ptr<platform::DecodedDocument> document, Option
   gtk_widget_set_name(canvas_.get(), "preview-canvas");
   setAccessibleLabel(canvas_.get(), options_.label);
   gtk_scrolled_window_set_child(GTK_SCROLLED_WINDOW(scroller_.get()), canvas_.get());
+  // All of it has the keyboard, and would be scrolled to its end with a click.
+  auto* viewport = gtk_scrolled_window_get_child(GTK_SCROLLED_WINDOW(scroller_.get()));
+  gtk_viewport_set_scroll_to_focus(GTK_VIEWPORT(viewport), FALSE);
   gtk_widget_set_vexpand(scroller_.get(), TRUE);
   for (auto* adjustment : {horizontal_, vertical_}) {
     connections_.push_back(glib::onNotify(adjustment, "page-size", [this] { resized_.send(); }));

@@ -34,6 +34,7 @@ class PagesPart final : public PreviewPart {
   PagesPart& operator=(const PagesPart&) = delete;
 
   GtkWidget* widget() const override { return scroller_.get(); }
+  GtkWidget* focus() const override { return canvas_.get(); }
   bool canZoom() const override { return true; }
   void zoom(Zoom step) override;
   bool scroll(int step) override;

@@ -11,6 +11,8 @@ class PreviewPart {
  public:
   virtual ~PreviewPart() = default;
   virtual GtkWidget* widget() const = 0; // lives as long as the part
+  // Has the keyboard at first. No button, which would take the space bar for itself.
+  virtual GtkWidget* focus() const { return widget(); }
   virtual bool canZoom() const { return false; }
   virtual void zoom(Zoom) {}
   // One step up (-1) or down, with the keys. False where there is nothing to move.

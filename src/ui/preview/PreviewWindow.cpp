@@ -319,7 +319,7 @@ void PreviewWindow::setPart(std::unique_ptr<PreviewPart> part) {
   if (!part_)
     return;
   gtk_stack_set_visible_child_name(GTK_STACK(stack_), "part");
-  giveFocus(part_->widget());
+  giveFocus(part_->focus());
 }
 
 void PreviewWindow::showCard(const std::string& note) {
