@@ -1,6 +1,7 @@
 #pragma once
 
 #include "async/Task.h"
+#include "platform/NativeView.h"
 
 #include <expected>
 #include <optional>
@@ -21,6 +22,9 @@ class UriLauncher {
   // Opens a file of the user's in the application for it; a program, script or desktop file is shown as
   // showFile() does. Errors are sentences for the user.
   virtual async::Task<std::expected<void, std::string>> openFile(std::string path) = 0;
+  // The same in the application that the user chooses in a dialog on the window that `parent` is in, which
+  // may be empty. Cancelling is no error.
+  virtual async::Task<std::expected<void, std::string>> openFileWith(std::string path, NativeView parent) = 0;
   // Shows a file in its folder, selected where the desktop's file manager can do that.
   virtual async::Task<std::expected<void, std::string>> showFile(std::string path) = 0;
 };

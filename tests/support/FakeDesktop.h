@@ -60,12 +60,16 @@ class FakeUriLauncher final : public platform::UriLauncher {
   async::Task<std::expected<void, std::string>> openFile(std::string path) override {
     return answer("open " + path);
   }
+  async::Task<std::expected<void, std::string>> openFileWith(std::string path,
+                                                             platform::NativeView) override {
+    return answer("open with " + path);
+  }
   async::Task<std::expected<void, std::string>> showFile(std::string path) override {
     return answer("show " + path);
   }
 
   std::vector<std::string> opened;
-  std::vector<std::string> files; // "open <path>" or "show <path>"
+  std::vector<std::string> files; // "open <path>", "open with <path>" or "show <path>"
   std::expected<void, std::string> fileAnswer;
   std::optional<std::string> mailApplication;
 

@@ -90,7 +90,11 @@ TEST_F(PreviewWindowTest, ShowsEachKindInItsManner) {
   ASSERT_TRUE(shows("preview-card"));
   EXPECT_THAT(visibleTexts(find(root, "preview-card")), testing::Contains(testing::HasSubstr("4 bytes")));
   click(find(root, "preview-act"));
-  EXPECT_THAT(launcher.opened, testing::ElementsAre(testing::StartsWith("file:///")));
+  launcher.fileAnswer = std::unexpected("Nothing can open it.");
+  EXPECT_TRUE(until([&] { return !launcher.files.empty(); }));
+  EXPECT_EQ(launcher.files.front(), "open with " + folder.file("file"));
+  shell.loop.runUntilIdle();
+  EXPECT_THAT(visibleTexts(root), testing::Contains("Nothing can open it."));
   show("binary.txt", "text/plain", std::string("a\0\1\0\2b", 6));
   EXPECT_TRUE(shows("preview-card"));
 

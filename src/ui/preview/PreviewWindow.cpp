@@ -133,6 +133,7 @@ void PreviewWindow::forget() {
   connections_.clear();
   zoomButtons_.clear();
   part_.reset();
+  problem_.reset();
   neighbour_ = nullptr;
   isAwaited_ = false;
   content_ = nullptr;
@@ -156,6 +157,10 @@ glib::Ref<GtkWidget> PreviewWindow::makeContent() {
   gtk_widget_set_name(box, "preview");
   gtk_widget_set_size_request(box, smallestWidth, smallestHeight);
   gtk_box_append(GTK_BOX(box), makeHeaderBar());
+  problem_.emplace(ProblemBar::Content{.name = "preview-problem",
+                                       .icon = "dialog-warning-symbolic",
+                                       .dismissed = [this] { problem_->hide(); }});
+  gtk_box_append(GTK_BOX(box), problem_->widget());
   gtk_box_append(GTK_BOX(box), stack_);
   addKeys(box);
   return glib::share(box);
@@ -184,9 +189,8 @@ GtkWidget* PreviewWindow::makeHeaderBar() {
   addButton(bar, true, toolbarButton("preview-previous", "go-previous-symbolic", "Previous", "Previous [←]"),
             step(-1));
   addButton(bar, true, toolbarButton("preview-next", "go-next-symbolic", "Next", "Next [→]"), step(1));
-  openButton_ =
-      toolbarButton("preview-open", "document-open-symbolic", "Open", "Open in Another Application (⌘O)");
-  addButton(bar, false, openButton_, [this] { openWithDesktop(); });
+  openButton_ = toolbarButton("preview-open", "document-open-symbolic", "Open With…", "Open With… (⌘O)");
+  addButton(bar, false, openButton_, [this] { openWith(); });
   const auto addZoom = [&](const char* name, const char* icon, const char* label, const char* tooltip,
                            Zoom kind) {
     zoomButtons_.push_back(toolbarButton(name, icon, label, tooltip));
@@ -283,7 +287,7 @@ bool PreviewWindow::handleControlKey(guint key) {
   case GDK_KEY_a:
     return part_ && part_->selectAll();
   case GDK_KEY_o:
-    openWithDesktop();
+    openWith();
     return true;
   default: // larger and smaller as elsewhere
     return key != GDK_KEY_f && key != GDK_KEY_space && key != GDK_KEY_Escape && key != GDK_KEY_Left &&
@@ -299,6 +303,7 @@ bool PreviewWindow::isControlFocused() const {
 }
 
 void PreviewWindow::setTitle(const std::string& name) {
+  problem_->hide(); // of another file
   title_ = base::shortDisplayLine(name);
   window_->setTitle(title_);
   adw_window_title_set_title(ADW_WINDOW_TITLE(titleWidget_), title_.c_str());
@@ -332,12 +337,12 @@ void PreviewWindow::showCard(const std::string& note) {
       .mimeType = item_.mimeType,
       .note =
           isMedia && note.empty() && !canPlay ? "Sound and film can't be played here on this machine." : note,
-      .action = canPlay ? "Play" : "Open in Another Application",
+      .action = canPlay ? "Play" : "Open With…",
       .act = [this, canPlay] {
         if (canPlay)
           play();
         else
-          openWithDesktop();
+          openWith();
       }}));
 }
 
@@ -346,11 +351,15 @@ void PreviewWindow::play() {
                                       [this] { showCard("It can't be played here. It may be damaged."); }));
 }
 
-void PreviewWindow::openWithDesktop() {
-  if (!gtk_widget_get_sensitive(openButton_))
-    return;
-  if (const glib::CString uri(g_filename_to_uri(item_.path.c_str(), nullptr, nullptr)); uri)
-    services_.launcher.open(uri.get());
+void PreviewWindow::openWith() {
+  if (gtk_widget_get_sensitive(openButton_) && opening_.done())
+    opening_ = scope_.spawn(askWhatOpens(item_.path));
+}
+
+async::Task<void> PreviewWindow::askWhatOpens(std::string path) {
+  const auto opened = co_await services_.launcher.openFileWith(std::move(path), {content_.get()});
+  if (!opened && window_)
+    problem_->show("The File Could Not Be Opened", opened.error());
 }
 
 void PreviewWindow::tellFailure(const platform::DecodeError& error) {

@@ -3,6 +3,7 @@
 #include "async/Scope.h"
 #include "base/Event.h"
 #include "platform/linux/glib/Connection.h"
+#include "ui/page/ProblemBar.h"
 #include "ui/preview/PreviewKind.h"
 #include "ui/preview/PreviewPart.h"
 
@@ -10,6 +11,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -71,7 +73,8 @@ class PreviewWindow final {
   void leavePart();
   void showCard(const std::string& note);
   void play();
-  void openWithDesktop();
+  void openWith();
+  async::Task<void> askWhatOpens(std::string path);
   async::Task<void> load(Item item);
   async::Task<void> loadDocument(Item item, PreviewKind kind);
   void tellFailure(const platform::DecodeError& error);
@@ -90,10 +93,12 @@ class PreviewWindow final {
   GtkWidget* place_ = nullptr; // of the part
   GtkWidget* openButton_ = nullptr;
   std::vector<GtkWidget*> zoomButtons_;
+  std::optional<ProblemBar> problem_;
   std::unique_ptr<PreviewPart> part_;
   std::vector<glib::Connection> connections_;
   std::vector<base::Subscription> subscriptions_;
   async::TaskHandle loading_;
+  async::TaskHandle opening_;
   async::Scope scope_;
 };
 

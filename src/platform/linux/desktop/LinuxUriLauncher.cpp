@@ -3,6 +3,7 @@
 #include "base/Log.h"
 #include "base/Text.h"
 #include "base/Url.h"
+#include "platform/linux/desktop/ApplicationChoice.h"
 #include "platform/linux/desktop/MessageBus.h"
 #include "platform/linux/desktop/Rendering.h"
 #include "platform/linux/glib/AsyncResult.h"
@@ -152,6 +153,26 @@ async::Task<Result> LinuxUriLauncher::openFile(std::string path) {
   if (isProgram(info->get()))
     co_return co_await showFile(std::move(path));
   co_return co_await launch(glib::CString(g_file_get_uri(file.get())).get());
+}
+
+async::Task<Result> LinuxUriLauncher::openFileWith(std::string path, NativeView parent) {
+  auto* root = parent.handle ? gtk_widget_get_root(static_cast<GtkWidget*>(parent.handle)) : nullptr;
+  const auto window = glib::share(GTK_IS_WINDOW(root) ? GTK_WINDOW(root) : nullptr);
+  const auto file = glib::adopt(g_file_new_for_path(path.c_str()));
+  const auto info = co_await lookAt(file);
+  if (!info)
+    co_return std::unexpected(info.error());
+  if (isProgram(info->get()))
+    co_return co_await showFile(std::move(path));
+  const auto application = co_await chooseApplication(window, file);
+  if (!application)
+    co_return {};
+  const auto context = launchContext();
+  GList files{file.get(), nullptr, nullptr};
+  glib::Error error;
+  if (!g_app_info_launch(application.get(), &files, context.get(), error.out()))
+    co_return std::unexpected(text::validUtf8(error.message()));
+  co_return {};
 }
 
 async::Task<Result> LinuxUriLauncher::showFile(std::string path) {

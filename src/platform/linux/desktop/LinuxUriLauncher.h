@@ -13,6 +13,7 @@ class LinuxUriLauncher final : public UriLauncher {
   // Without the ".desktop" of the desktop file's name.
   std::optional<std::string> defaultApplicationForScheme(const std::string& scheme) const override;
   async::Task<std::expected<void, std::string>> openFile(std::string path) override;
+  async::Task<std::expected<void, std::string>> openFileWith(std::string path, NativeView parent) override;
   // Asks the file manager on the bus, else opens the folder.
   async::Task<std::expected<void, std::string>> showFile(std::string path) override;
 };
