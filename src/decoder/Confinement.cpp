@@ -122,16 +122,14 @@ bool filterCalls(bool mayOpen) {
                 SCMP_SYS(nanosleep), SCMP_SYS(gettimeofday), SCMP_SYS(time), SCMP_SYS(getrandom),
                 SCMP_SYS(uname), SCMP_SYS(sysinfo), SCMP_SYS(getuid), SCMP_SYS(geteuid), SCMP_SYS(getgid),
                 SCMP_SYS(getegid), SCMP_SYS(getrusage)});
+  // Whether a file is there, which Landlock tells too.
+  filter.allow({SCMP_SYS(stat), SCMP_SYS(stat64), SCMP_SYS(lstat), SCMP_SYS(newfstatat), SCMP_SYS(statx),
+                SCMP_SYS(access), SCMP_SYS(faccessat), SCMP_SYS(faccessat2), SCMP_SYS(readlink),
+                SCMP_SYS(readlinkat)});
   if (mayOpen) {
     constexpr scmp_datum_t writing = O_ACCMODE | O_CREAT | O_TRUNC;
     filter.allowIf(SCMP_SYS(openat), bitsAre(2, writing, O_RDONLY));
     filter.allowIf(SCMP_SYS(open), bitsAre(1, writing, O_RDONLY));
-    filter.allow({SCMP_SYS(stat), SCMP_SYS(stat64), SCMP_SYS(lstat), SCMP_SYS(newfstatat), SCMP_SYS(statx),
-                  SCMP_SYS(access), SCMP_SYS(faccessat), SCMP_SYS(faccessat2), SCMP_SYS(readlink),
-                  SCMP_SYS(readlinkat)});
-  } else {
-    // The file itself is looked at through these, with an empty path.
-    filter.allow({SCMP_SYS(newfstatat), SCMP_SYS(statx)});
   }
   return filter.load();
 }

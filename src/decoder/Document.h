@@ -35,7 +35,8 @@ class Document {
 Result<std::unique_ptr<Document>> openImage(GBytes* file);
 Result<std::unique_ptr<Document>> openPdf(GBytes* file);
 
-// Loads the code for all kinds of images; no more can be loaded once the process is shut off.
+// Loads the code for all kinds of images and what tells them apart; no more can be loaded once the process is
+// shut off.
 void loadImageModules();
 
 } // namespace ondrel::decoder

@@ -2,6 +2,8 @@
 
 #include "platform/linux/glib/Connection.h"
 
+#include <gio/gio.h>
+
 #include <algorithm>
 #include <optional>
 
@@ -172,6 +174,8 @@ void loadImageModules() {
       gdk_pixbuf_loader_close(loader.get(), nullptr); // of nothing: an error, and of no interest
   }
   g_slist_free(formats);
+  // Kinds are told by the system's table of types, which is read at first use.
+  const glib::CString type(g_content_type_guess("image.png", nullptr, 0, nullptr));
 }
 
 Result<std::unique_ptr<Document>> openImage(GBytes* file) {
