@@ -1,4 +1,3 @@
-#include "ui/preview/PageLayout.h"
 #include "ui/preview/PageSelection.h"
 #include "ui/preview/PreviewText.h"
 
@@ -41,25 +40,6 @@ TEST(PreviewTextTest, ReadsTheUsualEncodings) {
   }
   const auto broken = previewText(std::string(20'000, 'x') + "\nend", false);
   EXPECT_EQ(std::ranges::count(broken.value_or(""), '\n'), 5);
-}
-
-TEST(PageLayoutTest, KeepsPagesInTheMiddleAndFindsThoseInSight) {
-  PageLayout layout({{600, 800}, {300, 400}, {600, 800}}, {.gap = 10, .perUnit = 1, .fitsHeight = false});
-  EXPECT_DOUBLE_EQ(layout.fit({320, 100}), 0.5);
-  EXPECT_DOUBLE_EQ(layout.fit({5000, 100}), 1) << "never larger than it is";
-  layout.arrange(0.5, 320);
-  EXPECT_EQ(layout.size().height, 10 + 400 + 10 + 200 + 10 + 400 + 10);
-  EXPECT_EQ(layout.boxes()[1].x, 85);
-  struct Case {
-    double top;
-    double bottom;
-    std::pair<std::size_t, std::size_t> pages;
-  };
-  for (const auto& each : {Case{0, 5, {0, 0}}, Case{0, 11, {0, 1}}, Case{409, 421, {0, 2}},
-                           Case{411, 419, {1, 1}}, Case{0, 9999, {0, 3}}, Case{5000, 6000, {3, 3}}})
-    EXPECT_EQ(layout.within(each.top, each.bottom), each.pages) << each.top;
-  layout.arrange(1000, 320);
-  EXPECT_EQ(layout.scale(), PageLayout::largestScale);
 }
 
 TEST(PageSelectionTest, TakesWhatIsBetweenTwoPlaces) {
