@@ -5,6 +5,7 @@
 #include "platform/WebError.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <expected>
 #include <memory>
 #include <optional>
@@ -27,6 +28,8 @@ struct HttpRequest {
   std::string body = {};
   // How long nothing may arrive or leave; for a stream, how long its response head may take.
   async::Duration timeout = std::chrono::seconds(60);
+  // Of a stream: how long nothing of its body may arrive; absent for one that may be silent.
+  std::optional<async::Duration> bodyTimeout = {};
 };
 
 struct HttpResponse {
@@ -43,7 +46,9 @@ class HttpStream {
  public:
   virtual ~HttpStream() = default;
   virtual int status() const = 0;
-  // Waits for the next bytes, without a limit of time; empty at the end of the body.
+  // The length of the whole body in bytes, where the server tells it.
+  virtual std::optional<std::int64_t> length() const = 0;
+  // Waits for the next bytes, no longer than the request's bodyTimeout; empty at the end of the body.
   virtual async::Task<HttpResult<std::string>> read() = 0;
   // Whether more has arrived already, as far as that is known.
   virtual bool hasMore() const { return false; }

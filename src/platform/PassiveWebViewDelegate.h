@@ -27,4 +27,16 @@ class PassiveWebViewDelegate : public WebViewDelegate {
   void urlDidChange() override {}
 };
 
+// For pages that the program has loaded for itself and shows to nobody: they go where they want, and nothing
+// is downloaded.
+class HiddenPageDelegate : public PassiveWebViewDelegate {
+ public:
+  void decidePolicy(const NavigationAction& action, PolicyReply reply) override {
+    std::move(reply)(action.shouldPerformDownload ? NavigationPolicy::cancel : NavigationPolicy::allow);
+  }
+  void decidePolicy(const NavigationResponse& response, PolicyReply reply) override {
+    std::move(reply)(response.canShowMimeType ? NavigationPolicy::allow : NavigationPolicy::cancel);
+  }
+};
+
 } // namespace ondrel::platform

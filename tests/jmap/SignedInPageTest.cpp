@@ -200,6 +200,7 @@ TEST_F(SignedInPageTest, NothingIsDownloaded) {
   bool ended = false;
   const auto subscription = download->failed.subscribe([&](const std::string&) { ended = true; });
   engine().didBecomeDownload(download);
+  loop.runUntilIdle();
   EXPECT_TRUE(ended);
 }
 

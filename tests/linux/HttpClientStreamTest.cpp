@@ -11,7 +11,7 @@ namespace {
 class HttpClientStreamTest : public HttpClientTest {
  protected:
   void open() {
-    auto opened = run(client->open({.url = server.url(), .timeout = 500ms}));
+    auto opened = run(client->open({.url = server.url(), .timeout = 500ms, .bodyTimeout = silence}));
     ASSERT_TRUE(opened) << opened.error().description;
     stream = std::move(*opened);
     ASSERT_TRUE(runUntil([this] { return peer != nullptr; }));
@@ -26,6 +26,7 @@ class HttpClientStreamTest : public HttpClientTest {
     peer.load()->send(std::to_string(text.size()) + "\r\n" + text + "\r\n");
   }
 
+  std::optional<async::Duration> silence; // of the body, at most
   std::string head = "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n";
   std::atomic<HttpClientPeer*> peer = nullptr;
   std::atomic<bool> ended = false;
@@ -104,6 +105,15 @@ TEST_F(HttpClientStreamTest, ItsHeadHasALimitOfTime) {
   ASSERT_FALSE(opened);
   EXPECT_EQ(opened.error().code, WebError::timedOut);
   EXPECT_TRUE(runUntil([&] { return ended.load(); }, 1s));
+}
+
+TEST_F(HttpClientStreamTest, ItsBodyHasALimitOfSilenceWhereItIsAskedFor) {
+  silence = 100ms;
+  head = "HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\nhalf";
+  open();
+  EXPECT_EQ(stream->length(), 9);
+  EXPECT_EQ(next(), "half");
+  EXPECT_EQ(next(), std::to_string(WebError::timedOut));
 }
 
 TEST_F(HttpClientStreamTest, EndsWhenItIsDropped) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "async/Future.h"
+#include "async/Timer.h"
 #include "async/sleep.h"
 #include "platform/CookieStore.h"
 #include "platform/HttpClient.h"
@@ -26,6 +27,8 @@ class FakeHttpStream final : public platform::HttpStream {
     bool ended = false;
     bool gone = false; // the client has let go of the stream
     bool more = false; // what the stream says of bytes that have arrived besides
+    std::optional<std::int64_t> length;
+    std::optional<async::Duration> limit; // of a wait
 
     void give(platform::HttpResult<std::string> chunk) {
       chunks.push_back(std::move(chunk));
@@ -38,10 +41,17 @@ class FakeHttpStream final : public platform::HttpStream {
   FakeHttpStream(std::shared_ptr<Feed> feed, int status) : feed_(std::move(feed)), status_(status) {}
   ~FakeHttpStream() override { feed_->gone = true; }
   int status() const override { return status_; }
+  std::optional<std::int64_t> length() const override { return feed_->length; }
   async::Task<platform::HttpResult<std::string>> read() override {
     while (feed_->chunks.empty()) {
       auto [resolver, future] = async::makeFuture<bool>();
       feed_->waiting = std::move(resolver);
+      async::Timer timer;
+      if (feed_->limit)
+        timer = async::Timer(*feed_->limit, [feed = feed_] {
+          feed->give(std::unexpected(platform::WebError{platform::WebError::Domain::network,
+                                                        platform::WebError::timedOut, "timed out"}));
+        });
       const auto came = co_await std::move(future);
       if (!came)
         co_return std::unexpected(platform::WebError{platform::WebError::Domain::network,
@@ -88,6 +98,8 @@ class FakeHttpClient final : public platform::HttpClient {
     if (openFailure)
       co_return std::unexpected(*openFailure);
     feeds.push_back(std::make_shared<FakeHttpStream::Feed>());
+    feeds.back()->limit = request.bodyTimeout;
+    feeds.back()->length = streamLength;
     co_return std::make_unique<FakeHttpStream>(feeds.back(), streamStatus);
   }
 
@@ -95,6 +107,7 @@ class FakeHttpClient final : public platform::HttpClient {
   async::Duration delay{0}; // of answers
   std::optional<platform::WebError> openFailure;
   int streamStatus = 200;
+  std::optional<std::int64_t> streamLength;
   std::vector<platform::HttpRequest> requests;
   std::vector<platform::HttpRequest> opened;
   std::vector<std::shared_ptr<FakeHttpStream::Feed>> feeds; // one for each stream that was opened

@@ -2,6 +2,7 @@
 
 #include "async/EventLoop.h"
 #include "async/Future.h"
+#include "async/Timer.h"
 #include "async/sleep.h"
 #include "platform/Download.h"
 #include "platform/WebView.h"
@@ -29,6 +30,8 @@ class FakeWebView final : public platform::WebView {
   void load(const std::string& url) override {
     loads.push_back(url);
     goTo(url);
+    if (commitsByItself)
+      commit_ = async::Timer(std::chrono::milliseconds(1), [this] { commit(); });
   }
   void loadHTML(const std::string& html) override { documents.push_back(html); }
   void reload() override { ++reloads; }
@@ -107,7 +110,8 @@ class FakeWebView final : public platform::WebView {
   }
   void commit() {
     shownUrl = currentUrl;
-    delegate->didCommit();
+    if (delegate)
+      delegate->didCommit();
   }
   void finish() {
     loading = false;
@@ -143,6 +147,7 @@ class FakeWebView final : public platform::WebView {
   int closeQuestions = 0;
   int terminations = 0;
   platform::PrintResult printResult = platform::PrintResult::done;
+  bool commitsByItself = false; // a while after the load has begun
   bool acceptsState = true;
   bool back = false;
   bool forward = false;
@@ -152,6 +157,9 @@ class FakeWebView final : public platform::WebView {
   int backs = 0;
   int forwards = 0;
   double zoom = 1.0;
+
+ private:
+  async::Timer commit_;
 };
 
 class FakeWebViewFactory final : public platform::WebViewFactory {

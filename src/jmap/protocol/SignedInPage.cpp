@@ -124,16 +124,6 @@ async::Task<bool> SignedInPage::isSignInShown() {
   co_return signInWasShown_;
 }
 
-void SignedInPage::decidePolicy(const platform::NavigationAction& action, platform::PolicyReply reply) {
-  std::move(reply)(action.shouldPerformDownload ? platform::NavigationPolicy::cancel
-                                                : platform::NavigationPolicy::allow);
-}
-
-void SignedInPage::decidePolicy(const platform::NavigationResponse& response, platform::PolicyReply reply) {
-  std::move(reply)(response.canShowMimeType ? platform::NavigationPolicy::allow
-                                            : platform::NavigationPolicy::cancel);
-}
-
 void SignedInPage::didFinish() {
   loadDeadline_.stop();
   retry_.stop();

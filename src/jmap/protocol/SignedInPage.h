@@ -26,7 +26,7 @@ namespace ondrel::jmap {
 // The hidden web view that has the web application loaded so that it can be asked for its access token. It
 // shares cookies and storage with the visible ones, so their sign-in is its own. Never shown. Main thread
 // only.
-class SignedInPage final : platform::PassiveWebViewDelegate {
+class SignedInPage final : platform::HiddenPageDelegate {
  public:
   // Makes the web view and loads nothing yet. `finished` is called at each finished load, after everyone who
   // waited has been answered. Both references outlive it.
@@ -51,8 +51,6 @@ class SignedInPage final : platform::PassiveWebViewDelegate {
   async::Task<bool> isSignInShown();
 
  private:
-  void decidePolicy(const platform::NavigationAction& action, platform::PolicyReply reply) override;
-  void decidePolicy(const platform::NavigationResponse& response, platform::PolicyReply reply) override;
   void didFinish() override;
   void didFail(const platform::WebError& error) override;
   void webProcessDidTerminate(bool crashed) override;

@@ -2,6 +2,8 @@
 
 const CONTAINER_SELECTOR = '.v-Message-body, .v-MessageView, .v-MessageView-body';  // around a message's text
 const CARD_SELECTOR = '.v-MessageCard';
+const SHOW_MORE_SELECTOR = '.v-MessageCard-showMore';
+const COLLAPSED_HEADER_SELECTOR = '.v-MessageCard.is-collapsed .v-MessageCard-header';
 const FOCUSED_CLASS = 'is-focused';
 const REPLY_SELECTOR = '.s-reply, .s-small-reply, .s-reply-all';
 

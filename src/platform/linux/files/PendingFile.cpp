@@ -68,14 +68,17 @@ int moveTo(const std::string& from, const std::string& to, bool replacing) {
 
 } // namespace
 
-std::expected<PendingFile, std::string> PendingFile::make(const std::string& destination) {
+std::expected<PendingFile, std::string> PendingFile::make(const std::string& destination,
+                                                          NewFiles::Existing existing) {
   if (!destination.starts_with('/') || destination.contains('\0') || !base::isValidUtf8(destination))
     return std::unexpected("The chosen place has no name that can be used.");
   struct stat status{};
   const bool isThere = lstat(destination.c_str(), &status) == 0;
   if (!isThere && errno != ENOENT)
     return failure("Can't use", destination, errno);
-  if (isThere && !S_ISREG(status.st_mode) && !S_ISLNK(status.st_mode))
+  const bool canBeReplaced =
+      existing == NewFiles::Existing::isReplaced && (S_ISREG(status.st_mode) || S_ISLNK(status.st_mode));
+  if (isThere && !canBeReplaced)
     return failure("Can't replace", destination, S_ISDIR(status.st_mode) ? EISDIR : EEXIST);
 
   const auto parent = destination.substr(0, destination.rfind('/') + 1);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/NewFile.h"
 #include "platform/linux/files/UniqueFd.h"
 
 #include <expected>
@@ -15,9 +16,10 @@ namespace ondrel::platform::files {
 // the next one is made beside them.
 class PendingFile {
  public:
-  // For an absolute path in UTF-8. What can't be replaced (a folder, say) is refused. Errors are sentences
-  // for the user.
-  static std::expected<PendingFile, std::string> make(const std::string& destination);
+  // For an absolute path in UTF-8. What can't be replaced (a folder, say) is refused, and so is all that is
+  // to stay. Errors are sentences for the user.
+  static std::expected<PendingFile, std::string>
+  make(const std::string& destination, NewFiles::Existing existing = NewFiles::Existing::isReplaced);
   PendingFile(PendingFile&& other) noexcept;
   PendingFile& operator=(PendingFile&&) = delete;
   ~PendingFile();

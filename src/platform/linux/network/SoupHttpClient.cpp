@@ -77,8 +77,9 @@ async::Task<HttpResult<HttpResponse>> fetch(SoupHttpClient::Sessions sessions, H
 }
 
 // A server sends each event by itself; a turn of the main loop for each would be dear when many come at once.
-async::Task<HttpResult<std::string>> readAvailable(std::shared_ptr<Transfer> transfer) {
-  auto bytes = co_await Transfer::read(transfer, std::nullopt);
+async::Task<HttpResult<std::string>> readAvailable(std::shared_ptr<Transfer> transfer,
+                                                   std::optional<async::Duration> limit) {
+  auto bytes = co_await Transfer::read(transfer, limit);
   if (bytes && !bytes->empty())
     transfer->readArrived(*bytes);
   co_return bytes;
@@ -86,23 +87,27 @@ async::Task<HttpResult<std::string>> readAvailable(std::shared_ptr<Transfer> tra
 
 class Stream final : public HttpStream {
  public:
-  explicit Stream(std::shared_ptr<Transfer> transfer) : transfer_(std::move(transfer)) {}
+  Stream(std::shared_ptr<Transfer> transfer, std::optional<async::Duration> limit)
+      : transfer_(std::move(transfer)), limit_(limit) {}
   ~Stream() override { transfer_->end(); } // a reader may hold the transfer too
 
   int status() const override { return transfer_->status(); }
-  async::Task<HttpResult<std::string>> read() override { return readAvailable(transfer_); }
+  std::optional<std::int64_t> length() const override { return transfer_->announcedLength(); }
+  async::Task<HttpResult<std::string>> read() override { return readAvailable(transfer_, limit_); }
   bool hasMore() const override { return transfer_->hasMore(); }
 
  private:
   std::shared_ptr<Transfer> transfer_;
+  std::optional<async::Duration> limit_; // of a wait
 };
 
 async::Task<HttpResult<std::unique_ptr<HttpStream>>> openStream(SoupHttpClient::Sessions sessions,
                                                                 HttpRequest request) {
+  const auto limit = request.bodyTimeout;
   auto started = co_await follow(std::move(sessions), std::move(request), Transfer::Encoding::asSent);
   if (!started)
     co_return std::unexpected(started.error());
-  co_return std::make_unique<Stream>(std::move(*started));
+  co_return std::make_unique<Stream>(std::move(*started), limit);
 }
 
 } // namespace
