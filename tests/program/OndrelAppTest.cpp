@@ -5,6 +5,8 @@
 #include "program/AppLifecycleService.h"
 #include "program/Migration.h"
 #include "support/FakeDesktopServices.h"
+#include "support/FakeDocumentDecoder.h"
+#include "support/FakeDocuments.h"
 #include "support/FakeFileReader.h"
 #include "support/FakeGlobalShortcuts.h"
 #include "support/FakeHttpClient.h"
@@ -139,6 +141,7 @@ class OndrelAppTest : public testing::Test {
         shell.files,
         shell.files,
         fileReader,
+        newFiles,
         shell.fileWriter,
         shell.webViews,
         shell.panels,
@@ -156,6 +159,9 @@ class OndrelAppTest : public testing::Test {
         loginItem,
         backgroundApplications,
         textFormatting,
+        contentTypes,
+        decoder,
+        printer,
         {},
         [this] { return std::make_unique<support::FakeTcpListener>(port); },
         [=](std::string_view name) { return underTest && name == "XCTestConfigurationFilePath"; },
@@ -182,6 +188,7 @@ class OndrelAppTest : public testing::Test {
                                    .text = [] { return "{}"; },
                                    .didSave = [](bool) {}}};
   support::FakeFileReader fileReader{shell.files};
+  support::FakeNewFiles newFiles{shell.files};
   support::FakeCookieStore cookies;
   support::FakeHttpClient http;
   support::FakeLauncherBadge launcherBadge;
@@ -193,6 +200,9 @@ class OndrelAppTest : public testing::Test {
   support::FakeLoginItem loginItem;
   support::FakeBackgroundApplications backgroundApplications;
   support::FakeTextFormatting textFormatting;
+  support::FakeContentTypes contentTypes;
+  support::FakeDocumentDecoder decoder;
+  support::FakePrinter printer;
   support::FakeTcpListener::Port port;
 };
 

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "async/Task.h"
+#include "attachments/AttachmentError.h"
+#include "platform/NewFile.h"
+
+#include <cstdint>
+#include <functional>
+#include <string>
+
+namespace ondrel::platform {
+class HttpClient;
+}
+
+namespace ondrel::attachments {
+
+struct TransferFollower {
+  // What has arrived of how much; -1: not known.
+  std::function<void(std::int64_t written, std::int64_t total)> progressed;
+  // All is there and goes to its place, which can't be taken back.
+  std::function<void()> arrived;
+};
+
+// Fetches an address into a file, piece by piece: no size is too large, and nothing is left of a file that
+// didn't become whole. Both abilities outlive it.
+async::Task<Result<void>> fetchToFile(platform::HttpClient& http, platform::NewFiles& newFiles,
+                                      std::string url, std::string path,
+                                      platform::NewFiles::Existing existing, TransferFollower follower);
+
+} // namespace ondrel::attachments
