@@ -2,6 +2,8 @@
 
 #include "async/sleep.h"
 #include "base/Log.h"
+#include "platform/linux/decoding/ChildDecoder.h"
+#include "platform/linux/decoding/GtkDocumentPrinter.h"
 #include "platform/linux/desktop/AutostartEntry.h"
 #include "platform/linux/desktop/DefaultMailService.h"
 #include "platform/linux/desktop/DesktopNotifications.h"
@@ -12,8 +14,10 @@
 #include "platform/linux/desktop/Rendering.h"
 #include "platform/linux/desktop/RunningInstance.h"
 #include "platform/linux/desktop/ScriptingObject.h"
+#include "platform/linux/desktop/SharedMimeTypes.h"
 #include "platform/linux/desktop/StatusNotifierItem.h"
 #include "platform/linux/files/GioFileReader.h"
+#include "platform/linux/files/GioNewFiles.h"
 #include "platform/linux/files/JsonUserDefaults.h"
 #include "platform/linux/files/PosixFileStore.h"
 #include "platform/linux/files/ThreadFileWriter.h"
@@ -160,7 +164,7 @@ class Program {
                                  .applicationName = programInfo.displayName,
                                  .command = {folders.executables + "/ondrel", backgroundOption}}),
         loginItem_(isSandboxed() ? static_cast<platform::LoginItem*>(&backgroundPortal_) : &autostartEntry_),
-        scripting_(programInfo.identifier),
+        scripting_(programInfo.identifier), decoder_(folders.decoder),
         scripts_(scripts::pageScriptSource(platform::text::resourceText, consoleRelay())),
         app_({.programInfo = programInfo,
               .application = application,
@@ -169,6 +173,7 @@ class Program {
               .directories = directories_,
               .files = files_,
               .fileReader = fileReader_,
+              .newFiles = newFiles_,
               .fileWriter = fileWriter_,
               .webViews = webViews_,
               .panels = panels_,
@@ -186,6 +191,9 @@ class Program {
               .loginItem = *loginItem_,
               .backgroundApplications = backgroundPortal_,
               .textFormatting = textFormatting_,
+              .contentTypes = contentTypes_,
+              .decoder = decoder_,
+              .printer = printer_,
               .exportIcon = platform::text::resourceText(exportIcon).value_or(""),
               .makeTcpListener = [] { return std::make_unique<platform::network::GioTcpListener>(); },
               .hasEnvironmentVariable =
@@ -234,6 +242,7 @@ class Program {
   platform::files::XdgDirectories directories_;
   platform::files::PosixFileStore files_;
   platform::files::GioFileReader fileReader_;
+  platform::files::GioNewFiles newFiles_;
   platform::files::ThreadFileWriter fileWriter_;
   platform::files::JsonUserDefaults defaults_;
   platform::windows::LinuxPanels panels_;
@@ -252,6 +261,9 @@ class Program {
   platform::desktop::LogindSleep logind_;
   platform::desktop::ScriptingObject scripting_;
   platform::text::IcuTextFormatting textFormatting_;
+  platform::desktop::SharedMimeTypes contentTypes_;
+  platform::decoding::ChildDecoder decoder_;
+  platform::decoding::GtkDocumentPrinter printer_{decoder_};
   web::PageScripts scripts_;
   program::OndrelApp app_;
   ui::UserInterface interface_;

@@ -9,6 +9,9 @@
 #include "app/SessionStore.h"
 #include "app/WindowManager.h"
 #include "async/Scope.h"
+#include "attachments/AttachmentDownloader.h"
+#include "attachments/FilesServices.h"
+#include "attachments/FilesViewModel.h"
 #include "highlights/HighlightExport.h"
 #include "highlights/HighlightImport.h"
 #include "highlights/HighlightService.h"
@@ -44,9 +47,12 @@
 namespace ondrel::platform {
 class BackgroundApplications;
 class Clipboard;
+class ContentTypes;
 class CookieStore;
 class DefaultMailHelper;
 class Directories;
+class DocumentDecoder;
+class DocumentPrinter;
 class LauncherBadge;
 class FileReader;
 class FileStore;
@@ -55,6 +61,7 @@ class GlobalShortcuts;
 class HttpClient;
 class KeptFile;
 class LoginItem;
+class NewFiles;
 class NotificationCenter;
 class Scripting;
 class SleepMonitor;
@@ -74,6 +81,7 @@ struct PlatformAbilities {
   platform::Directories& directories;
   platform::FileStore& files;
   platform::FileReader& fileReader;
+  platform::NewFiles& newFiles;
   platform::FileWriter& fileWriter;
   platform::WebViewFactory& webViews;
   platform::Panels& panels;
@@ -91,6 +99,9 @@ struct PlatformAbilities {
   platform::LoginItem& loginItem;
   platform::BackgroundApplications& backgroundApplications;
   const platform::TextFormatting& textFormatting;
+  const platform::ContentTypes& contentTypes;
+  platform::DocumentDecoder& decoder;
+  platform::DocumentPrinter& printer;
   std::string exportIcon; // the program's icon on exported pages, a PNG's bytes; empty for none
   std::function<std::unique_ptr<platform::TcpListener>()> makeTcpListener;
   // The value of an environment variable is set.
@@ -121,6 +132,10 @@ class OndrelApp {
   highlights::HighlightExport& highlightExport() { return highlightExport_; }
   highlights::HighlightImport& highlightImport() { return highlightImport_; }
   jmap::JMAPSession& jmapSession() { return jmapSession_; }
+  // One for each window of all attachments; goes before this object.
+  std::unique_ptr<attachments::FilesViewModel> makeFilesViewModel() {
+    return std::make_unique<attachments::FilesViewModel>(filesServices_);
+  }
   mcp::MCPSettingsModel& mcpSettings() { return mcpSettings_; }
   AppLifecycleService& lifecycle() { return lifecycle_; }
   const web::WebServices& webServices() const { return webServices_; }
@@ -150,6 +165,8 @@ class OndrelApp {
   app::FocusManager focusManager_;
   app::ProgramVisibility visibility_;
   integrations::EmailLinkService emailLinkService_;
+  attachments::AttachmentDownloader attachmentDownloader_;
+  const attachments::FilesServices filesServices_;
   integrations::GetAddressCommand getAddressCommand_;
   highlights::HighlightStore highlightStore_;
   highlights::HighlightService highlightService_;

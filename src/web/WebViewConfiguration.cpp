@@ -76,6 +76,7 @@ PageScripts::PageScripts(const Source& source) {
   watchers_ = builder.list(watcherScripts);
   letterState_ = source("letterStateScript").value_or("");
   selectRow_ = source("selectRowScript").value_or("");
+  attachmentLink_ = source("attachmentLink").value_or("");
 }
 
 UserScripts PageScripts::popupScripts(const WebViewConfiguration& opener) const {

@@ -40,6 +40,8 @@ class PageScripts {
   // What opens a message of the page and tells whether that is done: a function of the message's id and its
   // thread's.
   const std::string& selectRow() const { return selectRow_; }
+  // What looks for the link to an attachment: a function of the blob's id and of a part of the host's name.
+  const std::string& attachmentLink() const { return attachmentLink_; }
 
  private:
   std::shared_ptr<const WebViewConfiguration> main_;
@@ -47,6 +49,7 @@ class PageScripts {
   UserScripts watchers_;
   std::string letterState_;
   std::string selectRow_;
+  std::string attachmentLink_;
 };
 
 } // namespace ondrel::web
