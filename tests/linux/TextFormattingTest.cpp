@@ -18,6 +18,11 @@ TEST(TextFormatting, ShowsDatesInTheUsersLanguageAndZone) {
   };
   EXPECT_EQ(shown("de_DE.UTF-8", "Europe/Berlin"), "06.01.2025, 00:05");
   EXPECT_EQ(shown("ja_JP", "Asia/Tokyo"), "2025/01/06 8:05");
+  const auto date = [&](const char* locale, const char* zone) {
+    return text::IcuTextFormatting(locale, zone).mediumDate(time);
+  };
+  EXPECT_EQ(date("de_DE.UTF-8", "Europe/Berlin"), "06.01.2025");
+  EXPECT_EQ(date("C.UTF-8", "America/New_York"), "Jan 5, 2025");
   // The kind of space before "PM" is a matter of the data's version.
   for (const auto* locale : {"en_US.UTF-8", "C", "POSIX", "C.UTF-8"}) {
     const auto text = shown(locale, "America/New_York");

@@ -27,6 +27,16 @@ icu::Locale icuLocale(const std::string& posix) {
   return icu::Locale::createCanonical(posix.c_str());
 }
 
+using Milliseconds = std::chrono::sys_time<std::chrono::milliseconds>;
+
+std::string formatted(const icu::DateFormat& format, Milliseconds time) {
+  icu::UnicodeString text;
+  format.format(static_cast<UDate>(time.time_since_epoch().count()), text);
+  std::string result;
+  text.toUTF8String(result);
+  return result;
+}
+
 struct CloseText {
   void operator()(UText* text) const { utext_close(text); }
 };
@@ -34,43 +44,44 @@ struct CloseText {
 } // namespace
 
 struct IcuTextFormatting::Formats {
-  Formats(const icu::Locale& locale, icu::TimeZone* zone) {
-    dates.reset(
+  Formats(const icu::Locale& locale, std::unique_ptr<icu::TimeZone> zone) {
+    times.reset(
         icu::DateFormat::createDateTimeInstance(icu::DateFormat::kMedium, icu::DateFormat::kShort, locale));
-    if (dates)
-      dates->adoptTimeZone(zone);
-    else
-      delete zone;
+    dates.reset(icu::DateFormat::createDateInstance(icu::DateFormat::kMedium, locale));
+    for (auto* format : {times.get(), dates.get()})
+      if (format)
+        format->setTimeZone(*zone);
     UErrorCode failure = U_ZERO_ERROR;
     characters.reset(icu::BreakIterator::createCharacterInstance(locale, failure));
   }
 
   // Absent when ICU has no data at all.
+  std::unique_ptr<icu::DateFormat> times;
   std::unique_ptr<icu::DateFormat> dates;
   std::unique_ptr<icu::BreakIterator> characters;
 };
 
 IcuTextFormatting::IcuTextFormatting()
-    : formats_(std::make_unique<Formats>(icuLocale(localeForDates()), icu::TimeZone::createDefault())) {
+    : formats_(std::make_unique<Formats>(icuLocale(localeForDates()),
+                                         std::unique_ptr<icu::TimeZone>(icu::TimeZone::createDefault()))) {
 }
 
 IcuTextFormatting::IcuTextFormatting(const std::string& locale, const std::string& timeZone)
-    : formats_(
-          std::make_unique<Formats>(icuLocale(locale), icu::TimeZone::createTimeZone(timeZone.c_str()))) {
+    : formats_(std::make_unique<Formats>(
+          icuLocale(locale),
+          std::unique_ptr<icu::TimeZone>(icu::TimeZone::createTimeZone(timeZone.c_str())))) {
 }
 
 IcuTextFormatting::~IcuTextFormatting() = default;
 
-std::string
-IcuTextFormatting::mediumDateShortTime(std::chrono::sys_time<std::chrono::milliseconds> time) const {
-  const auto sinceEpoch = time.time_since_epoch();
-  if (!formats_->dates)
-    return fmt::format("{:%F %R}", fmt::gmtime(std::chrono::floor<std::chrono::seconds>(sinceEpoch).count()));
-  icu::UnicodeString text;
-  formats_->dates->format(static_cast<UDate>(sinceEpoch.count()), text);
-  std::string result;
-  text.toUTF8String(result);
-  return result;
+std::string IcuTextFormatting::mediumDateShortTime(Milliseconds time) const {
+  return formats_->times ? formatted(*formats_->times, time)
+                         : fmt::format("{:%F %R}", std::chrono::floor<std::chrono::seconds>(time));
+}
+
+std::string IcuTextFormatting::mediumDate(Milliseconds time) const {
+  return formats_->dates ? formatted(*formats_->dates, time)
+                         : fmt::format("{:%F}", std::chrono::floor<std::chrono::seconds>(time));
 }
 
 std::string_view IcuTextFormatting::firstCharacters(std::string_view text, std::size_t count) const {

@@ -16,6 +16,7 @@ class IcuTextFormatting final : public TextFormatting {
   ~IcuTextFormatting() override;
 
   std::string mediumDateShortTime(std::chrono::sys_time<std::chrono::milliseconds> time) const override;
+  std::string mediumDate(std::chrono::sys_time<std::chrono::milliseconds> time) const override;
   std::string_view firstCharacters(std::string_view text, std::size_t count) const override;
 
  private:
