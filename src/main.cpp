@@ -220,6 +220,10 @@ class Program {
                     .toggleVisibility = [this] { app_.visibility().toggle(); },
                     .quit = [this] { app_.quitting().request(); },
                     .programInfo = programInfo,
+                    .textFormatting = textFormatting_,
+                    .contentTypes = contentTypes_,
+                    .decoder = decoder_,
+                    .makeFilesViewModel = [this] { return app_.makeFilesViewModel(); },
                     .copyAppleMailLink = [this] { return app_.emailLinkService().copyAppleMailLink(); },
                     .openMailto = [this](const std::string& url) { app_.openMailto(url); },
                     .navigate =

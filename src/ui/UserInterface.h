@@ -2,6 +2,8 @@
 
 #include "async/Scope.h"
 #include "platform/ProgramInfo.h"
+#include "ui/FilePanel.h"
+#include "ui/attachments/FilesWindow.h"
 #include "ui/commands/BrowserCommands.h"
 #include "ui/commands/CommandActions.h"
 #include "ui/commands/CopiedLinkWatch.h"
@@ -53,6 +55,10 @@ class UserInterface {
     std::function<void()> toggleVisibility;
     std::function<void()> quit; // asks too
     platform::ProgramInfo programInfo;
+    const platform::TextFormatting& textFormatting;
+    const platform::ContentTypes& contentTypes;
+    platform::DocumentDecoder& decoder;
+    std::function<std::unique_ptr<attachments::FilesViewModel>()> makeFilesViewModel;
     std::function<async::Task<void>()> copyAppleMailLink; // to the message in front
     std::function<void(const std::string& url)> openMailto;
     // Shows a message of the service; the id of the email where it is known.
@@ -77,6 +83,8 @@ class UserInterface {
   HighlightsWindow highlightsWindow_;
   const TransferProgressWindow exportProgress_;
   const TransferProgressWindow importProgress_;
+  FilePanel filePanel_;
+  FilesWindow filesWindow_;
   SettingsWindow settingsWindow_;
   BrowserCommands commands_;
   const std::vector<CommandGroup> groups_;

@@ -34,6 +34,7 @@ class CommandsTest : public ShellTest {
                                  .exportHighlights = [this] { done.push_back("export"); },
                                  .importHighlights = [this] { done.push_back("import"); },
                                  .removeAllHighlights = [this] { done.push_back("remove all"); },
+                                 .showFiles = [] {},
                                  .toggleFullScreen = [this] { done.push_back("full screen"); },
                                  .showSettings = [] {},
                                  .showShortcuts = [] {},

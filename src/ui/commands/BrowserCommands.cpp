@@ -177,7 +177,10 @@ CommandGroup BrowserCommands::tools() {
                               return *windows_.conversation().activeURLContainsMail
                                          ? ""
                                          : "Only available when an mail window is in front";
-                            }}},
+                            }},
+                       {.title = "Show Attached Files",
+                        .accelerators = {"<Control><Shift>a"},
+                        .perform = actions_.showFiles}},
           .isSubmenu = true};
 }
 

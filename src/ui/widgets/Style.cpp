@@ -17,6 +17,19 @@ constexpr const char* rules = R"(
 .page-dialog-shade { background-color: alpha(black, .4); padding: 18px; }
 .page-dialog-card { background-color: @dialog_bg_color; color: @dialog_fg_color; border-radius: 12px; padding: 24px; }
 .invalid-setting .subtitle { color: @error_color; opacity: 1; }
+.attachments > row { padding: 6px 12px; }
+.attachments > row:selected { background-color: alpha(@accent_bg_color, .1); color: inherit; }
+.attachments > row:selected:hover { background-color: alpha(@accent_bg_color, .16); }
+.attachments-search { padding: 6px 12px; }
+.attachments-foot { padding: 18px 12px; }
+.attachment-thumbnail { border-radius: 6px; background-color: alpha(currentColor, .07); }
+.attachment-symbol { -gtk-icon-size: 20px; }
+.attachment-end { font-size: .78em; }
+.attachment-more { min-width: 24px; min-height: 24px; padding: 0; }
+.attachment-kinds { padding: 6px; }
+.attachment-kinds > checkbutton { padding: 4px 6px; }
+.attachment-kinds > button { font-weight: normal; padding: 4px 6px; }
+.filter-active > button { color: @accent_color; background-color: alpha(@accent_bg_color, .15); }
 .setup-command { background-color: alpha(currentColor, .06); border-radius: 6px; padding: 9px 12px; }
 )";
 

@@ -1,0 +1,55 @@
+#pragma once
+
+#include "attachments/FilesViewModel.h"
+#include "base/Event.h"
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace ondrel::ui {
+
+// What shows one file at a time.
+class PreviewPanel {
+ public:
+  struct File {
+    std::string path;
+    std::string name;
+    std::string mimeType;
+  };
+
+  virtual ~PreviewPanel() = default;
+  // `neighbour` is called with -1 or 1 when the user asks for the file before or behind this one.
+  virtual void show(const File& file, std::function<void(int step)> neighbour) = 0;
+  virtual void showLoading(const std::string& name) = 0; // where it is open
+  virtual void showError(const std::string& text) = 0;
+  virtual bool isOpen() const = 0;
+  virtual void close() = 0;
+};
+
+// Hands the files of rows to the panel: the one that was asked for last, whichever comes first.
+class FilePreview {
+ public:
+  // `neighbour` selects the row beside the selected one and tells it; null where there is none. The files and
+  // the panel outlive it.
+  FilePreview(attachments::FilesViewModel& files, PreviewPanel& panel,
+              std::function<const jmap::AttachmentInfo*(int step)> neighbour);
+  ~FilePreview();
+  FilePreview(const FilePreview&) = delete;
+  FilePreview& operator=(const FilePreview&) = delete;
+
+  void show(jmap::AttachmentInfo attachment);
+
+ private:
+  void arrived();
+  void ended(const std::string& id);
+
+  attachments::FilesViewModel& files_;
+  PreviewPanel& panel_;
+  const std::function<const jmap::AttachmentInfo*(int step)> neighbour_;
+  std::optional<jmap::AttachmentInfo> wanted_;
+  std::vector<base::Subscription> subscriptions_;
+};
+
+} // namespace ondrel::ui

@@ -1,0 +1,53 @@
+#pragma once
+
+#include "base/Event.h"
+#include "ui/attachments/FilesView.h"
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace ondrel::platform {
+class Application;
+class UserDefaults;
+class Window;
+} // namespace ondrel::platform
+
+namespace ondrel::ui {
+
+// The one window of all attachments, made anew each time it is opened.
+class FilesWindow {
+ public:
+  // All outlive it.
+  struct Services {
+    platform::Application& application;
+    platform::UserDefaults& defaults;
+    const platform::TextFormatting& formatting;
+    PreviewPanel& preview;
+    platform::UriLauncher& launcher;
+    std::function<std::unique_ptr<attachments::FilesViewModel>()> makeViewModel;
+  };
+
+  explicit FilesWindow(Services services);
+  FilesWindow(const FilesWindow&) = delete;
+  FilesWindow& operator=(const FilesWindow&) = delete;
+
+  // Opens it, or brings it to the front.
+  void show();
+  // Null while there is none.
+  GtkWindow* native() const;
+
+ private:
+  void open();
+  void forget();
+  void keepFrame();
+
+  const Services services_;
+  // Of the open window; empty while there is none.
+  std::shared_ptr<platform::Window> window_;
+  std::optional<FilesView> view_;
+  std::vector<base::Subscription> subscriptions_;
+};
+
+} // namespace ondrel::ui
