@@ -15,7 +15,6 @@
 #include "platform/linux/desktop/RunningInstance.h"
 #include "platform/linux/desktop/ScriptingObject.h"
 #include "platform/linux/desktop/SharedMimeTypes.h"
-#include "platform/linux/desktop/StatusNotifierItem.h"
 #include "platform/linux/files/GioFileReader.h"
 #include "platform/linux/files/GioNewFiles.h"
 #include "platform/linux/files/JsonUserDefaults.h"
@@ -25,6 +24,7 @@
 #include "platform/linux/glib/GlibEventLoop.h"
 #include "platform/linux/network/GioTcpListener.h"
 #include "platform/linux/network/SoupHttpClient.h"
+#include "platform/linux/panel/StatusNotifierItem.h"
 #include "platform/linux/portal/BackgroundPortal.h"
 #include "platform/linux/portal/PortalShortcuts.h"
 #include "platform/linux/text/GlibLogSink.h"
@@ -256,7 +256,7 @@ class Program {
   platform::network::SoupHttpClient http_;
   platform::desktop::DesktopNotifications notifications_;
   platform::desktop::LauncherEntry launcherEntry_;
-  platform::desktop::StatusNotifierItem statusItem_;
+  platform::panel::StatusNotifierItem statusItem_;
   const std::unique_ptr<platform::GlobalShortcuts> shortcuts_;
   platform::desktop::DefaultMailService defaultMailService_;
   platform::portal::BackgroundPortal backgroundPortal_;

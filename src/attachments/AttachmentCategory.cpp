@@ -1,6 +1,6 @@
 #include "attachments/AttachmentCategory.h"
 
-#include "platform/ContentTypes.h"
+#include "platform/documents/ContentTypes.h"
 
 #include <utility>
 

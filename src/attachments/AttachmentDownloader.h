@@ -7,7 +7,7 @@
 #include "attachments/LinkPage.h"
 #include "base/Log.h"
 #include "jmap/mail/AttachmentInfo.h"
-#include "platform/DocumentDecoder.h"
+#include "platform/documents/DocumentDecoder.h"
 
 #include <functional>
 #include <memory>

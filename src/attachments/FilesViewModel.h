@@ -10,7 +10,7 @@
 #include "base/Log.h"
 #include "base/Observable.h"
 #include "jmap/mail/AttachmentInfo.h"
-#include "platform/DocumentDecoder.h"
+#include "platform/documents/DocumentDecoder.h"
 
 #include <chrono>
 #include <cstdint>

@@ -3,8 +3,8 @@
 #include "attachments/AttachmentDownloader.h"
 #include "attachments/FileName.h"
 #include "jmap/mail/MailQueries.h"
-#include "platform/DocumentPrinter.h"
 #include "platform/FileStore.h"
+#include "platform/documents/DocumentPrinter.h"
 #include "web/page/DownloadItem.h"
 
 #include <utility>

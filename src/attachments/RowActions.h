@@ -8,7 +8,7 @@
 #include "base/Log.h"
 #include "base/Observable.h"
 #include "jmap/mail/AttachmentInfo.h"
-#include "platform/DocumentDecoder.h"
+#include "platform/documents/DocumentDecoder.h"
 
 #include <map>
 #include <memory>

@@ -6,7 +6,7 @@
 #include "base/Event.h"
 #include "base/Log.h"
 #include "jmap/mail/AttachmentInfo.h"
-#include "platform/DocumentDecoder.h"
+#include "platform/documents/DocumentDecoder.h"
 
 #include <cstddef>
 #include <list>

@@ -2,7 +2,7 @@
 
 #include "jmap/newmail/NotificationManager.h"
 #include "platform/Application.h"
-#include "platform/BackgroundApplications.h"
+#include "platform/desktop/BackgroundApplications.h"
 #include "settings/AppSettings.h"
 
 #include <algorithm>

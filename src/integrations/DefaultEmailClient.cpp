@@ -1,7 +1,7 @@
 #include "integrations/DefaultEmailClient.h"
 
-#include "platform/DefaultMailHelper.h"
 #include "platform/UriLauncher.h"
+#include "platform/desktop/DefaultMailHelper.h"
 
 #include <utility>
 

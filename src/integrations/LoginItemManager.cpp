@@ -1,7 +1,7 @@
 #include "integrations/LoginItemManager.h"
 
 #include "base/Log.h"
-#include "platform/LoginItem.h"
+#include "platform/desktop/LoginItem.h"
 
 namespace ondrel::integrations {
 

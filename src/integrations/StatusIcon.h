@@ -1,7 +1,7 @@
 #pragma once
 
 #include "base/Event.h"
-#include "platform/StatusItem.h"
+#include "platform/desktop/StatusItem.h"
 
 #include <functional>
 #include <string>

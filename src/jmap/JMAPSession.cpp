@@ -1,7 +1,7 @@
 #include "jmap/JMAPSession.h"
 
 #include "async/sleep.h"
-#include "platform/SleepMonitor.h"
+#include "platform/desktop/SleepMonitor.h"
 #include "settings/AppSettings.h"
 
 #include <utility>

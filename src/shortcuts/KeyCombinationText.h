@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/KeyCombination.h"
+#include "platform/desktop/KeyCombination.h"
 
 #include <optional>
 #include <string>

@@ -2,8 +2,8 @@
 
 #include "async/sleep.h"
 #include "base/Log.h"
-#include "platform/GlobalShortcuts.h"
 #include "platform/UserDefaults.h"
+#include "platform/desktop/GlobalShortcuts.h"
 #include "shortcuts/KeyCombinationText.h"
 
 #include <utility>

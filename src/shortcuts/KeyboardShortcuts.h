@@ -3,7 +3,7 @@
 #include "async/Scope.h"
 #include "base/Event.h"
 #include "base/Observable.h"
-#include "platform/KeyCombination.h"
+#include "platform/desktop/KeyCombination.h"
 
 #include <functional>
 #include <map>

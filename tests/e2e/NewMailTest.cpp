@@ -120,6 +120,7 @@ TEST_F(NewMailTest, IsToldOfWithoutAWindowAfterAStartInTheBackground) {
   EXPECT_TRUE(isOpen(*session()));
   EXPECT_EQ(start({}, buses)->wait(20s), 0);
   EXPECT_TRUE(eventually([] { return windows().size() == 1; }));
+  EXPECT_TRUE(waitForPage(*program_)); // a page's process that ends at its start complains
   EXPECT_TRUE(isOpen(*session()));
   focus(*windows().begin());
   press("ctrl+w");

@@ -1,4 +1,4 @@
-#include "platform/linux/desktop/StatusNotifierItem.h"
+#include "platform/linux/panel/StatusNotifierItem.h"
 #include "BusTest.h"
 #include "StatusWatcher.h"
 
@@ -33,7 +33,7 @@ class StatusNotifierItemTest : public BusTest {
   }
 
   std::string log;
-  desktop::StatusNotifierItem item{
+  panel::StatusNotifierItem item{
       {.applicationId = "org.velmora.Ondrel",
        .applicationName = "Ondrel",
        .useActivationToken = [this](const std::string& token) { log += token + " "; }}};

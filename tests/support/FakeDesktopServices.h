@@ -1,9 +1,9 @@
 #pragma once
 
 #include "async/sleep.h"
-#include "platform/BackgroundApplications.h"
-#include "platform/DefaultMailHelper.h"
-#include "platform/LoginItem.h"
+#include "platform/desktop/BackgroundApplications.h"
+#include "platform/desktop/DefaultMailHelper.h"
+#include "platform/desktop/LoginItem.h"
 
 #include <functional>
 #include <string>

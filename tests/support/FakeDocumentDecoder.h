@@ -1,7 +1,7 @@
 #pragma once
 
 #include "async/sleep.h"
-#include "platform/DocumentDecoder.h"
+#include "platform/documents/DocumentDecoder.h"
 
 #include <memory>
 #include <optional>

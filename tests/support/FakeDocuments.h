@@ -1,9 +1,9 @@
 #pragma once
 
 #include "async/sleep.h"
-#include "platform/ContentTypes.h"
-#include "platform/DocumentPrinter.h"
 #include "platform/NewFile.h"
+#include "platform/documents/ContentTypes.h"
+#include "platform/documents/DocumentPrinter.h"
 #include "support/FakeDesktop.h"
 
 #include <memory>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "async/sleep.h"
-#include "platform/GlobalShortcuts.h"
+#include "platform/desktop/GlobalShortcuts.h"
 
 #include <map>
 #include <string>

@@ -5,7 +5,7 @@
 #include "async/sleep.h"
 #include "platform/CookieStore.h"
 #include "platform/HttpClient.h"
-#include "platform/SleepMonitor.h"
+#include "platform/desktop/SleepMonitor.h"
 
 #include <algorithm>
 #include <deque>

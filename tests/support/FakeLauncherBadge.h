@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/LauncherBadge.h"
+#include "platform/desktop/LauncherBadge.h"
 
 #include <optional>
 #include <string>

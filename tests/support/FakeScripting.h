@@ -1,7 +1,7 @@
 #pragma once
 
 #include "async/sleep.h"
-#include "platform/Scripting.h"
+#include "platform/desktop/Scripting.h"
 
 #include <set>
 #include <string>

@@ -1,7 +1,7 @@
 #include "ui/preview/PreviewWindow.h"
 
 #include "ShellTest.h"
-#include "platform/DocumentDecoder.h"
+#include "platform/documents/DocumentDecoder.h"
 #include "support/FakeDocumentDecoder.h"
 #include "support/TemporaryFolder.h"
 

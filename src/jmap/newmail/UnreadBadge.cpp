@@ -3,7 +3,7 @@
 #include "async/Deadline.h"
 #include "async/sleep.h"
 #include "jmap/mail/MailQueries.h"
-#include "platform/LauncherBadge.h"
+#include "platform/desktop/LauncherBadge.h"
 #include "settings/AppSettings.h"
 
 namespace ondrel::jmap {

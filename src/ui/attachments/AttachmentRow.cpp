@@ -1,6 +1,6 @@
 #include "ui/attachments/AttachmentRow.h"
 
-#include "platform/Picture.h"
+#include "platform/documents/Picture.h"
 #include "ui/attachments/AttachmentTexts.h"
 #include "ui/widgets/Widgets.h"
 

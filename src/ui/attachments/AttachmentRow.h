@@ -1,7 +1,7 @@
 #pragma once
 
 #include "attachments/AttachmentCategory.h"
-#include "platform/DocumentDecoder.h"
+#include "platform/documents/DocumentDecoder.h"
 #include "platform/linux/glib/Connection.h"
 #include "platform/linux/glib/Ref.h"
 

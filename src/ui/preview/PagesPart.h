@@ -2,7 +2,7 @@
 
 #include "async/Scope.h"
 #include "async/Signal.h"
-#include "platform/DocumentDecoder.h"
+#include "platform/documents/DocumentDecoder.h"
 #include "platform/linux/glib/Connection.h"
 #include "ui/preview/PageLayout.h"
 #include "ui/preview/PagesSelection.h"

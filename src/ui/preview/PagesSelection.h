@@ -1,7 +1,7 @@
 #pragma once
 
 #include "async/Scope.h"
-#include "platform/DocumentDecoder.h"
+#include "platform/documents/DocumentDecoder.h"
 #include "platform/linux/glib/Connection.h"
 #include "ui/preview/PageLayout.h"
 #include "ui/preview/PageSelection.h"

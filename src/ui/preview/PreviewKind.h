@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/ContentTypes.h"
+#include "platform/documents/ContentTypes.h"
 
 #include <string>
 #include <string_view>

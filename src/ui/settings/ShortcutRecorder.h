@@ -1,7 +1,7 @@
 #pragma once
 
 #include "base/Event.h"
-#include "platform/KeyCombination.h"
+#include "platform/desktop/KeyCombination.h"
 #include "platform/linux/glib/Connection.h"
 
 #include <adwaita.h>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/DocumentDecoder.h"
+#include "platform/documents/DocumentDecoder.h"
 #include "platform/linux/glib/Ref.h"
 
 #include <gtk/gtk.h>

@@ -3,7 +3,7 @@
 #include "async/Deadline.h"
 #include "async/Scope.h"
 #include "async/Signal.h"
-#include "platform/DocumentDecoder.h"
+#include "platform/documents/DocumentDecoder.h"
 #include "platform/linux/decoding/DecoderMessages.h"
 #include "platform/linux/files/UniqueFd.h"
 #include "platform/linux/glib/Ref.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/DocumentPrinter.h"
+#include "platform/documents/DocumentPrinter.h"
 #include "platform/linux/decoding/ChildDecoder.h"
 
 namespace ondrel::platform::decoding {

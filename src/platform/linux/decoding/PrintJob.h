@@ -2,7 +2,7 @@
 
 #include "async/Future.h"
 #include "async/Scope.h"
-#include "platform/DocumentDecoder.h"
+#include "platform/documents/DocumentDecoder.h"
 #include "platform/linux/glib/Connection.h"
 
 #include <gtk/gtk.h>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/FileStore.h"
-#include "platform/LoginItem.h"
+#include "platform/desktop/LoginItem.h"
 #include "platform/linux/glib/Connection.h"
 
 #include <gio/gio.h>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/DefaultMailHelper.h"
+#include "platform/desktop/DefaultMailHelper.h"
 #include "platform/linux/desktop/MessageBus.h"
 
 namespace ondrel::platform::desktop {

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "async/Scope.h"
-#include "platform/LauncherBadge.h"
+#include "platform/desktop/LauncherBadge.h"
 #include "platform/linux/desktop/MessageBus.h"
 
 #include <cstdint>

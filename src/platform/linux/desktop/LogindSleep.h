@@ -1,7 +1,7 @@
 #pragma once
 
 #include "async/Scope.h"
-#include "platform/SleepMonitor.h"
+#include "platform/desktop/SleepMonitor.h"
 #include "platform/linux/desktop/MessageBus.h"
 
 namespace ondrel::platform::desktop {

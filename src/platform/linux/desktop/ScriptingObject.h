@@ -1,7 +1,7 @@
 #pragma once
 
 #include "async/Scope.h"
-#include "platform/Scripting.h"
+#include "platform/desktop/Scripting.h"
 #include "platform/linux/desktop/MessageBus.h"
 
 #include <string>

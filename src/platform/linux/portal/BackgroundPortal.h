@@ -1,9 +1,9 @@
 #pragma once
 
 #include "async/Scope.h"
-#include "platform/BackgroundApplications.h"
-#include "platform/LoginItem.h"
 #include "platform/UserDefaults.h"
+#include "platform/desktop/BackgroundApplications.h"
+#include "platform/desktop/LoginItem.h"
 #include "platform/linux/desktop/MessageBus.h"
 
 #include <string>

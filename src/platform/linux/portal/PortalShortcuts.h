@@ -1,7 +1,7 @@
 #pragma once
 
 #include "async/Scope.h"
-#include "platform/GlobalShortcuts.h"
+#include "platform/desktop/GlobalShortcuts.h"
 #include "platform/linux/desktop/MessageBus.h"
 
 #include <functional>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/GlobalShortcuts.h"
+#include "platform/desktop/GlobalShortcuts.h"
 #include "platform/linux/glib/Connection.h"
 
 #include <map>

@@ -1,8 +1,8 @@
-#include "platform/linux/desktop/StatusMenu.h"
+#include "platform/linux/panel/StatusMenu.h"
 
 #include <utility>
 
-namespace ondrel::platform::desktop {
+namespace ondrel::platform::panel {
 
 namespace {
 
@@ -72,4 +72,4 @@ void StatusMenu::append() {
   dbusmenu_menuitem_child_append(root_.get(), added->item.get());
 }
 
-} // namespace ondrel::platform::desktop
+} // namespace ondrel::platform::panel

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/StatusItem.h"
+#include "platform/desktop/StatusItem.h"
 #include "platform/linux/glib/Connection.h"
 
 #include <libdbusmenu-glib/dbusmenu-glib.h>
@@ -9,7 +9,7 @@
 #include <memory>
 #include <vector>
 
-namespace ondrel::platform::desktop {
+namespace ondrel::platform::panel {
 
 // A menu that a panel shows for the program (com.canonical.dbusmenu), on the session bus for as long as it
 // lives.
@@ -34,4 +34,4 @@ class StatusMenu {
   std::vector<std::unique_ptr<Item>> items_;
 };
 
-} // namespace ondrel::platform::desktop
+} // namespace ondrel::platform::panel

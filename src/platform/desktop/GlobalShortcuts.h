@@ -3,7 +3,7 @@
 #include "async/Task.h"
 #include "base/Event.h"
 #include "base/Observable.h"
-#include "platform/KeyCombination.h"
+#include "platform/desktop/KeyCombination.h"
 
 #include <expected>
 #include <string>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "async/Scope.h"
-#include "platform/StatusItem.h"
+#include "platform/desktop/StatusItem.h"
 #include "platform/linux/desktop/BusObject.h"
 #include "platform/linux/desktop/MessageBus.h"
 #include "platform/linux/desktop/OwnedBusName.h"
@@ -9,7 +9,7 @@
 #include <memory>
 #include <optional>
 
-namespace ondrel::platform::desktop {
+namespace ondrel::platform::panel {
 
 class StatusMenu;
 
@@ -27,7 +27,7 @@ class StatusNotifierItem final : public StatusItem {
     std::function<void()> menuOpens{};
   };
   // The bus is the session's: the menu is always there.
-  explicit StatusNotifierItem(Options options, BusConnector bus = sessionBus);
+  explicit StatusNotifierItem(Options options, desktop::BusConnector bus = desktop::sessionBus);
   ~StatusNotifierItem() override;
 
   void setFace(Face face) override;
@@ -35,7 +35,7 @@ class StatusNotifierItem final : public StatusItem {
   void setInserted(bool inserted) override;
 
  private:
-  async::Task<void> connect(BusConnector bus);
+  async::Task<void> connect(desktop::BusConnector bus);
   void insert();
   void remove();
   void watch(const std::string& name);
@@ -51,11 +51,11 @@ class StatusNotifierItem final : public StatusItem {
   glib::Ref<GDBusConnection> connection_;
   // While it is inserted.
   std::unique_ptr<StatusMenu> menu_;
-  BusObject object_;
-  OwnedBusName name_;
-  BusNameWatch watcher_;
+  desktop::BusObject object_;
+  desktop::OwnedBusName name_;
+  desktop::BusNameWatch watcher_;
   async::TaskHandle registration_;
   async::Scope scope_;
 };
 
-} // namespace ondrel::platform::desktop
+} // namespace ondrel::platform::panel

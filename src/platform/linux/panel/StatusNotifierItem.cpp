@@ -1,8 +1,8 @@
-#include "platform/linux/desktop/StatusNotifierItem.h"
+#include "platform/linux/panel/StatusNotifierItem.h"
 
 #include "async/sleep.h"
 #include "base/Log.h"
-#include "platform/linux/desktop/StatusMenu.h"
+#include "platform/linux/panel/StatusMenu.h"
 
 #include <fmt/format.h>
 #include <unistd.h>
@@ -10,7 +10,7 @@
 #include <chrono>
 #include <utility>
 
-namespace ondrel::platform::desktop {
+namespace ondrel::platform::panel {
 
 namespace {
 
@@ -68,13 +68,14 @@ glib::Ref<GDBusMessage> registration(const std::string& watcher, const std::stri
 
 } // namespace
 
-StatusNotifierItem::StatusNotifierItem(Options options, BusConnector bus) : options_(std::move(options)) {
+StatusNotifierItem::StatusNotifierItem(Options options, desktop::BusConnector bus)
+    : options_(std::move(options)) {
   scope_.spawn(connect(std::move(bus)));
 }
 
 StatusNotifierItem::~StatusNotifierItem() = default;
 
-async::Task<void> StatusNotifierItem::connect(BusConnector bus) {
+async::Task<void> StatusNotifierItem::connect(desktop::BusConnector bus) {
   connection_ = co_await bus();
   if (connection_ && inserted_)
     insert();
@@ -95,13 +96,14 @@ void StatusNotifierItem::insert() {
       options_.menuOpens();
   });
   menu_->setRows(rows_);
-  object_ = BusObject(connection_, itemPath, description,
-                      {[this](const std::string& method, GVariant* arguments) { called(method, arguments); },
-                       [this](const std::string& name) { return property(name); }});
+  object_ = desktop::BusObject(
+      connection_, itemPath, description,
+      {[this](const std::string& method, GVariant* arguments) { called(method, arguments); },
+       [this](const std::string& name) { return property(name); }});
   // The watcher knows that an item has gone by its name. Where a sandbox gives no name, that of the
   // connection serves: the item then stays in the panel until the program ends.
   const auto name = fmt::format("org.kde.StatusNotifierItem-{}-{}", getpid(), ++insertions_);
-  name_ = OwnedBusName(connection_, name.c_str(), [this, name](bool owned) {
+  name_ = desktop::OwnedBusName(connection_, name.c_str(), [this, name](bool owned) {
     watch(owned ? name : g_dbus_connection_get_unique_name(connection_.get()));
   });
 }
@@ -116,7 +118,7 @@ void StatusNotifierItem::remove() {
 }
 
 void StatusNotifierItem::watch(const std::string& name) {
-  watcher_ = BusNameWatch(connection_, watcherName, [this, name](const std::string& owner) {
+  watcher_ = desktop::BusNameWatch(connection_, watcherName, [this, name](const std::string& owner) {
     registration_.cancel();
     isShown.set(false);
     if (!owner.empty())
@@ -125,14 +127,15 @@ void StatusNotifierItem::watch(const std::string& name) {
 }
 
 async::Task<void> StatusNotifierItem::registerWith(std::string watcher, std::string name) {
-  const auto answer = co_await callBus(connection_, registration(watcher, name), registrationLimit);
+  const auto answer = co_await desktop::callBus(connection_, registration(watcher, name), registrationLimit);
   const bool cancelled = co_await async::cancelled();
   if (cancelled)
     co_return;
-  if (answer && !isError(*answer))
+  if (answer && !desktop::isError(*answer))
     isShown.set(true);
   else
-    logger.error("The panel doesn't take the icon: {}", answer ? errorText(*answer) : answer.error());
+    logger.error("The panel doesn't take the icon: {}",
+                 answer ? desktop::errorText(*answer) : answer.error());
 }
 
 void StatusNotifierItem::called(const std::string& method, GVariant* arguments) {
@@ -192,4 +195,4 @@ GVariant* StatusNotifierItem::property(const std::string& name) const {
   return g_variant_new_string(""); // no overlay, no film, no icons of our own
 }
 
-} // namespace ondrel::platform::desktop
+} // namespace ondrel::platform::panel

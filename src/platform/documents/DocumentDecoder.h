@@ -2,7 +2,7 @@
 
 #include "async/EventLoop.h"
 #include "async/Task.h"
-#include "platform/Picture.h"
+#include "platform/documents/Picture.h"
 
 #include <expected>
 #include <memory>

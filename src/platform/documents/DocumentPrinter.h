@@ -1,14 +1,15 @@
 #pragma once
 
 #include "async/Task.h"
-#include "platform/DocumentDecoder.h"
-#include "platform/Window.h"
+#include "platform/documents/DocumentDecoder.h"
 
 #include <memory>
 #include <optional>
 #include <string>
 
 namespace ondrel::platform {
+
+class Window;
 
 // Prints files that the user doesn't see on screen. Main thread only.
 class DocumentPrinter {
