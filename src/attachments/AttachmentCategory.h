@@ -20,4 +20,8 @@ inline constexpr std::array attachmentCategories{
 // order.
 AttachmentCategory category(const platform::ContentTypes& types, std::string_view mimeType);
 
+constexpr bool isPrintable(AttachmentCategory category) {
+  return category == AttachmentCategory::image || category == AttachmentCategory::pdf;
+}
+
 } // namespace ondrel::attachments

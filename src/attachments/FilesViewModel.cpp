@@ -79,7 +79,7 @@ async::Task<void> FilesViewModel::refresh() {
 
 void FilesViewModel::loadThumbnail(const jmap::AttachmentInfo& info) {
   const auto category = categoryOf(info);
-  if (category == AttachmentCategory::image || category == AttachmentCategory::pdf)
+  if (isPrintable(category))
     thumbnails_.load(info);
 }
 

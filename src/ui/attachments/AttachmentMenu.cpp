@@ -43,11 +43,10 @@ void AttachmentMenu::add(const char* name, const char* title, Actions::Action ac
 void AttachmentMenu::show(const jmap::AttachmentInfo& attachment, const GdkRectangle& at) {
   attachment_ = attachment;
   const bool isBusy = files_.isBusy(attachment.id);
-  const auto category = files_.categoryOf(attachment);
-  const bool isPrintable = category == AttachmentCategory::image || category == AttachmentCategory::pdf;
+  const bool mayPrint = isPrintable(files_.categoryOf(attachment));
   for (const auto* name : {"show-email", "download", "print", "preview"}) {
     auto* action = G_SIMPLE_ACTION(g_action_map_lookup_action(G_ACTION_MAP(group_.get()), name));
-    g_simple_action_set_enabled(action, !isBusy && (isPrintable || std::string_view(name) != "print"));
+    g_simple_action_set_enabled(action, !isBusy && (mayPrint || std::string_view(name) != "print"));
   }
   gtk_popover_set_pointing_to(GTK_POPOVER(popover_), &at);
   focus_.set(gtk_root_get_focus(gtk_widget_get_root(parent_)));

@@ -176,6 +176,9 @@ gboolean FilesView::keyInWindow(guint key, GdkModifierType held) {
     gtk_widget_grab_focus(search_);
   } else if (held == GDK_CONTROL_MASK && key == GDK_KEY_s) {
     perform(&FilesViewModel::download);
+  } else if (held == GDK_CONTROL_MASK && key == GDK_KEY_p) {
+    if (const auto* row = model_.selected(); row && isPrintable(viewModel_->categoryOf(*row)))
+      perform(&FilesViewModel::print);
   } else if ((held == GDK_CONTROL_MASK && key == GDK_KEY_r) || (held == 0 && key == GDK_KEY_F5)) {
     refresh();
   } else if (held == 0 && key == GDK_KEY_Escape) {

@@ -112,11 +112,17 @@ CommandGroup BrowserCommands::view() {
 }
 
 CommandGroup BrowserCommands::printing() {
+  // Other windows have their own meaning for these keys.
+  const auto whenTab = whenFocusedTab(focusedTab_, [](const auto&) { return true; });
   return {"Printing",
-          {{.title = "Print…", .accelerators = {"<Control>p"}, .perform = [this] { windows_.printActive(); }},
-           {.title = "Export as PDF…", .accelerators = {"<Control><Shift>p"}, .perform = [this] {
-              windows_.exportPDFActive();
-            }}}};
+          {{.title = "Print…",
+            .accelerators = {"<Control>p"},
+            .perform = [this] { windows_.printActive(); },
+            .enabledWhen = whenTab},
+           {.title = "Export as PDF…",
+            .accelerators = {"<Control><Shift>p"},
+            .perform = [this] { windows_.exportPDFActive(); },
+            .enabledWhen = whenTab}}};
 }
 
 CommandGroup BrowserCommands::highlights() {
