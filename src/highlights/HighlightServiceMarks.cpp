@@ -22,13 +22,6 @@ namespace {
 // evaluation, and the other tabs and an import that waits for its end shouldn't feel that.
 constexpr std::chrono::milliseconds patience{500};
 
-std::string description(const platform::ScriptError& error) {
-  if (!error.message.empty())
-    return error.message;
-  return error.kind == platform::ScriptError::Kind::timedOut ? "the page did not answer"
-                                                             : "the page has gone";
-}
-
 } // namespace
 
 const HighlightService::Marks& HighlightService::marks() {

@@ -6,6 +6,7 @@
 #include "base/Reply.h"
 #include "platform/FrameInfo.h"
 #include "platform/NativeView.h"
+#include "platform/ScriptError.h"
 #include "platform/UserScript.h"
 
 #include <boost/json/value.hpp>
@@ -20,14 +21,6 @@ namespace ondrel::platform {
 
 class Window;
 class WebViewDelegate;
-
-// Why an evaluation gave no value: the page threw, the value can't be carried over, the page or frame is
-// gone, or nothing answered in time.
-struct ScriptError {
-  enum class Kind { exception, unsupportedValue, gone, timedOut };
-  Kind kind = Kind::gone;
-  std::string message;
-};
 
 // null for undefined and null.
 using ScriptResult = std::expected<boost::json::value, ScriptError>;

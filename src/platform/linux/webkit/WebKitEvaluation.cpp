@@ -5,11 +5,22 @@
 #include "platform/linux/text/SafeText.h"
 #include "platform/linux/webkit/WebKitMessages.h"
 
+#include <charconv>
+
 namespace ondrel::platform::webkit {
 
 namespace {
 
 using Kind = ScriptError::Kind;
+
+// What the engine calls an evaluated text where it says in which line something went wrong: told from scripts
+// of the page, and still an address of the page's origin, since the engine hides from the page's own handlers
+// what goes wrong in others.
+std::string sourceName(WebKitWebView* view) {
+  const char* address = webkit_web_view_get_uri(view);
+  const std::string page(address ? address : "about:blank");
+  return page.substr(0, page.find('#')) + "#ondrel";
+}
 
 std::unexpected<ScriptError> failure(Kind kind, std::string message = {}) {
   return std::unexpected(ScriptError{kind, std::move(message)});
@@ -23,9 +34,20 @@ ScriptResult fromJson(const char* json) {
   return failure(Kind::unsupportedValue);
 }
 
-ScriptResult fromError(const glib::Error& error) {
+// The engine has the place in front of its message, "<source>:3:12: " or, for a syntax error, "<source>:3: ".
+ScriptError exception(std::string message, const std::string& source) {
+  const auto prefix = source + ":";
+  const auto end = message.find(": ", prefix.size());
+  int line = 0;
+  if (!message.starts_with(prefix) || end == std::string::npos ||
+      std::from_chars(message.data() + prefix.size(), message.data() + end, line).ec != std::errc())
+    return {Kind::exception, std::move(message)};
+  return {Kind::exception, message.substr(end + 2), line};
+}
+
+ScriptResult fromError(const glib::Error& error, const std::string& source) {
   if (error.matches(WEBKIT_JAVASCRIPT_ERROR, WEBKIT_JAVASCRIPT_ERROR_SCRIPT_FAILED))
-    return failure(Kind::exception, text::validUtf8(error.message()));
+    return std::unexpected(exception(text::validUtf8(error.message()), source));
   if (error.matches(WEBKIT_JAVASCRIPT_ERROR, WEBKIT_JAVASCRIPT_ERROR_INVALID_RESULT))
     return failure(Kind::unsupportedValue);
   return failure(Kind::gone, text::validUtf8(error.message()));
@@ -54,9 +76,10 @@ ScriptResult fromAnswer(WebKitUserMessage* answer) {
 } // namespace
 
 async::Task<ScriptResult> evaluateInMainFrame(glib::Ref<WebKitWebView> view, std::string source) {
+  const auto name = sourceName(view.get());
   auto [pending, future] = glib::startAsync();
   webkit_web_view_evaluate_javascript(view.get(), source.data(), static_cast<gssize>(source.size()), nullptr,
-                                      nullptr, pending.cancellable, glib::PendingCall::callback,
+                                      name.c_str(), pending.cancellable, glib::PendingCall::callback,
                                       pending.userData);
   const auto result = co_await std::move(future);
   if (!result)
@@ -65,7 +88,7 @@ async::Task<ScriptResult> evaluateInMainFrame(glib::Ref<WebKitWebView> view, std
   const auto value =
       glib::adopt(webkit_web_view_evaluate_javascript_finish(view.get(), result->get(), error.out()));
   if (!value)
-    co_return fromError(error);
+    co_return fromError(error, name);
   if (jsc_value_is_undefined(value.get()) || jsc_value_is_null(value.get()))
     co_return boost::json::value(nullptr);
   const glib::CString json(jsc_value_to_json(value.get(), 0));
