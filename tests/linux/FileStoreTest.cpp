@@ -1,4 +1,7 @@
+#include "platform/linux/files/GioUserFolders.h"
 #include "platform/linux/files/PosixFileStore.h"
+#include "platform/linux/glib/GlibEventLoop.h"
+#include "support/MainLoop.h"
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -135,6 +138,25 @@ TEST_F(FileStoreTest, RemovesFoldersAndNotWhatTheirLinksPointTo) {
   EXPECT_TRUE(store.removeRecursively(folder.file("ours")));
   EXPECT_TRUE(store.removeRecursively(folder.file("ours")));
   EXPECT_EQ(folder.names(), Names{"theirs"});
+}
+
+TEST_F(FileStoreTest, UserFoldersTellOfWhatComesAndGoes) {
+  const glib::GlibEventLoop loop;
+  const auto watched = folder.file("Scripts");
+  bool told = false;
+  const auto watch = files::GioUserFolders().watch(watched, [&] { told = true; });
+  const auto tells = [&](const auto& change) {
+    support::runFor(std::chrono::milliseconds(50));
+    told = false;
+    change();
+    return support::runUntil([&] { return told; }, std::chrono::seconds(2));
+  };
+  for (int round = 0; round < 2; ++round) {
+    EXPECT_TRUE(tells([&] { fs::create_directory(watched); }));
+    EXPECT_TRUE(tells([&] { folder.write("Scripts/a.js", ""); }));
+    EXPECT_TRUE(tells([&] { fs::rename(watched + "/a.js", folder.file("b.js")); }));
+    EXPECT_TRUE(tells([&] { fs::remove(watched); }));
+  }
 }
 
 TEST_F(FileStoreTest, SweepsLeftoversButNoneOfALivingSaveOrOfOthers) {
