@@ -39,6 +39,13 @@ BrowserWindows::Tab BrowserWindows::focusedViewModel() const {
   return viewModel(application_.focusedWindow());
 }
 
+BrowserWindows::Tab BrowserWindows::frontViewModel() const {
+  for (const auto& window : application_.orderedWindows())
+    if (auto tab = viewModel(window); tab && !window->isWithdrawn())
+      return tab;
+  return nullptr;
+}
+
 std::vector<BrowserWindows::Tab> BrowserWindows::viewModels() const {
   std::vector<Tab> all;
   all.reserve(entries_.size());

@@ -41,6 +41,8 @@ class BrowserWindows {
 
   Tab viewModel(const Window& window) const;
   Tab focusedViewModel() const;
+  // Of the window in front of all browser windows that are on the screen.
+  Tab frontViewModel() const;
   // Of all tabs, in the order of making.
   std::vector<Tab> viewModels() const;
   // Those on the screen, as the desktop stacks them.

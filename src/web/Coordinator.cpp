@@ -38,7 +38,7 @@ Coordinator::Coordinator(const std::shared_ptr<WindowViewModel>& viewModel,
                          const WebServices& services)
     : viewModel_(viewModel), webView_(std::move(webView)), configuration_(std::move(configuration)),
       services_(services), follower_(viewModel_, webView_, services.settings, configuration_->reportsTitle),
-      loadRetry_(viewModel_, webView_), downloads_(viewModel_, services),
+      loadRetry_(viewModel_, webView_), additions_(viewModel_, services), downloads_(viewModel_, services),
       opener_(viewModel, services, [this](const auto& item) { downloads_.show(item); }),
       letter_(viewModel, services.scripts.letterState()),
       messages_(viewModel_, webView_, services, opener_, letter_) {
@@ -99,12 +99,14 @@ void Coordinator::didReceiveScriptMessage(const platform::ScriptMessage& message
 
 void Coordinator::didCommit() {
   loadRetry_.didCommit();
+  additions_.pageGoes();
   follower_.didCommit();
 }
 
 void Coordinator::didFinish() {
   loadRetry_.didFinish();
   follower_.didFinish();
+  additions_.didFinish();
 }
 
 void Coordinator::didFail(const platform::WebError& error) {
@@ -125,6 +127,7 @@ void Coordinator::failed(std::string_view label, const platform::WebError& error
 void Coordinator::webProcessDidTerminate(bool crashed) {
   logger_.error("The web process of a tab has ended ({})", crashed ? "crash" : "terminated");
   loadRetry_.webProcessDidTerminate();
+  additions_.pageGoes();
   follower_.didTerminate();
 }
 

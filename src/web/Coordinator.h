@@ -5,6 +5,7 @@
 #include "platform/WebViewDelegate.h"
 #include "web/LetterHandOver.h"
 #include "web/LoadRetry.h"
+#include "web/PageAdditions.h"
 #include "web/PageFollower.h"
 #include "web/PageMessages.h"
 #include "web/PageOpener.h"
@@ -67,6 +68,7 @@ class Coordinator final : public platform::WebViewDelegate {
   std::vector<std::string> registeredHandlerNames_;
   PageFollower follower_;
   LoadRetry loadRetry_;
+  PageAdditions additions_;
   TabDownloads downloads_;
   PageOpener opener_;
   LetterHandOver letter_;

@@ -1,8 +1,10 @@
 #pragma once
 
+#include "async/Task.h"
 #include "web/ScriptMessageRouter.h"
 
 #include <functional>
+#include <memory>
 #include <string>
 
 namespace ondrel::jmap {
@@ -25,6 +27,7 @@ namespace ondrel::web {
 class DownloadNotices;
 class MessageFiles;
 class PageScripts;
+class WindowViewModel;
 
 // What every tab stands on. Made once; outlives all tabs.
 struct WebServices {
@@ -41,6 +44,8 @@ struct WebServices {
   ScriptMessageRouter messages{};
   // Begins the letter of a "mailto" link here; false where the user has another program for that.
   std::function<bool(const std::string& url)> beginLetter{};
+  // What is to be done with a tab's page that has loaded just now; cancelled when the page goes.
+  std::function<async::Task<void>(const std::shared_ptr<WindowViewModel>& tab)> addToPage{};
 };
 
 } // namespace ondrel::web
