@@ -17,6 +17,7 @@
 #include "platform/linux/desktop/SharedMimeTypes.h"
 #include "platform/linux/files/GioFileReader.h"
 #include "platform/linux/files/GioNewFiles.h"
+#include "platform/linux/files/GioUserFolders.h"
 #include "platform/linux/files/JsonUserDefaults.h"
 #include "platform/linux/files/PosixFileStore.h"
 #include "platform/linux/files/ThreadFileWriter.h"
@@ -173,6 +174,7 @@ class Program {
               .directories = directories_,
               .files = files_,
               .fileReader = fileReader_,
+              .userFolders = userFolders_,
               .newFiles = newFiles_,
               .fileWriter = fileWriter_,
               .webViews = webViews_,
@@ -246,6 +248,7 @@ class Program {
   platform::files::XdgDirectories directories_;
   platform::files::PosixFileStore files_;
   platform::files::GioFileReader fileReader_;
+  platform::files::GioUserFolders userFolders_;
   platform::files::GioNewFiles newFiles_;
   platform::files::ThreadFileWriter fileWriter_;
   platform::files::JsonUserDefaults defaults_;

@@ -23,6 +23,13 @@ OndrelApp::OndrelApp(const PlatformAbilities& platform, settings::Site site, con
     : settings_(platform.defaults, std::move(site)), notificationManager_(platform.notifications),
       messageFiles_(platform.http, platform.fileWriter, platform.directories, notificationManager_),
       downloadNotices_(notificationManager_, platform.application, platform.uriLauncher),
+      scriptsManager_({.directories = platform.directories,
+                       .folders = platform.userFolders,
+                       .files = platform.files,
+                       .reader = platform.fileReader,
+                       .uriLauncher = platform.uriLauncher,
+                       .settings = settings_,
+                       .displayName = platform.programInfo.displayName}),
       webServices_{settings_,
                    scripts,
                    platform.application,
@@ -139,6 +146,8 @@ OndrelApp::OndrelApp(const PlatformAbilities& platform, settings::Site site, con
   });
   if (platform.hasEnvironmentVariable(testVariable))
     return;
+  scriptsManager_.resolveActiveWebView = [this] { return windowManager_.windows().frontViewModel(); };
+  webServices_.addToPage = [this](const auto& tab) { return scriptsManager_.pageDidFinish(tab); };
   keptHighlights_.start();
   mcpServerManager_.start(
       {.mail = jmapSession_.mail(),

@@ -23,6 +23,7 @@
 #include "integrations/GetAddressCommand.h"
 #include "integrations/LoginItemManager.h"
 #include "integrations/MailtoHandler.h"
+#include "integrations/ScriptsManager.h"
 #include "integrations/StatusIcon.h"
 #include "jmap/JMAPSession.h"
 #include "jmap/newmail/NotificationManager.h"
@@ -68,6 +69,7 @@ class SleepMonitor;
 class StatusItem;
 class TcpListener;
 class TextFormatting;
+class UserFolders;
 } // namespace ondrel::platform
 
 namespace ondrel::program {
@@ -81,6 +83,7 @@ struct PlatformAbilities {
   platform::Directories& directories;
   platform::FileStore& files;
   platform::FileReader& fileReader;
+  platform::UserFolders& userFolders;
   platform::NewFiles& newFiles;
   platform::FileWriter& fileWriter;
   platform::WebViewFactory& webViews;
@@ -128,6 +131,7 @@ class OndrelApp {
   integrations::EmailLinkService& emailLinkService() { return emailLinkService_; }
   integrations::DefaultEmailClient& defaultEmailClient() { return defaultEmailClient_; }
   integrations::LoginItemManager& loginItem() { return loginItem_; }
+  integrations::ScriptsManager& userScripts() { return scriptsManager_; }
   highlights::HighlightService& highlightService() { return highlightService_; }
   highlights::HighlightExport& highlightExport() { return highlightExport_; }
   highlights::HighlightImport& highlightImport() { return highlightImport_; }
@@ -152,6 +156,7 @@ class OndrelApp {
   jmap::NotificationManager notificationManager_;
   web::MessageFiles messageFiles_;
   web::DownloadNotices downloadNotices_;
+  integrations::ScriptsManager scriptsManager_;
   web::WebServices webServices_;
   app::SessionStore sessionStore_;
   app::ClosedTabs closedTabs_;

@@ -15,6 +15,7 @@
 #include "support/FakeStatusItem.h"
 #include "support/FakeTcpListener.h"
 #include "support/FakeTextFormatting.h"
+#include "support/FakeUserFolders.h"
 #include "support/TestShell.h"
 
 #include <gtest/gtest.h>
@@ -141,6 +142,7 @@ class OndrelAppTest : public testing::Test {
         shell.files,
         shell.files,
         fileReader,
+        userFolders,
         newFiles,
         shell.fileWriter,
         shell.webViews,
@@ -188,6 +190,7 @@ class OndrelAppTest : public testing::Test {
                                    .text = [] { return "{}"; },
                                    .didSave = [](bool) {}}};
   support::FakeFileReader fileReader{shell.files};
+  support::FakeUserFolders userFolders{shell.files};
   support::FakeNewFiles newFiles{shell.files};
   support::FakeCookieStore cookies;
   support::FakeHttpClient http;

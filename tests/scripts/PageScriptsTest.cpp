@@ -1,5 +1,6 @@
 // Runs the cases of the .js files in this folder, each on a page of its own.
 #include "ScriptTest.h"
+#include "integrations/StyleScript.h"
 
 #include <boost/json/serialize.hpp>
 
@@ -39,5 +40,17 @@ INSTANTIATE_TEST_SUITE_P(Of, PageScriptsTest,
                                          "replySelectionScript", "highlightPainting", "highlightHands",
                                          "mailboxMarkerScript"),
                          [](const auto& tested) { return tested.param; });
+
+TEST_F(ScriptTest, TheUsersStylesAreOneSheetAsTheyWereWritten) {
+  loadHtml("<p>page</p>");
+  evaluate(integrations::styleScript("first"));
+  evaluate(integrations::styleScript("a`b\\c$d\n</style>${1 + 1}"));
+  EXPECT_EQ(evaluateToText("Array.from(document.querySelectorAll('#ondrel-css'), s => s.textContent)"),
+            "[\"a`b\\\\c$d\\n</style>2\"]");
+  const auto failed = evaluate(integrations::styleScript("\n${nobody}"));
+  EXPECT_EQ(failed ? 0 : failed.error().line, integrations::firstLineOfStyles + 1);
+  evaluate(integrations::styleRemoval);
+  EXPECT_EQ(evaluateToText("document.querySelectorAll('style').length"), "0");
+}
 
 } // namespace ondrel::tests
