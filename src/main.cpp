@@ -215,6 +215,7 @@ class Program {
                     .shortcuts = app_.keyboardShortcuts(),
                     .defaultEmail = app_.defaultEmailClient(),
                     .loginItem = app_.loginItem(),
+                    .userScripts = app_.userScripts(),
                     .highlights = app_.highlightService().store(),
                     .highlightExport = app_.highlightExport(),
                     .highlightImport = app_.highlightImport(),

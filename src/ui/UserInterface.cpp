@@ -50,6 +50,7 @@ UserInterface::UserInterface(const Services& services)
                        .shortcuts = services_.shortcuts,
                        .defaultEmail = services_.defaultEmail,
                        .loginItem = services_.loginItem,
+                       .userScripts = services_.userScripts,
                        .openURL = [this](const std::string& url) { services_.uriLauncher.open(url); },
                        .openMailto = services_.openMailto},
                       services_.toolkitApplication, [this] { return activeWindow(); }),

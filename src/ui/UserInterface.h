@@ -48,6 +48,7 @@ class UserInterface {
     shortcuts::KeyboardShortcuts& shortcuts;
     integrations::DefaultEmailClient& defaultEmail;
     integrations::LoginItemManager& loginItem;
+    integrations::ScriptsManager& userScripts;
     highlights::HighlightStore& highlights;
     highlights::HighlightExport& highlightExport;
     highlights::HighlightImport& highlightImport;

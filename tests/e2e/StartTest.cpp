@@ -1,6 +1,8 @@
 #include "ProgramTest.h"
 #include "support/Loopback.h"
 
+#include <sys/stat.h>
+
 namespace ondrel::e2e {
 namespace {
 
@@ -34,6 +36,25 @@ TEST_F(StartTest, DamagedFilesAreKeptAsideAndTheSessionIsSavedAnew) {
   ASSERT_EQ(saved->windows.at(0).tabs.size(), 1U);
   EXPECT_EQ(saved->windows[0].tabs[0].urlString, address);
   EXPECT_TRUE(saved->windows[0].tabs[0].interactionState && saved->windows[0].frame);
+}
+
+TEST_F(StartTest, UserScriptsRunWithTheStylesAndSayWhereTheyFail) {
+  const auto folder = profile / "My %documents/Scripts";
+  write(profile / "config/user-dirs.dirs", "XDG_DOCUMENTS_DIR=\"" + folder.parent_path().string() + "\"\n");
+  write(folder / "style.css", "p {}");
+  write(folder / "C.js", "let order = 'C';\r\n\r// \u2028\r");
+  write(folder / "b.js", "order += document.querySelector('#ondrel-css').textContent;\nthrow Error(order);");
+  ASSERT_EQ(mkfifo((folder / "D.js").c_str(), 0600), 0);
+  write(defaultsFile(), R"({"_runJS": true, "_injectCSS": true})");
+  const auto fails = [this](const std::string& how) {
+    const auto program = start();
+    EXPECT_TRUE(eventually([&] { return program->output().contains("ScriptsManager: JS failed: " + how); }))
+        << program->output();
+    EXPECT_EQ(quit(*program), 0);
+  };
+  fails("Error: Cp {} (b.js:2)");
+  write(folder / "D1.js", "\nfunction unended() {");
+  fails("SyntaxError: Unexpected end of script (D1.js:2)");
 }
 
 TEST_F(StartTest, WorksWithAProfileThatCantBeWritten) {

@@ -3,14 +3,17 @@
 #include "ShellTest.h"
 #include "integrations/DefaultEmailClient.h"
 #include "integrations/LoginItemManager.h"
+#include "integrations/ScriptsManager.h"
 #include "jmap/mail/MailQueries.h"
 #include "mcp/MCPServerManager.h"
 #include "mcp/MCPSettingsModel.h"
 #include "mcp/SetupCommand.h"
 #include "shortcuts/KeyboardShortcuts.h"
 #include "support/FakeDesktopServices.h"
+#include "support/FakeFileReader.h"
 #include "support/FakeGlobalShortcuts.h"
 #include "support/FakeJMAPClient.h"
+#include "support/FakeUserFolders.h"
 #include "support/LogCapture.h"
 #include "ui/settings/MCPSettingsView.h"
 
@@ -76,6 +79,10 @@ class SettingsWindowTest : public ShellTest {
   integrations::DefaultEmailClient defaultEmail{
       helper, shell.uriLauncher, {"org.example.Mail", "Mail", "1", "1", true}};
   integrations::LoginItemManager login{loginItem};
+  support::FakeUserFolders folders{shell.files};
+  support::FakeFileReader reader{shell.files};
+  integrations::ScriptsManager scripts{
+      {shell.files, folders, shell.files, reader, shell.uriLauncher, shell.settings, "Mail"}};
   std::vector<std::string> opened;
   GtkWindow* parent = nullptr;
   std::optional<SettingsWindow> window = std::optional<SettingsWindow>(
@@ -86,6 +93,7 @@ class SettingsWindowTest : public ShellTest {
                        .shortcuts = shortcutKeys,
                        .defaultEmail = defaultEmail,
                        .loginItem = login,
+                       .userScripts = scripts,
                        .openURL = [this](auto& url) { opened.push_back(url); },
                        .openMailto = [this](auto& url) { opened.push_back(url); }},
       nullptr, [this] { return parent; });

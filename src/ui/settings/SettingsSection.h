@@ -8,6 +8,7 @@
 namespace ondrel::integrations {
 class DefaultEmailClient;
 class LoginItemManager;
+class ScriptsManager;
 } // namespace ondrel::integrations
 
 namespace ondrel::jmap {
@@ -36,6 +37,7 @@ struct SettingsServices {
   shortcuts::KeyboardShortcuts& shortcuts;
   integrations::DefaultEmailClient& defaultEmail;
   integrations::LoginItemManager& loginItem;
+  integrations::ScriptsManager& userScripts;
   std::function<void(const std::string& url)> openURL; // in the desktop's browser
   std::function<void(const std::string& url)> openMailto;
 };

@@ -12,6 +12,7 @@
 #include "ui/settings/HighlightSettingsView.h"
 #include "ui/settings/LoginItemSettingsView.h"
 #include "ui/settings/MCPSettingsView.h"
+#include "ui/settings/ScriptsSettingsView.h"
 #include "ui/settings/ShortcutSettingsView.h"
 #include "ui/settings/UISettingsView.h"
 
@@ -58,6 +59,10 @@ Section environment(const SettingsServices& services) {
   return std::make_unique<EnvironmentSettingsView>(services.settings);
 }
 
+Section userScripts(const SettingsServices& services) {
+  return std::make_unique<ScriptsSettingsView>(services.userScripts, services.settings);
+}
+
 Section highlights(const SettingsServices& services) {
   return std::make_unique<HighlightSettingsView>(services.settings, services.mail);
 }
@@ -98,7 +103,7 @@ const std::vector<Page>& pages() {
       {settings::SettingsTab::advanced,
        "Advanced",
        "applications-engineering-symbolic",
-       {environment, highlights, localServer}},
+       {environment, userScripts, highlights, localServer}},
       {settings::SettingsTab::donation, "Donation", "emblem-favorite-symbolic", {donation}},
   };
   return table;
