@@ -15,6 +15,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <fstream>
 
 namespace ondrel::start {
 
@@ -36,6 +37,15 @@ std::optional<std::string> readLine(int descriptor) {
       return line;
     line += c;
   }
+}
+
+// Who begins a home gives it such a folder; nobody has begun this one.
+void keepDocumentsFolder(const fs::path& configuration) {
+  std::error_code error;
+  const auto file = configuration / "user-dirs.dirs";
+  fs::create_directory(configuration, error);
+  if (!fs::exists(file, error))
+    std::ofstream(file) << "XDG_DOCUMENTS_DIR=\"$HOME/Documents\"\n";
 }
 
 // With another home the display's key is no longer found beside it.
@@ -70,6 +80,7 @@ DemoMode::prepare(const std::optional<std::string>& keptProfile) {
   if (error)
     return std::unexpected(fmt::format("can't use the folder {}: {}", demo->profile_, error.message()));
 
+  keepDocumentsFolder(demo->profile_ + "/config");
   keepDisplayRights();
   const std::pair<const char*, std::string> variables[] = {{"HOME", "/home"},
                                                            {"XDG_CONFIG_HOME", "/config"},
