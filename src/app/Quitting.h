@@ -23,14 +23,19 @@ class Quitting {
 
   // Nothing while an earlier wish is under way.
   void request();
+  // The same, to be started again afterwards with the session as it was.
+  void requestRestart();
+  // The program has ended by such a wish.
+  bool restarts() const { return restarts_; }
 
  private:
-  async::Task<void> quit();
+  async::Task<void> quit(bool restarts);
 
   platform::Application& application_;
   const WindowManager& windows_;
   CloseQuestion& question_;
   platform::Panels& panels_;
+  bool restarts_ = false;
   async::TaskHandle underWay_;
   async::Scope scope_;
 };

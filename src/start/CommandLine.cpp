@@ -26,8 +26,17 @@ Environment:
   ONDREL_RENDERING  software or hardware: don't find out, use this
 )";
 
+namespace {
+constexpr std::string_view demoWithFolder = "--demo=";
+}
+
+std::vector<std::string> CommandLine::restartArguments() const {
+  if (demoProfile)
+    return {std::string(demoWithFolder) + *demoProfile};
+  return demo ? std::vector<std::string>{"--demo"} : std::vector<std::string>();
+}
+
 std::expected<CommandLine, std::string> CommandLine::parse(const std::vector<std::string>& arguments) {
-  constexpr std::string_view demoWithFolder = "--demo=";
   CommandLine result;
   bool optionsEnded = false;
   for (const auto& argument : arguments) {

@@ -19,6 +19,8 @@ struct CommandLine {
 
   // The arguments without the program's name. The error is one line for standard error.
   static std::expected<CommandLine, std::string> parse(const std::vector<std::string>& arguments);
+  // Those with which the program goes on after a restart, with its windows.
+  std::vector<std::string> restartArguments() const;
 };
 
 extern const char* const usage;

@@ -60,6 +60,18 @@ TEST(QuitTest, WaitsForLettersAndSaysSoAfterAWhile) {
   }
 }
 
+TEST(QuitTest, RestartsOnlyWhenItEnds) {
+  for (const bool leaves : {true, false}) {
+    LetterAndQuit test(true);
+    test.letterComesBack();
+    test.model->letterIsLeaving.set(true);
+    test.quitting->requestRestart();
+    test.shell.settle();
+    leaves ? test.letterLeaves() : test.letterComesBack();
+    EXPECT_EQ(test.quitting->restarts(), leaves);
+  }
+}
+
 TEST(QuitTest, TheUserDecidesAboutALetterThatTakesLong) {
   for (const int button : {0, 1}) {
     LetterAndQuit test(true, 1s, button);

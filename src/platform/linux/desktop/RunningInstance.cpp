@@ -89,4 +89,14 @@ std::optional<int> RunningInstance::call(const char* method, GVariant* arguments
   return EXIT_FAILURE;
 }
 
+void giveUpName(const std::string& applicationId) {
+  const auto bus = glib::adopt(g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, nullptr));
+  if (!bus)
+    return;
+  const glib::Owned<GVariant> reply(
+      g_dbus_connection_call_sync(bus.get(), "org.freedesktop.DBus", "/", "org.freedesktop.DBus",
+                                  "ReleaseName", g_variant_new("(s)", applicationId.c_str()), nullptr,
+                                  G_DBUS_CALL_FLAGS_NONE, patience, nullptr, nullptr));
+}
+
 } // namespace ondrel::platform::desktop

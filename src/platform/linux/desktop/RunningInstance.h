@@ -30,4 +30,7 @@ class RunningInstance {
   std::string id_;
 };
 
+// Gives the application's name on the session bus back, if this process has it; it is free when this returns.
+void giveUpName(const std::string& applicationId);
+
 } // namespace ondrel::platform::desktop
