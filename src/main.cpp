@@ -25,6 +25,7 @@
 #include "platform/linux/glib/GlibEventLoop.h"
 #include "platform/linux/network/GioTcpListener.h"
 #include "platform/linux/network/SoupHttpClient.h"
+#include "platform/linux/packages/PackageKitUpdater.h"
 #include "platform/linux/panel/StatusNotifierItem.h"
 #include "platform/linux/portal/BackgroundPortal.h"
 #include "platform/linux/portal/PortalShortcuts.h"
@@ -43,6 +44,7 @@
 #include "start/DemoMode.h"
 #include "start/HomeFolder.h"
 #include "start/ProgramFolders.h"
+#include "start/ReplacedProcess.h"
 #include "start/SiteFile.h"
 #include "ui/UserInterface.h"
 #include "ui/page/ContentView.h"
@@ -63,6 +65,7 @@ using namespace ondrel;
 constexpr int usageError = 2;
 // The name that the command has as an action of the application.
 constexpr const char* toggleAction = "toggle-visibility";
+constexpr const char* packageName = "ondrel"; // of the machine's package system
 constexpr const char* backgroundOption = "--background";
 constexpr const char* exportIcon = "/org/velmora/Ondrel/highlight-export-icon.png";
 
@@ -165,6 +168,10 @@ class Program {
                                  .applicationName = programInfo.displayName,
                                  .command = {folders.executables + "/ondrel", backgroundOption}}),
         loginItem_(isSandboxed() ? static_cast<platform::LoginItem*>(&backgroundPortal_) : &autostartEntry_),
+        updater_({.package = packageName,
+                  .executable = folders.executables + "/ondrel",
+                  .isSandboxed = isSandboxed(),
+                  .isReplaced = platform::packages::isOwnExecutableReplaced}),
         scripting_(programInfo.identifier), decoder_(folders.decoder),
         scripts_(scripts::pageScriptSource(platform::text::resourceText, consoleRelay())),
         app_({.programInfo = programInfo,
@@ -191,6 +198,7 @@ class Program {
               .globalShortcuts = *shortcuts_,
               .defaultMailHelper = defaultMailService_,
               .loginItem = *loginItem_,
+              .softwareUpdater = updater_,
               .backgroundApplications = backgroundPortal_,
               .textFormatting = textFormatting_,
               .contentTypes = contentTypes_,
@@ -216,6 +224,7 @@ class Program {
                     .defaultEmail = app_.defaultEmailClient(),
                     .loginItem = app_.loginItem(),
                     .userScripts = app_.userScripts(),
+                    .updates = app_.updates(),
                     .highlights = app_.highlightService().store(),
                     .highlightExport = app_.highlightExport(),
                     .highlightImport = app_.highlightImport(),
@@ -238,6 +247,8 @@ class Program {
 
   // Tells the user when the windows are there.
   void warn(platform::Alert alert) { scope_.spawn(show(std::move(alert))); }
+  // It ends to be started again.
+  bool restarts() { return app_.quitting().restarts(); }
 
  private:
   async::Task<void> show(platform::Alert alert) {
@@ -267,6 +278,7 @@ class Program {
   platform::desktop::AutostartEntry autostartEntry_;
   platform::LoginItem* const loginItem_;
   platform::desktop::LogindSleep logind_;
+  platform::packages::PackageKitUpdater updater_;
   platform::desktop::ScriptingObject scripting_;
   platform::text::IcuTextFormatting textFormatting_;
   platform::desktop::SharedMimeTypes contentTypes_;
@@ -278,35 +290,39 @@ class Program {
   async::Scope scope_;
 };
 
-int run(start::CommandLine commandLine) {
-  const auto folders = start::ProgramFolders::find(build::installedLibraries);
-  const auto programInfo = ownBundle(commandLine.demo);
+struct End {
+  int status = EXIT_SUCCESS;
+  bool restarts = false;
+};
+
+End run(start::CommandLine commandLine, const start::ProgramFolders& folders,
+        const platform::ProgramInfo& programInfo) {
   auto home = start::HomeFolder::find();
   if (!home)
-    return complain(home.error());
+    return {complain(home.error())};
   std::unique_ptr<start::DemoMode> demo;
   if (commandLine.demo) {
     auto prepared = start::DemoMode::prepare(commandLine.demoProfile);
     if (!prepared)
-      return complain(prepared.error());
+      return {complain(prepared.error())};
     demo = std::move(*prepared);
   }
   platform::text::GlibLogSink::install(programInfo.identifier);
   if (commandLine.toggle && commandLine.urls.empty())
     if (const auto status =
             platform::desktop::RunningInstance(programInfo.identifier).activateAction(toggleAction))
-      return *status;
+      return {*status};
   if (demo) {
     // A second service would take the place of the one that the running program talks to.
     if (const auto status =
             platform::windows::LinuxApplication::handOver(programInfo.identifier, commandLine.urls))
-      return *status;
+      return {*status};
     if (const auto problem = demo->startService(folders.executables))
-      return complain(*problem);
+      return {complain(*problem)};
   }
   auto site = start::loadSite(folders.data);
   if (!site)
-    return complain(site.error());
+    return {complain(site.error())};
 
   const auto rendering = platform::desktop::chooseRendering();
   async::setUnhandledExceptionHandler(logUnhandled);
@@ -323,8 +339,18 @@ int run(start::CommandLine commandLine) {
     if (!demo && !home->temporary().empty())
       program->warn(temporaryHomeAlert(home->temporary()));
   });
+  const bool restarts = program && program->restarts();
   program.reset();
-  return status;
+  return {status, restarts};
+}
+
+// The name on the bus would lead the new program to this one.
+int startAgain(const start::ProgramFolders& folders, const platform::ProgramInfo& programInfo,
+               const std::vector<std::string>& arguments) {
+  platform::desktop::giveUpName(programInfo.identifier);
+  const base::Logger logger("system");
+  logger.error("No restart: {}", start::becomeProgram(folders.executables + "/ondrel", arguments));
+  return EXIT_FAILURE;
 }
 
 } // namespace
@@ -343,6 +369,12 @@ int main(int argc, char** argv) {
     std::fputs(start::usage, stdout);
     return EXIT_SUCCESS;
   case start::CommandLine::Action::run:
-    return run(std::move(*commandLine));
+    break;
   }
+  // Now: the executable may be replaced while it runs.
+  const auto folders = start::ProgramFolders::find(build::installedLibraries);
+  const auto programInfo = ownBundle(commandLine->demo);
+  const auto arguments = commandLine->restartArguments();
+  const auto end = run(std::move(*commandLine), folders, programInfo);
+  return end.restarts ? startAgain(folders, programInfo, arguments) : end.status;
 }

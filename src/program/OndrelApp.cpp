@@ -136,6 +136,20 @@ OndrelApp::OndrelApp(const PlatformAbilities& platform, settings::Site site, con
                                                          .displayName = platform.programInfo.displayName,
                                                          .show = [this] { visibility_.toggleForeground(); },
                                                          .quit = [this] { quitting_.request(); }}),
+      updates_(
+          {.updater = platform.softwareUpdater,
+           .settings = settings_,
+           .notifications = notificationManager_,
+           .formatting = platform.textFormatting,
+           .programInfo = platform.programInfo,
+           .clock =
+               [] { return std::chrono::floor<std::chrono::milliseconds>(std::chrono::system_clock::now()); },
+           .showUpdates =
+               [this] {
+                 settings_.setSelectedSettingsTab(settings::SettingsTab::update);
+                 openSettings();
+               },
+           .restart = [this] { quitting_.requestRestart(); }}),
       keyboardShortcuts_(platform.globalShortcuts, platform.defaults),
       unsavedFiles_({highlightStore_.file(), platform.defaultsFile, sessionStore_.file(), closedTabs_.file()},
                     platform.application, platform.panels) {
@@ -159,6 +173,7 @@ OndrelApp::OndrelApp(const PlatformAbilities& platform, settings::Site site, con
     scope_.spawn(askToBecomeDefault(delay, platform.programInfo, platform.application, platform.uriLauncher,
                                     platform.panels, settings_, lifecycle_));
   }
+  updates_.start();
   if (platform.startsInBackground)
     backgroundNotice_.startedInBackground();
   keyboardShortcuts_.onKeyUp(shortcuts::toggleVisibility, [this] { visibility_.toggle(); });

@@ -25,6 +25,7 @@
 #include "integrations/MailtoHandler.h"
 #include "integrations/ScriptsManager.h"
 #include "integrations/StatusIcon.h"
+#include "integrations/UpdateManager.h"
 #include "jmap/JMAPSession.h"
 #include "jmap/newmail/NotificationManager.h"
 #include "mcp/MCPServerManager.h"
@@ -66,6 +67,7 @@ class NewFiles;
 class NotificationCenter;
 class Scripting;
 class SleepMonitor;
+class SoftwareUpdater;
 class StatusItem;
 class TcpListener;
 class TextFormatting;
@@ -100,6 +102,7 @@ struct PlatformAbilities {
   platform::GlobalShortcuts& globalShortcuts;
   platform::DefaultMailHelper& defaultMailHelper;
   platform::LoginItem& loginItem;
+  platform::SoftwareUpdater& softwareUpdater;
   platform::BackgroundApplications& backgroundApplications;
   const platform::TextFormatting& textFormatting;
   const platform::ContentTypes& contentTypes;
@@ -132,6 +135,7 @@ class OndrelApp {
   integrations::DefaultEmailClient& defaultEmailClient() { return defaultEmailClient_; }
   integrations::LoginItemManager& loginItem() { return loginItem_; }
   integrations::ScriptsManager& userScripts() { return scriptsManager_; }
+  integrations::UpdateManager& updates() { return updates_; }
   highlights::HighlightService& highlightService() { return highlightService_; }
   highlights::HighlightExport& highlightExport() { return highlightExport_; }
   highlights::HighlightImport& highlightImport() { return highlightImport_; }
@@ -185,6 +189,7 @@ class OndrelApp {
   integrations::DefaultEmailClient defaultEmailClient_;
   integrations::LoginItemManager loginItem_;
   integrations::BackgroundNotice backgroundNotice_;
+  integrations::UpdateManager updates_;
   shortcuts::KeyboardShortcuts keyboardShortcuts_;
   UnsavedFiles unsavedFiles_;
   async::Scope scope_;

@@ -17,6 +17,10 @@ void AppSettings::set(const Key<bool>& key, bool value) {
   defaults_.set(key.name, value);
 }
 
+double AppSettings::get(const Key<double>& key) const {
+  return defaults_.number(key.name).value_or(key.fallback);
+}
+
 FastmailEnvironment AppSettings::currentEnvironment() const {
   return defaults_.string(keys::fastmailEnvironment) == site_.webAppBaseURL.beta
              ? FastmailEnvironment::beta

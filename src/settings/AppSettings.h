@@ -26,6 +26,7 @@ class AppSettings {
 
   bool get(const Key<bool>& key) const;
   void set(const Key<bool>& key, bool value);
+  double get(const Key<double>& key) const;
   platform::UserDefaults& defaults() const { return defaults_; }
 
   const Site& site() const { return site_; }

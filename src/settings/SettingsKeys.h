@@ -37,6 +37,11 @@ inline constexpr std::string_view lastSaveFolder = "_lastSaveFolder";
 inline constexpr std::string_view lastOpenFolder = "_lastOpenFolder";
 // Which files beside the highlights' own have been imported; absent until one was.
 inline constexpr std::string_view importedHighlightFiles = "_importedHighlightFiles";
+inline constexpr Key<bool> automaticallyChecksForUpdates{"_automaticallyChecksForUpdates", true};
+inline constexpr Key<bool> automaticallyDownloadsUpdates{"_automaticallyDownloadsUpdates", false};
+inline constexpr Key<double> updateCheckInterval{"_updateCheckInterval", 86400}; // seconds
+// Of the last one that came to an answer, in seconds since 1970; absent until one did.
+inline constexpr std::string_view lastUpdateCheckDate = "_lastUpdateCheckDate";
 // The user has been told that the program goes on without windows.
 inline constexpr Key<bool> backgroundNoticeShown{"_backgroundNoticeShown", false};
 inline constexpr Key<std::int64_t> lastMigratedBuild{"_lastMigratedBuild", 0};

@@ -4,6 +4,7 @@
 #include "highlights/HighlightExport.h"
 #include "highlights/HighlightImport.h"
 #include "integrations/SupportMail.h"
+#include "integrations/UpdateManager.h"
 #include "platform/Application.h"
 #include "platform/UriLauncher.h"
 #include "settings/AppSettings.h"
@@ -51,6 +52,7 @@ UserInterface::UserInterface(const Services& services)
                        .defaultEmail = services_.defaultEmail,
                        .loginItem = services_.loginItem,
                        .userScripts = services_.userScripts,
+                       .updates = services_.updates,
                        .openURL = [this](const std::string& url) { services_.uriLauncher.open(url); },
                        .openMailto = services_.openMailto},
                       services_.toolkitApplication, [this] { return activeWindow(); }),
@@ -74,7 +76,8 @@ BrowserCommands::Actions UserInterface::commandActions() {
     contact = [this, url = integrations::supportMailURL(site.supportAddress, integrations::contactSubject)] {
       services_.openMailto(url);
     };
-  return {.navigate = [this](const std::string& url) { services_.navigate(url, std::nullopt); },
+  return {.checkForUpdates = [this] { checkForUpdates(); },
+          .navigate = [this](const std::string& url) { services_.navigate(url, std::nullopt); },
           .copyAppleMailLink = [this] { scope_.spawn(services_.copyAppleMailLink()); },
           .highlightSelection = [this] { highlightSelection_.perform(); },
           .showHighlights = [this] { highlightsWindow_.show(); },
@@ -93,6 +96,13 @@ BrowserCommands::Actions UserInterface::commandActions() {
               },
           .toggleVisibility = services_.toggleVisibility,
           .quit = services_.quit};
+}
+
+// The answer shows where the settings for it are.
+void UserInterface::checkForUpdates() {
+  services_.settings.setSelectedSettingsTab(settings::SettingsTab::update);
+  showSettings();
+  services_.updates.checkForUpdates();
 }
 
 void UserInterface::toggleFullScreen() const {

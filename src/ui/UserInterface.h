@@ -49,6 +49,7 @@ class UserInterface {
     integrations::DefaultEmailClient& defaultEmail;
     integrations::LoginItemManager& loginItem;
     integrations::ScriptsManager& userScripts;
+    integrations::UpdateManager& updates;
     highlights::HighlightStore& highlights;
     highlights::HighlightExport& highlightExport;
     highlights::HighlightImport& highlightImport;
@@ -75,6 +76,7 @@ class UserInterface {
 
  private:
   BrowserCommands::Actions commandActions();
+  void checkForUpdates();
   void toggleFullScreen() const;
   GtkWindow* activeWindow() const;
 

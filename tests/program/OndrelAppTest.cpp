@@ -12,6 +12,7 @@
 #include "support/FakeHttpClient.h"
 #include "support/FakeLauncherBadge.h"
 #include "support/FakeScripting.h"
+#include "support/FakeSoftwareUpdater.h"
 #include "support/FakeStatusItem.h"
 #include "support/FakeTcpListener.h"
 #include "support/FakeTextFormatting.h"
@@ -159,6 +160,7 @@ class OndrelAppTest : public testing::Test {
         globalShortcuts,
         defaultMailHelper,
         loginItem,
+        softwareUpdater,
         backgroundApplications,
         textFormatting,
         contentTypes,
@@ -201,6 +203,7 @@ class OndrelAppTest : public testing::Test {
   support::FakeGlobalShortcuts globalShortcuts;
   support::FakeDefaultMailHelper defaultMailHelper;
   support::FakeLoginItem loginItem;
+  support::FakeSoftwareUpdater softwareUpdater;
   support::FakeBackgroundApplications backgroundApplications;
   support::FakeTextFormatting textFormatting;
   support::FakeContentTypes contentTypes;

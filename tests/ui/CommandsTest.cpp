@@ -27,7 +27,8 @@ class CommandsTest : public ShellTest {
     commands.emplace(
         shell.application, *shell.manager, highlights, *focusedTab,
         platform::ProgramInfo{"org.velmora.Ondrel", "Ondrel", "1.0", "1"},
-        BrowserCommands::Actions{.navigate = [this](const std::string& url) { navigated.push_back(url); },
+        BrowserCommands::Actions{.checkForUpdates = [this] { done.push_back("updates"); },
+                                 .navigate = [this](const std::string& url) { navigated.push_back(url); },
                                  .copyAppleMailLink = [this] { done.push_back("copy"); },
                                  .highlightSelection = [this] { selection->perform(); },
                                  .showHighlights = [this] { done.push_back("show"); },

@@ -4,6 +4,7 @@
 #include "integrations/DefaultEmailClient.h"
 #include "integrations/LoginItemManager.h"
 #include "integrations/ScriptsManager.h"
+#include "integrations/UpdateManager.h"
 #include "jmap/mail/MailQueries.h"
 #include "mcp/MCPServerManager.h"
 #include "mcp/MCPSettingsModel.h"
@@ -13,6 +14,8 @@
 #include "support/FakeFileReader.h"
 #include "support/FakeGlobalShortcuts.h"
 #include "support/FakeJMAPClient.h"
+#include "support/FakeSoftwareUpdater.h"
+#include "support/FakeTextFormatting.h"
 #include "support/FakeUserFolders.h"
 #include "support/LogCapture.h"
 #include "ui/settings/MCPSettingsView.h"
@@ -83,6 +86,16 @@ class SettingsWindowTest : public ShellTest {
   support::FakeFileReader reader{shell.files};
   integrations::ScriptsManager scripts{
       {shell.files, folders, shell.files, reader, shell.uriLauncher, shell.settings, "Mail"}};
+  support::FakeSoftwareUpdater updater;
+  support::FakeTextFormatting formatting;
+  integrations::UpdateManager updates{{.updater = updater,
+                                       .settings = shell.settings,
+                                       .notifications = shell.notifications,
+                                       .formatting = formatting,
+                                       .programInfo = {"org.example.Mail", "Mail", "1.0", "1"},
+                                       .clock = [] { return integrations::WallTime(24h * 365); },
+                                       .showUpdates = {},
+                                       .restart = [this] { opened.push_back("restart"); }}};
   std::vector<std::string> opened;
   GtkWindow* parent = nullptr;
   std::optional<SettingsWindow> window = std::optional<SettingsWindow>(
@@ -94,6 +107,7 @@ class SettingsWindowTest : public ShellTest {
                        .defaultEmail = defaultEmail,
                        .loginItem = login,
                        .userScripts = scripts,
+                       .updates = updates,
                        .openURL = [this](auto& url) { opened.push_back(url); },
                        .openMailto = [this](auto& url) { opened.push_back(url); }},
       nullptr, [this] { return parent; });
@@ -281,6 +295,32 @@ TEST_F(SettingsWindowTest, OpensAtThePageThatWasOpenLast) {
   gtk_window_close(window->window());
   EXPECT_TRUE(runUntil([&] { return window->window() == nullptr; }));
   EXPECT_EQ(shell.settings.selectedSettingsTab(), settings::SettingsTab::general);
+}
+
+TEST_F(SettingsWindowTest, LeadsThroughAnUpdate) {
+  open();
+  shell.loop.advance(2s);
+  EXPECT_TRUE(says("This is Mail 1.0"));
+  EXPECT_TRUE(says("Update settings — last check: Never"));
+  gtk_widget_grab_focus(row("update-check"));
+  click(row("update-check"));
+  shell.loop.advance(1s);
+  EXPECT_TRUE(gtk_widget_is_focus(row("update-cancel"))) << "the keyboard isn't lost";
+  shell.loop.advance(2s);
+  EXPECT_TRUE(says("Mail 1.2 is available") && says("• Faster"));
+  for (const auto* step : {"update-download", "update-install", "update-restart"}) {
+    EXPECT_TRUE(visible(step));
+    click(row(step));
+    shell.loop.advance(2s);
+  }
+  EXPECT_EQ(opened, std::vector<std::string>{"restart"});
+
+  auto* interval = ADW_COMBO_ROW(row("_updateCheckInterval"));
+  shell.defaults.set(keys::updateCheckInterval.name, 500000.0); // whoever does
+  EXPECT_EQ(adw_combo_row_get_selected(interval), 2U);
+  EXPECT_EQ(shell.settings.get(keys::updateCheckInterval), 500000.0) << "only shown";
+  adw_combo_row_set_selected(interval, 3);
+  EXPECT_EQ(shell.settings.get(keys::updateCheckInterval), 2592000.0);
 }
 
 TEST_F(SettingsWindowTest, SwitchesShowWhatIsTrue) {

@@ -50,8 +50,12 @@ BrowserCommands::BrowserCommands(platform::Application& application, app::Window
 }
 
 std::vector<CommandGroup> BrowserCommands::table() {
-  return {printing(), highlights(), removal(),     windowsAndTabs(), navigation(), view(),
-          toolbar(),  tools(),      preferences(), help(),           program()};
+  return {updates(), printing(), highlights(), removal(),     windowsAndTabs(), navigation(),
+          view(),    toolbar(),  tools(),      preferences(), help(),           program()};
+}
+
+CommandGroup BrowserCommands::updates() {
+  return {"General", {{.title = "Check for Updates…", .perform = actions_.checkForUpdates}}};
 }
 
 CommandGroup BrowserCommands::windowsAndTabs() {

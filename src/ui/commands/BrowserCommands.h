@@ -28,6 +28,7 @@ class FocusedTab;
 class BrowserCommands {
  public:
   struct Actions {
+    std::function<void()> checkForUpdates;
     std::function<void(const std::string& url)> navigate; // shows a message of the service
     std::function<void()> copyAppleMailLink;              // to the message in front
     std::function<void()> highlightSelection;
@@ -54,6 +55,7 @@ class BrowserCommands {
   std::vector<CommandGroup> table();
 
  private:
+  CommandGroup updates();
   CommandGroup windowsAndTabs();
   CommandGroup navigation();
   CommandGroup view();

@@ -9,6 +9,8 @@ namespace ondrel::integrations {
 class DefaultEmailClient;
 class LoginItemManager;
 class ScriptsManager;
+class UpdateManager;
+struct UpdateState;
 } // namespace ondrel::integrations
 
 namespace ondrel::jmap {
@@ -38,6 +40,7 @@ struct SettingsServices {
   integrations::DefaultEmailClient& defaultEmail;
   integrations::LoginItemManager& loginItem;
   integrations::ScriptsManager& userScripts;
+  integrations::UpdateManager& updates;
   std::function<void(const std::string& url)> openURL; // in the desktop's browser
   std::function<void(const std::string& url)> openMailto;
 };

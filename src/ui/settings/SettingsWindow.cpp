@@ -15,6 +15,8 @@
 #include "ui/settings/ScriptsSettingsView.h"
 #include "ui/settings/ShortcutSettingsView.h"
 #include "ui/settings/UISettingsView.h"
+#include "ui/settings/UpdateSettingsView.h"
+#include "ui/settings/UpdateStatusView.h"
 
 namespace ondrel::ui {
 
@@ -75,6 +77,14 @@ Section shortcutKeys(const SettingsServices& services) {
   return std::make_unique<ShortcutSettingsView>(services.shortcuts);
 }
 
+Section updateStatus(const SettingsServices& services) {
+  return std::make_unique<UpdateStatusView>(services.updates);
+}
+
+Section updateSettings(const SettingsServices& services) {
+  return std::make_unique<UpdateSettingsView>(services.updates, services.settings);
+}
+
 Section donation(const SettingsServices& services) {
   const auto& site = services.settings.site();
   return std::make_unique<DonationSettingsView>(services.defaultEmail.programInfo().displayName,
@@ -100,6 +110,10 @@ const std::vector<Page>& pages() {
        "Shortcuts",
        "preferences-desktop-keyboard-shortcuts-symbolic",
        {shortcutKeys}},
+      {settings::SettingsTab::update,
+       "Update",
+       "software-update-available-symbolic",
+       {updateStatus, updateSettings}},
       {settings::SettingsTab::advanced,
        "Advanced",
        "applications-engineering-symbolic",
