@@ -52,9 +52,9 @@ set(CPACK_COMPONENT_UNSPECIFIED_DESCRIPTION
 set(CPACK_DEBIAN_UNSPECIFIED_PACKAGE_DEPENDS
   "bubblewrap, xdg-dbus-proxy, glib-networking, ca-certificates, shared-mime-info, adwaita-icon-theme, librsvg2-common")
 set(CPACK_DEBIAN_UNSPECIFIED_PACKAGE_RECOMMENDS "fonts-dejavu-core | fonts-cantarell, xdg-desktop-portal-gtk, poppler-data")
-# Kinds of images, sound and film that previews know besides.
+# Kinds of images, sound and film that previews know besides; and what tells of updates.
 set(CPACK_DEBIAN_UNSPECIFIED_PACKAGE_SUGGESTS
-  "libgtk-4-media-gstreamer, gstreamer1.0-plugins-good, webp-pixbuf-loader, heif-gdk-pixbuf")
+  "libgtk-4-media-gstreamer, gstreamer1.0-plugins-good, webp-pixbuf-loader, heif-gdk-pixbuf, packagekit")
 set(CPACK_DEBIAN_DEMO_PACKAGE_NAME ondrel-demo)
 set(CPACK_COMPONENT_DEMO_DESCRIPTION
   "The demonstration mail service: a stand-in on this machine, for \"ondrel --demo\".")
