@@ -119,10 +119,13 @@ async::Task<platform::SoftwareUpdater::Found> UpdateManager::find() {
 
 void UpdateManager::didFail(const platform::UpdateFault& fault, UpdateState before) {
   logger.notice("Updates can't be looked for: {}", fault.details);
-  if (userWaits_)
-    state.set({.phase = Phase::failed, .problem = updateProblem(fault, UpdateAttempt::looking)});
-  else
-    state.set(std::move(before));
+  if (userWaits_) {
+    before.problem = updateProblem(fault, UpdateAttempt::looking);
+    // What has been found before is still there to be had.
+    if (before.phase != Phase::available && before.phase != Phase::ready)
+      before = {.phase = Phase::failed, .problem = std::move(before.problem)};
+  }
+  state.set(std::move(before));
   schedule_.postpone(retryDelay);
 }
 

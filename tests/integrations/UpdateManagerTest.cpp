@@ -64,6 +64,10 @@ TEST_F(UpdateTest, GoesStepByStepAndOnlyWhenTold) {
   EXPECT_EQ(after(2s), Phase::ready);
   checkForUpdates();
   EXPECT_EQ(after(3s), Phase::ready) << "it need not be downloaded twice";
+  const auto found = std::exchange(updater.found, std::unexpected(UpdateFault{}));
+  checkForUpdates();
+  EXPECT_EQ(after(3s), Phase::ready) << "nor is it lost by a check that fails";
+  updater.found = found;
   updater.installed = std::unexpected(UpdateFault{UpdateFault::Kind::refused, "error 48"});
   manager->install();
   EXPECT_EQ(after(2s), Phase::ready);
