@@ -30,6 +30,9 @@ struct HttpRequest {
   async::Duration timeout = std::chrono::seconds(60);
   // Of a stream: how long nothing of its body may arrive; absent for one that may be silent.
   std::optional<async::Duration> bodyTimeout = {};
+  // For what needs little: a larger body fails as one that is larger than the client takes at all.
+  std::optional<std::size_t> largestBody = {};
+  bool staysAtOrigin = false; // a redirect to another one fails
 };
 
 struct HttpResponse {

@@ -56,6 +56,8 @@ TEST(HttpClientRedirectRulesTest, TakeOutWhatMayNotGoAlong) {
     EXPECT_EQ(followed({.method = method, .url = from, .headers = all, .body = body}, status, location),
               expected)
         << method << " " << status << " " << location;
+  EXPECT_EQ(followed({.url = from, .staysAtOrigin = true}, 302, "/x"), "GET https://api.example/x");
+  EXPECT_EQ(followed({.url = from, .staysAtOrigin = true}, 302, "https://evil.example/"), bad);
 }
 
 TEST_F(HttpClientTest, FollowsRedirectsForRequestsAndStreams) {

@@ -89,7 +89,10 @@ class FakeHttpClient final : public platform::HttpClient {
       if (!slept || delay > request.timeout)
         co_return std::unexpected(failure(slept ? "The request timed out." : "cancelled"));
     }
-    co_return answer(request);
+    auto response = answer(request);
+    if (response && request.largestBody && response->body.size() > *request.largestBody)
+      co_return std::unexpected(failure("The response is too large."));
+    co_return response;
   }
   async::Task<platform::HttpResult<std::unique_ptr<platform::HttpStream>>>
   open(platform::HttpRequest request) override {

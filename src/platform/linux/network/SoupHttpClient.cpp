@@ -3,6 +3,7 @@
 #include "platform/linux/network/SoupHttpClientRules.h"
 #include "platform/linux/network/SoupHttpClientTransfer.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace ondrel::platform::network {
@@ -55,6 +56,7 @@ std::unexpected<WebError> tooLarge() {
 async::Task<HttpResult<HttpResponse>> fetch(SoupHttpClient::Sessions sessions, HttpRequest request,
                                             std::size_t largest, std::shared_ptr<MemoryReturn> memory) {
   const auto limit = request.timeout;
+  largest = std::min(largest, request.largestBody.value_or(largest));
   const auto started = co_await follow(std::move(sessions), std::move(request), Transfer::Encoding::decoded);
   if (!started)
     co_return std::unexpected(started.error());

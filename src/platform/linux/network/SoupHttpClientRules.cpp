@@ -115,6 +115,8 @@ HttpResult<HttpRequest> redirected(HttpRequest request, int status, const std::s
     });
   }
   if (!sameOrigin(from.get(), to.get())) {
+    if (request.staysAtOrigin)
+      return refusal(WebError::badServerResponse, "The server redirects to another origin.");
     if (!request.body.empty())
       return refusal(WebError::badServerResponse, "The server redirects what was sent to another origin.");
     std::erase_if(request.headers, [](const auto& header) { return isCredential(header.first); });

@@ -21,7 +21,8 @@ bool isLoopback(GUri* address);
 bool isRedirect(int status);
 
 // The request that such a response asks for (RFC 9110, 15.4), with what may not leave the origin taken out.
-// Refused where it would lead from https to plain http on another machine, or a body to another origin.
+// Refused where it would lead from https to plain http on another machine, or to another origin a body or
+// what stays at its own.
 HttpResult<HttpRequest> redirected(HttpRequest request, int status, const std::string& location);
 
 } // namespace ondrel::platform::network
