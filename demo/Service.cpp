@@ -23,11 +23,12 @@ Service::Service()
             signIn_, streams_),
       gate_(faults_, [this](SoupServerMessage* message) {
         http::Exchange exchange(message);
+        exchange.setHeader("X-Frontend", "phl-demo-1");
         router_.dispatch(exchange);
       }) {
   mail::fillWithSampleMail(store_);
   store_.forgetChanges(); // what happened before the service began
-  web::addWebApp(router_, store_, signIn_);
+  web::addWebApp(router_, store_, signIn_, announcement_);
   web::addData(router_, store_, signIn_);
   jmap_.addTo(router_);
 }

@@ -28,13 +28,15 @@ class Service {
   mail::MailStore store_;
   http::SignIn signIn_;
   bool isInLabelsMode_ = true;
+  std::string announcement_;
   control::RequestLog log_;
   http::Router router_;
   control::FaultPlan faults_;
   jmap::EventStreams streams_{store_};
   jmap::JmapSurface jmap_;
   control::FaultGate gate_;
-  control::ControlSurface control_{{faults_, gate_, log_, signIn_, store_, streams_, isInLabelsMode_}};
+  control::ControlSurface control_{
+      {faults_, gate_, log_, signIn_, store_, streams_, isInLabelsMode_, announcement_}};
   std::uint16_t webPort_ = 0;
   std::uint16_t controlPort_ = 0;
 };

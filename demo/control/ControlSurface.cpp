@@ -1,5 +1,6 @@
 #include "demo/control/ControlSurface.h"
 
+#include "base/Json.h"
 #include "base/JsonReader.h"
 #include "base/LoopbackHost.h"
 #include "demo/control/Delivery.h"
@@ -36,6 +37,9 @@ ControlSurface::ControlSurface(Controlled parts) : parts_(parts) {
       {"POST /control/forget-changes", doing([this](const auto&) { parts_.store.forgetChanges(); })},
       {"POST /control/labels-mode", doing([this](const auto& order) {
          parts_.isInLabelsMode = base::JsonReader(order)["on"].boolean().value_or(true);
+       })},
+      {"POST /control/announcement", doing([this](const auto& order) {
+         parts_.announcement = order.empty() ? "" : base::jsonText(order);
        })},
       {"POST /control/reset", [this](const auto&) { return reset(); }},
   };

@@ -22,6 +22,7 @@ struct Controlled {
   mail::MailStore& store;
   jmap::EventStreams& streams;
   bool& isInLabelsMode;
+  std::string& announcement; // the feed's JSON; empty for none
 };
 
 // What tests order of the service, on a port of its own: see README.md for the calls. Requests that a

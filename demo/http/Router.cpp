@@ -20,7 +20,7 @@ void Router::dispatch(Exchange& exchange) const {
     exchange.refuse(SOUP_STATUS_MISDIRECTED_REQUEST, "No such host here.");
   else if (!best)
     exchange.refuse(SOUP_STATUS_NOT_FOUND, "Not found.");
-  else if (best->method != exchange.method())
+  else if (best->method != (exchange.method() == "HEAD" ? "GET" : exchange.method()))
     exchange.refuse(SOUP_STATUS_METHOD_NOT_ALLOWED, "Not that way.");
   else
     best->handler(exchange);

@@ -18,7 +18,8 @@ class Router {
 
   // A path that ends with "/" takes everything below it as well; the longest match wins.
   void add(Site site, std::string method, std::string path, Handler handler);
-  // Answers 421 for a host that isn't ours, 404 for an unknown path and 405 for another method.
+  // HEAD is a GET whose body the server leaves out. Answers 421 for a host that isn't ours, 404 for an
+  // unknown path and 405 for another method.
   void dispatch(Exchange& exchange) const;
 
  private:

@@ -100,7 +100,7 @@ std::string siteFor(std::uint16_t port) {
   "UserContentDomainSuffix": "usercontent.localhost",
   "ServiceDomainFragment": "localhost:{0}",
   "DevUserCapability": "{1}",
-  "AnnouncementFeedURL": "",
+  "AnnouncementFeedURL": "http://localhost:{0}/announcement.json",
   "ProjectSiteURL": "",
   "ProjectFAQURL": "",
   "DonationURL": ["", ""],

@@ -124,7 +124,8 @@ void userContent(http::Exchange& exchange, const mail::MailStore& store) {
 
 } // namespace
 
-void addWebApp(http::Router& router, const mail::MailStore& store, http::SignIn& signIn) {
+void addWebApp(http::Router& router, const mail::MailStore& store, http::SignIn& signIn,
+               const std::string& announcement) {
   const auto add = [&](const char* path, http::Router::Handler handler) {
     router.add(http::Site::web, "GET", path, std::move(handler));
   };
@@ -149,6 +150,12 @@ void addWebApp(http::Router& router, const mail::MailStore& store, http::SignIn&
   });
   add("/app/", file);
   add("/download/", download);
+  add("/announcement.json", [&announcement](http::Exchange& exchange) {
+    if (announcement.empty())
+      exchange.refuse(SOUP_STATUS_NOT_FOUND, "Nothing to announce.");
+    else
+      exchange.reply(SOUP_STATUS_OK, "application/json", announcement);
+  });
   add("/sign-out", [&signIn](http::Exchange& exchange) {
     signIn.signOut(exchange);
     exchange.redirect("/");
