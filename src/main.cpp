@@ -19,6 +19,7 @@
 #include "platform/linux/files/GioNewFiles.h"
 #include "platform/linux/files/GioUserFolders.h"
 #include "platform/linux/files/JsonUserDefaults.h"
+#include "platform/linux/files/MachineFiles.h"
 #include "platform/linux/files/PosixFileStore.h"
 #include "platform/linux/files/ThreadFileWriter.h"
 #include "platform/linux/files/XdgDirectories.h"
@@ -175,6 +176,7 @@ class Program {
         scripting_(programInfo.identifier), decoder_(folders.decoder),
         scripts_(scripts::pageScriptSource(platform::text::resourceText, consoleRelay())),
         app_({.programInfo = programInfo,
+              .machineInfo = platform::files::machineInfo(),
               .application = application,
               .defaults = defaults_,
               .defaultsFile = defaults_.file(),

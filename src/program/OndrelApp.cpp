@@ -1,10 +1,12 @@
 #include "program/OndrelApp.h"
 
+#include "base/Log.h"
 #include "mcp/MCPHTTPServer.h"
 #include "platform/Application.h"
 #include "platform/TcpListener.h"
 #include "platform/UriLauncher.h"
 #include "program/DefaultClientAlert.h"
+#include "program/SystemInfoManager.h"
 
 namespace ondrel::program {
 
@@ -174,6 +176,8 @@ OndrelApp::OndrelApp(const PlatformAbilities& platform, settings::Site site, con
                                     platform.panels, settings_, lifecycle_));
   }
   updates_.start();
+  base::Logger("system").notice("{}", SystemInfoManager(platform.programInfo, platform.machineInfo)
+                                          .description(std::chrono::system_clock::now()));
   if (platform.startsInBackground)
     backgroundNotice_.startedInBackground();
   keyboardShortcuts_.onKeyUp(shortcuts::toggleVisibility, [this] { visibility_.toggle(); });

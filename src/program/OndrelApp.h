@@ -30,6 +30,7 @@
 #include "jmap/newmail/NotificationManager.h"
 #include "mcp/MCPServerManager.h"
 #include "mcp/MCPSettingsModel.h"
+#include "platform/MachineInfo.h"
 #include "platform/ProgramInfo.h"
 #include "program/AppDelegate.h"
 #include "program/AppLifecycleService.h"
@@ -79,6 +80,7 @@ namespace ondrel::program {
 // The platform's abilities that the program stands on; all outlive it.
 struct PlatformAbilities {
   platform::ProgramInfo programInfo;
+  platform::MachineInfo machineInfo;
   platform::Application& application;
   platform::UserDefaults& defaults;
   platform::KeptFile& defaultsFile;

@@ -137,6 +137,7 @@ class OndrelAppTest : public testing::Test {
   std::unique_ptr<OndrelApp> launch(bool underTest = false) {
     const PlatformAbilities platform{
         ownBundle,
+        {},
         shell.application,
         shell.defaults,
         defaultsFile,
