@@ -231,6 +231,7 @@ class Program {
                     .highlightExport = app_.highlightExport(),
                     .highlightImport = app_.highlightImport(),
                     .removeAllHighlights = [this] { return app_.highlightService().removeAllHighlights(); },
+                    .showServerLocation = [this] { app_.serverLocation().show(); },
                     .toggleVisibility = [this] { app_.visibility().toggle(); },
                     .quit = [this] { app_.quitting().request(); },
                     .programInfo = programInfo,

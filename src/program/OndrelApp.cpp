@@ -152,6 +152,11 @@ OndrelApp::OndrelApp(const PlatformAbilities& platform, settings::Site site, con
                  openSettings();
                },
            .restart = [this] { quitting_.requestRestart(); }}),
+      serverLocation_({.http = platform.http,
+                       .settings = settings_,
+                       .session = &jmapSession_,
+                       .application = platform.application,
+                       .panels = platform.panels}),
       keyboardShortcuts_(platform.globalShortcuts, platform.defaults),
       unsavedFiles_({highlightStore_.file(), platform.defaultsFile, sessionStore_.file(), closedTabs_.file()},
                     platform.application, platform.panels) {

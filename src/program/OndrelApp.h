@@ -24,6 +24,7 @@
 #include "integrations/LoginItemManager.h"
 #include "integrations/MailtoHandler.h"
 #include "integrations/ScriptsManager.h"
+#include "integrations/ServerLocationChecker.h"
 #include "integrations/StatusIcon.h"
 #include "integrations/UpdateManager.h"
 #include "jmap/JMAPSession.h"
@@ -141,6 +142,7 @@ class OndrelApp {
   highlights::HighlightService& highlightService() { return highlightService_; }
   highlights::HighlightExport& highlightExport() { return highlightExport_; }
   highlights::HighlightImport& highlightImport() { return highlightImport_; }
+  integrations::ServerLocationChecker& serverLocation() { return serverLocation_; }
   jmap::JMAPSession& jmapSession() { return jmapSession_; }
   // One for each window of all attachments; goes before this object.
   std::unique_ptr<attachments::FilesViewModel> makeFilesViewModel() {
@@ -192,6 +194,7 @@ class OndrelApp {
   integrations::LoginItemManager loginItem_;
   integrations::BackgroundNotice backgroundNotice_;
   integrations::UpdateManager updates_;
+  integrations::ServerLocationChecker serverLocation_;
   shortcuts::KeyboardShortcuts keyboardShortcuts_;
   UnsavedFiles unsavedFiles_;
   async::Scope scope_;

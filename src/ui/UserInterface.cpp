@@ -85,6 +85,7 @@ BrowserCommands::Actions UserInterface::commandActions() {
           .importHighlights = [this] { scope_.spawn(services_.highlightImport.importHighlights()); },
           .removeAllHighlights = [this] { scope_.spawn(services_.removeAllHighlights()); },
           .showFiles = [this] { filesWindow_.show(); },
+          .showServerLocation = services_.showServerLocation,
           .toggleFullScreen = [this] { toggleFullScreen(); },
           .showSettings = [this] { settingsWindow_.show(); },
           .showShortcuts = [this] { presentShortcuts(groups_, activeWindow()); },

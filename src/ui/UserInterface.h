@@ -54,6 +54,7 @@ class UserInterface {
     highlights::HighlightExport& highlightExport;
     highlights::HighlightImport& highlightImport;
     std::function<async::Task<void>()> removeAllHighlights; // asks first
+    std::function<void()> showServerLocation;
     std::function<void()> toggleVisibility;
     std::function<void()> quit; // asks too
     platform::ProgramInfo programInfo;

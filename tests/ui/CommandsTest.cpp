@@ -36,6 +36,7 @@ class CommandsTest : public ShellTest {
                                  .importHighlights = [this] { done.push_back("import"); },
                                  .removeAllHighlights = [this] { done.push_back("remove all"); },
                                  .showFiles = [] {},
+                                 .showServerLocation = [this] { done.push_back("location"); },
                                  .toggleFullScreen = [this] { done.push_back("full screen"); },
                                  .showSettings = [] {},
                                  .showShortcuts = [] {},

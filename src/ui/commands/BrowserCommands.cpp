@@ -190,7 +190,8 @@ CommandGroup BrowserCommands::tools() {
                             }},
                        {.title = "Show Attached Files",
                         .accelerators = {"<Control><Shift>a"},
-                        .perform = actions_.showFiles}},
+                        .perform = actions_.showFiles},
+                       {.title = "Show Server Location", .perform = actions_.showServerLocation}},
           .isSubmenu = true};
 }
 

@@ -37,6 +37,7 @@ class BrowserCommands {
     std::function<void()> importHighlights;
     std::function<void()> removeAllHighlights;
     std::function<void()> showFiles;
+    std::function<void()> showServerLocation;
     std::function<void()> toggleFullScreen; // the top-level in front
     std::function<void()> showSettings;
     std::function<void()> showShortcuts;

@@ -1,0 +1,99 @@
+#include "integrations/ServerLocationChecker.h"
+
+#include "async/Deadline.h"
+#include "base/Text.h"
+#include "base/Url.h"
+#include "jmap/protocol/JMAPClient.h"
+#include "platform/Application.h"
+#include "platform/HttpClient.h"
+#include "platform/Panels.h"
+#include "settings/AppSettings.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <utility>
+
+namespace ondrel::integrations {
+
+namespace {
+
+// The user waits for it, and half of the answer is there already.
+constexpr std::chrono::seconds longestSession{20};
+
+std::string_view firstPiece(std::string_view text, char separator) {
+  text.remove_prefix(std::min(text.find_first_not_of(separator), text.size()));
+  return text.substr(0, text.find(separator));
+}
+
+std::string_view place(std::string_view siteCode) {
+  static constexpr std::pair<std::string_view, std::string_view> places[] = {
+      {"phl", "Philadelphia, USA"}, {"ams", "Amsterdam, Netherlands"}};
+  const auto* found = std::ranges::find(places, siteCode, [](const auto& each) { return each.first; });
+  return found == std::end(places) ? "Unknown location" : found->second;
+}
+
+std::string hostOf(const std::string& url) {
+  const auto parsed = base::Url::parse(url);
+  return parsed ? parsed->host().value_or("") : "";
+}
+
+async::Task<std::optional<std::string>> accountHost(jmap::JMAPClient& session) {
+  // Without a sign-in the session is long in coming.
+  const bool nobodyIsSignedIn = co_await session.isSignInShown();
+  if (nobodyIsSignedIn)
+    co_return std::nullopt;
+  const auto data = co_await async::withDeadline(longestSession, session.fetchSessionData());
+  auto host = data && *data ? hostOf((*data)->apiUrl) : std::string();
+  co_return host.empty() ? std::nullopt : std::optional(std::move(host));
+}
+
+} // namespace
+
+std::string ServerLocationChecker::description(CheckError error) {
+  return error == CheckError::missingHeader ? "The server didn't return location information."
+                                            : "Unexpected response from the server.";
+}
+
+void ServerLocationChecker::show() {
+  if (task_.done())
+    task_ = scope_.spawn(checkAndShow());
+}
+
+async::Task<void> ServerLocationChecker::checkAndShow() {
+  const auto location = co_await check(services_.session);
+  co_await services_.panels.runAlert(
+      {.messageText = "Server Location", .informativeText = location ? display(*location) : location.error()},
+      services_.application.frontWindow());
+}
+
+async::Task<std::expected<ServerLocationChecker::Location, std::string>>
+ServerLocationChecker::check(jmap::JMAPClient* jmapSession) {
+  const auto& address = services_.settings.baseURL();
+  if (!base::Url::parse(address))
+    co_return std::unexpected(description(CheckError::badResponse));
+  Location location{.frontendHost = hostOf(address)};
+  const auto response = co_await services_.http.send({.method = "HEAD", .url = address});
+  if (!response)
+    co_return std::unexpected(response.error().description);
+  auto frontend = platform::headerValue(response->headers, "x-frontend");
+  if (!frontend)
+    co_return std::unexpected(description(CheckError::missingHeader));
+  location.frontendValue = std::move(*frontend);
+  if (jmapSession)
+    location.accountHost = co_await accountHost(*jmapSession);
+  co_return location;
+}
+
+// The service puts a "-" behind the code in its header, and a "." in its host names.
+std::string ServerLocationChecker::display(const Location& location) {
+  auto text = fmt::format("Frontend: {}\n({} — {})", place(firstPiece(location.frontendValue, '-')),
+                          base::shortDisplayLine(location.frontendValue),
+                          base::shortDisplayLine(location.frontendHost));
+  if (location.accountHost)
+    text += fmt::format("\n\nAccount data: {}\n({})", place(firstPiece(*location.accountHost, '.')),
+                        base::shortDisplayLine(*location.accountHost));
+  return text;
+}
+
+} // namespace ondrel::integrations
