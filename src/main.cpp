@@ -24,6 +24,7 @@
 #include "platform/linux/files/ThreadFileWriter.h"
 #include "platform/linux/files/XdgDirectories.h"
 #include "platform/linux/glib/GlibEventLoop.h"
+#include "platform/linux/network/GioNetworkMonitor.h"
 #include "platform/linux/network/GioTcpListener.h"
 #include "platform/linux/network/SoupHttpClient.h"
 #include "platform/linux/packages/PackageKitUpdater.h"
@@ -48,6 +49,7 @@
 #include "start/ReplacedProcess.h"
 #include "start/SiteFile.h"
 #include "ui/UserInterface.h"
+#include "ui/page/AnnouncementBanner.h"
 #include "ui/page/ContentView.h"
 #include "web/WebViewConfiguration.h"
 
@@ -192,6 +194,7 @@ class Program {
               .clipboard = clipboard_,
               .cookies = webViews_.cookies(),
               .http = http_,
+              .networkMonitor = networkMonitor_,
               .notifications = notifications_,
               .launcherBadge = launcherEntry_,
               .sleepMonitor = logind_,
@@ -213,7 +216,11 @@ class Program {
               .randomUpTo = randomUpTo,
               .startsInBackground = startsInBackground},
              std::move(site), scripts_,
-             [](const web::WebServices& services) { return ui::contentFactory(services); }),
+             [this](const web::WebServices& services) {
+               return ui::contentFactory(services, [this](GtkRevealer* place) {
+                 return ui::showAnnouncements(app_.announcements(), place);
+               });
+             }),
         interface_({.toolkitApplication = application.native(),
                     .application = application,
                     .windows = app_.windowManager(),
@@ -272,6 +279,7 @@ class Program {
   platform::desktop::LinuxClipboard clipboard_;
   platform::webkit::WebKitViewFactory webViews_;
   platform::network::SoupHttpClient http_;
+  platform::network::GioNetworkMonitor networkMonitor_;
   platform::desktop::DesktopNotifications notifications_;
   platform::desktop::LauncherEntry launcherEntry_;
   platform::panel::StatusNotifierItem statusItem_;

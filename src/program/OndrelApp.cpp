@@ -15,6 +15,7 @@ namespace {
 // Set while the program runs inside a test runner, which wants windows and nothing else.
 constexpr std::string_view testVariable = "XCTestConfigurationFilePath";
 
+constexpr std::chrono::hours announcementInterval{12};
 constexpr unsigned shortestAlertDelay = 60;
 constexpr unsigned alertDelaySpread = 60;
 
@@ -152,6 +153,12 @@ OndrelApp::OndrelApp(const PlatformAbilities& platform, settings::Site site, con
                  openSettings();
                },
            .restart = [this] { quitting_.requestRestart(); }}),
+      announcements_({.http = platform.http,
+                      .network = platform.networkMonitor,
+                      .application = platform.application,
+                      .uriLauncher = platform.uriLauncher,
+                      .settings = settings_,
+                      .appVersion = platform.programInfo.shortVersion}),
       serverLocation_({.http = platform.http,
                        .settings = settings_,
                        .session = &jmapSession_,
@@ -170,6 +177,7 @@ OndrelApp::OndrelApp(const PlatformAbilities& platform, settings::Site site, con
   scriptsManager_.resolveActiveWebView = [this] { return windowManager_.windows().frontViewModel(); };
   webServices_.addToPage = [this](const auto& tab) { return scriptsManager_.pageDidFinish(tab); };
   keptHighlights_.start();
+  startAnnouncements(platform);
   mcpServerManager_.start(
       {.mail = jmapSession_.mail(),
        .formatting = platform.textFormatting,
@@ -202,6 +210,22 @@ void OndrelApp::takeLinks(const PlatformAbilities& platform) {
     mailtoHandler_.handle(*url);
     return true;
   };
+}
+
+void OndrelApp::startAnnouncements(const PlatformAbilities& platform) {
+  announcements_.bringToFront = [this, &application = platform.application,
+                                 startedInBackground = platform.startsInBackground] {
+    // The user wants no window yet; it stands in the first one.
+    if (startedInBackground && application.windows().empty())
+      return;
+    application.unhide();
+    application.activate();
+    if (const auto active = windowManager_.windows().activeWindow())
+      active->first->present();
+    else
+      windowManager_.openMainWindow();
+  };
+  announcements_.start(announcementInterval);
 }
 
 void OndrelApp::openMailto(const std::string& url) {

@@ -17,6 +17,7 @@
 #include "highlights/HighlightService.h"
 #include "highlights/KeptHighlights.h"
 #include "highlights/file/HighlightStore.h"
+#include "integrations/AnnouncementService.h"
 #include "integrations/BackgroundNotice.h"
 #include "integrations/DefaultEmailClient.h"
 #include "integrations/EmailLinkService.h"
@@ -66,6 +67,7 @@ class HttpClient;
 class KeptFile;
 class LoginItem;
 class NewFiles;
+class NetworkMonitor;
 class NotificationCenter;
 class Scripting;
 class SleepMonitor;
@@ -97,6 +99,7 @@ struct PlatformAbilities {
   platform::Clipboard& clipboard;
   platform::CookieStore& cookies; // of the web views
   platform::HttpClient& http;
+  platform::NetworkMonitor& networkMonitor;
   platform::NotificationCenter& notifications;
   platform::LauncherBadge& launcherBadge;
   platform::SleepMonitor& sleepMonitor;
@@ -142,6 +145,7 @@ class OndrelApp {
   highlights::HighlightService& highlightService() { return highlightService_; }
   highlights::HighlightExport& highlightExport() { return highlightExport_; }
   highlights::HighlightImport& highlightImport() { return highlightImport_; }
+  integrations::AnnouncementService& announcements() { return announcements_; }
   integrations::ServerLocationChecker& serverLocation() { return serverLocation_; }
   jmap::JMAPSession& jmapSession() { return jmapSession_; }
   // One for each window of all attachments; goes before this object.
@@ -158,6 +162,7 @@ class OndrelApp {
 
  private:
   void takeLinks(const PlatformAbilities& platform);
+  void startAnnouncements(const PlatformAbilities& platform);
   void openSettings();
 
   settings::AppSettings settings_;
@@ -194,6 +199,7 @@ class OndrelApp {
   integrations::LoginItemManager loginItem_;
   integrations::BackgroundNotice backgroundNotice_;
   integrations::UpdateManager updates_;
+  integrations::AnnouncementService announcements_;
   integrations::ServerLocationChecker serverLocation_;
   shortcuts::KeyboardShortcuts keyboardShortcuts_;
   UnsavedFiles unsavedFiles_;

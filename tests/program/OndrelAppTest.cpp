@@ -1,6 +1,7 @@
 #include "program/OndrelApp.h"
 #include "highlights/file/HighlightStore.h"
 #include "platform/KeptFile.h"
+#include "platform/NetworkMonitor.h"
 #include "program/AppDelegate.h"
 #include "program/AppLifecycleService.h"
 #include "program/Migration.h"
@@ -134,7 +135,7 @@ TEST_F(AppDelegateTest, RemembersWhetherHookmarkTookOver) {
 
 class OndrelAppTest : public testing::Test {
  protected:
-  std::unique_ptr<OndrelApp> launch(bool underTest = false) {
+  std::unique_ptr<OndrelApp> launch(bool underTest = false, bool inBackground = false) {
     const PlatformAbilities platform{
         ownBundle,
         {},
@@ -153,6 +154,7 @@ class OndrelAppTest : public testing::Test {
         shell.clipboard,
         cookies,
         http,
+        networkMonitor,
         shell.notificationCenter,
         launcherBadge,
         sleepMonitor,
@@ -170,9 +172,10 @@ class OndrelAppTest : public testing::Test {
         {},
         [this] { return std::make_unique<support::FakeTcpListener>(port); },
         [=](std::string_view name) { return underTest && name == "XCTestConfigurationFilePath"; },
-        [](unsigned most) { return most / 2; }};
-    auto app = std::make_unique<OndrelApp>(
-        platform, support::testSite(), shell.scripts, [](const web::WebServices& services) {
+        [](unsigned most) { return most / 2; },
+        inBackground};
+    auto app =
+        std::make_unique<OndrelApp>(platform, site, shell.scripts, [](const web::WebServices& services) {
           return [&services](std::shared_ptr<web::WindowViewModel> model, std::shared_ptr<platform::Window>) {
             auto content = std::make_unique<support::TestShell::Content>(std::move(model), services);
             content->view.viewDidLoad();
@@ -185,6 +188,7 @@ class OndrelAppTest : public testing::Test {
   }
 
   platform::ProgramInfo ownBundle = programInfo;
+  settings::Site site = support::testSite();
   support::TestShell shell;
   platform::KeptFile defaultsFile{shell.files,
                                   [] { return "/config/defaults.json"; },
@@ -198,6 +202,7 @@ class OndrelAppTest : public testing::Test {
   support::FakeCookieStore cookies;
   support::FakeHttpClient http;
   support::FakeLauncherBadge launcherBadge;
+  platform::NetworkMonitor networkMonitor;
   support::FakeSleepMonitor sleepMonitor;
   support::FakeScripting scripting;
   support::FakeStatusItem statusItem;
@@ -320,6 +325,22 @@ TEST_F(OndrelAppTest, LettersOfPagesBeginHereUnlessAnotherProgramHasThem) {
     EXPECT_TRUE(app->webServices().beginLetter(link));
     EXPECT_TRUE(address.ends_with("compose?to=a@x"));
   }
+}
+
+TEST_F(OndrelAppTest, ACriticalAnnouncementBringsAWindowToTheFrontUnlessNobodyWantsOneYet) {
+  site.announcementFeedURL = "https://project.example/feed";
+  http.answer = [](const auto&) {
+    return support::FakeHttpClient::ok(R"({"id":"a","message":"m","severity":"critical"})");
+  };
+  auto app = launch(false, true);
+  EXPECT_TRUE(*app->announcements().visible);
+  EXPECT_EQ(shell.application.activations, 0);
+  app = launch();
+  shell.application.activated.emit();
+  shell.settle();
+  EXPECT_EQ(http.requests.size(), 3U);
+  EXPECT_EQ(shell.application.activations, 1) << "once";
+  EXPECT_EQ(shell.application.all.at(0)->calls.back(), "key");
 }
 
 TEST_F(OndrelAppTest, NavigatesInTheActiveWindowAndOpensTheMessage) {

@@ -1,7 +1,10 @@
 #include "ShellTest.h"
 
 #include "app/PersistedSession.h"
+#include "integrations/AnnouncementService.h"
 #include "platform/Download.h"
+#include "platform/NetworkMonitor.h"
+#include "ui/page/AnnouncementBanner.h"
 #include "web/page/DownloadItem.h"
 
 namespace ondrel::ui {
@@ -231,23 +234,31 @@ TEST_F(ContentViewTest, ClosingTheTabLetsGoOfThePage) {
   EXPECT_TRUE(viewModel.expired());
 }
 
-TEST_F(ContentViewTest, TheAnnouncementsPlaceIsFilledWhenTheTabIsSeenAndEmptiedWithIt) {
-  bool filled = false;
+TEST_F(ContentViewTest, AnAnnouncementShowsAsTextWhenTheTabIsSeenUntilItIsClosed) {
+  platform::NetworkMonitor network;
+  integrations::AnnouncementService announcements(
+      {shell.http, network, shell.application, shell.uriLauncher, shell.settings, "1.0"});
   auto window = shell.application.makeWindow({});
   auto viewModel = web::WindowViewModel::make(shell.services);
   viewModel->firstPage = web::RestoredPage();
   auto view = contentFactory(shell.services, [&](GtkRevealer* place) {
-    filled = true;
-    gtk_revealer_set_child(place, gtk_label_new("News"));
-    gtk_revealer_set_reveal_child(place, TRUE);
-    return base::Subscription([&] { filled = false; });
+    return showAnnouncements(announcements, place);
   })(viewModel, window);
-  EXPECT_FALSE(filled);
-  auto* root = show(0);
-  EXPECT_TRUE(filled);
-  EXPECT_EQ(visibleTexts(root), Texts{"News"});
-  view.reset();
-  EXPECT_FALSE(filled);
+  integrations::Announcement news;
+  news.message = "<b>New</b>\n" + std::string(5000, 'x');
+  announcements.visible.set(news);
+  auto* root = showWidget(content(0), 360);
+  EXPECT_TRUE(visibleTexts(root).at(0).starts_with("<b>New</b> xxx"));
+  EXPECT_LT(gtk_widget_get_height(find(root, "announcement")), 200);
+  EXPECT_FALSE(buttonWithLabel(root, "More Info"));
+  news.link = base::Url::parse("https://x.example/");
+  announcements.visible.set(news);
+  click(buttonWithLabel(root, "More Info"));
+  EXPECT_EQ(shell.uriLauncher.opened, Texts{"https://x.example/"});
+  auto* close = gtk_widget_get_last_child(find(root, "announcement-bar"));
+  EXPECT_TRUE(hasAccessibleLabel(close, "Close"));
+  click(close);
+  EXPECT_FALSE(gtk_revealer_get_reveal_child(GTK_REVEALER(find(root, "announcement"))));
 }
 
 } // namespace

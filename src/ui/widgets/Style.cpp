@@ -14,6 +14,14 @@ constexpr const char* rules = R"(
 .mouse-over > label { padding: 5px 12px; }
 .download { padding: 8px 12px; }
 .page-problem { padding: 9px 12px; }
+.announcement { color: @headerbar_fg_color; padding: 6px 12px; border-bottom: 1px solid @borders; animation: announcement-in 250ms ease-out; }
+@keyframes announcement-in { from { opacity: 0; } to { opacity: 1; } }
+.announcement-info { background-color: mix(@headerbar_bg_color, @accent_bg_color, .15); }
+.announcement-info > image { color: @accent_color; }
+.announcement-warning { background-color: mix(@headerbar_bg_color, @orange_4, .15); }
+.announcement-warning > image { color: @orange_4; }
+.announcement-critical { background-color: mix(@headerbar_bg_color, @error_bg_color, .2); }
+.announcement-critical > image { color: @error_color; }
 .page-dialog-shade { background-color: alpha(black, .4); padding: 18px; }
 .page-dialog-card { background-color: @dialog_bg_color; color: @dialog_fg_color; border-radius: 12px; padding: 24px; }
 .invalid-setting .subtitle { color: @error_color; opacity: 1; }
