@@ -18,8 +18,9 @@ namespace ondrel::integrations {
 
 namespace {
 
-// The user waits for it, and half of the answer is there already.
-constexpr std::chrono::seconds longestSession{20};
+// The user waits, and half of the answer is there. Mostly the session has been fetched long ago; without a
+// token it would take a minute.
+constexpr std::chrono::seconds longestSession{8};
 
 std::string_view firstPiece(std::string_view text, char separator) {
   text.remove_prefix(std::min(text.find_first_not_of(separator), text.size()));

@@ -257,8 +257,10 @@ TEST_F(ContentViewTest, AnAnnouncementShowsAsTextWhenTheTabIsSeenUntilItIsClosed
   EXPECT_EQ(shell.uriLauncher.opened, Texts{"https://x.example/"});
   auto* close = gtk_widget_get_last_child(find(root, "announcement-bar"));
   EXPECT_TRUE(hasAccessibleLabel(close, "Close"));
+  gtk_widget_grab_focus(close);
   click(close);
   EXPECT_FALSE(gtk_revealer_get_reveal_child(GTK_REVEALER(find(root, "announcement"))));
+  EXPECT_EQ(gtk_window_get_focus(topLevels[0].get()), pages.at(0).get());
 }
 
 } // namespace

@@ -19,6 +19,8 @@ PageArea::PageArea(std::shared_ptr<web::WindowViewModel> viewModel, platform::Ur
   gtk_box_append(GTK_BOX(box_.get()), announcement_);
   gtk_box_append(GTK_BOX(box_.get()), notices_.widget());
 
+  revealed_ = glib::connect<void(GObject*, GParamSpec*)>(
+      announcement_, "notify::reveal-child", [this](GObject*, GParamSpec*) { announcementChanged(); });
   subscriptions_.push_back(
       viewModel_->mouseOverString.observe([this] { mouseOver_.setText(*viewModel_->mouseOverString); }));
   subscriptions_.push_back(viewModel_->notice.observe([this] { updateNotice(); }));
@@ -106,6 +108,15 @@ void PageArea::updateBar(std::optional<ProblemBar>& bar, bool shown,
     bar->show(title, description);
   else if (bar)
     bar->hide();
+}
+
+// The keyboard must not be nowhere when the announcement goes with it.
+void PageArea::announcementChanged() {
+  auto* root = gtk_widget_get_root(announcement_);
+  auto* focused = root ? gtk_root_get_focus(root) : nullptr;
+  if (focused && gtk_widget_is_ancestor(focused, announcement_) &&
+      !gtk_revealer_get_reveal_child(GTK_REVEALER(announcement_)))
+    focus();
 }
 
 void PageArea::updateNotice() {

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "base/Event.h"
-#include "platform/linux/glib/Ref.h"
+#include "platform/linux/glib/Connection.h"
 #include "ui/page/CrashedPage.h"
 #include "ui/page/DownloadProgressBar.h"
 #include "ui/page/MouseOverBar.h"
@@ -41,6 +41,7 @@ class PageArea {
   void focus();
 
  private:
+  void announcementChanged();
   void updateNotice();
   void updateProblem();
   void updateBar(std::optional<ProblemBar>& bar, bool shown, ProblemBar::Content (PageArea::*content)() const,
@@ -72,6 +73,7 @@ class PageArea {
   std::optional<PageDialogView> dialog_;
   std::optional<CrashedPage> stopped_;
   std::optional<DownloadProgressBar> downloads_;
+  glib::Connection revealed_;
   std::vector<base::Subscription> subscriptions_;
 };
 
