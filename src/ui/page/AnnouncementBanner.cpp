@@ -62,11 +62,7 @@ void AnnouncementBanner::update() {
   const auto& announcement = *announcements_.visible;
   if (announcement) {
     connections_.clear();
-    auto* shown = bar(*announcement);
-    // Screen readers read an alert out when it appears, not one that is there with its parent.
-    gtk_widget_set_visible(shown, FALSE);
-    gtk_revealer_set_child(place_.get(), shown);
-    gtk_widget_set_visible(shown, TRUE);
+    gtk_revealer_set_child(place_.get(), bar(*announcement));
   }
   gtk_revealer_set_reveal_child(place_.get(), announcement.has_value());
 }
