@@ -30,7 +30,7 @@ void DefaultEmailClient::setAsDefault() {
   isSettingDefault.set(true);
   setDefaultError.set(std::nullopt);
   scope_.spawn(setAsDefaultEmailClient(
-      [this](bool success, std::optional<std::string> error) { didSet(success, std::move(error)); }));
+      [this](bool success, const std::optional<std::string>& error) { didSet(success, error); }));
 }
 
 async::Task<void> DefaultEmailClient::setAsDefaultEmailClient(DefaultEmailCompletion completion) {
@@ -43,7 +43,7 @@ async::Task<void> DefaultEmailClient::setAsDefaultEmailClient(DefaultEmailComple
   completion(answer.has_value(), hasText ? std::optional(answer.error()) : std::nullopt);
 }
 
-void DefaultEmailClient::didSet(bool success, std::optional<std::string> error) {
+void DefaultEmailClient::didSet(bool success, const std::optional<std::string>& error) {
   isSettingDefault.set(false);
   update();
   if (!success)

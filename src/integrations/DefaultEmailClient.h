@@ -41,7 +41,7 @@ class DefaultEmailClient {
 
  private:
   async::Task<void> setAsDefaultEmailClient(DefaultEmailCompletion completion);
-  void didSet(bool success, std::optional<std::string> error);
+  void didSet(bool success, const std::optional<std::string>& error);
 
   platform::DefaultMailHelper& helper_;
   const platform::UriLauncher& uriLauncher_;
