@@ -17,7 +17,6 @@ DefaultEmailClient::DefaultEmailClient(platform::DefaultMailHelper& helper,
                                        const platform::UriLauncher& uriLauncher,
                                        platform::ProgramInfo programInfo)
     : helper_(helper), uriLauncher_(uriLauncher), programInfo_(std::move(programInfo)) {
-  update();
 }
 
 void DefaultEmailClient::update() {

@@ -30,11 +30,11 @@ class DefaultEmailClient {
 
   const platform::ProgramInfo& programInfo() const { return programInfo_; }
 
-  base::Observable<bool> isDefault;
+  base::Observable<bool> isDefault{false}; // from the first update() on
   base::Observable<bool> isSettingDefault{false};
   base::Observable<std::optional<std::string>> setDefaultError;
 
-  // Asks the desktop again: others change it too.
+  // Asks the desktop, which reads files for it; others change it too.
   void update();
   // By the settings' button; nothing while it is under way.
   void setAsDefault();
