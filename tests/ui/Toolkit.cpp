@@ -15,6 +15,7 @@ struct Toolkit final : testing::Environment {
     // Without a GPU, as on most machines that run tests: no driver is loaded, and none leaks.
     g_setenv("GSK_RENDERER", "cairo", FALSE);
     g_setenv("GDK_DEBUG", "gl-disable", FALSE);
+    g_content_type_set_mime_dirs(nullptr); // as the program does, or GIO leaks
     ASSERT_TRUE(gtk_init_check()) << "these tests need a display";
     adw_init();
     // Waiting for the end of animations would be waiting in real time.

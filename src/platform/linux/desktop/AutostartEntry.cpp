@@ -20,7 +20,7 @@ constexpr const char* group = G_KEY_FILE_DESKTOP_GROUP;
 // Older GNOME's own switch.
 constexpr const char* gnomeSwitch = "X-GNOME-Autostart-enabled";
 
-// As the desktop entry specification quotes an argument of Exec.
+// As the standard of desktop entries quotes an argument of Exec.
 std::string quoted(const std::string& argument) {
   std::string result = "\"";
   for (const char c : argument) {

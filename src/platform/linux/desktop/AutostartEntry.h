@@ -11,7 +11,7 @@
 
 namespace ondrel::platform::desktop {
 
-// The program's entry in the user's autostart folder (the desktop application autostart specification). It
+// The program's entry in the user's autostart folder (freedesktop.org's standard of autostart). It
 // counts while a desktop would start this very program by it: not when it is switched off, was edited by hand
 // to something else, or leads to where the program was once.
 class AutostartEntry final : public LoginItem {

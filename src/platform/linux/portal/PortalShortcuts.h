@@ -16,7 +16,7 @@ class PortalShortcuts final : public GlobalShortcuts {
  public:
   struct Options {
     std::string description; // what they do, for the desktop's dialog
-    // The keys as the shortcuts specification of freedesktop.org writes them.
+    // The keys as the shortcuts standard of freedesktop.org writes them.
     std::function<std::string(const KeyCombination&)> triggerText;
     // Gets the desktop's token for a press before `performed` tells of it. May be empty.
     std::function<void(const std::string& token)> useActivationToken{};

@@ -101,6 +101,10 @@ int LinuxApplication::run(std::vector<std::string> urls, std::function<void()> s
   if (const auto status = leaveItToFirst(urls))
     return *status;
 
+  // GIO sets the folders of MIME types at the first question for a description, and loses what it has read by
+  // then.
+  g_content_type_set_mime_dirs(nullptr);
+
   const bool hasBus = glib::adopt(g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, nullptr)).get() != nullptr;
   if (!hasBus) {
     logger.notice("No session bus: this is a lone instance, and the desktop can't hand it links");
