@@ -52,7 +52,7 @@ std::vector<HighlightHandsTest::Place> HighlightHandsTest::spots(WindowId window
   constexpr int header = 3;    // lines before the pixels
   const auto image = profile / "window.ppm";
   const auto command =
-      fmt::format("import -window {} -depth 8 'ppm:{}' >/dev/null 2>&1", window, image.string());
+      fmt::format("timeout 10 import -window {} -depth 8 'ppm:{}' >/dev/null 2>&1", window, image.string());
   const auto bytes = std::system(command.c_str()) == 0 ? read(image) : std::string();
   int width = 0;
   int height = 0;
