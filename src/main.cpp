@@ -323,6 +323,10 @@ End run(start::CommandLine commandLine, const start::ProgramFolders& folders,
     if (const auto status =
             platform::desktop::RunningInstance(programInfo.identifier).activateAction(toggleAction))
       return {*status};
+  if (!commandLine.command.empty())
+    if (const auto status =
+            platform::desktop::RunningInstance(programInfo.identifier).activateAction(commandLine.command))
+      return {*status};
   if (demo) {
     // A second service would take the place of the one that the running program talks to.
     if (const auto status =
@@ -349,6 +353,10 @@ End run(start::CommandLine commandLine, const start::ProgramFolders& folders,
                                         commandLine.background);
     if (!demo && !home->temporary().empty())
       program->warn(temporaryHomeAlert(home->temporary()));
+    if (!commandLine.command.empty()) // with a later turn, when the launch has ended
+      async::EventLoop::current().post([&application, name = commandLine.command] {
+        g_action_group_activate_action(G_ACTION_GROUP(application.native()), name.c_str(), nullptr);
+      });
   });
   const bool restarts = program && program->restarts();
   program.reset();

@@ -2,6 +2,9 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <iterator>
+
 namespace ondrel::start {
 
 const char* const usage = R"(Usage: ondrel [OPTION] [URL...]
@@ -13,6 +16,8 @@ letter, email://... shows a message.
   --background     watch for mail without a window, until one is wanted
   --demo[=FOLDER]  run on the demonstration service, with a throw-away profile or
                    the one kept in FOLDER
+  --new-window, --new-message, --highlights, --show-attached-files
+                   do this in the running program, or start it for it
   --gapplication-service
                    wait for what the session bus has started the program for
   --toggle         hide the running program, or show it again; start it when there is
@@ -28,7 +33,10 @@ Environment:
 
 namespace {
 constexpr std::string_view demoWithFolder = "--demo=";
-}
+// Each is the name of an action behind two dashes. The desktop file has them too.
+constexpr std::string_view commands[] = {"--new-window", "--new-message", "--highlights",
+                                         "--show-attached-files"};
+} // namespace
 
 std::vector<std::string> CommandLine::restartArguments() const {
   if (demoProfile)
@@ -54,6 +62,8 @@ std::expected<CommandLine, std::string> CommandLine::parse(const std::vector<std
       result.background = true;
     } else if (argument == "--toggle") {
       result.toggle = true;
+    } else if (std::ranges::find(commands, argument) != std::end(commands)) {
+      result.command = argument.substr(2);
     } else if (argument == "--demo") {
       result.demo = true;
     } else if (argument.starts_with(demoWithFolder) && argument.size() > demoWithFolder.size()) {

@@ -14,6 +14,7 @@ struct CommandLine {
   bool startedByBus = false;              // as a D-Bus service: what it is started for comes as a message
   bool background = false;                // mail is watched, and no window comes until one is wanted
   bool toggle = false;                    // hide the running program or show it
+  std::string command;                    // the name of an application action to perform; may be empty
   std::optional<std::string> demoProfile; // a folder that is kept; none for a throw-away one
   std::vector<std::string> urls;          // as given, any bytes
 

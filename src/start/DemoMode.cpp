@@ -134,6 +134,8 @@ std::optional<std::string> DemoMode::launch(const std::string& program) {
   close(output[0]);
   if (failure != 0) {
     service_ = -1;
+    if (failure == ENOENT)
+      return fmt::format("there is no {}: the demonstration is in the package \"ondrel-demo\"", program);
     return fmt::format("can't start {}: {}", program, std::strerror(failure));
   }
   if (!ready)

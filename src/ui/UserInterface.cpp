@@ -81,6 +81,7 @@ BrowserCommands::Actions UserInterface::commandActions() {
           .copyAppleMailLink = [this] { scope_.spawn(services_.copyAppleMailLink()); },
           .highlightSelection = [this] { highlightSelection_.perform(); },
           .showHighlights = [this] { highlightsWindow_.show(); },
+          .newMessage = [this] { services_.openMailto("mailto:"); },
           .exportHighlights = [this] { scope_.spawn(services_.highlightExport.exportHighlights()); },
           .importHighlights = [this] { scope_.spawn(services_.highlightImport.importHighlights()); },
           .removeAllHighlights = [this] { scope_.spawn(services_.removeAllHighlights()); },

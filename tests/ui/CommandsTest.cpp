@@ -2,6 +2,7 @@
 
 #include "highlights/file/HighlightStore.h"
 #include "platform/ProgramInfo.h"
+#include "start/CommandLine.h"
 #include "ui/commands/ActionName.h"
 #include "ui/commands/BrowserCommands.h"
 #include "ui/commands/CommandActions.h"
@@ -10,6 +11,7 @@
 #include "ui/commands/PrimaryMenu.h"
 #include "ui/commands/ShortcutsWindow.h"
 
+#include <fstream>
 #include <set>
 
 namespace ondrel::ui {
@@ -32,6 +34,7 @@ class CommandsTest : public ShellTest {
                                  .copyAppleMailLink = [this] { done.push_back("copy"); },
                                  .highlightSelection = [this] { selection->perform(); },
                                  .showHighlights = [this] { done.push_back("show"); },
+                                 .newMessage = {},
                                  .exportHighlights = [this] { done.push_back("export"); },
                                  .importHighlights = [this] { done.push_back("import"); },
                                  .removeAllHighlights = [this] { done.push_back("remove all"); },
@@ -104,6 +107,13 @@ TEST_F(CommandsTest, EachRowIsAnActionWithoutAParameterAndWithKeysOfItsOwn) {
     }
   EXPECT_TRUE(names.contains("about-ondrel"));
   EXPECT_TRUE(names.contains("toggle-visibility")) << "the command line calls it by this name";
+  std::ifstream desktopFile(DESKTOP_FILE);
+  for (std::string line; std::getline(desktopFile, line);)
+    if (line.starts_with("[Desktop Action ")) {
+      const auto name = line.substr(16, line.size() - 17);
+      EXPECT_TRUE(names.contains(name) && enabled(name.c_str())) << name;
+      EXPECT_EQ(start::CommandLine::parse({"--" + name}).value().command, name);
+    }
   actions.reset();
   EXPECT_FALSE(g_action_group_has_action(group(), "new-tab")) << "nothing stays behind";
 }

@@ -231,6 +231,9 @@ CommandGroup BrowserCommands::program() {
           {{.title = "About " + programInfo_.displayName, .perform = actions_.showAbout},
            // For keys of the desktop's own, and for who starts the program anew to call it.
            {.title = "Toggle Visibility", .perform = actions_.toggleVisibility, .place = MenuPlace::none},
+           // For launchers, whose menus can't follow what there is.
+           {.title = "Highlights", .perform = actions_.showHighlights, .place = MenuPlace::none},
+           {.title = "New Message", .perform = actions_.newMessage, .place = MenuPlace::none},
            {.title = "Quit", .accelerators = {"<Control>q"}, .perform = actions_.quit}}};
 }
 

@@ -33,6 +33,7 @@ class BrowserCommands {
     std::function<void()> copyAppleMailLink;              // to the message in front
     std::function<void()> highlightSelection;
     std::function<void()> showHighlights;
+    std::function<void()> newMessage;
     std::function<void()> exportHighlights;
     std::function<void()> importHighlights;
     std::function<void()> removeAllHighlights;

@@ -105,6 +105,8 @@ std::string AutostartEntry::content() const {
   set(G_KEY_FILE_DESKTOP_KEY_NAME, options_.applicationName);
   set(G_KEY_FILE_DESKTOP_KEY_COMMENT, "Watch for new mail");
   set(G_KEY_FILE_DESKTOP_KEY_EXEC, execLine(options_.command));
+  // The package may be removed, which leaves this file behind.
+  set(G_KEY_FILE_DESKTOP_KEY_TRY_EXEC, options_.command.front());
   set(G_KEY_FILE_DESKTOP_KEY_ICON, options_.applicationId);
   return glib::CString(g_key_file_to_data(file.get(), nullptr, nullptr)).get();
 }
