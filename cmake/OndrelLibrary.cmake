@@ -17,6 +17,12 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
   target_link_options(ondrel_options INTERFACE -fuse-ld=lld)
 endif()
 
+# What is installed shows mail of strangers: hardened like everything that faces the network.
+include(CheckPIESupported)
+check_pie_supported()
+add_compile_options("$<$<CONFIG:Release>:-fstack-protector-strong;-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=2>")
+add_link_options("$<$<CONFIG:Release>:LINKER:-z,relro;LINKER:-z,now>")
+
 # One static library for one folder of src/, called ondrel_<name>:
 #
 #   ondrel_library(web USES base async platform LINKS fmt::fmt)
