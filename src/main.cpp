@@ -31,6 +31,7 @@
 #include "platform/linux/panel/StatusNotifierItem.h"
 #include "platform/linux/portal/BackgroundPortal.h"
 #include "platform/linux/portal/PortalShortcuts.h"
+#include "platform/linux/services/BusServices.h"
 #include "platform/linux/text/GlibLogSink.h"
 #include "platform/linux/text/IcuTextFormatting.h"
 #include "platform/linux/text/ResourceText.h"
@@ -47,6 +48,7 @@
 #include "start/HomeFolder.h"
 #include "start/ProgramFolders.h"
 #include "start/ReplacedProcess.h"
+#include "start/RuntimeFolder.h"
 #include "start/SiteFile.h"
 #include "ui/UserInterface.h"
 #include "ui/page/AnnouncementBanner.h"
@@ -234,6 +236,7 @@ class Program {
                     .loginItem = app_.loginItem(),
                     .userScripts = app_.userScripts(),
                     .updates = app_.updates(),
+                    .desktopServices = desktopServices_,
                     .highlights = app_.highlightService().store(),
                     .highlightExport = app_.highlightExport(),
                     .highlightImport = app_.highlightImport(),
@@ -283,6 +286,7 @@ class Program {
   platform::desktop::DesktopNotifications notifications_;
   platform::desktop::LauncherEntry launcherEntry_;
   platform::panel::StatusNotifierItem statusItem_;
+  platform::services::BusServices desktopServices_;
   const std::unique_ptr<platform::GlobalShortcuts> shortcuts_;
   platform::desktop::DefaultMailService defaultMailService_;
   platform::portal::BackgroundPortal backgroundPortal_;
@@ -311,6 +315,7 @@ End run(start::CommandLine commandLine, const start::ProgramFolders& folders,
   auto home = start::HomeFolder::find();
   if (!home)
     return {complain(home.error())};
+  const start::RuntimeFolder runtimeFolder;
   std::unique_ptr<start::DemoMode> demo;
   if (commandLine.demo) {
     auto prepared = start::DemoMode::prepare(commandLine.demoProfile);

@@ -53,6 +53,7 @@ UserInterface::UserInterface(const Services& services)
                        .loginItem = services_.loginItem,
                        .userScripts = services_.userScripts,
                        .updates = services_.updates,
+                       .desktopServices = services_.desktopServices,
                        .openURL = [this](const std::string& url) { services_.uriLauncher.open(url); },
                        .openMailto = services_.openMailto},
                       services_.toolkitApplication, [this] { return activeWindow(); }),

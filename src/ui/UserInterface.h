@@ -27,8 +27,9 @@ class HighlightStore;
 } // namespace ondrel::highlights
 
 namespace ondrel::platform {
+class DesktopServices;
 class UriLauncher;
-}
+} // namespace ondrel::platform
 
 namespace ondrel::ui {
 
@@ -50,6 +51,7 @@ class UserInterface {
     integrations::LoginItemManager& loginItem;
     integrations::ScriptsManager& userScripts;
     integrations::UpdateManager& updates;
+    platform::DesktopServices& desktopServices;
     highlights::HighlightStore& highlights;
     highlights::HighlightExport& highlightExport;
     highlights::HighlightImport& highlightImport;

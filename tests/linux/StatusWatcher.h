@@ -24,9 +24,10 @@ class StatusWatcher {
         nullptr, nullptr, error.out()));
     auto* node = g_dbus_node_info_new_for_xml(
         "<node><interface name='org.kde.StatusNotifierWatcher'><method name='RegisterStatusNotifierItem'>"
-        "<arg type='s' direction='in'/></method></interface></node>",
+        "<arg type='s' direction='in'/></method>"
+        "<property name='IsStatusNotifierHostRegistered' type='b' access='read'/></interface></node>",
         nullptr);
-    static constexpr GDBusInterfaceVTable table = {takeCall, nullptr, nullptr, {}};
+    static constexpr GDBusInterfaceVTable table = {takeCall, property, nullptr, {}};
     g_dbus_connection_register_object(connection_.get(), "/StatusNotifierWatcher", node->interfaces[0],
                                       &table, this, nullptr, nullptr);
     g_dbus_node_info_unref(node);
@@ -64,8 +65,13 @@ class StatusWatcher {
   }
 
   std::vector<std::string> registered;
+  bool hasHost = true; // a panel that shows the items
 
  private:
+  static GVariant* property(GDBusConnection*, const char*, const char*, const char*, const char*, GError**,
+                            gpointer self) {
+    return g_variant_new_boolean(static_cast<StatusWatcher*>(self)->hasHost);
+  }
   static void takeCall(GDBusConnection*, const char*, const char*, const char*, const char*,
                        GVariant* arguments, GDBusMethodInvocation* invocation, gpointer self) {
     const char* name = nullptr;

@@ -3,6 +3,7 @@
 #include "async/sleep.h"
 #include "platform/desktop/BackgroundApplications.h"
 #include "platform/desktop/DefaultMailHelper.h"
+#include "platform/desktop/DesktopServices.h"
 #include "platform/desktop/LoginItem.h"
 
 #include <functional>
@@ -46,6 +47,16 @@ class FakeBackgroundApplications final : public platform::BackgroundApplications
   void setStatus(const std::string& message) override { told.push_back(message); }
 
   std::vector<std::string> told;
+};
+
+class FakeDesktopServices final : public platform::DesktopServices {
+ public:
+  async::Task<std::vector<platform::DesktopService>> missing() override {
+    [[maybe_unused]] const bool slept = co_await async::sleep(std::chrono::seconds(1));
+    co_return lacks;
+  }
+
+  std::vector<platform::DesktopService> lacks;
 };
 
 } // namespace ondrel::support

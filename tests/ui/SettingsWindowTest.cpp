@@ -79,6 +79,7 @@ class SettingsWindowTest : public ShellTest {
   shortcuts::KeyboardShortcuts shortcutKeys{globalShortcuts, shell.defaults};
   support::FakeDefaultMailHelper helper;
   support::FakeLoginItem loginItem;
+  support::FakeDesktopServices desktopServices;
   integrations::DefaultEmailClient defaultEmail{
       helper, shell.uriLauncher, {"org.example.Mail", "Mail", "1", "1", true}};
   integrations::LoginItemManager login{loginItem};
@@ -108,6 +109,7 @@ class SettingsWindowTest : public ShellTest {
                        .loginItem = login,
                        .userScripts = scripts,
                        .updates = updates,
+                       .desktopServices = desktopServices,
                        .openURL = [this](auto& url) { opened.push_back(url); },
                        .openMailto = [this](auto& url) { opened.push_back(url); }},
       nullptr, [this] { return parent; });
@@ -130,6 +132,20 @@ TEST_F(SettingsWindowTest, ThereIsOneAndItAsksTheAccountEachTimeItIsOpened) {
   EXPECT_TRUE(isOn("highlight-tag"));
   window.reset();
   shell.settings.set(keys::highlightTagEnabled, false); // nobody is there to follow
+}
+
+TEST_F(SettingsWindowTest, TellsWhatTheDesktopLacks) {
+  for (const auto& [lacks, title] :
+       std::vector<std::pair<std::vector<platform::DesktopService>, const char*>>{
+           {{}, "Nothing Is Missing"}, {{platform::DesktopService::portal}, "No Desktop Portal"}}) {
+    desktopServices.lacks = lacks;
+    open();
+    shell.loop.advance(1s);
+    ASSERT_TRUE(row("desktop-service"));
+    EXPECT_STREQ(adw_preferences_row_get_title(ADW_PREFERENCES_ROW(row("desktop-service"))), title);
+    gtk_window_close(window->window());
+    EXPECT_TRUE(runUntil([&] { return window->window() == nullptr; }));
+  }
 }
 
 TEST_F(SettingsWindowTest, StaysWhenTheWindowInFrontOfWhichItWasOpenedGoes) {

@@ -21,6 +21,10 @@ namespace ondrel::mcp {
 class MCPSettingsModel;
 }
 
+namespace ondrel::platform {
+class DesktopServices;
+}
+
 namespace ondrel::settings {
 class AppSettings;
 }
@@ -41,6 +45,7 @@ struct SettingsServices {
   integrations::LoginItemManager& loginItem;
   integrations::ScriptsManager& userScripts;
   integrations::UpdateManager& updates;
+  platform::DesktopServices& desktopServices;
   std::function<void(const std::string& url)> openURL; // in the desktop's browser
   std::function<void(const std::string& url)> openMailto;
 };

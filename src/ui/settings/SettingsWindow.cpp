@@ -12,6 +12,7 @@
 #include "ui/settings/HighlightSettingsView.h"
 #include "ui/settings/LoginItemSettingsView.h"
 #include "ui/settings/MCPSettingsView.h"
+#include "ui/settings/MissingServicesView.h"
 #include "ui/settings/ScriptsSettingsView.h"
 #include "ui/settings/ShortcutSettingsView.h"
 #include "ui/settings/UISettingsView.h"
@@ -51,6 +52,10 @@ Section bugReport(const SettingsServices& services) {
     return nullptr;
   const auto url = integrations::supportMailURL(address, integrations::bugReportSubject);
   return std::make_unique<BugReportSettingsView>([open = services.openMailto, url] { open(url); });
+}
+
+Section missingServices(const SettingsServices& services) {
+  return std::make_unique<MissingServicesView>(services.desktopServices);
 }
 
 Section userInterface(const SettingsServices& services) {
@@ -104,7 +109,7 @@ const std::vector<Page>& pages() {
       {settings::SettingsTab::general,
        "General",
        "preferences-system-symbolic",
-       {defaultMail, loginItem, bugReport}},
+       {defaultMail, loginItem, bugReport, missingServices}},
       {settings::SettingsTab::userinterface, "User Interface", "computer-symbolic", {userInterface}},
       {settings::SettingsTab::shortcuts,
        "Shortcuts",

@@ -1,0 +1,66 @@
+#include "ui/settings/MissingServicesView.h"
+
+#include "ui/settings/SettingsRows.h"
+
+namespace ondrel::ui {
+
+namespace {
+
+using platform::DesktopService;
+
+struct Words {
+  const char* title;
+  const char* lost;
+};
+
+Words wordsFor(DesktopService service) {
+  switch (service) {
+  case DesktopService::sessionBus:
+    return {"No Session Bus",
+            "Links of other programs and a second start can't reach this program, and none of "
+            "the services below can be used. Desktops start the bus when you sign in."};
+  case DesktopService::notifications:
+    return {"No Notifications",
+            "New mail is not announced: no notification server runs, \"dunst\" or \"xfce4-notifyd\" say."};
+  case DesktopService::statusIcons:
+    return {"No Icon in the Panel", "No panel shows icons of programs. GNOME needs an extension for that."};
+  case DesktopService::portal:
+    return {"No Desktop Portal",
+            "The dark style of the desktop isn't followed, and on Wayland there are no global "
+            "shortcuts. \"xdg-desktop-portal\" provides it."};
+  case DesktopService::accessibility:
+    return {"No Accessibility Bus", "Screen readers can't read the windows. \"at-spi2-core\" provides it."};
+  case DesktopService::settings:
+    return {"No Store for the Toolkit's Settings",
+            "File choosers forget how you left them. \"dconf-gsettings-backend\" provides it."};
+  }
+  return {};
+}
+
+} // namespace
+
+MissingServicesView::MissingServicesView(platform::DesktopServices& services)
+    : services_(services), group_(glib::share(ADW_PREFERENCES_GROUP(adw_preferences_group_new()))) {
+  adw_preferences_group_set_title(group_.get(), "Desktop");
+  scope_.spawn(look());
+}
+
+async::Task<void> MissingServicesView::look() {
+  const auto missing = co_await services_.missing();
+  for (const auto service : missing) {
+    const auto words = wordsFor(service);
+    addRow(words.title, words.lost);
+  }
+  if (missing.empty())
+    addRow("Nothing Is Missing", "All that Ondrel uses of this desktop is there.");
+}
+
+void MissingServicesView::addRow(const char* title, const char* subtitle) {
+  auto* row = ADW_ACTION_ROW(adw_action_row_new());
+  gtk_widget_set_name(GTK_WIDGET(row), "desktop-service");
+  adw_preferences_row_set_title(ADW_PREFERENCES_ROW(row), title);
+  setRowSubtitle(row, subtitle);
+  adw_preferences_group_add(group_.get(), GTK_WIDGET(row));
+}
+
+} // namespace ondrel::ui
