@@ -5,6 +5,8 @@
 namespace ondrel::ui {
 
 void setAccessibleLabel(GtkWidget* widget, const std::string& label) {
+  // Rows name their controls as well, and both names would be read.
+  gtk_accessible_reset_relation(GTK_ACCESSIBLE(widget), GTK_ACCESSIBLE_RELATION_LABELLED_BY);
   gtk_accessible_update_property(GTK_ACCESSIBLE(widget), GTK_ACCESSIBLE_PROPERTY_LABEL, label.c_str(), -1);
 }
 

@@ -20,6 +20,14 @@ GtkWidget* topBarOf(GroupChrome* chrome) {
   return chrome ? static_cast<GtkWidget*>(chrome->topBar().handle) : adw_header_bar_new();
 }
 
+// libadwaita shows them as a picture alone.
+void nameCloseButtons(GtkWidget* widget) {
+  if (GTK_IS_BUTTON(widget) && gtk_widget_has_css_class(widget, "tab-close-button"))
+    gtk_accessible_update_property(GTK_ACCESSIBLE(widget), GTK_ACCESSIBLE_PROPERTY_LABEL, "Close Tab", -1);
+  for (auto* child = gtk_widget_get_first_child(widget); child; child = gtk_widget_get_next_sibling(child))
+    nameCloseButtons(child);
+}
+
 GtkWidget* verticalBox(GtkWidget* topBar, AdwTabBar* tabBar, AdwTabView* view) {
   auto* box = gtk_box_new(GTK_ORIENTATION_VERTICAL, 0);
   gtk_box_append(GTK_BOX(box), topBar);
@@ -72,6 +80,10 @@ void TabGroupWindow::fill(Bars bars) {
 // once they have their sizes, the one in front is brought back into view.
 void TabGroupWindow::fillTabBar(AdwTabBar* tabBar) {
   adw_tab_bar_set_view(tabBar, view_.get());
+  nameCloseButtons(GTK_WIDGET(tabBar));
+  connections_.push_back(glib::connect<void(AdwTabView*, AdwTabPage*, int)>(
+      view_.get(), "page-attached",
+      [tabBar](AdwTabView*, AdwTabPage*, int) { nameCloseButtons(GTK_WIDGET(tabBar)); }));
   fillTabBar_ =
       async::Timer(tabOpeningTime, [this] { g_object_notify(G_OBJECT(view_.get()), "selected-page"); });
 }
