@@ -70,6 +70,7 @@ using namespace ondrel;
 constexpr int usageError = 2;
 // The name that the command has as an action of the application.
 constexpr const char* toggleAction = "toggle-visibility";
+constexpr std::string_view newWindowAction = "new-window";
 constexpr const char* packageName = "ondrel"; // of the machine's package system
 constexpr const char* backgroundOption = "--background";
 constexpr const char* exportIcon = "/org/velmora/Ondrel/highlight-export-icon.png";
@@ -358,7 +359,8 @@ End run(start::CommandLine commandLine, const start::ProgramFolders& folders,
                                         commandLine.background);
     if (!demo && !home->temporary().empty())
       program->warn(temporaryHomeAlert(home->temporary()));
-    if (!commandLine.command.empty()) // with a later turn, when the launch has ended
+    // With a later turn, when the launch has ended. That shows a window anyway.
+    if (!commandLine.command.empty() && commandLine.command != newWindowAction)
       async::EventLoop::current().post([&application, name = commandLine.command] {
         g_action_group_activate_action(G_ACTION_GROUP(application.native()), name.c_str(), nullptr);
       });
