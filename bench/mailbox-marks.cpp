@@ -23,6 +23,7 @@
 #include "support/PageServer.h"
 #include "web/DownloadNotices.h"
 #include "web/MessageFiles.h"
+#include "web/RunningDownloads.h"
 #include "web/WebServices.h"
 #include "web/WebView.h"
 #include "web/WebViewConfiguration.h"
@@ -70,7 +71,8 @@ class Tabs {
                                                          .uriLauncher = uriLauncher_,
                                                          .notifications = notifications_,
                                                          .messageFiles = messageFiles_,
-                                                         .downloadNotices = downloadNotices_},
+                                                         .downloadNotices = downloadNotices_,
+                                                         .runningDownloads = runningDownloads_},
         stack_(GTK_STACK(gtk_stack_new())),
         manager_(application_, settings_, sessionStore_, closedTabs_, clipboard_, services_,
                  [this](std::shared_ptr<web::WindowViewModel> model, std::shared_ptr<platform::Window>) {
@@ -143,6 +145,7 @@ class Tabs {
   support::FakeHttpClient http_;
   support::FakeFileWriter fileWriter_{files_};
   web::MessageFiles messageFiles_{http_, fileWriter_, files_, notifications_};
+  web::RunningDownloads runningDownloads_;
   web::DownloadNotices downloadNotices_{notifications_, application_, uriLauncher_};
   web::WebServices services_;
   GtkStack* stack_;

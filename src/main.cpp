@@ -249,7 +249,10 @@ class Program {
                     .textFormatting = textFormatting_,
                     .contentTypes = contentTypes_,
                     .decoder = decoder_,
-                    .makeFilesViewModel = [this] { return app_.makeFilesViewModel(); },
+                    .makeFilesViewModel =
+                        [this](std::weak_ptr<platform::Window> window) {
+                          return app_.makeFilesViewModel(std::move(window));
+                        },
                     .copyAppleMailLink = [this] { return app_.emailLinkService().copyAppleMailLink(); },
                     .openMailto = [this](const std::string& url) { app_.openMailto(url); },
                     .navigate =

@@ -4,10 +4,14 @@
 #include "async/Scope.h"
 #include "platform/Panels.h"
 #include "platform/Window.h"
+#include "web/RunningDownloads.h"
 #include "web/WindowViewModel.h"
 #include "web/page/LeaveQuestion.h"
 
+#include <fmt/format.h>
+
 #include <map>
+#include <optional>
 #include <utility>
 
 namespace ondrel::app {
@@ -15,8 +19,8 @@ namespace ondrel::app {
 namespace {
 
 struct Answers {
-  std::size_t missing;
-  async::Resolver<bool> complete;
+  std::size_t missing = 0;
+  std::optional<async::Resolver<bool>> complete;
   std::map<std::size_t, platform::LeaveReply> objections; // by the position of the page
 };
 
@@ -26,7 +30,7 @@ async::Task<void> askPage(std::shared_ptr<web::WindowViewModel> viewModel, std::
   if (objection)
     answers->objections.emplace(position, std::move(*objection));
   if (--answers->missing == 0)
-    answers->complete.resolve(true);
+    answers->complete->resolve(true);
 }
 
 platform::Alert leaveAlert() {
@@ -35,6 +39,34 @@ platform::Alert leaveAlert() {
           .style = platform::AlertStyle::warning,
           .buttons = {std::string(web::stayButton), std::string(web::leaveButton)},
           .escapeButton = std::string(web::stayButton)};
+}
+
+constexpr std::size_t mostNames = 3;
+
+// "“a.pdf”, “b.zip” and 2 more files are", of one at least.
+std::string namesOf(const std::vector<std::string>& files) {
+  const auto named = files.size() <= mostNames ? files.size() : mostNames - 1;
+  const auto others = files.size() - named;
+  std::string text;
+  for (std::size_t i = 0; i < named; ++i) {
+    const bool isLast = i + 1 == files.size();
+    text += fmt::format("{}“{}”", i == 0 ? "" : isLast ? " and " : ", ", files[i]);
+  }
+  if (others > 0)
+    text += fmt::format(" and {} more files", others);
+  return text + (files.size() == 1 ? " is" : " are");
+}
+
+platform::Alert quitAlert(const std::vector<std::string>& files, bool hasObjections) {
+  auto text = namesOf(files) + " still being downloaded. If you quit now, nothing of " +
+              (files.size() == 1 ? "it" : "them") + " is kept.";
+  if (hasObjections)
+    text += fmt::format(" {}.", web::leaveText);
+  return {.messageText = "Quit Before Downloads Are Finished?",
+          .informativeText = std::move(text),
+          .style = platform::AlertStyle::warning,
+          .buttons = {"Cancel", "Quit Anyway"},
+          .escapeButton = "Cancel"};
 }
 
 } // namespace
@@ -65,7 +97,20 @@ CloseQuestion::Pages CloseQuestion::pagesOf(const Windows& windows) const {
 }
 
 async::Task<bool> CloseQuestion::mayClose(Windows windows) {
-  while (busy_ && !pagesOf(windows).empty()) {
+  return decide(std::move(windows), false);
+}
+
+async::Task<bool> CloseQuestion::mayQuit(Windows windows) {
+  return decide(std::move(windows), true);
+}
+
+std::vector<std::string> CloseQuestion::endingDownloads(bool isEnd) const {
+  return isEnd ? downloads_.names() : std::vector<std::string>();
+}
+
+async::Task<bool> CloseQuestion::decide(Windows windows, bool isEnd) {
+  const auto isNothing = [&] { return pagesOf(windows).empty() && endingDownloads(isEnd).empty(); };
+  while (busy_ && !isNothing()) {
     if (const auto window = askedAbout_.lock())
       window->present();
     auto [resolver, future] = async::makeFuture<bool>();
@@ -74,31 +119,42 @@ async::Task<bool> CloseQuestion::mayClose(Windows windows) {
     if (!turn)
       co_return false;
   }
-  auto pages = pagesOf(windows);
-  if (pages.empty())
+  if (isNothing())
     co_return true;
   const Turn turn(*this);
-  co_return co_await ask(std::move(pages));
+  auto front = windows.empty() ? nullptr : windows.front();
+  co_return co_await ask(pagesOf(windows), std::move(front), isEnd);
 }
 
-async::Task<bool> CloseQuestion::ask(Pages pages) {
-  auto [resolver, future] = async::makeFuture<bool>();
-  const auto answers = std::make_shared<Answers>(pages.size(), std::move(resolver));
-  async::Scope asking;
-  for (std::size_t i = 0; i < pages.size(); ++i)
-    asking.spawn(askPage(pages[i].second, i, answers));
-  const auto complete = co_await std::move(future);
-  if (!complete)
-    co_return false;
-  if (answers->objections.empty())
+async::Task<bool> CloseQuestion::ask(Pages pages, std::shared_ptr<platform::Window> front, bool isEnd) {
+  const auto answers = std::make_shared<Answers>();
+  if (!pages.empty()) {
+    auto [resolver, future] = async::makeFuture<bool>();
+    answers->missing = pages.size();
+    answers->complete.emplace(std::move(resolver));
+    async::Scope asking;
+    for (std::size_t i = 0; i < pages.size(); ++i)
+      asking.spawn(askPage(pages[i].second, i, answers));
+    const auto complete = co_await std::move(future);
+    if (!complete)
+      co_return false;
+  }
+  // Some may have ended meanwhile.
+  const auto downloads = endingDownloads(isEnd);
+  const bool hasObjections = !answers->objections.empty();
+  if (!hasObjections && downloads.empty())
     co_return true;
 
   // The user sees what is asked about.
-  const auto& first = pages[answers->objections.begin()->first].first;
-  first->unminimize();
-  first->present();
-  askedAbout_ = first;
-  const auto pressed = co_await panels_.runAlert(leaveAlert(), first);
+  if (hasObjections)
+    front = pages[answers->objections.begin()->first].first;
+  if (front) {
+    front->unminimize();
+    front->present();
+  }
+  askedAbout_ = front;
+  auto alert = downloads.empty() ? leaveAlert() : quitAlert(downloads, hasObjections);
+  const auto pressed = co_await panels_.runAlert(std::move(alert), front);
   const bool leave = pressed == platform::Panels::firstButton + 1;
   for (auto& [position, objection] : answers->objections)
     std::move(objection)(leave);

@@ -18,7 +18,7 @@ void Quitting::requestRestart() {
 
 async::Task<void> Quitting::quit(bool restarts) {
   auto windows = application_.orderedWindows();
-  const bool mayGo = co_await question_.mayClose(std::move(windows));
+  const bool mayGo = co_await question_.mayQuit(std::move(windows));
   if (!mayGo)
     co_return;
   const bool lettersHaveLeft = co_await letLettersLeave(application_, windows_, panels_);

@@ -12,8 +12,9 @@ namespace ondrel::app {
 class CloseQuestion;
 class WindowManager;
 
-// The user's way out of the program: it ends when its pages may go and the letters that are under way have
-// left. What the desktop orders (a signal, the end of the session) doesn't come this way and ends it at once.
+// The user's way out of the program: it ends when its pages may go, the user has given up the downloads that
+// are under way, and the letters have left. What the desktop orders (a signal, the end of the session)
+// doesn't come this way and ends it at once.
 class Quitting {
  public:
   // All outlive this object.

@@ -41,13 +41,14 @@ OndrelApp::OndrelApp(const PlatformAbilities& platform, settings::Site site, con
                    platform.uriLauncher,
                    notificationManager_,
                    messageFiles_,
-                   downloadNotices_},
+                   downloadNotices_,
+                   runningDownloads_},
       sessionStore_(platform.directories, platform.files), closedTabs_(platform.directories, platform.files),
       appDelegate_(platform.application, platform.programInfo, platform.defaults, platform.directories,
                    platform.files, lifecycle_),
       windowManager_(platform.application, settings_, sessionStore_, closedTabs_, platform.clipboard,
                      webServices_, makeContentFactory(webServices_), platform.startsInBackground),
-      closeQuestion_(windowManager_, platform.panels),
+      closeQuestion_(windowManager_, platform.panels, runningDownloads_),
       quitting_(platform.application, windowManager_, closeQuestion_, platform.panels),
       jmapSession_({.settings = settings_,
                     .webViews = platform.webViews,
@@ -84,10 +85,7 @@ OndrelApp::OndrelApp(const PlatformAbilities& platform, settings::Site site, con
            .files = platform.files,
            .printer = platform.printer,
            .frontWindow = [&application = platform.application] { return application.frontWindow(); },
-           .watchDownload =
-               [this, &application = platform.application](auto item) {
-                 downloadNotices_.watch(std::move(item), application.focusedWindow());
-               },
+           .watchDownload = {}, // each window's own
            .openMessage = [this](const std::string& url,
                                  const std::string& emailId) { emailLinkService_.navigate(url, emailId); }}),
       getAddressCommand_(platform.scripting, emailLinkService_, windowManager_),
@@ -226,6 +224,16 @@ void OndrelApp::startAnnouncements(const PlatformAbilities& platform) {
       windowManager_.openMainWindow();
   };
   announcements_.start(announcementInterval);
+}
+
+std::unique_ptr<attachments::FilesViewModel>
+OndrelApp::makeFilesViewModel(std::weak_ptr<platform::Window> window) {
+  auto services = filesServices_;
+  services.watchDownload = [this, window = std::move(window)](const auto& item) {
+    runningDownloads_.add(item);
+    downloadNotices_.watch(item, window);
+  };
+  return std::make_unique<attachments::FilesViewModel>(std::move(services));
 }
 
 void OndrelApp::openMailto(const std::string& url) {

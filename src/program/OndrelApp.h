@@ -41,6 +41,7 @@
 #include "shortcuts/KeyboardShortcuts.h"
 #include "web/DownloadNotices.h"
 #include "web/MessageFiles.h"
+#include "web/RunningDownloads.h"
 #include "web/WebServices.h"
 #include "web/WebViewConfiguration.h"
 
@@ -149,9 +150,7 @@ class OndrelApp {
   integrations::ServerLocationChecker& serverLocation() { return serverLocation_; }
   jmap::JMAPSession& jmapSession() { return jmapSession_; }
   // One for each window of all attachments; goes before this object.
-  std::unique_ptr<attachments::FilesViewModel> makeFilesViewModel() {
-    return std::make_unique<attachments::FilesViewModel>(filesServices_);
-  }
+  std::unique_ptr<attachments::FilesViewModel> makeFilesViewModel(std::weak_ptr<platform::Window> window);
   mcp::MCPSettingsModel& mcpSettings() { return mcpSettings_; }
   AppLifecycleService& lifecycle() { return lifecycle_; }
   const web::WebServices& webServices() const { return webServices_; }
@@ -169,6 +168,7 @@ class OndrelApp {
   jmap::NotificationManager notificationManager_;
   web::MessageFiles messageFiles_;
   web::DownloadNotices downloadNotices_;
+  web::RunningDownloads runningDownloads_;
   integrations::ScriptsManager scriptsManager_;
   web::WebServices webServices_;
   app::SessionStore sessionStore_;

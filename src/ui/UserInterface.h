@@ -63,7 +63,8 @@ class UserInterface {
     const platform::TextFormatting& textFormatting;
     const platform::ContentTypes& contentTypes;
     platform::DocumentDecoder& decoder;
-    std::function<std::unique_ptr<attachments::FilesViewModel>()> makeFilesViewModel;
+    std::function<std::unique_ptr<attachments::FilesViewModel>(std::weak_ptr<platform::Window>)>
+        makeFilesViewModel;
     std::function<async::Task<void>()> copyAppleMailLink; // to the message in front
     std::function<void(const std::string& url)> openMailto;
     // Shows a message of the service; the id of the email where it is known.

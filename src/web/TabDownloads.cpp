@@ -4,6 +4,7 @@
 #include "platform/Download.h"
 #include "platform/Panels.h"
 #include "web/DownloadNotices.h"
+#include "web/RunningDownloads.h"
 #include "web/WebServices.h"
 #include "web/WindowViewModel.h"
 #include "web/page/DownloadItem.h"
@@ -107,6 +108,7 @@ void TabDownloads::list(const std::shared_ptr<DownloadItem>& item) {
 }
 
 void TabDownloads::show(const std::shared_ptr<DownloadItem>& item) {
+  services_.runningDownloads.add(item);
   const auto viewModel = viewModel_.lock();
   if (!viewModel)
     return;

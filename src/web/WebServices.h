@@ -27,6 +27,7 @@ namespace ondrel::web {
 class DownloadNotices;
 class MessageFiles;
 class PageScripts;
+class RunningDownloads;
 class WindowViewModel;
 
 // What every tab stands on. Made once; outlives all tabs.
@@ -40,6 +41,7 @@ struct WebServices {
   jmap::NotificationManager& notifications;
   MessageFiles& messageFiles;
   DownloadNotices& downloadNotices;
+  RunningDownloads& runningDownloads;
   // What features take of the pages' messages.
   ScriptMessageRouter messages{};
   // Begins the letter of a "mailto" link here; false where the user has another program for that.

@@ -2,6 +2,7 @@
 
 #include "app/Quitting.h"
 #include "support/TestShell.h"
+#include "web/page/DownloadItem.h"
 
 #include <gtest/gtest.h>
 
@@ -19,7 +20,7 @@ class CloseQuestionTest : public testing::Test {
     shell.start();
     shell.manager->newTab();
     shell.manager->newTab();
-    question.emplace(*shell.manager, shell.panels);
+    question.emplace(*shell.manager, shell.panels, shell.runningDownloads);
     quitting.emplace(shell.application, *shell.manager, *question, shell.panels);
     shell.application.setCloseQuestion([this](std::vector<std::shared_ptr<platform::Window>> windows) {
       return question->mayClose(windows);
@@ -81,6 +82,46 @@ TEST_F(CloseQuestionTest, QuittingAsksOnceForAll) {
   EXPECT_EQ(shell.panels.alerts.size(), 2U);
   EXPECT_EQ(*page(2)->leaveAnswers, (std::vector{false, true}));
   EXPECT_EQ(page(1)->closeQuestions, 2);
+}
+
+// They ended with the program, without a word.
+TEST_F(CloseQuestionTest, QuittingNamesTheDownloadsThatWouldEnd) {
+  using Kind = web::DownloadState::Kind;
+  std::vector<std::shared_ptr<web::DownloadItem>> items;
+  for (const auto& [name, kind] :
+       std::vector<std::pair<std::string, Kind>>{{"a\u202E.zip", Kind::downloading},
+                                                 {"b.pdf", Kind::waiting},
+                                                 {"c", Kind::waiting},
+                                                 {"d", Kind::waiting}}) {
+    items.push_back(std::make_shared<web::DownloadItem>(name, "/downloads/" + name, kind, [] {}));
+    shell.runningDownloads.add(items.back());
+  }
+  answer(false);
+  shell.application.all.at(2)->requestClose();
+  shell.settle();
+  EXPECT_TRUE(shell.panels.alerts.empty()) << "they go on without their window";
+  const auto asked = [&] {
+    quitting->request();
+    shell.settle();
+    EXPECT_EQ(shell.panels.alerts.back().escapeButton, "Cancel");
+    return shell.panels.alerts.back().informativeText;
+  };
+  EXPECT_EQ(asked(), "“a.zip”, “b.pdf” and 2 more files are still being downloaded. "
+                     "If you quit now, nothing of them is kept.");
+  items[1]->cancel();
+  items[3]->markFailed("disk full");
+  EXPECT_TRUE(asked().starts_with("“a.zip” and “c” are still"));
+  items[2]->markFinished();
+  page(0)->keepsUser = true;
+  EXPECT_EQ(asked(), "“a.zip” is still being downloaded. If you quit now, nothing of it is kept. "
+                     "Changes that you made may not be saved.");
+  EXPECT_EQ(shell.panels.alerts.size(), 3U) << "one question for both";
+  EXPECT_EQ(*page(0)->leaveAnswers, (std::vector{false}));
+  EXPECT_EQ(ends, 0);
+  answer(true);
+  asked();
+  EXPECT_EQ(ends, 1);
+  EXPECT_EQ(*page(0)->leaveAnswers, (std::vector{false, true}));
 }
 
 TEST_F(CloseQuestionTest, WishesAreAskedAboutInTurn) {

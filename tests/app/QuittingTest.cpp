@@ -20,7 +20,7 @@ struct LetterAndQuit {
     model = shell.focusedModel();
     model->letterIsLeaving.set(hasLetter);
     ended = shell.application.aboutToQuit.subscribe([this] { ++ends; });
-    question.emplace(*shell.manager, shell.panels);
+    question.emplace(*shell.manager, shell.panels, shell.runningDownloads);
     quitting.emplace(shell.application, *shell.manager, *question, shell.panels);
     quitting->request();
     shell.settle();

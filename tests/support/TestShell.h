@@ -17,6 +17,7 @@
 #include "support/TestSite.h"
 #include "web/DownloadNotices.h"
 #include "web/MessageFiles.h"
+#include "web/RunningDownloads.h"
 #include "web/WebServices.h"
 #include "web/WebView.h"
 #include "web/WebViewConfiguration.h"
@@ -87,9 +88,10 @@ class TestShell {
   FakeHttpClient http;
   FakeFileWriter fileWriter{files};
   web::MessageFiles messageFiles{http, fileWriter, files, notifications};
+  web::RunningDownloads runningDownloads;
   web::DownloadNotices downloadNotices{notifications, application, uriLauncher};
-  web::WebServices services{settings,    scripts,       application,  webViews,       panels,
-                            uriLauncher, notifications, messageFiles, downloadNotices};
+  web::WebServices services{settings,    scripts,       application,  webViews,        panels,
+                            uriLauncher, notifications, messageFiles, downloadNotices, runningDownloads};
   app::SessionStore sessionStore{files, files};
   std::optional<app::ClosedTabs> closedTabs; // read with the start
   std::vector<std::pair<std::weak_ptr<platform::Window>, Content*>> contents;

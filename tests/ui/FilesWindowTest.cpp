@@ -116,7 +116,7 @@ class FilesWindowTest : public ShellTest {
                                            .formatting = formatting,
                                            .preview = panel,
                                            .launcher = shell.uriLauncher,
-                                           .makeViewModel = [this] { return service.makeModel(); }});
+                                           .makeViewModel = [this](const auto&) { return service.makeModel(); }});
   GtkWidget* root = nullptr;
   std::size_t served = 0; // files
 };

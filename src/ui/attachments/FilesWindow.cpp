@@ -38,7 +38,7 @@ void FilesWindow::open() {
   window_->setTabbingMode(platform::TabbingMode::disallowed);
   if (const auto frame = savedFrame(services_.defaults, frameName))
     window_->setFrame(*frame);
-  view_.emplace(services_.makeViewModel(), FilesView::Services{.formatting = services_.formatting,
+  view_.emplace(services_.makeViewModel(window_), FilesView::Services{.formatting = services_.formatting,
                                                                .preview = services_.preview,
                                                                .launcher = services_.launcher,
                                                                .close = [this] {

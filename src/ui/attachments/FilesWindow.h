@@ -26,7 +26,9 @@ class FilesWindow {
     const platform::TextFormatting& formatting;
     PreviewPanel& preview;
     platform::UriLauncher& launcher;
-    std::function<std::unique_ptr<attachments::FilesViewModel>()> makeViewModel;
+    // For a window, where the user sees how its downloads end.
+    std::function<std::unique_ptr<attachments::FilesViewModel>(std::weak_ptr<platform::Window>)>
+        makeViewModel;
   };
 
   explicit FilesWindow(Services services);
