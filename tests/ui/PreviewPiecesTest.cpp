@@ -57,6 +57,8 @@ TEST(PageSelectionTest, TakesWhatIsBetweenTwoPlaces) {
   EXPECT_EQ(between({0.15, 0.35}, {0.25, 0.15}), "b\nc") << "upwards";
   EXPECT_EQ(between({0.0, 0.0}, {0.9, 0.15}), "ab") << "beside the line";
   EXPECT_EQ(between({-5, -5}, {5, 5}), "ab\ncd");
+  EXPECT_EQ(selectedText(text, textFrom(text, {0.25, 0.15})), "b\ncd") << "on to the next page";
+  EXPECT_EQ(selectedText(text, textUpTo(text, {0.15, 0.35})), "ab\nc") << "from the page before";
   EXPECT_EQ(lineBoxes(text, {0, 5}).size(), 2U);
   EXPECT_EQ(selectedText({}, textBetween({}, {}, {})), "");
 }

@@ -54,6 +54,16 @@ TextRange textBetween(const platform::PageText& text, PagePoint from, PagePoint 
   return {std::min(*first, *last), std::max(*first, *last) + 1};
 }
 
+TextRange textFrom(const platform::PageText& text, PagePoint from) {
+  const auto first = nearest(text, from);
+  return first ? TextRange{*first, text.characters.size()} : TextRange{};
+}
+
+TextRange textUpTo(const platform::PageText& text, PagePoint to) {
+  const auto last = nearest(text, to);
+  return last ? TextRange{0, *last + 1} : TextRange{};
+}
+
 std::vector<Box> lineBoxes(const platform::PageText& text, TextRange range) {
   std::vector<Box> lines;
   for (std::size_t i = range.begin; i < std::min(range.end, text.boxes.size()); ++i) {

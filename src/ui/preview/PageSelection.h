@@ -24,6 +24,10 @@ struct TextRange {
 // The text between two places, the characters under both included; empty where there is none near.
 TextRange textBetween(const platform::PageText& text, PagePoint from, PagePoint to);
 
+// The same to the end of the page, and from its beginning.
+TextRange textFrom(const platform::PageText& text, PagePoint from);
+TextRange textUpTo(const platform::PageText& text, PagePoint to);
+
 // What covers it, a box for each line.
 std::vector<platform::PageText::Box> lineBoxes(const platform::PageText& text, TextRange range);
 

@@ -21,6 +21,7 @@ constexpr double pageGap = 12;
 constexpr double pixelsPerPoint = 96.0 / 72.0;
 constexpr double zoomStep = 1.25;
 constexpr double wheelStep = 1.1;
+constexpr double longestPull = 40; // pixels at a time
 // Images larger than they are gain nothing by it, save drawings, which name a small size or none.
 constexpr double longestImageSide = 2048;
 // Pages out of sight that stay drawn, above and below.
@@ -90,7 +91,7 @@ PagesPart::PagesPart(std::unique_ptr<platform::DecodedDocument> document, Option
   connections_.push_back(glib::onNotify(canvas_.get(), "scale-factor", [this] { moved_.send(); }));
   addGestures();
   if (isPdf())
-    selection_.emplace(*document_, layout_, canvas_.get());
+    selection_.emplace(*document_, layout_, canvas_.get(), [this](double y) { return pull(y); });
   scope_.spawn(follow());
   scope_.spawn(document_->isAnimation() && animationsAreWanted() ? animate() : fetch());
 }
@@ -145,9 +146,17 @@ bool PagesPart::scroll(int step) {
   return true;
 }
 
+double PagesPart::pull(double y) {
+  const auto top = gtk_adjustment_get_value(vertical_);
+  const auto beyond =
+      std::min(y - top, 0.0) + std::max(y - top - gtk_adjustment_get_page_size(vertical_), 0.0);
+  gtk_adjustment_set_value(vertical_, top + std::clamp(beyond, -longestPull, longestPull));
+  return gtk_adjustment_get_value(vertical_) - top;
+}
+
 bool PagesPart::selectAll() {
   if (selection_)
-    selection_->selectAll(visible().first);
+    selection_->selectAll();
   return selection_.has_value();
 }
 
@@ -265,7 +274,7 @@ async::Task<void> PagesPart::animate() {
   }
 }
 
-void PagesPart::draw(GtkSnapshot* snapshot) const {
+void PagesPart::draw(GtkSnapshot* snapshot) {
   const auto [first, end] = visible();
   for (auto page = first; page < end; ++page) {
     const auto& box = layout_.boxes()[page];

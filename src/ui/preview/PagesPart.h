@@ -58,7 +58,8 @@ class PagesPart final : public PreviewPart {
   void setScale(double scale);
   void arrange();
   void tellPage();
-  void draw(GtkSnapshot* snapshot) const;
+  void draw(GtkSnapshot* snapshot);
+  double pull(double y);
   std::pair<std::size_t, std::size_t> visible() const;
   Wanted wanted(std::size_t page) const;
   std::optional<Wanted> missing();

@@ -1,6 +1,10 @@
 #include "ui/preview/PagesSelection.h"
 
+#include "async/sleep.h"
+
 #include <algorithm>
+#include <chrono>
+#include <utility>
 
 namespace ondrel::ui {
 
@@ -8,13 +12,26 @@ namespace {
 
 // Pages are white in dark style too.
 constexpr GdkRGBA colour{0.21F, 0.52F, 0.89F, 0.35F};
-constexpr std::size_t mostTexts = 8; // that are kept
+constexpr std::size_t keptTexts = 64; // before and behind the last one that was needed
+constexpr std::chrono::milliseconds pullPause{40};
 
 } // namespace
 
+TextRange PagesSelection::Span::on(std::size_t page, const platform::PageText& text) const {
+  if (isEmpty() || !holds(page))
+    return {};
+  const bool isFirst = !isAll && page == first.page;
+  const bool isLast = !isAll && page == last.page;
+  if (isFirst && isLast)
+    return textBetween(text, first.point, last.point);
+  if (isFirst)
+    return textFrom(text, first.point);
+  return isLast ? textUpTo(text, last.point) : TextRange{0, text.characters.size()};
+}
+
 PagesSelection::PagesSelection(platform::DecodedDocument& document, const PageLayout& layout,
-                               GtkWidget* canvas)
-    : document_(document), layout_(layout), canvas_(canvas) {
+                               GtkWidget* canvas, Pull pull)
+    : document_(document), layout_(layout), canvas_(canvas), pull_(std::move(pull)) {
   auto* drag = gtk_gesture_drag_new();
   connections_.push_back(glib::connect<void(GtkGestureDrag*, double, double)>(
       drag, "drag-begin", [this](GtkGestureDrag*, double x, double y) { begin(x, y); }));
@@ -25,75 +42,69 @@ PagesSelection::PagesSelection(platform::DecodedDocument& document, const PageLa
         if (gtk_gesture_drag_get_start_point(gesture, &x, &y))
           extend(x + dx, y + dy);
       }));
+  connections_.push_back(glib::connect<void(GtkGestureDrag*, double, double)>(
+      drag, "drag-end", [this](GtkGestureDrag*, double, double) { pulling_.stop(); }));
   gtk_widget_add_controller(canvas, GTK_EVENT_CONTROLLER(drag));
   gtk_widget_set_cursor_from_name(canvas, "text");
 }
 
-PagePoint PagesSelection::pointOn(std::size_t page, double x, double y) const {
-  const auto& box = layout_.boxes()[page];
-  return {(x - box.x) / box.width, (y - box.y) / box.height};
+// Between two pages it is the lower one.
+PagesSelection::Place PagesSelection::placeAt(double x, double y) const {
+  const auto& boxes = layout_.boxes();
+  const auto page = std::min(layout_.within(y, y + 1).first, boxes.size() - 1);
+  const auto& box = boxes[page];
+  return {page, {(x - box.x) / box.width, (y - box.y) / box.height}};
 }
 
 void PagesSelection::begin(double x, double y) {
   gtk_widget_grab_focus(canvas_);
-  page_.reset();
-  range_ = {};
   isAll_ = false;
-  const auto page = layout_.within(y, y + 1).first;
-  if (page < layout_.boxes().size()) {
-    page_ = page;
-    from_ = to_ = pointOn(page, x, y);
-    if (!texts_.contains(page))
-      scope_.spawn(fetch(page));
-  }
+  from_ = to_ = placeAt(x, y);
   gtk_widget_queue_draw(canvas_);
 }
 
 void PagesSelection::extend(double x, double y) {
-  if (!page_)
-    return;
-  to_ = pointOn(*page_, x, y);
-  update();
+  to_ = placeAt(x, y);
+  gtk_widget_queue_draw(canvas_);
+  const auto moved = pull_(y);
+  pulling_.stop();
+  if (moved != 0)
+    pulling_ = async::Timer(pullPause, [this, x, y, moved] { extend(x, y + moved); });
 }
 
-void PagesSelection::selectAll(std::size_t page) {
-  page_ = page;
+void PagesSelection::selectAll() {
   isAll_ = true;
-  if (!texts_.contains(page))
-    scope_.spawn(fetch(page));
-  update();
-}
-
-void PagesSelection::update() {
-  const auto* written = page_ ? text(*page_) : nullptr;
-  const bool isClick = from_.x == to_.x && from_.y == to_.y;
-  if (!written || (isClick && !isAll_))
-    return;
-  range_ = isAll_ ? TextRange{0, written->characters.size()} : textBetween(*written, from_, to_);
   gtk_widget_queue_draw(canvas_);
 }
 
-const platform::PageText* PagesSelection::text(std::size_t page) const {
-  const auto found = texts_.find(page);
-  return found != texts_.end() && found->second ? &*found->second : nullptr;
+PagesSelection::Span PagesSelection::span() const {
+  if (isAll_)
+    return {{}, {layout_.boxes().size() - 1, {}}, true};
+  return from_.key() < to_.key() ? Span{from_, to_} : Span{to_, from_};
 }
 
 async::Task<void> PagesSelection::fetch(std::size_t page) {
-  if (texts_.size() >= mostTexts)
-    std::erase_if(texts_, [this](const auto& each) { return each.second && each.first != page_; });
+  std::erase_if(texts_, [page](const auto& each) {
+    return each.second && (each.first + keptTexts < page || each.first > page + keptTexts);
+  });
   texts_[page].reset();
   auto written = co_await document_.text(static_cast<int>(page));
   // A page whose text can't be read has none to select.
   texts_[page] = written ? std::move(*written) : platform::PageText();
-  update();
+  gtk_widget_queue_draw(canvas_);
 }
 
-void PagesSelection::draw(GtkSnapshot* snapshot, std::size_t page) const {
-  const auto* written = page_ == page ? text(page) : nullptr;
-  if (!written || range_.begin == range_.end)
+void PagesSelection::draw(GtkSnapshot* snapshot, std::size_t page) {
+  const auto selected = span();
+  if (selected.isEmpty() || !selected.holds(page))
+    return;
+  const auto [found, isNew] = texts_.try_emplace(page);
+  if (isNew)
+    scope_.spawn(fetch(page));
+  if (!found->second)
     return;
   const auto& box = layout_.boxes()[page];
-  for (const auto& line : lineBoxes(*written, range_)) {
+  for (const auto& line : lineBoxes(*found->second, selected.on(page, *found->second))) {
     const graphene_rect_t area{{static_cast<float>(box.x + line.left * box.width),
                                 static_cast<float>(box.y + line.top * box.height)},
                                {static_cast<float>((line.right - line.left) * box.width),
@@ -102,12 +113,28 @@ void PagesSelection::draw(GtkSnapshot* snapshot, std::size_t page) const {
   }
 }
 
-bool PagesSelection::copy() const {
-  const auto* written = page_ ? text(*page_) : nullptr;
-  if (!written || range_.begin == range_.end)
-    return false;
-  gdk_clipboard_set_text(gtk_widget_get_clipboard(canvas_), selectedText(*written, range_).c_str());
-  return true;
+bool PagesSelection::copy() {
+  const auto selected = span();
+  copying_.cancel();
+  if (!selected.isEmpty())
+    copying_ = scope_.spawn(gather(selected));
+  return !selected.isEmpty();
+}
+
+async::Task<void> PagesSelection::gather(Span selected) {
+  std::string text;
+  for (auto page = selected.first.page; page <= selected.last.page; ++page) {
+    const auto written = co_await document_.text(static_cast<int>(page));
+    const bool isReplaced = co_await async::cancelled();
+    if (isReplaced)
+      co_return;
+    if (!written)
+      continue;
+    const auto part = selectedText(*written, selected.on(page, *written));
+    text += (text.empty() || part.empty() ? "" : "\n") + part;
+  }
+  if (!text.empty())
+    gdk_clipboard_set_text(gtk_widget_get_clipboard(canvas_), text.c_str());
 }
 
 } // namespace ondrel::ui
