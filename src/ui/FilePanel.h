@@ -20,6 +20,9 @@ class FilePanel final : public PreviewPanel {
   }
   void showLoading(const std::string& name) override { window_.showLoading(name); }
   void showError(const std::string& text) override { window_.showError(text); }
+  void setNeighbours(Neighbours neighbours) override {
+    window_.setNeighbours(neighbours.previous, neighbours.next);
+  }
   bool isOpen() const override { return window_.isOpen(); }
   void close() override { window_.close(); }
 

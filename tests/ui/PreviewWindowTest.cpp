@@ -146,6 +146,10 @@ TEST_F(PreviewWindowTest, GoesByTheKeys) {
   EXPECT_EQ(width("preview-canvas"), fitted);
 
   EXPECT_TRUE(press(GDK_KEY_Right));
+  EXPECT_FALSE(gtk_widget_get_sensitive(find(root, "preview-next")));
+  EXPECT_TRUE(steps.empty()) << "there is nothing beside it";
+  preview.setNeighbours(true, true);
+  EXPECT_TRUE(press(GDK_KEY_Right));
   EXPECT_TRUE(press(GDK_KEY_Left));
   click(find(root, "preview-next"));
   EXPECT_THAT(steps, testing::ElementsAre(1, -1, 1));

@@ -26,7 +26,7 @@ struct Toolkit final : testing::Environment {
 [[maybe_unused]] const auto* const toolkit = testing::AddGlobalTestEnvironment(new Toolkit);
 
 void collectTexts(GtkWidget* widget, std::vector<std::string>& texts) {
-  if (!gtk_widget_get_visible(widget) ||
+  if (!gtk_widget_get_visible(widget) || !gtk_widget_get_child_visible(widget) ||
       (GTK_IS_REVEALER(widget) && !gtk_revealer_get_reveal_child(GTK_REVEALER(widget))))
     return;
   if (GTK_IS_STACK(gtk_widget_get_parent(widget)) &&
@@ -34,6 +34,8 @@ void collectTexts(GtkWidget* widget, std::vector<std::string>& texts) {
     return;
   if (GTK_IS_LABEL(widget) && *gtk_label_get_text(GTK_LABEL(widget)))
     texts.emplace_back(gtk_label_get_text(GTK_LABEL(widget)));
+  if (GTK_IS_INSCRIPTION(widget) && gtk_inscription_get_text(GTK_INSCRIPTION(widget)))
+    texts.emplace_back(gtk_inscription_get_text(GTK_INSCRIPTION(widget)));
   for (auto* child = gtk_widget_get_first_child(widget); child; child = gtk_widget_get_next_sibling(child))
     collectTexts(child, texts);
 }

@@ -1,296 +1,425 @@
 #include "ui/attachments/AttachmentList.h"
 
+#include "ui/attachments/AttachmentRow.h"
 #include "ui/attachments/AttachmentTexts.h"
+#include "ui/attachments/RowsArea.h"
 #include "ui/widgets/Widgets.h"
-
-#include <adwaita.h>
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace ondrel::ui {
 
 namespace {
 
 // Rows that the list flies over need no picture.
-constexpr std::chrono::milliseconds rest{120};
+constexpr std::chrono::milliseconds restTime{120};
 // Filled beyond the edges, so that a step of the wheel shows no empty row.
-constexpr double margin = 2;
+constexpr std::size_t margin = 2;
 
 } // namespace
 
-// A place of the toolkit's list, with the row that stands there for the time being.
+// A widget with the row that it shows for the time being.
 struct AttachmentList::Slot {
-  glib::Ref<GtkListItem> item;
   AttachmentRow row;
-  bool isFilled = false;
+  std::optional<std::size_t> position = std::nullopt;  // absent: it shows none
   std::optional<std::string> thumbnail = std::nullopt; // the blob that was asked for
-
-  const jmap::AttachmentInfo* attachment() const {
-    auto* bound = gtk_list_item_get_item(item.get());
-    return bound ? attachmentOf(bound) : nullptr;
-  }
 };
 
 AttachmentList::AttachmentList(attachments::FilesViewModel& files, const platform::TextFormatting& formatting,
-                               AttachmentListModel& model, GtkWidget* foot, Events events)
-    : files_(files), formatting_(formatting), model_(model), foot_(glib::share(foot)),
-      events_(std::move(events)), height_(AttachmentRow::naturalHeight()) {
-  auto* factory = gtk_signal_list_item_factory_new();
-  using Factory = GtkSignalListItemFactory;
-  connections_.push_back(glib::connect<void(Factory*, GtkListItem*)>(
-      GTK_SIGNAL_LIST_ITEM_FACTORY(factory), "setup", [this](Factory*, GtkListItem* item) { setUp(item); }));
-  connections_.push_back(glib::connect<void(Factory*, GtkListItem*)>(
-      GTK_SIGNAL_LIST_ITEM_FACTORY(factory), "bind", [this](Factory*, GtkListItem* item) { bind(item); }));
-  connections_.push_back(glib::connect<void(Factory*, GtkListItem*)>(
-      GTK_SIGNAL_LIST_ITEM_FACTORY(factory), "unbind", [this](Factory*, GtkListItem* item) {
-        if (const auto found = slots_.find(item); found != slots_.end())
-          leave(*found->second);
-        if (item == footItem_)
-          releaseFoot();
-      }));
-  connections_.push_back(glib::connect<void(Factory*, GtkListItem*)>(
-      GTK_SIGNAL_LIST_ITEM_FACTORY(factory), "teardown",
-      [this](Factory*, GtkListItem* item) { slots_.erase(item); }));
-
-  view_ = gtk_list_view_new(GTK_SELECTION_MODEL(g_object_ref(model_.native())), factory);
-  gtk_widget_set_name(view_, "attachments");
-  gtk_widget_add_css_class(view_, "attachments");
-  setAccessibleLabel(view_, "Attached Files");
-  connections_.push_back(
-      glib::connect<void(GtkListView*, guint)>(view_, "activate", [this](GtkListView*, guint position) {
-        if (position < files_.rowCount())
-          events_.doubleClicked(files_.row(position));
-      }));
-
-  scrolled_ = gtk_scrolled_window_new();
+                               AttachmentSelection& selection, GtkWidget* foot, Events events)
+    : files_(files), formatting_(formatting), selection_(selection), events_(std::move(events)),
+      dateCharacters_(dateCharacters(formatting)),
+      view_(makeRowsArea({.width = [this] { return width(); },
+                          .allocate = [this](int width, int height) { allocate(width, height); },
+                          .moveFocus = [this](GtkDirectionType direction) { return moveFocus(direction); }})),
+      scrolled_(gtk_scrolled_window_new()),
+      scroll_(gtk_scrolled_window_get_vadjustment(GTK_SCROLLED_WINDOW(scrolled_))), foot_(foot) {
+  gtk_widget_set_name(view_.get(), "attachments");
+  gtk_widget_add_css_class(view_.get(), "attachments");
+  setAccessibleLabel(view_.get(), "Attached Files");
+  gtk_widget_set_parent(foot_, view_.get());
+  gtk_widget_set_child_visible(foot_, FALSE);
+  freeSlot();
   gtk_widget_set_vexpand(scrolled_, TRUE);
   gtk_scrolled_window_set_policy(GTK_SCROLLED_WINDOW(scrolled_), GTK_POLICY_NEVER, GTK_POLICY_AUTOMATIC);
-  gtk_scrolled_window_set_child(GTK_SCROLLED_WINDOW(scrolled_), view_);
-  scroll_ = gtk_scrolled_window_get_vadjustment(GTK_SCROLLED_WINDOW(scrolled_));
-  connections_.push_back(
-      glib::connect<void(GtkAdjustment*)>(scroll_, "changed", [this](GtkAdjustment*) { lookSoon(); }));
-  connections_.push_back(glib::connect<void(GtkAdjustment*)>(
-      scroll_, "value-changed",
-      [this](GtkAdjustment*) {
-        // In the middle of a layout, whose rows are not all in their places, the widgets stay as they are.
-        if (tick_ == 0)
-          look();
-      },
-      G_CONNECT_AFTER));
-
-  subscriptions_.push_back(files_.rowsChanged.subscribe([this](const auto&) { lookSoon(); }));
-  subscriptions_.push_back(files_.thumbnailChanged.subscribe([this](const std::string& blobId) {
-    for (auto* slot : filled([&](const auto& attachment) { return attachment.blobId == blobId; }))
-      slot->row.setThumbnail(files_.thumbnail(blobId));
-  }));
-  subscriptions_.push_back(files_.busyChanged.subscribe([this](const std::string& id) {
-    for (auto* slot : filled([&](const auto& attachment) { return attachment.id == id; }))
-      slot->row.setBusy(files_.isBusy(id));
-  }));
+  gtk_scrolled_window_set_child(GTK_SCROLLED_WINDOW(scrolled_), view_.get());
+  addController();
+  follow();
 }
 
 AttachmentList::~AttachmentList() {
   if (tick_ != 0)
-    gtk_widget_remove_tick_callback(view_, tick_);
-  // The toolkit counts the rows when it lets go of them.
-  gtk_list_view_set_model(GTK_LIST_VIEW(view_), nullptr);
+    gtk_widget_remove_tick_callback(view_.get(), tick_);
+  connections_.clear();
+  closeRowsArea(view_.get());
 }
 
-void AttachmentList::setUp(GtkListItem* item) {
-  auto slot =
-      std::make_unique<Slot>(Slot{glib::share(item), AttachmentRow(height_, [this, item](AttachmentRow&) {
-                                    if (const auto found = slots_.find(item); found != slots_.end())
-                                      showMenu(*found->second);
-                                  })});
-  slots_.emplace(item, std::move(slot));
+void AttachmentList::addController() {
+  auto* keys = gtk_event_controller_key_new();
+  connections_.push_back(glib::connect<gboolean(GtkEventControllerKey*, guint, guint, GdkModifierType)>(
+      keys, "key-pressed",
+      [this](GtkEventControllerKey*, guint key, guint, GdkModifierType modifiers) -> gboolean {
+        return (modifiers & gtk_accelerator_get_default_mod_mask()) == 0 && handleKey(key);
+      }));
+  gtk_widget_add_controller(view_.get(), keys);
+  auto* click = gtk_gesture_click_new();
+  connections_.push_back(glib::connect<void(GtkGestureClick*, int, double, double)>(
+      click, "pressed", [this](GtkGestureClick*, int count, double, double y) {
+        const auto position = positionAt(y);
+        if (!position)
+          return;
+        selection_.select(*position);
+        reveal(*position, true);
+        if (count == 2)
+          events_.doubleClicked(files_.row(*position));
+      }));
+  gtk_widget_add_controller(view_.get(), GTK_EVENT_CONTROLLER(click));
 }
 
-void AttachmentList::bind(GtkListItem* item) {
-  const bool isFoot = !attachmentOf(gtk_list_item_get_item(item));
-  gtk_list_item_set_selectable(item, !isFoot);
-  gtk_list_item_set_activatable(item, !isFoot);
-  if (isFoot || item == footItem_)
-    releaseFoot();
-  if (isFoot)
-    footItem_ = item;
-  auto* wanted = isFoot ? foot_.get() : slots_.at(item)->row.widget();
-  if (gtk_list_item_get_child(item) != wanted)
-    gtk_list_item_set_child(item, wanted);
+void AttachmentList::follow() {
+  connections_.push_back(
+      glib::connect<void(GtkAdjustment*)>(scroll_, "value-changed", [this](GtkAdjustment*) {
+        // In the middle of a layout the rows stay as they are.
+        if (isAllocating_)
+          lookSoon();
+        else
+          look();
+      }));
+  subscriptions_.push_back(files_.rowsChanged.subscribe([this](const auto& change) { rowsChanged(change); }));
+  const auto eachWhere = [this](const std::string jmap::AttachmentInfo::* key, const std::string& value,
+                                const auto& act) {
+    for (const auto& slot : slots_)
+      if (slot->position && attachment(*slot).*key == value)
+        act(*slot);
+  };
+  subscriptions_.push_back(files_.thumbnailChanged.subscribe([this, eachWhere](const std::string& blobId) {
+    eachWhere(&jmap::AttachmentInfo::blobId, blobId,
+              [&](Slot& slot) { slot.row.setThumbnail(files_.thumbnail(blobId)); });
+  }));
+  subscriptions_.push_back(files_.busyChanged.subscribe([this, eachWhere](const std::string& id) {
+    eachWhere(&jmap::AttachmentInfo::id, id, [&](Slot& slot) { slot.row.setBusy(files_.isBusy(id)); });
+  }));
+  subscriptions_.push_back(selection_.changed.subscribe([this] {
+    for (const auto& slot : slots_)
+      if (slot->position)
+        slot->row.setSelected(selection_.isSelected(attachment(*slot)));
+  }));
+}
+
+const jmap::AttachmentInfo& AttachmentList::attachment(const Slot& slot) const {
+  return files_.row(*slot.position);
+}
+
+int AttachmentList::width() const {
+  int widest = 0;
+  for (auto* widget : {slots_.front()->row.widget(), foot_}) {
+    int least = 0;
+    gtk_widget_measure(widget, GTK_ORIENTATION_HORIZONTAL, -1, &least, nullptr, nullptr, nullptr);
+    widest = std::max(widest, least);
+  }
+  return widest;
+}
+
+void AttachmentList::allocate(int width, int height) {
+  isAllocating_ = true;
+  // With the user's font and style, which may change.
+  gtk_widget_measure(slots_.front()->row.widget(), GTK_ORIENTATION_VERTICAL, -1, nullptr, &height_, nullptr,
+                     nullptr);
+  height_ = std::max(height_, 1);
+  gtk_widget_measure(foot_, GTK_ORIENTATION_VERTICAL, width, nullptr, &footHeight_, nullptr, nullptr);
+  if (std::exchange(page_, height) != height)
+    lookSoon();
+  adjustRange();
+  const auto top = static_cast<int>(std::lround(gtk_adjustment_get_value(scroll_)));
+  const auto place = [&](GtkWidget* widget, std::size_t position, int itsHeight) {
+    // Far away, one that has the keyboard needs no more than to be out of sight.
+    const auto y =
+        std::clamp<std::int64_t>(static_cast<std::int64_t>(position) * height_ - top, -itsHeight, height);
+    const GtkAllocation at{0, static_cast<int>(y), width, itsHeight};
+    gtk_widget_size_allocate(widget, &at, -1);
+  };
+  for (const auto& slot : slots_)
+    if (slot->position)
+      place(slot->row.widget(), *slot->position, height_);
+  if (hasFoot_)
+    place(foot_, files_.rowCount(), footHeight_);
+  isAllocating_ = false;
+}
+
+// How far it can be scrolled, as it is now.
+void AttachmentList::adjustRange() {
+  const auto page = static_cast<double>(page_);
+  const auto all = static_cast<double>(files_.rowCount()) * height_ + (hasFoot_ ? footHeight_ : 0);
+  const auto upper = std::max(all, page);
+  gtk_adjustment_configure(scroll_, std::clamp(gtk_adjustment_get_value(scroll_), 0.0, upper - page), 0,
+                           upper, height_, std::max(page - height_, 1.0), page);
+}
+
+void AttachmentList::rowsChanged(const attachments::FilesViewModel::RowsChange& change) {
+  for (const auto& slot : slots_) {
+    if (!slot->position || *slot->position < change.position)
+      continue;
+    if (*slot->position >= change.position + change.removed)
+      *slot->position += change.added - change.removed;
+    else
+      leave(*slot);
+  }
   lookSoon();
 }
 
-void AttachmentList::releaseFoot() {
-  if (auto* item = std::exchange(footItem_, nullptr))
-    gtk_list_item_set_child(item, nullptr);
+void AttachmentList::setHasFoot(bool hasFoot) {
+  if (std::exchange(hasFoot_, hasFoot) == hasFoot)
+    return;
+  gtk_widget_set_child_visible(foot_, hasFoot);
+  lookSoon();
 }
 
 // Before the next layout.
 void AttachmentList::lookSoon() {
   if (tick_ == 0)
     tick_ = gtk_widget_add_tick_callback(
-        view_,
-        [](GtkWidget*, GdkFrameClock*, gpointer self) -> gboolean {
-          static_cast<AttachmentList*>(self)->tick_ = 0;
-          static_cast<AttachmentList*>(self)->move();
-          static_cast<AttachmentList*>(self)->look();
+        view_.get(),
+        [](GtkWidget*, GdkFrameClock*, gpointer data) -> gboolean {
+          auto* self = static_cast<AttachmentList*>(data);
+          self->tick_ = 0;
+          self->adjustRange();
+          self->look();
           return G_SOURCE_REMOVE;
         },
         this, nullptr);
 }
 
-double AttachmentList::rowHeight() const {
-  graphene_rect_t bounds;
-  for (const auto& [item, slot] : slots_)
-    if (auto* widget = gtk_widget_get_parent(slot->row.widget());
-        widget && gtk_widget_compute_bounds(widget, widget, &bounds) && bounds.size.height >= height_)
-      return bounds.size.height; // with what the style puts around
-  return height_;
-}
-
-void AttachmentList::moveSoon(Place to) {
-  moving_ = std::move(to);
-  framesToMove_ = 2; // the first of them gives the rows their places
-  lookSoon();
-}
-
-void AttachmentList::move() {
-  if (!moving_ || files_.rowCount() == 0) {
-    moving_.reset();
-  } else if (--framesToMove_ > 0) {
-    lookSoon();
-  } else {
-    const auto to = *std::exchange(moving_, std::nullopt);
-    gtk_adjustment_set_value(scroll_, static_cast<double>(to.position) * rowHeight() + to.offset);
-    // The list may be there for a row that others come before now: it looks again when it is told of a move.
-    g_signal_emit_by_name(scroll_, "value-changed");
-  }
-}
-
-// All rows are of one height, so that what is in sight needs no asking of each.
+// Gives widgets to the rows in sight.
 void AttachmentList::look() {
-  const auto height = rowHeight();
-  const auto top = gtk_adjustment_get_value(scroll_) / height;
-  const auto bottom = top + gtk_adjustment_get_page_size(scroll_) / height;
-  bool hasNew = false;
-  for (const auto& [item, slot] : slots_) {
-    const auto position = gtk_list_item_get_position(item);
-    const bool isInSight = slot->attachment() && position + 1 + margin > top && position - margin < bottom;
-    if (isInSight && !slot->isFilled) {
-      fill(*slot);
-      hasNew = true;
-    } else if (!isInSight && slot->isFilled) {
+  const auto count = files_.rowCount();
+  const auto value = gtk_adjustment_get_value(scroll_);
+  const auto top = static_cast<std::size_t>(value / height_);
+  const auto end =
+      page_ > 1 ? std::min(count, static_cast<std::size_t>((value + page_) / height_) + 1 + margin) : 0;
+  const auto first = std::min(end, top - std::min(top, margin));
+  const auto focused = focusedPosition();
+  std::vector<bool> isThere(end - first);
+  for (const auto& slot : slots_) {
+    if (slot->position && *slot->position >= first && *slot->position < end)
+      isThere[*slot->position - first] = true;
+    else if (slot->position && slot->position != focused)
       leave(*slot);
-    }
+  }
+  bool hasNew = false;
+  for (auto position = first; position < end; ++position) {
+    if (isThere[position - first])
+      continue;
+    fill(freeSlot(), position);
+    hasNew = true;
   }
   if (hasNew)
-    rest_ = async::Timer(rest, [this] { loadThumbnails(); });
-  isFootInSight_ = bottom > 0 && files_.rowCount() > 0 && bottom > static_cast<double>(files_.rowCount());
+    rest_ = async::Timer(restTime, [this] { rest(); });
+  gtk_widget_queue_allocate(view_.get());
+  if (std::exchange(hasLostFocus_, false))
+    focusRow();
+  isFootInSight_ = hasFoot_ && count > 0 && page_ > 1 && value + page_ > static_cast<double>(count) * height_;
   if (isFootInSight_)
     events_.endReached();
 }
 
-void AttachmentList::fill(Slot& slot) {
-  const auto& attachment = *slot.attachment();
-  slot.isFilled = true;
-  slot.row.show(attachmentTexts(attachment, formatting_), files_.categoryOf(attachment));
-  slot.row.setThumbnail(files_.thumbnail(attachment.blobId));
-  slot.row.setBusy(files_.isBusy(attachment.id));
+AttachmentList::Slot& AttachmentList::freeSlot() {
+  const auto found = std::ranges::find_if(slots_, [](const auto& slot) { return !slot->position; });
+  if (found != slots_.end())
+    return **found;
+  auto made = std::make_unique<Slot>(Slot{AttachmentRow(dateCharacters_, [this, index = slots_.size()] {
+    if (const auto position = slots_[index]->position)
+      showMenu(*position);
+  })});
+  gtk_widget_set_parent(made->row.widget(), view_.get());
+  gtk_widget_set_child_visible(made->row.widget(), FALSE);
+  return *slots_.emplace_back(std::move(made));
+}
+
+void AttachmentList::fill(Slot& slot, std::size_t position) {
+  slot.position = position;
+  const auto& info = attachment(slot);
+  slot.row.show(attachmentTexts(info, formatting_), files_.categoryOf(info));
+  slot.row.setThumbnail(files_.thumbnail(info.blobId));
+  slot.row.setBusy(files_.isBusy(info.id));
+  slot.row.setSelected(selection_.isSelected(info));
+  gtk_widget_set_child_visible(slot.row.widget(), TRUE);
 }
 
 void AttachmentList::leave(Slot& slot) {
-  if (!std::exchange(slot.isFilled, false))
-    return;
+  hasLostFocus_ = hasLostFocus_ || gtk_widget_get_focus_child(view_.get()) == slot.row.widget();
+  slot.position.reset();
+  gtk_widget_set_child_visible(slot.row.widget(), FALSE);
   slot.row.setThumbnail(nullptr);
   if (const auto blobId = std::exchange(slot.thumbnail, std::nullopt))
     files_.dropThumbnail(*blobId);
 }
 
-void AttachmentList::loadThumbnails() {
-  for (auto* slot : filled([](const auto&) { return true; })) {
+// The list stands still: its rows get their pictures, from the top, and the order in which they are read out.
+void AttachmentList::rest() {
+  std::vector<Slot*> shown;
+  for (const auto& slot : slots_)
+    if (slot->position)
+      shown.push_back(slot.get());
+  std::ranges::sort(shown, {}, [](const Slot* slot) { return *slot->position; });
+  GtkWidget* before = nullptr;
+  for (auto* slot : shown) {
+    auto* widget = slot->row.widget();
+    if (gtk_widget_get_prev_sibling(widget) != before)
+      gtk_widget_insert_after(widget, view_.get(), before);
+    before = widget;
     if (slot->thumbnail)
       continue;
-    const auto attachment = *slot->attachment();
-    slot->thumbnail = attachment.blobId;
-    files_.loadThumbnail(attachment);
+    const auto info = attachment(*slot);
+    slot->thumbnail = info.blobId;
+    files_.loadThumbnail(info);
   }
 }
 
-std::vector<AttachmentList::Slot*>
-AttachmentList::filled(const std::function<bool(const jmap::AttachmentInfo&)>& matches) {
-  std::vector<Slot*> result;
-  for (const auto& [item, slot] : slots_)
-    if (slot->isFilled && slot->attachment() && matches(*slot->attachment()))
-      result.push_back(slot.get());
-  // From the top.
-  std::ranges::sort(result, {}, [](Slot* slot) { return gtk_list_item_get_position(slot->item.get()); });
-  return result;
+AttachmentList::Slot* AttachmentList::slotAt(std::size_t position) const {
+  const auto found = std::ranges::find(slots_, position, &Slot::position);
+  return found == slots_.end() ? nullptr : found->get();
 }
 
-const jmap::AttachmentInfo* AttachmentList::rowAt(double x, double y) const {
-  for (auto* widget = gtk_widget_pick(view_, x, y, GTK_PICK_DEFAULT); widget && widget != view_;
-       widget = gtk_widget_get_parent(widget))
-    for (const auto& [item, slot] : slots_)
-      if (gtk_widget_get_parent(slot->row.widget()) == widget)
-        return slot->attachment();
-  return nullptr;
+std::optional<std::size_t> AttachmentList::focusedPosition() const {
+  auto* focused = gtk_widget_get_focus_child(view_.get());
+  const auto found = std::ranges::find(slots_, focused, [](const auto& slot) { return slot->row.widget(); });
+  return found == slots_.end() ? std::nullopt : (*found)->position;
 }
 
-std::size_t AttachmentList::positionAt(double y) const {
-  return static_cast<std::size_t>(std::max(0.0, (gtk_adjustment_get_value(scroll_) + y) / rowHeight()));
+// One that is in sight: the selected one, or else the uppermost.
+bool AttachmentList::focusRow() {
+  const auto top = positionAt(height_ - 1);
+  auto* slot = slotAt(selection_.position().value_or(top.value_or(0)));
+  if (!slot)
+    slot = slotAt(top.value_or(0));
+  return slot && gtk_widget_grab_focus(slot->row.widget());
+}
+
+// Tab goes to one row, to its button, to the foot and on: the arrow keys go from row to row.
+bool AttachmentList::moveFocus(GtkDirectionType direction) {
+  if (direction != GTK_DIR_TAB_FORWARD && direction != GTK_DIR_TAB_BACKWARD)
+    return false;
+  auto* child = gtk_widget_get_focus_child(view_.get());
+  if (child && gtk_widget_child_focus(child, direction))
+    return true;
+  const bool isForward = direction == GTK_DIR_TAB_FORWARD;
+  if (!child)
+    return (!isForward && focusFoot(direction)) || focusRow();
+  return isForward ? child != foot_ && focusFoot(direction) : child == foot_ && focusRow();
+}
+
+bool AttachmentList::focusFoot(GtkDirectionType direction) {
+  if (!hasFoot_ || !gtk_widget_child_focus(foot_, direction))
+    return false;
+  gtk_adjustment_set_value(scroll_, gtk_adjustment_get_upper(scroll_));
+  return true;
+}
+
+bool AttachmentList::handleKey(guint key) {
+  const auto count = static_cast<std::int64_t>(files_.rowCount());
+  const bool isInFoot = gtk_widget_get_focus_child(view_.get()) == foot_;
+  const auto at =
+      isInFoot ? count
+               : static_cast<std::int64_t>(focusedPosition().value_or(selection_.position().value_or(0)));
+  const std::int64_t page = std::max(1, page_ / height_ - 1);
+  std::int64_t to = 0;
+  switch (key) {
+  case GDK_KEY_Up:
+  case GDK_KEY_KP_Up:
+    to = at - 1;
+    break;
+  case GDK_KEY_Down:
+  case GDK_KEY_KP_Down:
+    to = at + 1;
+    break;
+  case GDK_KEY_Page_Up:
+  case GDK_KEY_KP_Page_Up:
+    to = at - page;
+    break;
+  case GDK_KEY_Page_Down:
+  case GDK_KEY_KP_Page_Down:
+    to = at + page;
+    break;
+  case GDK_KEY_Home:
+  case GDK_KEY_KP_Home:
+    break;
+  case GDK_KEY_End:
+  case GDK_KEY_KP_End:
+    to = count;
+    break;
+  default:
+    return false;
+  }
+  if (count == 0 || (isInFoot && to >= count))
+    return true;
+  // Behind the last row comes the foot.
+  if (at == count - 1 && to > at) {
+    focusFoot(GTK_DIR_TAB_FORWARD);
+    return true;
+  }
+  to = std::clamp<std::int64_t>(to, 0, count - 1);
+  selection_.select(static_cast<std::size_t>(to));
+  reveal(static_cast<std::size_t>(to), true);
+  return true;
+}
+
+std::optional<std::size_t> AttachmentList::positionAt(double y) const {
+  const auto position =
+      static_cast<std::size_t>(std::max(0.0, (gtk_adjustment_get_value(scroll_) + y) / height_));
+  return position < files_.rowCount() ? std::optional(position) : std::nullopt;
 }
 
 void AttachmentList::reveal(std::size_t position, bool takeFocus) {
-  gtk_widget_activate_action(view_, "list.scroll-to-item", "u", static_cast<guint>(position));
-  if (!takeFocus)
-    return;
-  for (const auto& [item, slot] : slots_)
-    if (gtk_list_item_get_position(item) == position)
-      if (auto* widget = gtk_widget_get_parent(slot->row.widget()))
-        gtk_widget_grab_focus(widget);
+  const auto top = static_cast<double>(position) * height_;
+  adjustRange();
+  gtk_adjustment_clamp_page(scroll_, top, top + height_);
+  look();
+  if (auto* slot = slotAt(position); slot && takeFocus)
+    gtk_widget_grab_focus(slot->row.widget());
 }
 
 void AttachmentList::scrollToTop() {
-  moveSoon({});
+  gtk_adjustment_set_value(scroll_, 0);
 }
 
 std::optional<AttachmentList::Place> AttachmentList::place() const {
   const auto value = gtk_adjustment_get_value(scroll_);
-  const auto position = static_cast<std::size_t>(std::floor(value / rowHeight()));
-  if (value <= 0 || position >= files_.rowCount())
+  const auto position = positionAt(0);
+  if (value <= 0 || !position)
     return std::nullopt;
-  return Place{files_.row(position).id, position, value - static_cast<double>(position) * rowHeight()};
+  return Place{files_.row(*position).id, *position, value - static_cast<double>(*position) * height_};
 }
 
 std::optional<AttachmentList::Place> AttachmentList::leavePlace() {
   auto left = place();
-  gtk_adjustment_set_value(scroll_, 0);
+  scrollToTop();
   return left;
 }
 
-bool AttachmentList::goTo(const Place& place) {
-  const auto position = model_.positionOf(place.id, place.position);
-  if (position)
-    moveSoon({place.id, *position, place.offset});
-  return position.has_value();
+bool AttachmentList::goTo(const Place& place, bool isNearEnough) {
+  const auto position = selection_.positionOf(place.id, place.position);
+  if (!position)
+    return false;
+  adjustRange();
+  const auto value = static_cast<double>(*position) * height_ + place.offset;
+  // The foot may be lower in a moment.
+  if (!isNearEnough && value > static_cast<double>(files_.rowCount()) * height_ - page_)
+    return false;
+  gtk_adjustment_set_value(scroll_, value);
+  return true;
 }
 
 void AttachmentList::showMenu(std::size_t position) {
-  for (const auto& [item, slot] : slots_)
-    if (gtk_list_item_get_position(item) == position && slot->attachment())
-      return showMenu(*slot);
-}
-
-void AttachmentList::showMenu(Slot& slot) {
-  const auto* attachment = slot.attachment();
-  auto* button = slot.row.menuButton();
+  const auto* slot = slotAt(position);
   graphene_rect_t bounds;
-  if (!attachment || !button || !gtk_widget_compute_bounds(button, scrolled_, &bounds))
+  if (!slot || !gtk_widget_compute_bounds(slot->row.menuButton(), scrolled_, &bounds))
     return;
-  model_.select(gtk_list_item_get_position(slot.item.get()));
+  selection_.select(position);
   const GdkRectangle at{static_cast<int>(bounds.origin.x), static_cast<int>(bounds.origin.y),
                         static_cast<int>(bounds.size.width), static_cast<int>(bounds.size.height)};
-  events_.menuAsked(*attachment, at);
+  events_.menuAsked(files_.row(position), at);
 }
 
 } // namespace ondrel::ui

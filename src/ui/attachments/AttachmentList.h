@@ -4,13 +4,11 @@
 #include "attachments/FilesViewModel.h"
 #include "platform/linux/glib/Connection.h"
 #include "platform/linux/glib/Ref.h"
-#include "ui/attachments/AttachmentListModel.h"
-#include "ui/attachments/AttachmentRow.h"
+#include "ui/attachments/AttachmentSelection.h"
 
 #include <gtk/gtk.h>
 
 #include <functional>
-#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -22,7 +20,8 @@ class TextFormatting;
 
 namespace ondrel::ui {
 
-// The rows of the window in a list that scrolls. Fills those that are in sight and no others.
+// The rows of the window in a list that scrolls, and the foot below them. All rows are of one height, so that
+// a row's place follows from its number; only those in sight are widgets, however many there are.
 class AttachmentList {
  public:
   struct Events {
@@ -38,64 +37,72 @@ class AttachmentList {
     double offset = 0; // pixels
   };
 
-  // The files, the formatting and the model outlive it. `foot` is shown below the rows.
+  // The files, the formatting and the selection outlive it. `foot` is shown below the rows.
   AttachmentList(attachments::FilesViewModel& files, const platform::TextFormatting& formatting,
-                 AttachmentListModel& model, GtkWidget* foot, Events events);
+                 AttachmentSelection& selection, GtkWidget* foot, Events events);
   ~AttachmentList();
   AttachmentList(const AttachmentList&) = delete;
   AttachmentList& operator=(const AttachmentList&) = delete;
 
   GtkWidget* widget() const { return scrolled_; } // floating
-  GtkWidget* view() const { return view_; }
+  GtkWidget* view() const { return view_.get(); } // rows that have the keyboard are children of it
 
-  // The row at that place of the view; null where there is none.
-  const jmap::AttachmentInfo* rowAt(double x, double y) const;
-  // Of the row at that height of the view.
-  std::size_t positionAt(double y) const;
+  // At that height of the view; none below the last row.
+  std::optional<std::size_t> positionAt(double y) const;
+  void setHasFoot(bool hasFoot);
   bool isFootInSight() const { return isFootInSight_; }
-  // Brings a row into sight and, where the list has the keyboard, to it.
+  // Brings a row into sight and, if that is wanted, the keyboard to it.
   void reveal(std::size_t position, bool takeFocus);
-  // Where rows that have just come have their places.
   void scrollToTop();
   std::optional<Place> place() const; // absent at the top
   // The place, from which the list goes to its top.
   std::optional<Place> leavePlace();
-  // Where it is now; false when the row isn't listed, or not yet.
-  bool goTo(const Place& place);
+  // Where its row is now; false when that isn't listed. As long as too few rows are below it, it can be no
+  // more than in sight: that is false too, unless it is near enough.
+  bool goTo(const Place& place, bool isNearEnough);
   void showMenu(std::size_t position);
 
  private:
   struct Slot;
 
-  void setUp(GtkListItem* item);
-  void bind(GtkListItem* item);
-  void releaseFoot();
+  void addController();
+  void follow();
+  void allocate(int width, int height);
+  int width() const;
+  void adjustRange();
+  void rowsChanged(const attachments::FilesViewModel::RowsChange& change);
   void lookSoon();
-  void moveSoon(Place to);
-  void move();
   void look();
-  void fill(Slot& slot);
+  void rest();
+  Slot& freeSlot();
+  void fill(Slot& slot, std::size_t position);
   void leave(Slot& slot);
-  void loadThumbnails();
-  void showMenu(Slot& slot);
-  double rowHeight() const;
-  std::vector<Slot*> filled(const std::function<bool(const jmap::AttachmentInfo&)>& matches);
+  std::optional<std::size_t> focusedPosition() const;
+  bool moveFocus(GtkDirectionType direction);
+  bool focusRow();
+  bool focusFoot(GtkDirectionType direction);
+  bool handleKey(guint key);
+  Slot* slotAt(std::size_t position) const;
+  const jmap::AttachmentInfo& attachment(const Slot& slot) const;
 
   attachments::FilesViewModel& files_;
   const platform::TextFormatting& formatting_;
-  AttachmentListModel& model_;
-  const glib::Ref<GtkWidget> foot_;
+  AttachmentSelection& selection_;
   const Events events_;
-  int height_;
-  GtkWidget* view_;
+  const int dateCharacters_;
+  const glib::Ref<GtkWidget> view_;
   GtkWidget* scrolled_;
   GtkAdjustment* scroll_;
-  std::map<GtkListItem*, std::unique_ptr<Slot>> slots_;
-  GtkListItem* footItem_ = nullptr; // where the foot is; null while it is far away
+  GtkWidget* foot_;
+  std::vector<std::unique_ptr<Slot>> slots_; // one at least
+  int height_ = 1;                           // of a row, and all of these in pixels
+  int footHeight_ = 0;
+  int page_ = 0; // 0: not on the screen yet
+  bool hasFoot_ = false;
+  bool isAllocating_ = false;
   bool isFootInSight_ = false;
-  std::optional<Place> moving_; // where the list goes soon
-  int framesToMove_ = 0;
-  guint tick_ = 0; // 0 while no look is due
+  bool hasLostFocus_ = false; // the row that had the keyboard has gone
+  guint tick_ = 0;            // 0 while no look is due
   async::Timer rest_;
   std::vector<base::Subscription> subscriptions_;
   std::vector<glib::Connection> connections_;

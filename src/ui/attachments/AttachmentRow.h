@@ -8,47 +8,45 @@
 #include <gtk/gtk.h>
 
 #include <functional>
-#include <string>
+#include <optional>
 
 namespace ondrel::ui {
 
 struct AttachmentTexts;
 
-// The face of one row. The toolkit keeps some two hundred around the visible ones and gives them other
-// attachments as the list moves, so a row is an empty place of the right height until it comes in sight.
+// The face of one row, which shows one attachment after the other as the list moves. None of its parts
+// changes its size with what it shows, so that showing something else lays out nothing anew.
 class AttachmentRow {
  public:
-  using ShowMenu = std::function<void(AttachmentRow& row)>;
+  using ShowMenu = std::function<void()>;
 
-  AttachmentRow(int height, ShowMenu showMenu);
+  // There is room for dates of so many characters.
+  AttachmentRow(int dateCharacters, ShowMenu showMenu);
 
-  GtkWidget* widget() const { return place_.get(); }
-  // Null before the row has been in sight.
+  GtkWidget* widget() const { return row_.get(); } // takes the keyboard
   GtkWidget* menuButton() const { return more_; }
 
   void show(const AttachmentTexts& texts, attachments::AttachmentCategory category);
   void setThumbnail(const platform::PicturePointer& thumbnail); // null for the category's symbol
   void setBusy(bool isBusy);
-
-  // What a row takes, in pixels, with the user's font.
-  static int naturalHeight();
+  void setSelected(bool isSelected);
 
  private:
-  void build();
   GtkWidget* makeThumbnail();
   GtkWidget* makeTexts();
-  GtkWidget* makeEnd();
+  GtkWidget* makeEnd(int characters);
+  void showSymbol(const char* icon);
 
-  const ShowMenu showMenu_;
-  const glib::Ref<GtkWidget> place_;
-  GtkWidget* symbol_ = nullptr; // null before it is built, as all of these
+  const glib::Ref<GtkWidget> row_;
+  GtkImage* symbol_ = nullptr;
   GtkPicture* picture_ = nullptr;
   GtkInscription* name_ = nullptr;
   GtkInscription* message_ = nullptr;
-  GtkWidget* date_ = nullptr;
-  GtkWidget* size_ = nullptr;
+  GtkInscription* date_ = nullptr;
+  GtkInscription* size_ = nullptr;
   GtkWidget* more_ = nullptr;
-  GtkWidget* spinner_ = nullptr;
+  GtkWidget* spinner_ = nullptr; // null while nothing is done with it
+  const char* shownSymbol_ = nullptr;
   attachments::AttachmentCategory category_{};
   glib::Connection clicked_;
 };

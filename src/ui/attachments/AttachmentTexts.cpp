@@ -41,6 +41,14 @@ AttachmentTexts attachmentTexts(const jmap::AttachmentInfo& attachment,
           .size = glib::CString(g_format_size(bytes)).get()};
 }
 
+int dateCharacters(const platform::TextFormatting& formatting) {
+  using namespace std::chrono;
+  glong longest = 0;
+  for (auto month = year{2024} / January; month.year() == year{2024}; month += months{1})
+    longest = std::max(longest, g_utf8_strlen(formatting.mediumDate(sys_days(month / 28)).c_str(), -1));
+  return static_cast<int>(longest);
+}
+
 std::string sinceText(std::optional<std::chrono::sys_time<std::chrono::milliseconds>> oldest,
                       const platform::TextFormatting& formatting) {
   return oldest ? "Since " + formatting.mediumDate(*oldest) : "";

@@ -39,6 +39,9 @@ struct AttachmentTexts {
 AttachmentTexts attachmentTexts(const jmap::AttachmentInfo& attachment,
                                 const platform::TextFormatting& formatting);
 
+// How many characters the longest dates have.
+int dateCharacters(const platform::TextFormatting& formatting);
+
 // "Since Jan 5, 2025"; empty where all is loaded, or nothing.
 std::string sinceText(std::optional<std::chrono::sys_time<std::chrono::milliseconds>> oldest,
                       const platform::TextFormatting& formatting);

@@ -6,9 +6,8 @@
 
 namespace ondrel::ui {
 
-FilePreview::FilePreview(attachments::FilesViewModel& files, PreviewPanel& panel,
-                         std::function<const jmap::AttachmentInfo*(int step)> neighbour)
-    : files_(files), panel_(panel), neighbour_(std::move(neighbour)) {
+FilePreview::FilePreview(attachments::FilesViewModel& files, PreviewPanel& panel, Rows rows)
+    : files_(files), panel_(panel), rows_(std::move(rows)) {
   subscriptions_.push_back(files_.previewURL.observe([this] { arrived(); }));
   subscriptions_.push_back(files_.busyChanged.subscribe([this](const std::string& id) { ended(id); }));
 }
@@ -34,9 +33,21 @@ void FilePreview::arrived() {
     return;
   const auto attachment = *std::exchange(wanted_, std::nullopt);
   panel_.show({*path, attachment.name, attachment.type}, [this](int step) {
-    if (const auto* next = neighbour_(step))
+    if (const auto* next = rows_.step(step))
       show(*next);
   });
+  tellNeighbours();
+}
+
+// Later: one change of the rows may come in many parts.
+void FilePreview::followRows() {
+  if (panel_.isOpen())
+    later_ = async::Timer(async::Duration(0), [this] { tellNeighbours(); });
+}
+
+void FilePreview::tellNeighbours() {
+  if (panel_.isOpen())
+    panel_.setNeighbours(rows_.neighbours());
 }
 
 // A file that has come is wanted no longer.

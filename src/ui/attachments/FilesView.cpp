@@ -36,8 +36,14 @@ bool isEnter(guint key) {
 } // namespace
 
 FilesView::FilesView(std::unique_ptr<FilesViewModel> viewModel, Services services)
-    : viewModel_(std::move(viewModel)), services_(std::move(services)), model_(*viewModel_),
-      preview_(*viewModel_, services_.preview, [this](int step) { return neighbour(step); }),
+    : viewModel_(std::move(viewModel)), services_(std::move(services)), selection_(*viewModel_),
+      preview_(*viewModel_, services_.preview,
+               {.step = [this](int step) { return neighbour(step); },
+                .neighbours =
+                    [this] {
+                      return PreviewPanel::Neighbours{besideSelected(-1).has_value(),
+                                                      besideSelected(1).has_value()};
+                    }}),
       foot_(*viewModel_, [this] { loadMore(); }), loneFoot_(*viewModel_, [this] { loadMore(); }),
       emptyFoot_(*viewModel_, [this] { loadMore(); }), downloads_(services_.launcher) {
   auto* box = gtk_box_new(GTK_ORIENTATION_VERTICAL, 0);
@@ -53,7 +59,7 @@ FilesView::FilesView(std::unique_ptr<FilesViewModel> viewModel, Services service
                     .print = [this](const auto& row) { viewModel_->print(row); },
                     .preview = [this](const auto& row) { preview(row); },
                 });
-  drag_.emplace(list_->view(), *viewModel_, [this](double x, double y) { return list_->rowAt(x, y); });
+  drag_.emplace(list_->view(), *viewModel_, [this](double, double y) { return rowAt(y); });
   addKeys();
   addPointer();
   follow();
@@ -98,7 +104,7 @@ GtkWidget* FilesView::makeSearchBar() {
 
 GtkWidget* FilesView::makeBody() {
   list_.emplace(
-      *viewModel_, services_.formatting, model_, foot_.widget(),
+      *viewModel_, services_.formatting, selection_, foot_.widget(),
       AttachmentList::Events{
           .menuAsked = [this](const auto& row, const auto& at) { showMenu(row, list_->widget(), at); },
           .doubleClicked = [this](const auto& row) { preview(row); },
@@ -144,17 +150,12 @@ gboolean FilesView::keyInList(guint key, GdkModifierType held) {
   const bool isMenu = (key == GDK_KEY_Menu && held == 0) || (key == GDK_KEY_F10 && held == GDK_SHIFT_MASK);
   if (!isMenu && (held != 0 || (key != GDK_KEY_space && key != GDK_KEY_KP_Space && !isEnter(key))))
     return FALSE;
-  if (gtk_widget_is_ancestor(foot_.widget(), focus)) {
-    if (!isMenu)
-      loadMore();
-    return TRUE;
-  }
-  if (const auto position = model_.selectedPosition(); position && isMenu) {
+  if (const auto position = selection_.position(); position && isMenu) {
     list_->reveal(*position, false);
     list_->showMenu(*position);
   } else if (isEnter(key)) {
     perform(&FilesViewModel::showEmail);
-  } else if (const auto* row = model_.selected(); row && !isMenu) {
+  } else if (const auto* row = selection_.row(); row && !isMenu) {
     preview(*row);
   }
   return TRUE;
@@ -165,8 +166,8 @@ gboolean FilesView::keyInSearch(guint key, GdkModifierType held) {
     return keyInWindow(key, held);
   if (held != 0 || (key != GDK_KEY_Down && key != GDK_KEY_KP_Down) || viewModel_->rowCount() == 0)
     return FALSE;
-  const auto position = model_.selectedPosition().value_or(0);
-  model_.select(position);
+  const auto position = selection_.position().value_or(0);
+  selection_.select(position);
   list_->reveal(position, true);
   return TRUE;
 }
@@ -177,7 +178,7 @@ gboolean FilesView::keyInWindow(guint key, GdkModifierType held) {
   } else if (held == GDK_CONTROL_MASK && key == GDK_KEY_s) {
     perform(&FilesViewModel::download);
   } else if (held == GDK_CONTROL_MASK && key == GDK_KEY_p) {
-    if (const auto* row = model_.selected(); row && isPrintable(viewModel_->categoryOf(*row)))
+    if (const auto* row = selection_.row(); row && isPrintable(viewModel_->categoryOf(*row)))
       perform(&FilesViewModel::print);
   } else if ((held == GDK_CONTROL_MASK && key == GDK_KEY_r) || (held == 0 && key == GDK_KEY_F5)) {
     refresh();
@@ -194,11 +195,11 @@ gboolean FilesView::keyInWindow(guint key, GdkModifierType held) {
 
 void FilesView::addPointer() {
   const auto menuAt = [this](double x, double y) {
-    if (const auto* row = list_->rowAt(x, y)) {
-      if (const auto position = model_.positionOf(row->id, list_->positionAt(y)))
-        model_.select(*position);
-      showMenu(*row, list_->view(), {static_cast<int>(x), static_cast<int>(y), 1, 1});
-    }
+    const auto position = list_->positionAt(y);
+    if (!position)
+      return;
+    selection_.select(*position);
+    showMenu(viewModel_->row(*position), list_->view(), {static_cast<int>(x), static_cast<int>(y), 1, 1});
   };
   auto* click = GTK_GESTURE(addController(list_->view(), GTK_EVENT_CONTROLLER(gtk_gesture_click_new())));
   gtk_gesture_single_set_button(GTK_GESTURE_SINGLE(click), GDK_BUTTON_SECONDARY);
@@ -212,6 +213,11 @@ void FilesView::addPointer() {
       [menuAt](GtkGestureLongPress*, double x, double y) { menuAt(x, y); }));
 }
 
+const jmap::AttachmentInfo* FilesView::rowAt(double y) const {
+  const auto position = list_->positionAt(y);
+  return position ? &viewModel_->row(*position) : nullptr;
+}
+
 void FilesView::showMenu(const jmap::AttachmentInfo& row, GtkWidget* widget, const GdkRectangle& at) {
   double x = 0, y = 0;
   if (gtk_widget_translate_coordinates(widget, content_.get(), at.x, at.y, &x, &y))
@@ -222,7 +228,11 @@ void FilesView::follow() {
   const auto changed = [this] { update(); };
   subscriptions_.push_back(viewModel_->isLoading.observe(changed));
   subscriptions_.push_back(viewModel_->hasLoadedAll.observe(changed));
-  subscriptions_.push_back(viewModel_->rowsChanged.subscribe([this](const auto&) { update(); }));
+  subscriptions_.push_back(viewModel_->rowsChanged.subscribe([this](const auto&) {
+    update();
+    preview_.followRows();
+  }));
+  subscriptions_.push_back(selection_.changed.subscribe([this] { preview_.followRows(); }));
   subscriptions_.push_back(viewModel_->filterChanged.subscribe([this] {
     if (!isSettling_)
       scope_.spawn(settle());
@@ -237,7 +247,7 @@ void FilesView::update() {
     foot->update();
   const auto& files = *viewModel_;
   const bool isFiltered = files.isFiltered();
-  model_.setHasFoot(*files.isLoading || !*files.hasLoadedAll || *files.errorMessage);
+  list_->setHasFoot(*files.isLoading || !*files.hasLoadedAll || *files.errorMessage);
   adw_window_title_set_subtitle(title_, sinceText(files.oldestLoadedDate(), services_.formatting).c_str());
   adw_status_page_set_title(empty_, isFiltered ? "No Matches" : "No Attachments");
   adw_status_page_set_description(empty_, isFiltered ? "No files match the current search or filter."
@@ -263,7 +273,7 @@ async::Task<void> FilesView::settle() {
   isSettling_ = false;
   update();
   list_->scrollToTop();
-  if (const auto position = model_.selectedPosition(); position && !viewModel_->isFiltered())
+  if (const auto position = selection_.position(); position && !viewModel_->isFiltered())
     list_->reveal(*position, false);
 }
 
@@ -295,16 +305,19 @@ async::Task<void> FilesView::reload(std::optional<AttachmentList::Place> place) 
   // As many pages as it takes to be there again, unless the user goes elsewhere meanwhile.
   while (place && !list_->place() && !viewModel_->isFiltered()) {
     co_await async::sleep(patience); // with a page that another one has asked for
-    if (list_->goTo(*place) || *viewModel_->hasLoadedAll || *viewModel_->errorMessage ||
-        viewModel_->rowCount() > place->position + farBehind)
+    const bool isLast = *viewModel_->hasLoadedAll || *viewModel_->errorMessage ||
+                        viewModel_->rowCount() > place->position + farBehind;
+    if (list_->goTo(*place, isLast) || isLast)
       break;
     co_await viewModel_->loadNextPage();
   }
   isReloading_ = false;
+  if (list_->isFootInSight())
+    loadAtEnd();
 }
 
 void FilesView::perform(void (FilesViewModel::*action)(const jmap::AttachmentInfo&)) {
-  if (const auto* row = model_.selected(); row && !viewModel_->isBusy(row->id))
+  if (const auto* row = selection_.row(); row && !viewModel_->isBusy(row->id))
     ((*viewModel_).*action)(*row);
 }
 
@@ -312,16 +325,21 @@ void FilesView::preview(const jmap::AttachmentInfo& attachment) {
   preview_.show(attachment);
 }
 
-const jmap::AttachmentInfo* FilesView::neighbour(int step) {
-  const auto selected = model_.selectedPosition();
+std::optional<std::size_t> FilesView::besideSelected(int step) const {
+  const auto selected = selection_.position();
   if (!selected || (step < 0 && *selected == 0))
-    return nullptr;
+    return std::nullopt;
   const auto next = *selected + static_cast<std::size_t>(step);
-  if (next >= viewModel_->rowCount())
+  return next < viewModel_->rowCount() ? std::optional(next) : std::nullopt;
+}
+
+const jmap::AttachmentInfo* FilesView::neighbour(int step) {
+  const auto next = besideSelected(step);
+  if (!next)
     return nullptr;
-  model_.select(next);
-  list_->reveal(next, false);
-  return model_.selected();
+  selection_.select(*next);
+  list_->reveal(*next, false);
+  return selection_.row();
 }
 
 } // namespace ondrel::ui

@@ -6,8 +6,8 @@
 #include "platform/linux/glib/Ref.h"
 #include "ui/attachments/AttachmentDrag.h"
 #include "ui/attachments/AttachmentList.h"
-#include "ui/attachments/AttachmentListModel.h"
 #include "ui/attachments/AttachmentMenu.h"
+#include "ui/attachments/AttachmentSelection.h"
 #include "ui/attachments/CategoryFilter.h"
 #include "ui/attachments/FilePreview.h"
 #include "ui/attachments/ListFoot.h"
@@ -43,6 +43,8 @@ class FilesView {
   FilesView& operator=(const FilesView&) = delete;
 
   GtkWidget* widget() const { return content_.get(); }
+  // To the search, from where letters and arrows do what the user expects.
+  void takeKeyboard() { gtk_widget_grab_focus(search_); }
 
  private:
   GtkWidget* makeHeaderBar();
@@ -50,6 +52,7 @@ class FilesView {
   GtkWidget* makeBody();
   void addKeys();
   void addPointer();
+  const jmap::AttachmentInfo* rowAt(double y) const;
   void showMenu(const jmap::AttachmentInfo& row, GtkWidget* widget, const GdkRectangle& at);
   gboolean keyInList(guint key, GdkModifierType held);
   gboolean keyInWindow(guint key, GdkModifierType held);
@@ -65,11 +68,12 @@ class FilesView {
   async::Task<void> settle();
   void perform(void (attachments::FilesViewModel::*action)(const jmap::AttachmentInfo&));
   void preview(const jmap::AttachmentInfo& attachment);
+  std::optional<std::size_t> besideSelected(int step) const;
   const jmap::AttachmentInfo* neighbour(int step);
 
   const std::unique_ptr<attachments::FilesViewModel> viewModel_;
   const Services services_;
-  AttachmentListModel model_;
+  AttachmentSelection selection_;
   FilePreview preview_;
   ListFoot foot_;
   ListFoot loneFoot_;  // where no rows are

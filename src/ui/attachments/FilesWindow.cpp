@@ -39,13 +39,14 @@ void FilesWindow::open() {
   if (const auto frame = savedFrame(services_.defaults, frameName))
     window_->setFrame(*frame);
   view_.emplace(services_.makeViewModel(window_), FilesView::Services{.formatting = services_.formatting,
-                                                               .preview = services_.preview,
-                                                               .launcher = services_.launcher,
-                                                               .close = [this] {
-                                                                 const auto window = window_;
-                                                                 window->requestClose();
-                                                               }});
+                                                                      .preview = services_.preview,
+                                                                      .launcher = services_.launcher,
+                                                                      .close = [this] {
+                                                                        const auto window = window_;
+                                                                        window->requestClose();
+                                                                      }});
   window_->setContent({view_->widget()});
+  view_->takeKeyboard();
 }
 
 GtkWindow* FilesWindow::native() const {

@@ -180,15 +180,11 @@ GtkWidget* PreviewWindow::makeHeaderBar() {
   auto* bar = adw_header_bar_new();
   titleWidget_ = adw_window_title_new("", "");
   adw_header_bar_set_title_widget(ADW_HEADER_BAR(bar), titleWidget_);
-  const auto step = [this](int by) {
-    return [this, by] {
-      if (const auto neighbour = neighbour_)
-        neighbour(by);
-    };
-  };
-  addButton(bar, true, toolbarButton("preview-previous", "go-previous-symbolic", "Previous", "Previous [←]"),
-            step(-1));
-  addButton(bar, true, toolbarButton("preview-next", "go-next-symbolic", "Next", "Next [→]"), step(1));
+  previousButton_ = toolbarButton("preview-previous", "go-previous-symbolic", "Previous", "Previous [←]");
+  addButton(bar, true, previousButton_, [this] { step(-1); });
+  nextButton_ = toolbarButton("preview-next", "go-next-symbolic", "Next", "Next [→]");
+  addButton(bar, true, nextButton_, [this] { step(1); });
+  setNeighbours(false, false);
   openButton_ = toolbarButton("preview-open", "document-open-symbolic", "Open With…", "Open With… (⌘O)");
   addButton(bar, false, openButton_, [this] { openWith(); });
   const auto addZoom = [&](const char* name, const char* icon, const char* label, const char* tooltip,
@@ -203,6 +199,17 @@ GtkWidget* PreviewWindow::makeHeaderBar() {
   addZoom("preview-larger", "zoom-in-symbolic", "Zoom In", "Zoom In [+]", Zoom::in);
   addZoom("preview-smaller", "zoom-out-symbolic", "Zoom Out", "Zoom Out [-]", Zoom::out);
   return bar;
+}
+
+void PreviewWindow::setNeighbours(bool hasPrevious, bool hasNext) {
+  gtk_widget_set_sensitive(previousButton_, hasPrevious);
+  gtk_widget_set_sensitive(nextButton_, hasNext);
+}
+
+void PreviewWindow::step(int by) {
+  const auto neighbour = neighbour_; // may be replaced by the next
+  if (neighbour && gtk_widget_get_sensitive(by < 0 ? previousButton_ : nextButton_))
+    neighbour(by);
 }
 
 void PreviewWindow::addKeys(GtkWidget* box) {
@@ -235,11 +242,6 @@ bool PreviewWindow::handlePlainKey(guint key) {
       part_->zoom(step);
     return true;
   };
-  const auto step = [this](int by) {
-    if (const auto neighbour = neighbour_)
-      neighbour(by);
-    return true;
-  };
   switch (key) {
   case GDK_KEY_space:
     if (isControlFocused())
@@ -251,9 +253,11 @@ bool PreviewWindow::handlePlainKey(guint key) {
     return true;
   }
   case GDK_KEY_Left:
-    return step(-1);
+    step(-1);
+    return true;
   case GDK_KEY_Right:
-    return step(1);
+    step(1);
+    return true;
   case GDK_KEY_Up:
     return part_ && part_->scroll(-1);
   case GDK_KEY_Down:

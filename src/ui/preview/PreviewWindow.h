@@ -49,10 +49,12 @@ class PreviewWindow final {
   PreviewWindow& operator=(const PreviewWindow&) = delete;
 
   // Opens the window or shows another file in it. `parent` may be null. `neighbour` is called with -1 or 1
-  // when the user asks for the file before or behind this one: the caller shows that one, or doesn't answer.
+  // when the user asks for the file before or behind this one, where there is one; the caller shows that.
   void show(const Item& item, GtkWindow* parent, std::function<void(int step)> neighbour);
   void showLoading(const std::string& name); // the neighbour is being fetched
   void showError(const std::string& text);   // it could not be
+  // Whether there is a file before and behind; there are none at first.
+  void setNeighbours(bool hasPrevious, bool hasNext);
   bool isOpen() const { return window_ != nullptr; }
   void close();
 
@@ -68,6 +70,7 @@ class PreviewWindow final {
   bool handlePlainKey(guint key);
   bool handleControlKey(guint key);
   bool isControlFocused() const;
+  void step(int by);
   void setTitle(const std::string& name);
   void setPart(std::unique_ptr<PreviewPart> part);
   void leavePart();
@@ -92,6 +95,8 @@ class PreviewWindow final {
   GtkWidget* errorPage_ = nullptr;
   GtkWidget* place_ = nullptr; // of the part
   GtkWidget* openButton_ = nullptr;
+  GtkWidget* previousButton_ = nullptr;
+  GtkWidget* nextButton_ = nullptr;
   std::vector<GtkWidget*> zoomButtons_;
   std::optional<ProblemBar> problem_;
   std::unique_ptr<PreviewPart> part_;
