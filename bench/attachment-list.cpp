@@ -15,10 +15,7 @@
 #include <adwaita.h>
 #include <fmt/format.h>
 
-#include <unistd.h>
-
 #include <ctime>
-#include <fstream>
 #include <functional>
 #include <string>
 #include <utility>
@@ -33,7 +30,6 @@ using namespace std::chrono_literals;
 constexpr std::size_t rowCount = 100000;
 constexpr std::size_t scrolledRows = 10000;
 constexpr int searches = 10;
-constexpr std::size_t thumbnailCount = 5000;
 
 double processorTime() {
   timespec time{};
@@ -143,34 +139,6 @@ async::Task<std::vector<double>> scroll(Frames& frames, GtkAdjustment* adjustmen
   co_return times;
 }
 
-double residentMemory() {
-  std::ifstream file("/proc/self/statm");
-  std::size_t all = 0, resident = 0;
-  file >> all >> resident;
-  return static_cast<double>(resident) * static_cast<double>(sysconf(_SC_PAGESIZE)) / (1 << 20);
-}
-
-// As if the user had looked at each row that has one.
-async::Task<double> seeThumbnails(Frames& frames, GtkAdjustment* adjustment,
-                                  attachments::FilesViewModel& files) {
-  const auto height = gtk_adjustment_get_upper(adjustment) / static_cast<double>(rowCount);
-  const auto before = residentMemory();
-  std::size_t seen = 0;
-  const auto subscription = files.thumbnailChanged.subscribe([&](const auto&) { ++seen; });
-  std::size_t asked = 0;
-  for (std::size_t i = 0; asked < thumbnailCount; ++i) {
-    if (!attachments::isPrintable(files.categoryOf(files.row(i))))
-      continue;
-    files.loadThumbnail(files.row(i));
-    ++asked;
-    while (seen < asked)
-      co_await async::sleep(1ms);
-    if (asked % 5 == 0)
-      co_await frames.timeOf([&] { gtk_adjustment_set_value(adjustment, static_cast<double>(i) * height); });
-  }
-  co_return residentMemory() - before;
-}
-
 async::Task<void> measure(Window& window, attachments::FilesViewModel& files) {
   Clock::time_point came;
   const auto subscription = files.rowsChanged.subscribe([&](const auto&) { came = Clock::now(); });
@@ -194,9 +162,8 @@ async::Task<void> measure(Window& window, attachments::FilesViewModel& files) {
     for (std::size_t i = 0; i <= text.size(); ++i)
       keys.push_back(co_await frames.timeOf(
           [&] { gtk_editable_set_text(GTK_EDITABLE(search), text.substr(0, i).c_str()); }));
-  const auto memory = co_await seeThumbnails(frames, adjustment, files);
-  fmt::print("{{\"firstRows\": {:.2f}, {}, {}, {}, \"memory\": {:.1f}}}\n", first, line("wheel", wheel),
-             line("fling", fling), line("keys", keys), memory);
+  fmt::print("{{\"firstRows\": {:.2f}, {}, {}, {}}}\n", first, line("wheel", wheel), line("fling", fling),
+             line("keys", keys));
 }
 
 } // namespace

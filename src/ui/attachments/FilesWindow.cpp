@@ -22,9 +22,12 @@ FilesWindow::FilesWindow(Services services) : services_(std::move(services)) {
 }
 
 void FilesWindow::show() {
-  if (!window_)
+  const bool isNew = !window_;
+  if (isNew)
     open();
   window_->present();
+  if (isNew)
+    view_->takeKeyboard();
 }
 
 void FilesWindow::open() {
@@ -46,7 +49,6 @@ void FilesWindow::open() {
                                                                         window->requestClose();
                                                                       }});
   window_->setContent({view_->widget()});
-  view_->takeKeyboard();
 }
 
 GtkWindow* FilesWindow::native() const {
