@@ -356,7 +356,11 @@ bool AttachmentList::handleKey(guint key) {
     return true;
   // Behind the last row comes the foot.
   if (at == count - 1 && to > at) {
-    focusFoot(GTK_DIR_TAB_FORWARD);
+    // Where the end loads more by itself, the button would go from under the keyboard.
+    if (files_.isFiltered() || *files_.errorMessage)
+      focusFoot(GTK_DIR_TAB_FORWARD);
+    else
+      gtk_adjustment_set_value(scroll_, gtk_adjustment_get_upper(scroll_));
     return true;
   }
   to = std::clamp<std::int64_t>(to, 0, count - 1);
