@@ -15,6 +15,7 @@
 #include "platform/linux/desktop/RunningInstance.h"
 #include "platform/linux/desktop/ScriptingObject.h"
 #include "platform/linux/desktop/SharedMimeTypes.h"
+#include "platform/linux/files/DefaultsWatch.h"
 #include "platform/linux/files/GioFileReader.h"
 #include "platform/linux/files/GioNewFiles.h"
 #include "platform/linux/files/GioUserFolders.h"
@@ -281,6 +282,7 @@ class Program {
   platform::files::GioNewFiles newFiles_;
   platform::files::ThreadFileWriter fileWriter_;
   platform::files::JsonUserDefaults defaults_;
+  platform::files::DefaultsWatch defaultsWatch_{defaults_};
   platform::windows::LinuxPanels panels_;
   platform::desktop::LinuxUriLauncher uriLauncher_;
   platform::desktop::LinuxClipboard clipboard_;

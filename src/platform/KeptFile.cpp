@@ -35,6 +35,22 @@ void KeptFile::load() {
     known_ = version;
 }
 
+void KeptFile::reload() {
+  const auto file = path();
+  const auto version = file ? files_.version(*file) : std::nullopt;
+  if (!version || version == known_)
+    return;
+  const auto text = files_.read(*file);
+  const auto taken = text ? content_.take(*text) : std::unexpected(text.error().description);
+  if (taken) {
+    isUnusable_ = false;
+    if (files_.version(*file) == version)
+      known_ = version;
+  } else if (std::exchange(told_, version) != version) {
+    logger_.notice("{}{}", words_.cantDecode, taken.error());
+  }
+}
+
 void KeptFile::save() {
   soon_.stop();
   const auto file = path();

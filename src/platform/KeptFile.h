@@ -52,6 +52,9 @@ class KeptFile {
   ~KeptFile() { saveIfUnsaved(); }
 
   void load();
+  // What somebody else has put there since the last load or save is handed to the owner. What the owner can't
+  // use changes nothing: it may be half written.
+  void reload();
   void save();
   // With the next turn of the loop.
   void saveSoon();
@@ -75,6 +78,7 @@ class KeptFile {
   const Words words_;
   const Content content_;
   std::optional<FileVersion> known_; // what we have read or saved last
+  std::optional<FileVersion> told_;  // what reload() couldn't use, and has said so
   bool isUnusable_ = false;          // there is a file, and it couldn't be taken
   bool isUnsaved_ = false;
   base::Observable<std::optional<std::string>> problem_;

@@ -38,6 +38,7 @@
 #include "program/AppLifecycleService.h"
 #include "program/UnsavedFiles.h"
 #include "settings/AppSettings.h"
+#include "settings/EnvironmentWatch.h"
 #include "shortcuts/KeyboardShortcuts.h"
 #include "web/DownloadNotices.h"
 #include "web/MessageFiles.h"
@@ -165,6 +166,7 @@ class OndrelApp {
   void openSettings();
 
   settings::AppSettings settings_;
+  const settings::EnvironmentWatch environmentWatch_{settings_};
   jmap::NotificationManager notificationManager_;
   web::MessageFiles messageFiles_;
   web::DownloadNotices downloadNotices_;

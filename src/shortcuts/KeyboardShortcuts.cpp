@@ -21,17 +21,30 @@ KeyboardShortcuts::KeyboardShortcuts(platform::GlobalShortcuts& desktop, platfor
         if (found != entries_.end() && found->second.handler && *pauses_ == 0)
           found->second.handler();
       })),
-      availability_(desktop_.isAvailable().observe([this] { reserveStored(); })) {
+      availability_(desktop_.isAvailable().observe([this] { reserveStored(); })),
+      storedChanges_(defaults_.changed.subscribe([this](const std::string& name) { followStored(name); })) {
 }
 
 void KeyboardShortcuts::onKeyUp(const std::string& name, std::function<void()> handler) {
-  auto& entry = entries_[name];
-  entry.handler = std::move(handler);
-  const auto stored = parseKeyCombination(defaults_.string(name).value_or(""));
-  if (!stored || !mayBeReserved(*stored))
+  entries_[name].handler = std::move(handler);
+  followStored(name);
+}
+
+void KeyboardShortcuts::followStored(const std::string& name) {
+  const auto found = entries_.find(name);
+  if (found == entries_.end())
     return;
+  auto& entry = found->second;
+  auto stored = parseKeyCombination(defaults_.string(name).value_or(""));
+  if (stored && !mayBeReserved(*stored))
+    stored.reset();
+  if (stored == entry.state->keys)
+    return;
+  entry.work.cancel();
   entry.state.set({stored});
-  if (*isAvailable())
+  if (!stored)
+    desktop_.release(name);
+  else if (*isAvailable())
     entry.work = scope_.spawn(reserve(name, *stored, false));
 }
 
@@ -53,8 +66,8 @@ void KeyboardShortcuts::set(const std::string& name, std::optional<platform::Key
     return;
   }
   desktop_.release(name);
-  defaults_.remove(name);
   entry.state.set({});
+  defaults_.remove(name);
 }
 
 async::Task<void> KeyboardShortcuts::reserve(std::string name, platform::KeyCombination keys, bool isNew) {
@@ -68,9 +81,10 @@ async::Task<void> KeyboardShortcuts::reserve(std::string name, platform::KeyComb
     entry.state.set({entry.state->keys, entry.state->desktopText, reserved.error()});
     co_return;
   }
-  if (isNew)
-    defaults_.set(name, storedText(keys));
+  auto stored = storedText(keys);
   entry.state.set({std::move(keys), *reserved});
+  if (isNew)
+    defaults_.set(name, std::move(stored));
 }
 
 base::Subscription KeyboardShortcuts::pause() {

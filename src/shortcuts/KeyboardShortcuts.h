@@ -37,7 +37,8 @@ class KeyboardShortcuts {
   // Both outlive it.
   KeyboardShortcuts(platform::GlobalShortcuts& desktop, platform::UserDefaults& defaults);
 
-  // The handler is called when the keys are let go. Reserves those that are stored. Once for each name.
+  // The handler is called when the keys are let go. Reserves those that are stored, and others that somebody
+  // stores later. Once for each name.
   void onKeyUp(const std::string& name, std::function<void()> handler);
 
   const base::Observable<bool>& isAvailable() const;
@@ -55,6 +56,7 @@ class KeyboardShortcuts {
     async::TaskHandle work;
   };
   void reserveStored();
+  void followStored(const std::string& name);
   async::Task<void> reserve(std::string name, platform::KeyCombination keys, bool isNew);
 
   platform::GlobalShortcuts& desktop_;
@@ -63,6 +65,7 @@ class KeyboardShortcuts {
   std::shared_ptr<int> pauses_ = std::make_shared<int>(0);
   base::Subscription performed_;
   base::Subscription availability_;
+  base::Subscription storedChanges_;
   async::Scope scope_;
 };
 

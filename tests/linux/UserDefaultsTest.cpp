@@ -1,9 +1,12 @@
 #include "platform/linux/files/JsonUserDefaults.h"
 
 #include "async/VirtualEventLoop.h"
+#include "platform/linux/files/DefaultsWatch.h"
 #include "platform/linux/files/PosixFileStore.h"
+#include "platform/linux/glib/GlibEventLoop.h"
 #include "support/FakeDesktop.h"
 #include "support/LogCapture.h"
+#include "support/MainLoop.h"
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -141,6 +144,61 @@ TEST_F(UserDefaultsTest, WhatASecondCopyHasChangedMeanwhileIsMergedByKey) {
   theirs.set("ours", 4); // what it hasn't changed since its own save is the other's
   loop.runUntilIdle();
   EXPECT_EQ(theirs.integer("both"), 3);
+}
+
+TEST_F(UserDefaultsTest, WhatOthersDoToTheFileShowsAtOnceAndIsNeverLost) {
+  auto& content = files.files["/d.json"];
+  content = R"({"same":1,"theirs":1,"both":1,"gone":1})";
+  const auto defaults = open();
+  std::vector<std::string> changes;
+  const auto subscription =
+      defaults->changed.subscribe([&](const std::string& key) { changes.push_back(key); });
+  const auto reread = [&] {
+    changes.clear();
+    defaults->reread();
+    return changes;
+  };
+  using Keys = std::vector<std::string>;
+  defaults->set("both", 2);
+  content = R"({"same":1,"theirs":3,"both":3,"new":3})";
+  EXPECT_EQ(reread(), (Keys{"gone", "new", "theirs"}));
+  EXPECT_EQ(defaults->integer("both"), 2) << "set here, and not saved yet";
+  loop.runUntilIdle();
+  EXPECT_EQ(content, "{\n  \"same\": 1,\n  \"theirs\": 3,\n  \"both\": 2,\n  \"new\": 3\n}\n");
+  EXPECT_EQ(reread(), Keys{}) << "its own save";
+
+  content = R"({"same":1,"theirs)";
+  EXPECT_EQ(reread(), Keys{});
+  EXPECT_EQ(reread(), Keys{});
+  EXPECT_EQ(support::LogCapture::lines().size(), 1U) << "told once";
+  EXPECT_EQ(content, R"({"same":1,"theirs)");
+  defaults->set("same", 2);
+  loop.runUntilIdle();
+  EXPECT_EQ(files.files["/d.json.damaged-1"], R"({"same":1,"theirs)");
+  files.files.erase("/d.json");
+  EXPECT_EQ(reread(), Keys{});
+  EXPECT_EQ(defaults->integer("theirs"), 3);
+}
+
+TEST(DefaultsWatchTest, SeesAFileBehindALinkWrittenAndReplaced) {
+  const glib::GlibEventLoop loop;
+  const support::TemporaryFolder folder;
+  files::PosixFileStore store;
+  folder.write("synced.json", "{}");
+  std::filesystem::create_symlink("synced.json", folder.file("defaults.json"));
+  files::JsonUserDefaults defaults(store, folder.file("defaults.json"));
+  const files::DefaultsWatch watch(defaults);
+  const auto shows = [&](int value) {
+    return support::runUntil([&] { return defaults.integer("a") == value; });
+  };
+  folder.write("synced.json", R"({"a":1})");
+  EXPECT_TRUE(shows(1));
+  folder.write("new.json", R"({"a":2})");
+  std::filesystem::rename(folder.file("new.json"), folder.file("synced.json"));
+  EXPECT_TRUE(shows(2));
+  folder.write("new.json", R"({"a":3})");
+  std::filesystem::rename(folder.file("new.json"), folder.file("defaults.json"));
+  EXPECT_TRUE(shows(3)) << "it is no link any more";
 }
 
 } // namespace

@@ -79,6 +79,16 @@ TEST(KeyboardShortcutsTest, ReservesStoresAndKeepsWhatWorkedBefore) {
             (KeyboardShortcuts::State{parseKeyCombination("CTRL+ALT+m"), "Press Meta", "These are taken."}));
   EXPECT_EQ(defaults.string(name), "CTRL+ALT+m");
 
+  // Somebody else has changed the file.
+  defaults.set(name, std::string("CTRL+ALT+k"));
+  loop.advance(1s);
+  EXPECT_EQ(desktop.reserved[name].key, "k");
+  EXPECT_EQ(shortcuts.state(name)->keys, parseKeyCombination("CTRL+ALT+k"));
+  defaults.set(name, std::string("nonsense"));
+  EXPECT_TRUE(desktop.reserved.empty());
+  defaults.set(name, std::string("CTRL+ALT+m"));
+  loop.advance(1s);
+
   shortcuts.set(name, parseKeyCombination("CTRL+y"));
   loop.advance(500ms);
   shortcuts.set(name, parseKeyCombination("CTRL+z"));

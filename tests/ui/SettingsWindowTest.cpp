@@ -9,6 +9,7 @@
 #include "mcp/MCPServerManager.h"
 #include "mcp/MCPSettingsModel.h"
 #include "mcp/SetupCommand.h"
+#include "settings/EnvironmentWatch.h"
 #include "shortcuts/KeyboardShortcuts.h"
 #include "support/FakeDesktopServices.h"
 #include "support/FakeFileReader.h"
@@ -261,6 +262,7 @@ TEST_F(SettingsWindowTest, APortIsTakenWhenItIsConfirmedAndRefusedInItsRow) {
 }
 
 TEST_F(SettingsWindowTest, EachChoiceOfTheVersionIsToldOnce) {
+  const settings::EnvironmentWatch environment(shell.settings);
   std::vector<FastmailEnvironment> told;
   const auto watch = shell.settings.fastmailEnvironmentDidChange.subscribe(
       [&] { told.push_back(shell.settings.currentEnvironment()); });
@@ -272,7 +274,7 @@ TEST_F(SettingsWindowTest, EachChoiceOfTheVersionIsToldOnce) {
   adw_combo_row_set_selected(version, 1);
   shell.settings.setEnvironment(FastmailEnvironment::production);
   EXPECT_EQ(adw_combo_row_get_selected(version), 0U);
-  EXPECT_EQ(told.size(), 1U) << "it only follows";
+  EXPECT_EQ(told.size(), 2U);
 }
 
 TEST_F(SettingsWindowTest, BecomesTheDefaultMailApplicationOrTellsWhyNot) {

@@ -38,10 +38,9 @@ EnvironmentSettingsView::EnvironmentSettingsView(settings::AppSettings& settings
 
 void EnvironmentSettingsView::choose() {
   const auto chosen = static_cast<FastmailEnvironment>(adw_combo_row_get_selected(row_));
-  if (isUpdating_ || chosen == settings_.currentEnvironment())
-    return;
-  settings_.setEnvironment(chosen);
-  settings_.fastmailEnvironmentDidChange.emit();
+  // What is stored may be anything that stands for production.
+  if (!isUpdating_ && chosen != settings_.currentEnvironment())
+    settings_.setEnvironment(chosen);
 }
 
 void EnvironmentSettingsView::update() {

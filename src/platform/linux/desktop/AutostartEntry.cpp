@@ -65,13 +65,8 @@ bool isSame(const std::vector<std::string>& command, const std::vector<std::stri
 
 AutostartEntry::AutostartEntry(FileStore& files, Options options)
     : files_(files), options_(std::move(options)),
-      path_(options_.folder + "/" + options_.applicationId + ".desktop") {
-  const auto file = glib::adopt(g_file_new_for_path(path_.c_str()));
-  monitor_ = glib::adopt(g_file_monitor_file(file.get(), G_FILE_MONITOR_NONE, nullptr, nullptr));
-  if (monitor_)
-    changes_ = glib::connect<void(GFileMonitor*, GFile*, GFile*, GFileMonitorEvent)>(
-        monitor_.get(), "changed",
-        [this](GFileMonitor*, GFile*, GFile*, GFileMonitorEvent) { changed.emit(); });
+      path_(options_.folder + "/" + options_.applicationId + ".desktop"),
+      watch_(path_, [this] { changed.emit(); }) {
 }
 
 bool AutostartEntry::isEnabled() const {

@@ -2,9 +2,7 @@
 
 #include "platform/FileStore.h"
 #include "platform/desktop/LoginItem.h"
-#include "platform/linux/glib/Connection.h"
-
-#include <gio/gio.h>
+#include "platform/linux/files/FileWatch.h"
 
 #include <string>
 #include <vector>
@@ -34,8 +32,7 @@ class AutostartEntry final : public LoginItem {
   FileStore& files_;
   const Options options_;
   const std::string path_;
-  glib::Ref<GFileMonitor> monitor_;
-  glib::Connection changes_;
+  files::FileWatch watch_;
 };
 
 } // namespace ondrel::platform::desktop

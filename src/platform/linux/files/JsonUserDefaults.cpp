@@ -33,17 +33,24 @@ JsonUserDefaults::JsonUserDefaults(FileStore& store, std::string path)
              .didSave = [this](bool isSaved) { didSave(isSaved); }}) {
   file_.load();
   taken_.clear();
+  isLoaded_ = true;
+}
+
+void JsonUserDefaults::reread() {
+  file_.reload();
+  tellTaken();
 }
 
 std::expected<void, std::string> JsonUserDefaults::take(const std::string& text) {
+  const auto consequence = isLoaded_ ? "left alone until it is saved" : "starting with the defaults";
   if (text.size() > largestFile)
-    return std::unexpected("too large to be ours, starting with the defaults: " + file_.path().value());
+    return std::unexpected(fmt::format("too large to be ours, {}: {}", consequence, file_.path().value()));
   json::error_code error;
   json::parse_options options;
   options.max_depth = deepestNesting;
   auto parsed = json::parse(text, error, {}, options);
   if (error || !parsed.is_object())
-    return std::unexpected(fmt::format("damaged, starting with the defaults: {}: {}", file_.path().value(),
+    return std::unexpected(fmt::format("damaged, {}: {}: {}", consequence, file_.path().value(),
                                        error ? error.message() : "not a JSON object"));
   auto theirs = std::move(parsed.as_object());
   for (const auto& key : unsaved_)
@@ -62,6 +69,10 @@ std::expected<void, std::string> JsonUserDefaults::take(const std::string& text)
 void JsonUserDefaults::didSave(bool isSaved) {
   if (isSaved)
     unsaved_.clear();
+  tellTaken();
+}
+
+void JsonUserDefaults::tellTaken() {
   for (const auto& key : std::exchange(taken_, {}))
     changed.emit(key);
 }

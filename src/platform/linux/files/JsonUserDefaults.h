@@ -34,16 +34,20 @@ class JsonUserDefaults final : public UserDefaults {
   void remove(std::string_view key) override;
 
   KeptFile& file() { return file_; }
+  // Takes what somebody else has changed in the file, as a save does, and tells of it.
+  void reread();
 
  private:
   void store(std::string_view key, boost::json::value value);
   void didChange(std::string_view key);
   std::expected<void, std::string> take(const std::string& text);
   void didSave(bool isSaved);
+  void tellTaken();
 
   boost::json::object values_;
   std::set<std::string> unsaved_; // keys set or removed here
   std::set<std::string> taken_;   // keys that somebody else has changed, until that is told
+  bool isLoaded_ = false;
   KeptFile file_;
 };
 
