@@ -56,7 +56,9 @@ TEST_F(NewMailTest, IsNotifiedOfOpenedAndDeleted) {
   ASSERT_TRUE(notifiedOf("Lunch &amp; &lt;b&gt;more&lt;/b&gt;")) << program_->output();
   const auto shown = server_.notifications().at(0);
   EXPECT_EQ(shown.summary, "Ann Example");
-  EXPECT_EQ(shown.actions, (std::vector<std::string>{"default", "Open", "DELETE_EMAIL", "Delete"}));
+  EXPECT_EQ(shown.actions,
+            (std::vector<std::string>{"default", "Open", "ARCHIVE_EMAIL", "Archive", "MARK_EMAIL_AS_READ",
+                                      "Mark as Read", "DELETE_EMAIL", "Delete"}));
 
   server_.invoke(shown.id, "default");
   EXPECT_TRUE(sessionBecomes([&](const auto& saved) {

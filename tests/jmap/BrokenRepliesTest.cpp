@@ -37,7 +37,7 @@ Outcome addToMailbox(MailWorld& world) {
 Outcome notify(MailWorld& world) {
   support::FakeNotificationCenter center;
   NotificationManager manager(center);
-  NewMailNotifier notifier(world.client, world.queries, manager, world.settings, [](const auto&) {});
+  NewMailNotifier notifier(world.client, world.queries, manager, world.settings, [](const auto&) {}, {});
   const auto result = world.run(notifier.newMailAmong({"M1"}));
   return result ? std::nullopt : std::optional(result.error());
 }

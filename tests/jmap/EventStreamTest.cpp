@@ -13,8 +13,8 @@ using EventStreamTest = JMAPSessionTest;
 
 TEST_F(EventStreamTest, AFinishedLoadStartsStreamAndBadge) {
   finishLoad();
-  EXPECT_EQ(methods, (Lines{"Email/get", "Mailbox/get", "Email/changes", "Mailbox/get"}))
-      << "seed, badge, and what came before the stream was open";
+  EXPECT_EQ(methods, (Lines{"Email/get", "Mailbox/get", "Mailbox/get", "Email/changes", "Mailbox/get"}))
+      << "seed, whether there is an archive, badge, and what came before the stream was open";
   EXPECT_EQ(settings.unreadCount.get(), 3);
   EXPECT_EQ(launcherBadge.labels.back(), "3");
   ASSERT_EQ(http.opened.size(), 1U);

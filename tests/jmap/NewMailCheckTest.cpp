@@ -47,8 +47,8 @@ class NewMailCheckTest : public MailTest {
   support::FakeNotificationCenter center;
   NotificationManager manager{center};
   Lines opened;
-  NewMailNotifier notifier{client, queries, manager, settings,
-                           [this](const std::string& url) { opened.push_back(url); }};
+  NewMailNotifier notifier{
+      client, queries, manager, settings, [this](const std::string& url) { opened.push_back(url); }, {}};
   NewMailCheck check{client, notifier};
 };
 

@@ -32,7 +32,8 @@ class NotificationTest : public MailTest {
   NotificationManager manager{center};
   Lines opened;
   std::unique_ptr<NewMailNotifier> notifier = std::make_unique<NewMailNotifier>(
-      client, queries, manager, settings, [this](const std::string& url) { opened.push_back(url); });
+      client, queries, manager, settings, [this](const std::string& url) { opened.push_back(url); },
+      [this] { ++badgeRefreshes; });
 };
 
 TEST_F(NotificationTest, AHandlerMayTakeItselfAway) {
@@ -89,8 +90,10 @@ TEST_F(NotificationTest, ResponsesOpenOrDeleteOnceSetUp) {
   EXPECT_EQ(opened, Lines{}) << "nobody has set up the handler";
 
   run(notifier->setUp());
-  EXPECT_EQ(center.categories, (std::vector<platform::NotificationCategory>{
-                                   {"NEW_EMAIL", {{"DELETE_EMAIL", "Delete", true}}}, {"NEW_EMAILS", {}}}));
+  EXPECT_EQ(center.categories,
+            (std::vector<platform::NotificationCategory>{
+                {"NEW_EMAIL", {{"MARK_EMAIL_AS_READ", "Mark as Read"}, {"DELETE_EMAIL", "Delete", true}}},
+                {"NEW_EMAILS", {}}}));
   settings.setEnvironment(settings::FastmailEnvironment::beta);
   center.respond(0, NotificationResponse::defaultAction);
   center.respond(1, NotificationResponse::defaultAction);
@@ -106,6 +109,48 @@ TEST_F(NotificationTest, ResponsesOpenOrDeleteOnceSetUp) {
   EXPECT_EQ(client.sent.size(), before + 3);
   EXPECT_EQ(badgeRefreshes, 1);
   EXPECT_EQ(opened.size(), 1u);
+}
+
+TEST_F(NotificationTest, ArchivesAndMarksAsReadLateRefusedOrNotNeeded) {
+  client.answerOnly("Mailbox/get",
+                    reply({R"({"list":[{"id":"B4","role":"archive"},{"id":"B1","role":"inbox"}]})"}));
+  run(notifier->setUp());
+  loop.advance(1min);
+  notifyFor(R"({"list":[{"id":"M1"}]})");
+  EXPECT_EQ(center.categories.front().actions.front(),
+            (platform::NotificationAction{"ARCHIVE_EMAIL", "Archive"}));
+  struct Case {
+    const char* action;
+    const char* mailboxIds; // by then
+    const char* call;       // the last one
+    const char* logged = "";
+    int refreshes = 1;
+  };
+  const std::string refusal = R"({"notUpdated":{"M1":{"type":"forbidden"}}})";
+  const char* archives =
+      R"([["Email/set",{"accountId":"u123","update":{"M1":{"mailboxIds/B1":null,"mailboxIds/B4":true}}},"a1"]])";
+  const char* reads = R"([["Email/set",{"accountId":"u123","update":{"M1":{"keywords/$seen":true}}},"s0"]])";
+  const char* looks = R"([["Email/get",{"accountId":"u123","ids":["M1"],"properties":["mailboxIds"]},"g0"]])";
+  const Case cases[] = {
+      {"ARCHIVE_EMAIL", R"({"B1":true,"B7":true})", archives},
+      {"ARCHIVE_EMAIL", R"({"B7":true})", looks},
+      {"ARCHIVE_EMAIL", R"({"B1":true})", archives, "archiveEmail: failed for M1: {\"type\":\"forbidden\"}",
+       0},
+      {"MARK_EMAIL_AS_READ", "{}", reads},
+      {"MARK_EMAIL_AS_READ", "{}", reads, "markEmailAsRead: failed for M1: {\"type\":\"forbidden\"}", 0}};
+  client.delay = 2s;
+  for (const auto& each : cases) {
+    client.answerOnly("Email/get",
+                      reply({R"({"list":[{"id":"M1","mailboxIds":)" + std::string(each.mailboxIds) + "}]}"}));
+    client.answerOnly("Email/set", reply({each.refreshes ? R"({"updated":{"M1":null}})" : refusal}));
+    badgeRefreshes = 0;
+    log.lines().clear();
+    center.respond(0, each.action);
+    loop.advance(1min);
+    expectCalls(client.sent.size() - 1, each.call);
+    EXPECT_EQ(badgeRefreshes, each.refreshes) << each.action;
+    EXPECT_EQ(log.lines(), *each.logged ? Lines{"error network: " + std::string(each.logged)} : Lines{});
+  }
 }
 
 TEST_F(NotificationTest, NothingRespondsForANotifierThatIsGone) {

@@ -1,6 +1,6 @@
 #include "base/Json.h"
+#include "jmap/mail/EmailPatch.h"
 #include "jmap/mail/MailQueries.h"
-#include "jmap/mail/MailRequest.h"
 #include "jmap/protocol/JMAPReading.h"
 
 namespace ondrel::jmap {
@@ -8,11 +8,6 @@ namespace ondrel::jmap {
 namespace {
 
 namespace json = boost::json;
-
-// The changes of a patch (RFC 8620, section 5.3): the value is true to be in the mailbox, null to be not.
-std::string membership(const std::string& mailboxId) {
-  return "mailboxIds/" + mailboxId;
-}
 
 // Out of the inbox and into the trash. What has left the inbox meanwhile is in the trash alone afterwards: as
 // it is kept nowhere else by this user's will, nor does it stay in the archive.
@@ -24,27 +19,15 @@ async::Task<Result<void>> moveToTrash(MailQueries& queries, JMAPClient& client, 
   const auto trashId = co_await queries.fetchTrashMailboxId();
   if (!trashId)
     co_return std::unexpected(trashId.error());
-  auto question = jmapRequest(
-      "Email/get", {{"accountId", account.id}, {"ids", {emailId}}, {"properties", {"mailboxIds"}}}, "g0");
-  const auto found = co_await ask(client, account.session, std::move(question));
-  if (!found)
-    co_return std::unexpected(found.error());
-  const auto email = firstListed(*found, 0);
-  if (!email.object())
-    co_return std::unexpected(JMAPError::refused("the message is no longer there"));
-  const auto mailboxIds = email["mailboxIds"];
+  const auto email = co_await currentEmail(client, account, emailId, {"mailboxIds"});
+  if (!email)
+    co_return std::unexpected(email.error());
+  const auto mailboxIds = base::JsonReader(*email)["mailboxIds"];
   const bool isArchived = mailboxIds.object() && !mailboxIds[*inboxId].boolean().value_or(false);
   json::object patch{{membership(*inboxId), nullptr}, {membership(*trashId), true}};
   if (isArchived)
     patch = {{"mailboxIds", {{*trashId, true}}}};
-  auto body = jmapRequest("Email/set", {{"accountId", account.id}, {"update", {{emailId, patch}}}}, "d0");
-  const auto reply = co_await sendRequest(client, std::move(account.session), std::move(body));
-  if (!reply)
-    co_return std::unexpected(reply.error());
-  const auto arguments = reply->json ? answer(*reply->json, 0) : base::JsonReader();
-  if (const auto* reason = arguments["notUpdated"][emailId].value())
-    co_return std::unexpected(JMAPError::refused(reply->withoutSecrets(base::jsonText(*reason))));
-  co_return {};
+  co_return co_await patchEmail(client, std::move(account), std::move(emailId), std::move(patch), "d0");
 }
 
 struct MembershipChange {

@@ -1,58 +1,10 @@
 #include "jmap/mail/MailQueries.h"
 #include "jmap/mail/MailRequest.h"
 #include "jmap/mail/MailboxName.h"
+#include "jmap/mail/MailboxOfRole.h"
 #include "jmap/protocol/JMAPReading.h"
 
 namespace ondrel::jmap {
-
-namespace {
-
-namespace json = boost::json;
-
-// One of the mailboxes that have a role (RFC 8621, section 2), and how its query names itself.
-struct RoleQuery {
-  std::string_view operation;
-  std::string_view role;
-  std::string_view roleInLog;
-  std::string_view callId;
-  bool withName = false;
-};
-
-struct NamedMailbox {
-  std::string id;
-  std::optional<std::string> name;
-};
-
-base::JsonReader firstOfRole(const base::JsonReader& mailboxes, std::string_view role) {
-  for (const auto& mailbox : mailboxes.elements())
-    if (mailbox["role"].string() == role)
-      return mailbox;
-  return {};
-}
-
-async::Task<Result<NamedMailbox>> mailboxOfRole(JMAPClient& client, RoleQuery query) {
-  auto account = co_await mailAccount(client, query.operation);
-  if (!account)
-    co_return std::unexpected(std::move(account).error());
-  json::array properties{"id", "role"};
-  if (query.withName)
-    properties.emplace_back("name");
-  const auto reply = co_await ask(
-      client, account->session,
-      jmapRequest("Mailbox/get", {{"accountId", account->id}, {"properties", std::move(properties)}},
-                  query.callId));
-  if (!reply)
-    co_return std::unexpected(reply.error());
-  const auto mailbox = firstOfRole(answeredList(*reply, 0), query.role);
-  auto id = mailbox["id"].string();
-  if (!id) {
-    networkLogger.error("{}: could not find {} in Mailbox/get response", query.operation, query.roleInLog);
-    co_return std::unexpected(JMAPError::badResponse());
-  }
-  co_return NamedMailbox{*std::move(id), mailbox["name"].string()};
-}
-
-} // namespace
 
 async::Task<Result<std::optional<std::string>>> MailQueries::findMailboxId(std::string name) {
   auto account = co_await mailAccount(client_, "findMailboxId");

@@ -19,6 +19,8 @@ namespace json = boost::json;
 
 constexpr auto categoryIdentifier = "NEW_EMAIL";
 constexpr auto summaryCategoryIdentifier = "NEW_EMAILS";
+constexpr auto archiveAction = "ARCHIVE_EMAIL";
+constexpr auto markAsReadAction = "MARK_EMAIL_AS_READ";
 constexpr auto deleteAction = "DELETE_EMAIL";
 constexpr std::size_t mostInOneRequest = 50;
 
@@ -45,9 +47,10 @@ std::string_view reasonForSilence(const base::JsonReader& email, const std::opti
 
 NewMailNotifier::NewMailNotifier(JMAPClient& client, MailQueries& queries, NotificationManager& notifications,
                                  settings::AppSettings& settings,
-                                 std::function<void(const std::string& url)> openURL)
-    : client_(client), queries_(queries), notifications_(notifications), settings_(settings),
-      openURL_(std::move(openURL)) {
+                                 std::function<void(const std::string& url)> openURL,
+                                 std::function<void()> badgeRefresh)
+    : client_(client), queries_(queries), actions_(client, queries, std::move(badgeRefresh)),
+      notifications_(notifications), settings_(settings), openURL_(std::move(openURL)) {
 }
 
 NewMailNotifier::~NewMailNotifier() {
@@ -57,11 +60,31 @@ NewMailNotifier::~NewMailNotifier() {
 
 async::Task<void> NewMailNotifier::setUp() {
   co_await notifications_.requestPermission();
-  notifications_.registerCategory({categoryIdentifier, {{deleteAction, "Delete", true}}});
+  offerActions();
   notifications_.registerCategory({summaryCategoryIdentifier, {}});
   for (const auto* category : {categoryIdentifier, summaryCategoryIdentifier})
     notifications_.setResponseHandler(
         category, [this](const platform::NotificationResponse& response) { respond(response); });
+  lookForArchive();
+}
+
+// No notification waits for it.
+void NewMailNotifier::lookForArchive() {
+  if (looking_.done())
+    looking_ = scope_.spawn(offerArchive());
+}
+
+async::Task<void> NewMailNotifier::offerArchive() {
+  co_await actions_.lookForArchive();
+  offerActions();
+}
+
+void NewMailNotifier::offerActions() {
+  std::vector<platform::NotificationAction> actions{{markAsReadAction, "Mark as Read"},
+                                                    {deleteAction, "Delete", true}};
+  if (actions_.canArchive())
+    actions.insert(actions.begin(), {archiveAction, "Archive"});
+  notifications_.registerCategory({categoryIdentifier, std::move(actions)});
 }
 
 async::Task<Result<NewMailNotifier::Inbox>>
@@ -138,6 +161,7 @@ async::Task<void> NewMailNotifier::announce(NewMail mail) {
     co_await notifications_.send({std::move(identifier), std::move(content)});
     co_return;
   }
+  lookForArchive(); // where it failed so far
   for (auto& email : mail.emails) {
     // Nobody wants to hear of the mail of an account that was left meanwhile.
     const bool cancelled = co_await async::cancelled();
@@ -199,6 +223,8 @@ void NewMailNotifier::takeBack(const std::string& emailId) {
 }
 
 void NewMailNotifier::forget() {
+  looking_.cancel();
+  actions_.forget();
   announced_.clear();
   changed_.clear();
 }
@@ -212,7 +238,13 @@ void NewMailNotifier::respond(const platform::NotificationResponse& response) {
       open(content.userInfo, "");
     else if (emailId)
       open(content.userInfo, *emailId);
-  } else if (response.actionIdentifier == deleteAction && emailId) {
+  } else if (!emailId) {
+    return;
+  } else if (response.actionIdentifier == archiveAction) {
+    scope_.spawn(actions_.archive(*std::move(emailId)));
+  } else if (response.actionIdentifier == markAsReadAction) {
+    scope_.spawn(actions_.markAsRead(*std::move(emailId)));
+  } else if (response.actionIdentifier == deleteAction) {
     scope_.spawn(queries_.deleteEmail(*std::move(emailId)));
   }
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "async/Scope.h"
+#include "jmap/mail/EmailActions.h"
 #include "jmap/newmail/AnnouncedMail.h"
 #include "jmap/newmail/NewMail.h"
 #include "jmap/newmail/NotificationManager.h"
@@ -21,13 +22,16 @@ namespace ondrel::jmap {
 
 class MailQueries;
 
-// Tells the user of new mail, and does what the user answers: a click shows the email, "Delete" moves it to
-// the trash. Takes notifications back when their mail has been seen to elsewhere. Main thread only.
+// Tells the user of new mail, and does what the user answers: a click shows the email, its buttons
+// archive it, mark it as read or move it to the trash. Takes notifications back when their mail has been seen
+// to elsewhere. Main thread only.
 class NewMailNotifier {
  public:
-  // All outlive it. `openURL` shows an address in a window of the program.
+  // All outlive it. `openURL` shows an address in a window of the program, `badgeRefresh` asks for the number
+  // of unread messages.
   NewMailNotifier(JMAPClient& client, MailQueries& queries, NotificationManager& notifications,
-                  settings::AppSettings& settings, std::function<void(const std::string& url)> openURL);
+                  settings::AppSettings& settings, std::function<void(const std::string& url)> openURL,
+                  std::function<void()> badgeRefresh);
   ~NewMailNotifier();
   NewMailNotifier(const NewMailNotifier&) = delete;
   NewMailNotifier& operator=(const NewMailNotifier&) = delete;
@@ -62,17 +66,22 @@ class NewMailNotifier {
   async::Task<Result<Inbox>> fetch(std::vector<std::string> ids, boost::json::array properties,
                                    std::string_view operation);
   async::Task<void> announceOne(NewMail::Email email, std::map<std::string, std::string> userInfo);
+  void offerActions();
+  void lookForArchive();
+  async::Task<void> offerArchive();
   void takeBack(const std::string& emailId);
   void respond(const platform::NotificationResponse& response);
   void open(const std::map<std::string, std::string>& userInfo, const std::string& page) const;
 
   JMAPClient& client_;
   MailQueries& queries_;
+  EmailActions actions_;
   NotificationManager& notifications_;
   settings::AppSettings& settings_;
   std::function<void(const std::string& url)> openURL_;
   AnnouncedMail announced_;
   std::set<std::string> changed_; // announced emails in doubt
+  async::TaskHandle looking_;
   async::Scope scope_;
 };
 
