@@ -37,14 +37,25 @@ async::Task<void> MCPServerManager::restartOnce() {
     co_return;
   const auto port = settings_.mcpServerPort();
   if (!settings_.get(settings::keys::mcpServerEnabled))
-    configure(claudeConfig_.unregister());
+    unregister();
   else if (port > std::numeric_limits<std::uint16_t>::max())
     failToStart(port, invalidPortText(std::to_string(port)));
   else if (dispatch_)
     startServer(port);
 }
 
-void MCPServerManager::configure(const std::expected<void, std::string>& done) {
+void MCPServerManager::registerServer() {
+  const auto done = claudeConfig_.registerServer(serverPort_);
+  configured(done);
+  isRegistered.set(done && *claudeCodeDetected);
+}
+
+void MCPServerManager::unregister() {
+  isRegistered.set(false);
+  configured(claudeConfig_.unregister());
+}
+
+void MCPServerManager::configured(const std::expected<void, std::string>& done) {
   if (done) {
     configurationProblem.set(std::nullopt);
     return;
@@ -86,16 +97,16 @@ void MCPServerManager::startServer(std::int64_t port) {
 void MCPServerManager::serverStateDidChange() {
   problem.set(*server_->failure);
   if (*server_->failure)
-    configure(claudeConfig_.unregister());
+    unregister();
   else if (*server_->isListening)
-    configure(claudeConfig_.registerServer(serverPort_));
+    registerServer();
 }
 
 void MCPServerManager::failToStart(std::int64_t port, std::string reason) {
   logger_.error("MCP server failed to start on port {}: {}", port, reason);
   problem.set(std::move(reason));
   isRunning.set(false);
-  configure(claudeConfig_.unregister());
+  unregister();
 }
 
 } // namespace ondrel::mcp

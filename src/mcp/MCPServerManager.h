@@ -43,6 +43,8 @@ class MCPServerManager {
   base::Observable<std::optional<std::string>> problem;
   // Why Claude Code's configuration doesn't say what it should, for people.
   base::Observable<std::optional<std::string>> configurationProblem;
+  // Claude Code is on this machine, and its configuration names the server that is running.
+  base::Observable<bool> isRegistered{false};
 
  private:
   async::Task<void> restartUntilSettled();
@@ -53,7 +55,9 @@ class MCPServerManager {
   void failToStart(std::int64_t port, std::string reason);
   // Only where our server answers: another program on the port would be given the assistant's questions.
   void serverStateDidChange();
-  void configure(const std::expected<void, std::string>& done);
+  void registerServer();
+  void unregister();
+  void configured(const std::expected<void, std::string>& done);
 
   base::Logger logger_{"network"};
   settings::AppSettings& settings_;

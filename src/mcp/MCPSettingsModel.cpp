@@ -1,6 +1,7 @@
 #include "mcp/MCPSettingsModel.h"
 
 #include "base/Text.h"
+#include "mcp/ClaudeConfig.h"
 #include "mcp/InvalidPort.h"
 #include "mcp/MCPServerManager.h"
 #include "mcp/SetupCommand.h"
@@ -27,7 +28,8 @@ MCPSettingsModel::MCPSettingsModel(settings::AppSettings& settings, MCPServerMan
       })),
       detections_(manager.claudeCodeDetected.observe([this] { changed.emit(); })),
       problems_(manager.problem.observe([this] { changed.emit(); })),
-      configurationProblems_(manager.configurationProblem.observe([this] { changed.emit(); })) {
+      configurationProblems_(manager.configurationProblem.observe([this] { changed.emit(); })),
+      registrations_(manager.isRegistered.observe([this] { changed.emit(); })) {
 }
 
 bool MCPSettingsModel::showsNotFound() const {
@@ -57,6 +59,15 @@ std::expected<void, std::string> MCPSettingsModel::setPort(std::string_view text
     return std::unexpected(invalidPortText(base::displayLine(text)));
   settings_.defaults().set(keys::mcpServerPort.name, std::int64_t{*number});
   return {};
+}
+
+bool MCPSettingsModel::isRegistered() const {
+  return *manager_.isRegistered;
+}
+
+std::string MCPSettingsModel::registeredNote() const {
+  return "Restart Claude Code to use it. Other assistants find the server at " +
+         serverURL(settings_.mcpServerPort()) + ".";
 }
 
 std::string MCPSettingsModel::setupCommand() const {

@@ -27,6 +27,13 @@ inline constexpr std::string_view section = "Claude Code integration (MCP)";
 inline constexpr std::string_view notFound = "Claude Code not found on this machine.";
 inline constexpr std::string_view showAnyway = "Show anyway";
 inline constexpr std::string_view enable = "Enable MCP server";
+// Who gets to what, in the words of docs/local-server.md.
+inline constexpr std::string_view whatItOpens =
+    "While it is on, every program that runs as you on this machine can search and read all your mail and "
+    "open "
+    "messages in a window, without asking. None can change or send mail. Other users and other machines "
+    "can't connect.";
+inline constexpr std::string_view registered = "Registered with Claude Code";
 inline constexpr std::string_view port = "Port:";
 inline constexpr std::string_view portPrompt = "7777";
 inline constexpr std::string_view caption = "Run once in a terminal, then restart Claude Code:";
@@ -54,6 +61,9 @@ class MCPSettingsModel {
   // Stores what the user typed. An error, for people, leaves the port as it was.
   std::expected<void, std::string> setPort(std::string_view text);
 
+  // Claude Code knows of the server: the command has nothing to do.
+  bool isRegistered() const;
+  std::string registeredNote() const;
   std::string setupCommand() const;
   void copySetupCommand();
   // Why nothing listens although the setting is on, or why Claude Code doesn't know of it.
@@ -72,6 +82,7 @@ class MCPSettingsModel {
   base::Subscription detections_;
   base::Subscription problems_;
   base::Subscription configurationProblems_;
+  base::Subscription registrations_;
 };
 
 } // namespace ondrel::mcp

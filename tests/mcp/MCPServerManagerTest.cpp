@@ -231,8 +231,10 @@ TEST_F(ManagerTest, EachChangeOfTheSettingsRestartsTheServer) {
   EXPECT_TRUE(model.setPort("8000"));
   loop.advance(1s);
   EXPECT_EQ(events(), Lines()) << "nothing of this section has changed";
+  EXPECT_TRUE(model.isRegistered());
   servers.newest->failure.set("address already in use");
-  EXPECT_EQ(changes, 4) << "Claude Code was found, two settings, a problem";
+  EXPECT_FALSE(model.isRegistered());
+  EXPECT_EQ(changes, 6) << "Claude Code was found, two settings, registered, a problem, no longer so";
 }
 
 } // namespace

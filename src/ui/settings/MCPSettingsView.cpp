@@ -29,6 +29,16 @@ AdwActionRow* makeProblemRow() {
   return row;
 }
 
+AdwActionRow* makeRegisteredRow() {
+  auto* row = ADW_ACTION_ROW(adw_action_row_new());
+  gtk_widget_set_name(GTK_WIDGET(row), "mcp-registered");
+  adw_preferences_row_set_use_markup(ADW_PREFERENCES_ROW(row), FALSE);
+  adw_preferences_row_set_title(ADW_PREFERENCES_ROW(row), std::string(text::registered).c_str());
+  adw_action_row_set_subtitle_lines(row, 0);
+  adw_action_row_add_prefix(row, gtk_image_new_from_icon_name("emblem-ok-symbolic"));
+  return row;
+}
+
 } // namespace
 
 MCPSettingsView::MCPSettingsView(mcp::MCPSettingsModel& model,
@@ -36,16 +46,17 @@ MCPSettingsView::MCPSettingsView(mcp::MCPSettingsModel& model,
     : model_(model), group_(glib::share(ADW_PREFERENCES_GROUP(adw_preferences_group_new()))),
       enabled_(GTK_SWITCH(gtk_switch_new())), enabledRow_(switchRow("mcp-server", enabled_)),
       problemRow_(makeProblemRow()), port_(GTK_ENTRY(gtk_entry_new())),
-      portRow_(fieldRow("mcp-port", port_, portCharacters)),
+      portRow_(fieldRow("mcp-port", port_, portCharacters)), registeredRow_(makeRegisteredRow()),
       command_(std::string(text::caption), std::string(text::copy), [this] { model_.copySetupCommand(); }),
       notFoundRow_(ADW_ACTION_ROW(adw_action_row_new())) {
   adw_preferences_group_set_title(group_.get(), std::string(text::section).c_str());
   setRowTitle(enabledRow_, GTK_WIDGET(enabled_), text::enable);
+  setRowSubtitle(enabledRow_, text::whatItOpens);
   makeNotFoundRow();
   addHelp(std::move(openURL));
   makePortField();
   for (auto* row : {GTK_WIDGET(notFoundRow_), GTK_WIDGET(enabledRow_), GTK_WIDGET(problemRow_),
-                    GTK_WIDGET(portRow_), command_.widget()})
+                    GTK_WIDGET(portRow_), GTK_WIDGET(registeredRow_), command_.widget()})
     adw_preferences_group_add(group_.get(), row);
 
   update();
@@ -114,7 +125,8 @@ void MCPSettingsView::update() {
     gtk_widget_set_visible(help_, isFound);
   gtk_widget_set_visible(GTK_WIDGET(problemRow_), isFound && problem);
   gtk_widget_set_visible(GTK_WIDGET(portRow_), isOn);
-  gtk_widget_set_visible(command_.widget(), isOn);
+  gtk_widget_set_visible(GTK_WIDGET(registeredRow_), isOn && model_.isRegistered());
+  gtk_widget_set_visible(command_.widget(), isOn && !model_.isRegistered());
 
   gtk_switch_set_active(enabled_, model_.enabled());
   adw_preferences_row_set_title(ADW_PREFERENCES_ROW(problemRow_), problem.value_or("").c_str());
@@ -122,6 +134,7 @@ void MCPSettingsView::update() {
   // What is being typed stays, unless somebody else has set another port.
   if (shownPort_ != model_.port())
     showPort();
+  setRowSubtitle(registeredRow_, model_.registeredNote());
   command_.setCommand(model_.setupCommand());
   isUpdating_ = false;
 }

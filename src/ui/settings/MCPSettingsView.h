@@ -37,6 +37,7 @@ class MCPSettingsView final : public SettingsSection {
   AdwActionRow* const problemRow_;
   GtkEntry* const port_;
   AdwActionRow* const portRow_;
+  AdwActionRow* const registeredRow_;
   SetupCommandRow command_;
   AdwActionRow* const notFoundRow_;
   GtkWidget* help_ = nullptr; // none without a page of help
