@@ -88,6 +88,11 @@ WebKitView::WebKitView(std::shared_ptr<const WebKitEngine> engine, glib::Ref<Web
   g_object_set_data(G_OBJECT(view_.get()), objectKey, this);
   gtk_widget_set_hexpand(GTK_WIDGET(view_.get()), TRUE);
   gtk_widget_set_vexpand(GTK_WIDGET(view_.get()), TRUE);
+  // A text view in there, by which the engine knows the toolkit's key bindings, would take the keyboard from
+  // the page whenever the toolkit moves the focus on, as it does when a tab is selected.
+  for (auto* child = gtk_widget_get_first_child(GTK_WIDGET(view_.get())); child;
+       child = gtk_widget_get_next_sibling(child))
+    gtk_widget_set_can_focus(child, FALSE);
   adw_bin_set_child(ADW_BIN(container_.get()), GTK_WIDGET(view_.get()));
 }
 
