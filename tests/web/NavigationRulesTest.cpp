@@ -1,4 +1,5 @@
 #include "web/page/NavigationRules.h"
+#include "web/page/TabTitle.h"
 
 #include <gtest/gtest.h>
 
@@ -35,6 +36,26 @@ TEST(NavigationRules, EachAddressHasItsUse) {
     EXPECT_EQ(addressUse(row.address, TargetFrame::main), row.inMainFrame) << row.address;
     EXPECT_EQ(addressUse(row.address, TargetFrame::unknown), row.inUnknownFrame) << row.address;
   }
+}
+
+TEST(TabTitle, IsThatOfThePageOrOfTheMailboxWithoutItsCount) {
+  const std::string at = "https://x.example/mail/";
+  const struct {
+    std::string title;
+    std::string url;
+    std::string shown;
+  } table[] = {
+      {"Inbox (3)", at + "Inbox/?u=1", "Inbox"},
+      {"(1,234) Old mail", at + "Old%20mail/", "Old mail"},
+      {"Inbox", at + "Inbox?u=1", "Inbox"},
+      {"(3)", at + "Inbox/", "(3)"},
+      {"Plans (old)", at + "Plans/", "Plans (old)"},
+      {"Order (3)", at + "Inbox/T1.M1?u=1", "Order (3)"},
+      {"Letter (3)", at + "compose?to=a", "Letter (3)"},
+      {"Notes (3)", "https://x.example/notes/", "Notes (3)"},
+  };
+  for (const auto& row : table)
+    EXPECT_EQ(tabTitle(row.title, row.url), row.shown) << row.title;
 }
 
 } // namespace ondrel::web

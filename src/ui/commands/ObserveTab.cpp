@@ -8,8 +8,9 @@ std::vector<base::Subscription> observeTab(const web::WindowViewModel& viewModel
                                            const std::function<void()>& changed) {
   std::vector<base::Subscription> result;
   const auto observe = [&](const auto&... fields) { (result.push_back(fields.observe(changed)), ...); };
-  observe(viewModel.title, viewModel.foreignHost, viewModel.toolbarVisible, viewModel.canGoBack,
-          viewModel.canGoForward, viewModel.canZoomOut, viewModel.canZoomIn, viewModel.isZoomDefault);
+  observe(viewModel.title, viewModel.urlString, viewModel.foreignHost, viewModel.toolbarVisible,
+          viewModel.canGoBack, viewModel.canGoForward, viewModel.canZoomOut, viewModel.canZoomIn,
+          viewModel.isZoomDefault);
   return result;
 }
 

@@ -5,6 +5,7 @@
 #include "platform/Window.h"
 #include "web/WebServices.h"
 #include "web/WindowViewModel.h"
+#include "web/page/TabTitle.h"
 
 namespace ondrel::ui {
 
@@ -17,13 +18,14 @@ ContentView::ContentView(std::shared_ptr<web::WindowViewModel> viewModel,
   viewModel_->window = window;
   const auto tellTitle = [this] {
     if (const auto shown = window_.lock())
-      shown->setTitle(base::shortDisplayLine(*viewModel_->title));
+      shown->setTitle(base::shortDisplayLine(web::tabTitle(*viewModel_->title, *viewModel_->urlString)));
   };
   const auto tellBusy = [this] {
     if (const auto shown = window_.lock())
       shown->setBusy(*viewModel_->isLoading);
   };
   subscriptions_.push_back(viewModel_->title.observe(tellTitle));
+  subscriptions_.push_back(viewModel_->urlString.observe(tellTitle));
   subscriptions_.push_back(viewModel_->isLoading.observe(tellBusy));
   tellTitle();
   tellBusy();
