@@ -36,11 +36,13 @@
 #include "platform/linux/text/GlibLogSink.h"
 #include "platform/linux/text/IcuTextFormatting.h"
 #include "platform/linux/text/ResourceText.h"
+#include "platform/linux/webkit/EngineVersion.h"
 #include "platform/linux/webkit/WebKitViewFactory.h"
 #include "platform/linux/windows/GrabbedShortcuts.h"
 #include "platform/linux/windows/LinuxApplication.h"
 #include "platform/linux/windows/LinuxPanels.h"
 #include "program/OndrelApp.h"
+#include "program/SystemInfoManager.h"
 #include "scripts/PageScriptSource.h"
 #include "settings/SettingsKeys.h"
 #include "shortcuts/KeyCombinationText.h"
@@ -247,6 +249,13 @@ class Program {
                     .toggleVisibility = [this] { app_.visibility().toggle(); },
                     .quit = [this] { app_.quitting().request(); },
                     .programInfo = programInfo,
+                    .describeSystem =
+                        [programInfo] {
+                          return program::SystemInfoManager(programInfo, platform::files::machineInfo())
+                                     .summary(std::chrono::system_clock::now()) +
+                                 "WebKitGTK: " + platform::webkit::engineVersion() + "\n";
+                        },
+                    .notifications = notifications_,
                     .textFormatting = textFormatting_,
                     .contentTypes = contentTypes_,
                     .decoder = decoder_,

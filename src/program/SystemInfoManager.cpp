@@ -13,19 +13,21 @@ SystemInfoManager::SystemInfoManager(const platform::ProgramInfo& programInfo, p
       info_(std::move(info)) {
 }
 
-std::string SystemInfoManager::description(std::chrono::system_clock::time_point now) const {
+std::string SystemInfoManager::summary(std::chrono::system_clock::time_point now) const {
   const auto uptime = std::chrono::floor<std::chrono::seconds>(now) - info_.bootTime;
-  const auto rule = std::string(90, '-');
-  return fmt::format("\n{0}\n"
-                     "{1} {2}\n"
-                     "{3}\n"
-                     "{4} - {5} [{6}] {7:.2f} GB\n"
-                     "System uptime: {8}\n"
-                     "Sandboxed: {9}\n"
-                     "{0}",
-                     rule, applicationName_, applicationVersion_, info_.systemVersion, info_.cpu,
+  return fmt::format("{} {}\n"
+                     "{}\n"
+                     "{} - {} [{}] {:.2f} GB\n"
+                     "System uptime: {}\n"
+                     "Sandboxed: {}\n",
+                     applicationName_, applicationVersion_, info_.systemVersion, info_.cpu,
                      info_.modelIdentifier, info_.cpuCount, info_.memoryGB, hoursMinutesAndSeconds(uptime),
                      info_.isSandboxed);
+}
+
+std::string SystemInfoManager::description(std::chrono::system_clock::time_point now) const {
+  const auto rule = std::string(90, '-');
+  return "\n" + rule + "\n" + summary(now) + rule;
 }
 
 std::string hoursMinutesAndSeconds(std::chrono::seconds time) {

@@ -15,7 +15,9 @@ class SystemInfoManager {
 
   const std::string& applicationName() const { return applicationName_; }
   const std::string& applicationVersion() const { return applicationVersion_; }
-  // Some lines; how long the machine has been running by then is one of them.
+  // Some lines: the program, the machine.
+  std::string summary(std::chrono::system_clock::time_point now) const;
+  // The same between two rules; how long the machine has been running by then is one of them.
   std::string description(std::chrono::system_clock::time_point now) const;
 
  private:

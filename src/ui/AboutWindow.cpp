@@ -1,25 +1,37 @@
 #include "ui/AboutWindow.h"
 
 #include "platform/ProgramInfo.h"
+#include "ui/ToolkitDescription.h"
 
 #include <adwaita.h>
 
 namespace ondrel::ui {
 
+namespace {
+
+// The demonstration has no icon of its own: it shows that of the program whose name its name begins with.
+std::string iconName(std::string identifier) {
+  auto* theme = gtk_icon_theme_get_for_display(gdk_display_get_default());
+  while (!identifier.empty() && !gtk_icon_theme_has_icon(theme, identifier.c_str()))
+    identifier.resize(identifier.rfind('.') == std::string::npos ? 0 : identifier.rfind('.'));
+  return identifier;
+}
+
+} // namespace
+
 GtkWindow* presentAbout(const platform::ProgramInfo& programInfo, const std::string& website,
-                        GtkWindow* parent) {
+                        const std::string& system, GtkWindow* parent) {
   auto* window = ADW_ABOUT_WINDOW(adw_about_window_new());
   adw_about_window_set_application_name(window, programInfo.displayName.c_str());
-  // Without one, as in a program that isn't installed, no place is left for it.
-  if (gtk_icon_theme_has_icon(gtk_icon_theme_get_for_display(gdk_display_get_default()),
-                              programInfo.identifier.c_str()))
-    adw_about_window_set_application_icon(window, programInfo.identifier.c_str());
+  // Without one no place is left for it.
+  if (const auto icon = iconName(programInfo.identifier); !icon.empty())
+    adw_about_window_set_application_icon(window, icon.c_str());
   adw_about_window_set_version(window, programInfo.shortVersion.c_str());
   adw_about_window_set_comments(window, "A native desktop home for a hosted mail service");
   adw_about_window_set_license_type(window, GTK_LICENSE_GPL_3_0);
-  const auto debugInfo =
-      programInfo.displayName + " " + programInfo.shortVersion + " (" + programInfo.buildNumber + ")";
+  const auto debugInfo = system + "Build: " + programInfo.buildNumber + "\n" + describeToolkit(parent);
   adw_about_window_set_debug_info(window, debugInfo.c_str());
+  adw_about_window_set_debug_info_filename(window, (programInfo.identifier + ".txt").c_str());
   if (!website.empty())
     adw_about_window_set_website(window, website.c_str());
   gtk_window_set_transient_for(GTK_WINDOW(window), parent);

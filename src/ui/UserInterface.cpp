@@ -9,6 +9,7 @@
 #include "platform/UriLauncher.h"
 #include "settings/AppSettings.h"
 #include "ui/AboutWindow.h"
+#include "ui/commands/PaneFocus.h"
 #include "ui/commands/ShortcutsWindow.h"
 #include "ui/widgets/Style.h"
 
@@ -54,13 +55,15 @@ UserInterface::UserInterface(const Services& services)
                        .userScripts = services_.userScripts,
                        .updates = services_.updates,
                        .desktopServices = services_.desktopServices,
+                       .notifications = services_.notifications,
                        .openURL = [this](const std::string& url) { services_.uriLauncher.open(url); },
                        .openMailto = services_.openMailto},
                       services_.toolkitApplication, [this] { return activeWindow(); }),
-      commands_(services_.application, services_.windows, services_.highlights, focusedTab_,
-                services_.programInfo, commandActions()),
+      commands_(services_.application, services_.windows, services_.settings, services_.highlights,
+                focusedTab_, services_.programInfo, commandActions()),
       groups_(commands_.table()), actions_(services_.toolkitApplication, groups_), menu_(groups_),
-      chrome_{menu_, [this](const auto& window) { return services_.windows.windows().viewModel(window); },
+      chrome_{menu_, services_.settings,
+              [this](const auto& window) { return services_.windows.windows().viewModel(window); },
               [this] { services_.windows.newTab(); }, [this] { services_.application.menuOpened.emit(); }},
       copiedLink_(services_.application, services_.windows) {
   installStyle();
@@ -89,13 +92,15 @@ BrowserCommands::Actions UserInterface::commandActions() {
           .showFiles = [this] { filesWindow_.show(); },
           .showServerLocation = services_.showServerLocation,
           .toggleFullScreen = [this] { toggleFullScreen(); },
+          .focusPane = [this](int step) { focusPane(activeWindow(), step); },
           .showSettings = [this] { settingsWindow_.show(); },
           .showShortcuts = [this] { presentShortcuts(groups_, activeWindow()); },
           .showHelp = std::move(showHelp),
           .contact = std::move(contact),
           .showAbout =
               [this] {
-                presentAbout(services_.programInfo, services_.settings.site().projectSiteURL, activeWindow());
+                presentAbout(services_.programInfo, services_.settings.site().projectSiteURL,
+                             services_.describeSystem(), activeWindow());
               },
           .toggleVisibility = services_.toggleVisibility,
           .quit = services_.quit};

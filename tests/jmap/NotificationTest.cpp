@@ -131,13 +131,11 @@ TEST_F(NotificationTest, ArchivesAndMarksAsReadLateRefusedOrNotNeeded) {
       R"([["Email/set",{"accountId":"u123","update":{"M1":{"mailboxIds/B1":null,"mailboxIds/B4":true}}},"a1"]])";
   const char* reads = R"([["Email/set",{"accountId":"u123","update":{"M1":{"keywords/$seen":true}}},"s0"]])";
   const char* looks = R"([["Email/get",{"accountId":"u123","ids":["M1"],"properties":["mailboxIds"]},"g0"]])";
-  const Case cases[] = {
-      {"ARCHIVE_EMAIL", R"({"B1":true,"B7":true})", archives},
-      {"ARCHIVE_EMAIL", R"({"B7":true})", looks},
-      {"ARCHIVE_EMAIL", R"({"B1":true})", archives, "archiveEmail: failed for M1: {\"type\":\"forbidden\"}",
-       0},
-      {"MARK_EMAIL_AS_READ", "{}", reads},
-      {"MARK_EMAIL_AS_READ", "{}", reads, "markEmailAsRead: failed for M1: {\"type\":\"forbidden\"}", 0}};
+  const Case cases[] = {{"ARCHIVE_EMAIL", R"({"B1":true,"B7":true})", archives},
+                        {"ARCHIVE_EMAIL", R"({"B7":true})", looks},
+                        {"ARCHIVE_EMAIL", R"({"B1":true})", archives,
+                         "archiveEmail: failed for M1: {\"type\":\"forbidden\"}", 0},
+                        {"MARK_EMAIL_AS_READ", "{}", reads}};
   client.delay = 2s;
   for (const auto& each : cases) {
     client.answerOnly("Email/get",

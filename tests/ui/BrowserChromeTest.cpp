@@ -32,7 +32,7 @@ class BrowserChromeTest : public ShellTest {
   int menus = 0;
   std::vector<CommandGroup> groups{{"Group", {{.title = "Print…", .perform = [] {}}}}};
   PrimaryMenu menu{groups};
-  ChromeServices services{menu,
+  ChromeServices services{menu, shell.settings,
                           [this](const auto& window) { return shell.manager->windows().viewModel(window); },
                           [this] { ++newTabs; }, [this] { ++menus; }};
   std::optional<BrowserChrome> chrome;

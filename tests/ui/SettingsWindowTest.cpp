@@ -15,6 +15,7 @@
 #include "support/FakeFileReader.h"
 #include "support/FakeGlobalShortcuts.h"
 #include "support/FakeJMAPClient.h"
+#include "support/FakeNotificationCenter.h"
 #include "support/FakeSoftwareUpdater.h"
 #include "support/FakeTextFormatting.h"
 #include "support/FakeUserFolders.h"
@@ -98,6 +99,7 @@ class SettingsWindowTest : public ShellTest {
                                        .clock = [] { return integrations::WallTime(24h * 365); },
                                        .showUpdates = {},
                                        .restart = [this] { opened.push_back("restart"); }}};
+  support::FakeNotificationCenter notificationCenter;
   std::vector<std::string> opened;
   GtkWindow* parent = nullptr;
   std::optional<SettingsWindow> window = std::optional<SettingsWindow>(
@@ -111,6 +113,7 @@ class SettingsWindowTest : public ShellTest {
                        .userScripts = scripts,
                        .updates = updates,
                        .desktopServices = desktopServices,
+                       .notifications = notificationCenter,
                        .openURL = [this](auto& url) { opened.push_back(url); },
                        .openMailto = [this](auto& url) { opened.push_back(url); }},
       nullptr, [this] { return parent; });
@@ -202,6 +205,18 @@ TEST_F(SettingsWindowTest, ItsWordsAreThoseOfTheAccount) {
   EXPECT_TRUE(hasAccessibleLabel(controlOf("highlight-tag-name"), "Folder name"));
 }
 
+TEST_F(SettingsWindowTest, SaysWhereNothingShowsNotifications) {
+  for (const auto status : {platform::AuthorizationStatus::denied, platform::AuthorizationStatus::authorized,
+                            platform::AuthorizationStatus::notDetermined}) {
+    notificationCenter.status = status;
+    open();
+    EXPECT_EQ(gtk_widget_is_visible(row("no-notifications")),
+              status == platform::AuthorizationStatus::denied);
+    gtk_window_close(window->window());
+    EXPECT_TRUE(runUntil([&] { return window->window() == nullptr; }));
+  }
+}
+
 TEST_F(SettingsWindowTest, TheServerIsHiddenUntilItIsOfUse) {
   open();
   EXPECT_TRUE(says("Claude Code not found on this machine."));
@@ -218,6 +233,10 @@ TEST_F(SettingsWindowTest, TheServerIsHiddenUntilItIsOfUse) {
   server.problem.set("Port <7777> is in use & busy");
   EXPECT_TRUE(says("Port <7777> is in use & busy"));
 
+  EXPECT_FALSE(visible("mcp-registered"));
+  server.isRegistered.set(true);
+  EXPECT_TRUE(visible("mcp-registered") && !visible("mcp-setup-command"));
+  server.isRegistered.set(false);
   EXPECT_TRUE(says(mcp::setupCommand(7777)));
   auto* copy = row("copy-setup-command");
   click(copy);

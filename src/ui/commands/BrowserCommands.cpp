@@ -1,8 +1,11 @@
 #include "ui/commands/BrowserCommands.h"
 
+#include "app/TabMoves.h"
 #include "app/WindowManager.h"
 #include "highlights/file/HighlightStore.h"
 #include "platform/Application.h"
+#include "platform/UserDefaults.h"
+#include "settings/AppSettings.h"
 #include "settings/ServicePage.h"
 #include "ui/commands/FocusedTab.h"
 #include "web/WindowViewModel.h"
@@ -43,15 +46,15 @@ void toggleToolbar(WindowViewModel& tab) {
 } // namespace
 
 BrowserCommands::BrowserCommands(platform::Application& application, app::WindowManager& windows,
-                                 highlights::HighlightStore& highlights, FocusedTab& focusedTab,
-                                 platform::ProgramInfo programInfo, Actions actions)
-    : application_(application), windows_(windows), highlights_(highlights), focusedTab_(focusedTab),
-      programInfo_(std::move(programInfo)), actions_(std::move(actions)) {
+                                 settings::AppSettings& settings, highlights::HighlightStore& highlights,
+                                 FocusedTab& focusedTab, platform::ProgramInfo programInfo, Actions actions)
+    : application_(application), windows_(windows), settings_(settings), highlights_(highlights),
+      focusedTab_(focusedTab), programInfo_(std::move(programInfo)), actions_(std::move(actions)) {
 }
 
 std::vector<CommandGroup> BrowserCommands::table() {
-  return {updates(), printing(), highlights(), removal(),     windowsAndTabs(), navigation(),
-          view(),    toolbar(),  tools(),      preferences(), help(),           program()};
+  return {updates(), printing(), highlights(), windowsAndTabs(), navigation(), view(),   toolbar(),
+          panes(),   tools(),    tabs(),       preferences(),    help(),       program()};
 }
 
 CommandGroup BrowserCommands::updates() {
@@ -68,10 +71,50 @@ CommandGroup BrowserCommands::windowsAndTabs() {
             .accelerators = {"<Control><Shift>t"},
             .perform = [this] { windows_.reopenClosedTab(); },
             .enabledWhen = whenTrue(windows_.canReopenClosedTab())},
-           {.title = "Close Tab", .accelerators = {"<Control>w"}, .perform = [this] {
-              if (const auto key = application_.focusedWindow())
-                key->requestClose();
-            }}}};
+           {.title = "Close Tab",
+            .accelerators = {"<Control>w"},
+            .perform = inKeyWindow([](platform::Window& window) { window.requestClose(); })}}};
+}
+
+// The windows answer the keys with Tab themselves, before all others.
+CommandGroup BrowserCommands::tabs() {
+  const auto whenTab = whenFocusedTab(focusedTab_, [](const auto&) { return true; });
+  return {"Tabs",
+          {{.title = "Next Tab",
+            .accelerators = {"<Control>Tab", "<Control>Page_Down"},
+            .perform = inKeyWindow([](platform::Window& window) { window.selectNextTab(); }),
+            .enabledWhen = whenTab,
+            .place = MenuPlace::none},
+           {.title = "Previous Tab",
+            .accelerators = {"<Control><Shift>Tab", "<Control>Page_Up"},
+            .perform = inKeyWindow([](platform::Window& window) { window.selectPreviousTab(); }),
+            .enabledWhen = whenTab,
+            .place = MenuPlace::none},
+           {.title = "Move Tab Left",
+            .accelerators = {"<Control><Shift>Page_Up"},
+            .perform = inKeyWindow([](platform::Window& window) { app::moveTab(window, -1); }),
+            .enabledWhen = whenTab,
+            .place = MenuPlace::none},
+           {.title = "Move Tab Right",
+            .accelerators = {"<Control><Shift>Page_Down"},
+            .perform = inKeyWindow([](platform::Window& window) { app::moveTab(window, 1); }),
+            .enabledWhen = whenTab,
+            .place = MenuPlace::none}}};
+}
+
+CommandGroup BrowserCommands::panes() {
+  const auto whenTab = whenFocusedTab(focusedTab_, [](const auto&) { return true; });
+  return {"Windows and Tabs",
+          {{.title = "Next Pane",
+            .accelerators = {"F6"},
+            .perform = [this] { actions_.focusPane(1); },
+            .enabledWhen = whenTab,
+            .place = MenuPlace::none},
+           {.title = "Previous Pane",
+            .accelerators = {"<Shift>F6"},
+            .perform = [this] { actions_.focusPane(-1); },
+            .enabledWhen = whenTab,
+            .place = MenuPlace::none}}};
 }
 
 CommandGroup BrowserCommands::navigation() {
@@ -131,35 +174,37 @@ CommandGroup BrowserCommands::printing() {
 
 CommandGroup BrowserCommands::highlights() {
   const auto help = [this] { return helpWithoutHighlights(); };
-  return {"Highlights",
-          {{.title = "Highlight Selection",
-            .accelerators = {"<Control><Shift>y"},
-            .perform = actions_.highlightSelection,
-            .enabledWhen = whenTrue(windows_.conversation().activeURLContainsMail),
-            .help =
-                [this] {
-                  return *windows_.conversation().activeURLContainsMail
-                             ? ""
-                             : "Only available when a mail window is in front";
-                }},
-           {.title = "Show Highlights",
-            .accelerators = {"<Control><Shift>h"},
-            .perform = actions_.showHighlights,
-            .enabledWhen = whenHighlighted(),
-            .help = help},
-           {.title = "Export Highlights…",
-            .accelerators = {"<Control><Shift>e"},
-            .perform = actions_.exportHighlights,
-            .enabledWhen = whenHighlighted(),
-            .help = help},
-           {.title = "Import Highlights…",
-            .accelerators = {"<Control><Shift>i"},
-            .perform = actions_.importHighlights}}};
-}
-
-// Apart from the others: it can't be undone.
-CommandGroup BrowserCommands::removal() {
-  return {"Removal", {{.title = "Remove All Highlights…", .perform = actions_.removeAllHighlights}}};
+  return {.title = "Highlights",
+          .commands = {{.title = "Highlight Selection",
+                        .accelerators = {"<Control><Shift>y"},
+                        .perform = actions_.highlightSelection,
+                        .enabledWhen = whenTrue(windows_.conversation().activeURLContainsMail),
+                        .help =
+                            [this] {
+                              return *windows_.conversation().activeURLContainsMail
+                                         ? ""
+                                         : "Only available when a mail window is in front";
+                            }},
+                       {.title = "Show Highlights",
+                        .accelerators = {"<Control><Shift>h"},
+                        .perform = actions_.showHighlights,
+                        .enabledWhen = whenHighlighted(),
+                        .help = help},
+                       {.title = "Export Highlights…",
+                        .accelerators = {"<Control><Shift>e"},
+                        .perform = actions_.exportHighlights,
+                        .enabledWhen = whenHighlighted(),
+                        .help = help},
+                       {.title = "Import Highlights…",
+                        .accelerators = {"<Control><Shift>i"},
+                        .perform = actions_.importHighlights},
+                       // Apart from the others: it can't be undone.
+                       {.title = "Remove All Highlights…",
+                        .perform = actions_.removeAllHighlights,
+                        .enabledWhen = whenHighlighted(),
+                        .help = help,
+                        .startsSection = true}},
+          .isSubmenu = true};
 }
 
 CommandGroup BrowserCommands::tools() {
@@ -204,15 +249,25 @@ CommandGroup BrowserCommands::toolbar() {
            {.title = "Full Screen",
             .accelerators = {"F11"},
             .perform = actions_.toggleFullScreen,
-            .enabledWhen = whenFocusedTab(focusedTab_, [](const auto&) { return true; })}}};
+            .enabledWhen = whenFocusedTab(focusedTab_, [](const auto&) { return true; })},
+           {.title = "Hide When Losing Focus",
+            .accelerators = {"<Control>l"},
+            .perform =
+                [this] {
+                  const auto& key = settings::keys::hideOnLoseFocus;
+                  settings_.set(key, !settings_.get(key));
+                },
+            .checkedWhen = whenHidingOnLoseFocus()}}};
 }
 
 CommandGroup BrowserCommands::preferences() {
   // The keys by which desktops show shortcuts are those of the help, where there is help.
-  const auto keys = actions_.showHelp ? "<Control>F1" : "<Control>question";
+  const std::vector<std::string> keys =
+      actions_.showHelp ? std::vector<std::string>{"<Control>F1"}
+                        : std::vector<std::string>{"<Control>question", "F1", "<Control>F1"};
   return {"General",
           {{.title = "Settings…", .accelerators = {"<Control>comma"}, .perform = actions_.showSettings},
-           {.title = "Keyboard Shortcuts", .accelerators = {keys}, .perform = actions_.showShortcuts}}};
+           {.title = "Keyboard Shortcuts", .accelerators = keys, .perform = actions_.showShortcuts}}};
 }
 
 CommandGroup BrowserCommands::help() {
@@ -248,6 +303,24 @@ Condition BrowserCommands::whenMessageIsOpen() const {
   return {
       [&conversation] { return *conversation.activeURLContainsMail && *conversation.isConversationVisible; },
       whenTrue(conversation.isConversationVisible).observe};
+}
+
+Condition BrowserCommands::whenHidingOnLoseFocus() const {
+  static constexpr auto key = settings::keys::hideOnLoseFocus;
+  return {[this] { return settings_.get(key); },
+          [this](std::function<void()> changed) {
+            return settings_.defaults().changed.subscribe([changed = std::move(changed)](const auto& name) {
+              if (name == key.name)
+                changed();
+            });
+          }};
+}
+
+std::function<void()> BrowserCommands::inKeyWindow(void (*work)(platform::Window& window)) const {
+  return [this, work] {
+    if (const auto window = application_.focusedWindow())
+      work(*window);
+  };
 }
 
 std::string BrowserCommands::helpWithoutHighlights() const {

@@ -18,6 +18,11 @@ class HighlightStore;
 
 namespace ondrel::platform {
 class Application;
+class Window;
+} // namespace ondrel::platform
+
+namespace ondrel::settings {
+class AppSettings;
 }
 
 namespace ondrel::ui {
@@ -39,7 +44,8 @@ class BrowserCommands {
     std::function<void()> removeAllHighlights;
     std::function<void()> showFiles;
     std::function<void()> showServerLocation;
-    std::function<void()> toggleFullScreen; // the top-level in front
+    std::function<void()> toggleFullScreen;  // the top-level in front
+    std::function<void(int step)> focusPane; // the next one of the top-level in front, or the one before
     std::function<void()> showSettings;
     std::function<void()> showShortcuts;
     std::function<void()> showHelp; // empty where there is none; so the next
@@ -49,9 +55,10 @@ class BrowserCommands {
     std::function<void()> quit;
   };
 
+  // All outlive it.
   BrowserCommands(platform::Application& application, app::WindowManager& windows,
-                  highlights::HighlightStore& highlights, FocusedTab& focusedTab,
-                  platform::ProgramInfo programInfo, Actions actions);
+                  settings::AppSettings& settings, highlights::HighlightStore& highlights,
+                  FocusedTab& focusedTab, platform::ProgramInfo programInfo, Actions actions);
 
   // In the order of the menu.
   std::vector<CommandGroup> table();
@@ -63,21 +70,25 @@ class BrowserCommands {
   CommandGroup view();
   CommandGroup printing();
   CommandGroup highlights();
-  CommandGroup removal();
   CommandGroup tools();
   CommandGroup toolbar();
+  CommandGroup tabs();
+  CommandGroup panes();
   CommandGroup preferences();
   CommandGroup help();
   CommandGroup program();
 
   Condition whenHighlighted() const;
   Condition whenMessageIsOpen() const;
+  Condition whenHidingOnLoseFocus() const;
+  std::function<void()> inKeyWindow(void (*work)(platform::Window& window)) const;
   std::string helpWithoutHighlights() const;
   void openCopiedLink();
   void newMaskedEmailAddress();
 
   platform::Application& application_;
   app::WindowManager& windows_;
+  settings::AppSettings& settings_;
   highlights::HighlightStore& highlights_;
   FocusedTab& focusedTab_;
   const platform::ProgramInfo programInfo_;

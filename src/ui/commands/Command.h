@@ -43,7 +43,8 @@ struct Command {
   std::optional<Condition> checkedWhen{}; // of a switch: whether it is on
   std::function<std::string()> help{};    // why it can't be used at present; empty text: nothing to say
   MenuPlace place = MenuPlace::item;
-  std::string icon{}; // of a button in the menu
+  std::string icon{};         // of a button in the menu
+  bool startsSection = false; // in its submenu
 };
 
 // A section of the menu. The window of shortcuts has one for each title.

@@ -17,12 +17,17 @@ glib::Ref<GMenuItem> menuItem(const Command& command) {
 // A section, or one row that leads to it.
 glib::Ref<GMenuItem> section(const CommandGroup& group) {
   const auto menu = glib::adopt(g_menu_new());
+  auto rows = menu;
   bool ofButtons = false;
   for (const auto& command : group.commands) {
     if (command.place == MenuPlace::none)
       continue;
     ofButtons = ofButtons || command.place == MenuPlace::button;
-    g_menu_append_item(menu.get(), menuItem(command).get());
+    if (command.startsSection) {
+      rows = glib::adopt(g_menu_new());
+      g_menu_append_section(menu.get(), nullptr, G_MENU_MODEL(rows.get()));
+    }
+    g_menu_append_item(rows.get(), menuItem(command).get());
   }
   if (g_menu_model_get_n_items(G_MENU_MODEL(menu.get())) == 0)
     return nullptr;

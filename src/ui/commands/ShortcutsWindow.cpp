@@ -4,7 +4,9 @@
 
 #include <algorithm>
 #include <array>
+#include <iterator>
 #include <string>
+#include <string_view>
 #include <utility>
 
 namespace ondrel::ui {
@@ -16,10 +18,10 @@ struct Shortcut {
   std::string accelerators;
 };
 
+constexpr std::string_view tabsTitle = "Tabs";
+
 // The keys that the windows themselves answer.
-const std::array tabShortcuts = {Shortcut{"Next Tab", "<Control>Tab"},
-                                 Shortcut{"Previous Tab", "<Control><Shift>Tab"},
-                                 Shortcut{"Go to Tab 1 to 8", "<Control>1...8 <Alt>1...8"},
+const std::array tabShortcuts = {Shortcut{"Go to Tab 1 to 8", "<Control>1...8 <Alt>1...8"},
                                  Shortcut{"Go to Last Tab", "<Control>9 <Alt>9"}};
 
 std::string escaped(const std::string& text) {
@@ -52,6 +54,8 @@ std::vector<std::pair<std::string, std::vector<Shortcut>>> byTitle(const std::ve
     for (const auto& command : group.commands)
       if (!command.accelerators.empty())
         found->second.push_back({command.title, command.accelerators.front()});
+    if (group.title == tabsTitle)
+      std::ranges::copy(tabShortcuts, std::back_inserter(found->second));
   }
   return result;
 }
@@ -62,11 +66,10 @@ GtkWindow* presentShortcuts(const std::vector<CommandGroup>& groups, GtkWindow* 
   std::string content;
   for (const auto& [title, shortcuts] : byTitle(groups))
     content += groupMarkup(title, shortcuts);
-  content += groupMarkup("Tabs", {tabShortcuts.begin(), tabShortcuts.end()});
   const auto markup = "<interface><object class=\"GtkShortcutsWindow\" id=\"shortcuts\"><property "
                       "name=\"modal\">1</property>" +
                       object("GtkShortcutsSection",
-                             property("section-name", "shortcuts") + property("max-height", "20") + content) +
+                             property("section-name", "shortcuts") + property("max-height", "14") + content) +
                       "</object></interface>";
   const auto builder =
       glib::adopt(gtk_builder_new_from_string(markup.c_str(), static_cast<gssize>(markup.size())));

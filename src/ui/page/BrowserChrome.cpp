@@ -6,6 +6,7 @@
 #include "ui/commands/PrimaryMenu.h"
 #include "ui/widgets/Widgets.h"
 #include "web/WindowViewModel.h"
+#include "web/page/TabTitle.h"
 
 #include <algorithm>
 
@@ -59,7 +60,8 @@ GtkWidget* hostLabel() {
 } // namespace
 
 BrowserChrome::BrowserChrome(const ChromeServices& services)
-    : services_(services), bar_(glib::share(adw_header_bar_new())), host_(hostLabel()), title_(titleLabel()) {
+    : services_(services), bar_(glib::share(adw_header_bar_new())), host_(hostLabel()), title_(titleLabel()),
+      lock_(services_.settings) {
   gtk_widget_set_name(bar_.get(), "ondrel-browser");
   adw_header_bar_set_title_widget(ADW_HEADER_BAR(bar_.get()), boxOf({host_, title_}));
   packStart();
@@ -84,7 +86,7 @@ void BrowserChrome::packEnd() {
   onClicked(newTab_, services_.openNewTab);
   zoom_ = zoomButtons();
   // Packed from the edge inwards.
-  for (auto* widget : {menuButton(), newTab_, zoom_})
+  for (auto* widget : {menuButton(), newTab_, lock_.widget(), zoom_})
     adw_header_bar_pack_end(ADW_HEADER_BAR(bar_.get()), widget);
 }
 
@@ -146,7 +148,8 @@ void BrowserChrome::selectedWindowDidChange(std::shared_ptr<platform::Window> wi
 
 void BrowserChrome::update() {
   const auto* tab = tab_.get();
-  gtk_label_set_text(GTK_LABEL(title_), tab ? base::shortDisplayLine(*tab->title).c_str() : "");
+  gtk_label_set_text(GTK_LABEL(title_),
+                     tab ? base::shortDisplayLine(web::tabTitle(*tab->title, *tab->urlString)).c_str() : "");
   const auto host = tab ? base::shortDisplayLine(*tab->foreignHost) : "";
   gtk_label_set_text(GTK_LABEL(host_), host.c_str());
   gtk_widget_set_visible(host_, !host.empty());
@@ -165,6 +168,7 @@ void BrowserChrome::updateVisibility() {
   for (auto* widget : {back_, forward_, reload_})
     gtk_widget_set_visible(widget, hasToolbar);
   gtk_widget_set_visible(zoom_, hasToolbar && width_ >= widthWithZoom);
+  gtk_widget_set_visible(lock_.widget(), hasToolbar && width_ >= widthWithZoom);
   gtk_widget_set_visible(newTab_, hasToolbar && width_ >= widthWithNewTab);
 }
 

@@ -3,12 +3,17 @@
 #include "base/Event.h"
 #include "platform/GroupChrome.h"
 #include "platform/linux/glib/Connection.h"
+#include "ui/page/LockButton.h"
 
 #include <adwaita.h>
 
 #include <functional>
 #include <memory>
 #include <vector>
+
+namespace ondrel::settings {
+class AppSettings;
+}
 
 namespace ondrel::web {
 class WindowViewModel;
@@ -21,6 +26,7 @@ class PrimaryMenu;
 // What the bars of all top-levels stand on; outlives them.
 struct ChromeServices {
   const PrimaryMenu& menu;
+  settings::AppSettings& settings;
   // The model of a browser window; null for other windows.
   std::function<std::shared_ptr<web::WindowViewModel>(const std::shared_ptr<platform::Window>&)> viewModelOf;
   std::function<void()> openNewTab;
@@ -63,6 +69,7 @@ class BrowserChrome final : public platform::GroupChrome {
   GtkWidget* zoomIn_ = nullptr;
   GtkWidget* zoom_ = nullptr; // the three together
   GtkWidget* newTab_ = nullptr;
+  const LockButton lock_;
   // Begins small: a window can't become narrower than what it has once shown.
   int width_ = 0;
 

@@ -23,6 +23,7 @@ class MCPSettingsModel;
 
 namespace ondrel::platform {
 class DesktopServices;
+class NotificationCenter;
 }
 
 namespace ondrel::settings {
@@ -46,6 +47,7 @@ struct SettingsServices {
   integrations::ScriptsManager& userScripts;
   integrations::UpdateManager& updates;
   platform::DesktopServices& desktopServices;
+  platform::NotificationCenter& notifications;
   std::function<void(const std::string& url)> openURL; // in the desktop's browser
   std::function<void(const std::string& url)> openMailto;
 };

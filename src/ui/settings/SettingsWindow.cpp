@@ -13,6 +13,7 @@
 #include "ui/settings/LoginItemSettingsView.h"
 #include "ui/settings/MCPSettingsView.h"
 #include "ui/settings/MissingServicesView.h"
+#include "ui/settings/NotificationSettingsView.h"
 #include "ui/settings/ScriptsSettingsView.h"
 #include "ui/settings/ShortcutSettingsView.h"
 #include "ui/settings/UISettingsView.h"
@@ -60,6 +61,10 @@ Section missingServices(const SettingsServices& services) {
 
 Section userInterface(const SettingsServices& services) {
   return std::make_unique<UISettingsView>(services.settings, services.defaultEmail.programInfo().displayName);
+}
+
+Section notifications(const SettingsServices& services) {
+  return std::make_unique<NotificationSettingsView>(services.notifications);
 }
 
 Section environment(const SettingsServices& services) {
@@ -110,7 +115,10 @@ const std::vector<Page>& pages() {
        "General",
        "preferences-system-symbolic",
        {defaultMail, loginItem, bugReport, missingServices}},
-      {settings::SettingsTab::userinterface, "User Interface", "computer-symbolic", {userInterface}},
+      {settings::SettingsTab::userinterface,
+       "User Interface",
+       "computer-symbolic",
+       {notifications, userInterface}},
       {settings::SettingsTab::shortcuts,
        "Shortcuts",
        "preferences-desktop-keyboard-shortcuts-symbolic",

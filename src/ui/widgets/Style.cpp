@@ -38,8 +38,11 @@ constexpr const char* rules = R"(
 .attachment-kinds > checkbutton { padding: 4px 6px; }
 .attachment-kinds > button { font-weight: normal; padding: 4px 6px; }
 .filter-active > button { color: @accent_color; background-color: alpha(@accent_bg_color, .15); }
+stackswitcher.circular > button > label { margin: 0; padding: 0; } /* else a page's number is narrower than nothing */
 .setup-command { background-color: alpha(currentColor, .06); border-radius: 6px; padding: 9px 12px; }
 )";
+
+constexpr const char* icons = "/org/velmora/Ondrel/icons";
 
 } // namespace
 
@@ -48,6 +51,7 @@ void installStyle() {
   gtk_css_provider_load_from_data(provider.get(), rules, -1);
   gtk_style_context_add_provider_for_display(gdk_display_get_default(), GTK_STYLE_PROVIDER(provider.get()),
                                              GTK_STYLE_PROVIDER_PRIORITY_APPLICATION);
+  gtk_icon_theme_add_resource_path(gtk_icon_theme_get_for_display(gdk_display_get_default()), icons);
 }
 
 } // namespace ondrel::ui

@@ -1,0 +1,34 @@
+#include "ui/page/LockButton.h"
+
+#include "platform/UserDefaults.h"
+#include "settings/AppSettings.h"
+#include "ui/widgets/Widgets.h"
+
+namespace ondrel::ui {
+
+namespace {
+
+constexpr auto key = settings::keys::hideOnLoseFocus;
+
+} // namespace
+
+LockButton::LockButton(settings::AppSettings& settings)
+    : settings_(settings), button_(glib::share(toolbarButton("hide-when-losing-focus", "", "", ""))) {
+  clicked_ = glib::connect<void(GtkButton*)>(button_.get(), "clicked",
+                                             [this](GtkButton*) { settings_.set(key, !settings_.get(key)); });
+  changes_ = settings_.defaults().changed.subscribe([this](const std::string& name) {
+    if (name == key.name)
+      update();
+  });
+  update();
+}
+
+void LockButton::update() {
+  const bool hides = settings_.get(key);
+  gtk_button_set_icon_name(GTK_BUTTON(button_.get()),
+                           hides ? "changes-allow-symbolic" : "changes-prevent-symbolic");
+  setAccessibleLabel(button_.get(), hides ? "Unlocked" : "Locked");
+  setTooltip(button_.get(), hides ? "Hides when losing focus ⌘L" : "Does not hide when losing focus ⌘L");
+}
+
+} // namespace ondrel::ui
