@@ -12,8 +12,8 @@
 #include "platform/FileStore.h"
 #include "platform/HttpClient.h"
 #include "settings/AppSettings.h"
-#include "web/NavigationDecision.h"
 #include "web/page/DownloadItem.h"
+#include "web/page/NavigationDecision.h"
 
 #include <utility>
 

@@ -2,8 +2,8 @@
 
 #include "base/Log.h"
 #include "web/ExternalLinks.h"
-#include "web/NavigationDecision.h"
 #include "web/page/GestureLimit.h"
+#include "web/page/NavigationDecision.h"
 
 #include <functional>
 #include <memory>

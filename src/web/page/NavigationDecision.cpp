@@ -1,4 +1,4 @@
-#include "web/NavigationDecision.h"
+#include "web/page/NavigationDecision.h"
 
 #include "base/Text.h"
 #include "base/Url.h"
