@@ -272,6 +272,7 @@ class Program {
     app_.setShowSettings([this] { interface_.showSettings(); });
   }
 
+    app_.setHighlightSelection([this](const auto& tab) { interface_.highlightSelection(tab); });
   // Tells the user when the windows are there.
   void warn(platform::Alert alert) { scope_.spawn(show(std::move(alert))); }
   // It ends to be started again.

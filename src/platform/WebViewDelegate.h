@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/Reply.h"
+#include "platform/ContextMenu.h"
 #include "platform/FrameInfo.h"
 #include "platform/Modifiers.h"
 #include "platform/ScriptMessage.h"
@@ -93,6 +94,11 @@ class WebViewDelegate {
   virtual void didClose() = 0;
   // The web process is gone; the web view is blank until it loads again.
   virtual void webProcessDidTerminate(bool crashed) = 0;
+
+  // The user asks for a menu: its rows, or none for no menu. Pages that show one of their own come first.
+  virtual ContextMenu contextMenu(const ContextHit&) { return {}; }
+  // They have chosen a row that is the program's. The gesture is that of NavigationAction.
+  virtual void didChoose(MenuAction, const ContextHit&, std::uint64_t) {}
 
   // Files that the user dropped on the page or pasted into it did not get there: one line for the user.
   virtual void didRefuseFiles(const std::string&) {}

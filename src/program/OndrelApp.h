@@ -163,6 +163,9 @@ class OndrelApp {
  private:
   void takeLinks(const PlatformAbilities& platform);
   void startAnnouncements(const PlatformAbilities& platform);
+  void setHighlightSelection(decltype(web::WebServices::highlightSelection) highlight) {
+    webServices_.highlightSelection = std::move(highlight);
+  }
   void openSettings();
 
   settings::AppSettings settings_;

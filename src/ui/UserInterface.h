@@ -79,6 +79,9 @@ class UserInterface {
 
   void showSettings() { settingsWindow_.show(); }
   const std::vector<CommandGroup>& commands() const { return groups_; }
+  void highlightSelection(const std::shared_ptr<web::WindowViewModel>& tab) {
+    highlightSelection_.performIn(tab);
+  }
 
  private:
   BrowserCommands::Actions commandActions();

@@ -40,8 +40,12 @@ Coordinator::Coordinator(const std::shared_ptr<WindowViewModel>& viewModel,
       services_(services), follower_(viewModel_, webView_, services.settings, configuration_->reportsTitle),
       loadRetry_(viewModel_, webView_), additions_(viewModel_, services), downloads_(viewModel_, services),
       opener_(viewModel, services, [this](const auto& item) { downloads_.show(item); }),
-      letter_(viewModel, services.scripts.letterState()),
-      messages_(viewModel_, webView_, services, opener_, letter_) {
+      menu_(viewModel_, webView_, services,
+            [this](const platform::NavigationAction& action) {
+              // Like a click that the engine asks about, but the page stays where it is.
+              decidePolicy(action, platform::PolicyReply([](NavigationPolicy) {}, NavigationPolicy::cancel));
+            }),
+      letter_(viewModel, services.scripts.letterState()), messages_(viewModel_, webView_, services, opener_, letter_) {
 }
 
 Coordinator::~Coordinator() {
@@ -205,6 +209,15 @@ void Coordinator::runOpenPanel(const platform::OpenPanelParameters& parameters, 
   panel.mimeTypes = parameters.mimeTypes;
   scope_.spawn(answerOpenPanel(services_.panels, std::move(panel),
                                viewModel ? viewModel->window : WeakWindow(), std::move(reply)));
+}
+
+platform::ContextMenu Coordinator::contextMenu(const platform::ContextHit& hit) {
+  return menu_.rows(hit);
+}
+
+void Coordinator::didChoose(platform::MenuAction action, const platform::ContextHit& hit,
+                            std::uint64_t gesture) {
+  menu_.perform(action, hit, gesture);
 }
 
 void Coordinator::didRefuseFiles(const std::string& text) {

@@ -7,6 +7,7 @@
 #include "web/LoadRetry.h"
 #include "web/PageAdditions.h"
 #include "web/PageFollower.h"
+#include "web/PageMenu.h"
 #include "web/PageMessages.h"
 #include "web/PageOpener.h"
 #include "web/TabDownloads.h"
@@ -48,6 +49,9 @@ class Coordinator final : public platform::WebViewDelegate {
   void runBeforeUnloadPanel(platform::DoneReply reply) override;
   void runOpenPanel(const platform::OpenPanelParameters& parameters, platform::FilesReply reply) override;
   void didReceiveScriptMessage(const platform::ScriptMessage& message) override;
+  platform::ContextMenu contextMenu(const platform::ContextHit& hit) override;
+  void didChoose(platform::MenuAction action, const platform::ContextHit& hit,
+                 std::uint64_t gesture) override;
   void didRefuseFiles(const std::string& text) override;
   void didClose() override;
   void webProcessDidTerminate(bool crashed) override;
@@ -71,6 +75,7 @@ class Coordinator final : public platform::WebViewDelegate {
   PageAdditions additions_;
   TabDownloads downloads_;
   PageOpener opener_;
+  PageMenu menu_;
   LetterHandOver letter_;
   PageMessages messages_;
   async::Scope scope_;

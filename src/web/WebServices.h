@@ -46,6 +46,8 @@ struct WebServices {
   ScriptMessageRouter messages{};
   // Begins the letter of a "mailto" link here; false where the user has another program for that.
   std::function<bool(const std::string& url)> beginLetter{};
+  // Highlights what is selected in a tab's page.
+  std::function<void(const std::shared_ptr<WindowViewModel>& tab)> highlightSelection{};
   // What is to be done with a tab's page that has loaded just now; cancelled when the page goes.
   std::function<async::Task<void>(const std::shared_ptr<WindowViewModel>& tab)> addToPage{};
 };

@@ -17,7 +17,11 @@ void askForSelection(web::WindowViewModel& tab) {
 
 void HighlightSelection::perform() {
   if (const auto tab = focusedTab_.viewModel())
-    scope_.spawn(highlightIn(tab));
+    performIn(tab);
+}
+
+void HighlightSelection::performIn(const std::shared_ptr<web::WindowViewModel>& tab) {
+  scope_.spawn(highlightIn(tab));
 }
 
 async::Task<void> HighlightSelection::highlightIn(std::weak_ptr<web::WindowViewModel> weakTab) {

@@ -14,13 +14,14 @@ namespace ondrel::ui {
 class FocusedTab;
 
 // Highlights what is selected in the page of the tab with the keyboard, as the page's own button does, or
-// says what is wanted for that.
+// says what is wanted for that; or in that of another tab.
 class HighlightSelection {
  public:
   // Outlives it.
   explicit HighlightSelection(FocusedTab& focusedTab) : focusedTab_(focusedTab) {}
 
   void perform();
+  void performIn(const std::shared_ptr<web::WindowViewModel>& tab);
 
  private:
   async::Task<void> highlightIn(std::weak_ptr<web::WindowViewModel> weakTab);

@@ -30,9 +30,10 @@ class WebKitFilePaste {
 
   // Puts an item of ours into the place of the engine's own, if the clipboard is for us.
   void takeMenuItem(WebKitContextMenu* menu);
+  // Pastes if the clipboard is for us; false otherwise.
+  bool start();
 
  private:
-  bool start();
   async::Task<void> pasteFiles();
   async::Task<void> pastePicture(std::string type);
 

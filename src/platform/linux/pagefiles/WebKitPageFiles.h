@@ -31,6 +31,8 @@ class WebKitPageFiles {
 
   bool answers(WebKitFileChooserRequest* request) { return handover_.answers(request); }
   void willShowMenu(WebKitContextMenu* menu) { paste_.takeMenuItem(menu); }
+  // False when the clipboard holds neither files nor a picture alone.
+  bool pasteFromClipboard() { return paste_.start(); }
 
  private:
   using Result = std::optional<WebKitFileHandover::Answer>;

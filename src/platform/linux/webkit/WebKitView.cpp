@@ -98,6 +98,7 @@ WebKitView::WebKitView(std::shared_ptr<const WebKitEngine> engine, glib::Ref<Web
 
 WebKitView::~WebKitView() {
   connections_.clear();
+  menuKey_.reset();
   pageFiles_.reset();
   g_object_set_data(G_OBJECT(view_.get()), objectKey, nullptr);
   adw_bin_set_child(ADW_BIN(container_.get()), nullptr);

@@ -7,6 +7,8 @@
 #include "platform/linux/pagefiles/WebKitPageFiles.h"
 #include "platform/linux/webkit/WebKitClosing.h"
 #include "platform/linux/webkit/WebKitLoads.h"
+#include "platform/linux/webkit/WebKitMenu.h"
+#include "platform/linux/webkit/WebKitMenuKey.h"
 #include "platform/linux/webkit/WebKitMessagePacing.h"
 #include "platform/linux/windows/UserPresses.h"
 
@@ -72,6 +74,8 @@ class WebKitView final : public WebView,
   void connectProperties();
   void takeFiles();
   void limitMenu();
+  bool fillMenu(WebKitContextMenu* menu, const ContextHit& hit);
+  void choose(const MenuRow& row, const ContextHit& hit);
   template <class Signature, class Handler>
   void on(const char* signal, Handler handler);
   // Calls the delegate, if there is one, and keeps this object alive meanwhile.
@@ -102,9 +106,11 @@ class WebKitView final : public WebView,
   // Of the history, asked for and not reached yet: a plain load of its address would add it a second time.
   glib::Ref<WebKitBackForwardListItem> wantedItem_;
   bool keepsHistory_ = true; // until its states are too large
+  WebKitMenu menu_;
   WebKitMessagePacing messagePacing_;
   windows::UserPresses presses_{container_.get()};
   std::unique_ptr<pagefiles::WebKitPageFiles> pageFiles_;
+  std::unique_ptr<WebKitMenuKey> menuKey_;
   std::shared_ptr<WebKitView> heldUntilShown_; // itself, as a new window of a page
   std::vector<glib::Connection> connections_;
 };

@@ -204,10 +204,42 @@ void WebKitView::takeFiles() {
         tell([&](WebViewDelegate& delegate) { delegate.didRefuseFiles(text); });
       });
   on<gboolean(WebKitWebView*, WebKitContextMenu*, WebKitHitTestResult*)>(
-      "context-menu", [this](WebKitWebView*, WebKitContextMenu* menu, WebKitHitTestResult*) -> gboolean {
+      "context-menu", [this](WebKitWebView*, WebKitContextMenu* menu, WebKitHitTestResult* hit) -> gboolean {
+        const auto self = shared_from_this();
+        const bool isEmpty = !fillMenu(menu, contextHitFrom(hit));
         pageFiles_->willShowMenu(menu);
-        return FALSE;
+        return isEmpty;
       });
+  menuKey_ = std::make_unique<WebKitMenuKey>(
+      view_.get(), container_.get(),
+      WebKitMenuKey::Handlers{
+          .rows =
+              [this](const ContextHit& hit) {
+                return delegate_ ? delegate_->contextMenu(hit) : ContextMenu();
+              },
+          .choose =
+              [this](const MenuRow& row, const ContextHit& hit) {
+                const auto self = shared_from_this();
+                choose(row, hit);
+              },
+          .pasteFiles = [this] { return pageFiles_->pasteFromClipboard(); },
+      });
+}
+
+bool WebKitView::fillMenu(WebKitContextMenu* menu, const ContextHit& hit) {
+  const auto rows = delegate_ ? delegate_->contextMenu(hit) : ContextMenu();
+  return menu_.fill(menu, rows, [this, hit](const MenuRow& row) { choose(row, hit); });
+}
+
+void WebKitView::choose(const MenuRow& row, const ContextHit& hit) {
+  const auto gesture = presses_.addChoice();
+  if (row.action == MenuAction::copyText)
+    gdk_clipboard_set_text(gtk_widget_get_clipboard(container_.get()), row.text.c_str());
+  else if (row.action == MenuAction::saveLink)
+    // The engine tells of it as of each other download, and lets go of it with its end.
+    g_object_unref(webkit_web_view_download_uri(view_.get(), hit.linkURL.c_str()));
+  else
+    tell([&](WebViewDelegate& delegate) { delegate.didChoose(row.action, hit, gesture); });
 }
 
 void WebKitView::limitMenu() {
@@ -264,7 +296,8 @@ void WebKitView::receive(WebKitUserMessage* message) {
     messagePacing_.answerWithTime(message);
     return;
   }
-  if (std::string_view(webkit_user_message_get_name(message)) == webkit::historyTooLarge) {
+  const std::string_view name(webkit_user_message_get_name(message));
+  if (name == webkit::historyTooLarge) {
     keepsHistory_ = false;
     return;
   }

@@ -31,6 +31,11 @@ void UserPresses::take(GdkEvent* event) {
     last_ = g_get_monotonic_time();
 }
 
+std::uint64_t UserPresses::addChoice() {
+  last_ = g_get_monotonic_time();
+  return ++count_;
+}
+
 bool UserPresses::isRecent() const {
   return g_get_monotonic_time() - last_ < recentTime;
 }

@@ -16,6 +16,8 @@ class UserPresses {
 
   // So far. A held key repeats, and is one press.
   std::uint64_t count() const { return count_; }
+  // The user has chosen something in a menu of the widget's, whose events are its own. Gives the new number.
+  std::uint64_t addChoice();
   // Within the time in which other engines still take a page's new window for the user's.
   bool isRecent() const;
 

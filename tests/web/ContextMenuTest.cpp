@@ -1,0 +1,86 @@
+#include "CoordinatorTest.h"
+
+#include "web/page/ContextMenuRows.h"
+
+namespace ondrel::web {
+namespace {
+
+using platform::ContextHit;
+using platform::MenuAction;
+
+constexpr auto page = "https://app.example.com/mail/Inbox/";
+
+// The titles of a menu, groups between "|".
+std::string titles(const platform::ContextMenu& menu) {
+  std::string result;
+  for (const auto& group : menu) {
+    result += result.empty() ? "" : "| ";
+    for (const auto& row : group)
+      result += (row.action == MenuAction::spelling ? "(spelling)" : row.title) + "; ";
+  }
+  return result;
+}
+
+TEST(ContextMenuRows, OffersWhatMakesSenseThere) {
+  const std::string open =
+      "Open Link in New Tab; Open Link in Background Tab; Open Link in New Window; Open Link in Browser; ";
+  const std::string edit = "Cut; Copy; Paste; Paste as Plain Text; | Select All; Insert Emoji; ";
+  const MenuFacts plain{.pageURL = page};
+  const MenuFacts able{page, false, true, true, true, true, false};
+  const MenuFacts letter{.pageURL = page, .canGoBack = true, .isWritingLetter = true};
+  const struct {
+    ContextHit hit;
+    MenuFacts facts;
+    std::string titles;
+  } table[] = {
+      {{"https://x.example/", "", false, false}, plain, open + "Copy Link Address; "},
+      {{page, "https://x.example/p.png", true, false},
+       able,
+       open + "Copy Link Address; | Save Image As…; Copy Image; | Copy; Highlight Selection; "},
+      {{"https://files.example/1", "", false, false},
+       {.pageURL = page, .isFile = true},
+       "Save File As…; Open Link in Browser; Copy Link Address; "},
+      {{"mailto:a@b.example?subject=x", "", false, false},
+       able,
+       "New Message to This Address; Copy Email Address; "},
+      {{"mailto:a@b.example", "", false, false}, plain, "Copy Email Address; "},
+      {{"tel:+49 30", "", false, false}, able, "Open Link; Copy Link Address; "},
+      {{"tel:1", "", false, false}, plain, "Copy Link Address; "},
+      {{"javascript:alert(1)", "", false, false}, able, "Back; Forward; Reload; "},
+      {{"file:///etc/passwd", "", false, false}, able, "Back; Forward; Reload; "},
+      {{std::string(page) + "#", "", false, false}, plain, "Reload; "},
+      {{"", "", true, false}, plain, "Copy; "},
+      {{"", "", true, true}, able, "(spelling); | " + edit},
+      {{"https://x.example/", "", false, true},
+       letter,
+       "(spelling); | " + open + "Copy Link Address; | " + edit},
+      {{}, letter, ""},
+  };
+  for (const auto& row : table)
+    EXPECT_EQ(titles(contextMenuRows(row.hit, row.facts)), row.titles) << row.hit.linkURL;
+  EXPECT_EQ(contextMenuRows({"mailto:%22a%20b%22@c.example?cc=d", "", false, false}, able)[0][1].text,
+            "\"a b\"@c.example");
+}
+
+class PageMenuTest : public CoordinatorTest {};
+
+TEST_F(PageMenuTest, LinksOpenAsByAClickAndOnlyWhereAClickGets) {
+  const auto opened = [this](MenuAction action, const std::string& link, std::uint64_t gesture) {
+    const auto before = windows();
+    engine().didChoose(action, {.linkURL = link}, gesture);
+    shell.settle();
+    return windows() - before;
+  };
+  EXPECT_EQ(opened(MenuAction::openInBackgroundTab, "https://x.example/", 1), 1U);
+  EXPECT_EQ(opened(MenuAction::openInWindow, page, 2), 1U);
+  EXPECT_EQ(opened(MenuAction::openInTab, page, 3), 1U);
+  EXPECT_EQ(opened(MenuAction::openInTab, page, 3), 0U) << "one for each choice";
+  EXPECT_EQ(opened(MenuAction::openInTab, "file:///etc/passwd", 4), 0U);
+  EXPECT_EQ(opened(MenuAction::openInBrowser, "file:///etc/passwd", 5), 0U);
+  EXPECT_TRUE(shell.uriLauncher.opened.empty());
+  engine().didChoose(MenuAction::openInBrowser, {.linkURL = "https://x.example/"}, 6);
+  EXPECT_EQ(shell.uriLauncher.opened, Calls{"https://x.example/"});
+}
+
+} // namespace
+} // namespace ondrel::web
