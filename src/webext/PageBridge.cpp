@@ -5,6 +5,7 @@
 #include "webext/FrameIdentity.h"
 #include "webext/HandlerObject.h"
 #include "webext/HistoryLimits.h"
+#include "webext/PageBackground.h"
 #include "webext/ScriptText.h"
 
 #include <utility>
@@ -42,7 +43,20 @@ PageBridge::PageBridge(WebKitWebPage* page, std::shared_ptr<const BridgeSettings
     : page_(page), settings_(std::move(settings)), flow_(settings_->extension, page),
       received_(glib::connect<gboolean(WebKitWebPage*, WebKitUserMessage*)>(
           page, "user-message-received",
-          [this](WebKitWebPage*, WebKitUserMessage* message) { return receive(message); })) {
+          [this](WebKitWebPage*, WebKitUserMessage* message) { return receive(message); })),
+      documentRead_(glib::connect<void(WebKitWebPage*)>(
+          page, "document-loaded", [this](WebKitWebPage*) { watchBackgroundOfPage(); })) {
+}
+
+void PageBridge::watchBackgroundOfPage() {
+  const auto frame = mainFrame_.lock();
+  if (!frame)
+    return;
+  watchBackground(frame.get(), [page = std::make_shared<glib::WeakRef<WebKitWebPage>>(page_)] {
+    const auto locked = page->lock();
+    if (auto* bridge = locked ? of(locked.get()) : nullptr; bridge && bridge->flow_.isOpen())
+      bridge->flow_.note(messages::pageWantsWhite, nullptr);
+  });
 }
 
 gboolean PageBridge::receive(WebKitUserMessage* message) {
@@ -71,6 +85,8 @@ void PageBridge::documentBegan(WebKitFrame* frame) {
   auto& entry = frames_[id];
   entry.object.set(frame);
   entry.document = ++lastDocument_;
+  if (webkit_frame_is_main_frame(frame))
+    mainFrame_.set(frame);
   numberDocument(frame, entry.document);
   flow_.documentBegan(id, webkit_frame_is_main_frame(frame) != FALSE);
 

@@ -44,6 +44,7 @@ class PageBridge {
   glib::Ref<WebKitFrame> frame(std::uint64_t id) const;
   // False for what is dropped.
   bool post(const Handler& handler, JSCValue* body);
+  void watchBackgroundOfPage();
   // A state of that size has gone into the page's history.
   void historyGrew(std::uint64_t bytes);
   gboolean receive(WebKitUserMessage* message);
@@ -54,12 +55,14 @@ class PageBridge {
   std::shared_ptr<const BridgeSettings> settings_;
   MessageFlow flow_;
   std::map<std::uint64_t, Frame> frames_;
+  glib::WeakRef<WebKitFrame> mainFrame_;
   std::uint64_t lastDocument_ = 0;
   bool toldOfLargeMessage_ = false;
   std::uint64_t historySize_ = 0; // bytes of all states that are not small
   bool toldOfLargeHistory_ = false;
   std::vector<UserScript> userScripts_;
   glib::Connection received_;
+  glib::Connection documentRead_;
 };
 
 } // namespace ondrel::webext

@@ -3,8 +3,8 @@
 #include "support/Complaints.h"
 #include "support/MainLoop.h"
 
+#include <adwaita.h>
 #include <boost/json/serialize.hpp>
-#include <gtk/gtk.h>
 
 #include <cstdlib>
 #include <future>
@@ -19,7 +19,10 @@ void WebKitTest::SetUpTestSuite() {
     g_set_prgname("ondrel-tests");
     g_set_application_name("Ondrel tests");
     g_setenv("XDG_DATA_HOME", (std::filesystem::temp_directory_path() / "ondrel-tests-data").c_str(), TRUE);
-    return gtk_init_check() != FALSE;
+    if (!gtk_init_check())
+      return false;
+    adw_init(); // for its style
+    return true;
   }();
   ASSERT_TRUE(once) << "these tests need a display";
 }

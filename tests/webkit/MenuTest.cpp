@@ -1,5 +1,7 @@
-// The context menu of a page, in the real engine.
+// The context menu of a page and what shows before one, in the real engine.
 #include "support/WebKitTest.h"
+
+#include <adwaita.h>
 
 namespace ondrel::tests {
 namespace {
@@ -19,6 +21,7 @@ class MenuTest : public WebKitTest {
     std::vector<std::pair<MenuAction, ContextHit>> chosen;
   };
 
+  GtkWidget* widget() { return static_cast<GtkWidget*>(view().nativeView().handle); }
   bool clickAt(const char* place) { return useMouse(std::string("mousemove ") + place + " click 3"); }
   bool hasHit(std::size_t number) {
     return waitFor([&] { return menu_.hits.size() == number; });
@@ -54,6 +57,29 @@ TEST_F(MenuTest, IsAskedForByPointerAndKeyboardAndGivesWhatIsChosenBack) {
     runFor(300ms);
   }
   view().setDelegate(nullptr);
+}
+
+TEST_F(MenuTest, TheDarkStandsBehindPagesButThoseThatCountOnWhite) {
+  auto* style = adw_style_manager_get_default();
+  adw_style_manager_set_color_scheme(style, ADW_COLOR_SCHEME_FORCE_DARK);
+  const auto isWhite = [this] {
+    GdkRGBA color;
+    webkit_web_view_get_background_color(WEBKIT_WEB_VIEW(adw_bin_get_child(ADW_BIN(widget()))), &color);
+    return color.red > 0.9F;
+  };
+  EXPECT_FALSE(isWhite()) << "before the first page";
+  loadHtml("<p>plain");
+  EXPECT_TRUE(waitFor(isWhite));
+  for (const auto* page :
+       {"", "<body style='background:#123'>own", "<meta name=color-scheme content=dark>x",
+        "<script>setTimeout(() => document.body.style.background = '#222', 50)</script>"}) {
+    loadHtml(page);
+    runFor(400ms);
+    EXPECT_FALSE(isWhite()) << page;
+  }
+  loadHtml("<body><script>setTimeout(() => document.body.append('late'), 100)</script>");
+  EXPECT_TRUE(waitFor(isWhite)) << "a page that builds itself";
+  adw_style_manager_set_color_scheme(style, ADW_COLOR_SCHEME_DEFAULT);
 }
 
 } // namespace

@@ -29,6 +29,9 @@ inline constexpr const char* messagesDropped = "messages-dropped";
 // Once for each page.
 inline constexpr const char* historyTooLarge = "history-too-large";
 
+// Extension to program: the page that is shown has dark text and no background of its own.
+inline constexpr const char* pageWantsWhite = "page-wants-white";
+
 // Program to extension: user scripts of the page that the engine doesn't run (see WebKitEngine::makePopup),
 // each with its source, whether it runs at the start of a document, and whether in the main frame only. Only
 // the first such message of a page counts.

@@ -5,6 +5,7 @@
 #include "platform/linux/glib/Connection.h"
 #include "platform/linux/glib/Ref.h"
 #include "platform/linux/pagefiles/WebKitPageFiles.h"
+#include "platform/linux/webkit/WebKitBackground.h"
 #include "platform/linux/webkit/WebKitClosing.h"
 #include "platform/linux/webkit/WebKitLoads.h"
 #include "platform/linux/webkit/WebKitMenu.h"
@@ -107,6 +108,7 @@ class WebKitView final : public WebView,
   glib::Ref<WebKitBackForwardListItem> wantedItem_;
   bool keepsHistory_ = true; // until its states are too large
   WebKitMenu menu_;
+  WebKitBackground background_{view_.get()};
   WebKitMessagePacing messagePacing_;
   windows::UserPresses presses_{container_.get()};
   std::unique_ptr<pagefiles::WebKitPageFiles> pageFiles_;

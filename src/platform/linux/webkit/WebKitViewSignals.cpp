@@ -35,6 +35,7 @@ void WebKitView::connectLoads() {
     case WEBKIT_LOAD_REDIRECTED:
       return;
     case WEBKIT_LOAD_COMMITTED:
+      background_.documentBegan();
       sendExtraScripts(); // again, since this may be a new web process
       wantedItem_ = nullptr;
       loads_.committed(url().value_or(std::string()));
@@ -299,6 +300,10 @@ void WebKitView::receive(WebKitUserMessage* message) {
   const std::string_view name(webkit_user_message_get_name(message));
   if (name == webkit::historyTooLarge) {
     keepsHistory_ = false;
+    return;
+  }
+  if (name == webkit::pageWantsWhite) {
+    background_.pageWantsWhite();
     return;
   }
   auto received = scriptMessageFrom(message);

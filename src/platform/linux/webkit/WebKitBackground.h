@@ -1,0 +1,31 @@
+#pragma once
+
+#include "platform/linux/glib/Connection.h"
+
+#include <webkit/webkit.h>
+
+namespace ondrel::platform::webkit {
+
+// What a web view shows where its page draws nothing: before the first page, between pages, and behind pages
+// without a background of their own. Follows the desktop's style, so that nothing flashes white in the dark.
+// Main thread only.
+class WebKitBackground {
+ public:
+  // The view outlives it.
+  explicit WebKitBackground(WebKitWebView* view);
+
+  // Another document takes the place of the page.
+  void documentBegan() { set(false); }
+  // The page shows dark text and draws no background, since pages may count on white.
+  void pageWantsWhite() { set(true); }
+
+ private:
+  void set(bool pageWantsWhite);
+  void update() const;
+
+  WebKitWebView* const view_;
+  bool pageWantsWhite_ = false;
+  glib::Connection styleChanged_;
+};
+
+} // namespace ondrel::platform::webkit
