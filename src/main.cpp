@@ -209,6 +209,7 @@ class Program {
               .globalShortcuts = *shortcuts_,
               .defaultMailHelper = defaultMailService_,
               .loginItem = *loginItem_,
+              .spellChecker = webViews_.spelling(),
               .softwareUpdater = updater_,
               .backgroundApplications = backgroundPortal_,
               .textFormatting = textFormatting_,
@@ -238,6 +239,7 @@ class Program {
                     .shortcuts = app_.keyboardShortcuts(),
                     .defaultEmail = app_.defaultEmailClient(),
                     .loginItem = app_.loginItem(),
+                    .spelling = app_.spelling(),
                     .userScripts = app_.userScripts(),
                     .updates = app_.updates(),
                     .desktopServices = desktopServices_,
@@ -270,9 +272,9 @@ class Program {
                           app_.emailLinkService().navigate(url, emailId);
                         }}) {
     app_.setShowSettings([this] { interface_.showSettings(); });
+    app_.setHighlightSelection([this](const auto& tab) { interface_.highlightSelection(tab); });
   }
 
-    app_.setHighlightSelection([this](const auto& tab) { interface_.highlightSelection(tab); });
   // Tells the user when the windows are there.
   void warn(platform::Alert alert) { scope_.spawn(show(std::move(alert))); }
   // It ends to be started again.

@@ -26,6 +26,7 @@
 #include "integrations/MailtoHandler.h"
 #include "integrations/ScriptsManager.h"
 #include "integrations/ServerLocationChecker.h"
+#include "integrations/SpellingSettings.h"
 #include "integrations/StatusIcon.h"
 #include "integrations/UpdateManager.h"
 #include "jmap/JMAPSession.h"
@@ -68,6 +69,7 @@ class GlobalShortcuts;
 class HttpClient;
 class KeptFile;
 class LoginItem;
+class SpellChecker;
 class NewFiles;
 class NetworkMonitor;
 class NotificationCenter;
@@ -110,6 +112,7 @@ struct PlatformAbilities {
   platform::GlobalShortcuts& globalShortcuts;
   platform::DefaultMailHelper& defaultMailHelper;
   platform::LoginItem& loginItem;
+  platform::SpellChecker& spellChecker;
   platform::SoftwareUpdater& softwareUpdater;
   platform::BackgroundApplications& backgroundApplications;
   const platform::TextFormatting& textFormatting;
@@ -142,6 +145,7 @@ class OndrelApp {
   integrations::EmailLinkService& emailLinkService() { return emailLinkService_; }
   integrations::DefaultEmailClient& defaultEmailClient() { return defaultEmailClient_; }
   integrations::LoginItemManager& loginItem() { return loginItem_; }
+  integrations::SpellingSettings& spelling() { return spelling_; }
   integrations::ScriptsManager& userScripts() { return scriptsManager_; }
   integrations::UpdateManager& updates() { return updates_; }
   highlights::HighlightService& highlightService() { return highlightService_; }
@@ -159,13 +163,13 @@ class OndrelApp {
   void openMailto(const std::string& url);
   // The interface's own, which comes later than this object.
   void setShowSettings(std::function<void()> show) { showSettings_ = std::move(show); }
+  void setHighlightSelection(decltype(web::WebServices::highlightSelection) highlight) {
+    webServices_.highlightSelection = std::move(highlight);
+  }
 
  private:
   void takeLinks(const PlatformAbilities& platform);
   void startAnnouncements(const PlatformAbilities& platform);
-  void setHighlightSelection(decltype(web::WebServices::highlightSelection) highlight) {
-    webServices_.highlightSelection = std::move(highlight);
-  }
   void openSettings();
 
   settings::AppSettings settings_;
@@ -202,6 +206,7 @@ class OndrelApp {
   integrations::StatusIcon statusIcon_;
   integrations::DefaultEmailClient defaultEmailClient_;
   integrations::LoginItemManager loginItem_;
+  integrations::SpellingSettings spelling_;
   integrations::BackgroundNotice backgroundNotice_;
   integrations::UpdateManager updates_;
   integrations::AnnouncementService announcements_;

@@ -24,6 +24,9 @@ inline constexpr Key<bool> defaultClientCheck{"_defaultClientCheck", true};
 inline constexpr Key<std::string_view> selectedSettingsTab{"_selectedSettingsTab", "general"};
 inline constexpr std::string_view fastmailEnvironment =
     "_fastmailEnvironment"; // falls back to production's address
+inline constexpr Key<bool> checkSpelling{"_checkSpelling", true};
+// The dictionaries, with spaces between; absent for those of the user's languages.
+inline constexpr std::string_view spellingLanguages = "_spellingLanguages";
 inline constexpr Key<bool> runJS{"_runJS", false};
 inline constexpr Key<bool> injectCSS{"_injectCSS", false};
 inline constexpr Key<bool> highlightTagEnabled{"_highlightTagEnabled", false};

@@ -52,6 +52,7 @@ UserInterface::UserInterface(const Services& services)
                        .shortcuts = services_.shortcuts,
                        .defaultEmail = services_.defaultEmail,
                        .loginItem = services_.loginItem,
+                       .spelling = services_.spelling,
                        .userScripts = services_.userScripts,
                        .updates = services_.updates,
                        .desktopServices = services_.desktopServices,

@@ -49,6 +49,7 @@ class UserInterface {
     shortcuts::KeyboardShortcuts& shortcuts;
     integrations::DefaultEmailClient& defaultEmail;
     integrations::LoginItemManager& loginItem;
+    integrations::SpellingSettings& spelling;
     integrations::ScriptsManager& userScripts;
     integrations::UpdateManager& updates;
     platform::DesktopServices& desktopServices;
@@ -78,10 +79,10 @@ class UserInterface {
   UserInterface& operator=(const UserInterface&) = delete;
 
   void showSettings() { settingsWindow_.show(); }
-  const std::vector<CommandGroup>& commands() const { return groups_; }
   void highlightSelection(const std::shared_ptr<web::WindowViewModel>& tab) {
     highlightSelection_.performIn(tab);
   }
+  const std::vector<CommandGroup>& commands() const { return groups_; }
 
  private:
   BrowserCommands::Actions commandActions();

@@ -163,6 +163,7 @@ class OndrelAppTest : public testing::Test {
         globalShortcuts,
         defaultMailHelper,
         loginItem,
+        spellChecker,
         softwareUpdater,
         backgroundApplications,
         textFormatting,
@@ -209,6 +210,7 @@ class OndrelAppTest : public testing::Test {
   support::FakeGlobalShortcuts globalShortcuts;
   support::FakeDefaultMailHelper defaultMailHelper;
   support::FakeLoginItem loginItem;
+  support::FakeSpellChecker spellChecker;
   support::FakeSoftwareUpdater softwareUpdater;
   support::FakeBackgroundApplications backgroundApplications;
   support::FakeTextFormatting textFormatting;

@@ -5,6 +5,7 @@
 #include "platform/desktop/DefaultMailHelper.h"
 #include "platform/desktop/DesktopServices.h"
 #include "platform/desktop/LoginItem.h"
+#include "platform/desktop/SpellChecker.h"
 
 #include <functional>
 #include <string>
@@ -26,6 +27,17 @@ class FakeDefaultMailHelper final : public platform::DefaultMailHelper {
   std::expected<void, std::string> answer;
   std::function<void()> didSet = [] {};
   std::vector<std::string> asked;
+};
+
+class FakeSpellChecker final : public platform::SpellChecker {
+ public:
+  std::vector<platform::SpellingDictionary> dictionaries() const override { return installed; }
+  std::vector<std::string> userLanguages() const override { return languages; }
+  void check(const std::vector<std::string>& tags) override { checked = tags; }
+
+  std::vector<platform::SpellingDictionary> installed;
+  std::vector<std::string> languages{"C"};
+  std::vector<std::string> checked;
 };
 
 class FakeLoginItem final : public platform::LoginItem {

@@ -4,6 +4,7 @@
 #include "integrations/DefaultEmailClient.h"
 #include "integrations/LoginItemManager.h"
 #include "integrations/ScriptsManager.h"
+#include "integrations/SpellingSettings.h"
 #include "integrations/UpdateManager.h"
 #include "jmap/mail/MailQueries.h"
 #include "mcp/MCPServerManager.h"
@@ -85,6 +86,8 @@ class SettingsWindowTest : public ShellTest {
   integrations::DefaultEmailClient defaultEmail{
       helper, shell.uriLauncher, {"org.example.Mail", "Mail", "1", "1", true}};
   integrations::LoginItemManager login{loginItem};
+  support::FakeSpellChecker spellChecker;
+  integrations::SpellingSettings spelling{shell.settings, spellChecker};
   support::FakeUserFolders folders{shell.files};
   support::FakeFileReader reader{shell.files};
   integrations::ScriptsManager scripts{
@@ -110,6 +113,7 @@ class SettingsWindowTest : public ShellTest {
                        .shortcuts = shortcutKeys,
                        .defaultEmail = defaultEmail,
                        .loginItem = login,
+                       .spelling = spelling,
                        .userScripts = scripts,
                        .updates = updates,
                        .desktopServices = desktopServices,

@@ -9,6 +9,7 @@ namespace ondrel::integrations {
 class DefaultEmailClient;
 class LoginItemManager;
 class ScriptsManager;
+class SpellingSettings;
 class UpdateManager;
 struct UpdateState;
 } // namespace ondrel::integrations
@@ -44,6 +45,7 @@ struct SettingsServices {
   shortcuts::KeyboardShortcuts& shortcuts;
   integrations::DefaultEmailClient& defaultEmail;
   integrations::LoginItemManager& loginItem;
+  integrations::SpellingSettings& spelling;
   integrations::ScriptsManager& userScripts;
   integrations::UpdateManager& updates;
   platform::DesktopServices& desktopServices;

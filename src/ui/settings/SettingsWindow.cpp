@@ -16,6 +16,7 @@
 #include "ui/settings/NotificationSettingsView.h"
 #include "ui/settings/ScriptsSettingsView.h"
 #include "ui/settings/ShortcutSettingsView.h"
+#include "ui/settings/SpellingSettingsView.h"
 #include "ui/settings/UISettingsView.h"
 #include "ui/settings/UpdateSettingsView.h"
 #include "ui/settings/UpdateStatusView.h"
@@ -45,6 +46,10 @@ Section loginItem(const SettingsServices& services) {
   if (!isInstalledForMail(services))
     return nullptr;
   return std::make_unique<LoginItemSettingsView>(services.loginItem);
+}
+
+Section spelling(const SettingsServices& services) {
+  return std::make_unique<SpellingSettingsView>(services.spelling, services.settings);
 }
 
 Section bugReport(const SettingsServices& services) {
@@ -114,7 +119,7 @@ const std::vector<Page>& pages() {
       {settings::SettingsTab::general,
        "General",
        "preferences-system-symbolic",
-       {defaultMail, loginItem, bugReport, missingServices}},
+       {defaultMail, loginItem, spelling, bugReport, missingServices}},
       {settings::SettingsTab::userinterface,
        "User Interface",
        "computer-symbolic",

@@ -45,6 +45,7 @@ class WebKitEngine {
   // (measured, 2.50): scripts of its own must be sent to the extension.
   glib::Ref<WebKitWebView> makePopup(WebKitWebView* opener) const;
   WebKitNetworkSession* session() const { return session_.get(); }
+  WebKitWebContext* context() const { return context_.get(); }
 
   // Emitted by who has made it, at the end of the program: nothing more is done for what is under way.
   mutable base::Event<> willEnd;

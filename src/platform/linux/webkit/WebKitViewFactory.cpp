@@ -17,7 +17,8 @@ void handOver(WebKitDownload* download) {
 } // namespace
 
 WebKitViewFactory::WebKitViewFactory(const WebKitOptions& options)
-    : engine_(std::make_shared<const WebKitEngine>(options, handOver)), cookies_(engine_->session()) {
+    : engine_(std::make_shared<const WebKitEngine>(options, handOver)), cookies_(engine_->session()),
+      spelling_(engine_->context()) {
 }
 
 WebKitViewFactory::~WebKitViewFactory() {

@@ -3,6 +3,7 @@
 #include "platform/WebView.h"
 #include "platform/linux/webkit/WebKitCookieStore.h"
 #include "platform/linux/webkit/WebKitEngine.h"
+#include "platform/linux/webkit/WebKitSpelling.h"
 
 namespace ondrel::platform::webkit {
 
@@ -15,10 +16,12 @@ class WebKitViewFactory final : public WebViewFactory {
   std::shared_ptr<WebView> make(const std::vector<std::shared_ptr<const UserScript>>& scripts) override;
   std::shared_ptr<WebView> makeDocumentView() override;
   CookieStore& cookies() { return cookies_; }
+  SpellChecker& spelling() { return spelling_; }
 
  private:
   std::shared_ptr<const WebKitEngine> engine_;
   WebKitCookieStore cookies_;
+  WebKitSpelling spelling_;
 };
 
 } // namespace ondrel::platform::webkit
