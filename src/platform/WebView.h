@@ -12,6 +12,7 @@
 #include <boost/json/value.hpp>
 
 #include <expected>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -32,6 +33,12 @@ struct PrintSettings {
   double marginRight = 20;
   // Where to write a PDF without asking; absent: the platform's print panel shows.
   std::optional<std::string> pdfPath;
+  // What the panel proposes where the user prints to a file: without its ending; empty for the platform's.
+  std::string name{};
+  // Has the page made ready for paper, after the panel and before the page is read. May be empty.
+  std::function<async::Task<void>()> arrange{};
+  // Told the path when the user prints to a file by the panel. May be empty.
+  std::function<void(std::string path)> writesFile{};
 };
 
 enum class PrintResult { done, cancelled, failed };

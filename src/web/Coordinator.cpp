@@ -45,7 +45,7 @@ Coordinator::Coordinator(const std::shared_ptr<WindowViewModel>& viewModel,
               // Like a click that the engine asks about, but the page stays where it is.
               decidePolicy(action, platform::PolicyReply([](NavigationPolicy) {}, NavigationPolicy::cancel));
             }),
-      letter_(viewModel, services.scripts.letterState()), messages_(viewModel_, webView_, services, opener_, letter_) {
+      letter_(viewModel, services.scripts.letterState()), messages_(viewModel_, services, opener_, letter_) {
 }
 
 Coordinator::~Coordinator() {

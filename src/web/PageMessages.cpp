@@ -4,7 +4,6 @@
 #include "jmap/newmail/NotificationManager.h"
 #include "platform/Application.h"
 #include "platform/ScriptMessage.h"
-#include "platform/WebView.h"
 #include "platform/Window.h"
 #include "settings/AppSettings.h"
 #include "web/LetterHandOver.h"
@@ -31,10 +30,9 @@ const PageMessages::Route PageMessages::routes[] = {
     {"ondrelFilesAutoShare", Trust::serviceOnly, &PageMessages::filesAutoShare},
 };
 
-PageMessages::PageMessages(std::weak_ptr<WindowViewModel> viewModel, std::weak_ptr<platform::WebView> webView,
-                           const WebServices& services, PageOpener& opener, LetterHandOver& letter)
-    : viewModel_(std::move(viewModel)), webView_(std::move(webView)), services_(services), opener_(opener),
-      letter_(letter) {
+PageMessages::PageMessages(std::weak_ptr<WindowViewModel> viewModel, const WebServices& services,
+                           PageOpener& opener, LetterHandOver& letter)
+    : viewModel_(std::move(viewModel)), services_(services), opener_(opener), letter_(letter) {
 }
 
 void PageMessages::receive(const platform::ScriptMessage& message) {
@@ -85,12 +83,11 @@ void PageMessages::print(const Fields&) {
 }
 
 async::Task<void> PageMessages::printWithPanel() {
-  const auto webView = webView_.lock();
   const auto viewModel = viewModel_.lock();
   const bool hasWindow = viewModel && viewModel->window.lock();
-  if (!webView || (!hasWindow && !services_.application.focusedWindow()))
+  if (!viewModel || (!hasWindow && !services_.application.focusedWindow()))
     co_return;
-  co_await webView->print(platform::PrintSettings{});
+  co_await viewModel->print();
 }
 
 void PageMessages::composeReady(const Fields&) {

@@ -10,7 +10,6 @@
 
 namespace ondrel::platform {
 struct ScriptMessage;
-class WebView;
 } // namespace ondrel::platform
 
 namespace ondrel::web {
@@ -25,8 +24,8 @@ struct WebServices;
 class PageMessages {
  public:
   // The references outlive it.
-  PageMessages(std::weak_ptr<WindowViewModel> viewModel, std::weak_ptr<platform::WebView> webView,
-               const WebServices& services, PageOpener& opener, LetterHandOver& letter);
+  PageMessages(std::weak_ptr<WindowViewModel> viewModel, const WebServices& services, PageOpener& opener,
+               LetterHandOver& letter);
 
   void receive(const platform::ScriptMessage& message);
 
@@ -54,7 +53,6 @@ class PageMessages {
   async::Task<void> printWithPanel();
 
   const std::weak_ptr<WindowViewModel> viewModel_;
-  const std::weak_ptr<platform::WebView> webView_;
   const WebServices& services_;
   PageOpener& opener_;
   LetterHandOver& letter_;

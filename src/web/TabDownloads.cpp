@@ -36,6 +36,8 @@ std::string fileNameOf(const std::string& path) {
 
 TabDownloads::TabDownloads(std::weak_ptr<WindowViewModel> viewModel, const WebServices& services)
     : viewModel_(std::move(viewModel)), services_(services) {
+  if (const auto tab = viewModel_.lock())
+    fileMade_ = tab->fileMade.subscribe([this](const std::string& path) { listMade(path); });
 }
 
 TabDownloads::~TabDownloads() {
@@ -99,6 +101,14 @@ void TabDownloads::showFailed(std::string filename, std::string destination, std
                                                    DownloadState::Kind::downloading, nullptr);
   list(item);
   item->markFailed(std::move(error));
+}
+
+// As a download that was done at once.
+void TabDownloads::listMade(const std::string& path) {
+  const auto item =
+      std::make_shared<DownloadItem>(fileNameOf(path), path, DownloadState::Kind::downloading, nullptr);
+  list(item);
+  item->markFinished();
 }
 
 void TabDownloads::list(const std::shared_ptr<DownloadItem>& item) {

@@ -46,12 +46,14 @@ class TabDownloads {
                                       std::optional<std::string> mimeType, Destination reply);
   void didFailEarly(platform::Download* download, const std::string& error);
   void showFailed(std::string filename, std::string destination, std::string error);
+  void listMade(const std::string& path);
   void list(const std::shared_ptr<DownloadItem>& item);
   async::Task<void> retire(std::shared_ptr<DownloadItem> item);
 
   const std::weak_ptr<WindowViewModel> viewModel_;
   const WebServices& services_;
   std::map<platform::Download*, Beginning> beginning_;
+  base::Subscription fileMade_;
   async::Scope scope_;
 };
 

@@ -77,6 +77,7 @@ PageScripts::PageScripts(const Source& source) {
   letterState_ = source("letterStateScript").value_or("");
   selectRow_ = source("selectRowScript").value_or("");
   attachmentLink_ = source("attachmentLink").value_or("");
+  printedMessage_ = source("printedMessage").value_or("");
 }
 
 UserScripts PageScripts::popupScripts(const WebViewConfiguration& opener) const {

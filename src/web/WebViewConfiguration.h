@@ -42,6 +42,8 @@ class PageScripts {
   const std::string& selectRow() const { return selectRow_; }
   // What looks for the link to an attachment: a function of the blob's id and of a part of the host's name.
   const std::string& attachmentLink() const { return attachmentLink_; }
+  // What makes a page ready for paper, and the other way round: a function of whether it is printed now.
+  const std::string& printedMessage() const { return printedMessage_; }
 
  private:
   std::shared_ptr<const WebViewConfiguration> main_;
@@ -50,6 +52,7 @@ class PageScripts {
   std::string letterState_;
   std::string selectRow_;
   std::string attachmentLink_;
+  std::string printedMessage_;
 };
 
 } // namespace ondrel::web

@@ -4,8 +4,8 @@
 #include "base/Url.h"
 #include "platform/Application.h"
 #include "platform/Deadlines.h"
-#include "platform/Panels.h"
 #include "settings/AppSettings.h"
+#include "web/TabPrinting.h"
 #include "web/WebServices.h"
 #include "web/page/MailURL.h"
 
@@ -46,29 +46,6 @@ async::Task<std::optional<platform::LeaveReply>> askToClose(std::shared_ptr<Wind
 
 async::Task<void> nothing() {
   co_return;
-}
-
-std::string pdfName(const std::string& title) {
-  return base::safeFileName(base::safeFileName(title, "Document") + ".pdf", "Document.pdf");
-}
-
-async::Task<void> exportPDFOf(std::weak_ptr<platform::WebView> weakWebView, std::string title,
-                              std::shared_ptr<platform::Window> parent, platform::Panels& panels) {
-  platform::SavePanel panel{pdfName(title), {"application/pdf"}};
-  auto path = co_await panels.runSavePanel(std::move(panel), parent);
-  const auto webView = weakWebView.lock();
-  if (!path || !webView)
-    co_return;
-  platform::PrintSettings settings;
-  settings.pdfPath = std::move(*path);
-  const auto result = co_await webView->print(std::move(settings));
-  if (result != platform::PrintResult::failed)
-    co_return;
-  platform::Alert alert{"The PDF could not be saved",
-                        "Choose another folder, or see whether there is space left on the disk.",
-                        platform::AlertStyle::warning,
-                        {"OK"}};
-  co_await panels.runAlert(std::move(alert), parent);
 }
 
 } // namespace
@@ -208,7 +185,11 @@ async::Task<void> WindowViewModel::exportPDF() {
     parent = services_.application.focusedWindow();
   if (!webView || !parent)
     return nothing();
-  return exportPDFOf(webView, *title, std::move(parent), services_.panels);
+  return exportAsPDF(shared_from_this(), std::move(parent), services_);
+}
+
+async::Task<void> WindowViewModel::print() {
+  return printWithPanel(shared_from_this(), services_);
 }
 
 std::optional<std::string> WindowViewModel::accountParameter() const {

@@ -86,6 +86,8 @@ class WindowViewModel : public std::enable_shared_from_this<WindowViewModel> {
   PageDialogs dialogs;
   HangWatch hangWatch{pageProblem};
   base::Event<const PageNotice&> noticed;
+  // A file of the user's has been made of its page.
+  base::Event<const std::string&> fileMade;
 
   // Loads what urlString holds, with "https://" where there is no scheme.
   void loadURL();
@@ -117,6 +119,8 @@ class WindowViewModel : public std::enable_shared_from_this<WindowViewModel> {
   void applyZoom();
 
   async::Task<void> exportPDF();
+  // With the print panel.
+  async::Task<void> print();
 
   // The account that its address names; absent for pages of others.
   std::optional<std::string> accountParameter() const;

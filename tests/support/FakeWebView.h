@@ -95,6 +95,8 @@ class FakeWebView final : public platform::WebView {
     prints.push_back(settings);
     if (printsFor)
       co_await async::sleep(*std::exchange(printsFor, std::nullopt));
+    if (settings.arrange && printResult != platform::PrintResult::cancelled)
+      co_await settings.arrange();
     co_return printResult;
   }
   platform::NativeView nativeView() override { return native; }

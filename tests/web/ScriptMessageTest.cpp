@@ -74,6 +74,7 @@ TEST_F(ScriptMessageTest, OnlyTheServicesOwnPagesMayAct) {
       view->prints.clear();
       const auto before = windows();
       post({{"type", "print"}}, origin, isMainFrame);
+      shell.settle();
       post({{"type", "compose"}, {"targetAddress", "https://app.example.com/mail/compose&ui=minimal"}},
            origin, isMainFrame);
       post({{"type", "sendClicked"}}, origin, isMainFrame);

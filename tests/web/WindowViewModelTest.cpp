@@ -73,6 +73,7 @@ TEST_F(WindowViewModelTest, ExportsAPDFWithItsMargins) {
   ASSERT_EQ(view->prints.size(), 1U);
   EXPECT_EQ(view->prints[0].pdfPath, "/documents/offer.pdf");
   EXPECT_EQ(view->prints[0].marginLeft + view->prints[0].marginTop, 40);
+  EXPECT_EQ(model->downloads->at(0)->destination, "/documents/offer.pdf") << "the end is told there";
 
   model->title.set("...");
   shell.panels.savePath = std::nullopt;

@@ -52,6 +52,16 @@ void correctRecentFile(const std::string& written, const std::optional<std::stri
   });
 }
 
+// Where a job of the dialog goes if it goes to a file of this machine.
+std::optional<std::string> outputFile(GtkPrintSettings* job) {
+  const auto* printer = gtk_print_settings_get_printer(job);
+  const auto* uri = gtk_print_settings_get(job, GTK_PRINT_SETTINGS_OUTPUT_URI);
+  if (!uri || g_strcmp0(printer, g_dgettext("gtk40", "Print to File")) != 0)
+    return std::nullopt;
+  const glib::CString path(g_filename_from_uri(uri, nullptr, nullptr));
+  return path ? std::optional<std::string>(path.get()) : std::nullopt;
+}
+
 struct Choice {
   Job job;
   Setup setup;
@@ -61,10 +71,14 @@ struct Choice {
 // main loop inside.
 class PrintDialog {
  public:
-  PrintDialog(GtkWindow* parent, GtkPageSetup* setup)
+  PrintDialog(GtkWindow* parent, GtkPageSetup* setup, const std::string& name)
       : dialog_(glib::share(GTK_PRINT_UNIX_DIALOG(gtk_print_unix_dialog_new(nullptr, parent)))) {
     gtk_print_unix_dialog_set_page_setup(dialog_.get(), setup);
     gtk_print_unix_dialog_set_embed_page_setup(dialog_.get(), TRUE);
+    const auto proposal = glib::adopt(gtk_print_settings_new());
+    if (!name.empty())
+      gtk_print_settings_set(proposal.get(), GTK_PRINT_SETTINGS_OUTPUT_BASENAME, name.c_str());
+    gtk_print_unix_dialog_set_settings(dialog_.get(), proposal.get());
     gtk_window_set_modal(GTK_WINDOW(dialog_.get()), TRUE);
     gtk_window_set_destroy_with_parent(GTK_WINDOW(dialog_.get()), TRUE);
   }
@@ -102,9 +116,9 @@ class PrintDialog {
   glib::Connection destroyed_;
 };
 
-async::Task<std::optional<Choice>> askUser(glib::Ref<WebKitWebView> view, Setup setup) {
+async::Task<std::optional<Choice>> askUser(glib::Ref<WebKitWebView> view, Setup setup, std::string name) {
   auto* root = gtk_widget_get_root(GTK_WIDGET(view.get()));
-  PrintDialog dialog(GTK_IS_WINDOW(root) ? GTK_WINDOW(root) : nullptr, setup.get());
+  PrintDialog dialog(GTK_IS_WINDOW(root) ? GTK_WINDOW(root) : nullptr, setup.get(), name);
   const auto response = co_await dialog.present();
   if (response != GTK_RESPONSE_OK)
     co_return std::nullopt;
@@ -142,12 +156,16 @@ async::Task<PrintResult> printView(glib::Ref<WebKitWebView> view, PrintSettings 
       co_return PrintResult::failed;
     }
   } else {
-    const auto choice = co_await askUser(view, setup);
+    const auto choice = co_await askUser(view, setup, settings.name);
     if (!choice)
       co_return PrintResult::cancelled;
     job = choice->job;
     setup = choice->setup;
+    if (auto path = outputFile(job.get()); path && settings.writesFile)
+      settings.writesFile(std::move(*path));
   }
+  if (settings.arrange)
+    co_await settings.arrange();
   const auto operation = glib::adopt(webkit_print_operation_new(view.get()));
   webkit_print_operation_set_page_setup(operation.get(), setup.get());
   webkit_print_operation_set_print_settings(operation.get(), job.get());

@@ -1,0 +1,72 @@
+// The open conversation on paper, without the application around it.
+#include "ScriptTest.h"
+
+#include "platform/linux/text/ResourceText.h"
+#include "scripts/PageScriptSource.h"
+
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+
+namespace ondrel::tests {
+namespace {
+
+class PrintedMessageTest : public ScriptTest {
+ protected:
+  std::string paper() {
+    PrintSettings settings;
+    settings.pdfPath = folder_ / "page.pdf";
+    EXPECT_EQ(run(view().print(settings)), PrintResult::done);
+    const auto text = folder_ / "page.txt";
+    EXPECT_EQ(std::system(("pdftotext '" + *settings.pdfPath + "' '" + text.string() + "'").c_str()), 0);
+    std::ifstream file(text);
+    return {std::istreambuf_iterator(file), {}};
+  }
+  static std::string page(const std::string& head, const std::string& main) {
+    return "<!doctype html><style>html,body{height:100%;margin:0;overflow:hidden}"
+           "#s{height:200px;overflow:auto}</style>" +
+           head + "<nav>Mailboxes</nav><div id=s>" + main + "</div>";
+  }
+};
+
+TEST_F(PrintedMessageTest, LeavesTheFrameOutAndTheScreenAsItWas) {
+  const auto script = *scripts::pageScriptSource(platform::text::resourceText,
+                                                 scripts::ConsoleRelay::unwanted)("printedMessage");
+  const std::string cards =
+      "<h1>Heading</h1><div class=v-MessageCard>From Nadia <time>1 May</time><button>Reply</button>"
+      "<div class=v-Message-body>first<p style='margin-top:1500px'>far below</p></div></div>"
+      "<div class=v-MessageCard>From Tom<div class=v-Message-body>second</div></div>";
+  const struct {
+    std::string html;
+    bool isOurs;
+    std::vector<std::string> has;
+    std::vector<std::string> hasNot;
+  } cases[] = {
+      {page("", cards),
+       true,
+       {"Plans", "From Nadia", "1 May", "far below", "From Tom", "second"},
+       {"Mailboxes", "Reply"}},
+      {page("", "<div class=v-Message-body>alone</div>"), true, {"Plans", "alone"}, {"Mailboxes"}},
+      {page("<style>@media print { nav { color: red } }</style>", cards), false, {"Mailboxes"}, {}},
+      {page("", "<div class=v-Compose></div>" + cards), false, {"Mailboxes"}, {}},
+      {page("", "list"), false, {"Mailboxes", "list"}, {}},
+  };
+  for (const auto& each : cases) {
+    loadHtml(each.html);
+    evaluate("FastMail = {router: {appController: {message: {get: () => 'Plans'}}}}; 0");
+    const auto seen = "document.documentElement.outerHTML + document.body.innerText + s.scrollHeight";
+    const auto before = evaluateToText(seen);
+    EXPECT_EQ(evaluate(script + "(true)"), boost::json::value(each.isOurs)) << each.html;
+    EXPECT_EQ(evaluateToText("document.body.innerText.includes('Plans')"), "false") << "on the screen";
+    const auto text = paper();
+    for (const auto& part : each.has)
+      EXPECT_TRUE(text.contains(part)) << part << " in " << text;
+    for (const auto& part : each.hasNot)
+      EXPECT_FALSE(text.contains(part)) << part << " in " << text;
+    evaluate(script + "(false)");
+    EXPECT_EQ(evaluateToText(seen), before);
+  }
+}
+
+} // namespace
+} // namespace ondrel::tests
