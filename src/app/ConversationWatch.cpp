@@ -59,7 +59,7 @@ async::Task<void> ConversationWatch::check() {
   bool visible = false;
   const auto focusedModel = windows_.focusedViewModel();
   const auto webView = focusedModel ? focusedModel->liveWebView() : nullptr;
-  if (*activeURLContainsMail && webView && !webView->isLoading()) {
+  if (*activeURLContainsMail && webView && !webView->loadProgress()) {
     const auto result = co_await focusedModel->evaluate(std::string(settings::page::showsConversation));
     visible = result && result->is_bool() && result->get_bool();
   }

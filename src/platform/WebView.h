@@ -20,6 +20,7 @@
 
 namespace ondrel::platform {
 
+class PageFinder;
 class Window;
 class WebViewDelegate;
 
@@ -84,7 +85,8 @@ class WebView {
   virtual std::optional<std::string> title() const = 0;
   virtual bool canGoBack() const = 0;
   virtual bool canGoForward() const = 0;
-  virtual bool isLoading() const = 0;
+  // How much of the page has come, from 0 to 1; absent while nothing is loading.
+  virtual std::optional<double> loadProgress() const = 0;
 
   virtual double pageZoom() const = 0;
   virtual void setPageZoom(double zoom) = 0;
@@ -102,12 +104,12 @@ class WebView {
 
   virtual async::Task<PrintResult> print(PrintSettings settings) = 0;
 
+  // Lives as long as the web view.
+  virtual PageFinder& finder() = 0;
   virtual NativeView nativeView() = 0;
-  // Makes the engine's inspector available to the user or not.
-  virtual void setInspectable(bool inspectable) = 0;
 };
 
-// Makes web views that share one persistent store of cookies and data.
+// Makes web views that share one persistent store of cookies and data. None has the engine's inspector.
 class WebViewFactory {
  public:
   virtual ~WebViewFactory() = default;

@@ -103,7 +103,7 @@ class WebViewDelegate {
   // Files that the user dropped on the page or pasted into it did not get there: one line for the user.
   virtual void didRefuseFiles(const std::string&) {}
 
-  // Properties changed: canGoBack and canGoForward, the address, isLoading, the title, isResponsive.
+  // Properties changed: canGoBack and canGoForward, the address, loadProgress, the title, isResponsive.
   virtual void backForwardListDidChange() = 0;
   virtual void urlDidChange() = 0;
   virtual void loadingDidChange() {}

@@ -21,6 +21,10 @@ double AppSettings::get(const Key<double>& key) const {
   return defaults_.number(key.name).value_or(key.fallback);
 }
 
+void AppSettings::set(const Key<double>& key, double value) {
+  defaults_.set(key.name, value);
+}
+
 FastmailEnvironment AppSettings::currentEnvironment() const {
   return defaults_.string(keys::fastmailEnvironment) == site_.webAppBaseURL.beta
              ? FastmailEnvironment::beta
@@ -48,6 +52,13 @@ bool AppSettings::isServiceOrigin(const std::string& origin) const {
     if (const auto ownUrl = base::Url::parse(*own); ownUrl && ownUrl->sameOrigin(*url))
       return true;
   return false;
+}
+
+double AppSettings::defaultPageZoom() const {
+  const auto zoom = get(keys::defaultPageZoom);
+  return zoom >= keys::smallestDefaultZoom && zoom <= keys::largestDefaultZoom
+             ? zoom
+             : keys::defaultPageZoom.fallback;
 }
 
 std::string AppSettings::highlightTagName() const {

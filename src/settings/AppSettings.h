@@ -27,6 +27,7 @@ class AppSettings {
   bool get(const Key<bool>& key) const;
   void set(const Key<bool>& key, bool value);
   double get(const Key<double>& key) const;
+  void set(const Key<double>& key, double value);
   platform::UserDefaults& defaults() const { return defaults_; }
 
   const Site& site() const { return site_; }
@@ -43,6 +44,8 @@ class AppSettings {
   // The address belongs to the web application of either environment.
   bool isServiceOrigin(const std::string& origin) const;
 
+  // A stored value that no control could have made counts as none.
+  double defaultPageZoom() const;
   std::string highlightTagName() const;
   std::int64_t mcpServerPort() const;
   SettingsTab selectedSettingsTab() const;

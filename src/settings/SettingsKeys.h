@@ -19,6 +19,7 @@ inline constexpr Key<bool> hideOnLoseFocus{"_hideOnLoseFocus", false};
 inline constexpr Key<bool> doHideWhenInComposeMode{"_doHideWhenInComposeMode", false};
 inline constexpr Key<bool> composeInNewWindow{"_composeInNewWindow", false};
 inline constexpr Key<bool> hideInternalLinks{"_hideInternalLinks", false};
+inline constexpr Key<double> defaultPageZoom{"_defaultPageZoom", 1.0}; // of new tabs
 inline constexpr Key<bool> showMenuBarExtra{"_showMenuBarExtra", true};
 inline constexpr Key<bool> defaultClientCheck{"_defaultClientCheck", true};
 inline constexpr Key<std::string_view> selectedSettingsTab{"_selectedSettingsTab", "general"};
@@ -48,6 +49,10 @@ inline constexpr std::string_view lastUpdateCheckDate = "_lastUpdateCheckDate";
 // The user has been told that the program goes on without windows.
 inline constexpr Key<bool> backgroundNoticeShown{"_backgroundNoticeShown", false};
 inline constexpr Key<std::int64_t> lastMigratedBuild{"_lastMigratedBuild", 0};
+
+// Between these the user chooses; each tab goes on from there in steps.
+inline constexpr double smallestDefaultZoom = 0.8;
+inline constexpr double largestDefaultZoom = 1.2;
 
 } // namespace keys
 

@@ -63,9 +63,12 @@ UserInterface::UserInterface(const Services& services)
       commands_(services_.application, services_.windows, services_.settings, services_.highlights,
                 focusedTab_, services_.programInfo, commandActions()),
       groups_(commands_.table()), actions_(services_.toolkitApplication, groups_), menu_(groups_),
-      chrome_{menu_, services_.settings,
+      chrome_{menu_,
+              services_.settings,
               [this](const auto& window) { return services_.windows.windows().viewModel(window); },
-              [this] { services_.windows.newTab(); }, [this] { services_.application.menuOpened.emit(); }},
+              [this] { services_.windows.newTab(); },
+              [this] { services_.application.menuOpened.emit(); },
+              groups_},
       copiedLink_(services_.application, services_.windows) {
   installStyle();
   services_.application.setChromeFactory([this] { return std::make_unique<BrowserChrome>(chrome_); });

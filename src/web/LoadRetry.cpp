@@ -18,6 +18,8 @@ bool isBlank(const std::optional<std::string>& url) {
 
 LoadRetry::LoadRetry(std::weak_ptr<WindowViewModel> viewModel, std::shared_ptr<platform::WebView> webView)
     : viewModel_(std::move(viewModel)), webView_(std::move(webView)) {
+  if (const auto tab = viewModel_.lock())
+    stops_ = tab->stopAsked.subscribe([this] { stop(); });
 }
 
 LoadRetry::~LoadRetry() = default;
@@ -48,13 +50,25 @@ void LoadRetry::didFail(const platform::WebError& error, bool provisional) {
   delay_ = nextRetryDelay(delay_);
 }
 
+void LoadRetry::stop() {
+  const auto viewModel = viewModel_.lock();
+  if (!viewModel || !webView_->loadProgress())
+    return;
+  const auto url = *viewModel->urlString;
+  retry_.cancel();
+  webView_->stopLoading();
+  // An empty window shall not look like a page.
+  if (!showsPage_)
+    viewModel->pageProblem.set({PageProblem::Kind::navigationFailed, "Loading was stopped.", url});
+}
+
 async::Task<void> LoadRetry::retryAfter(std::chrono::seconds delay, std::string url) {
   // A load that was asked for meanwhile has an outcome of its own, unless it is given up.
   do {
     const bool sleptThrough = co_await async::sleep(delay);
     if (!sleptThrough)
       co_return;
-  } while (webView_->isLoading());
+  } while (webView_->loadProgress());
   const auto viewModel = viewModel_.lock();
   if (!viewModel)
     co_return;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "async/Scope.h"
+#include "base/Event.h"
 
 #include <algorithm>
 #include <chrono>
@@ -24,10 +25,10 @@ constexpr std::chrono::seconds nextRetryDelay(std::chrono::seconds delay) {
   return std::min(delay * 2, longestRetryDelay);
 }
 
-// What becomes of the failed loads of a tab. One that shows no page tries the failing address again by
-// itself. A page that is shown is never replaced for a way away from it that failed, since its user may have
-// written something into it: there the tab only tells, and its user has the address tried again. Main thread
-// only.
+// What becomes of the failed loads of a tab, and of those that its user stops. One that shows no page tries
+// the failing address again by itself until it is stopped. A page that is shown is never replaced for a way
+// away from it that failed, since its user may have written something into it: there the tab only tells, and
+// its user has the address tried again. Main thread only.
 class LoadRetry {
  public:
   LoadRetry(std::weak_ptr<WindowViewModel> viewModel, std::shared_ptr<platform::WebView> webView);
@@ -40,6 +41,7 @@ class LoadRetry {
   void webProcessDidTerminate() { showsPage_ = false; }
 
  private:
+  void stop();
   async::Task<void> retryAfter(std::chrono::seconds delay, std::string url);
 
   const std::weak_ptr<WindowViewModel> viewModel_;
@@ -47,6 +49,7 @@ class LoadRetry {
   bool showsPage_ = false;
   std::chrono::seconds delay_ = firstRetryDelay;
   async::TaskHandle retry_;
+  base::Subscription stops_;
   async::Scope scope_;
 };
 

@@ -36,6 +36,8 @@ void PageFollower::didCommit() {
     viewModel->dialogs.pageDidCommit(url);
     viewModel->foreignHost.set(foreignHostOf(url, settings_));
     viewModel->reportsWriting = false;
+    viewModel->search.pageDidChange();
+    viewModel->mouseOverString.set("");
   }
   urlDidChange();
   historyDidChange();
@@ -65,8 +67,12 @@ void PageFollower::titleDidChange() {
 void PageFollower::urlDidChange() {
   const auto viewModel = viewModel_.lock();
   const auto url = webView_->url();
-  if (viewModel && url && !url->empty())
-    viewModel->urlString.set(*url);
+  if (!viewModel || !url || url->empty() || *url == *viewModel->urlString)
+    return;
+  viewModel->urlString.set(*url);
+  // What the page shows changes with it.
+  viewModel->search.pageDidChange();
+  viewModel->mouseOverString.set("");
 }
 
 void PageFollower::historyDidChange() {
@@ -78,8 +84,13 @@ void PageFollower::historyDidChange() {
 }
 
 void PageFollower::loadingDidChange() {
-  if (const auto viewModel = viewModel_.lock())
-    viewModel->isLoading.set(webView_->isLoading());
+  const auto viewModel = viewModel_.lock();
+  if (!viewModel)
+    return;
+  const auto progress = webView_->loadProgress();
+  if (progress)
+    viewModel->loadProgress.set(*progress);
+  viewModel->isLoading.set(progress.has_value());
 }
 
 void PageFollower::responsivenessDidChange() {
@@ -92,6 +103,8 @@ void PageFollower::didTerminate() {
   if (!viewModel)
     return;
   viewModel->isLoading.set(false);
+  viewModel->mouseOverString.set("");
+  viewModel->search.close();
   viewModel->dialogs.dismiss();
   viewModel->hangWatch.setResponsive(true);
   viewModel->pageProblem.set({PageProblem::Kind::processTerminated, {}});

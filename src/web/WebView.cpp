@@ -38,7 +38,6 @@ void WebView::makeWebView() {
 
   coordinator_ = std::make_unique<Coordinator>(viewModel_, webView_, configuration, services_);
   coordinator_->attach(popup != nullptr);
-  webView_->setInspectable(false);
 
   viewModel_->setWebView(webView_);
   if (onWebViewMade)

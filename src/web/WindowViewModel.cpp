@@ -55,7 +55,8 @@ std::shared_ptr<WindowViewModel> WindowViewModel::make(const WebServices& servic
 }
 
 WindowViewModel::WindowViewModel(const WebServices& services)
-    : webViewConfiguration(services.scripts.mainConfiguration()), urlString(services.settings.baseURL()),
+    : initialPageZoom(services.settings.defaultPageZoom()),
+      webViewConfiguration(services.scripts.mainConfiguration()), urlString(services.settings.baseURL()),
       services_(services) {
   dialogs.onFlood = [this] { hangWatch.tellHang(); };
 }
@@ -64,6 +65,7 @@ void WindowViewModel::setWebView(const std::shared_ptr<platform::WebView>& webVi
   if (webView_.lock() == webView)
     return;
   webView_ = webView;
+  search.setPage(webView_);
   webViewChanged.emit();
 }
 
@@ -123,6 +125,13 @@ void WindowViewModel::reload() {
     loadURL();
 }
 
+void WindowViewModel::reloadOrStop() {
+  if (*isLoading)
+    stop();
+  else
+    reload();
+}
+
 async::Task<std::optional<platform::LeaveReply>> WindowViewModel::tryClose() {
   return askToClose(shared_from_this());
 }
@@ -167,6 +176,13 @@ void WindowViewModel::zoomOut() {
 void WindowViewModel::zoomToActualSize() {
   initialPageZoom.set(1.0);
   applyZoom();
+}
+
+void WindowViewModel::zoomBy(int steps) {
+  for (; steps > 0 && *canZoomIn; --steps)
+    zoomIn();
+  for (; steps < 0 && *canZoomOut; ++steps)
+    zoomOut();
 }
 
 void WindowViewModel::applyZoom() {

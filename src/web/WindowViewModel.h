@@ -11,6 +11,7 @@
 #include "web/page/PageDialogs.h"
 #include "web/page/PageNotice.h"
 #include "web/page/PageProblem.h"
+#include "web/page/PageSearch.h"
 
 #include <boost/json/value.hpp>
 
@@ -40,8 +41,9 @@ class WindowViewModel : public std::enable_shared_from_this<WindowViewModel> {
   // `services` outlives all view models.
   static std::shared_ptr<WindowViewModel> make(const WebServices& services);
 
-  // The page zoom of this window, written at each zoom step and restored from the session. Not clamped.
-  base::Observable<double> initialPageZoom{1.0};
+  // The page zoom of this window, the user's choice for new ones at first, written at each zoom step and
+  // restored from the session. Not clamped.
+  base::Observable<double> initialPageZoom;
   std::shared_ptr<const WebViewConfiguration> webViewConfiguration;
   base::Observable<bool> toolbarVisible{true};
   base::Observable<std::string> urlString; // as last reported or requested
@@ -82,12 +84,14 @@ class WindowViewModel : public std::enable_shared_from_this<WindowViewModel> {
   bool reportsWriting = false;
 
   base::Observable<bool> isLoading{false};
+  base::Observable<double> loadProgress{0}; // of the last load, from 0 to 1
   base::Observable<PageProblem> pageProblem{};
   PageDialogs dialogs;
   HangWatch hangWatch{pageProblem};
   base::Event<const PageNotice&> noticed;
   // A file of the user's has been made of its page.
   base::Event<const std::string&> fileMade;
+  PageSearch search;
 
   // Loads what urlString holds, with "https://" where there is no scheme.
   void loadURL();
@@ -98,6 +102,10 @@ class WindowViewModel : public std::enable_shared_from_this<WindowViewModel> {
   // Loads the page that is shown again; without one, what failed last or what urlString holds. A page that
   // hangs is ended.
   void reload();
+  // Gives up what is loading. Where there is no page yet, its problem says so.
+  void stop() const { stopAsked.emit(); }
+  base::Event<> stopAsked; // for who follows the loads
+  void reloadOrStop();
   // Asks once more for what could not be loaded.
   void tryAgain();
   // Asks the page whether the tab may be closed, as platform::WebView::tryClose does; its dialogs go for
@@ -115,6 +123,8 @@ class WindowViewModel : public std::enable_shared_from_this<WindowViewModel> {
   void zoomIn();
   void zoomOut();
   void zoomToActualSize();
+  // For gestures, which know no enablement: as far as the controls would go.
+  void zoomBy(int steps);
   // Brings enablement and the live web view in line with initialPageZoom.
   void applyZoom();
 

@@ -5,6 +5,7 @@
 #include "async/Timer.h"
 #include "async/sleep.h"
 #include "platform/Download.h"
+#include "platform/PageFinder.h"
 #include "platform/WebView.h"
 #include "platform/WebViewDelegate.h"
 
@@ -18,8 +19,35 @@
 
 namespace ondrel::support {
 
+// As the engine's: answers with later turns, once all that was asked for has been answered, and finds
+// whatever the page is said to have.
+class FakePageFinder final : public platform::PageFinder {
+ public:
+  void find(const std::string& text) override { ask("find " + text); }
+  void findNext() override { ask("next"); }
+  void findPrevious() override { ask("previous"); }
+  void finish() override { calls.push_back("finish"); }
+
+  std::vector<std::string> calls;
+  unsigned matches = 0;
+  bool hangs = false; // nothing is answered
+
+ private:
+  void ask(std::string call) {
+    calls.push_back(std::move(call));
+    ++unanswered_;
+    async::EventLoop::current().post([weak = std::weak_ptr(alive_), this] {
+      if (weak.lock() && !hangs && --unanswered_ == 0)
+        found.emit(matches);
+    });
+  }
+
+  std::shared_ptr<bool> alive_ = std::make_shared<bool>();
+  int unanswered_ = 0;
+};
+
 // A web view that records what it is asked and says what the test wants.
-class FakeWebView final : public platform::WebView {
+class FakeWebView final : public platform::WebView, public std::enable_shared_from_this<FakeWebView> {
  public:
   void setDelegate(platform::WebViewDelegate* value) override { delegate = value; }
   void addScriptMessageHandler(const std::string& name) override {
@@ -35,7 +63,15 @@ class FakeWebView final : public platform::WebView {
   }
   void loadHTML(const std::string& html) override { documents.push_back(html); }
   void reload() override { ++reloads; }
-  void stopLoading() override {}
+  // The engine tells of it as of a load that was cancelled, later.
+  void stopLoading() override {
+    ++stops;
+    async::EventLoop::current().post([weak = weak_from_this()] {
+      if (const auto self = weak.lock())
+        self->failProvisional(
+            {platform::WebError::Domain::network, platform::WebError::cancelled, "stopped"});
+    });
+  }
   void goBack() override { ++backs; }
   void goForward() override { ++forwards; }
   // As the engine: a page that keeps its user asks first, one that hangs says nothing until the deadline, and
@@ -68,7 +104,9 @@ class FakeWebView final : public platform::WebView {
   std::optional<std::string> title() const override { return currentTitle; }
   bool canGoBack() const override { return back; }
   bool canGoForward() const override { return forward; }
-  bool isLoading() const override { return loading; }
+  std::optional<double> loadProgress() const override {
+    return loading ? std::optional(progress) : std::nullopt;
+  }
   double pageZoom() const override { return zoom; }
   void setPageZoom(double value) override { zoom = value; }
   async::Task<platform::ScriptResult> evaluate(std::string source, std::optional<platform::FrameInfo> frame,
@@ -99,14 +137,14 @@ class FakeWebView final : public platform::WebView {
       co_await settings.arrange();
     co_return printResult;
   }
+  platform::PageFinder& finder() override { return pageFinder; }
   platform::NativeView nativeView() override { return native; }
-  void setInspectable(bool value) override { inspectable = value; }
 
   // The engine's address is that of a load as soon as it begins, a restored page's too, and that of the page
   // shown again when it fails. The bytes of a state are its page's address here.
   void goTo(const std::string& url) {
     currentUrl = url;
-    loading = true;
+    setLoading(true);
     if (delegate)
       delegate->urlDidChange();
   }
@@ -116,13 +154,13 @@ class FakeWebView final : public platform::WebView {
       delegate->didCommit();
   }
   void finish() {
-    loading = false;
+    setLoading(false);
     delegate->didFinish();
   }
   void failProvisional(platform::WebError error) {
     error.failingURL = currentUrl.value_or("");
     currentUrl = shownUrl;
-    loading = false;
+    setLoading(false);
     delegate->urlDidChange();
     delegate->didFailProvisional(error);
   }
@@ -154,13 +192,21 @@ class FakeWebView final : public platform::WebView {
   bool back = false;
   bool forward = false;
   bool loading = false;
-  bool inspectable = true;
+  double progress = 0.1;
+  FakePageFinder pageFinder;
+  int stops = 0;
   int reloads = 0;
   int backs = 0;
   int forwards = 0;
   double zoom = 1.0;
 
  private:
+  void setLoading(bool value) {
+    loading = value;
+    if (delegate)
+      delegate->loadingDidChange();
+  }
+
   async::Timer commit_;
 };
 

@@ -32,9 +32,12 @@ class BrowserChromeTest : public ShellTest {
   int menus = 0;
   std::vector<CommandGroup> groups{{"Group", {{.title = "Print…", .perform = [] {}}}}};
   PrimaryMenu menu{groups};
-  ChromeServices services{menu, shell.settings,
+  ChromeServices services{menu,
+                          shell.settings,
                           [this](const auto& window) { return shell.manager->windows().viewModel(window); },
-                          [this] { ++newTabs; }, [this] { ++menus; }};
+                          [this] { ++newTabs; },
+                          [this] { ++menus; },
+                          groups};
   std::optional<BrowserChrome> chrome;
   GtkWidget* bar = nullptr;
 };
@@ -89,7 +92,7 @@ TEST_F(BrowserChromeTest, FollowsTheTabInFrontAndNoOther) {
 TEST_F(BrowserChromeTest, ButtonsActOnTheTabInFront) {
   chrome->selectedWindowDidChange(window(0));
   const auto& view = shell.webView(model(0));
-  view->currentUrl = "https://app.example.com/";
+  view->finish();
   for (const char* name : {"back", "forward", "reload", "new-tab", "zoom-out", "zoom-out"})
     click(find(bar, name));
   EXPECT_EQ(view->backs, 1);
@@ -99,6 +102,10 @@ TEST_F(BrowserChromeTest, ButtonsActOnTheTabInFront) {
   EXPECT_DOUBLE_EQ(view->zoom, 0.9);
   click(find(bar, "zoom-default"));
   EXPECT_DOUBLE_EQ(view->zoom, 1.0);
+  view->goTo("https://app.example.com/slow");
+  EXPECT_TRUE(hasAccessibleLabel(find(bar, "reload"), "Stop"));
+  click(find(bar, "reload"));
+  EXPECT_EQ(view->stops, 1);
 }
 
 TEST_F(BrowserChromeTest, ATabWithoutAToolbarKeepsItsTitleAndTheMenu) {

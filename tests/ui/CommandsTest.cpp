@@ -105,7 +105,7 @@ TEST_F(CommandsTest, EachRowIsAnActionWithoutAParameterAndWithKeysOfItsOwn) {
       }
       const glib::Owned<char*> known(
           gtk_application_get_accels_for_action(application.get(), ("app." + name).c_str()));
-      EXPECT_EQ(g_strv_length(known.get()), command.accelerators.size()) << name;
+      EXPECT_EQ(g_strv_length(known.get()), command.pageFirst ? 0 : command.accelerators.size()) << name;
     }
   EXPECT_TRUE(names.contains("about-ondrel"));
   EXPECT_TRUE(names.contains("toggle-visibility")) << "the command line calls it by this name";
@@ -156,6 +156,36 @@ TEST_F(CommandsTest, MoveTheTabAmongItsNeighbours) {
     activate(command);
     EXPECT_EQ(window(1)->tabGroup()->windows().at(place), window(1)) << command;
   }
+}
+
+TEST_F(CommandsTest, FindProposesWhatIsMarkedButNeverOverWhatTheUserWrites) {
+  const auto tab = model(0);
+  shell.application.setKey(window(0));
+  tab->show("https://app.example.com/mail/");
+  const auto& text = tab->search.state;
+  auto& page = *shell.webView(tab);
+  const auto find = [&](const char* marked, const char* typed) {
+    page.answer = [marked](const std::string&) { return boost::json::value(marked); };
+    g_action_group_activate_action(group(), "find-in-page", nullptr);
+    shell.loop.runUntilIdle();
+    if (typed)
+      tab->search.setText(typed);
+    shell.settle();
+    return text->text;
+  };
+  page.hangs = true; // the page's answer to come
+  EXPECT_EQ(find("late", "typed"), "typed");
+  page.hangs = false;
+  EXPECT_EQ(find(" marked ", nullptr), "marked");
+  for (const char* unfit : {"", "two\nlines"})
+    EXPECT_EQ(find(unfit, nullptr), "marked");
+  page.loading = true;
+  page.delegate->loadingDidChange();
+  EXPECT_TRUE(enabled("stop"));
+  activate("stop");
+  EXPECT_FALSE(enabled("stop"));
+  page.delegate->webProcessDidTerminate(true);
+  EXPECT_FALSE(enabled("find-in-page") || enabled("find-next"));
 }
 
 TEST_F(CommandsTest, HighlightsTheSelectionOfTheTabWithTheKeyboard) {

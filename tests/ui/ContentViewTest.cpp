@@ -76,24 +76,90 @@ TEST_F(ContentViewTest, ANoticeShowsOverThePageWithWhatCanBeDone) {
   EXPECT_EQ(done, 1);
 }
 
-TEST_F(ContentViewTest, TheBarOfTheHoveredLinkShowsOneHarmlessLineAboveThePage) {
+TEST_F(ContentViewTest, TheBarOfTheHoveredLinkNeverCutsWhereItLeads) {
   start();
-  auto* root = show(0);
+  auto* root = showWidget(content(0), 360);
   auto* bar = find(root, "mouse-over");
   EXPECT_FALSE(gtk_widget_get_visible(bar));
-  model(0)->mouseOverString.set("https://bank.example/\xE2\x80\xAEmoc\n<b>bold</b>" +
-                                std::string(1'000'000, 'x'));
-  ASSERT_TRUE(gtk_widget_get_visible(bar));
-  const auto texts = visibleTexts(root);
-  ASSERT_EQ(texts.size(), 1U);
-  EXPECT_TRUE(texts[0].starts_with("https://bank.example/moc <b>bold</b>xxx")) << texts[0].substr(0, 60);
-  EXPECT_LT(texts[0].size(), 1100U);
+  const auto show = [&](const std::string& address) {
+    model(0)->mouseOverString.set(address);
+    EXPECT_TRUE(runUntil([&] { return gtk_widget_get_height(bar) > 0; }));
+    return visibleTexts(root);
+  };
+  auto texts =
+      show("https://user.example@bank.example:8443/\xE2\x80\xAEmoc/" + std::string(1'000'000, 'x') + "/end");
+  ASSERT_EQ(texts.size(), 2U);
+  EXPECT_EQ(texts[0], "https://bank.example:8443") << "a name before it is no host";
+  EXPECT_TRUE(texts[1].starts_with("/moc/xxx") && texts[1].ends_with("xxx/end") && texts[1].size() < 1100);
   EXPECT_FALSE(gtk_widget_get_can_target(bar)) << "the pointer stays with the page";
-  ASSERT_TRUE(runUntil([&] { return gtk_widget_get_height(bar) > 0; }));
   EXPECT_EQ(gtk_widget_get_height(pages[0].get()), 600) << "the page keeps its height";
-  EXPECT_EQ(gtk_widget_get_width(bar), 800) << "as wide as the page, however long the text is";
-  model(0)->mouseOverString.set("");
+  EXPECT_EQ(gtk_widget_get_width(bar), 360) << "as wide as the page, however long the text is";
+  const int line = gtk_widget_get_height(bar);
+  EXPECT_EQ(show("mailto:a@bank.example?subject=x")[0], "mailto:a@bank.example");
+  EXPECT_EQ(show("a\n<b>b</b>")[0], "a <b>b</b>") << "no address that leads somewhere";
+  show("https://" + std::string(60, 'a') + "." + std::string(60, 'b') + ".example/");
+  EXPECT_TRUE(runUntil([&] { return gtk_widget_get_height(bar) > 2 * line; }))
+      << "a long host has more lines";
+
+  const std::function<void()> leaves[] = {[this] { shell.webView(model(0))->commit(); },
+                                          [this] { model(0)->dialogs.alert("", "!", {[](bool) {}, false}); }};
+  for (const auto& leave : leaves) {
+    show("https://bank.example/");
+    leave();
+    EXPECT_FALSE(gtk_widget_get_visible(bar));
+  }
+}
+
+TEST_F(ContentViewTest, TheFindBarSaysWhatWasFoundAndGivesTheKeyboardBack) {
+  start();
+  auto* root = showWidget(content(0), 360);
+  auto& search = model(0)->search;
+  auto& finder = shell.webView(model(0))->pageFinder;
+  search.ask();
+  auto* bar = find(root, "find-bar");
+  auto* entry = find(bar, "find-entry");
+  EXPECT_TRUE(gtk_widget_is_ancestor(gtk_window_get_focus(topLevels[0].get()), entry));
+  const auto count = [&](unsigned matches, const char* text) {
+    finder.matches = matches;
+    gtk_editable_set_text(GTK_EDITABLE(entry), text);
+    shell.settle();
+    return std::string(gtk_label_get_text(GTK_LABEL(find(bar, "find-count"))));
+  };
+  EXPECT_EQ(count(17, "fo"), "17 matches");
+  EXPECT_TRUE(gtk_widget_get_sensitive(find(bar, "find-next")));
+  EXPECT_EQ(count(1, "foo"), "1 match");
+  EXPECT_EQ(count(1001, "o"), "Over 1000 matches");
+  EXPECT_EQ(gtk_widget_get_width(GTK_WIDGET(topLevels[0].get())), 360) << "it fits";
+  EXPECT_EQ(count(0, "fox"), "No matches");
+  EXPECT_TRUE(gtk_widget_has_css_class(entry, "error"));
+  EXPECT_FALSE(gtk_widget_get_sensitive(find(bar, "find-next")));
+  EXPECT_EQ(count(2, ""), "");
+  count(2, "kept");
+  gtk_search_bar_set_search_mode(GTK_SEARCH_BAR(bar), FALSE);
+  EXPECT_FALSE(search.state->isOpen);
+  EXPECT_EQ(gtk_window_get_focus(topLevels[0].get()), pages[0].get());
+  finder.calls.clear();
+  search.ask();
+  g_signal_emit_by_name(entry, "activate");
+  EXPECT_EQ(finder.calls, Texts{"find kept"});
+}
+
+TEST_F(ContentViewTest, LoadsAndZoomShowOverThePage) {
+  start();
+  auto* root = show(0);
+  auto* bar = find(root, "load-progress");
+  const auto view = shell.webView(model(0));
+  view->progress = 0.5;
+  view->goTo("https://app.example.com/slow");
+  EXPECT_TRUE(gtk_widget_get_visible(bar));
+  EXPECT_EQ(gtk_progress_bar_get_fraction(GTK_PROGRESS_BAR(bar)), 0.5);
+  view->finish();
+  shell.loop.advance(300ms);
   EXPECT_FALSE(gtk_widget_get_visible(bar));
+  model(0)->zoomIn();
+  EXPECT_EQ(visibleTexts(root), Texts{"105%"});
+  shell.loop.advance(1500ms);
+  EXPECT_EQ(visibleTexts(root), Texts{});
 }
 
 TEST_F(ContentViewTest, TellsWhatKeepsThePageFromShowing) {

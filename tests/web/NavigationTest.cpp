@@ -219,11 +219,31 @@ TEST_F(NavigationTest, CancelledAndInterruptedLoadsAreNotRetried) {
   EXPECT_EQ(view->loads.size(), 1U);
 }
 
+TEST_F(NavigationTest, WhatTheUserStopsStaysStopped) {
+  view->failProvisional({WebError::Domain::network, WebError::timedOut, "no answer"});
+  shell.loop.advance(2s);
+  ASSERT_EQ(view->loads.size(), 1U) << "tried again by itself, which goes on";
+  EXPECT_TRUE(*model->isLoading);
+  model->reloadOrStop();
+  shell.loop.advance(1min);
+  EXPECT_EQ(view->stops, 1);
+  EXPECT_EQ(view->loads.size(), 1U);
+  EXPECT_EQ(model->pageProblem->kind, PageProblem::Kind::navigationFailed) << "an empty window says why";
+  EXPECT_FALSE(*model->isLoading);
+  model->reloadOrStop();
+  EXPECT_EQ(view->loads.size(), 2U);
+
+  engine().didCommit();
+  model->reloadOrStop();
+  shell.settle();
+  EXPECT_EQ(view->stops, 2);
+  EXPECT_EQ(model->pageProblem->kind, PageProblem::Kind::none) << "what has come of a page stays";
+}
+
 TEST_F(NavigationTest, ReportsThePagesState) {
   view->currentUrl = "https://app.example.com/mail/Inbox/";
   view->currentTitle = "Inbox";
   view->back = true;
-  EXPECT_FALSE(view->inspectable);
   engine().didCommit();
   EXPECT_FALSE(*model->canGoForward);
   EXPECT_EQ(*model->urlString, "https://app.example.com/mail/Inbox/");

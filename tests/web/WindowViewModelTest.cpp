@@ -42,6 +42,13 @@ TEST_F(WindowViewModelTest, ZoomHasItsLimits) {
   EXPECT_TRUE(*model->canZoomOut);
   model->zoomOut();
   EXPECT_FALSE(*model->canZoomOut || *model->isZoomDefault);
+  model->zoomBy(100);
+  EXPECT_DOUBLE_EQ(view->zoom, 1.2);
+
+  for (const auto& [stored, used] : {std::pair(0.9, 0.9), {3.0, 1.0}, {std::nan(""), 1.0}}) {
+    shell.settings.set(settings::keys::defaultPageZoom, stored);
+    EXPECT_EQ(*WindowViewModel::make(shell.services)->initialPageZoom, used) << stored;
+  }
 }
 
 TEST_F(WindowViewModelTest, WithoutAWebViewEverythingIsQuiet) {

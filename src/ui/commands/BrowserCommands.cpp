@@ -2,6 +2,7 @@
 
 #include "app/TabMoves.h"
 #include "app/WindowManager.h"
+#include "base/Text.h"
 #include "highlights/file/HighlightStore.h"
 #include "platform/Application.h"
 #include "platform/UserDefaults.h"
@@ -21,6 +22,26 @@ namespace {
 // The page may be gone or another one by now; then nothing happens.
 async::Task<void> evaluateInTab(std::shared_ptr<WindowViewModel> tab, std::string source) {
   [[maybe_unused]] const auto ignored = co_await tab->evaluate(std::move(source));
+}
+
+// What is marked in the page is proposed, if that comes before the user has written something.
+async::Task<void> askWithSelection(std::weak_ptr<WindowViewModel> weakTab) {
+  constexpr std::size_t longestProposal = 100; // bytes
+  auto tab = weakTab.lock();
+  if (!tab)
+    co_return;
+  tab->search.ask();
+  const auto before = tab->search.state->text;
+  auto answering = tab->evaluate("String(getSelection())");
+  tab.reset();
+  const auto answer = co_await std::move(answering);
+  tab = weakTab.lock();
+  if (!tab || !answer || !answer->is_string() || !tab->search.state->isOpen ||
+      tab->search.state->text != before)
+    co_return;
+  const std::string text(base::trimmed(std::string_view(answer->get_string())));
+  if (!text.empty() && text.size() <= longestProposal && !text.contains('\n'))
+    tab->search.setText(text);
 }
 
 Condition whenFocusedTab(FocusedTab& focusedTab, std::function<bool(const WindowViewModel&)> holds) {
@@ -53,8 +74,8 @@ BrowserCommands::BrowserCommands(platform::Application& application, app::Window
 }
 
 std::vector<CommandGroup> BrowserCommands::table() {
-  return {updates(), printing(), highlights(), windowsAndTabs(), navigation(), view(),   toolbar(),
-          panes(),   tools(),    tabs(),       preferences(),    help(),       program()};
+  return {updates(), finding(), printing(), highlights(), windowsAndTabs(), navigation(), view(),
+          toolbar(), panes(),   tools(),    tabs(),       preferences(),    help(),       program()};
 }
 
 CommandGroup BrowserCommands::updates() {
@@ -133,7 +154,13 @@ CommandGroup BrowserCommands::navigation() {
             .accelerators = {"<Control>r", "F5"},
             .perform = inKeyTab(focusedTab_, &WindowViewModel::reload),
             .enabledWhen = whenFocusedTab(focusedTab_, [](const auto&) { return true; }),
-            .place = MenuPlace::none}}};
+            .place = MenuPlace::none},
+           {.title = "Stop",
+            .accelerators = {"Escape"},
+            .perform = inKeyTab(focusedTab_, &WindowViewModel::stop),
+            .enabledWhen = whenFocusedTab(focusedTab_, [](const auto& tab) { return *tab.isLoading; }),
+            .place = MenuPlace::none,
+            .pageFirst = true}}};
 }
 
 CommandGroup BrowserCommands::view() {
@@ -142,20 +169,41 @@ CommandGroup BrowserCommands::view() {
             .accelerators = {"<Control>minus", "<Control>KP_Subtract"},
             .perform = inKeyTab(focusedTab_, &WindowViewModel::zoomOut),
             .enabledWhen = whenFocusedTab(focusedTab_, [](const auto& tab) { return *tab.canZoomOut; }),
-            .place = MenuPlace::button,
-            .icon = "zoom-out-symbolic"},
+            .place = MenuPlace::button},
            {.title = "Actual Size",
             .accelerators = {"<Control>0", "<Control>KP_0"},
             .perform = inKeyTab(focusedTab_, &WindowViewModel::zoomToActualSize),
             .enabledWhen = whenFocusedTab(focusedTab_, [](const auto& tab) { return !*tab.isZoomDefault; }),
-            .place = MenuPlace::button,
-            .icon = "zoom-original-symbolic"},
+            .place = MenuPlace::button},
            {.title = "Zoom In",
             .accelerators = {"<Control>plus", "<Control>equal", "<Control>KP_Add"},
             .perform = inKeyTab(focusedTab_, &WindowViewModel::zoomIn),
             .enabledWhen = whenFocusedTab(focusedTab_, [](const auto& tab) { return *tab.canZoomIn; }),
-            .place = MenuPlace::button,
-            .icon = "zoom-in-symbolic"}}};
+            .place = MenuPlace::button}}};
+}
+
+CommandGroup BrowserCommands::finding() {
+  const auto whenPage = whenFocusedTab(focusedTab_, [](const auto& tab) {
+    return tab.pageProblem->kind != web::PageProblem::Kind::processTerminated;
+  });
+  return {"Navigation",
+          {{.title = "Find in Page…",
+            .accelerators = {"<Control>f"},
+            .perform = [this] { findInPage(); },
+            .enabledWhen = whenPage,
+            .pageFirst = true},
+           {.title = "Find Next",
+            .accelerators = {"<Control>g", "F3"},
+            .perform = inKeyTab(focusedTab_, [](auto& tab) { tab.search.next(); }),
+            .enabledWhen = whenPage,
+            .place = MenuPlace::none,
+            .pageFirst = true},
+           {.title = "Find Previous",
+            .accelerators = {"<Control><Shift>g", "<Shift>F3"},
+            .perform = inKeyTab(focusedTab_, [](auto& tab) { tab.search.previous(); }),
+            .enabledWhen = whenPage,
+            .place = MenuPlace::none,
+            .pageFirst = true}}};
 }
 
 CommandGroup BrowserCommands::printing() {
@@ -330,6 +378,11 @@ std::string BrowserCommands::helpWithoutHighlights() const {
 void BrowserCommands::openCopiedLink() {
   if (const auto& url = *windows_.copiedLink().url)
     actions_.navigate(*url);
+}
+
+void BrowserCommands::findInPage() {
+  if (const auto tab = focusedTab_.viewModel())
+    scope_.spawn(askWithSelection(tab));
 }
 
 void BrowserCommands::newMaskedEmailAddress() {

@@ -68,6 +68,7 @@ class BrowserCommands {
   CommandGroup windowsAndTabs();
   CommandGroup navigation();
   CommandGroup view();
+  CommandGroup finding();
   CommandGroup printing();
   CommandGroup highlights();
   CommandGroup tools();
@@ -85,6 +86,7 @@ class BrowserCommands {
   std::string helpWithoutHighlights() const;
   void openCopiedLink();
   void newMaskedEmailAddress();
+  void findInPage();
 
   platform::Application& application_;
   app::WindowManager& windows_;

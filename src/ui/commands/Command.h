@@ -30,7 +30,7 @@ Condition whenSet(const base::Observable<std::optional<T>>& value) {
           [&value](auto changed) { return value.observe(std::move(changed)); }};
 }
 
-// How a command shows in the primary menu.
+// How a command shows in the primary menu; a button, in the row that each window makes for its group.
 enum class MenuPlace { none, item, button };
 
 // One command of the program: a row of the table that actions, keys, the menu and the window of shortcuts are
@@ -43,8 +43,8 @@ struct Command {
   std::optional<Condition> checkedWhen{}; // of a switch: whether it is on
   std::function<std::string()> help{};    // why it can't be used at present; empty text: nothing to say
   MenuPlace place = MenuPlace::item;
-  std::string icon{};         // of a button in the menu
   bool startsSection = false; // in its submenu
+  bool pageFirst = false;     // the page in front gets these keys first, the command those that it leaves
 };
 
 // A section of the menu. The window of shortcuts has one for each title.

@@ -33,7 +33,8 @@ void CommandActions::add(const Command& command) {
   g_action_map_add_action(G_ACTION_MAP(application_.get()), G_ACTION(action.get()));
   std::vector<const char*> accelerators;
   for (const auto& accelerator : command.accelerators)
-    accelerators.push_back(accelerator.c_str());
+    if (!command.pageFirst)
+      accelerators.push_back(accelerator.c_str());
   accelerators.push_back(nullptr);
   gtk_application_set_accels_for_action(application_.get(), ("app." + name).c_str(), accelerators.data());
   names_.push_back(name);

@@ -11,7 +11,8 @@
 namespace ondrel::ui {
 
 // Makes each command an action of the application under actionName(title), with its keys. The keys come
-// before the page: the toolkit looks for them on the way down to the widget that has the keyboard.
+// before the page, since the toolkit looks for them on the way down to the widget that has the keyboard;
+// those that shall come behind it are left to PageKeys.
 //
 // Any process of the session can call these actions over D-Bus, so none of them takes a parameter.
 class CommandActions {

@@ -10,7 +10,7 @@ std::vector<base::Subscription> observeTab(const web::WindowViewModel& viewModel
   const auto observe = [&](const auto&... fields) { (result.push_back(fields.observe(changed)), ...); };
   observe(viewModel.title, viewModel.urlString, viewModel.foreignHost, viewModel.toolbarVisible,
           viewModel.canGoBack, viewModel.canGoForward, viewModel.canZoomOut, viewModel.canZoomIn,
-          viewModel.isZoomDefault);
+          viewModel.isZoomDefault, viewModel.initialPageZoom, viewModel.isLoading, viewModel.pageProblem);
   return result;
 }
 

@@ -9,8 +9,15 @@ namespace {
 glib::Ref<GMenuItem> menuItem(const Command& command) {
   auto item =
       glib::adopt(g_menu_item_new(command.title.c_str(), ("app." + actionName(command.title)).c_str()));
-  if (command.place == MenuPlace::button)
-    g_menu_item_set_attribute(item.get(), "verb-icon", "s", command.icon.c_str());
+  // The toolkit shows only those keys by itself that it looks for.
+  if (command.pageFirst && !command.accelerators.empty())
+    g_menu_item_set_attribute(item.get(), "accel", "s", command.accelerators.front().c_str());
+  return item;
+}
+
+glib::Ref<GMenuItem> rowOfButtons(const std::string& title) {
+  auto item = glib::adopt(g_menu_item_new(nullptr, nullptr));
+  g_menu_item_set_attribute(item.get(), "custom", "s", title.c_str());
   return item;
 }
 
@@ -22,13 +29,18 @@ glib::Ref<GMenuItem> section(const CommandGroup& group) {
   for (const auto& command : group.commands) {
     if (command.place == MenuPlace::none)
       continue;
-    ofButtons = ofButtons || command.place == MenuPlace::button;
+    if (command.place != MenuPlace::item) {
+      ofButtons = true;
+      continue;
+    }
     if (command.startsSection) {
       rows = glib::adopt(g_menu_new());
       g_menu_append_section(menu.get(), nullptr, G_MENU_MODEL(rows.get()));
     }
     g_menu_append_item(rows.get(), menuItem(command).get());
   }
+  if (ofButtons)
+    g_menu_append_item(menu.get(), rowOfButtons(group.title).get());
   if (g_menu_model_get_n_items(G_MENU_MODEL(menu.get())) == 0)
     return nullptr;
   if (group.isSubmenu) {
@@ -36,11 +48,7 @@ glib::Ref<GMenuItem> section(const CommandGroup& group) {
     g_menu_append_submenu(row.get(), group.title.c_str(), G_MENU_MODEL(menu.get()));
     return glib::adopt(g_menu_item_new_section(nullptr, G_MENU_MODEL(row.get())));
   }
-  auto item = glib::adopt(
-      g_menu_item_new_section(ofButtons ? group.title.c_str() : nullptr, G_MENU_MODEL(menu.get())));
-  if (ofButtons)
-    g_menu_item_set_attribute(item.get(), "display-hint", "s", "inline-buttons");
-  return item;
+  return glib::adopt(g_menu_item_new_section(nullptr, G_MENU_MODEL(menu.get())));
 }
 
 // The toolkit's menu button, a type without a public name, tells its title as "text".

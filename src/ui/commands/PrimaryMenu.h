@@ -15,6 +15,7 @@ class PrimaryMenu {
   // `groups` outlives the menu.
   explicit PrimaryMenu(const std::vector<CommandGroup>& groups);
 
+  // A group of buttons has one place, for a child of the group's title that the window adds to its popover.
   GMenuModel* model() const { return G_MENU_MODEL(menu_.get()); }
   // Puts the help texts, as they are now, on the items of a menu that is about to show. The toolkit's menu
   // models have no place for them.

@@ -3,12 +3,14 @@
 #include "base/Text.h"
 #include "platform/WebView.h"
 #include "ui/commands/ObserveTab.h"
+#include "ui/commands/PageKeys.h"
 #include "ui/commands/PrimaryMenu.h"
 #include "ui/widgets/Widgets.h"
 #include "web/WindowViewModel.h"
 #include "web/page/TabTitle.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace ondrel::ui {
 
@@ -67,7 +69,7 @@ BrowserChrome::BrowserChrome(const ChromeServices& services)
   packStart();
   packEnd();
   connections_.push_back(
-      glib::connect<void(GtkWidget*)>(bar_.get(), "realize", [this](GtkWidget*) { followWidth(); }));
+      glib::connect<void(GtkWidget*)>(bar_.get(), "realize", [this](GtkWidget*) { realized(); }));
   update();
 }
 
@@ -76,7 +78,8 @@ BrowserChrome::~BrowserChrome() = default;
 void BrowserChrome::packStart() {
   back_ = tabButton("back", "go-previous-symbolic", "Back", "Back ⌥←", &WindowViewModel::goBack);
   forward_ = tabButton("forward", "go-next-symbolic", "Forward", "Forward ⌥→", &WindowViewModel::goForward);
-  reload_ = tabButton("reload", "view-refresh-symbolic", "Reload", "Reload ⌘R", &WindowViewModel::reload);
+  reload_ =
+      tabButton("reload", "view-refresh-symbolic", "Reload", "Reload ⌘R", &WindowViewModel::reloadOrStop);
   for (auto* widget : {back_, forward_, reload_})
     adw_header_bar_pack_start(ADW_HEADER_BAR(bar_.get()), widget);
 }
@@ -107,6 +110,7 @@ GtkWidget* BrowserChrome::menuButton() {
   setAccessibleLabel(button, "Main Menu");
   setTooltip(button, "Main Menu F10");
   auto* popover = gtk_popover_menu_new_from_model(services_.menu.model());
+  gtk_popover_menu_add_child(GTK_POPOVER_MENU(popover), zoomRow_.widget(), ZoomRow::title);
   gtk_menu_button_set_popover(GTK_MENU_BUTTON(button), popover);
   connections_.push_back(glib::connect<void(GtkWidget*)>(popover, "show", [this](GtkWidget* shown) {
     services_.menu.explain(shown);
@@ -156,10 +160,21 @@ void BrowserChrome::update() {
   gtk_widget_set_sensitive(back_, tab && *tab->canGoBack);
   gtk_widget_set_sensitive(forward_, tab && *tab->canGoForward);
   gtk_widget_set_sensitive(reload_, tab != nullptr);
+  updateLoading();
+  zoomRow_.show(tab ? *tab->initialPageZoom : 1);
   gtk_widget_set_sensitive(zoomOut_, tab && *tab->canZoomOut);
   gtk_widget_set_sensitive(zoomDefault_, tab && !*tab->isZoomDefault);
   gtk_widget_set_sensitive(zoomIn_, tab && *tab->canZoomIn);
   updateVisibility();
+}
+
+// The button that a page was asked for with stops it, too.
+void BrowserChrome::updateLoading() {
+  const bool isLoading = tab_ && *tab_->isLoading;
+  gtk_button_set_icon_name(GTK_BUTTON(reload_),
+                           isLoading ? "process-stop-symbolic" : "view-refresh-symbolic");
+  setAccessibleLabel(reload_, isLoading ? "Stop" : "Reload");
+  setTooltip(reload_, isLoading ? "Stop Esc" : "Reload ⌘R");
 }
 
 // The menu is always there: it has the command that brings the others back.
@@ -172,10 +187,16 @@ void BrowserChrome::updateVisibility() {
   gtk_widget_set_visible(newTab_, hasToolbar && width_ >= widthWithNewTab);
 }
 
-void BrowserChrome::followWidth() {
+void BrowserChrome::realized() {
+  auto* topLevel = GTK_WIDGET(gtk_widget_get_native(bar_.get()));
+  if (!std::exchange(hasPageKeys_, true))
+    addPageKeys(topLevel, services_.commands);
+  followWidth(topLevel);
+}
+
+void BrowserChrome::followWidth(GtkWidget* topLevel) {
   layout_ = glib::connect<void(GdkSurface*, int, int)>(
-      gtk_native_get_surface(gtk_widget_get_native(bar_.get())), "layout",
-      [this](GdkSurface*, int surfaceWidth, int) {
+      gtk_native_get_surface(GTK_NATIVE(topLevel)), "layout", [this](GdkSurface*, int surfaceWidth, int) {
         // Some window managers make a window narrower than it can be; the bar then sticks out.
         const int width = std::min(gtk_widget_get_width(bar_.get()), surfaceWidth);
         if (width != width_) {

@@ -3,7 +3,9 @@
 #include "base/Event.h"
 #include "platform/GroupChrome.h"
 #include "platform/linux/glib/Connection.h"
+#include "ui/commands/Command.h"
 #include "ui/page/LockButton.h"
+#include "ui/page/ZoomRow.h"
 
 #include <adwaita.h>
 
@@ -31,6 +33,7 @@ struct ChromeServices {
   std::function<std::shared_ptr<web::WindowViewModel>(const std::shared_ptr<platform::Window>&)> viewModelOf;
   std::function<void()> openNewTab;
   std::function<void()> menuOpens;
+  const std::vector<CommandGroup>& commands; // for the keys that come behind the page
 };
 
 // The header bar above the tabs of one top-level: shows the tab in front and acts on it.
@@ -53,7 +56,9 @@ class BrowserChrome final : public platform::GroupChrome {
   void packEnd();
   void onClicked(GtkWidget* button, std::function<void()> work);
   void focusPage();
-  void followWidth();
+  void realized();
+  void followWidth(GtkWidget* topLevel);
+  void updateLoading();
   void update();
   void updateVisibility();
 
@@ -68,6 +73,8 @@ class BrowserChrome final : public platform::GroupChrome {
   GtkWidget* zoomDefault_ = nullptr;
   GtkWidget* zoomIn_ = nullptr;
   GtkWidget* zoom_ = nullptr; // the three together
+  ZoomRow zoomRow_;
+  bool hasPageKeys_ = false;
   GtkWidget* newTab_ = nullptr;
   const LockButton lock_;
   // Begins small: a window can't become narrower than what it has once shown.

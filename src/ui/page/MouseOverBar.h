@@ -1,25 +1,42 @@
 #pragma once
 
-#include "platform/linux/glib/Ref.h"
+#include "platform/linux/glib/Connection.h"
 
 #include <gtk/gtk.h>
 
+#include <functional>
 #include <string>
+#include <vector>
 
 namespace ondrel::ui {
 
-// Shows where the link under the pointer leads, in one line over the lower edge of the page.
+// The bar with the address of the hovered link. It lies over the lower edge of a page, or the upper one while
+// the pointer is where it would be.
 class MouseOverBar {
  public:
-  MouseOverBar();
+  // Goes into `overlay`. `left` is called when the pointer leaves that, or comes back.
+  MouseOverBar(GtkOverlay* overlay, std::function<void()> left);
+  MouseOverBar(const MouseOverBar&) = delete;
+  MouseOverBar& operator=(const MouseOverBar&) = delete;
 
-  GtkWidget* widget() const { return bar_.get(); }
-  // From the page; an empty text hides the bar.
-  void setText(const std::string& text);
+  void setAddress(const std::string& address);
 
  private:
-  glib::Ref<GtkWidget> bar_;
-  GtkWidget* label_;
+  void followPointer();
+  void pointerCameOrWent(bool isThere);
+  void update();
+
+  GtkWidget* const overlay_;
+  const std::function<void()> left_;
+  GtkWidget* bar_;
+  GtkWidget* divider_;
+  GtkWidget* site_;
+  GtkWidget* rest_;
+  GtkWidget* row_; // of the two
+  bool hasAddress_ = false;
+  bool pointerIsAway_ = false; // it was here: what the page tells now is from before
+  double pointerY_ = 0;
+  std::vector<glib::Connection> connections_;
 };
 
 } // namespace ondrel::ui

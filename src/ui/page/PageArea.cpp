@@ -11,32 +11,46 @@ using Kind = web::PageProblem::Kind;
 PageArea::PageArea(std::shared_ptr<web::WindowViewModel> viewModel, platform::UriLauncher& launcher)
     : viewModel_(std::move(viewModel)), launcher_(launcher),
       box_(glib::share(gtk_box_new(GTK_ORIENTATION_VERTICAL, 0))), announcement_(gtk_revealer_new()),
-      stack_(gtk_stack_new()), overlay_(gtk_overlay_new()), notices_(stack_) {
+      stack_(gtk_stack_new()), overlay_(gtk_overlay_new()), notices_(stack_),
+      mouseOver_(GTK_OVERLAY(overlay_), [this] { viewModel_->mouseOverString.set(""); }),
+      zoomGestures_(overlay_, [this](int steps) { viewModel_->zoomBy(steps); }) {
   gtk_widget_set_name(announcement_, "announcement");
   gtk_widget_set_vexpand(stack_, TRUE);
   gtk_stack_add_child(GTK_STACK(stack_), overlay_);
-  gtk_overlay_add_overlay(GTK_OVERLAY(overlay_), mouseOver_.widget());
+  gtk_overlay_add_overlay(GTK_OVERLAY(overlay_), load_.widget());
+  gtk_overlay_add_overlay(GTK_OVERLAY(overlay_), zoom_.widget());
   gtk_box_append(GTK_BOX(box_.get()), announcement_);
   gtk_box_append(GTK_BOX(box_.get()), notices_.widget());
 
   revealed_ = glib::connect<void(GObject*, GParamSpec*)>(
       announcement_, "notify::reveal-child", [this](GObject*, GParamSpec*) { announcementChanged(); });
+  follow();
+}
+
+PageArea::~PageArea() = default;
+
+void PageArea::follow() {
   subscriptions_.push_back(
-      viewModel_->mouseOverString.observe([this] { mouseOver_.setText(*viewModel_->mouseOverString); }));
+      viewModel_->mouseOverString.observe([this] { mouseOver_.setAddress(*viewModel_->mouseOverString); }));
+  subscriptions_.push_back(viewModel_->isLoading.observe([this] { updateLoad(); }));
+  subscriptions_.push_back(viewModel_->loadProgress.observe([this] { updateLoad(); }));
+  subscriptions_.push_back(
+      viewModel_->initialPageZoom.observe([this] { zoom_.show(*viewModel_->initialPageZoom); }));
+  subscriptions_.push_back(viewModel_->search.state.observe([this] { updateFind(); }));
   subscriptions_.push_back(viewModel_->notice.observe([this] { updateNotice(); }));
   subscriptions_.push_back(viewModel_->pageProblem.observe([this] { updateProblem(); }));
   subscriptions_.push_back(viewModel_->dialogs.shown.observe([this] { updateDialog(); }));
   subscriptions_.push_back(viewModel_->downloads.observe([this] { updateDownloads(); }));
   subscriptions_.push_back(
       viewModel_->noticed.subscribe([this](const web::PageNotice& notice) { notices_.show(notice); }));
-  mouseOver_.setText(*viewModel_->mouseOverString);
+  mouseOver_.setAddress(*viewModel_->mouseOverString);
+  updateLoad();
+  updateFind();
   updateNotice();
   updateProblem();
   updateDialog();
   updateDownloads();
 }
-
-PageArea::~PageArea() = default;
 
 void PageArea::setPage(GtkWidget* page) {
   gtk_overlay_set_child(GTK_OVERLAY(overlay_), page);
@@ -154,12 +168,28 @@ void PageArea::updateDialog() {
   if (hadOne)
     gtk_overlay_remove_overlay(GTK_OVERLAY(overlay_), dialog_->widget());
   dialog_.reset();
+  viewModel_->mouseOverString.set("");
   if (const auto& dialog = *viewModel_->dialogs.shown)
     gtk_overlay_add_overlay(GTK_OVERLAY(overlay_), dialog_.emplace(dialog).widget());
   if (auto* page = gtk_overlay_get_child(GTK_OVERLAY(overlay_)))
     gtk_widget_set_can_focus(page, !dialog_);
   if ((dialog_ || hadOne) && gtk_widget_get_mapped(box_.get()))
     focus();
+}
+
+void PageArea::updateLoad() {
+  if (*viewModel_->isLoading)
+    load_.show(*viewModel_->loadProgress);
+  else
+    load_.end();
+}
+
+void PageArea::updateFind() {
+  if (find_ || !viewModel_->search.state->isOpen)
+    return;
+  find_.emplace(viewModel_->search, [this] { focus(); });
+  gtk_box_insert_child_after(GTK_BOX(box_.get()), find_->widget(),
+                             gtk_widget_get_prev_sibling(notices_.widget()));
 }
 
 void PageArea::updateDownloads() {

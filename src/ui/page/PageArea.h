@@ -4,10 +4,14 @@
 #include "platform/linux/glib/Connection.h"
 #include "ui/page/CrashedPage.h"
 #include "ui/page/DownloadProgressBar.h"
+#include "ui/page/FindBar.h"
+#include "ui/page/LoadBar.h"
 #include "ui/page/MouseOverBar.h"
 #include "ui/page/PageDialogView.h"
 #include "ui/page/PageNotices.h"
 #include "ui/page/ProblemBar.h"
+#include "ui/page/ZoomGestures.h"
+#include "ui/page/ZoomHint.h"
 
 #include <gtk/gtk.h>
 
@@ -22,8 +26,9 @@ class WindowViewModel;
 namespace ondrel::ui {
 
 // All that a tab shows once it has been looked at, from top to bottom: the place of the announcement, what
-// the user has to know, what is wrong with the page, the page with the hovered link or its dialog, the
-// downloads. Parts that are seldom needed are made when they are.
+// the user has to know, what is wrong with the page, what the user looks for in it, the page with what lies
+// over it (load, zoom, the hovered link, its dialog), the downloads. Parts that are seldom needed are made
+// when they are.
 class PageArea {
  public:
   // The launcher, for the files that have been downloaded, outlives it.
@@ -53,6 +58,9 @@ class PageArea {
   ProblemBar::Content hang() const;
   void updateDialog();
   void updateDownloads();
+  void updateLoad();
+  void updateFind();
+  void follow();
   std::function<void()> reload() const;
   std::function<void()> tryAgain() const;
   std::function<void()> dismissProblem() const;
@@ -65,6 +73,10 @@ class PageArea {
   GtkWidget* overlay_;
   PageNotices notices_;
   MouseOverBar mouseOver_;
+  LoadBar load_;
+  ZoomHint zoom_;
+  ZoomGestures zoomGestures_;
+  std::optional<FindBar> find_;
   std::optional<ProblemBar> notice_;
   std::optional<ProblemBar> loadProblem_;
   std::optional<ProblemBar> navigationProblem_;

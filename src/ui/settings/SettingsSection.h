@@ -25,7 +25,7 @@ class MCPSettingsModel;
 namespace ondrel::platform {
 class DesktopServices;
 class NotificationCenter;
-}
+} // namespace ondrel::platform
 
 namespace ondrel::settings {
 class AppSettings;

@@ -6,7 +6,7 @@
 namespace ondrel::ui {
 
 UISettingsView::UISettingsView(settings::AppSettings& settings, const std::string& displayName)
-    : group_(glib::share(ADW_PREFERENCES_GROUP(adw_preferences_group_new()))) {
+    : group_(glib::share(ADW_PREFERENCES_GROUP(adw_preferences_group_new()))), zoom_(settings) {
   namespace keys = settings::keys;
   const auto add = [this, &settings](settings::Key<bool> key, SettingSwitch::Texts texts) {
     adw_preferences_group_add(group_.get(), rows_.emplace_back(settings, key, std::move(texts)).row());
@@ -27,6 +27,7 @@ UISettingsView::UISettingsView(settings::AppSettings& settings, const std::strin
     rows_.back().setNote("Do not show links that start with " + settings.baseURL());
   };
   tellAddress();
+  adw_preferences_group_add(group_.get(), zoom_.row());
   environment_ = settings.fastmailEnvironmentDidChange.subscribe(tellAddress);
 }
 

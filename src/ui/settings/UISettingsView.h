@@ -3,6 +3,7 @@
 #include "platform/linux/glib/Ref.h"
 #include "ui/settings/SettingSwitch.h"
 #include "ui/settings/SettingsSection.h"
+#include "ui/settings/ZoomSettingRow.h"
 
 #include <deque>
 
@@ -18,6 +19,7 @@ class UISettingsView final : public SettingsSection {
  private:
   const glib::Ref<AdwPreferencesGroup> group_;
   std::deque<SettingSwitch> rows_;
+  ZoomSettingRow zoom_;
   base::Subscription hiding_;
   base::Subscription environment_;
 };

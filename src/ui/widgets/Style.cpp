@@ -11,7 +11,9 @@ namespace {
 constexpr const char* rules = R"(
 .mouse-over, .downloads, .page-problem { background-color: @headerbar_bg_color; color: @headerbar_fg_color; }
 .page-host { background-color: alpha(currentColor, .1); border-radius: 6px; padding: 2px 8px; }
-.mouse-over > label { padding: 5px 12px; }
+.mouse-over > box { padding: 5px 12px; }
+.zoom-hint { padding: 6px 12px; margin: 12px; border-radius: 9px; }
+.zoom-row { padding: 3px 12px; }
 .download { padding: 8px 12px; }
 .page-problem { padding: 9px 12px; }
 .announcement { color: @headerbar_fg_color; padding: 6px 12px; border-bottom: 1px solid @borders; animation: announcement-in 250ms ease-out; }

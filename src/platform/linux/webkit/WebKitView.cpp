@@ -194,8 +194,10 @@ bool WebKitView::canGoForward() const {
   return webkit_web_view_can_go_forward(view_.get()) != FALSE;
 }
 
-bool WebKitView::isLoading() const {
-  return webkit_web_view_is_loading(view_.get()) != FALSE;
+std::optional<double> WebKitView::loadProgress() const {
+  return webkit_web_view_is_loading(view_.get())
+             ? std::optional(webkit_web_view_get_estimated_load_progress(view_.get()))
+             : std::nullopt;
 }
 
 double WebKitView::pageZoom() const {
@@ -238,10 +240,6 @@ async::Task<PrintResult> WebKitView::print(PrintSettings settings) {
 
 NativeView WebKitView::nativeView() {
   return {container_.get()};
-}
-
-void WebKitView::setInspectable(bool inspectable) {
-  webkit_settings_set_enable_developer_extras(webkit_web_view_get_settings(view_.get()), inspectable);
 }
 
 } // namespace ondrel::platform::webkit

@@ -7,6 +7,7 @@
 #include "platform/linux/pagefiles/WebKitPageFiles.h"
 #include "platform/linux/webkit/WebKitBackground.h"
 #include "platform/linux/webkit/WebKitClosing.h"
+#include "platform/linux/webkit/WebKitFinder.h"
 #include "platform/linux/webkit/WebKitLoads.h"
 #include "platform/linux/webkit/WebKitMenu.h"
 #include "platform/linux/webkit/WebKitMenuKey.h"
@@ -51,7 +52,7 @@ class WebKitView final : public WebView,
   std::optional<std::string> title() const override;
   bool canGoBack() const override;
   bool canGoForward() const override;
-  bool isLoading() const override;
+  std::optional<double> loadProgress() const override;
   double pageZoom() const override;
   void setPageZoom(double zoom) override;
   async::Task<ScriptResult> evaluate(std::string source, std::optional<FrameInfo> frame,
@@ -59,8 +60,8 @@ class WebKitView final : public WebView,
   std::optional<base::Bytes> interactionState() override;
   bool restoreInteractionState(const base::Bytes& state) override;
   async::Task<PrintResult> print(PrintSettings settings) override;
+  PageFinder& finder() override { return finder_; }
   NativeView nativeView() override;
-  void setInspectable(bool inspectable) override;
 
   void didStartDownload(WebKitDownload* download);
   // None for a page without scripts.
@@ -103,6 +104,7 @@ class WebKitView final : public WebView,
   std::set<std::string, std::less<>> handlerNames_;
   WebKitLoads loads_{*this};
   WebKitClosing closing_{view_.get()};
+  WebKitFinder finder_{view_.get()};
   bool stayed_ = false; // the user kept the page from being left for another
   // Of the history, asked for and not reached yet: a plain load of its address would add it a second time.
   glib::Ref<WebKitBackForwardListItem> wantedItem_;

@@ -184,9 +184,10 @@ void WebKitView::showDialog(WebKitScriptDialog* dialog) {
 void WebKitView::connectProperties() {
   connections_.push_back(glib::onNotify(
       view_.get(), "uri", [this] { tell([](WebViewDelegate& delegate) { delegate.urlDidChange(); }); }));
-  connections_.push_back(glib::onNotify(view_.get(), "is-loading", [this] {
-    tell([](WebViewDelegate& delegate) { delegate.loadingDidChange(); });
-  }));
+  for (const char* property : {"is-loading", "estimated-load-progress"})
+    connections_.push_back(glib::onNotify(view_.get(), property, [this] {
+      tell([](WebViewDelegate& delegate) { delegate.loadingDidChange(); });
+    }));
   connections_.push_back(glib::onNotify(
       view_.get(), "title", [this] { tell([](WebViewDelegate& delegate) { delegate.titleDidChange(); }); }));
   connections_.push_back(glib::onNotify(view_.get(), "is-web-process-responsive", [this] {
