@@ -257,7 +257,6 @@ class Program {
                                      .summary(std::chrono::system_clock::now()) +
                                  "WebKitGTK: " + platform::webkit::engineVersion() + "\n";
                         },
-                    .notifications = notifications_,
                     .textFormatting = textFormatting_,
                     .contentTypes = contentTypes_,
                     .decoder = decoder_,

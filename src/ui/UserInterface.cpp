@@ -56,7 +56,6 @@ UserInterface::UserInterface(const Services& services)
                        .userScripts = services_.userScripts,
                        .updates = services_.updates,
                        .desktopServices = services_.desktopServices,
-                       .notifications = services_.notifications,
                        .openURL = [this](const std::string& url) { services_.uriLauncher.open(url); },
                        .openMailto = services_.openMailto},
                       services_.toolkitApplication, [this] { return activeWindow(); }),

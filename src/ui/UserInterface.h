@@ -62,7 +62,6 @@ class UserInterface {
     std::function<void()> quit; // asks too
     platform::ProgramInfo programInfo;
     std::function<std::string()> describeSystem; // for who reads a report of a fault; lines
-    platform::NotificationCenter& notifications;
     const platform::TextFormatting& textFormatting;
     const platform::ContentTypes& contentTypes;
     platform::DocumentDecoder& decoder;

@@ -2,6 +2,8 @@
 
 #include "ui/settings/SettingsRows.h"
 
+#include <utility>
+
 namespace ondrel::ui {
 
 namespace {
@@ -42,11 +44,19 @@ Words wordsFor(DesktopService service) {
 MissingServicesView::MissingServicesView(platform::DesktopServices& services)
     : services_(services), group_(glib::share(ADW_PREFERENCES_GROUP(adw_preferences_group_new()))) {
   adw_preferences_group_set_title(group_.get(), "Desktop");
+  // Who has started a service for it comes back to this window to see.
+  rooted_ = glib::onNotify(group_.get(), "root", [this] {
+    activated_ = {};
+    if (auto* root = gtk_widget_get_root(GTK_WIDGET(group_.get())))
+      activated_ = glib::onNotify(root, "is-active", [this] { scope_.spawn(look()); });
+  });
   scope_.spawn(look());
 }
 
 async::Task<void> MissingServicesView::look() {
   const auto missing = co_await services_.missing();
+  for (auto* row : std::exchange(rows_, {}))
+    adw_preferences_group_remove(group_.get(), row);
   for (const auto service : missing) {
     const auto words = wordsFor(service);
     addRow(words.title, words.lost);
@@ -61,6 +71,7 @@ void MissingServicesView::addRow(const char* title, const char* subtitle) {
   adw_preferences_row_set_title(ADW_PREFERENCES_ROW(row), title);
   setRowSubtitle(row, subtitle);
   adw_preferences_group_add(group_.get(), GTK_WIDGET(row));
+  rows_.push_back(GTK_WIDGET(row));
 }
 
 } // namespace ondrel::ui

@@ -2,8 +2,11 @@
 
 #include "async/Scope.h"
 #include "platform/desktop/DesktopServices.h"
+#include "platform/linux/glib/Connection.h"
 #include "platform/linux/glib/Ref.h"
 #include "ui/settings/SettingsSection.h"
+
+#include <vector>
 
 namespace ondrel::ui {
 
@@ -21,6 +24,9 @@ class MissingServicesView final : public SettingsSection {
 
   platform::DesktopServices& services_;
   const glib::Ref<AdwPreferencesGroup> group_;
+  std::vector<GtkWidget*> rows_; // of the group
+  glib::Connection rooted_;
+  glib::Connection activated_;
   async::Scope scope_;
 };
 

@@ -24,7 +24,6 @@ class MCPSettingsModel;
 
 namespace ondrel::platform {
 class DesktopServices;
-class NotificationCenter;
 } // namespace ondrel::platform
 
 namespace ondrel::settings {
@@ -49,7 +48,6 @@ struct SettingsServices {
   integrations::ScriptsManager& userScripts;
   integrations::UpdateManager& updates;
   platform::DesktopServices& desktopServices;
-  platform::NotificationCenter& notifications;
   std::function<void(const std::string& url)> openURL; // in the desktop's browser
   std::function<void(const std::string& url)> openMailto;
 };

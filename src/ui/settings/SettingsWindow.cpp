@@ -13,7 +13,6 @@
 #include "ui/settings/LoginItemSettingsView.h"
 #include "ui/settings/MCPSettingsView.h"
 #include "ui/settings/MissingServicesView.h"
-#include "ui/settings/NotificationSettingsView.h"
 #include "ui/settings/ScriptsSettingsView.h"
 #include "ui/settings/ShortcutSettingsView.h"
 #include "ui/settings/SpellingSettingsView.h"
@@ -68,10 +67,6 @@ Section userInterface(const SettingsServices& services) {
   return std::make_unique<UISettingsView>(services.settings, services.defaultEmail.programInfo().displayName);
 }
 
-Section notifications(const SettingsServices& services) {
-  return std::make_unique<NotificationSettingsView>(services.notifications);
-}
-
 Section environment(const SettingsServices& services) {
   return std::make_unique<EnvironmentSettingsView>(services.settings);
 }
@@ -120,10 +115,7 @@ const std::vector<Page>& pages() {
        "General",
        "preferences-system-symbolic",
        {defaultMail, loginItem, spelling, bugReport, missingServices}},
-      {settings::SettingsTab::userinterface,
-       "User Interface",
-       "computer-symbolic",
-       {notifications, userInterface}},
+      {settings::SettingsTab::userinterface, "User Interface", "computer-symbolic", {userInterface}},
       {settings::SettingsTab::shortcuts,
        "Shortcuts",
        "preferences-desktop-keyboard-shortcuts-symbolic",
