@@ -65,7 +65,8 @@ async::Task<void> NewMailNotifier::setUp() {
   for (const auto* category : {categoryIdentifier, summaryCategoryIdentifier})
     notifications_.setResponseHandler(
         category, [this](const platform::NotificationResponse& response) { respond(response); });
-  lookForArchive();
+  looking_.cancel(); // it may wait for a page on which nobody has signed in
+  looking_ = scope_.spawn(offerArchive());
 }
 
 // No notification waits for it.
