@@ -1,6 +1,7 @@
 #include "platform/linux/webkit/WebKitMenuKey.h"
 
 #include "platform/linux/glib/AsyncResult.h"
+#include "platform/linux/text/ResourceText.h"
 #include "platform/linux/text/SafeText.h"
 
 #include <fmt/format.h>
@@ -12,50 +13,7 @@ namespace ondrel::platform::webkit {
 namespace {
 
 constexpr const char* world = "ondrel-menu";
-
-// What has the keyboard, in the frame that has it; null when the page shows a menu of its own.
-constexpr const char* focusScript = R"js(
-  let element = document.activeElement ?? document.documentElement;
-  let left = 0;
-  let top = 0;
-  while (element.contentDocument?.activeElement) {
-    const box = element.getBoundingClientRect();
-    left += box.left + element.clientLeft;
-    top += box.top + element.clientTop;
-    element = element.contentDocument.activeElement;
-  }
-  const isField = element.matches('input, textarea');
-  const selection = element.ownerDocument.getSelection();
-  const range = !isField && selection?.rangeCount > 0 ? selection.getRangeAt(0) : null;
-  const caret = range?.getBoundingClientRect();
-  const isPlaced = Boolean(caret) && (caret.width > 0 || caret.height > 0);
-  const box = isPlaced ? caret : element.getBoundingClientRect();
-  const x = Math.min(Math.max(box.left, 0), innerWidth - 1);
-  const y = Math.min(Math.max(isPlaced ? box.bottom : Math.min(box.bottom, box.top + 24), 0), innerHeight - 1);
-  const asked = new MouseEvent('contextmenu', {
-    bubbles: true, cancelable: true, composed: true, button: 2, clientX: x, clientY: y,
-  });
-  // The last to hear of it: what nobody prevents, the engine would keep for the next menu of the page's own.
-  let isTaken = false;
-  const hear = (event) => {
-    isTaken = event.defaultPrevented;
-    event.preventDefault();
-  };
-  const page = element.ownerDocument.defaultView;
-  page.addEventListener('contextmenu', hear);
-  element.dispatchEvent(asked);
-  page.removeEventListener('contextmenu', hear);
-  if (isTaken) {
-    return null;
-  }
-  return {
-    link: element.closest('a[href]')?.href ?? '',
-    isSelection: isField ? element.selectionStart !== element.selectionEnd : range?.collapsed === false,
-    isEditable: isField ? !element.readOnly && !element.disabled : element.isContentEditable,
-    x: left + x,
-    y: top + y,
-  };
-)js";
+constexpr const char* script = "/org/velmora/Ondrel/scripts/menuFocus.js";
 
 glib::Ref<JSCValue> member(JSCValue* object, const char* name) {
   return glib::adopt(jsc_value_object_get_property(object, name));
@@ -118,8 +76,9 @@ WebKitMenuKey::~WebKitMenuKey() {
 
 async::Task<void> WebKitMenuKey::ask() {
   const auto view = glib::share(view_);
+  const auto source = "return " + text::resourceText(script).value_or("null");
   auto [pending, future] = glib::startAsync();
-  webkit_web_view_call_async_javascript_function(view.get(), focusScript, -1, nullptr, world, nullptr,
+  webkit_web_view_call_async_javascript_function(view.get(), source.c_str(), -1, nullptr, world, nullptr,
                                                  pending.cancellable, glib::PendingCall::callback,
                                                  pending.userData);
   const auto result = co_await std::move(future);
