@@ -33,10 +33,6 @@ AdwActionRow* fieldRow(const char* identifier, GtkEntry* field, int characters) 
   return rowWith(identifier, GTK_WIDGET(field));
 }
 
-AdwActionRow* choiceRow(const char* identifier, GtkDropDown* control) {
-  return rowWith(identifier, GTK_WIDGET(control));
-}
-
 AdwActionRow* linkRow(const char* title) {
   auto* row = ADW_ACTION_ROW(adw_action_row_new());
   adw_preferences_row_set_title(ADW_PREFERENCES_ROW(row), title);

@@ -11,9 +11,6 @@ AdwActionRow* switchRow(const char* identifier, GtkSwitch* control);
 // A row with a short text field at its end, which gets the keyboard wherever the row is clicked.
 AdwActionRow* fieldRow(const char* identifier, GtkEntry* field, int characters);
 
-// A row with a list of choices at its end.
-AdwActionRow* choiceRow(const char* identifier, GtkDropDown* control);
-
 // A row that leads out of the program when it is clicked.
 AdwActionRow* linkRow(const char* title);
 

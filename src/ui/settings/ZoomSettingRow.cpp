@@ -3,6 +3,7 @@
 #include "platform/UserDefaults.h"
 #include "settings/AppSettings.h"
 #include "ui/settings/SettingsRows.h"
+#include "ui/widgets/Widgets.h"
 #include "ui/widgets/ZoomText.h"
 
 #include <cmath>
@@ -34,14 +35,15 @@ glib::Ref<GtkStringList> choices() {
 } // namespace
 
 ZoomSettingRow::ZoomSettingRow(settings::AppSettings& settings)
-    : settings_(settings),
-      control_(GTK_DROP_DOWN(gtk_drop_down_new(G_LIST_MODEL(g_object_ref(choices().get())), nullptr))),
-      row_(choiceRow(std::string(keys::defaultPageZoom.name).c_str(), control_)) {
-  setRowTitle(row_, GTK_WIDGET(control_), "Default zoom");
-  setRowSubtitle(row_, "Of new tabs and windows");
+    : settings_(settings), row_(ADW_COMBO_ROW(adw_combo_row_new())) {
+  gtk_widget_set_name(row(), std::string(keys::defaultPageZoom.name).c_str());
+  adw_combo_row_set_model(row_, G_LIST_MODEL(choices().get()));
+  adw_preferences_row_set_title(ADW_PREFERENCES_ROW(row_), "Default zoom");
+  setRowSubtitle(ADW_ACTION_ROW(row_), "Of new tabs and windows");
+  setAccessibleLabel(row(), "Default zoom");
   update();
-  chosen_ = glib::onNotify(control_, "selected", [this] {
-    const auto selected = static_cast<int>(gtk_drop_down_get_selected(control_));
+  chosen_ = glib::onNotify(row_, "selected", [this] {
+    const auto selected = static_cast<int>(adw_combo_row_get_selected(row_));
     if (!isUpdating_)
       settings_.set(keys::defaultPageZoom, (smallest() + selected * percentStep) / 100.0);
   });
@@ -53,8 +55,8 @@ ZoomSettingRow::ZoomSettingRow(settings::AppSettings& settings)
 
 void ZoomSettingRow::update() {
   isUpdating_ = true;
-  gtk_drop_down_set_selected(
-      control_, static_cast<guint>((percent(settings_.defaultPageZoom()) - smallest()) / percentStep));
+  adw_combo_row_set_selected(
+      row_, static_cast<guint>((percent(settings_.defaultPageZoom()) - smallest()) / percentStep));
   isUpdating_ = false;
 }
 

@@ -23,8 +23,7 @@ class ZoomSettingRow {
   void update();
 
   settings::AppSettings& settings_;
-  GtkDropDown* const control_;
-  AdwActionRow* const row_;
+  AdwComboRow* const row_;
   bool isUpdating_ = false;
   glib::Connection chosen_;
   base::Subscription changes_;
