@@ -25,8 +25,13 @@ struct Toolkit final : testing::Environment {
 
 [[maybe_unused]] const auto* const toolkit = testing::AddGlobalTestEnvironment(new Toolkit);
 
+// A row that is kept beside the view, not a page that the user can turn to.
+bool isPutAway(GtkWidget* widget) {
+  return !gtk_widget_get_child_visible(widget) && !ADW_IS_VIEW_STACK(gtk_widget_get_parent(widget));
+}
+
 void collectTexts(GtkWidget* widget, std::vector<std::string>& texts) {
-  if (!gtk_widget_get_visible(widget) || !gtk_widget_get_child_visible(widget) ||
+  if (!gtk_widget_get_visible(widget) || isPutAway(widget) ||
       (GTK_IS_REVEALER(widget) && !gtk_revealer_get_reveal_child(GTK_REVEALER(widget))))
     return;
   if (GTK_IS_STACK(gtk_widget_get_parent(widget)) &&
