@@ -2,45 +2,36 @@
 
 #include "async/Scope.h"
 #include "async/VirtualEventLoop.h"
-#include "attachments/AttachmentDownloader.h"
-#include "attachments/FilesViewModel.h"
-#include "jmap/mail/MailQueries.h"
-#include "settings/AppSettings.h"
-#include "support/FakeDesktop.h"
-#include "support/FakeDocumentDecoder.h"
-#include "support/FakeDocuments.h"
-#include "support/FakeHttpClient.h"
-#include "support/FakeJMAPClient.h"
-#include "support/FakeWebView.h"
+#include "support/FakeAttachments.h"
 #include "support/LogCapture.h"
-#include "support/TestSite.h"
 #include "web/page/DownloadItem.h"
 
-#include <fmt/format.h>
 #include <gtest/gtest.h>
 
 #include <string>
-#include <vector>
 
 namespace ondrel::attachments {
 
 using namespace std::chrono_literals;
 
-// The browser on a fake service, in virtual time. Each page has the link to whatever is looked for.
-class AttachmentTest : public testing::Test {
+// Is there before what needs it.
+struct VirtualTime {
+  async::VirtualEventLoop loop;
+  support::LogCapture log;
+};
+
+// The browser on a fake service, in virtual time.
+class AttachmentTest : public testing::Test, protected VirtualTime, protected support::FakeAttachments {
  protected:
   using Kind = web::DownloadState::Kind;
 
   AttachmentTest() {
-    client.answer("Email/get", reply({R"({"list":[{"mailboxIds":{"B1":true},"threadId":"T1"}]})"}));
-    client.answer("Mailbox/get", reply({R"({"list":[{"id":"B1","name":"Inbox","role":"junk"}]})"}));
     webViews.onMake = [this](support::FakeWebView& view) {
       view.commitsByItself = true;
       view.answer = [this](const std::string& source) {
         return source.starts_with("find(") ? found : signIn;
       };
     };
-    http.answer = [](const auto& request) { return support::FakeHttpClient::ok("data of " + request.url); };
   }
   static std::string reply(std::initializer_list<std::string_view> arguments) {
     return support::FakeJMAPClient::reply(arguments);
@@ -60,44 +51,10 @@ class AttachmentTest : public testing::Test {
     loop.runUntilIdle();
   }
 
-  async::VirtualEventLoop loop;
-  support::LogCapture log;
-  support::FakeDefaults defaults;
-  settings::AppSettings settings{defaults, support::testSite()};
-  support::FakeJMAPClient client;
-  jmap::MailQueries mail{client, settings, [] {}};
-  support::FakeWebViewFactory webViews;
-  support::FakeHttpClient http;
-  support::FakeFiles files;
-  support::FakeNewFiles newFiles{files};
-  support::FakeDocumentDecoder decoder;
-  support::FakePrinter printer;
-  support::FakeContentTypes types;
   platform::ScriptResult found = "https://x.usercontent.example/it";
   platform::ScriptResult signIn = false; // is shown
-  const std::string script = "find";
-  AttachmentDownloader downloader{{.mail = mail,
-                                   .settings = settings,
-                                   .webViews = webViews,
-                                   .linkScript = script,
-                                   .http = http,
-                                   .newFiles = newFiles,
-                                   .files = files,
-                                   .directories = files,
-                                   .decoder = decoder,
-                                   .types = types}};
-  std::vector<std::string> opened;
-  int watched = 0;
-  FilesViewModel model{{.mail = mail,
-                        .downloader = downloader,
-                        .types = types,
-                        .directories = files,
-                        .files = files,
-                        .printer = printer,
-                        .frontWindow = [] { return nullptr; },
-                        .watchDownload = [this](auto) { ++watched; },
-                        .openMessage = [this](const std::string& url,
-                                              const std::string& id) { opened.push_back(url + " " + id); }}};
+  const std::unique_ptr<FilesViewModel> owned = makeModel();
+  FilesViewModel& model = *owned;
   std::size_t served = 0;
   async::Scope scope;
 };

@@ -80,8 +80,9 @@ struct FakeAttachments {
         .files = files,
         .printer = printer,
         .frontWindow = [] { return nullptr; },
-        .watchDownload = [](const auto&) {},
-        .openMessage = [this](const std::string&, const std::string& id) { opened.push_back(id); }});
+        .watchDownload = [this](const auto&) { ++watched; },
+        .openMessage = [this](const std::string& url,
+                              const std::string& id) { opened.push_back(url + " " + id); }});
   }
 
   FakeDefaults defaults;
@@ -106,7 +107,8 @@ struct FakeAttachments {
                                                 .directories = files,
                                                 .decoder = decoder,
                                                 .types = types}};
-  std::vector<std::string> opened; // messages
+  std::vector<std::string> opened; // messages, by address and id
+  int watched = 0;                 // downloads
 };
 
 } // namespace ondrel::support
