@@ -56,6 +56,16 @@ TEST_F(PagesTest, DamagedInteractionStateIsRefused) {
   other->setDelegate(nullptr);
 }
 
+// As the toolkit does when a tab is selected.
+TEST_F(PagesTest, TheKeyboardStaysInThePageWhenTheFocusIsMovedOn) {
+  loadHtml("<p>page</p>");
+  auto* container = static_cast<GtkWidget*>(view().nativeView().handle);
+  auto* page = gtk_widget_get_first_child(container);
+  gtk_widget_grab_focus(page);
+  gtk_widget_child_focus(container, GTK_DIR_TAB_FORWARD);
+  EXPECT_TRUE(gtk_widget_is_focus(page));
+}
+
 TEST_F(PagesTest, DialogsWaitForTheirReply) {
   loadHtml("<p>page</p>");
   std::optional<DoneReply> held;
