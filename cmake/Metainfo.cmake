@@ -17,20 +17,14 @@ add_address(homepage "${project_site}")
 add_address(faq "${faq}")
 add_address(donation "${donation}")
 
-function(add_screenshot attributes file caption)
-  string(REGEX REPLACE "/$" "" folder "${project_site}")
-  set(ONDREL_METAINFO_ADDRESSES "${ONDREL_METAINFO_ADDRESSES}
-    <screenshot${attributes}>
-      <caption>${caption}</caption>
-      <image>${folder}/${file}</image>
-    </screenshot>" PARENT_SCOPE)
-endfunction()
+file(READ data/org.velmora.Ondrel.metainfo.xml.in metainfo)
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS data/org.velmora.Ondrel.metainfo.xml.in)
 if(project_site)
-  string(APPEND ONDREL_METAINFO_ADDRESSES "\n  <screenshots>")
-  add_screenshot(" type=\"default\"" window.png "Two tabs and an open conversation")
-  add_screenshot("" highlights.png "All highlights in one document")
-  add_screenshot("" attachments.png "The attachments of all messages")
-  string(APPEND ONDREL_METAINFO_ADDRESSES "\n  </screenshots>")
+  string(REGEX REPLACE "/$" "" ONDREL_PICTURES "${project_site}")
+else()
+  string(REGEX REPLACE "\n *<screenshots>.*</screenshots>" "" metainfo "${metainfo}")
 endif()
-configure_file(data/org.velmora.Ondrel.metainfo.xml.in
-  ${CMAKE_CURRENT_BINARY_DIR}/org.velmora.Ondrel.metainfo.xml @ONLY)
+string(CONFIGURE "${metainfo}" metainfo @ONLY)
+file(CONFIGURE OUTPUT ${CMAKE_CURRENT_BINARY_DIR}/org.velmora.Ondrel.metainfo.xml.in CONTENT "${metainfo}" @ONLY)
+translate_description(xml ${CMAKE_CURRENT_BINARY_DIR}/org.velmora.Ondrel.metainfo.xml.in
+  ${CMAKE_CURRENT_BINARY_DIR}/org.velmora.Ondrel.metainfo.xml)
