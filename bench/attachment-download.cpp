@@ -1,5 +1,6 @@
 // How fast a file of 1 GB comes from this machine to the disk, by the program's own way and by the web
-// engine's. Prints one line of JSON with bytes a second, for bench/run.
+// engine's. Prints one line of JSON with bytes a second, and how often a second its row shows progress, for
+// bench/run.
 #include "EngineWindow.h"
 #include "PageDelegate.h"
 #include "attachments/FileTransfer.h"
@@ -7,6 +8,7 @@
 #include "platform/WebView.h"
 #include "platform/linux/files/GioNewFiles.h"
 #include "platform/linux/network/SoupHttpClient.h"
+#include "web/page/DownloadItem.h"
 
 #include <arpa/inet.h>
 #include <filesystem>
@@ -112,17 +114,21 @@ double speed(Clock::time_point begin, const std::string& path) {
 async::Task<void> measure(platform::WebView& view, Saver& saver, std::string url, std::string path) {
   platform::network::SoupHttpClient http({.userAgent = "bench"});
   platform::files::GioNewFiles files;
-  std::vector<double> own, engine;
-  std::int64_t steps = 0;
+  std::vector<double> own, engine, shown;
   for (int round = -1; round < rounds; ++round) {
     auto begin = Clock::now();
     view.load(url);
     co_await saver.finished.wait();
     const auto theirs = speed(begin, path);
+    int steps = 0;
+    const auto item =
+        std::make_shared<web::DownloadItem>("file", path, web::DownloadState::Kind::downloading, [] {});
+    const auto drawn = item->bytesWritten.observe([&steps] { ++steps; });
     begin = Clock::now();
     const auto done = co_await attachments::fetchToFile(
-        http, files, url, path, platform::NewFiles::Existing::stays,
-        {.progressed = [&steps](auto, auto) { ++steps; }, .arrived = [] {}});
+        http, files, {.url = url, .path = path},
+        {.progressed = [item](auto written, auto total) { item->setProgress(written, total); },
+         .arrived = [] {}});
     if (!done)
       fail(done.error().description());
     const auto ours = speed(begin, path);
@@ -130,9 +136,10 @@ async::Task<void> measure(platform::WebView& view, Saver& saver, std::string url
       continue; // the first of each fills caches
     engine.push_back(theirs);
     own.push_back(ours);
+    shown.push_back((steps - 1) * ours / static_cast<double>(size)); // pauses between them
   }
-  fmt::print("{{\"own\": {:.0f}, \"engine\": {:.0f}, \"ratio\": {:.3f}}}\n", median(own), median(engine),
-             median(own) / median(engine));
+  fmt::print("{{\"own\": {:.0f}, \"engine\": {:.0f}, \"ratio\": {:.3f}, \"shown\": {:.1f}}}\n", median(own),
+             median(engine), median(own) / median(engine), quantile(shown, 1));
 }
 
 } // namespace

@@ -1,15 +1,13 @@
 // What the window of all attachments costs with 100,000 rows. Prints one line of JSON for bench/run, in
-// milliseconds: from the data to the first rows on the screen, and the processor time of frames; in MiB what
-// 5,000 thumbnails add.
+// milliseconds: from the data to the first rows on the screen, and the processor time of frames.
+#include "AttachmentWindow.h"
 #include "Bench.h"
 #include "async/sleep.h"
 #include "attachments/FilesViewModel.h"
 #include "platform/linux/desktop/Rendering.h"
 #include "platform/linux/glib/Connection.h"
 #include "platform/linux/glib/GlibEventLoop.h"
-#include "platform/linux/text/IcuTextFormatting.h"
 #include "support/FakeAttachments.h"
-#include "ui/attachments/FilesView.h"
 #include "ui/widgets/Style.h"
 
 #include <adwaita.h>
@@ -89,41 +87,6 @@ void fill(support::FakeAttachments& service) {
   service.addPage(1, page, emails);
 }
 
-struct Window {
-  explicit Window(std::unique_ptr<attachments::FilesViewModel> viewModel);
-  GtkWidget* find(GtkWidget* widget, const std::string& name) {
-    if (name == gtk_widget_get_name(widget))
-      return widget;
-    for (auto* child = gtk_widget_get_first_child(widget); child; child = gtk_widget_get_next_sibling(child))
-      if (auto* found = find(child, name))
-        return found;
-    return nullptr;
-  }
-
-  struct NoPanel final : ui::PreviewPanel {
-    void show(const File&, std::function<void(int)>) override {}
-    void showLoading(const std::string&) override {}
-    void showError(const std::string&) override {}
-    void setNeighbours(Neighbours) override {}
-    bool isOpen() const override { return false; }
-    void close() override {}
-  };
-  NoPanel panel;
-  support::FakeUriLauncher launcher;
-  platform::text::IcuTextFormatting formatting;
-  ui::FilesView view;
-  GtkWindow* window;
-};
-
-Window::Window(std::unique_ptr<attachments::FilesViewModel> viewModel)
-    : view(std::move(viewModel),
-           {.formatting = formatting, .preview = panel, .launcher = launcher, .close = [] {}}),
-      window(GTK_WINDOW(gtk_window_new())) {
-  gtk_window_set_default_size(window, 760, 680);
-  gtk_window_set_child(window, view.widget());
-  gtk_window_present(window);
-}
-
 std::string line(const char* name, const std::vector<double>& values) {
   return fmt::format("\"{0}\": {{\"median\": {1:.2f}, \"p99\": {2:.2f}, \"longest\": {3:.2f}}}", name,
                      median(values), quantile(values, 0.99), quantile(values, 1));
@@ -139,7 +102,7 @@ async::Task<std::vector<double>> scroll(Frames& frames, GtkAdjustment* adjustmen
   co_return times;
 }
 
-async::Task<void> measure(Window& window, attachments::FilesViewModel& files) {
+async::Task<void> measure(AttachmentWindow& window, attachments::FilesViewModel& files) {
   Clock::time_point came;
   const auto subscription = files.rowsChanged.subscribe([&](const auto&) { came = Clock::now(); });
   Frames frames(gtk_widget_get_frame_clock(GTK_WIDGET(window.window)));
@@ -177,7 +140,7 @@ int main() {
   fill(service);
   auto viewModel = service.makeModel();
   auto& files = *viewModel;
-  Window window(std::move(viewModel));
+  AttachmentWindow window(std::move(viewModel));
   runToEnd(measure(window, files));
   return 0;
 }

@@ -16,9 +16,9 @@
 #include "settings/AppSettings.h"
 #include "support/FakeApplication.h"
 #include "support/FakeDesktop.h"
-#include "support/FakeFileWriter.h"
 #include "support/FakeHttpClient.h"
 #include "support/FakeJMAPClient.h"
+#include "support/FakeNewFiles.h"
 #include "support/FakeNotificationCenter.h"
 #include "support/PageServer.h"
 #include "web/DownloadNotices.h"
@@ -143,8 +143,8 @@ class Tabs {
   app::SessionStore sessionStore_{files_, files_};
   app::ClosedTabs closedTabs_{files_, files_};
   support::FakeHttpClient http_;
-  support::FakeFileWriter fileWriter_{files_};
-  web::MessageFiles messageFiles_{http_, fileWriter_, files_, notifications_};
+  support::FakeNewFiles newFiles_{files_};
+  web::MessageFiles messageFiles_{http_, newFiles_, files_, notifications_};
   web::RunningDownloads runningDownloads_;
   web::DownloadNotices downloadNotices_{notifications_, application_, uriLauncher_};
   web::WebServices services_;

@@ -4,9 +4,9 @@
 #include "Bench.h"
 #include "MailProgram.h"
 #include "MailServer.h"
-#include "platform/linux/desktop/DesktopNotifications.h"
 #include "platform/linux/glib/GlibEventLoop.h"
 #include "platform/linux/network/SoupHttpClient.h"
+#include "platform/linux/notifications/DesktopNotifications.h"
 #include "platform/linux/text/GlibLogSink.h"
 #include "support/NotificationServer.h"
 #include "support/TestBus.h"
@@ -82,10 +82,10 @@ int main() {
   const support::TestBus bus;
   const support::NotificationServer desktop(bus.address());
   MailServer server;
-  platform::desktop::DesktopNotifications center({.applicationId = "org.velmora.Ondrel.Bench",
-                                                  .applicationName = "Ondrel",
-                                                  .useActivationToken = [](const std::string&) {},
-                                                  .bus = [&bus] { return connected(bus.connect()); }});
+  platform::notifications::DesktopNotifications center({.applicationId = "org.velmora.Ondrel.Bench",
+                                                        .applicationName = "Ondrel",
+                                                        .useActivationToken = [](const std::string&) {},
+                                                        .bus = [&bus] { return connected(bus.connect()); }});
   platform::network::SoupHttpClient http({.userAgent = "Ondrel"});
   MailProgram program(server.address(), http, center);
 
