@@ -2,4 +2,4 @@ configure_file(${CMAKE_CURRENT_LIST_DIR}/BuildValues.h.in ${CMAKE_BINARY_DIR}/in
 add_executable(ondrel main.cpp $<TARGET_OBJECTS:ondrel_ui_resources>)
 target_include_directories(ondrel PRIVATE ${CMAKE_BINARY_DIR}/include/ondrel)
 target_link_libraries(ondrel PRIVATE ondrel_start ondrel_scripts ondrel_program ondrel_ui ondrel_platform_linux)
-add_dependencies(ondrel ondrel-webext)
+add_dependencies(ondrel ondrel-webext ondrel_translations)

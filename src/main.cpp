@@ -2,11 +2,11 @@
 
 #include "async/sleep.h"
 #include "base/Log.h"
+#include "base/Translation.h"
 #include "platform/linux/decoding/ChildDecoder.h"
 #include "platform/linux/decoding/GtkDocumentPrinter.h"
 #include "platform/linux/desktop/AutostartEntry.h"
 #include "platform/linux/desktop/DefaultMailService.h"
-#include "platform/linux/desktop/DesktopNotifications.h"
 #include "platform/linux/desktop/LauncherEntry.h"
 #include "platform/linux/desktop/LinuxClipboard.h"
 #include "platform/linux/desktop/LinuxUriLauncher.h"
@@ -22,12 +22,12 @@
 #include "platform/linux/files/JsonUserDefaults.h"
 #include "platform/linux/files/MachineFiles.h"
 #include "platform/linux/files/PosixFileStore.h"
-#include "platform/linux/files/ThreadFileWriter.h"
 #include "platform/linux/files/XdgDirectories.h"
 #include "platform/linux/glib/GlibEventLoop.h"
 #include "platform/linux/network/GioNetworkMonitor.h"
 #include "platform/linux/network/GioTcpListener.h"
 #include "platform/linux/network/SoupHttpClient.h"
+#include "platform/linux/notifications/DesktopNotifications.h"
 #include "platform/linux/packages/PackageKitUpdater.h"
 #include "platform/linux/panel/StatusNotifierItem.h"
 #include "platform/linux/portal/BackgroundPortal.h"
@@ -110,12 +110,13 @@ unsigned randomUpTo(unsigned most) {
 platform::Alert temporaryHomeAlert(const std::string& folder) {
   const base::Logger logger("system");
   logger.error("HOME names no folder: everything is kept in {}, until the end", folder);
-  return {"Your Home Folder Is Missing",
-          "HOME names no folder. Ondrel uses " + folder +
-              " instead, which is removed when you quit, with the settings, highlights and downloads in it. "
-              "To keep them, set HOME to a folder of yours and start Ondrel again.",
+  return {base::tr("Your Home Folder Is Missing"),
+          base::trFormat("HOME names no folder. Ondrel uses {} instead, which is removed when you quit, with "
+                         "the settings, highlights and downloads in it. "
+                         "To keep them, set HOME to a folder of yours and start Ondrel again.",
+                         folder),
           platform::AlertStyle::warning,
-          {"OK"}};
+          {base::tr("OK")}};
 }
 
 // The desktop's own files are out of reach there.
@@ -129,7 +130,8 @@ std::unique_ptr<platform::GlobalShortcuts> globalShortcuts(platform::windows::Li
   if (*grabbed->isAvailable())
     return grabbed;
   return std::make_unique<platform::portal::PortalShortcuts>(platform::portal::PortalShortcuts::Options{
-      .description = "Hide the program or show it",
+      // TRANSLATORS: what a global shortcut does, in the settings of the desktop
+      .description = base::tr("Hide the program or show it"),
       .triggerText = shortcuts::storedText,
       .useActivationToken = [&application](const std::string& token) {
         application.setActivationToken(token);
@@ -147,7 +149,7 @@ class Program {
  public:
   Program(platform::windows::LinuxApplication& application, const platform::ProgramInfo& programInfo,
           const start::ProgramFolders& folders, settings::Site site, platform::desktop::Rendering rendering,
-          bool startsInBackground)
+          const start::CommandLine& commandLine)
       : application_(application), defaults_(files_, directories_.configuration() + "/defaults.json"),
         panels_({.defaults = defaults_,
                  .directories = directories_,
@@ -162,9 +164,17 @@ class Program {
         http_({.userAgent = programInfo.displayName + "/" + programInfo.shortVersion}),
         notifications_(
             {.applicationId = programInfo.identifier,
+             .iconName = build::identifier,
              .applicationName = programInfo.displayName,
              .useActivationToken =
-                 [&application](const std::string& token) { application.setActivationToken(token); }}),
+                 [&application](const std::string& token) { application.setActivationToken(token); },
+             .lasting = {{.actions = G_ACTION_MAP(application.native()),
+                          .defaults = defaults_,
+                          .sealKey = settings::keys::notificationKey,
+                          .activate =
+                              [&application] {
+                                g_application_activate(G_APPLICATION(application.native()));
+                              }}}}),
         launcherEntry_(programInfo.identifier),
         statusItem_({.applicationId = programInfo.identifier,
                      .applicationName = programInfo.displayName,
@@ -193,7 +203,6 @@ class Program {
               .fileReader = fileReader_,
               .userFolders = userFolders_,
               .newFiles = newFiles_,
-              .fileWriter = fileWriter_,
               .webViews = webViews_,
               .panels = panels_,
               .uriLauncher = uriLauncher_,
@@ -221,7 +230,8 @@ class Program {
               .hasEnvironmentVariable =
                   [](std::string_view name) { return std::getenv(std::string(name).c_str()) != nullptr; },
               .randomUpTo = randomUpTo,
-              .startsInBackground = startsInBackground},
+              .startsInBackground = commandLine.background,
+              .startedByBus = commandLine.startedByBus},
              std::move(site), scripts_,
              [this](const web::WebServices& services) {
                return ui::contentFactory(services, [this](GtkRevealer* place) {
@@ -270,6 +280,7 @@ class Program {
                         [this](const std::string& url, const std::optional<std::string>& emailId) {
                           app_.emailLinkService().navigate(url, emailId);
                         }}) {
+    ends_ = application.aboutToQuit.subscribe([this] { notifications_.handOver(); });
     app_.setShowSettings([this] { interface_.showSettings(); });
     app_.setHighlightSelection([this](const auto& tab) { interface_.highlightSelection(tab); });
   }
@@ -291,7 +302,6 @@ class Program {
   platform::files::GioFileReader fileReader_;
   platform::files::GioUserFolders userFolders_;
   platform::files::GioNewFiles newFiles_;
-  platform::files::ThreadFileWriter fileWriter_;
   platform::files::JsonUserDefaults defaults_;
   platform::files::DefaultsWatch defaultsWatch_{defaults_};
   platform::windows::LinuxPanels panels_;
@@ -300,7 +310,7 @@ class Program {
   platform::webkit::WebKitViewFactory webViews_;
   platform::network::SoupHttpClient http_;
   platform::network::GioNetworkMonitor networkMonitor_;
-  platform::desktop::DesktopNotifications notifications_;
+  platform::notifications::DesktopNotifications notifications_;
   platform::desktop::LauncherEntry launcherEntry_;
   platform::panel::StatusNotifierItem statusItem_;
   platform::services::BusServices desktopServices_;
@@ -319,6 +329,7 @@ class Program {
   web::PageScripts scripts_;
   program::OndrelApp app_;
   ui::UserInterface interface_;
+  base::Subscription ends_;
   async::Scope scope_;
 };
 
@@ -367,12 +378,13 @@ End run(start::CommandLine commandLine, const start::ProgramFolders& folders,
   glib::GlibEventLoop loop;
   platform::windows::LinuxApplication application({.applicationId = programInfo.identifier,
                                                    .displayName = programInfo.displayName,
+                                                   .iconName = build::identifier,
                                                    .startedByBus = commandLine.startedByBus,
                                                    .startsInBackground = commandLine.background});
   std::unique_ptr<Program> program;
   const int status = application.run(std::move(commandLine.urls), [&] {
     program = std::make_unique<Program>(application, programInfo, folders, std::move(*site), rendering,
-                                        commandLine.background);
+                                        commandLine);
     if (!demo && !home->temporary().empty())
       program->warn(temporaryHomeAlert(home->temporary()));
     // With a later turn, when the launch has ended. That shows a window anyway.
@@ -399,6 +411,9 @@ int startAgain(const start::ProgramFolders& folders, const platform::ProgramInfo
 
 int main(int argc, char** argv) {
   std::setlocale(LC_ALL, "");
+  // Now: the executable may be replaced while it runs.
+  const auto folders = start::ProgramFolders::find(build::installedLibraries);
+  base::useTranslations(folders.translations);
   auto commandLine = start::CommandLine::parse({argv + 1, argv + argc});
   if (!commandLine)
     return complain(commandLine.error());
@@ -408,13 +423,11 @@ int main(int argc, char** argv) {
                 build::identifier);
     return EXIT_SUCCESS;
   case start::CommandLine::Action::printHelp:
-    std::fputs(start::usage, stdout);
+    std::fputs(base::tr(start::usage), stdout);
     return EXIT_SUCCESS;
   case start::CommandLine::Action::run:
     break;
   }
-  // Now: the executable may be replaced while it runs.
-  const auto folders = start::ProgramFolders::find(build::installedLibraries);
   const auto programInfo = ownBundle(commandLine->demo);
   const auto arguments = commandLine->restartArguments();
   const auto end = run(std::move(*commandLine), folders, programInfo);

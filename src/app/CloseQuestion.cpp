@@ -2,13 +2,13 @@
 
 #include "app/WindowManager.h"
 #include "async/Scope.h"
+#include "base/ListText.h"
+#include "base/Translation.h"
 #include "platform/Panels.h"
 #include "platform/Window.h"
 #include "web/RunningDownloads.h"
 #include "web/WindowViewModel.h"
 #include "web/page/LeaveQuestion.h"
-
-#include <fmt/format.h>
 
 #include <map>
 #include <optional>
@@ -34,39 +34,42 @@ async::Task<void> askPage(std::shared_ptr<web::WindowViewModel> viewModel, std::
 }
 
 platform::Alert leaveAlert() {
-  return {.messageText = std::string(web::leaveHeading),
-          .informativeText = std::string(web::leaveText),
+  return {.messageText = base::tr(web::leaveHeading),
+          .informativeText = base::tr(web::leaveText),
           .style = platform::AlertStyle::warning,
-          .buttons = {std::string(web::stayButton), std::string(web::leaveButton)},
-          .escapeButton = std::string(web::stayButton)};
+          .buttons = {base::tr(web::stayButton), base::tr(web::leaveButton)},
+          .escapeButton = base::tr(web::stayButton)};
 }
 
 constexpr std::size_t mostNames = 3;
 
-// "“a.pdf”, “b.zip” and 2 more files are", of one at least.
+// "“a.pdf”, “b.zip” and 2 more files", of one at least.
 std::string namesOf(const std::vector<std::string>& files) {
   const auto named = files.size() <= mostNames ? files.size() : mostNames - 1;
   const auto others = files.size() - named;
-  std::string text;
-  for (std::size_t i = 0; i < named; ++i) {
-    const bool isLast = i + 1 == files.size();
-    text += fmt::format("{}“{}”", i == 0 ? "" : isLast ? " and " : ", ", files[i]);
-  }
-  if (others > 0)
-    text += fmt::format(" and {} more files", others);
-  return text + (files.size() == 1 ? " is" : " are");
+  std::vector<std::string> names;
+  for (std::size_t i = 0; i < named; ++i)
+    // TRANSLATORS: the name of a file in quotation marks
+    names.push_back(base::trFormat("“{}”", files[i]));
+  if (others == 0)
+    return base::andList(std::move(names));
+  // TRANSLATORS: {0} are the names of some files
+  return base::trPlural("{0} and {1} more file", "{0} and {1} more files", others, base::commaList(names),
+                        others);
 }
 
 platform::Alert quitAlert(const std::vector<std::string>& files, bool hasObjections) {
-  auto text = namesOf(files) + " still being downloaded. If you quit now, nothing of " +
-              (files.size() == 1 ? "it" : "them") + " is kept.";
+  // TRANSLATORS: {} are the names of files, with "and 2 more files" where there are many
+  auto text = base::trPlural("{} is still being downloaded. If you quit now, nothing of it is kept.",
+                             "{} are still being downloaded. If you quit now, nothing of them is kept.",
+                             files.size(), namesOf(files));
   if (hasObjections)
-    text += fmt::format(" {}.", web::leaveText);
-  return {.messageText = "Quit Before Downloads Are Finished?",
+    text += std::string(" ") + base::tr("Changes that you made may not be saved.");
+  return {.messageText = base::tr("Quit Before Downloads Are Finished?"),
           .informativeText = std::move(text),
           .style = platform::AlertStyle::warning,
-          .buttons = {"Cancel", "Quit Anyway"},
-          .escapeButton = "Cancel"};
+          .buttons = {base::tr("Cancel"), base::tr("Quit Anyway")},
+          .escapeButton = base::tr("Cancel")};
 }
 
 } // namespace

@@ -8,15 +8,24 @@
 #include "web/WindowViewModel.h"
 #include "web/page/MailURL.h"
 
+#include <chrono>
 #include <string>
 #include <string_view>
 
 namespace ondrel::app {
 
+namespace {
+
+// Between one look at a page that shows no conversation yet and the next; eight seconds in all.
+constexpr std::chrono::milliseconds firstPause{250};
+constexpr std::chrono::seconds longestPause{4};
+
+} // namespace
+
 ConversationWatch::ConversationWatch(platform::Application& application, BrowserWindows& windows)
     : application_(application), windows_(windows),
       focusChanged_(application.windowFocused.subscribe(
-          [this](const BrowserWindows::Window&) { later(&ConversationWatch::update); })) {
+          [this](const BrowserWindows::Window&) { later(&ConversationWatch::look); })) {
   later(&ConversationWatch::update);
 }
 
@@ -50,25 +59,40 @@ void ConversationWatch::trackedValueChanged(const web::WindowViewModel* focusedM
 }
 
 void ConversationWatch::followTrackedChange() {
+  look();
+  pageChanged.emit();
+}
+
+void ConversationWatch::look() {
   check_.cancel();
   update();
   check_ = scope_.spawn(check());
 }
 
 async::Task<void> ConversationWatch::check() {
-  bool visible = false;
+  // The page has its address first and the message from its server later.
+  for (async::Duration pause = firstPause; pause <= longestPause; pause *= 2) {
+    const bool visible = co_await showsConversation();
+    // A newer check follows, and knows better.
+    const bool isReplaced = co_await async::cancelled();
+    if (isReplaced)
+      co_return;
+    isConversationVisible.set(visible);
+    if (visible || !*activeURLContainsMail)
+      co_return;
+    const bool slept = co_await async::sleep(pause);
+    if (!slept)
+      co_return;
+  }
+}
+
+async::Task<bool> ConversationWatch::showsConversation() {
   const auto focusedModel = windows_.focusedViewModel();
   const auto webView = focusedModel ? focusedModel->liveWebView() : nullptr;
-  if (*activeURLContainsMail && webView && !webView->loadProgress()) {
-    const auto result = co_await focusedModel->evaluate(std::string(settings::page::showsConversation));
-    visible = result && result->is_bool() && result->get_bool();
-  }
-  // A newer check follows, and knows better.
-  const bool isReplaced = co_await async::cancelled();
-  if (isReplaced)
-    co_return;
-  isConversationVisible.set(visible);
-  pageChanged.emit();
+  if (!*activeURLContainsMail || !webView || webView->loadProgress())
+    co_return false;
+  const auto result = co_await focusedModel->evaluate(std::string(settings::page::showsConversation));
+  co_return result && result->is_bool() && result->get_bool();
 }
 
 } // namespace ondrel::app

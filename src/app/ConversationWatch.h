@@ -39,7 +39,10 @@ class ConversationWatch {
   void update();
   void trackedValueChanged(const web::WindowViewModel* focusedModel);
   void followTrackedChange();
+  // Looks at the page of the key window, whichever that is now.
+  void look();
   async::Task<void> check();
+  async::Task<bool> showsConversation();
 
   platform::Application& application_;
   BrowserWindows& windows_;

@@ -2,6 +2,7 @@
 
 #include "app/WindowManager.h"
 #include "async/Deadline.h"
+#include "base/Translation.h"
 #include "platform/Application.h"
 #include "platform/Panels.h"
 
@@ -22,11 +23,12 @@ async::Task<void> answerByLetters(const WindowManager& windows, Answer answer) {
 
 async::Task<void> answerByUser(platform::Panels& panels, std::shared_ptr<platform::Window> parent,
                                Answer answer) {
-  platform::Alert alert{"Finishing Up…",
-                        "A message is still on its way to the mail service. Ondrel quits as soon as it has "
-                        "arrived. If you quit now, it may not be sent.",
-                        platform::AlertStyle::warning,
-                        {"Cancel", "Quit Anyway"}};
+  platform::Alert alert{
+      base::tr("Finishing Up…"),
+      base::tr("A message is still on its way to the mail service. Ondrel quits as soon as it has "
+               "arrived. If you quit now, it may not be sent."),
+      platform::AlertStyle::warning,
+      {base::tr("Cancel"), base::tr("Quit Anyway")}};
   const auto pressed = co_await panels.runAlert(std::move(alert), std::move(parent));
   answer->resolve(pressed == platform::Panels::firstButton + 1);
 }

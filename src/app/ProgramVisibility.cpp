@@ -8,24 +8,29 @@
 
 namespace ondrel::app {
 
-void ProgramVisibility::toggle(async::Duration pause) {
+void ProgramVisibility::toggle() {
   if (openedWindow())
     return;
-  if (!application_.isHidden()) {
-    application_.hide();
-    return;
-  }
-  application_.unhide();
-  scope_.spawn(activateAfter(pause));
-}
-
-void ProgramVisibility::toggleForeground() {
-  if (openedWindow())
-    return;
-  if (application_.isHidden() || !application_.isActive())
-    application_.activate();
+  if (application_.isHidden())
+    comeBack({});
   else
     application_.hide();
+}
+
+void ProgramVisibility::toggleForeground(async::Duration pause) {
+  if (openedWindow())
+    return;
+  if (application_.isActive() && !application_.isHidden())
+    application_.hide();
+  else if (pause > async::Duration{})
+    comeBack(pause);
+  else
+    application_.activate();
+}
+
+void ProgramVisibility::comeBack(async::Duration pause) {
+  application_.unhide();
+  scope_.spawn(activateAfter(pause));
 }
 
 // One that is off the screen with a letter under way doesn't count: nobody sees it.

@@ -19,15 +19,16 @@ class ProgramVisibility {
   ProgramVisibility(platform::Application& application, WindowManager& windows)
       : application_(application), windows_(windows) {}
 
-  // Hides the program, or brings it back when it is hidden; it takes the foreground `pause` later, for
-  // desktops that put something else in front meanwhile (a menu that closes). Without any window there is
-  // nothing to hide: one opens.
-  void toggle(async::Duration pause = {});
-  // Into the foreground, with a window. Hides it when it is there already.
-  void toggleForeground();
+  // Hides the program, or brings it back when it is hidden. Without any window there is nothing to hide: one
+  // opens.
+  void toggle();
+  // Into the foreground, with a window. Hides it when it is there already. It comes `pause` later, for
+  // desktops that put something else in front meanwhile (a menu that closes).
+  void toggleForeground(async::Duration pause = {});
 
  private:
   bool openedWindow();
+  void comeBack(async::Duration pause);
   async::Task<void> activateAfter(async::Duration pause);
 
   platform::Application& application_;

@@ -1,5 +1,7 @@
 #include "app/SessionStore.h"
 
+#include "base/Translation.h"
+
 #include <utility>
 
 namespace ondrel::app {
@@ -11,7 +13,7 @@ SessionStore::SessionStore(platform::Directories& directories, platform::FileSto
              .cantSave = "SessionStore: save failed: ",
              .isKept = "SessionStore: the unreadable session is kept as ",
              .hasNoFolder = "SessionStore: failed to resolve Application Support URL",
-             .hasNoFolderProblem = "there is no folder for the session"},
+             .hasNoFolderProblem = base::tr("there is no folder for the session")},
             {.take = [this](const std::string& text) -> std::expected<void, std::string> {
                auto session = PersistedSession::decode(text);
                if (!session)

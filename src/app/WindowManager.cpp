@@ -3,6 +3,7 @@
 #include "app/ClosedTabs.h"
 #include "app/TabKeys.h"
 #include "base/Text.h"
+#include "base/Translation.h"
 #include "platform/Application.h"
 #include "platform/Deadlines.h"
 #include "platform/WebView.h"
@@ -142,8 +143,9 @@ void WindowManager::environmentChanged() {
   const auto& base = settings_.baseURL();
   for (const auto& viewModel : windows_.viewModels())
     if (viewModel->isWritingLetter())
-      viewModel->notice.set("You are writing here, so this tab stays with the service that it was opened on "
-                            "until you close it.");
+      viewModel->notice.set(
+          base::tr("You are writing here, so this tab stays with the service that it was opened on "
+                   "until you close it."));
     else
       viewModel->show(base);
 }

@@ -90,11 +90,13 @@ async::Task<void> AttachmentDownloader::runDownload(JobQueue::Place place, jmap:
 
 async::Task<Result<void>> AttachmentDownloader::downloadTo(jmap::AttachmentInfo info,
                                                            std::shared_ptr<web::DownloadItem> item) {
+  const auto size = info.size;
   auto url = co_await address(std::move(info));
   if (!url)
     co_return std::unexpected(url.error());
   co_return co_await fetchToFile(
-      services_.http, services_.newFiles, std::move(*url), item->destination, Existing::stays,
+      services_.http, services_.newFiles,
+      {.url = std::move(*url), .path = item->destination, .existing = Existing::stays, .size = size},
       {.progressed = [item](auto written, auto total) { item->setProgress(written, total); },
        .arrived = [item] { item->canBeCancelled.set(false); }});
 }
@@ -137,7 +139,7 @@ async::Task<Result<std::string>> AttachmentDownloader::emailAddress(std::string 
   if (!*url && url->error().kind == jmap::JMAPError::Kind::notAuthenticated)
     co_return failure(Kind::notSignedIn);
   if (!*url)
-    co_return std::unexpected(AttachmentError::told(url->error().description()));
+    co_return std::unexpected(AttachmentError::told(url->error().inWords()));
   co_return **url;
 }
 
@@ -147,7 +149,7 @@ async::Task<Result<std::string>> AttachmentDownloader::data(jmap::AttachmentInfo
     co_return url;
   auto response = co_await services_.http.send({.url = std::move(*url)});
   if (!response)
-    co_return std::unexpected(AttachmentError::told(response.error().description));
+    co_return std::unexpected(AttachmentError::told(response.error().inWords()));
   if (response->status < 200 || response->status > 299)
     co_return std::unexpected(AttachmentError::httpError(response->status));
   co_return std::move(response->body);
@@ -174,11 +176,14 @@ async::Task<Result<void>> AttachmentDownloader::runFile(JobQueue::Place place, j
   const bool isTurn = co_await place.turn();
   if (!isTurn)
     co_return failure(Kind::cancelled);
+  const auto size = info.size;
   auto url = co_await address(std::move(info));
   if (!url)
     co_return std::unexpected(url.error());
-  co_return co_await fetchToFile(services_.http, services_.newFiles, std::move(*url), std::move(path),
-                                 Existing::isReplaced, {.progressed = [](auto, auto) {}, .arrived = [] {}});
+  co_return co_await fetchToFile(
+      services_.http, services_.newFiles,
+      {.url = std::move(*url), .path = std::move(path), .existing = Existing::isReplaced, .size = size},
+      {.progressed = [](auto, auto) {}, .arrived = [] {}});
 }
 
 async::Task<Result<platform::PicturePointer>> AttachmentDownloader::thumbnail(jmap::AttachmentInfo info,

@@ -1,25 +1,25 @@
 #include "attachments/AttachmentError.h"
 
-#include <fmt/format.h>
+#include "base/Translation.h"
 
 namespace ondrel::attachments {
 
 std::string AttachmentError::description() const {
   switch (kind) {
   case Kind::httpError:
-    return fmt::format("Download failed (HTTP {}).", status);
+    return base::trFormat("Download failed (HTTP {}).", status);
   case Kind::noDownloadsFolder:
-    return "Could not locate the Downloads folder.";
+    return base::tr("Could not locate the Downloads folder.");
   case Kind::linkNotFound:
-    return "Could not find the attachment link in the email.";
+    return base::tr("Could not find the attachment link in the email.");
   case Kind::invalidResponse:
-    return "Download failed (unexpected response).";
+    return base::tr("Download failed (unexpected response).");
   case Kind::notSignedIn:
-    return "Nobody is signed in. Sign in to your mail in a tab, then try again.";
+    return base::tr("Nobody is signed in. Sign in to your mail in a tab, then try again.");
   case Kind::told:
     return detail;
   case Kind::cancelled:
-    return "The download was cancelled.";
+    return base::tr("The download was cancelled.");
   }
   return detail;
 }

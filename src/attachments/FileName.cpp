@@ -1,6 +1,7 @@
 #include "attachments/FileName.h"
 
 #include "base/Text.h"
+#include "base/Translation.h"
 #include "platform/FileStore.h"
 
 #include <fmt/format.h>
@@ -22,7 +23,8 @@ std::string_view extensionOf(std::string_view name) {
 } // namespace
 
 std::string freePath(const std::string& folder, std::string_view name, platform::FileStore& files) {
-  const auto safe = base::safeFileName(name, "Untitled");
+  // TRANSLATORS: the name of a file that has none
+  const auto safe = base::safeFileName(name, base::tr("Untitled"));
   const auto extension = extensionOf(safe);
   const auto base = std::string_view(safe).substr(0, safe.size() - extension.size());
   auto path = folder + "/" + safe;

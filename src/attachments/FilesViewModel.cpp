@@ -65,7 +65,7 @@ async::Task<void> FilesViewModel::loadNextPage() {
     rows_.append(std::move(page->attachments));
   } else {
     logger_.error("FilesViewModel: failed to load attachments: {}", page.error().description());
-    errorMessage.set(page.error().description());
+    errorMessage.set(page.error().inWords());
   }
   isLoading.set(false);
 }

@@ -2,6 +2,7 @@
 
 #include "async/sleep.h"
 #include "base/Json.h"
+#include "base/Translation.h"
 #include "platform/Deadlines.h"
 #include "platform/WebView.h"
 #include "settings/AppSettings.h"
@@ -128,12 +129,12 @@ async::Task<Result<std::string>> LinkPage::resolveAttachmentHref(std::string ema
 // A cancelled load has another one behind it, ours or the page's own.
 void LinkPage::didFail(const platform::WebError& error) {
   if (!error.isCancelled())
-    failure_ = error.description;
+    failure_ = error.inWords();
 }
 
 void LinkPage::webProcessDidTerminate(bool) {
   close();
-  failure_ = "The page's process has ended. Try again.";
+  failure_ = base::tr("The page's process has ended. Try again.");
 }
 
 } // namespace ondrel::attachments

@@ -132,7 +132,7 @@ async::Task<void> RowActions::findAndShowEmail(jmap::AttachmentInfo info) {
   if (url)
     services_.openMessage(*url, info.emailId);
   else
-    fail("show email", info, url.error().description());
+    fail("show email", info, url.error().inWords());
   markBusy(info.id, false);
 }
 

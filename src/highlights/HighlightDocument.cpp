@@ -1,6 +1,9 @@
 #include "highlights/HighlightDocument.h"
 
 #include "base/Text.h"
+#include "base/Translation.h"
+
+#include <fmt/format.h>
 
 #include <string_view>
 
@@ -9,10 +12,10 @@ namespace ondrel::highlights {
 namespace {
 
 constexpr std::string_view head = R"(<!DOCTYPE html>
-<html lang="en">
+<html lang="{0}"{1}>
 <head>
 <meta charset="UTF-8">
-<title>Ondrel Highlights</title>
+<title>{2}</title>
 )";
 
 constexpr std::string_view styleSheet = R"(:root {
@@ -52,7 +55,7 @@ mark { background: var(--mark-bg); color: var(--mark-text); padding: 0 2px; bord
 .footer-note { margin-top: 24px; padding-top: 14px; border-top: 1px solid var(--border); font-size: 0.8em; color: var(--text-2); }
 .footer-note a { color: var(--accent); text-decoration: none; }
 .footer-note a:hover { text-decoration: underline; }
-.highlight { overflow-wrap: anywhere; }
+.highlight, .page-header, .footer-note { overflow-wrap: anywhere; }
 span.subject { color: var(--text-2); }
 span.subject:hover { text-decoration: none; }
 .problem { font-weight: 600; }
@@ -61,7 +64,9 @@ span.subject:hover { text-decoration: none; }
 void append(std::string& html, const HighlightDocument::Entry& entry) {
   html.append("<div class=\"highlight\">\n");
   if (entry.url.empty())
-    html.append("<span class=\"subject\">Message not looked up</span>");
+    html.append("<span class=\"subject\">")
+        .append(base::escapedMarkup(base::tr("Message not looked up")))
+        .append("</span>");
   else
     html.append("<a class=\"subject\" href=\"")
         .append(base::escapedMarkup(entry.url))
@@ -80,16 +85,23 @@ void append(std::string& html, const HighlightDocument::Entry& entry) {
 } // namespace
 
 std::string HighlightDocument::html() const {
-  std::string html(head);
+  const auto title = base::escapedMarkup(base::tr("Ondrel Highlights"));
+  // TRANSLATORS: the tag of your language, as pages on the web have it: de, or pt-BR
+  const char* const language = base::trIn("language of a page", "en");
+  // TRANSLATORS: rtl if your language is written from right to left
+  const bool isFromRight = base::trIn("direction of a page", "ltr") == std::string_view("rtl");
+  auto html = fmt::format(head, language, isFromRight ? " dir=\"rtl\"" : "", title);
   if (iconURL)
     html.append("<link rel=\"icon\" href=\"").append(*iconURL).append("\">");
   html.append("\n<style>\n").append(styleSheet);
   html.append("</style>\n</head>\n<body>\n<div class=\"page-header\">\n");
   if (iconURL)
     html.append("<img class=\"app-icon\" src=\"").append(*iconURL).append("\" alt=\"\">");
-  html.append("\n<div>\n<h1>Ondrel Highlights</h1>\n<p class=\"meta\">Exported ");
-  html.append(base::escapedMarkup(date)).append(" — ").append(std::to_string(entries.size()));
-  html.append(entries.size() == 1 ? " highlight" : " highlights").append("</p>\n</div>\n</div>\n");
+  html.append("\n<div>\n<h1>").append(title).append("</h1>\n<p class=\"meta\">");
+  const auto count = base::trPlural("{} highlight", "{} highlights", entries.size(), entries.size());
+  // TRANSLATORS: {0} is a date with its time, {1} is "7 highlights"
+  html.append(base::escapedMarkup(base::trFormat("Exported {0} — {1}", date, count)));
+  html.append("</p>\n</div>\n</div>\n");
   if (!problem.empty())
     html.append("<p class=\"problem\">").append(base::escapedMarkup(problem)).append("</p>\n");
   if (entries.empty())
@@ -99,10 +111,12 @@ std::string HighlightDocument::html() const {
       html.append("\n");
     append(html, entry);
   }
-  html.append("\n<p class=\"footer-note\">Exported from <a href=\"").append(projectSiteURL);
-  html.append("\">Ondrel</a>.");
+  const auto program = fmt::format("<a href=\"{}\">Ondrel</a>", projectSiteURL);
+  // TRANSLATORS: {} is the name of the program, as a link
+  html.append("\n<p class=\"footer-note\">").append(base::trFormat("Exported from {}.", program));
   if (payload && forFile)
-    html.append(" You can also use Import Highlights… in the main menu to bring this file back into Ondrel.");
+    html.append(" ").append(base::escapedMarkup(base::tr(
+        "You can also use Import Highlights… in the main menu to bring this file back into Ondrel.")));
   html.append("</p>\n");
   if (payload)
     html.append(R"(<script type="application/json" id="ondrel-highlights-data" data-encoding="base64">)")

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/Translation.h"
+
 #include <optional>
 #include <string>
 #include <vector>
@@ -27,7 +29,7 @@ struct HighlightDocument {
   std::optional<std::string> payload; // base64
   bool forFile = false;               // it will leave the program and may come back
   std::string problem;                // why messages are missing, in a sentence; empty for nothing
-  std::string whenEmpty = "No highlights yet.";
+  std::string whenEmpty = base::tr("No highlights yet.");
 
   std::string html() const;
   // With those entries alone whose text or subject holds each word of the search, letters' case aside. All of

@@ -2,6 +2,7 @@
 
 #include "async/Scope.h"
 #include "base/Base64.h"
+#include "base/Translation.h"
 #include "highlights/file/HighlightStore.h"
 #include "platform/Application.h"
 #include "platform/FileStore.h"
@@ -51,8 +52,8 @@ async::Task<MessageLookup> HighlightExport::lookUp(std::set<std::string> message
   MessageLookup result;
   const bool isSignedOut = !answer && answer.error().kind == jmap::JMAPError::Kind::notAuthenticated;
   if (!answer || !answer->unanswered.empty())
-    result.problem = isSignedOut ? "Nobody is signed in, so messages could not be looked up."
-                                 : "The mail server can't be reached.";
+    result.problem = isSignedOut ? base::tr("Nobody is signed in, so messages could not be looked up.")
+                                 : base::tr("The mail server can't be reached.");
   if (!answer)
     co_return result;
   result.found = std::move(answer->found);
@@ -138,7 +139,8 @@ async::Task<void> HighlightExport::exportHighlights() {
   if (!window)
     co_return;
   const auto path = co_await services_.panels.runSavePanel(
-      {.proposedName = "Ondrel Highlights.html", .mimeTypes = {"text/html"}}, window);
+      {.proposedName = std::string(base::tr("Ondrel Highlights")) + ".html", .mimeTypes = {"text/html"}},
+      window);
   if (!path)
     co_return;
   // A file that is replaced keeps its place behind a link, and whom it was readable for.
@@ -147,7 +149,8 @@ async::Task<void> HighlightExport::exportHighlights() {
     co_return;
   logger_.error("exportHighlights: write failed: {}", written.error().description);
   co_await services_.panels.runAlert(
-      {.messageText = "Couldn't Save File", .informativeText = written.error().description}, window);
+      {.messageText = base::tr("Couldn't Save File"), .informativeText = written.error().description},
+      window);
 }
 
 } // namespace ondrel::highlights

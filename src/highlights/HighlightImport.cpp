@@ -4,6 +4,7 @@
 #include "async/EventLoop.h"
 #include "async/sleep.h"
 #include "base/Text.h"
+#include "base/Translation.h"
 #include "highlights/file/HighlightSalvage.h"
 #include "highlights/file/HighlightStore.h"
 #include "platform/Application.h"
@@ -21,11 +22,11 @@ using namespace std::chrono_literals;
 
 constexpr std::uint64_t largestFile = std::uint64_t{256} << 20;
 
-constexpr std::string_view nothingToImport =
+constexpr const char* nothingToImport = base::trMark(
     "This file doesn't contain any Ondrel highlight data. If it's an older export, re-export it with the "
-    "current version of Ondrel first.";
+    "current version of Ondrel first.");
 
-constexpr std::string_view corrupted = "This file's highlight data appears to be corrupted.";
+constexpr const char* corrupted = base::trMark("This file's highlight data appears to be corrupted.");
 
 // Tells when a piece of work has taken long enough for others to have their turn.
 class Slice {
@@ -41,8 +42,16 @@ class Slice {
 
 constexpr std::size_t pieceLength = std::size_t{1} << 20; // bytes
 
-std::string highlightsInWords(std::size_t count) {
-  return std::to_string(count) + (count == 1 ? " highlight" : " highlights");
+// The sentence without its end.
+std::string importedInWords(std::size_t imported, std::size_t skipped, bool areSaved) {
+  if (skipped == 0)
+    // TRANSLATORS: the end of the sentence follows: a full stop, or that some could not be saved
+    return base::trPlural("Imported {} highlight", "Imported {} highlights", imported, imported);
+  const auto highlights = base::trPlural("{} highlight", "{} highlights", imported, imported);
+  // TRANSLATORS: {0} is "7 highlights", {1} a number. The end of the sentence follows.
+  return areSaved ? base::trFormat("Imported {0}, skipped {1} already saved", highlights, skipped)
+                  // TRANSLATORS: {0} is "7 highlights", {1} a number. That some could not be saved follows.
+                  : base::trFormat("Imported {0}, skipped {1} already there", highlights, skipped);
 }
 
 } // namespace
@@ -97,21 +106,23 @@ platform::Alert HighlightImport::report(const Merged& merged) const {
                     merged.all,
                     [this](const auto& each) { return services_.store.isUnsaved(each.first, each.second); })
               : 0;
-  auto text = "Imported " + highlightsInWords(merged.imported);
-  if (merged.skipped > 0)
-    text +=
-        ", skipped " + std::to_string(merged.skipped) + (unsaved > 0 ? " already there" : " already saved");
-  if (unsaved > 0) {
-    const auto total = merged.imported + merged.skipped;
-    const auto which = std::cmp_less(unsaved, total) ? std::to_string(unsaved) + " of them"
-                       : total == 1                  ? std::string("it")
-                                                     : std::string("they");
-    text += ", but " + which + " could not be saved: " + *problem + ". Ondrel goes on trying";
-  }
-  text += ".";
+  const auto imported = importedInWords(merged.imported, merged.skipped, unsaved == 0);
+  const auto total = merged.imported + merged.skipped;
+  std::string text;
+  if (unsaved == 0)
+    text = imported + ".";
+  else if (std::cmp_less(unsaved, total))
+    // TRANSLATORS: {0} is "Imported 7 highlights", {1} a number, {2} the reason
+    text = base::trFormat("{0}, but {1} of them could not be saved: {2}. Ondrel goes on trying.", imported,
+                          unsaved, *problem);
+  else
+    // TRANSLATORS: {0} is "Imported 7 highlights", {1} the reason
+    text = base::trPlural("{0}, but it could not be saved: {1}. Ondrel goes on trying.",
+                          "{0}, but they could not be saved: {1}. Ondrel goes on trying.", total, imported,
+                          *problem);
   if (merged.isDamaged)
-    text += " The file is damaged, and holds more that could not be read.";
-  return {.messageText = "Highlights Imported",
+    text += std::string(" ") + base::tr("The file is damaged, and holds more that could not be read.");
+  return {.messageText = base::tr("Highlights Imported"),
           .informativeText = std::move(text),
           .style = unsaved > 0 ? platform::AlertStyle::warning : platform::AlertStyle::informational};
 }
@@ -132,7 +143,8 @@ HighlightImport::readHighlights(std::string path) {
     co_return std::unexpected(ImportProblem{});
   if (!text) {
     logger_.error("importHighlights: could not read file at {}", path);
-    co_return std::unexpected(ImportProblem{"Couldn't Read File", "Ondrel couldn't open that file."});
+    co_return std::unexpected(
+        ImportProblem{base::tr("Couldn't Read File"), base::tr("Ondrel couldn't open that file.")});
   }
   if (HighlightSalvage::looksLikeFile(*text))
     co_return co_await decodeStoreFile(*text, std::move(path));
@@ -149,11 +161,11 @@ HighlightImport::decodeExport(const std::string& text, std::string path) {
     co_return std::unexpected(ImportProblem{});
   if (!payload || decoder.step() == PayloadDecoder::State::notBase64) {
     logger_.error("importHighlights: no highlight data payload found in {}", path);
-    co_return std::unexpected(ImportProblem{"Nothing to Import", std::string(nothingToImport)});
+    co_return std::unexpected(ImportProblem{base::tr("Nothing to Import"), base::tr(nothingToImport)});
   }
   if (decoder.step() == PayloadDecoder::State::corrupted) {
     logger_.error("importHighlights: found a payload but couldn't decode it in {}", path);
-    co_return std::unexpected(ImportProblem{"Couldn't Read Highlights", std::string(corrupted)});
+    co_return std::unexpected(ImportProblem{base::tr("Couldn't Read Highlights"), base::tr(corrupted)});
   }
   co_return Read{decoder.take()};
 }
@@ -169,8 +181,8 @@ HighlightImport::decodeStoreFile(const std::string& text, std::string path) {
     co_return std::move(read);
   logger_.error("importHighlights: no highlights found in {}", path);
   co_return std::unexpected(read.isDamaged
-                                ? ImportProblem{"Couldn't Read Highlights", std::string(corrupted)}
-                                : ImportProblem{"Nothing to Import", std::string(nothingToImport)});
+                                ? ImportProblem{base::tr("Couldn't Read Highlights"), base::tr(corrupted)}
+                                : ImportProblem{base::tr("Nothing to Import"), base::tr(nothingToImport)});
 }
 
 async::Task<std::optional<std::string>> HighlightImport::readText(std::string path) {

@@ -1,5 +1,6 @@
 #include "highlights/HighlightList.h"
 
+#include "base/Translation.h"
 #include "highlights/file/HighlightStore.h"
 
 #include <algorithm>
@@ -32,7 +33,7 @@ void HighlightList::show() {
   everything_ = export_.document(messages_, false);
   problem_ = std::exchange(everything_.problem, "");
   if (isLookingUp_)
-    problem_ = isSlow_ ? "The mail server hasn't answered yet." : "";
+    problem_ = isSlow_ ? base::tr("The mail server hasn't answered yet.") : "";
   document_ = everything_.matching(search_);
   changed.emit(false);
 }

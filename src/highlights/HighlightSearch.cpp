@@ -1,3 +1,4 @@
+#include "base/Translation.h"
 #include "highlights/HighlightDocument.h"
 
 #include <unicode/uchar.h>
@@ -39,7 +40,7 @@ HighlightDocument HighlightDocument::matching(const std::string& search) const {
     const auto text = folded(entry.prefix + entry.exact + entry.suffix + "\n" + entry.subject);
     return !std::ranges::all_of(wanted, [&](const auto& word) { return text.indexOf(word) >= 0; });
   });
-  result.whenEmpty = "No highlights match the search.";
+  result.whenEmpty = base::tr("No highlights match the search.");
   return result;
 }
 

@@ -1,6 +1,7 @@
 #include "highlights/HighlightService.h"
 
 #include "app/WindowManager.h"
+#include "base/Translation.h"
 #include "highlights/file/HighlightAnchor.h"
 #include "highlights/file/HighlightStore.h"
 #include "platform/Panels.h"
@@ -137,7 +138,8 @@ void HighlightService::notSaved(const Place& place, const HighlightAnchor& ancho
   if (!tab)
     return;
   pages_.takeOff(tab, place.frame, {anchor.id});
-  tab->noticed.emit({.text = "The highlight was not saved: its message could not be found on the server."});
+  tab->noticed.emit(
+      {.text = base::tr("The highlight was not saved: its message could not be found on the server.")});
 }
 
 void HighlightService::remove(const Place& place, const std::string& id) {
@@ -172,8 +174,8 @@ void HighlightService::removeFrom(const Place& place, const Message& message,
     store_.remove(id, *message.id);
   highlightsChanged(message.threadEmails);
   if (const auto tab = place.tab.lock(); tab && !removed.empty())
-    tab->noticed.emit({.text = removed.size() == 1 ? "Highlight removed" : "Highlights removed",
-                       .button = "Undo",
+    tab->noticed.emit({.text = base::trPlural("Highlight removed", "Highlights removed", removed.size()),
+                       .button = base::tr("Undo"),
                        .act = [this, place, message, removed] { bringBack(place, message, removed); },
                        .time = timeToUndo});
 }
@@ -196,11 +198,11 @@ void HighlightService::highlightsChanged(Emails threadEmails) {
 }
 
 async::Task<void> HighlightService::removeAllHighlights() {
-  platform::Alert alert{
-      "Remove All Highlights?",
-      "This deletes every highlight saved in Ondrel. This can't be undone unless you've exported them first.",
-      platform::AlertStyle::warning,
-      {"Cancel", "Remove All"}};
+  platform::Alert alert{base::tr("Remove All Highlights?"),
+                        base::tr("This deletes every highlight saved in Ondrel. This can't be undone unless "
+                                 "you've exported them first."),
+                        platform::AlertStyle::warning,
+                        {base::tr("Cancel"), base::tr("Remove All")}};
   const auto active = windowManager_.windows().activeWindow();
   const auto answer = co_await panels_.runAlert(std::move(alert), active ? active->first : nullptr);
   if (answer != platform::Panels::firstButton + 1)

@@ -1,5 +1,6 @@
 #include "highlights/HighlightSettingsModel.h"
 
+#include "base/Translation.h"
 #include "jmap/mail/MailQueries.h"
 #include "platform/UserDefaults.h"
 #include "settings/AppSettings.h"
@@ -47,17 +48,17 @@ std::string_view HighlightSettingsModel::namePrompt() {
 }
 
 std::string_view HighlightSettingsModel::enableText() const {
-  return hasFolders() ? "Automatically add highlighted email to Folder"
-                      : "Automatically label highlighted threads in Ondrel";
+  return hasFolders() ? base::tr("Automatically add highlighted email to Folder")
+                      : base::tr("Automatically label highlighted threads in Ondrel");
 }
 
 std::string_view HighlightSettingsModel::nameText() const {
-  return hasFolders() ? "Folder name:" : "Label name:";
+  return hasFolders() ? base::tr("Folder name:") : base::tr("Label name:");
 }
 
 std::string_view HighlightSettingsModel::footnote() const {
-  return hasFolders() ? "Must match a folder you've already created in Fastmail."
-                      : "Must match a label you've already created in Fastmail.";
+  return hasFolders() ? base::tr("Must match a folder you've already created in Fastmail.")
+                      : base::tr("Must match a label you've already created in Fastmail.");
 }
 
 } // namespace ondrel::highlights

@@ -2,6 +2,7 @@
 
 #include "app/WindowManager.h"
 #include "async/sleep.h"
+#include "base/Translation.h"
 #include "highlights/HighlightImport.h"
 #include "highlights/file/HighlightStore.h"
 #include "platform/FileStore.h"
@@ -24,10 +25,10 @@ constexpr std::size_t longestMemory = 1000;
 std::string inWords(const std::string& path) {
   const auto name = path.substr(path.rfind('/') + 1);
   if (name.contains(".other-"))
-    return "Highlights of another copy of Ondrel were kept: " + name;
+    return base::trFormat("Highlights of another copy of Ondrel were kept: {}", name);
   if (name.contains(".damaged-"))
-    return "Highlights of a damaged file were kept: " + name;
-  return "Your highlights can't be read: " + name + " is damaged.";
+    return base::trFormat("Highlights of a damaged file were kept: {}", name);
+  return base::trFormat("Your highlights can't be read: {} is damaged.", name);
 }
 
 } // namespace
@@ -43,8 +44,10 @@ async::Task<void> KeptHighlights::tell() {
     const auto tab = services_.windowManager.windows().activeWindow();
     if (!tab || !tab->second->noticed.hasSubscribers())
       continue;
+    // TRANSLATORS: a button below that highlights were kept
+    const char* const button = base::tr("Import");
     tab->second->noticed.emit(
-        {.text = inWords(*path), .button = "Import", .act = [this] { scope_.spawn(importNewest()); }});
+        {.text = inWords(*path), .button = button, .act = [this] { scope_.spawn(importNewest()); }});
     co_return;
   }
 }

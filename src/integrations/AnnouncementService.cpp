@@ -41,6 +41,10 @@ void AnnouncementService::start(async::Duration interval) {
   checkTask_ = scope_.spawn(checkWhenDue());
   pollTask_ = scope_.spawn(poll(interval));
   foreground_ = services_.application.activated.subscribe([this] { due_.send(); });
+  dismissed_ = services_.settings.defaults().changed.subscribe([this](const std::string& key) {
+    if (key == settings::keys::dismissedAnnouncementID && *visible && !applies(**visible))
+      visible.set(std::nullopt);
+  });
   network_ = services_.network.isAvailable.observe([this] {
     if (hasWay() && std::exchange(isMissed_, false))
       due_.send();
@@ -119,8 +123,9 @@ void AnnouncementService::take(std::optional<Announcement> announcement) {
 void AnnouncementService::dismiss() {
   if (!*visible)
     return;
-  services_.settings.defaults().set(settings::keys::dismissedAnnouncementID, (*visible)->id);
+  const auto id = (*visible)->id;
   visible.set(std::nullopt);
+  services_.settings.defaults().set(settings::keys::dismissedAnnouncementID, id);
 }
 
 void AnnouncementService::openLink() {

@@ -69,6 +69,7 @@ class AnnouncementService {
   async::TaskHandle checkTask_;
   base::Subscription foreground_;
   base::Subscription network_;
+  base::Subscription dismissed_; // by whoever else writes the settings
   async::Scope scope_;
 };
 

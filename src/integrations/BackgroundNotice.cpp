@@ -1,5 +1,6 @@
 #include "integrations/BackgroundNotice.h"
 
+#include "base/Translation.h"
 #include "jmap/newmail/NotificationManager.h"
 #include "platform/Application.h"
 #include "platform/desktop/BackgroundApplications.h"
@@ -14,12 +15,14 @@ namespace {
 
 constexpr const char* category = "background";
 constexpr const char* quitAction = "quit";
-constexpr const char* status = "Watching for new mail";
+// TRANSLATORS: what the program does, in the desktop's list of background applications
+constexpr const char* status = base::trMark("Watching for new mail");
 
 } // namespace
 
 BackgroundNotice::BackgroundNotice(Services services) : services_(std::move(services)) {
-  services_.notifications.registerCategory({category, {{quitAction, "Quit"}}});
+  // TRANSLATORS: a button of a notification: end the program
+  services_.notifications.registerCategory({category, {{quitAction, base::tr("Quit")}}});
   services_.notifications.setResponseHandler(
       category, [this](const platform::NotificationResponse& response) {
         (response.actionIdentifier == quitAction ? services_.quit : services_.show)();
@@ -30,7 +33,7 @@ BackgroundNotice::BackgroundNotice(Services services) : services_(std::move(serv
 }
 
 void BackgroundNotice::startedInBackground() {
-  services_.background.setStatus(status);
+  services_.background.setStatus(base::tr(status));
 }
 
 // One that is off the screen with a letter under way doesn't count: nobody sees it.
@@ -43,7 +46,7 @@ bool BackgroundNotice::hasWindow() const {
 async::Task<void> BackgroundNotice::windowClosed() {
   if (isQuitting_ || hasWindow())
     co_return;
-  services_.background.setStatus(status);
+  services_.background.setStatus(base::tr(status));
   if (!services_.settings.get(settings::keys::backgroundNoticeShown))
     co_await tell();
 }
@@ -55,8 +58,8 @@ async::Task<void> BackgroundNotice::tell() {
     co_return;
   services_.settings.set(settings::keys::backgroundNoticeShown, true);
   co_await services_.notifications.send(
-      services_.displayName + " runs in the background",
-      "It goes on telling you of new mail. Start it again to see its windows.", category, {});
+      base::trFormat("{} runs in the background", services_.displayName),
+      base::tr("It goes on telling you of new mail. Start it again to see its windows."), category, {});
 }
 
 } // namespace ondrel::integrations

@@ -1,5 +1,6 @@
 #include "integrations/DefaultEmailClient.h"
 
+#include "base/Translation.h"
 #include "platform/UriLauncher.h"
 #include "platform/desktop/DefaultMailHelper.h"
 
@@ -34,7 +35,7 @@ void DefaultEmailClient::setAsDefault() {
 
 async::Task<void> DefaultEmailClient::setAsDefaultEmailClient(DefaultEmailCompletion completion) {
   if (programInfo_.identifier.empty()) {
-    completion(false, "No bundle identifier");
+    completion(false, base::tr("No bundle identifier"));
     co_return;
   }
   const auto answer = co_await helper_.setAsDefaultMailClient(programInfo_.identifier);
@@ -46,7 +47,7 @@ void DefaultEmailClient::didSet(bool success, const std::optional<std::string>& 
   isSettingDefault.set(false);
   update();
   if (!success)
-    setDefaultError.set(error.value_or("Unknown error"));
+    setDefaultError.set(error.value_or(base::tr("Unknown error")));
 }
 
 } // namespace ondrel::integrations

@@ -2,6 +2,7 @@
 
 #include "app/WindowManager.h"
 #include "base/Text.h"
+#include "base/Translation.h"
 #include "base/Url.h"
 #include "jmap/mail/MessageURL.h"
 #include "jmap/newmail/NotificationManager.h"
@@ -30,18 +31,18 @@ std::string inWords(const jmap::JMAPError& error) {
   using Kind = jmap::JMAPError::Kind;
   switch (error.kind) {
   case Kind::notAuthenticated:
-    return "The link could not be opened. Sign in, and open it again.";
+    return base::tr("The link could not be opened. Sign in, and open it again.");
   case Kind::badResponse:
-    return "There is no message for this link in your account.";
+    return base::tr("There is no message for this link in your account.");
   default:
-    return "The link could not be opened: the mail service doesn't answer. Try again later.";
+    return base::tr("The link could not be opened: the mail service doesn't answer. Try again later.");
   }
 }
 
 std::unexpected<EmailLinkFailure> failure(EmailLinkError error) {
   return std::unexpected(EmailLinkFailure{error, error == EmailLinkError::noActiveTab
-                                                     ? "No active browser tab."
-                                                     : "No email is currently selected."});
+                                                     ? base::tr("No active browser tab.")
+                                                     : base::tr("No email is currently selected.")});
 }
 
 std::unexpected<EmailLinkFailure> otherFailure(std::string text) {
@@ -104,8 +105,9 @@ std::shared_ptr<web::WindowViewModel> EmailLinkService::frontTab() const {
 void EmailLinkService::tellOfFailure(const jmap::JMAPError& error) {
   if (const auto tab = frontTab())
     tab->noticed.emit({.text = inWords(error)});
-  else
-    scope_.spawn(services_.notifications.send("Email Link", inWords(error), "", {}));
+  // The user has clicked in another application, or another window of ours covers the tab.
+  if (!services_.windowManager.windows().focusedViewModel())
+    scope_.spawn(services_.notifications.send(base::tr("Email Link"), inWords(error), "", {}));
 }
 
 async::Task<std::expected<jmap::EmailInfo, EmailLinkFailure>> EmailLinkService::selectedEmail() {
@@ -114,13 +116,14 @@ async::Task<std::expected<jmap::EmailInfo, EmailLinkFailure>> EmailLinkService::
     co_return failure(EmailLinkError::noActiveTab);
   const auto id = co_await tab->evaluate(std::string(settings::page::selectedEmailId));
   if (!id)
-    co_return otherFailure(id.error().message.empty() ? "The page doesn't answer." : id.error().message);
+    co_return otherFailure(id.error().message.empty() ? base::tr("The page doesn't answer.")
+                                                      : id.error().message);
   const auto* text = id->if_string();
   if (!text || text->empty())
     co_return failure(EmailLinkError::noEmailSelected);
   auto info = co_await services_.mail.emailInfo(std::string(*text));
   if (!info)
-    co_return otherFailure(info.error().description());
+    co_return otherFailure(info.error().inWords());
   co_return *std::move(info);
 }
 
@@ -139,14 +142,15 @@ async::Task<void> EmailLinkService::copyAppleMailLink() {
     const auto& reason = email.error().description;
     logger_.error("copyAppleMailLink failed: {}", reason);
     if (const auto tab = frontTab())
-      tab->noticed.emit({.text = "The link was not copied: " + reason});
+      tab->noticed.emit({.text = base::trFormat("The link was not copied: {}", reason)});
     co_return;
   }
   const auto link = fmt::format("message://%3C{}%3E", email->messageId);
   services_.clipboard.writeString(link);
   logger_.info("Apple Mail link copied: {}", link);
-  co_await services_.notifications.send("Address copied",
-                                        "The Apple Mail link is on the clipboard, ready to paste.", "", {});
+  co_await services_.notifications.send(base::tr("Address copied"),
+                                        base::tr("The Apple Mail link is on the clipboard, ready to paste."),
+                                        "", {});
 }
 
 } // namespace ondrel::integrations

@@ -2,6 +2,7 @@
 
 #include "app/WindowManager.h"
 #include "base/Text.h"
+#include "base/Translation.h"
 #include "base/Url.h"
 #include "integrations/MailtoDraft.h"
 #include "platform/Application.h"
@@ -70,8 +71,8 @@ std::shared_ptr<web::WindowViewModel> MailtoHandler::show(const std::string& add
 void MailtoHandler::tellOfCut(web::WindowViewModel& tab, std::string whole) {
   logger_.notice("mailto: the letter is too long for an address, and was cut");
   tab.noticed.emit(
-      {.text = "The link is too long for a letter: some of it is missing here.",
-       .button = "Copy All",
+      {.text = base::tr("The link is too long for a letter: some of it is missing here."),
+       .button = base::tr("Copy All"),
        .act = [&clipboard = clipboard_, text = std::move(whole)] { clipboard.writeString(text); },
        .time = timeToCopy});
 }

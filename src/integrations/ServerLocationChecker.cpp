@@ -2,14 +2,13 @@
 
 #include "async/Deadline.h"
 #include "base/Text.h"
+#include "base/Translation.h"
 #include "base/Url.h"
 #include "jmap/protocol/JMAPClient.h"
 #include "platform/Application.h"
 #include "platform/HttpClient.h"
 #include "platform/Panels.h"
 #include "settings/AppSettings.h"
-
-#include <fmt/format.h>
 
 #include <algorithm>
 #include <utility>
@@ -27,11 +26,11 @@ std::string_view firstPiece(std::string_view text, char separator) {
   return text.substr(0, text.find(separator));
 }
 
-std::string_view place(std::string_view siteCode) {
-  static constexpr std::pair<std::string_view, std::string_view> places[] = {
-      {"phl", "Philadelphia, USA"}, {"ams", "Amsterdam, Netherlands"}};
+const char* place(std::string_view siteCode) {
+  static constexpr std::pair<std::string_view, const char*> places[] = {
+      {"phl", base::trMark("Philadelphia, USA")}, {"ams", base::trMark("Amsterdam, Netherlands")}};
   const auto* found = std::ranges::find(places, siteCode, [](const auto& each) { return each.first; });
-  return found == std::end(places) ? "Unknown location" : found->second;
+  return base::tr(found == std::end(places) ? base::trMark("Unknown location") : found->second);
 }
 
 std::string hostOf(const std::string& url) {
@@ -52,8 +51,8 @@ async::Task<std::optional<std::string>> accountHost(jmap::JMAPClient& session) {
 } // namespace
 
 std::string ServerLocationChecker::description(CheckError error) {
-  return error == CheckError::missingHeader ? "The server didn't return location information."
-                                            : "Unexpected response from the server.";
+  return error == CheckError::missingHeader ? base::tr("The server didn't return location information.")
+                                            : base::tr("Unexpected response from the server.");
 }
 
 void ServerLocationChecker::show() {
@@ -63,9 +62,9 @@ void ServerLocationChecker::show() {
 
 async::Task<void> ServerLocationChecker::checkAndShow() {
   const auto location = co_await check(services_.session);
-  co_await services_.panels.runAlert(
-      {.messageText = "Server Location", .informativeText = location ? display(*location) : location.error()},
-      services_.application.frontWindow());
+  co_await services_.panels.runAlert({.messageText = base::tr("Server Location"),
+                                      .informativeText = location ? display(*location) : location.error()},
+                                     services_.application.frontWindow());
 }
 
 async::Task<std::expected<ServerLocationChecker::Location, std::string>>
@@ -76,7 +75,7 @@ ServerLocationChecker::check(jmap::JMAPClient* jmapSession) {
   Location location{.frontendHost = hostOf(address)};
   const auto response = co_await services_.http.send({.method = "HEAD", .url = address});
   if (!response)
-    co_return std::unexpected(response.error().description);
+    co_return std::unexpected(response.error().inWords());
   auto frontend = platform::headerValue(response->headers, "x-frontend");
   if (!frontend)
     co_return std::unexpected(description(CheckError::missingHeader));
@@ -88,12 +87,13 @@ ServerLocationChecker::check(jmap::JMAPClient* jmapSession) {
 
 // The service puts a "-" behind the code in its header, and a "." in its host names.
 std::string ServerLocationChecker::display(const Location& location) {
-  auto text = fmt::format("Frontend: {}\n({} — {})", place(firstPiece(location.frontendValue, '-')),
-                          base::shortDisplayLine(location.frontendValue),
-                          base::shortDisplayLine(location.frontendHost));
+  // TRANSLATORS: a place and two technical names of a server
+  auto text = base::trFormat("Frontend: {0}\n({1} — {2})", place(firstPiece(location.frontendValue, '-')),
+                             base::shortDisplayLine(location.frontendValue),
+                             base::shortDisplayLine(location.frontendHost));
   if (location.accountHost)
-    text += fmt::format("\n\nAccount data: {}\n({})", place(firstPiece(*location.accountHost, '.')),
-                        base::shortDisplayLine(*location.accountHost));
+    text += "\n\n" + base::trFormat("Account data: {0}\n({1})", place(firstPiece(*location.accountHost, '.')),
+                                    base::shortDisplayLine(*location.accountHost));
   return text;
 }
 

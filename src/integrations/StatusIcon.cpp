@@ -2,10 +2,9 @@
 
 #include "app/FocusManager.h"
 #include "app/ProgramVisibility.h"
+#include "base/Translation.h"
 #include "platform/UserDefaults.h"
 #include "settings/AppSettings.h"
-
-#include <fmt/format.h>
 
 #include <chrono>
 #include <utility>
@@ -18,7 +17,9 @@ namespace {
 constexpr std::chrono::milliseconds menuPause{200};
 
 std::string unreadMails(std::int64_t count) {
-  return count == 0 ? "No unread mail" : fmt::format("{} unread mail{}", count, count == 1 ? "" : "s");
+  if (count == 0)
+    return base::tr("No unread mail");
+  return base::trPlural("{} unread mail", "{} unread mails", static_cast<unsigned long>(count), count);
 }
 
 } // namespace
@@ -54,9 +55,13 @@ void StatusIcon::updateFace() {
 }
 
 void StatusIcon::updateMenu() {
-  services_.item.setMenu({{.title = *services_.focus.showHideTitle + " " + services_.displayName,
-                           .perform = [this] { services_.visibility.toggle(menuPause); }},
-                          {.title = "Settings",
+  const auto& name = services_.displayName;
+  // TRANSLATORS: {} is the name of the program
+  auto showHide = *services_.focus.showHideTitle == "Hide" ? base::trFormat("Hide {}", name)
+                                                           : base::trFormat("Show {}", name);
+  services_.item.setMenu({{.title = std::move(showHide),
+                           .perform = [this] { services_.visibility.toggleForeground(menuPause); }},
+                          {.title = base::tr("Settings"),
                            .perform = services_.openSettings,
                            .iconName = "preferences-system-symbolic",
                            .keys = {"Control", "comma"}}});

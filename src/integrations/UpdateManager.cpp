@@ -2,6 +2,7 @@
 
 #include "async/sleep.h"
 #include "base/Log.h"
+#include "base/Translation.h"
 #include "integrations/UpdateTexts.h"
 #include "jmap/newmail/NotificationManager.h"
 #include "platform/TextFormatting.h"
@@ -40,7 +41,8 @@ UpdateManager::UpdateManager(Services services)
 
 std::string UpdateManager::lastUpdateCheckText() const {
   const auto last = lastUpdateCheckDate();
-  return last ? services_.formatting.mediumDateShortTime(*last) : "Never";
+  // TRANSLATORS: when updates were looked for the last time
+  return last ? services_.formatting.mediumDateShortTime(*last) : base::tr("Never");
 }
 
 void UpdateManager::lookAround() {
@@ -142,9 +144,11 @@ async::Task<void> UpdateManager::tell() {
   if (update.identifier.empty() || toldOf_ == update.identifier)
     co_return;
   toldOf_ = update.identifier;
-  auto title = services_.programInfo.displayName + " " + update.version +
-               (isIn(Phase::ready) ? " is ready to be installed" : " is available");
-  co_await services_.notifications.send(std::move(title), "The settings tell what is new.", category, {});
+  const auto next = services_.programInfo.displayName + " " + update.version;
+  auto title = isIn(Phase::ready) ? base::trFormat("{} is ready to be installed", next)
+                                  : base::trFormat("{} is available", next);
+  co_await services_.notifications.send(std::move(title), base::tr("The settings tell what is new."),
+                                        category, {});
 }
 
 void UpdateManager::download() {

@@ -61,6 +61,9 @@ class JMAPSession final : public JMAPClient {
   async::Task<Result<JMAPReply>> send(JMAPSessionData session, std::string token,
                                       boost::json::object body) override;
 
+  // A page of the service that the user sees has loaded: somebody may have signed in with it.
+  void visiblePageDidLoad() { scope_.spawn(page_.visiblePageDidLoad()); }
+
   // The requests below all others, for what sends bodies of its own.
   JMAPTransport& transport() { return transport_; }
   MailQueries& mail() { return mail_; }

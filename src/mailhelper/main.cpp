@@ -2,11 +2,13 @@
 // org.velmora.Ondrel.DefaultMailHelper on the session bus, started by it, gone after a minute without calls.
 // It chooses among installed applications that say they open such links, and touches nothing else.
 
+#include "base/Translation.h"
 #include "platform/linux/glib/Ref.h"
 
 #include <gio/gdesktopappinfo.h>
 #include <gio/gio.h>
 
+#include <clocale>
 #include <cstdlib>
 #include <string>
 
@@ -24,6 +26,14 @@ constexpr const char* description = "<node><interface name='org.velmora.Ondrel.D
                                     "</method></interface></node>";
 constexpr const char* mailLinks = "x-scheme-handler/mailto";
 constexpr guint idleSeconds = 60;
+
+// In ../share/locale of its own folder, built or installed.
+void useTranslations() {
+  const glib::CString own(g_file_read_link("/proc/self/exe", nullptr));
+  const glib::CString folder(own ? g_path_get_dirname(own.get()) : nullptr);
+  if (folder)
+    base::useTranslations(std::string(folder.get()) + "/../share/locale");
+}
 
 guint idle = 0;
 
@@ -46,14 +56,14 @@ std::string setDefault(const std::string& identifier) {
   const auto id = identifier + ".desktop";
   const auto application = glib::adopt(g_desktop_app_info_new(id.c_str()));
   if (!application)
-    return "The application is not installed where the desktop finds it (" + id + ").";
+    return base::trFormat("The application is not installed where the desktop finds it ({}).", id);
   auto* info = G_APP_INFO(application.get());
   if (!opensMailLinks(info))
-    return "The application doesn't open mail links (" + id + ").";
+    return base::trFormat("The application doesn't open mail links ({}).", id);
   glib::Error error;
   if (!g_app_info_set_as_default_for_type(info, mailLinks, error.out()))
     return error.message();
-  return isDefault(id) ? "" : "The desktop keeps another application.";
+  return isDefault(id) ? "" : base::tr("The desktop keeps another application.");
 }
 
 gboolean leave(gpointer loop) {
@@ -82,6 +92,8 @@ constexpr GDBusInterfaceVTable table = {called, nullptr, nullptr, {}};
 } // namespace
 
 int main() {
+  std::setlocale(LC_ALL, "");
+  useTranslations();
   const auto bus = glib::adopt(g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, nullptr));
   if (!bus)
     return EXIT_FAILURE;

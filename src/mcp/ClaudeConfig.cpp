@@ -1,5 +1,6 @@
 #include "mcp/ClaudeConfig.h"
 
+#include "base/Translation.h"
 #include "platform/FileStore.h"
 
 #include <fmt/format.h>
@@ -57,7 +58,7 @@ bool ClaudeConfig::detect() const {
 std::expected<ClaudeConfig::File, std::string> ClaudeConfig::read() const {
   const auto file = path();
   if (!file)
-    return std::unexpected("the user has no home folder");
+    return std::unexpected(base::tr("the user has no home folder"));
   auto text = files_.read(*file);
   if (!text && text.error().notFound)
     return File{};
@@ -65,7 +66,7 @@ std::expected<ClaudeConfig::File, std::string> ClaudeConfig::read() const {
     return std::unexpected(std::move(text).error().description);
   auto value = ConfigValue::parse(*text);
   if (!value)
-    return std::unexpected(fmt::format("{} is left alone: {}", *file, value.error()));
+    return std::unexpected(base::trFormat("{0} is left alone: {1}", *file, value.error()));
   auto* object = value->object();
   return File{.text = *std::move(text), .config = object ? std::move(*object) : ConfigValue::Object()};
 }

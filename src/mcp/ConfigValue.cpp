@@ -2,6 +2,7 @@
 
 #include "base/Json.h"
 #include "base/Text.h"
+#include "base/Translation.h"
 #include "mcp/ConfigReader.h"
 #include "mcp/LoneSurrogates.h"
 
@@ -24,7 +25,7 @@ void startLine(std::string& text, std::size_t level) {
 
 std::expected<ConfigValue, std::string> ConfigValue::parse(std::string_view given) {
   if (!base::isValidUtf8(given))
-    return std::unexpected("it is not UTF-8");
+    return std::unexpected(base::tr("it is not UTF-8"));
   const auto text = loneSurrogatesAsBytes(given);
   json::parse_options options;
   options.max_depth = deepest;
@@ -33,11 +34,11 @@ std::expected<ConfigValue, std::string> ConfigValue::parse(std::string_view give
   boost::system::error_code failure;
   const auto read = parser.write_some(false, text.data(), text.size(), failure);
   if (parser.handler().repeatedKey)
-    return std::unexpected("an object has two members of the same name");
+    return std::unexpected(base::tr("an object has two members of the same name"));
   if (failure)
     return std::unexpected(failure.message());
   if (text.find_first_not_of(" \t\r\n", read) != std::string::npos)
-    return std::unexpected("something follows the JSON");
+    return std::unexpected(base::tr("something follows the JSON"));
   return std::move(parser.handler().result);
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <fmt/format.h>
+#include "base/Translation.h"
 
 #include <string>
 #include <string_view>
@@ -9,7 +9,7 @@ namespace ondrel::mcp {
 
 // The port as it was given: a number of any size, or what somebody typed in place of one.
 inline std::string invalidPortText(std::string_view port) {
-  return fmt::format("Invalid MCP server port: {}. Choose a port between 1 and 65535.", port);
+  return base::trFormat("Invalid MCP server port: {}. Choose a port between 1 and 65535.", port);
 }
 
 } // namespace ondrel::mcp

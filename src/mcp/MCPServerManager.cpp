@@ -16,8 +16,14 @@ MCPServerManager::MCPServerManager(settings::AppSettings& settings, platform::Di
 
 void MCPServerManager::start(tools::ToolServices services) {
   dispatch_.emplace(std::move(services));
-  claudeCodeDetected.set(claudeConfig_.detect());
+  lookForClaudeCode();
   restart();
+}
+
+void MCPServerManager::lookForClaudeCode() {
+  claudeCodeDetected.set(claudeConfig_.detect());
+  if (server_)
+    serverStateDidChange();
 }
 
 void MCPServerManager::restart() {

@@ -34,10 +34,12 @@ class MCPServerManager {
   // After a change of the settings. Restarts don't overlap: one that is under way is followed by one more,
   // which reads the settings as they are by then.
   void restart();
+  // It may have been installed since; then its configuration names the server that is running.
+  void lookForClaudeCode();
 
   // The last start succeeded. The port may turn out to be in use all the same: see `problem`.
   base::Observable<bool> isRunning{false};
-  // Found out once, by start().
+  // As start() and lookForClaudeCode() found it.
   base::Observable<bool> claudeCodeDetected{false};
   // Why nothing listens although the setting is on, for people.
   base::Observable<std::optional<std::string>> problem;

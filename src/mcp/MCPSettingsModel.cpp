@@ -1,6 +1,7 @@
 #include "mcp/MCPSettingsModel.h"
 
 #include "base/Text.h"
+#include "base/Translation.h"
 #include "mcp/ClaudeConfig.h"
 #include "mcp/InvalidPort.h"
 #include "mcp/MCPServerManager.h"
@@ -8,8 +9,6 @@
 #include "platform/Clipboard.h"
 #include "platform/UserDefaults.h"
 #include "settings/AppSettings.h"
-
-#include <fmt/format.h>
 
 #include <limits>
 
@@ -30,6 +29,10 @@ MCPSettingsModel::MCPSettingsModel(settings::AppSettings& settings, MCPServerMan
       problems_(manager.problem.observe([this] { changed.emit(); })),
       configurationProblems_(manager.configurationProblem.observe([this] { changed.emit(); })),
       registrations_(manager.isRegistered.observe([this] { changed.emit(); })) {
+}
+
+void MCPSettingsModel::lookForClaudeCode() {
+  manager_.lookForClaudeCode();
 }
 
 bool MCPSettingsModel::showsNotFound() const {
@@ -66,8 +69,8 @@ bool MCPSettingsModel::isRegistered() const {
 }
 
 std::string MCPSettingsModel::registeredNote() const {
-  return "Restart Claude Code to use it. Other assistants find the server at " +
-         serverURL(settings_.mcpServerPort()) + ".";
+  return base::trFormat("Restart Claude Code to use it. Other assistants find the server at {}.",
+                        serverURL(settings_.mcpServerPort()));
 }
 
 std::string MCPSettingsModel::setupCommand() const {
@@ -81,8 +84,9 @@ void MCPSettingsModel::copySetupCommand() {
 std::optional<std::string> MCPSettingsModel::problem() const {
   if (*manager_.problem || !*manager_.configurationProblem)
     return *manager_.problem;
-  return fmt::format("Claude Code's configuration was not changed ({}). The setup command does it by hand.",
-                     **manager_.configurationProblem);
+  return base::trFormat(
+      "Claude Code's configuration was not changed ({}). The setup command does it by hand.",
+      **manager_.configurationProblem);
 }
 
 const std::string& MCPSettingsModel::helpURL() const {

@@ -2,6 +2,7 @@
 
 #include "base/Event.h"
 #include "base/Observable.h"
+#include "base/Translation.h"
 
 #include <cstdint>
 #include <expected>
@@ -23,21 +24,21 @@ class MCPServerManager;
 
 namespace settings_text {
 
-inline constexpr std::string_view section = "Claude Code integration (MCP)";
-inline constexpr std::string_view notFound = "Claude Code not found on this machine.";
-inline constexpr std::string_view showAnyway = "Show anyway";
-inline constexpr std::string_view enable = "Enable MCP server";
+inline constexpr const char* section = base::trMark("Claude Code integration (MCP)");
+inline constexpr const char* notFound = base::trMark("Claude Code not found on this machine.");
+inline constexpr const char* showAnyway = base::trMark("Show anyway");
+inline constexpr const char* enable = base::trMark("Enable MCP server");
 // Who gets to what, in the words of docs/local-server.md.
-inline constexpr std::string_view whatItOpens =
+inline constexpr const char* whatItOpens = base::trMark(
     "While it is on, every program that runs as you on this machine can search and read all your mail and "
     "open "
     "messages in a window, without asking. None can change or send mail. Other users and other machines "
-    "can't connect.";
-inline constexpr std::string_view registered = "Registered with Claude Code";
-inline constexpr std::string_view port = "Port:";
-inline constexpr std::string_view portPrompt = "7777";
-inline constexpr std::string_view caption = "Run once in a terminal, then restart Claude Code:";
-inline constexpr std::string_view copy = "Copy setup command";
+    "can't connect.");
+inline constexpr const char* registered = base::trMark("Registered with Claude Code");
+inline constexpr const char* port = base::trMark("Port:");
+inline constexpr const char* portPrompt = "7777";
+inline constexpr const char* caption = base::trMark("Run once in a terminal, then restart Claude Code:");
+inline constexpr const char* copy = base::trMark("Copy setup command");
 
 } // namespace settings_text
 
@@ -49,6 +50,8 @@ class MCPSettingsModel {
   MCPSettingsModel(settings::AppSettings& settings, MCPServerManager& manager,
                    platform::Clipboard& clipboard);
 
+  // Each time that the settings are opened.
+  void lookForClaudeCode();
   // Only the text that nothing was found and the button that shows all the same.
   bool showsNotFound() const;
   void showAnyway();

@@ -26,7 +26,7 @@ class NewFiles {
 
   virtual ~NewFiles() = default;
   // At an absolute path, whose folder is made when only that is missing. What exists there stays until the
-  // new file is whole, and is then replaced, or it is an error.
+  // new file is whole, and is then replaced, also if it has come meanwhile, or it is an error.
   virtual async::Task<std::expected<std::unique_ptr<NewFile>, std::string>> create(std::string path,
                                                                                    Existing existing) = 0;
 };

@@ -22,18 +22,28 @@ struct NotificationAction {
 struct NotificationCategory {
   std::string identifier;
   std::vector<NotificationAction> actions;
+  // An answer needs no more than the userInfo, so that another run can do what it asks for.
+  bool outlivesProgram = false;
 
   bool operator==(const NotificationCategory&) const = default;
 };
 
 // Title and body are text, never markup; each is one line, and furtherLines are those of the body behind its
-// first. userInfo stays in this process: it comes back with the response.
+// first. userInfo comes back with the response. It stays in this process unless the category outlives the
+// program.
 struct NotificationContent {
   std::string title;
   std::string body;
   std::string categoryIdentifier;
   std::map<std::string, std::string> userInfo;
   std::vector<std::string> furtherLines = {};
+
+  std::string wholeBody() const {
+    auto text = body;
+    for (const auto& line : furtherLines)
+      text += "\n" + line;
+    return text;
+  }
 };
 
 struct NotificationRequest {
@@ -56,7 +66,8 @@ class NotificationCenterDelegate {
   virtual ~NotificationCenterDelegate() = default;
   // A notification is about to be shown.
   virtual void willPresent(const NotificationRequest& request) = 0;
-  // Comes for live notifications of this run only, at most once for each.
+  // Comes for live notifications of this run, at most once for each. Also for those of an earlier run whose
+  // category outlives the program: the request has identifier, category and userInfo then.
   virtual void didReceive(const NotificationResponse& response) = 0;
 };
 

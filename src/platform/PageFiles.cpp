@@ -1,6 +1,7 @@
 #include "platform/PageFiles.h"
 
 #include "base/Text.h"
+#include "base/Translation.h"
 
 #include <algorithm>
 
@@ -10,15 +11,32 @@ namespace {
 
 using Reason = RefusedFile::Reason;
 
-std::string sentence(const std::vector<RefusedFile>& refused, Reason reason, const std::string& ofOne,
-                     const std::string& ofMany) {
-  const auto number = std::ranges::count(refused, reason, &RefusedFile::reason);
-  if (number == 0)
-    return {};
-  if (number > 1)
-    return std::to_string(number) + ofMany;
-  const auto name = std::ranges::find(refused, reason, &RefusedFile::reason)->name;
-  return "“" + base::displayLine(name) + "”" + ofOne;
+struct Refused {
+  unsigned long count = 0;
+  std::string first; // its name, fit to be shown
+};
+
+Refused refusedFor(const std::vector<RefusedFile>& refused, Reason reason) {
+  const auto first = std::ranges::find(refused, reason, &RefusedFile::reason);
+  return {static_cast<unsigned long>(std::ranges::count(refused, reason, &RefusedFile::reason)),
+          first == refused.end() ? "" : base::displayLine(first->name)};
+}
+
+// The name stands for the number where there is one alone.
+std::string foldersText(const Refused& refused) {
+  const auto& [count, first] = refused;
+  if (count == 1)
+    return base::trFormat("“{}” is a folder. Only files can be added.", first);
+  return count == 0 ? ""
+                    : base::trPlural("{} folder was left out. Only files can be added.",
+                                     "{} folders were left out. Only files can be added.", count, count);
+}
+
+std::string unreadableText(const Refused& refused) {
+  const auto& [count, first] = refused;
+  if (count == 1)
+    return base::trFormat("“{}” can't be read.", first);
+  return count == 0 ? "" : base::trPlural("{} file can't be read.", "{} files can't be read.", count, count);
 }
 
 } // namespace
@@ -26,9 +44,8 @@ std::string sentence(const std::vector<RefusedFile>& refused, Reason reason, con
 std::optional<std::string> refusalText(const std::vector<RefusedFile>& refused) {
   if (refused.empty())
     return std::nullopt;
-  const auto folders = sentence(refused, Reason::folder, " is a folder. Only files can be added.",
-                                " folders were left out. Only files can be added.");
-  const auto unreadable = sentence(refused, Reason::unreadable, " can't be read.", " files can't be read.");
+  const auto folders = foldersText(refusedFor(refused, Reason::folder));
+  const auto unreadable = unreadableText(refusedFor(refused, Reason::unreadable));
   return folders + (folders.empty() || unreadable.empty() ? "" : " ") + unreadable;
 }
 

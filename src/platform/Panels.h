@@ -1,6 +1,7 @@
 #pragma once
 
 #include "async/Task.h"
+#include "base/Translation.h"
 #include "platform/Window.h"
 
 #include <memory>
@@ -16,8 +17,8 @@ struct Alert {
   std::string messageText;
   std::string informativeText;
   AlertStyle style = AlertStyle::informational;
-  std::vector<std::string> buttons = {"OK"}; // the first is the default one
-  std::string escapeButton = "Cancel";       // what Escape answers; the last one where it is none of them
+  std::vector<std::string> buttons = {base::tr("OK")}; // the first is the default one
+  std::string escapeButton = base::tr("Cancel"); // what Escape answers; the last one where it is none of them
 };
 
 struct SavePanel {

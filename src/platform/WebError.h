@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/Translation.h"
+
 #include <string>
 #include <string_view>
 
@@ -14,10 +16,13 @@ struct WebError {
 
   Domain domain = Domain::network;
   int code = 0;
-  std::string description;     // for people and the log
+  std::string description;     // for the log
   std::string failingURL = {}; // what was asked for, redirects followed; empty where the engine doesn't tell
 
   bool operator==(const WebError&) const = default;
+
+  // For people.
+  std::string inWords() const { return base::tr(description.c_str()); }
 
   // Codes of Domain::network.
   static constexpr int unknown = -1;

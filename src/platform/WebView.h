@@ -77,8 +77,9 @@ class WebView {
   virtual async::Task<std::optional<LeaveReply>> tryClose(async::Duration deadline) = 0;
   // Ends the page's process, whatever it is doing; webProcessDidTerminate follows.
   virtual void terminateWebProcess() = 0;
-  // Whether the page's process answers. The engine looks when the user does something with the page, and
-  // takes some seconds.
+  // Whether the page's process answers. The engine looks when the user does something with the page, and says
+  // that it doesn't when it has been silent for this long (measured, 2.50).
+  static constexpr async::Duration silenceNoticed = std::chrono::seconds(3);
   virtual bool isResponsive() const = 0;
 
   virtual std::optional<std::string> url() const = 0;

@@ -1,6 +1,7 @@
 #include "program/DefaultClientAlert.h"
 
 #include "async/sleep.h"
+#include "base/Translation.h"
 #include "integrations/DefaultEmailClient.h"
 #include "platform/Application.h"
 #include "platform/Panels.h"
@@ -19,10 +20,10 @@ async::Task<void> askToBecomeDefault(std::chrono::seconds delay, platform::Progr
   if (!lifecycle.openSettingsAction || !application.frontWindow() ||
       integrations::isDefaultEmailClient(uriLauncher, programInfo))
     co_return;
-  platform::Alert alert{programInfo.displayName + " is not your default email app",
-                        "Would you like to go to Settings to change this now?",
+  platform::Alert alert{base::trFormat("{} is not your default email app", programInfo.displayName),
+                        base::tr("Would you like to go to Settings to change this now?"),
                         platform::AlertStyle::informational,
-                        {"Yes", "Not Now"}};
+                        {base::tr("Yes"), base::tr("Not Now")}};
   const auto response = co_await panels.runAlert(std::move(alert), application.frontWindow());
   if (response == platform::Panels::firstButton) {
     settings.setSelectedSettingsTab(settings::SettingsTab::general);

@@ -7,6 +7,7 @@
 #include "platform/UriLauncher.h"
 #include "program/DefaultClientAlert.h"
 #include "program/SystemInfoManager.h"
+#include "web/WindowViewModel.h"
 
 namespace ondrel::program {
 
@@ -24,7 +25,7 @@ constexpr unsigned alertDelaySpread = 60;
 OndrelApp::OndrelApp(const PlatformAbilities& platform, settings::Site site, const web::PageScripts& scripts,
                      const ContentFactoryMaker& makeContentFactory)
     : settings_(platform.defaults, std::move(site)), notificationManager_(platform.notifications),
-      messageFiles_(platform.http, platform.fileWriter, platform.directories, notificationManager_),
+      messageFiles_(platform.http, platform.newFiles, platform.directories, notificationManager_),
       downloadNotices_(notificationManager_, platform.application, platform.uriLauncher),
       scriptsManager_({.directories = platform.directories,
                        .folders = platform.userFolders,
@@ -47,7 +48,8 @@ OndrelApp::OndrelApp(const PlatformAbilities& platform, settings::Site site, con
       appDelegate_(platform.application, platform.programInfo, platform.defaults, platform.directories,
                    platform.files, lifecycle_),
       windowManager_(platform.application, settings_, sessionStore_, closedTabs_, platform.clipboard,
-                     webServices_, makeContentFactory(webServices_), platform.startsInBackground),
+                     webServices_, makeContentFactory(webServices_),
+                     platform.startsInBackground || platform.startedByBus),
       closeQuestion_(windowManager_, platform.panels, runningDownloads_),
       quitting_(platform.application, windowManager_, closeQuestion_, platform.panels),
       jmapSession_({.settings = settings_,
@@ -174,7 +176,11 @@ OndrelApp::OndrelApp(const PlatformAbilities& platform, settings::Site site, con
   if (platform.hasEnvironmentVariable(testVariable))
     return;
   scriptsManager_.resolveActiveWebView = [this] { return windowManager_.windows().frontViewModel(); };
-  webServices_.addToPage = [this](const auto& tab) { return scriptsManager_.pageDidFinish(tab); };
+  webServices_.addToPage = [this](const auto& tab) {
+    if (settings_.isServiceOrigin(*tab->urlString))
+      jmapSession_.visiblePageDidLoad();
+    return scriptsManager_.pageDidFinish(tab);
+  };
   keptHighlights_.start();
   startAnnouncements(platform);
   mcpServerManager_.start(

@@ -64,7 +64,6 @@ class DocumentPrinter;
 class LauncherBadge;
 class FileReader;
 class FileStore;
-class FileWriter;
 class GlobalShortcuts;
 class HttpClient;
 class KeptFile;
@@ -96,7 +95,6 @@ struct PlatformAbilities {
   platform::FileReader& fileReader;
   platform::UserFolders& userFolders;
   platform::NewFiles& newFiles;
-  platform::FileWriter& fileWriter;
   platform::WebViewFactory& webViews;
   platform::Panels& panels;
   platform::UriLauncher& uriLauncher;
@@ -126,6 +124,7 @@ struct PlatformAbilities {
   // A number from 0 to `most`, uniformly.
   std::function<unsigned(unsigned most)> randomUpTo;
   bool startsInBackground = false; // no window is wanted yet
+  bool startedByBus = false;       // what the bus has started it for says which windows are wanted
 };
 
 // The root: owns the long-lived objects for the life of the process and makes them in a fixed order.

@@ -1,5 +1,6 @@
 #include "program/UnsavedFiles.h"
 
+#include "base/Translation.h"
 #include "platform/Application.h"
 #include "platform/KeptFile.h"
 #include "platform/Panels.h"
@@ -37,12 +38,13 @@ void UnsavedFiles::saveAtTheEnd() {
 }
 
 async::Task<void> UnsavedFiles::tell(std::string problem) {
-  platform::Alert alert{"Your Changes Can't Be Saved",
-                        problem +
-                            "\n\nThey are kept until you quit, and saving is tried again every half minute. "
-                            "Make room on the disk before you quit, or see that the file can be written.",
-                        platform::AlertStyle::warning,
-                        {"OK"}};
+  platform::Alert alert{
+      base::tr("Your Changes Can't Be Saved"),
+      problem + "\n\n" +
+          base::tr("They are kept until you quit, and saving is tried again every half minute. "
+                   "Make room on the disk before you quit, or see that the file can be written."),
+      platform::AlertStyle::warning,
+      {base::tr("OK")}};
   co_await panels_.runAlert(std::move(alert), application_.frontWindow());
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "scripts/PageTexts.h"
+
 #include <functional>
 #include <optional>
 #include <string>
@@ -18,9 +20,9 @@ enum class ConsoleRelay { wanted, unwanted };
 // shipped, or not wanted.
 inline auto pageScriptSource(ResourceReader read, ConsoleRelay relay) {
   return [read = std::move(read), relay](std::string_view name) {
-    return relay == ConsoleRelay::unwanted && name == "consoleRelayScript"
-               ? std::nullopt
-               : read("/org/velmora/Ondrel/scripts/" + std::string(name) + ".js");
+    if (relay == ConsoleRelay::unwanted && name == "consoleRelayScript")
+      return std::optional<std::string>();
+    return read("/org/velmora/Ondrel/scripts/" + std::string(name) + ".js").transform(withPageTexts);
   };
 }
 

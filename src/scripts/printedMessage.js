@@ -29,6 +29,9 @@ const STYLE = `
   ${marked('message')} :is(button, [role="button"], [role="toolbar"], input, select) {
     display: none !important;
   }
+  ${marked('folded')} {
+    border: 0 !important; background: none !important; color: #000 !important; text-align: center;
+  }
   ${marked('message')} header { break-after: avoid; break-inside: avoid; }
   ${marked('message')} pre { white-space: pre-wrap; }
   ${marked('message')} :is(img, table, pre) { max-width: 100%; }
@@ -109,6 +112,8 @@ if (shown.length === 0) {
   return false;
 }
 shown.forEach(mark);
+// Those that stay folded are missing on paper too; their number tells of them.
+document.querySelectorAll(SHOW_MORE_SELECTOR).forEach((button) => button.setAttribute(PRINT_ATTR, 'folded'));
 addSubject();
 addStyle();
 return true;

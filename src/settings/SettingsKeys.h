@@ -48,6 +48,8 @@ inline constexpr Key<double> updateCheckInterval{"_updateCheckInterval", 86400};
 inline constexpr std::string_view lastUpdateCheckDate = "_lastUpdateCheckDate";
 // The user has been told that the program goes on without windows.
 inline constexpr Key<bool> backgroundNoticeShown{"_backgroundNoticeShown", false};
+// A secret: what others give back of a notification that outlives the program is known by it.
+inline constexpr std::string_view notificationKey = "_notificationKey";
 inline constexpr Key<std::int64_t> lastMigratedBuild{"_lastMigratedBuild", 0};
 
 // Between these the user chooses; each tab goes on from there in steps.

@@ -1,6 +1,7 @@
 #include "shortcuts/KeyCombinationText.h"
 
 #include "base/Text.h"
+#include "base/Translation.h"
 
 #include <algorithm>
 #include <array>
@@ -16,21 +17,19 @@ constexpr std::size_t longestKeyName = 40;
 
 struct Modifier {
   std::string_view stored;
-  std::string_view shown;
+  const char* shown;
   bool KeyCombination::* held;
 };
 // In the order in which the toolkit names them in menus.
 constexpr std::array modifiers = {
-    Modifier{"SHIFT", "Shift", &KeyCombination::shift}, Modifier{"CTRL", "Ctrl", &KeyCombination::control},
-    Modifier{"ALT", "Alt", &KeyCombination::alt}, Modifier{"LOGO", "Super", &KeyCombination::super}};
-
-std::string joined(const KeyCombination& keys, std::string_view Modifier::* name, std::string_view key) {
-  std::string result;
-  for (const auto& modifier : modifiers)
-    if (keys.*modifier.held)
-      (result += modifier.*name) += '+';
-  return result += key;
-}
+    // TRANSLATORS: a key, as it is labelled on keyboards
+    Modifier{"SHIFT", base::trMark("Shift"), &KeyCombination::shift},
+    // TRANSLATORS: a key, as it is labelled on keyboards
+    Modifier{"CTRL", base::trMark("Ctrl"), &KeyCombination::control},
+    // TRANSLATORS: a key, as it is labelled on keyboards
+    Modifier{"ALT", base::trMark("Alt"), &KeyCombination::alt},
+    // TRANSLATORS: a key, as it is labelled on keyboards
+    Modifier{"LOGO", base::trMark("Super"), &KeyCombination::super}};
 
 bool isWordCharacter(char c) {
   return std::isalnum(static_cast<unsigned char>(c)) || c == '_';
@@ -43,7 +42,11 @@ bool isFunctionKey(std::string_view key) {
 } // namespace
 
 std::string storedText(const KeyCombination& keys) {
-  return joined(keys, &Modifier::stored, keys.key);
+  std::string result;
+  for (const auto& modifier : modifiers)
+    if (keys.*modifier.held)
+      (result += modifier.stored) += '+';
+  return result += keys.key;
 }
 
 std::optional<KeyCombination> parseKeyCombination(std::string_view text) {
@@ -66,7 +69,11 @@ std::string displayText(const KeyCombination& keys) {
   std::ranges::replace(key, '_', ' ');
   if (!key.empty())
     key.front() = static_cast<char>(std::toupper(static_cast<unsigned char>(key.front())));
-  return joined(keys, &Modifier::shown, key);
+  std::string result;
+  for (const auto& modifier : modifiers)
+    if (keys.*modifier.held)
+      (result += base::tr(modifier.shown)) += '+';
+  return result += key;
 }
 
 bool mayBeReserved(const KeyCombination& keys) {

@@ -1,13 +1,13 @@
 #include "start/CommandLine.h"
 
-#include <fmt/format.h>
+#include "base/Translation.h"
 
 #include <algorithm>
 #include <iterator>
 
 namespace ondrel::start {
 
-const char* const usage = R"(Usage: ondrel [OPTION] [URL...]
+const char* const usage = base::trMark(R"(Usage: ondrel [OPTION] [URL...]
 
 Opens the mail service in native windows, or brings those of the running program to
 the front. A URL goes to the running program, if there is one: mailto:... begins a
@@ -29,7 +29,7 @@ Environment:
   ONDREL_SITE       another file with the service's addresses than the installed one
   ONDREL_LOG        debug or info: say more on standard error
   ONDREL_RENDERING  software or hardware: don't find out, use this
-)";
+)");
 
 namespace {
 constexpr std::string_view demoWithFolder = "--demo=";
@@ -70,7 +70,7 @@ std::expected<CommandLine, std::string> CommandLine::parse(const std::vector<std
       result.demo = true;
       result.demoProfile = argument.substr(demoWithFolder.size());
     } else {
-      return std::unexpected(fmt::format("unknown option \"{}\"; --help tells what there is", argument));
+      return std::unexpected(base::trFormat("unknown option \"{}\"; --help tells what there is", argument));
     }
   }
   return result;

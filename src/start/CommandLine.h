@@ -24,6 +24,6 @@ struct CommandLine {
   std::vector<std::string> restartArguments() const;
 };
 
-extern const char* const usage;
+extern const char* const usage; // shown by base::tr()
 
 } // namespace ondrel::start

@@ -1,8 +1,7 @@
 #include "start/HomeFolder.h"
 
+#include "base/Translation.h"
 #include "start/ThrowAwayFolder.h"
-
-#include <fmt/format.h>
 
 #include <pwd.h>
 #include <unistd.h>
@@ -40,8 +39,8 @@ std::expected<HomeFolder, std::string> HomeFolder::find() {
   const auto parent = fs::temp_directory_path(error);
   auto folder = ((error ? fs::path("/tmp") : parent) / "ondrel-home-XXXXXX").string();
   if (!mkdtemp(folder.data()))
-    return std::unexpected(
-        fmt::format("there is no home folder, and none can be made as {}: {}", folder, std::strerror(errno)));
+    return std::unexpected(base::trFormat("there is no home folder, and none can be made as {0}: {1}", folder,
+                                          std::strerror(errno)));
   setenv("HOME", folder.c_str(), 1);
   return HomeFolder(std::move(folder));
 }

@@ -16,7 +16,8 @@ ProgramFolders ProgramFolders::find(const std::string& installedLibraries) {
   auto decoder = executables / "ondrel-decoder";
   if (!fs::exists(decoder, error))
     decoder = prefix / "libexec" / "ondrel-decoder";
-  return {executables.string(), (prefix / "share" / "ondrel").string(), extension.string(), decoder.string()};
+  return {executables.string(), (prefix / "share" / "ondrel").string(),
+          (prefix / "share" / "locale").string(), extension.string(), decoder.string()};
 }
 
 } // namespace ondrel::start

@@ -1,6 +1,6 @@
 #include "start/SiteFile.h"
 
-#include <fmt/format.h>
+#include "base/Translation.h"
 
 #include <cerrno>
 #include <cstdlib>
@@ -18,12 +18,12 @@ std::expected<settings::Site, std::string> loadSite(const std::string& dataFolde
   std::ostringstream text;
   // A folder opens and then can't be read.
   if (!file || !(text << file.rdbuf()))
-    return std::unexpected(fmt::format("can't read the service's addresses from {}: {}", path,
-                                       errno ? std::strerror(errno) : "it is empty"));
+    return std::unexpected(base::trFormat("can't read the service's addresses from {0}: {1}", path,
+                                          errno ? std::strerror(errno) : base::tr("it is empty")));
   auto site = settings::Site::parse(text.str());
   if (!site)
     return std::unexpected(
-        fmt::format("the service's addresses in {} can't be used: {}", path, site.error()));
+        base::trFormat("the service's addresses in {0} can't be used: {1}", path, site.error()));
   return std::move(*site);
 }
 

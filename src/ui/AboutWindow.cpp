@@ -1,7 +1,9 @@
 #include "ui/AboutWindow.h"
 
+#include "base/Translation.h"
 #include "platform/ProgramInfo.h"
 #include "ui/ToolkitDescription.h"
+#include "ui/widgets/Widgets.h"
 
 #include <adwaita.h>
 
@@ -27,7 +29,7 @@ GtkWindow* presentAbout(const platform::ProgramInfo& programInfo, const std::str
   if (const auto icon = iconName(programInfo.identifier); !icon.empty())
     adw_about_window_set_application_icon(window, icon.c_str());
   adw_about_window_set_version(window, programInfo.shortVersion.c_str());
-  adw_about_window_set_comments(window, "A native desktop home for a hosted mail service");
+  adw_about_window_set_comments(window, base::tr("A native desktop home for a hosted mail service"));
   adw_about_window_set_license_type(window, GTK_LICENSE_GPL_3_0);
   const auto debugInfo = system + "Build: " + programInfo.buildNumber + "\n" + describeToolkit(parent);
   adw_about_window_set_debug_info(window, debugInfo.c_str());
@@ -37,6 +39,7 @@ GtkWindow* presentAbout(const platform::ProgramInfo& programInfo, const std::str
   gtk_window_set_transient_for(GTK_WINDOW(window), parent);
   gtk_window_set_modal(GTK_WINDOW(window), parent != nullptr);
   gtk_window_set_destroy_with_parent(GTK_WINDOW(window), TRUE);
+  nameToolkitControls(GTK_WIDGET(window));
   gtk_window_present(GTK_WINDOW(window));
   return GTK_WINDOW(window);
 }

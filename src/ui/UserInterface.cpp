@@ -1,6 +1,7 @@
 #include "ui/UserInterface.h"
 
 #include "app/WindowManager.h"
+#include "base/Translation.h"
 #include "highlights/HighlightExport.h"
 #include "highlights/HighlightImport.h"
 #include "integrations/SupportMail.h"
@@ -26,11 +27,11 @@ UserInterface::UserInterface(const Services& services)
            .highlightExport = services_.highlightExport,
            .exportHighlights = [this] { scope_.spawn(services_.highlightExport.exportHighlights()); },
            .navigate = services_.navigate}),
-      exportProgress_({.title = "Exporting Highlights",
+      exportProgress_({.title = base::tr("Exporting Highlights"),
                        .progress = services_.highlightExport.progress(),
                        .stop = [this] { services_.highlightExport.stop(); }},
                       [this] { return activeWindow(); }),
-      importProgress_({.title = "Importing Highlights",
+      importProgress_({.title = base::tr("Importing Highlights"),
                        .progress = services_.highlightImport.progress(),
                        .stop = [this] { services_.highlightImport.stop(); }},
                       [this] { return activeWindow(); }),
@@ -87,12 +88,21 @@ BrowserCommands::Actions UserInterface::commandActions() {
           .navigate = [this](const std::string& url) { services_.navigate(url, std::nullopt); },
           .copyAppleMailLink = [this] { scope_.spawn(services_.copyAppleMailLink()); },
           .highlightSelection = [this] { highlightSelection_.perform(); },
-          .showHighlights = [this] { highlightsWindow_.show(); },
-          .newMessage = [this] { services_.openMailto("mailto:"); },
+          .showHighlights =
+              [this] {
+                services_.windows.restoreSession();
+                highlightsWindow_.show();
+              },
+          // In this program, whichever the desktop opens letters with.
+          .newMessage = [this] { services_.application.urlReceived.emit("mailto:"); },
           .exportHighlights = [this] { scope_.spawn(services_.highlightExport.exportHighlights()); },
           .importHighlights = [this] { scope_.spawn(services_.highlightImport.importHighlights()); },
           .removeAllHighlights = [this] { scope_.spawn(services_.removeAllHighlights()); },
-          .showFiles = [this] { filesWindow_.show(); },
+          .showFiles =
+              [this] {
+                services_.windows.restoreSession();
+                filesWindow_.show();
+              },
           .showServerLocation = services_.showServerLocation,
           .toggleFullScreen = [this] { toggleFullScreen(); },
           .focusPane = [this](int step) { focusPane(activeWindow(), step); },

@@ -1,6 +1,7 @@
 #include "web/DownloadNotices.h"
 
 #include "base/Text.h"
+#include "base/Translation.h"
 #include "jmap/newmail/NotificationManager.h"
 #include "platform/Application.h"
 #include "platform/UriLauncher.h"
@@ -45,9 +46,10 @@ void DownloadNotices::didEnd(std::uint64_t itemId) {
     return;
   const auto name = base::shortDisplayLine(item->filename);
   if (state.kind == DownloadState::Kind::failed)
-    scope_.spawn(notifications_.send("Download failed", name + ": " + state.error, category, {}));
+    scope_.spawn(notifications_.send(base::tr("Download failed"), name + ": " + state.error, category, {}));
   else
-    scope_.spawn(notifications_.send("Download complete", name, category, {{pathKey, item->destination}}));
+    scope_.spawn(
+        notifications_.send(base::tr("Download complete"), name, category, {{pathKey, item->destination}}));
 }
 
 // What comes with the response has stayed in this process, the path too.

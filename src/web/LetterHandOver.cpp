@@ -1,6 +1,7 @@
 #include "web/LetterHandOver.h"
 
 #include "async/sleep.h"
+#include "base/Translation.h"
 #include "platform/WebView.h"
 #include "platform/Window.h"
 #include "web/WindowViewModel.h"
@@ -17,9 +18,9 @@ constexpr async::Duration pause = 500ms;
 // A page that a box holds up doesn't answer.
 constexpr async::Duration answerDeadline = 2s;
 
-constexpr const char* doubtOfSending =
-    "It isn’t certain that this message was sent. Look for it among the sent ones before you send it again.";
-constexpr const char* doubtOfDiscarding = "It isn’t certain that this draft was discarded.";
+constexpr const char* doubtOfSending = base::trMark(
+    "It isn’t certain that this message was sent. Look for it among the sent ones before you send it again.");
+constexpr const char* doubtOfDiscarding = base::trMark("It isn’t certain that this draft was discarded.");
 
 } // namespace
 
@@ -126,7 +127,8 @@ bool LetterHandOver::take(LetterProgress::Step step) {
   case doubt:
     viewModel->letterIsLeaving.set(false);
     if (step == doubt)
-      viewModel->notice.set(progress_.end() == LetterEnd::sent ? doubtOfSending : doubtOfDiscarding);
+      viewModel->notice.set(
+          base::tr(progress_.end() == LetterEnd::sent ? doubtOfSending : doubtOfDiscarding));
     bringBack();
     return false;
   }

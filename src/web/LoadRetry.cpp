@@ -1,6 +1,7 @@
 #include "web/LoadRetry.h"
 
 #include "async/sleep.h"
+#include "base/Translation.h"
 #include "platform/WebError.h"
 #include "platform/WebView.h"
 #include "web/WindowViewModel.h"
@@ -41,8 +42,7 @@ void LoadRetry::didFail(const platform::WebError& error, bool provisional) {
   const auto url = error.failingURL.empty() ? *viewModel->urlString : error.failingURL;
   showsPage_ = showsPage_ && provisional && !isBlank(webView_->url());
   retry_.cancel();
-  viewModel->pageProblem.set(
-      {showsPage_ ? Kind::navigationFailed : Kind::loadFailed, error.description, url});
+  viewModel->pageProblem.set({showsPage_ ? Kind::navigationFailed : Kind::loadFailed, error.inWords(), url});
   if (showsPage_)
     return;
   viewModel->urlString.set(url);
@@ -59,7 +59,7 @@ void LoadRetry::stop() {
   webView_->stopLoading();
   // An empty window shall not look like a page.
   if (!showsPage_)
-    viewModel->pageProblem.set({PageProblem::Kind::navigationFailed, "Loading was stopped.", url});
+    viewModel->pageProblem.set({PageProblem::Kind::navigationFailed, base::tr("Loading was stopped."), url});
 }
 
 async::Task<void> LoadRetry::retryAfter(std::chrono::seconds delay, std::string url) {

@@ -1,11 +1,11 @@
 #include "web/MessageFiles.h"
 
 #include "base/Text.h"
+#include "base/Translation.h"
 #include "jmap/newmail/NotificationManager.h"
-#include "platform/FileWriter.h"
+#include "platform/FileStore.h"
+#include "platform/NewFile.h"
 #include "web/page/DownloadItem.h"
-
-#include <fmt/format.h>
 
 #include <expected>
 #include <utility>
@@ -28,15 +28,16 @@ std::string withoutDotPairs(std::string name) {
 }
 
 std::string fileName(const std::string& title) {
-  const auto name = withoutDotPairs(base::safeFileName(title, "message") + std::string(extension));
-  return base::safeFileName(name, "message" + std::string(extension));
+  const std::string unnamed = base::trIn("name of a file", "message");
+  const auto name = withoutDotPairs(base::safeFileName(title, unnamed) + std::string(extension));
+  return base::safeFileName(name, unnamed + std::string(extension));
 }
 
 } // namespace
 
-MessageFiles::MessageFiles(platform::HttpClient& http, platform::FileWriter& files,
+MessageFiles::MessageFiles(platform::HttpClient& http, platform::NewFiles& newFiles,
                            const platform::Directories& directories, jmap::NotificationManager& notifications)
-    : http_(http), files_(files), directories_(directories), notifications_(notifications) {
+    : http_(http), newFiles_(newFiles), directories_(directories), notifications_(notifications) {
 }
 
 std::shared_ptr<DownloadItem> MessageFiles::saveEml(std::string title, std::string url) {
@@ -59,10 +60,10 @@ async::Task<void> MessageFiles::fetchAndSave(std::shared_ptr<DownloadItem> item,
   if (text)
     co_await saveStringToFile(std::move(*text), item);
   else
-    item->markFailed("The message could not be fetched. " + text.error().description);
-  co_await notifications_.send("Download complete",
-                               fmt::format("File '{}{}' saved in your downloads folder", title, extension),
-                               {}, {});
+    item->markFailed(base::trFormat("The message could not be fetched. {}", text.error().inWords()));
+  co_await notifications_.send(
+      base::tr("Download complete"),
+      base::trFormat("File '{}' saved in your downloads folder", title + std::string(extension)), {}, {});
 }
 
 async::Task<platform::HttpResult<std::string>> MessageFiles::fetchText(std::string url) {
@@ -72,27 +73,37 @@ async::Task<platform::HttpResult<std::string>> MessageFiles::fetchText(std::stri
   // What says that there is no such message must not take the place of one.
   if (response->status < 200 || response->status > 299)
     co_return failure(platform::WebError::badServerResponse,
-                      fmt::format("The server answered {}.", response->status));
+                      base::trFormat("The server answered {}.", response->status));
   if (!base::isValidUtf8(response->body))
-    co_return failure(platform::WebError::cannotDecodeContentData, "The content is no UTF-8.");
+    co_return failure(platform::WebError::cannotDecodeContentData, base::tr("The content is no UTF-8."));
   co_return std::move(response->body);
 }
 
 async::Task<void> MessageFiles::saveStringToFile(std::string text, std::shared_ptr<DownloadItem> item) {
   if (item->destination.empty()) {
     logger_.error("saveStringToFile: downloads directory not found");
-    item->markFailed("There is no Downloads folder.");
+    item->markFailed(base::tr("There is no Downloads folder."));
     co_return;
   }
   const auto size = static_cast<std::int64_t>(text.size());
   item->setProgress(size, size);
-  const auto written = co_await files_.writeAtomically(item->destination, std::move(text));
+  const auto written = co_await write(item->destination, std::move(text));
   if (written) {
     item->markFinished();
     co_return;
   }
-  logger_.error("Save failed: {}", written.error().description);
-  item->markFailed("The message could not be saved: " + written.error().description + ".");
+  logger_.error("Save failed: {}", written.error());
+  item->markFailed(written.error());
+}
+
+async::Task<std::expected<void, std::string>> MessageFiles::write(std::string path, std::string text) {
+  const auto file = co_await newFiles_.create(std::move(path), platform::NewFiles::Existing::isReplaced);
+  if (!file)
+    co_return std::unexpected(file.error());
+  auto written = co_await (*file)->write(std::move(text));
+  if (written)
+    written = co_await (*file)->finish();
+  co_return written;
 }
 
 } // namespace ondrel::web

@@ -4,6 +4,7 @@
 #include "base/Log.h"
 #include "platform/HttpClient.h"
 
+#include <expected>
 #include <memory>
 #include <string>
 
@@ -13,7 +14,7 @@ class NotificationManager;
 
 namespace ondrel::platform {
 class Directories;
-class FileWriter;
+class NewFiles;
 } // namespace ondrel::platform
 
 namespace ondrel::web {
@@ -26,7 +27,7 @@ class DownloadItem;
 class MessageFiles final {
  public:
   // All of them outlive it.
-  MessageFiles(platform::HttpClient& http, platform::FileWriter& files,
+  MessageFiles(platform::HttpClient& http, platform::NewFiles& newFiles,
                const platform::Directories& directories, jmap::NotificationManager& notifications);
 
   // Comes at once; the item tells of the end, and so does a notification unless the user has cancelled it.
@@ -38,9 +39,10 @@ class MessageFiles final {
   async::Task<platform::HttpResult<std::string>> fetchText(std::string url);
   // Replaces a file of that name.
   async::Task<void> saveStringToFile(std::string text, std::shared_ptr<DownloadItem> item);
+  async::Task<std::expected<void, std::string>> write(std::string path, std::string text);
 
   platform::HttpClient& http_;
-  platform::FileWriter& files_;
+  platform::NewFiles& newFiles_;
   const platform::Directories& directories_;
   jmap::NotificationManager& notifications_;
   const base::Logger logger_{"ui"};

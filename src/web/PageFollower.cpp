@@ -1,5 +1,6 @@
 #include "web/PageFollower.h"
 
+#include "base/Translation.h"
 #include "base/Url.h"
 #include "platform/WebView.h"
 #include "settings/AppSettings.h"
@@ -50,7 +51,7 @@ void PageFollower::didFinish() {
   if (!viewModel)
     return;
   const auto title = webView_->title().value_or("");
-  viewModel->title.set(title.empty() ? "New Tab" : title);
+  viewModel->title.set(title.empty() ? base::tr("New Tab") : title);
   titleIsDue_ = title.empty();
   viewModel->pageProblem.set({});
 }

@@ -1,5 +1,6 @@
 #include "web/PageMessages.h"
 
+#include "base/Translation.h"
 #include "base/Url.h"
 #include "jmap/newmail/NotificationManager.h"
 #include "platform/Application.h"
@@ -145,19 +146,20 @@ void PageMessages::consoleLog(const Fields& fields) {
 void PageMessages::filesAutoShare(const Fields& fields) {
   const auto* status = fields.find("status");
   const auto* filename = fields.find("filename");
-  const std::string name = filename ? *filename : "the file";
+  const std::string name = filename ? *filename : base::tr("the file");
   if (status && *status == "success") {
     scope_.spawn(services_.notifications.send(
-        "Attached via Fastmail Files",
-        "\"" + name + "\" was too large to attach directly — a share link was added to your email instead.",
+        base::tr("Attached via Fastmail Files"),
+        base::trFormat(
+            "\"{}\" was too large to attach directly — a share link was added to your email instead.", name),
         {}, {}));
     return;
   }
   const auto* reason = fields.find("reason");
   logger_.error("files-auto-share failed for {}: {}", name, reason ? *reason : "");
-  scope_.spawn(services_.notifications.send("Couldn't share \"" + name + "\"",
-                                            "It's too large to attach — add it via Fastmail Files manually.",
-                                            {}, {}));
+  scope_.spawn(services_.notifications.send(
+      base::trFormat("Couldn't share \"{}\"", name),
+      base::tr("It's too large to attach — add it via Fastmail Files manually."), {}, {}));
 }
 
 } // namespace ondrel::web

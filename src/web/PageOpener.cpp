@@ -1,6 +1,7 @@
 #include "web/PageOpener.h"
 
 #include "base/Text.h"
+#include "base/Translation.h"
 #include "base/Url.h"
 #include "platform/UriLauncher.h"
 #include "platform/WebView.h"
@@ -57,10 +58,11 @@ void PageOpener::tellOfBlockedWindow(const std::optional<std::string>& url) {
   const auto viewModel = viewModel_.lock();
   if (!viewModel)
     return;
-  PageNotice notice{.text = "A window was blocked."};
+  PageNotice notice{.text = base::tr("A window was blocked.")};
   // An empty window is for the page to fill, which has been told that there is none.
   if (url && isWebAddress(*url)) {
-    notice.button = "Open";
+    // TRANSLATORS: a button below that a window was blocked
+    notice.button = base::tr("Open");
     if (url->starts_with(services_.settings.baseURL()) && openInNewTab_)
       notice.act = [open = openInNewTab_, opened = newViewModel(*url)] { open(opened, true); };
     else

@@ -1,6 +1,7 @@
 #include "web/TabPrinting.h"
 
 #include "base/Text.h"
+#include "base/Translation.h"
 #include "platform/Panels.h"
 #include "platform/WebView.h"
 #include "web/WebServices.h"
@@ -44,12 +45,13 @@ async::Task<PrintResult> printPage(WeakTab weakTab, platform::PrintSettings sett
 
 async::Task<void> tellOfFailure(std::string title, std::string advice,
                                 std::shared_ptr<platform::Window> parent, platform::Panels& panels) {
-  platform::Alert alert{std::move(title), std::move(advice), platform::AlertStyle::warning, {"OK"}};
+  platform::Alert alert{std::move(title), std::move(advice), platform::AlertStyle::warning, {base::tr("OK")}};
   co_await panels.runAlert(std::move(alert), std::move(parent));
 }
 
 std::string documentName(const std::string& title) {
-  return base::safeFileName(title, "Document");
+  // TRANSLATORS: the name of a file that has none
+  return base::safeFileName(title, base::tr("Document"));
 }
 
 } // namespace
@@ -69,16 +71,16 @@ async::Task<void> printWithPanel(WeakTab weakTab, const WebServices& services) {
     tab->fileMade.emit(*path);
   if (tab && result == PrintResult::failed)
     co_await tellOfFailure(
-        "The page could not be printed",
-        "See whether the printer is on and has paper, or whether the folder is there and has "
-        "space left.",
+        base::tr("The page could not be printed"),
+        base::tr("See whether the printer is on and has paper, or whether the folder is there and has "
+                 "space left."),
         tab->window.lock(), services.panels);
 }
 
 async::Task<void> exportAsPDF(WeakTab weakTab, std::shared_ptr<platform::Window> parent,
                               const WebServices& services) {
   const auto title = weakTab.expired() ? std::string() : *weakTab.lock()->title;
-  platform::SavePanel panel{base::safeFileName(documentName(title) + ".pdf", "Document.pdf"),
+  platform::SavePanel panel{base::safeFileName(documentName(title) + ".pdf", documentName({}) + ".pdf"),
                             {"application/pdf"}};
   auto path = co_await services.panels.runSavePanel(std::move(panel), parent);
   if (!path)
@@ -90,9 +92,9 @@ async::Task<void> exportAsPDF(WeakTab weakTab, std::shared_ptr<platform::Window>
   if (tab && result == PrintResult::done)
     tab->fileMade.emit(*path);
   if (result == PrintResult::failed)
-    co_await tellOfFailure("The PDF could not be saved",
-                           "Choose another folder, or see whether there is space left on the disk.", parent,
-                           services.panels);
+    co_await tellOfFailure(base::tr("The PDF could not be saved"),
+                           base::tr("Choose another folder, or see whether there is space left on the disk."),
+                           parent, services.panels);
 }
 
 } // namespace ondrel::web

@@ -1,6 +1,7 @@
 #include "web/WindowViewModel.h"
 
 #include "base/Text.h"
+#include "base/Translation.h"
 #include "base/Url.h"
 #include "platform/Application.h"
 #include "platform/Deadlines.h"
@@ -26,8 +27,8 @@ async::Task<platform::ScriptResult> evaluateIn(std::shared_ptr<platform::WebView
 }
 
 async::Task<platform::ScriptResult> refuse() {
-  co_return std::unexpected(
-      platform::ScriptError{platform::ScriptError::Kind::exception, "the page is none of the service's"});
+  co_return std::unexpected(platform::ScriptError{platform::ScriptError::Kind::exception,
+                                                  base::tr("the page is none of the service's")});
 }
 
 // A page that can't take it keeps what it has.

@@ -3,6 +3,7 @@
 #include "async/Task.h"
 #include "base/Base64.h"
 #include "base/Observable.h"
+#include "base/Translation.h"
 #include "platform/FrameInfo.h"
 #include "platform/WebView.h"
 #include "web/WebViewConfiguration.h"
@@ -49,7 +50,7 @@ class WindowViewModel : public std::enable_shared_from_this<WindowViewModel> {
   base::Observable<std::string> urlString; // as last reported or requested
   // Of the page that has come and is shown, whatever is on its way; empty for pages of the service.
   base::Observable<std::string> foreignHost;
-  base::Observable<std::string> title{std::string("New Tab")};
+  base::Observable<std::string> title{std::string(base::tr("New Tab"))};
   base::Observable<std::string> mouseOverString; // the hovered link
   base::Observable<bool> canGoBack{false};
   base::Observable<bool> canGoForward{false};

@@ -1,6 +1,7 @@
 #include "highlights/file/HighlightStore.h"
 
 #include "base/Json.h"
+#include "base/Translation.h"
 
 #include <boost/json/object.hpp>
 #include <boost/json/value.hpp>
@@ -25,7 +26,7 @@ HighlightStore::HighlightStore(platform::Directories& directories, platform::Fil
              .cantSave = "HighlightStore: save failed: ",
              .isKept = "HighlightStore: what can't be read is kept as ",
              .hasNoFolder = "HighlightStore: failed to resolve Application Support URL",
-             .hasNoFolderProblem = "there is no folder for highlights"},
+             .hasNoFolderProblem = base::tr("there is no folder for highlights")},
             {.take = [this](const std::string& text) { return take(text); },
              .text = [this] { return encoded(); },
              .didSave = [this](bool isSaved) { didSave(isSaved); }}) {

@@ -1,3 +1,4 @@
+#include "base/Translation.h"
 #include "jmap/mail/ISO8601Date.h"
 #include "jmap/mail/MailQueries.h"
 #include "jmap/mail/MailRequest.h"
@@ -18,7 +19,7 @@ bool isEmbedded(const base::JsonReader& part) {
 
 void appendAttachments(std::vector<AttachmentInfo>& result, const std::string& emailId,
                        const base::JsonReader& email) {
-  const auto subject = email["subject"].string().value_or("(No subject)");
+  const auto subject = email["subject"].string().value_or(base::tr("(No subject)"));
   const auto from = senderText(email);
   // Without a date it sorts last.
   const auto receivedAt =
@@ -30,7 +31,8 @@ void appendAttachments(std::vector<AttachmentInfo>& result, const std::string& e
     result.push_back({.id = emailId + "-" + *blobId,
                       .emailId = emailId,
                       .blobId = *blobId,
-                      .name = part["name"].string().value_or("Untitled"),
+                      // TRANSLATORS: the name of a file that has none
+                      .name = part["name"].string().value_or(base::tr("Untitled")),
                       .type = part["type"].string().value_or("application/octet-stream"),
                       .size = part["size"].wholeNumber().value_or(0),
                       .subject = subject,

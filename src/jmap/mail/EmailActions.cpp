@@ -54,6 +54,7 @@ async::Task<Result<void>> EmailActions::moveToArchive(MailAccount account, std::
   const auto inboxId = co_await queries_.fetchInboxMailboxId();
   if (!inboxId)
     co_return std::unexpected(inboxId.error());
+  co_await lookForArchive(); // at the start nobody may have done so
   const auto archiveId = archiveId_;
   if (!archiveId)
     co_return std::unexpected(JMAPError::refused("the account has no archive"));

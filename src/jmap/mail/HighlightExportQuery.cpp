@@ -1,3 +1,4 @@
+#include "base/Translation.h"
 #include "jmap/mail/MailQueries.h"
 #include "jmap/mail/MailRequest.h"
 #include "jmap/mail/MessageURL.h"
@@ -53,7 +54,7 @@ void resolve(ResolvedByMessageId& resolved, const base::JsonReader& email) {
     return;
   resolved.insert_or_assign(*std::move(messageId),
                             Resolved{.internalId = *std::move(id),
-                                     .subject = email["subject"].string().value_or("(No subject)"),
+                                     .subject = email["subject"].string().value_or(base::tr("(No subject)")),
                                      .mailboxId = mailboxIds->begin()->key(),
                                      .threadId = *std::move(threadId)});
 }

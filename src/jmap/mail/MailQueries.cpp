@@ -1,5 +1,6 @@
 #include "jmap/mail/MailQueries.h"
 
+#include "base/Translation.h"
 #include "jmap/mail/MailRequest.h"
 #include "jmap/protocol/JMAPReading.h"
 #include "settings/AppSettings.h"
@@ -44,7 +45,7 @@ async::Task<Result<EmailInfo>> MailQueries::emailInfo(std::string emailId) {
     networkLogger.error("emailInfo: unexpected JMAP response format");
     co_return std::unexpected(JMAPError::badResponse());
   }
-  co_return EmailInfo{.subject = email["subject"].string().value_or("(No subject)"),
+  co_return EmailInfo{.subject = email["subject"].string().value_or(base::tr("(No subject)")),
                       .messageId = email["messageId"][0].string().value_or(emailId)};
 }
 

@@ -1,9 +1,11 @@
 #include "jmap/newmail/NewMail.h"
 
-#include <fmt/format.h>
+#include "base/ListText.h"
+#include "base/Translation.h"
 
 #include <algorithm>
 #include <ranges>
+#include <utility>
 
 namespace ondrel::jmap {
 
@@ -19,19 +21,21 @@ std::string sendersOf(const NewMail& mail) {
       senders.push_back(email.sender);
   // "and 1 other" would be as long as the name.
   const bool allFit = senders.size() <= mostSenders + 1;
-  const auto named = allFit ? senders.size() : mostSenders;
-  std::string text = senders.at(0);
-  for (std::size_t i = 1; i < named; ++i)
-    text += (allFit && i + 1 == named ? " and " : ", ") + senders[i];
-  return allFit ? text : fmt::format("{} and {} others", text, senders.size() - named);
+  if (allFit)
+    return base::andList(std::move(senders));
+  const auto others = senders.size() - mostSenders;
+  senders.resize(mostSenders);
+  // TRANSLATORS: {0} are the names of some senders
+  return base::trPlural("{0} and {1} other", "{0} and {1} others", others, base::commaList(senders), others);
 }
 
 } // namespace
 
 platform::NotificationContent summaryOf(const NewMail& mail) {
   platform::NotificationContent content;
-  content.title = fmt::format("{} new messages", mail.emails.size());
-  content.body = "From " + sendersOf(mail);
+  content.title = base::trPlural("{} new message", "{} new messages", mail.emails.size(), mail.emails.size());
+  // TRANSLATORS: {} are the names of senders
+  content.body = base::trFormat("From {}", sendersOf(mail));
   for (const auto& email : mail.emails | std::views::take(mostLines))
     content.furtherLines.push_back(email.sender + ": " + email.subject);
   return content;

@@ -1,6 +1,7 @@
 #include "jmap/newmail/NewMailNotifier.h"
 
 #include "async/sleep.h"
+#include "base/Translation.h"
 #include "jmap/mail/MailQueries.h"
 #include "jmap/mail/MailRequest.h"
 #include "jmap/mail/MessageURL.h"
@@ -51,6 +52,10 @@ NewMailNotifier::NewMailNotifier(JMAPClient& client, MailQueries& queries, Notif
                                  std::function<void()> badgeRefresh)
     : client_(client), queries_(queries), actions_(client, queries, std::move(badgeRefresh)),
       notifications_(notifications), settings_(settings), openURL_(std::move(openURL)) {
+  // From the beginning: the program may have been started for an answer, long before its page is there.
+  for (const auto* category : {categoryIdentifier, summaryCategoryIdentifier})
+    notifications_.setResponseHandler(
+        category, [this](const platform::NotificationResponse& response) { respond(response); });
 }
 
 NewMailNotifier::~NewMailNotifier() {
@@ -61,10 +66,7 @@ NewMailNotifier::~NewMailNotifier() {
 async::Task<void> NewMailNotifier::setUp() {
   co_await notifications_.requestPermission();
   offerActions();
-  notifications_.registerCategory({summaryCategoryIdentifier, {}});
-  for (const auto* category : {categoryIdentifier, summaryCategoryIdentifier})
-    notifications_.setResponseHandler(
-        category, [this](const platform::NotificationResponse& response) { respond(response); });
+  notifications_.registerCategory({summaryCategoryIdentifier, {}, true});
   looking_.cancel(); // it may wait for a page on which nobody has signed in
   looking_ = scope_.spawn(offerArchive());
 }
@@ -81,11 +83,12 @@ async::Task<void> NewMailNotifier::offerArchive() {
 }
 
 void NewMailNotifier::offerActions() {
-  std::vector<platform::NotificationAction> actions{{markAsReadAction, "Mark as Read"},
-                                                    {deleteAction, "Delete", true}};
+  std::vector<platform::NotificationAction> actions{{markAsReadAction, base::tr("Mark as Read")},
+                                                    {deleteAction, base::tr("Delete"), true}};
   if (actions_.canArchive())
-    actions.insert(actions.begin(), {archiveAction, "Archive"});
-  notifications_.registerCategory({categoryIdentifier, std::move(actions)});
+    // TRANSLATORS: a button below a new message: put it into the archive
+    actions.insert(actions.begin(), {archiveAction, base::trIn("verb", "Archive")});
+  notifications_.registerCategory({categoryIdentifier, std::move(actions), true});
 }
 
 async::Task<Result<NewMailNotifier::Inbox>>
@@ -140,7 +143,7 @@ async::Task<Result<NewMail>> NewMailNotifier::newMailAmong(std::vector<std::stri
     }
     mail.emails.push_back({.id = std::move(id),
                            .sender = senderText(email),
-                           .subject = email["subject"].string().value_or("(No subject)")});
+                           .subject = email["subject"].string().value_or(base::tr("(No subject)"))});
   }
   co_return mail;
 }
@@ -239,15 +242,27 @@ void NewMailNotifier::respond(const platform::NotificationResponse& response) {
       open(content.userInfo, "");
     else if (emailId)
       open(content.userInfo, *emailId);
-  } else if (!emailId) {
-    return;
-  } else if (response.actionIdentifier == archiveAction) {
-    scope_.spawn(actions_.archive(*std::move(emailId)));
-  } else if (response.actionIdentifier == markAsReadAction) {
-    scope_.spawn(actions_.markAsRead(*std::move(emailId)));
-  } else if (response.actionIdentifier == deleteAction) {
-    scope_.spawn(queries_.deleteEmail(*std::move(emailId)));
+  } else if (emailId) {
+    scope_.spawn(perform(response.actionIdentifier, *std::move(emailId),
+                         find(content.userInfo, "accountParam").value_or("")));
   }
+}
+
+// The notification may be older than the sign-in, and another account's emails may have the same ids.
+async::Task<void> NewMailNotifier::perform(std::string action, std::string emailId,
+                                           std::string accountParam) {
+  const auto account = co_await mailAccount(client_, action);
+  if (!account || accountParameter(account->id) != accountParam) {
+    networkLogger.error("{}: failed for {}: {}", action, emailId,
+                        account ? "it is of another account" : account.error().description());
+    co_return;
+  }
+  if (action == archiveAction)
+    co_await actions_.archive(std::move(emailId));
+  else if (action == markAsReadAction)
+    co_await actions_.markAsRead(std::move(emailId));
+  else if (action == deleteAction)
+    co_await queries_.deleteEmail(std::move(emailId));
 }
 
 void NewMailNotifier::open(const std::map<std::string, std::string>& userInfo,

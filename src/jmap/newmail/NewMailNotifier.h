@@ -36,7 +36,7 @@ class NewMailNotifier {
   NewMailNotifier(const NewMailNotifier&) = delete;
   NewMailNotifier& operator=(const NewMailNotifier&) = delete;
 
-  // Asks for permission and begins to answer what the user does; may be done again.
+  // Asks for permission and tells which buttons there are; may be done again.
   async::Task<void> setUp();
   // Which of these the user is to be told of: those in the inbox that are neither read nor drafts, in the
   // order of the server's answers. All of them count as in the inbox where nobody can say what that is. An
@@ -71,6 +71,7 @@ class NewMailNotifier {
   async::Task<void> offerArchive();
   void takeBack(const std::string& emailId);
   void respond(const platform::NotificationResponse& response);
+  async::Task<void> perform(std::string action, std::string emailId, std::string accountParam);
   void open(const std::map<std::string, std::string>& userInfo, const std::string& page) const;
 
   JMAPClient& client_;

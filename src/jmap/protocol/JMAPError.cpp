@@ -1,5 +1,7 @@
 #include "jmap/protocol/JMAPError.h"
 
+#include "base/Translation.h"
+
 namespace ondrel::jmap {
 
 std::string JMAPError::description() const {
@@ -7,22 +9,28 @@ std::string JMAPError::description() const {
   case Kind::navigationFailed:
     return "Navigation failed: " + detail;
   case Kind::notAuthenticated:
-    return "Fastmail is not signed in.";
+    return base::trMark("Fastmail is not signed in.");
   case Kind::noMailAccount:
-    return "No mail account found in the JMAP session.";
+    return base::trMark("No mail account found in the JMAP session.");
   case Kind::badResponse:
   case Kind::rejected:
-    return "Unexpected JMAP response format.";
+    return base::trMark("Unexpected JMAP response format.");
   case Kind::sseStale:
-    return "SSE connection went stale.";
+    return base::trMark("SSE connection went stale.");
   case Kind::cancelled:
-    return "The operation was cancelled.";
+    return base::trMark("The operation was cancelled.");
   case Kind::refused:
   case Kind::transport:
   case Kind::malformed:
     return detail;
   }
   return detail;
+}
+
+std::string JMAPError::inWords() const {
+  if (kind == Kind::navigationFailed)
+    return base::trFormat("Navigation failed: {}", base::tr(detail.c_str()));
+  return base::tr(description().c_str());
 }
 
 bool JMAPError::isPassing() const {

@@ -5,7 +5,8 @@
 
 namespace ondrel::jmap {
 
-// Why a JMAP operation gave nothing. description() is for people and the log, and holds nothing of a request.
+// Why a JMAP operation gave nothing. description() is for the log and for assistants, and holds nothing of a
+// request.
 struct JMAPError {
   enum class Kind {
     navigationFailed, // the hidden page can't be loaded; detail says why
@@ -24,6 +25,7 @@ struct JMAPError {
   std::string detail;
 
   std::string description() const;
+  std::string inWords() const; // the same for people
   // Whether the fault lies on the way to the answer, so that the same question may be answered later.
   bool isPassing() const;
   bool operator==(const JMAPError&) const = default;

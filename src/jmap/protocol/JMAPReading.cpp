@@ -1,5 +1,7 @@
 #include "jmap/protocol/JMAPReading.h"
 
+#include "base/Translation.h"
+
 namespace ondrel::jmap {
 
 base::JsonReader answer(const boost::json::value& reply, std::size_t index) {
@@ -19,7 +21,8 @@ std::string senderText(const base::JsonReader& email) {
   for (const auto* key : {"name", "email"})
     if (auto text = address[key].string(); text && !text->empty())
       return *std::move(text);
-  return "Unknown";
+  // TRANSLATORS: a sender without name and address
+  return base::tr("Unknown");
 }
 
 } // namespace ondrel::jmap

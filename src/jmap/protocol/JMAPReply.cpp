@@ -1,4 +1,5 @@
 #include "base/Text.h"
+#include "base/Translation.h"
 #include "jmap/protocol/JMAPClient.h"
 #include "jmap/protocol/LogExcerpt.h"
 
@@ -19,7 +20,8 @@ constexpr std::ptrdiff_t mostValues = 4'000'000;
 Result<boost::json::value> parsed(const std::string& body) {
   const auto values = std::ranges::count_if(body, [](char c) { return c == ',' || c == '[' || c == '{'; });
   if (values > mostValues)
-    return std::unexpected(JMAPError{JMAPError::Kind::malformed, "The reply has too many values."});
+    return std::unexpected(
+        JMAPError{JMAPError::Kind::malformed, base::trMark("The reply has too many values.")});
   boost::json::parse_options options;
   options.max_depth = deepestJson;
   boost::system::error_code failure;

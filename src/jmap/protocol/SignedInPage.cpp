@@ -2,6 +2,7 @@
 
 #include "async/Deadline.h"
 #include "async/sleep.h"
+#include "base/Translation.h"
 #include "platform/Deadlines.h"
 #include "platform/WebView.h"
 #include "settings/AppSettings.h"
@@ -39,7 +40,7 @@ SignedInPage::~SignedInPage() {
 
 void SignedInPage::load() {
   retry_.stop();
-  loadDeadline_ = async::Timer(longestLoad, [this] { failWaiters("The request timed out."); });
+  loadDeadline_ = async::Timer(longestLoad, [this] { failWaiters(base::trMark("The request timed out.")); });
   webView_->load(settings_.baseURL());
 }
 
@@ -61,7 +62,8 @@ async::Task<Result<std::optional<std::string>>> SignedInPage::pollAccessToken(in
       const auto answer = co_await webView->evaluate(std::string(settings::page::accessToken), std::nullopt,
                                                      platform::evaluationDeadline);
       const auto* token = answer ? answer->if_string() : nullptr;
-      if (token && !token->empty())
+      tokenIsMissing_ = !token || token->empty();
+      if (!tokenIsMissing_)
         co_return std::string(*token);
     }
     const bool slept = co_await async::sleep(pollPause);
@@ -124,6 +126,15 @@ async::Task<bool> SignedInPage::isSignInShown() {
   co_return signInWasShown_;
 }
 
+// A page that only begins has no token yet either, and is left to it.
+async::Task<void> SignedInPage::visiblePageDidLoad() {
+  if (!tokenIsMissing_ || !isPageLoaded_)
+    co_return;
+  const bool asks = co_await looksLikeSignIn();
+  if (asks)
+    load();
+}
+
 void SignedInPage::didFinish() {
   loadDeadline_.stop();
   retry_.stop();
@@ -141,7 +152,7 @@ void SignedInPage::didFail(const platform::WebError& error) {
 
 void SignedInPage::webProcessDidTerminate(bool) {
   isPageLoaded_ = false;
-  failWaiters("The page's process has ended.");
+  failWaiters(base::trMark("The page's process has ended."));
 }
 
 void SignedInPage::failWaiters(const std::string& reason) {

@@ -47,8 +47,11 @@ class SignedInPage final : platform::HiddenPageDelegate {
   // Waits for the page and polls; without a token loads the page once more, unless that was done just before.
   async::Task<Result<std::string>> currentAccessToken();
   // Whether the page asks for a sign-in instead of showing mail, so that waiting for a token leads nowhere.
-  // Answers within two seconds. The page isn't told of a sign-in elsewhere: it is loaded again now and then.
+  // Answers within two seconds. Not every sign-in elsewhere is told: the page is loaded again now and then.
   async::Task<bool> isSignInShown();
+  // To be called when a page of the service that the user sees has loaded: somebody may have signed in there.
+  // Loads this one again if it had no token and still asks for a sign-in. Ends with the object at the latest.
+  async::Task<void> visiblePageDidLoad();
 
  private:
   void didFinish() override;
@@ -68,6 +71,7 @@ class SignedInPage final : platform::HiddenPageDelegate {
   std::vector<async::Resolver<Result<void>>> readyContinuations_;
   bool isPageLoaded_ = false;
   bool signInWasShown_ = false; // at the last look
+  bool tokenIsMissing_ = false; // likewise
   // A load that is never finished must not keep its waiters for ever.
   async::Timer loadDeadline_;
   // Where nobody asks again, as after a start without network, the page would never be loaded.

@@ -2,11 +2,10 @@
 
 const SHARE_ATTRIBUTE = 'data-ondrel-files-share';  // on a paragraph of the body: the file's name
 
-const errorText = (filename) => `Could not share "${filename}" via Fastmail Files — attach it manually.`;
+const errorText = (filename) => filledIn(TEXTS.notShared, filename);
 
 const addToRichBody = (editor, {filename}, url) => {
-  const words =
-      url ? ['Shared via Fastmail Files: ', element('a', {href: url}, filename)] : [errorText(filename)];
+  const words = url ? [`${TEXTS.shared} `, element('a', {href: url}, filename)] : [errorText(filename)];
   const paragraph = element('p', url ? {[SHARE_ATTRIBUTE]: filename} : {}, ...words);
   const quote = editor.querySelector('blockquote');
   if (quote) {
@@ -29,7 +28,7 @@ const replaceText = (textarea, start, end, text) => {
 
 const addToPlainBody = (textarea, share, url) => {
   const {filename} = share;
-  const line = url ? `Shared via Fastmail Files: ${filename} - ${url}` : errorText(filename);
+  const line = url ? `${TEXTS.shared} ${filename} - ${url}` : errorText(filename);
   share.line = url && line;
   const {value} = textarea;
   const beginsQuoted = value.startsWith('>');

@@ -26,7 +26,7 @@ const buildChip = (filename) => {
       element('span', {class: 'v-ComposeAttachment-label'}, filename),
       element(
           'p', {class: 'v-ComposeAttachment-size'}, element('span', {class: 'ondrel-files-spinner'}),
-          'Uploading via Fastmail Files…'),
+          TEXTS.chipUploading),
       element('span', {class: 'v-ComposeAttachment-divider'}), removeButton);
   return element('div', {class: 'v-ComposeAttachment', [CHIP_ATTRIBUTE]: filename}, row);
 };
@@ -59,7 +59,7 @@ const resolveChipToSuccess = (share, url) => {
   chip.querySelector('.v-ComposeAttachment-label')
       .replaceWith(element(
           'a', {class: 'v-ComposeAttachment-label', href: url, target: '_blank', rel: 'noopener'}, filename));
-  chip.querySelector('.v-ComposeAttachment-size').textContent = 'via Fastmail Files';
+  chip.querySelector('.v-ComposeAttachment-size').textContent = TEXTS.chipShared;
   const removeButton = chip.querySelector('.v-ComposeAttachment-remove');
   removeButton.style.visibility = '';
   removeButton.addEventListener('click', (event) => {

@@ -42,9 +42,7 @@ const judgeModal = (modal) => {
     report('error', filename, 'no captured file');
     return;
   }
-  heading.textContent = 'Uploading via Fastmail Files';
-  paragraph.textContent =
-      `"${filename}" is too large to attach directly. Ondrel is uploading it to Fastmail ` +
-      'Files and will add a share link to your email automatically.';
+  heading.textContent = TEXTS.uploading;
+  paragraph.textContent = filledIn(TEXTS.uploadingExplained, filename);
   enqueue(filename, recent);
 };

@@ -51,7 +51,5 @@ const updateOrphanBanner = (containerEl, orphanedIds) => {
   // The attribute is for the eye: an id may hold a comma, and a click must not clear another highlight.
   orphanIds.set(banner, orphanedIds);
   banner.setAttribute(ORPHAN_IDS_ATTR, orphanedIds.join(','));
-  banner.textContent = `${
-      orphanedIds
-          .length} highlight(s) hidden — open the other emails in this thread to see them, or click to clear`;
+  banner.textContent = filledIn(TEXTS.hiddenHighlights, orphanedIds.length);
 };

@@ -35,7 +35,7 @@ const showButton = ({containerEl, range}) => {
   offered = {containerEl, range: range.cloneRange()};
   btn = styled('div', BUTTON_STYLE);
   btn.setAttribute('role', 'button');
-  btn.textContent = 'Highlight';
+  btn.textContent = TEXTS.highlight;
   placeButton(range.getBoundingClientRect());
   const take = (event) => {
     swallow(event);  // or the press takes the selection away first

@@ -2,6 +2,7 @@
 
 #include "async/Future.h"
 #include "base/Text.h"
+#include "base/Translation.h"
 
 #include <glib/gstdio.h>
 
@@ -95,11 +96,14 @@ async::Task<void> fetch(attachments::FilesViewModel& files, jmap::AttachmentInfo
 
 glib::Ref<GdkPaintable> iconFor(GtkWidget* widget, const std::string& mimeType) {
   const glib::CString type(g_content_type_from_mime_type(mimeType.c_str()));
-  const auto icon = glib::adopt(g_content_type_get_icon(type ? type.get() : "application/octet-stream"));
+  auto icon = glib::adopt(g_content_type_get_icon(type ? type.get() : "application/octet-stream"));
+  auto* theme = gtk_icon_theme_get_for_display(gtk_widget_get_display(widget));
+  if (!gtk_icon_theme_has_gicon(theme, icon.get())) // themes may know no types
+    icon = glib::adopt(g_themed_icon_new("text-x-generic-symbolic"));
   constexpr int side = 48;
-  return glib::adopt(GDK_PAINTABLE(gtk_icon_theme_lookup_by_gicon(
-      gtk_icon_theme_get_for_display(gtk_widget_get_display(widget)), icon.get(), side,
-      gtk_widget_get_scale_factor(widget), gtk_widget_get_direction(widget), GtkIconLookupFlags(0))));
+  return glib::adopt(GDK_PAINTABLE(
+      gtk_icon_theme_lookup_by_gicon(theme, icon.get(), side, gtk_widget_get_scale_factor(widget),
+                                     gtk_widget_get_direction(widget), GtkIconLookupFlags(0))));
 }
 
 } // namespace
@@ -151,8 +155,27 @@ AttachmentDrag::AttachmentDrag(GtkWidget* view, attachments::FilesViewModel& vie
         gtk_drag_source_set_icon(drag, iconFor(view_, attachment->type).get(), 0, 0);
         return provider(*attachment).release();
       }));
+  connections_.push_back(glib::connect<gboolean(GtkDragSource*, GdkDrag*, GdkDragCancelReason)>(
+      source, "drag-cancel", [this](GtkDragSource*, GdkDrag* drag, GdkDragCancelReason reason) -> gboolean {
+        // One that ends where it began is one that nobody wanted.
+        auto* surface = gtk_native_get_surface(gtk_widget_get_native(view_));
+        if (reason != GDK_DRAG_CANCEL_USER_CANCELLED &&
+            !gdk_surface_get_device_position(surface, gdk_drag_get_device(drag), nullptr, nullptr, nullptr))
+          tellOfImpatience();
+        return FALSE;
+      }));
   source_ = glib::share(GTK_EVENT_CONTROLLER(source));
   gtk_widget_add_controller(view, GTK_EVENT_CONTROLLER(g_object_ref(source)));
+}
+
+// Some programs want to see what is dragged before they take it, others wait some seconds for it.
+void AttachmentDrag::tellOfImpatience() {
+  const auto file = files_.empty() ? nullptr : files_.back().lock();
+  if (!file || file->isOver)
+    return;
+  viewModel_.errorMessage.set(std::nullopt); // the same again is told too
+  viewModel_.errorMessage.set(
+      base::tr("The file was not here yet, and nothing has taken it. Drag it once more in a moment."));
 }
 
 AttachmentDrag::~AttachmentDrag() {

@@ -32,6 +32,8 @@ class AttachmentDrag {
   glib::Ref<GdkContentProvider> provider(const jmap::AttachmentInfo& attachment);
 
  private:
+  void tellOfImpatience();
+
   GtkWidget* view_;
   attachments::FilesViewModel& viewModel_;
   glib::Ref<GtkEventController> source_;

@@ -1,5 +1,6 @@
 #include "ui/attachments/AttachmentList.h"
 
+#include "base/Translation.h"
 #include "ui/attachments/AttachmentRow.h"
 #include "ui/attachments/AttachmentTexts.h"
 #include "ui/attachments/RowsArea.h"
@@ -38,7 +39,7 @@ AttachmentList::AttachmentList(attachments::FilesViewModel& files, const platfor
       scroll_(gtk_scrolled_window_get_vadjustment(GTK_SCROLLED_WINDOW(scrolled_))), foot_(foot) {
   gtk_widget_set_name(view_.get(), "attachments");
   gtk_widget_add_css_class(view_.get(), "attachments");
-  setAccessibleLabel(view_.get(), "Attached Files");
+  setAccessibleLabel(view_.get(), base::tr("Attached Files"));
   gtk_widget_set_parent(foot_, view_.get());
   gtk_widget_set_child_visible(foot_, FALSE);
   freeSlot();
@@ -125,8 +126,8 @@ int AttachmentList::width() const {
 void AttachmentList::allocate(int width, int height) {
   isAllocating_ = true;
   // With the user's font and style, which may change.
-  gtk_widget_measure(slots_.front()->row.widget(), GTK_ORIENTATION_VERTICAL, -1, nullptr, &height_, nullptr,
-                     nullptr);
+  gtk_widget_measure(slots_.front()->row.widget(), GTK_ORIENTATION_VERTICAL, width, nullptr, &height_,
+                     nullptr, nullptr);
   height_ = std::max(height_, 1);
   gtk_widget_measure(foot_, GTK_ORIENTATION_VERTICAL, width, nullptr, &footHeight_, nullptr, nullptr);
   if (std::exchange(page_, height) != height)

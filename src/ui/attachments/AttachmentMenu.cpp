@@ -1,5 +1,7 @@
 #include "ui/attachments/AttachmentMenu.h"
 
+#include "base/Translation.h"
+
 namespace ondrel::ui {
 
 using attachments::AttachmentCategory;
@@ -7,10 +9,11 @@ using attachments::AttachmentCategory;
 AttachmentMenu::AttachmentMenu(GtkWidget* parent, const attachments::FilesViewModel& files, Actions actions)
     : files_(files), parent_(parent), menu_(glib::adopt(g_menu_new())),
       group_(glib::adopt(g_simple_action_group_new())) {
-  add("show-email", "Show Containing Email", std::move(actions.showEmail));
-  add("download", "Download", std::move(actions.download));
-  add("print", "Print", std::move(actions.print));
-  add("preview", "Preview [Space bar]", std::move(actions.preview));
+  add("show-email", base::tr("Show Containing Email"), std::move(actions.showEmail));
+  add("download", base::trIn("verb", "Download"), std::move(actions.download));
+  add("print", base::trIn("verb", "Print"), std::move(actions.print));
+  // TRANSLATORS: a verb, and the key for it
+  add("preview", base::tr("Preview [Space bar]"), std::move(actions.preview));
   gtk_widget_insert_action_group(parent, "attachment", G_ACTION_GROUP(group_.get()));
   popover_ = gtk_popover_menu_new_from_model(G_MENU_MODEL(menu_.get()));
   gtk_widget_set_name(popover_, "attachment-menu");

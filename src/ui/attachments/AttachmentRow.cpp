@@ -1,6 +1,8 @@
 #include "ui/attachments/AttachmentRow.h"
 
+#include "base/Translation.h"
 #include "ui/attachments/AttachmentTexts.h"
+#include "ui/widgets/SideOrBelow.h"
 #include "ui/widgets/Texture.h"
 #include "ui/widgets/Widgets.h"
 
@@ -16,6 +18,11 @@ constexpr int spacing = 10;
 constexpr int thumbnailSide = 48; // pixels
 constexpr int buttonSide = 24;
 constexpr int spinnerSide = 20;
+
+// From screen readers, too.
+void setHidden(GtkWidget* row, bool isHidden) {
+  gtk_accessible_update_state(GTK_ACCESSIBLE(row), GTK_ACCESSIBLE_STATE_HIDDEN, isHidden, -1);
+}
 
 // One line that takes what room there is.
 GtkInscription* line(GtkInscriptionOverflow overflow, std::initializer_list<const char*> classes) {
@@ -45,21 +52,24 @@ GtkWidget* makeRow() {
 
 AttachmentRow::AttachmentRow(int dateCharacters, ShowMenu showMenu) : row_(glib::share(makeRow())) {
   gtk_widget_add_css_class(row_.get(), "activatable");
-  gtk_widget_set_tooltip_text(row_.get(), "Show preview");
+  gtk_widget_set_tooltip_text(row_.get(), base::tr("Show preview"));
   auto* box = gtk_box_new(GTK_ORIENTATION_HORIZONTAL, spacing);
-  for (auto* part : {makeThumbnail(), makeTexts(), makeEnd(dateCharacters)})
+  auto* texts = sideOrBelow(makeTexts(), makeEnd(dateCharacters));
+  gtk_widget_set_hexpand(texts, TRUE);
+  for (auto* part : {makeThumbnail(), texts})
     gtk_box_append(GTK_BOX(box), part);
   more_ = gtk_button_new_from_icon_name("view-more-symbolic");
   gtk_widget_set_size_request(more_, buttonSide, buttonSide);
   gtk_widget_set_valign(more_, GTK_ALIGN_CENTER);
-  gtk_widget_set_tooltip_text(more_, "More actions");
-  setAccessibleLabel(more_, "More actions");
+  gtk_widget_set_tooltip_text(more_, base::tr("More actions"));
+  setAccessibleLabel(more_, base::tr("More actions"));
   for (const auto* each : {"flat", "circular", "attachment-more"})
     gtk_widget_add_css_class(more_, each);
   clicked_ = glib::connect<void(GtkButton*)>(more_, "clicked",
                                              [showMenu = std::move(showMenu)](GtkButton*) { showMenu(); });
   gtk_box_append(GTK_BOX(box), more_);
   adw_bin_set_child(ADW_BIN(row_.get()), box);
+  setHidden(row_.get(), true); // until it has a file
 }
 
 GtkWidget* AttachmentRow::makeThumbnail() {
@@ -106,6 +116,7 @@ void AttachmentRow::show(const AttachmentTexts& texts, attachments::AttachmentCa
   gtk_inscription_set_text(date_, texts.date.c_str());
   gtk_inscription_set_text(size_, texts.size.c_str());
   setAccessibleLabel(row_.get(), texts.spoken());
+  setHidden(row_.get(), false);
 }
 
 void AttachmentRow::setThumbnail(const platform::PicturePointer& thumbnail) {
@@ -150,7 +161,8 @@ void AttachmentRow::setBusy(bool isBusy) {
   gtk_widget_set_valign(spinner_, GTK_ALIGN_CENTER);
   gtk_widget_set_margin_start(spinner_, (buttonSide - spinnerSide) / 2);
   gtk_widget_set_margin_end(spinner_, (buttonSide - spinnerSide) / 2);
-  setAccessibleLabel(spinner_, "Working");
+  // TRANSLATORS: something is being done with this file
+  setAccessibleLabel(spinner_, base::tr("Working"));
   gtk_spinner_start(GTK_SPINNER(spinner_));
   gtk_box_append(GTK_BOX(box), spinner_);
 }

@@ -1,6 +1,7 @@
 #include "ui/attachments/AttachmentTexts.h"
 
 #include "base/Text.h"
+#include "base/Translation.h"
 #include "jmap/mail/AttachmentInfo.h"
 #include "platform/TextFormatting.h"
 #include "platform/linux/glib/Ref.h"
@@ -12,15 +13,19 @@ namespace ondrel::ui {
 using attachments::AttachmentCategory;
 
 const std::array<CategoryFace, 9> categoryFaces{{
-    {AttachmentCategory::image, "Images", "image-x-generic-symbolic"},
-    {AttachmentCategory::pdf, "PDFs", "x-office-document-symbolic"},
-    {AttachmentCategory::archive, "Archives", "package-x-generic-symbolic"},
-    {AttachmentCategory::movie, "Videos", "video-x-generic-symbolic"},
-    {AttachmentCategory::audio, "Audio", "audio-x-generic-symbolic"},
-    {AttachmentCategory::spreadsheet, "Spreadsheets", "x-office-spreadsheet-symbolic"},
-    {AttachmentCategory::presentation, "Presentations", "x-office-presentation-symbolic"},
-    {AttachmentCategory::text, "Text", "text-x-generic-symbolic"},
-    {AttachmentCategory::other, "Other", "emblem-documents-symbolic"},
+    // TRANSLATORS: kinds of files
+    {AttachmentCategory::image, base::trMark("Images"), "image-x-generic-symbolic"},
+    {AttachmentCategory::pdf, base::trMark("PDFs"), "x-office-document-symbolic"},
+    {AttachmentCategory::archive, base::trMark("Archives"), "package-x-generic-symbolic"},
+    {AttachmentCategory::movie, base::trMark("Videos"), "video-x-generic-symbolic"},
+    // TRANSLATORS: a kind of files
+    {AttachmentCategory::audio, base::trMark("Audio"), "audio-x-generic-symbolic"},
+    {AttachmentCategory::spreadsheet, base::trMark("Spreadsheets"), "x-office-spreadsheet-symbolic"},
+    {AttachmentCategory::presentation, base::trMark("Presentations"), "x-office-presentation-symbolic"},
+    // TRANSLATORS: a kind of files
+    {AttachmentCategory::text, base::trMark("Text"), "text-x-generic-symbolic"},
+    // TRANSLATORS: files of other kinds
+    {AttachmentCategory::other, base::trMark("Other"), "emblem-documents-symbolic"},
 }};
 
 const char* categoryIcon(AttachmentCategory category) {
@@ -28,7 +33,8 @@ const char* categoryIcon(AttachmentCategory category) {
 }
 
 std::string AttachmentTexts::spoken() const {
-  return name + ", " + message + ", " + date + ", " + size;
+  // TRANSLATORS: read aloud of a file: its name, its message, the date, the size
+  return base::trFormat("{0}, {1}, {2}, {3}", name, message, date, size);
 }
 
 AttachmentTexts attachmentTexts(const jmap::AttachmentInfo& attachment,
@@ -51,7 +57,8 @@ int dateCharacters(const platform::TextFormatting& formatting) {
 
 std::string sinceText(std::optional<std::chrono::sys_time<std::chrono::milliseconds>> oldest,
                       const platform::TextFormatting& formatting) {
-  return oldest ? "Since " + formatting.mediumDate(*oldest) : "";
+  // TRANSLATORS: a date, before which no files have been loaded yet
+  return oldest ? base::trFormat("Since {}", formatting.mediumDate(*oldest)) : "";
 }
 
 } // namespace ondrel::ui

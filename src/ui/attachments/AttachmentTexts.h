@@ -20,7 +20,7 @@ namespace ondrel::ui {
 // A kind of file as menus and rows show it.
 struct CategoryFace {
   attachments::AttachmentCategory category;
-  const char* title;
+  const char* title; // English, marked for translation
   const char* icon;
 };
 extern const std::array<CategoryFace, 9> categoryFaces; // in the order of the enum

@@ -1,5 +1,6 @@
 #include "ui/attachments/CategoryFilter.h"
 
+#include "base/Translation.h"
 #include "ui/attachments/AttachmentTexts.h"
 #include "ui/widgets/Widgets.h"
 
@@ -24,7 +25,7 @@ CategoryFilter::CategoryFilter(attachments::FilesViewModel& files)
   gtk_widget_set_name(button_, "filter-attachments");
   gtk_menu_button_set_icon_name(GTK_MENU_BUTTON(button_), "view-sort-descending-symbolic");
   gtk_menu_button_set_popover(GTK_MENU_BUTTON(button_), makeMenu());
-  gtk_widget_set_tooltip_text(button_, "Filter by file type");
+  gtk_widget_set_tooltip_text(button_, base::tr("Filter by file type"));
   update();
 }
 
@@ -34,16 +35,16 @@ GtkWidget* CategoryFilter::makeMenu() {
   auto* all = gtk_button_new();
   gtk_widget_set_name(all, "all-files");
   gtk_widget_add_css_class(all, "flat");
-  gtk_button_set_child(GTK_BUTTON(all), entryContent("folder-documents-symbolic", "All Files"));
-  setAccessibleLabel(all, "All Files");
+  gtk_button_set_child(GTK_BUTTON(all), entryContent("folder-documents-symbolic", base::tr("All Files")));
+  setAccessibleLabel(all, base::tr("All Files"));
   connections_.push_back(
       glib::connect<void(GtkButton*)>(all, "clicked", [this](GtkButton*) { files_.clearCategories(); }));
   gtk_box_append(GTK_BOX(box), all);
   gtk_box_append(GTK_BOX(box), gtk_separator_new(GTK_ORIENTATION_HORIZONTAL));
   for (const auto& [category, title, icon] : categoryFaces) {
     auto* check = gtk_check_button_new();
-    gtk_check_button_set_child(GTK_CHECK_BUTTON(check), entryContent(icon, title));
-    setAccessibleLabel(check, title);
+    gtk_check_button_set_child(GTK_CHECK_BUTTON(check), entryContent(icon, base::tr(title)));
+    setAccessibleLabel(check, base::tr(title));
     connections_.push_back(
         glib::connect<void(GtkCheckButton*)>(check, "toggled", [this, category](GtkCheckButton*) {
           if (!isUpdating_)
@@ -64,7 +65,8 @@ void CategoryFilter::update() {
     gtk_check_button_set_active(GTK_CHECK_BUTTON(checks_[i]),
                                 selected.contains(categoryFaces[i].category) ? TRUE : FALSE);
   isUpdating_ = false;
-  setAccessibleLabel(button_, selected.empty() ? "Filter" : "Filter, active");
+  // TRANSLATORS: a noun: which kinds of files are shown
+  setAccessibleLabel(button_, selected.empty() ? base::tr("Filter") : base::tr("Filter, active"));
   if (selected.empty())
     gtk_widget_remove_css_class(button_, "filter-active");
   else

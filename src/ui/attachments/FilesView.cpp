@@ -1,8 +1,9 @@
 #include "ui/attachments/FilesView.h"
 
 #include "async/sleep.h"
-#include "base/Text.h"
+#include "base/Translation.h"
 #include "ui/attachments/AttachmentTexts.h"
+#include "ui/widgets/Toast.h"
 #include "ui/widgets/Widgets.h"
 
 #include <string_view>
@@ -72,8 +73,9 @@ FilesView::~FilesView() {
 }
 
 GtkWidget* FilesView::makeHeaderBar() {
-  title_ = ADW_WINDOW_TITLE(adw_window_title_new("Attached Files", nullptr));
-  auto* refresh = toolbarButton("refresh-attachments", "view-refresh-symbolic", "Refresh", "Refresh (⌘R)");
+  title_ = ADW_WINDOW_TITLE(adw_window_title_new(base::tr("Attached Files"), nullptr));
+  auto* refresh = toolbarButton("refresh-attachments", "view-refresh-symbolic", base::tr("Refresh"),
+                                base::tr("Refresh") + std::string(" (⌘R)"));
   connections_.push_back(
       glib::connect<void(GtkButton*)>(refresh, "clicked", [this](GtkButton*) { this->refresh(); }));
   filter_.emplace(*viewModel_);
@@ -88,8 +90,9 @@ GtkWidget* FilesView::makeSearchBar() {
   search_ = gtk_search_entry_new();
   gtk_widget_set_name(search_, "attachments-search");
   gtk_widget_set_hexpand(search_, TRUE);
-  g_object_set(search_, "placeholder-text", "Search files, senders, subjects", "search-delay", 0, nullptr);
-  setAccessibleLabel(search_, "Search files, senders, subjects");
+  g_object_set(search_, "search-delay", 0, nullptr);
+  setPlaceholder(search_, base::tr("Search files, senders, subjects"));
+  setAccessibleLabel(search_, base::tr("Search files, senders, subjects"));
   gtk_search_entry_set_key_capture_widget(GTK_SEARCH_ENTRY(search_), content_.get());
   connections_.push_back(
       glib::connect<void(GtkSearchEntry*)>(search_, "search-changed", [this](GtkSearchEntry* search) {
@@ -248,10 +251,13 @@ void FilesView::update() {
   const auto& files = *viewModel_;
   const bool isFiltered = files.isFiltered();
   list_->setHasFoot(*files.isLoading || !*files.hasLoadedAll || *files.errorMessage);
-  adw_window_title_set_subtitle(title_, sinceText(files.oldestLoadedDate(), services_.formatting).c_str());
-  adw_status_page_set_title(empty_, isFiltered ? "No Matches" : "No Attachments");
-  adw_status_page_set_description(empty_, isFiltered ? "No files match the current search or filter."
-                                                     : "Attachments from your mail will appear here.");
+  const auto since = sinceText(files.oldestLoadedDate(), services_.formatting);
+  adw_window_title_set_subtitle(title_, since.c_str());
+  gtk_widget_set_tooltip_text(GTK_WIDGET(title_), since.c_str());
+  adw_status_page_set_title(empty_, isFiltered ? base::tr("No Matches") : base::tr("No Attachments"));
+  adw_status_page_set_description(empty_, isFiltered
+                                              ? base::tr("No files match the current search or filter.")
+                                              : base::tr("Attachments from your mail will appear here."));
   const bool isEmpty = !*files.isLoading && (!isFiltered || *files.hasLoadedAll);
   const char* part = files.rowCount() > 0 ? "list" : isEmpty ? "empty" : "foot";
   gtk_stack_set_visible_child_name(GTK_STACK(stack_), part);
@@ -262,8 +268,7 @@ void FilesView::showError() {
   const auto& error = *viewModel_->errorMessage;
   // Below the rows it would not be seen.
   if (error && viewModel_->rowCount() > 0 && !list_->isFootInSight())
-    adw_toast_overlay_add_toast(toasts_,
-                                adw_toast_new(base::escapedMarkup(base::shortDisplayLine(*error)).c_str()));
+    adw_toast_overlay_add_toast(toasts_, makeToast(*error).release());
 }
 
 // What is found is read from its beginning; a row that was selected is where it was when all are back.

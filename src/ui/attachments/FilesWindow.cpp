@@ -1,5 +1,6 @@
 #include "ui/attachments/FilesWindow.h"
 
+#include "base/Translation.h"
 #include "platform/Application.h"
 #include "platform/UserDefaults.h"
 #include "platform/Window.h"
@@ -37,7 +38,7 @@ void FilesWindow::open() {
   attributes.identifier = "files";
   attributes.standalone = true;
   window_ = services_.application.makeWindow(attributes);
-  window_->setTitle("Attached Files");
+  window_->setTitle(base::tr("Attached Files"));
   window_->setTabbingMode(platform::TabbingMode::disallowed);
   if (const auto frame = savedFrame(services_.defaults, frameName))
     window_->setFrame(*frame);

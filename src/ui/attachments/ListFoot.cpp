@@ -1,6 +1,7 @@
 #include "ui/attachments/ListFoot.h"
 
 #include "base/Text.h"
+#include "base/Translation.h"
 #include "ui/widgets/Widgets.h"
 
 namespace ondrel::ui {
@@ -20,8 +21,8 @@ GtkWidget* centeredText(const char* text) {
 
 ListFoot::ListFoot(const attachments::FilesViewModel& files, std::function<void()> loadMore)
     : files_(files), box_(glib::share(gtk_box_new(GTK_ORIENTATION_VERTICAL, spacing))),
-      hint_(centeredText("No matches in the loaded attachments yet.")), spinner_(gtk_spinner_new()),
-      more_(gtk_button_new_with_label("Load More")), error_(centeredText(nullptr)) {
+      hint_(centeredText(base::tr("No matches in the loaded attachments yet."))), spinner_(gtk_spinner_new()),
+      more_(gtk_button_new_with_label(base::tr("Load More"))), error_(centeredText(nullptr)) {
   gtk_widget_set_name(box_.get(), "attachments-foot");
   gtk_widget_add_css_class(box_.get(), "attachments-foot");
   gtk_widget_set_name(more_, "load-more");
@@ -30,7 +31,7 @@ ListFoot::ListFoot(const attachments::FilesViewModel& files, std::function<void(
   gtk_widget_add_css_class(error_, "caption");
   gtk_widget_add_css_class(error_, "error");
   gtk_label_set_selectable(GTK_LABEL(error_), TRUE);
-  setAccessibleLabel(spinner_, "Loading Attachments");
+  setAccessibleLabel(spinner_, base::tr("Loading Attachments"));
   for (auto* widget : {hint_, spinner_, more_, error_})
     gtk_box_append(GTK_BOX(box_.get()), widget);
   clicked_ = glib::connect<void(GtkButton*)>(more_, "clicked",

@@ -3,12 +3,14 @@
 #include "app/TabMoves.h"
 #include "app/WindowManager.h"
 #include "base/Text.h"
+#include "base/Translation.h"
 #include "highlights/file/HighlightStore.h"
 #include "platform/Application.h"
 #include "platform/UserDefaults.h"
 #include "settings/AppSettings.h"
 #include "settings/ServicePage.h"
 #include "ui/commands/FocusedTab.h"
+#include "ui/widgets/Widgets.h"
 #include "web/WindowViewModel.h"
 
 #include <functional>
@@ -79,20 +81,23 @@ std::vector<CommandGroup> BrowserCommands::table() {
 }
 
 CommandGroup BrowserCommands::updates() {
-  return {"General", {{.title = "Check for Updates…", .perform = actions_.checkForUpdates}}};
+  return {base::trMark("General"),
+          {{.title = base::trMark("Check for Updates…"), .perform = actions_.checkForUpdates}}};
 }
 
 CommandGroup BrowserCommands::windowsAndTabs() {
-  return {"Windows and Tabs",
-          {{.title = "New Window",
+  return {base::trMark("Windows and Tabs"),
+          {{.title = base::trMark("New Window"),
             .accelerators = {"<Control>n"},
             .perform = [this] { windows_.openMainWindow(); }},
-           {.title = "New Tab", .accelerators = {"<Control>t"}, .perform = [this] { windows_.newTab(); }},
-           {.title = "Reopen Closed Tab",
+           {.title = base::trMark("New Tab"),
+            .accelerators = {"<Control>t"},
+            .perform = [this] { windows_.newTab(); }},
+           {.title = base::trMark("Reopen Closed Tab"),
             .accelerators = {"<Control><Shift>t"},
             .perform = [this] { windows_.reopenClosedTab(); },
             .enabledWhen = whenTrue(windows_.canReopenClosedTab())},
-           {.title = "Close Tab",
+           {.title = base::trMark("Close Tab"),
             .accelerators = {"<Control>w"},
             .perform = inKeyWindow([](platform::Window& window) { window.requestClose(); })}}};
 }
@@ -100,38 +105,41 @@ CommandGroup BrowserCommands::windowsAndTabs() {
 // The windows answer the keys with Tab themselves, before all others.
 CommandGroup BrowserCommands::tabs() {
   const auto whenTab = whenFocusedTab(focusedTab_, [](const auto&) { return true; });
-  return {"Tabs",
-          {{.title = "Next Tab",
+  return {base::trMark("Tabs"),
+          {{.title = base::trMark("Next Tab"),
             .accelerators = {"<Control>Tab", "<Control>Page_Down"},
             .perform = inKeyWindow([](platform::Window& window) { window.selectNextTab(); }),
             .enabledWhen = whenTab,
             .place = MenuPlace::none},
-           {.title = "Previous Tab",
+           {.title = base::trMark("Previous Tab"),
             .accelerators = {"<Control><Shift>Tab", "<Control>Page_Up"},
             .perform = inKeyWindow([](platform::Window& window) { window.selectPreviousTab(); }),
             .enabledWhen = whenTab,
             .place = MenuPlace::none},
-           {.title = "Move Tab Left",
+           {.title = base::trMark("Move Tab Left"),
             .accelerators = {"<Control><Shift>Page_Up"},
-            .perform = inKeyWindow([](platform::Window& window) { app::moveTab(window, -1); }),
+            .perform = inKeyWindow(
+                [](platform::Window& window) { app::moveTab(window, readsRightToLeft() ? 1 : -1); }),
             .enabledWhen = whenTab,
             .place = MenuPlace::none},
-           {.title = "Move Tab Right",
+           {.title = base::trMark("Move Tab Right"),
             .accelerators = {"<Control><Shift>Page_Down"},
-            .perform = inKeyWindow([](platform::Window& window) { app::moveTab(window, 1); }),
+            .perform = inKeyWindow(
+                [](platform::Window& window) { app::moveTab(window, readsRightToLeft() ? -1 : 1); }),
             .enabledWhen = whenTab,
             .place = MenuPlace::none}}};
 }
 
 CommandGroup BrowserCommands::panes() {
   const auto whenTab = whenFocusedTab(focusedTab_, [](const auto&) { return true; });
-  return {"Windows and Tabs",
-          {{.title = "Next Pane",
+  return {base::trMark("Windows and Tabs"),
+          // TRANSLATORS: a part of the window that has the keyboard: the page, say, or the bar above it
+          {{.title = base::trMark("Next Pane"),
             .accelerators = {"F6"},
             .perform = [this] { actions_.focusPane(1); },
             .enabledWhen = whenTab,
             .place = MenuPlace::none},
-           {.title = "Previous Pane",
+           {.title = base::trMark("Previous Pane"),
             .accelerators = {"<Shift>F6"},
             .perform = [this] { actions_.focusPane(-1); },
             .enabledWhen = whenTab,
@@ -139,23 +147,25 @@ CommandGroup BrowserCommands::panes() {
 }
 
 CommandGroup BrowserCommands::navigation() {
-  return {"Navigation",
-          {{.title = "Back",
-            .accelerators = {"<Alt>Left", "Back"},
+  return {base::trMark("Navigation"),
+          // TRANSLATORS: goes to the page that was shown before
+          {{.title = base::trMark("Back"),
+            .accelerators = {readsRightToLeft() ? "<Alt>Right" : "<Alt>Left", "Back"},
             .perform = inKeyTab(focusedTab_, &WindowViewModel::goBack),
             .enabledWhen = whenFocusedTab(focusedTab_, [](const auto& tab) { return *tab.canGoBack; }),
             .place = MenuPlace::none},
-           {.title = "Forward",
-            .accelerators = {"<Alt>Right", "Forward"},
+           {.title = base::trMark("Forward"),
+            .accelerators = {readsRightToLeft() ? "<Alt>Left" : "<Alt>Right", "Forward"},
             .perform = inKeyTab(focusedTab_, &WindowViewModel::goForward),
             .enabledWhen = whenFocusedTab(focusedTab_, [](const auto& tab) { return *tab.canGoForward; }),
             .place = MenuPlace::none},
-           {.title = "Reload",
+           {.title = base::trMark("Reload"),
             .accelerators = {"<Control>r", "F5"},
             .perform = inKeyTab(focusedTab_, &WindowViewModel::reload),
             .enabledWhen = whenFocusedTab(focusedTab_, [](const auto&) { return true; }),
             .place = MenuPlace::none},
-           {.title = "Stop",
+           // TRANSLATORS: a verb: to end the loading of the page
+           {.title = base::trMark("Stop"),
             .accelerators = {"Escape"},
             .perform = inKeyTab(focusedTab_, &WindowViewModel::stop),
             .enabledWhen = whenFocusedTab(focusedTab_, [](const auto& tab) { return *tab.isLoading; }),
@@ -164,18 +174,18 @@ CommandGroup BrowserCommands::navigation() {
 }
 
 CommandGroup BrowserCommands::view() {
-  return {"Zoom",
-          {{.title = "Zoom Out",
+  return {base::trMark("Zoom"),
+          {{.title = base::trMark("Zoom Out"),
             .accelerators = {"<Control>minus", "<Control>KP_Subtract"},
             .perform = inKeyTab(focusedTab_, &WindowViewModel::zoomOut),
             .enabledWhen = whenFocusedTab(focusedTab_, [](const auto& tab) { return *tab.canZoomOut; }),
             .place = MenuPlace::button},
-           {.title = "Actual Size",
+           {.title = base::trMark("Actual Size"),
             .accelerators = {"<Control>0", "<Control>KP_0"},
             .perform = inKeyTab(focusedTab_, &WindowViewModel::zoomToActualSize),
             .enabledWhen = whenFocusedTab(focusedTab_, [](const auto& tab) { return !*tab.isZoomDefault; }),
             .place = MenuPlace::button},
-           {.title = "Zoom In",
+           {.title = base::trMark("Zoom In"),
             .accelerators = {"<Control>plus", "<Control>equal", "<Control>KP_Add"},
             .perform = inKeyTab(focusedTab_, &WindowViewModel::zoomIn),
             .enabledWhen = whenFocusedTab(focusedTab_, [](const auto& tab) { return *tab.canZoomIn; }),
@@ -186,19 +196,19 @@ CommandGroup BrowserCommands::finding() {
   const auto whenPage = whenFocusedTab(focusedTab_, [](const auto& tab) {
     return tab.pageProblem->kind != web::PageProblem::Kind::processTerminated;
   });
-  return {"Navigation",
-          {{.title = "Find in Page…",
+  return {base::trMark("Navigation"),
+          {{.title = base::trMark("Find in Page…"),
             .accelerators = {"<Control>f"},
             .perform = [this] { findInPage(); },
             .enabledWhen = whenPage,
             .pageFirst = true},
-           {.title = "Find Next",
+           {.title = base::trMark("Find Next"),
             .accelerators = {"<Control>g", "F3"},
             .perform = inKeyTab(focusedTab_, [](auto& tab) { tab.search.next(); }),
             .enabledWhen = whenPage,
             .place = MenuPlace::none,
             .pageFirst = true},
-           {.title = "Find Previous",
+           {.title = base::trMark("Find Previous"),
             .accelerators = {"<Control><Shift>g", "<Shift>F3"},
             .perform = inKeyTab(focusedTab_, [](auto& tab) { tab.search.previous(); }),
             .enabledWhen = whenPage,
@@ -209,12 +219,12 @@ CommandGroup BrowserCommands::finding() {
 CommandGroup BrowserCommands::printing() {
   // Other windows have their own meaning for these keys.
   const auto whenTab = whenFocusedTab(focusedTab_, [](const auto&) { return true; });
-  return {"Printing",
-          {{.title = "Print…",
+  return {base::trMark("Printing"),
+          {{.title = base::trMark("Print…"),
             .accelerators = {"<Control>p"},
             .perform = [this] { windows_.printActive(); },
             .enabledWhen = whenTab},
-           {.title = "Export as PDF…",
+           {.title = base::trMark("Export as PDF…"),
             .accelerators = {"<Control><Shift>p"},
             .perform = [this] { windows_.exportPDFActive(); },
             .enabledWhen = whenTab}}};
@@ -222,8 +232,8 @@ CommandGroup BrowserCommands::printing() {
 
 CommandGroup BrowserCommands::highlights() {
   const auto help = [this] { return helpWithoutHighlights(); };
-  return {.title = "Highlights",
-          .commands = {{.title = "Highlight Selection",
+  return {.title = base::trMark("Highlights"),
+          .commands = {{.title = base::trMark("Highlight Selection"),
                         .accelerators = {"<Control><Shift>y"},
                         .perform = actions_.highlightSelection,
                         .enabledWhen = whenTrue(windows_.conversation().activeURLContainsMail),
@@ -231,23 +241,23 @@ CommandGroup BrowserCommands::highlights() {
                             [this] {
                               return *windows_.conversation().activeURLContainsMail
                                          ? ""
-                                         : "Only available when a mail window is in front";
+                                         : base::tr("Only available when a mail window is in front");
                             }},
-                       {.title = "Show Highlights",
+                       {.title = base::trMark("Show Highlights"),
                         .accelerators = {"<Control><Shift>h"},
                         .perform = actions_.showHighlights,
                         .enabledWhen = whenHighlighted(),
                         .help = help},
-                       {.title = "Export Highlights…",
+                       {.title = base::trMark("Export Highlights…"),
                         .accelerators = {"<Control><Shift>e"},
                         .perform = actions_.exportHighlights,
                         .enabledWhen = whenHighlighted(),
                         .help = help},
-                       {.title = "Import Highlights…",
+                       {.title = base::trMark("Import Highlights…"),
                         .accelerators = {"<Control><Shift>i"},
                         .perform = actions_.importHighlights},
                        // Apart from the others: it can't be undone.
-                       {.title = "Remove All Highlights…",
+                       {.title = base::trMark("Remove All Highlights…"),
                         .perform = actions_.removeAllHighlights,
                         .enabledWhen = whenHighlighted(),
                         .help = help,
@@ -256,49 +266,50 @@ CommandGroup BrowserCommands::highlights() {
 }
 
 CommandGroup BrowserCommands::tools() {
-  return {.title = "Tools",
-          .commands = {{.title = "Open Copied FastMail Link",
-                        .accelerators = {"<Control><Shift>f"},
-                        .perform = [this] { openCopiedLink(); },
-                        .enabledWhen = whenSet(windows_.copiedLink().url)},
-                       {.title = "Copy Apple Mail Formatted Link to Clipboard",
-                        .accelerators = {"<Control><Shift>c"},
-                        .perform = actions_.copyAppleMailLink,
-                        .enabledWhen = whenMessageIsOpen(),
-                        .help =
-                            [this] {
-                              return *windows_.conversation().isConversationVisible
-                                         ? ""
-                                         : "Only available when an email is selected";
-                            }},
-                       {.title = "New Masked Email Address",
-                        .accelerators = {"<Control><Shift>m"},
-                        .perform = [this] { newMaskedEmailAddress(); },
-                        .enabledWhen = whenTrue(windows_.conversation().activeURLContainsMail),
-                        .help =
-                            [this] {
-                              return *windows_.conversation().activeURLContainsMail
-                                         ? ""
-                                         : "Only available when an mail window is in front";
-                            }},
-                       {.title = "Show Attached Files",
-                        .accelerators = {"<Control><Shift>a"},
-                        .perform = actions_.showFiles},
-                       {.title = "Show Server Location", .perform = actions_.showServerLocation}},
-          .isSubmenu = true};
+  return {
+      .title = base::trMark("Tools"),
+      .commands = {{.title = base::trMark("Open Copied FastMail Link"),
+                    .accelerators = {"<Control><Shift>f"},
+                    .perform = [this] { openCopiedLink(); },
+                    .enabledWhen = whenSet(windows_.copiedLink().url)},
+                   {.title = base::trMark("Copy Apple Mail Formatted Link to Clipboard"),
+                    .accelerators = {"<Control><Shift>c"},
+                    .perform = actions_.copyAppleMailLink,
+                    .enabledWhen = whenMessageIsOpen(),
+                    .help =
+                        [this] {
+                          return *windows_.conversation().isConversationVisible
+                                     ? ""
+                                     : base::tr("Only available when an email is selected");
+                        }},
+                   {.title = base::trMark("New Masked Email Address"),
+                    .accelerators = {"<Control><Shift>m"},
+                    .perform = [this] { newMaskedEmailAddress(); },
+                    .enabledWhen = whenTrue(windows_.conversation().activeURLContainsMail),
+                    .help =
+                        [this] {
+                          return *windows_.conversation().activeURLContainsMail
+                                     ? ""
+                                     : base::tr("Only available when an mail window is in front");
+                        }},
+                   {.title = base::trMark("Show Attached Files"),
+                    .accelerators = {"<Control><Shift>a"},
+                    .perform = actions_.showFiles},
+                   {.title = base::trMark("Show Server Location"), .perform = actions_.showServerLocation}},
+      .isSubmenu = true};
 }
 
 CommandGroup BrowserCommands::toolbar() {
-  return {"Windows and Tabs",
-          {{.title = "Show Toolbar",
+  return {base::trMark("Windows and Tabs"),
+          {{.title = base::trMark("Show Toolbar"),
             .perform = inKeyTab(focusedTab_, toggleToolbar),
             .enabledWhen = whenFocusedTab(focusedTab_, [](const auto&) { return true; }),
             .checkedWhen = whenFocusedTab(focusedTab_, [](const auto& tab) { return *tab.toolbarVisible; })},
-           {.title = "Full Screen",
+           {.title = base::trMark("Full Screen"),
             .accelerators = {"F11"},
             .perform = actions_.toggleFullScreen,
             .enabledWhen = whenFocusedTab(focusedTab_, [](const auto&) { return true; })},
-           {.title = "Hide When Losing Focus",
+           {.title = base::trMark("Hide When Losing Focus"),
             .accelerators = {"<Control>l"},
             .perform =
                 [this] {
@@ -313,31 +324,39 @@ CommandGroup BrowserCommands::preferences() {
   const std::vector<std::string> keys =
       actions_.showHelp ? std::vector<std::string>{"<Control>F1"}
                         : std::vector<std::string>{"<Control>question", "F1", "<Control>F1"};
-  return {"General",
-          {{.title = "Settings…", .accelerators = {"<Control>comma"}, .perform = actions_.showSettings},
-           {.title = "Keyboard Shortcuts", .accelerators = keys, .perform = actions_.showShortcuts}}};
+  return {base::trMark("General"),
+          {{.title = base::trMark("Settings…"),
+            .accelerators = {"<Control>comma"},
+            .perform = actions_.showSettings},
+           {.title = base::trMark("Keyboard Shortcuts"),
+            .accelerators = keys,
+            .perform = actions_.showShortcuts}}};
 }
 
 CommandGroup BrowserCommands::help() {
-  CommandGroup group{"General", {}};
+  CommandGroup group{base::trMark("General"), {}};
   if (actions_.showHelp)
     group.commands.push_back({.title = programInfo_.displayName + " Help",
+                              .shown = base::trFormat("{} Help", programInfo_.displayName),
                               .accelerators = {"<Control>question", "F1"},
                               .perform = actions_.showHelp});
   if (actions_.contact)
-    group.commands.push_back({.title = "Contact", .perform = actions_.contact});
+    // TRANSLATORS: a verb: to write to the people who make the program
+    group.commands.push_back({.title = base::trMark("Contact"), .perform = actions_.contact});
   return group;
 }
 
 CommandGroup BrowserCommands::program() {
-  return {"General",
-          {{.title = "About " + programInfo_.displayName, .perform = actions_.showAbout},
+  return {base::trMark("General"),
+          {{.title = "About " + programInfo_.displayName,
+            .shown = base::trFormat("About {}", programInfo_.displayName),
+            .perform = actions_.showAbout},
            // For keys of the desktop's own, and for who starts the program anew to call it.
            {.title = "Toggle Visibility", .perform = actions_.toggleVisibility, .place = MenuPlace::none},
            // For launchers, whose menus can't follow what there is.
            {.title = "Highlights", .perform = actions_.showHighlights, .place = MenuPlace::none},
            {.title = "New Message", .perform = actions_.newMessage, .place = MenuPlace::none},
-           {.title = "Quit", .accelerators = {"<Control>q"}, .perform = actions_.quit}}};
+           {.title = base::trMark("Quit"), .accelerators = {"<Control>q"}, .perform = actions_.quit}}};
 }
 
 Condition BrowserCommands::whenHighlighted() const {
@@ -372,7 +391,7 @@ std::function<void()> BrowserCommands::inKeyWindow(void (*work)(platform::Window
 }
 
 std::string BrowserCommands::helpWithoutHighlights() const {
-  return highlights_.byMessageId().empty() ? "You have not highlighted content yet." : "";
+  return highlights_.byMessageId().empty() ? base::tr("You have not highlighted content yet.") : "";
 }
 
 void BrowserCommands::openCopiedLink() {

@@ -2,6 +2,7 @@
 
 #include "base/Event.h"
 #include "base/Observable.h"
+#include "base/Translation.h"
 
 #include <functional>
 #include <optional>
@@ -36,7 +37,8 @@ enum class MenuPlace { none, item, button };
 // One command of the program: a row of the table that actions, keys, the menu and the window of shortcuts are
 // made of.
 struct Command {
-  std::string title;
+  std::string title;   // English, marked for translation; the name of the action is made of it
+  std::string shown{}; // in the user's language, of a title that is made with a name; else empty
   std::vector<std::string> accelerators{}; // in the toolkit's form; the first one is shown
   std::function<void()> perform{};
   Condition enabledWhen{};
@@ -47,9 +49,14 @@ struct Command {
   bool pageFirst = false;     // the page in front gets these keys first, the command those that it leaves
 };
 
+// The title in the user's language.
+inline std::string shownTitle(const Command& command) {
+  return command.shown.empty() ? base::tr(command.title.c_str()) : command.shown;
+}
+
 // A section of the menu. The window of shortcuts has one for each title.
 struct CommandGroup {
-  std::string title;
+  std::string title; // as that of a command
   std::vector<Command> commands;
   bool isSubmenu = false; // shows behind a row of its title
 };

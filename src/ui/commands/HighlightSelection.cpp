@@ -1,5 +1,6 @@
 #include "ui/commands/HighlightSelection.h"
 
+#include "base/Translation.h"
 #include "ui/commands/FocusedTab.h"
 #include "web/WindowViewModel.h"
 
@@ -10,7 +11,7 @@ namespace {
 constexpr const char* source = "window.__ondrelHighlightSelection()";
 
 void askForSelection(web::WindowViewModel& tab) {
-  tab.noticed.emit({.text = "Select text in a message first."});
+  tab.noticed.emit({.text = base::tr("Select text in a message first.")});
 }
 
 } // namespace

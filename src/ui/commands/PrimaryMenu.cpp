@@ -1,5 +1,6 @@
 #include "ui/commands/PrimaryMenu.h"
 
+#include "base/Translation.h"
 #include "ui/commands/ActionName.h"
 
 namespace ondrel::ui {
@@ -8,7 +9,7 @@ namespace {
 
 glib::Ref<GMenuItem> menuItem(const Command& command) {
   auto item =
-      glib::adopt(g_menu_item_new(command.title.c_str(), ("app." + actionName(command.title)).c_str()));
+      glib::adopt(g_menu_item_new(shownTitle(command).c_str(), ("app." + actionName(command.title)).c_str()));
   // The toolkit shows only those keys by itself that it looks for.
   if (command.pageFirst && !command.accelerators.empty())
     g_menu_item_set_attribute(item.get(), "accel", "s", command.accelerators.front().c_str());
@@ -45,7 +46,7 @@ glib::Ref<GMenuItem> section(const CommandGroup& group) {
     return nullptr;
   if (group.isSubmenu) {
     const auto row = glib::adopt(g_menu_new());
-    g_menu_append_submenu(row.get(), group.title.c_str(), G_MENU_MODEL(menu.get()));
+    g_menu_append_submenu(row.get(), base::tr(group.title.c_str()), G_MENU_MODEL(menu.get()));
     return glib::adopt(g_menu_item_new_section(nullptr, G_MENU_MODEL(row.get())));
   }
   return glib::adopt(g_menu_item_new_section(nullptr, G_MENU_MODEL(menu.get())));
@@ -83,7 +84,7 @@ void PrimaryMenu::explain(GtkWidget* popover) const {
   for (const auto& group : groups_)
     for (const auto& command : group.commands)
       if (command.help)
-        setHelp(popover, command.title, command.help());
+        setHelp(popover, shownTitle(command), command.help());
 }
 
 } // namespace ondrel::ui

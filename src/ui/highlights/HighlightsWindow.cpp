@@ -1,5 +1,6 @@
 #include "ui/highlights/HighlightsWindow.h"
 
+#include "base/Translation.h"
 #include "base/Url.h"
 #include "highlights/file/HighlightStore.h"
 #include "platform/Application.h"
@@ -13,7 +14,7 @@ namespace ondrel::ui {
 namespace {
 
 constexpr const char* frameName = "highlights-window";
-constexpr int smallestWidth = 480;
+constexpr int smallestWidth = 360;
 constexpr int smallestHeight = 360;
 constexpr int spinnerSize = 32;
 constexpr int searchWidth = 480;
@@ -25,7 +26,7 @@ GtkWidget* largeSpinner() {
   gtk_widget_set_halign(widget, GTK_ALIGN_CENTER);
   gtk_widget_set_valign(widget, GTK_ALIGN_CENTER);
   gtk_spinner_start(GTK_SPINNER(widget));
-  setAccessibleLabel(widget, "Loading Highlights");
+  setAccessibleLabel(widget, base::tr("Loading Highlights"));
   return widget;
 }
 
@@ -62,7 +63,7 @@ void HighlightsWindow::open() {
   attributes.identifier = "highlights";
   attributes.standalone = true;
   window_ = services_.application.makeWindow(attributes);
-  window_->setTitle("Highlights");
+  window_->setTitle(base::tr("Highlights"));
   window_->setTabbingMode(platform::TabbingMode::disallowed);
   if (const auto frame = savedFrame(services_.defaults, frameName))
     window_->setFrame(*frame);
@@ -100,9 +101,10 @@ glib::Ref<GtkWidget> HighlightsWindow::makeContent() {
     page_->reload();
   });
   gtk_stack_add_named(GTK_STACK(stack_), stopped_->widget(), "stopped");
-  problem_.emplace(ProblemBar::Content{.name = "highlights-problem",
-                                       .icon = "dialog-warning-symbolic",
-                                       .buttons = {{"Try Again", [this] { list_->lookUpAgain(); }}}});
+  problem_.emplace(
+      ProblemBar::Content{.name = "highlights-problem",
+                          .icon = "dialog-warning-symbolic",
+                          .buttons = {{base::tr("Try Again"), [this] { list_->lookUpAgain(); }}}});
 
   auto* box = gtk_box_new(GTK_ORIENTATION_VERTICAL, 0);
   gtk_widget_set_name(box, "highlights");
@@ -116,21 +118,21 @@ glib::Ref<GtkWidget> HighlightsWindow::makeContent() {
 }
 
 GtkWidget* HighlightsWindow::makeHeaderBar() {
-  exportButton_ = toolbarButton("export-highlights", "document-save-symbolic", "Export Highlights…",
-                                "Export Highlights to html file.");
+  exportButton_ = toolbarButton("export-highlights", "document-save-symbolic", base::tr("Export Highlights…"),
+                                base::tr("Export Highlights to html file."));
   connections_.push_back(glib::connect<void(GtkButton*)>(
       exportButton_, "clicked", [this](GtkButton*) { services_.exportHighlights(); }));
   searchButton_ = gtk_toggle_button_new();
   gtk_button_set_icon_name(GTK_BUTTON(searchButton_), "edit-find-symbolic");
   gtk_widget_set_name(searchButton_, "search-highlights");
-  setAccessibleLabel(searchButton_, "Search Highlights");
-  setTooltip(searchButton_, "Search Highlights (⌘F)");
+  setAccessibleLabel(searchButton_, base::tr("Search Highlights"));
+  setTooltip(searchButton_, base::tr("Search Highlights") + std::string(" (⌘F)"));
   spinner_ = gtk_spinner_new();
   gtk_widget_set_name(spinner_, "highlights-working");
-  setAccessibleLabel(spinner_, "Looking Up Messages");
-  gtk_widget_set_tooltip_text(spinner_, "Looking Up Messages");
+  setAccessibleLabel(spinner_, base::tr("Looking Up Messages"));
+  gtk_widget_set_tooltip_text(spinner_, base::tr("Looking Up Messages"));
   auto* bar = adw_header_bar_new();
-  adw_header_bar_set_title_widget(ADW_HEADER_BAR(bar), adw_window_title_new("Highlights", nullptr));
+  adw_header_bar_set_title_widget(ADW_HEADER_BAR(bar), adw_window_title_new(base::tr("Highlights"), nullptr));
   adw_header_bar_pack_start(ADW_HEADER_BAR(bar), searchButton_);
   adw_header_bar_pack_start(ADW_HEADER_BAR(bar), spinner_);
   adw_header_bar_pack_end(ADW_HEADER_BAR(bar), exportButton_);
@@ -141,8 +143,8 @@ GtkWidget* HighlightsWindow::makeSearchBar() {
   auto* entry = gtk_search_entry_new();
   gtk_widget_set_name(entry, "highlights-search");
   gtk_widget_set_hexpand(entry, TRUE);
-  g_object_set(entry, "placeholder-text", "Search text and subjects", nullptr);
-  setAccessibleLabel(entry, "Search Highlights");
+  setPlaceholder(entry, base::tr("Search text and subjects"));
+  setAccessibleLabel(entry, base::tr("Search Highlights"));
   connections_.push_back(
       glib::connect<void(GtkSearchEntry*)>(entry, "search-changed", [this](GtkSearchEntry* search) {
         list_->search(gtk_editable_get_text(GTK_EDITABLE(search)));
@@ -188,7 +190,7 @@ void HighlightsWindow::openPage() {
                                             },
                                     });
   auto* widget = static_cast<GtkWidget*>(page_->widget());
-  setAccessibleLabel(widget, "Highlights");
+  setAccessibleLabel(widget, base::tr("Highlights"));
   gtk_stack_add_named(GTK_STACK(stack_), widget, "page");
 }
 
@@ -204,7 +206,7 @@ void HighlightsWindow::update(bool isSearch) {
   if (list_->problem().empty())
     problem_->hide();
   else
-    problem_->show(list_->problem(), "Subjects and links of some messages are missing.");
+    problem_->show(list_->problem(), base::tr("Subjects and links of some messages are missing."));
   if (!list_->document())
     return;
   if (!page_)

@@ -1,9 +1,9 @@
 #include "ui/highlights/TransferProgressWindow.h"
 
+#include "base/Translation.h"
 #include "ui/widgets/Widgets.h"
 
 #include <adwaita.h>
-#include <fmt/format.h>
 
 #include <chrono>
 
@@ -16,7 +16,7 @@ using Step = TransferProgressWindow::Progress::Step;
 // What is done sooner needs no window.
 constexpr std::chrono::milliseconds patience{500};
 constexpr std::chrono::milliseconds pulseInterval{120};
-constexpr int width = 380;
+constexpr int width = 340;
 constexpr int margin = 24;
 
 // How far it is can't be told before there is something to count.
@@ -29,14 +29,14 @@ std::string textFor(const TransferProgressWindow::Progress& progress) {
   const auto [step, done, total] = progress;
   switch (step) {
   case Step::asking:
-    return isCounted(progress) ? fmt::format("Looking up messages: {} of {}", done, total)
-                               : "Asking the server…";
+    return isCounted(progress) ? base::trFormat("Looking up messages: {0} of {1}", done, total)
+                               : base::tr("Asking the server…");
   case Step::reading:
-    return "Reading the file…";
+    return base::tr("Reading the file…");
   case Step::adding:
-    return fmt::format("{} of {}", done, total);
+    return base::trFormat("{0} of {1}", done, total);
   case Step::labelling:
-    return fmt::format("Labelling conversations: {} of {}", done, total);
+    return base::trFormat("Labelling conversations: {0} of {1}", done, total);
   }
   return {};
 }
@@ -75,10 +75,10 @@ void TransferProgressWindow::open() {
 
   bar_ = GTK_PROGRESS_BAR(gtk_progress_bar_new());
   setAccessibleLabel(GTK_WIDGET(bar_), work_.title);
-  label_ = GTK_LABEL(gtk_label_new(nullptr));
+  label_ = GTK_LABEL(wrappedLabel(nullptr));
   gtk_widget_add_css_class(GTK_WIDGET(label_), "dim-label");
   gtk_widget_add_css_class(GTK_WIDGET(label_), "numeric");
-  stop_ = gtk_button_new_with_label("Stop");
+  stop_ = gtk_button_new_with_label(base::tr("Stop"));
   gtk_widget_add_css_class(stop_, "pill");
   gtk_widget_set_halign(stop_, GTK_ALIGN_CENTER);
   gtk_widget_set_margin_top(stop_, margin / 2);

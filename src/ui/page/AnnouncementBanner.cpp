@@ -1,6 +1,7 @@
 #include "ui/page/AnnouncementBanner.h"
 
 #include "base/Text.h"
+#include "base/Translation.h"
 #include "integrations/AnnouncementService.h"
 #include "platform/linux/glib/Connection.h"
 #include "ui/widgets/SideOrBelow.h"
@@ -29,13 +30,14 @@ struct Look {
 Look lookOf(Announcement::Severity severity) {
   switch (severity) {
   case Announcement::Severity::info:
-    return {"announcement-info", "dialog-information-symbolic", "Information"};
+    // TRANSLATORS: the kind of an announcement
+    return {"announcement-info", "dialog-information-symbolic", base::tr("Information")};
   case Announcement::Severity::warning:
-    return {"announcement-warning", "dialog-warning-symbolic", "Warning"};
+    return {"announcement-warning", "dialog-warning-symbolic", base::tr("Warning")};
   case Announcement::Severity::critical:
     break;
   }
-  return {"announcement-critical", "dialog-error-symbolic", "Important"};
+  return {"announcement-critical", "dialog-error-symbolic", base::tr("Important")};
 }
 
 class AnnouncementBanner {
@@ -75,21 +77,22 @@ GtkWidget* AnnouncementBanner::bar(const Announcement& announcement) {
   setAccessibleLabel(icon, look.word);
   auto* content = messageLabel(text);
   if (announcement.link)
-    content = sideOrBelow(
-        content, button(gtk_button_new_with_label("More Info"), [this] { announcements_.openLink(); }));
+    content = sideOrBelow(content, button(gtk_button_new_with_label(base::tr("More Info")),
+                                          [this] { announcements_.openLink(); }));
   gtk_widget_set_hexpand(content, TRUE);
   auto* close =
       button(gtk_button_new_from_icon_name("window-close-symbolic"), [this] { announcements_.dismiss(); });
   gtk_widget_add_css_class(close, "flat");
-  gtk_widget_set_tooltip_text(close, "Close");
-  setAccessibleLabel(close, "Close");
+  gtk_widget_set_tooltip_text(close, base::tr("Close"));
+  setAccessibleLabel(close, base::tr("Close"));
 
   auto* row = GTK_WIDGET(
       g_object_new(GTK_TYPE_BOX, "spacing", 12, "accessible-role", GTK_ACCESSIBLE_ROLE_ALERT, nullptr));
   gtk_widget_set_name(row, "announcement-bar");
   gtk_widget_add_css_class(row, "announcement");
   gtk_widget_add_css_class(row, look.styleClass);
-  setAccessibleLabel(row, std::string(look.word) + ": " + text);
+  // TRANSLATORS: read aloud, as "Warning: The service will be down tonight."
+  setAccessibleLabel(row, base::trFormat("{0}: {1}", look.word, text));
   for (auto* each : {icon, content, close})
     gtk_box_append(GTK_BOX(row), each);
   return row;
@@ -99,13 +102,7 @@ GtkWidget* AnnouncementBanner::messageLabel(const std::string& text) {
   auto* label = wrappedLabel(text.c_str());
   gtk_label_set_lines(GTK_LABEL(label), mostLines);
   gtk_label_set_ellipsize(GTK_LABEL(label), PANGO_ELLIPSIZE_END);
-  gtk_widget_set_has_tooltip(label, TRUE);
-  connections_.push_back(glib::connect<gboolean(GtkWidget*, int, int, gboolean, GtkTooltip*)>(
-      label, "query-tooltip", [](GtkWidget* widget, int, int, gboolean, GtkTooltip* tooltip) -> gboolean {
-        auto* shown = GTK_LABEL(widget);
-        gtk_tooltip_set_text(tooltip, gtk_label_get_text(shown));
-        return pango_layout_is_ellipsized(gtk_label_get_layout(shown));
-      }));
+  connections_.push_back(tipWhereCut(label));
   return label;
 }
 

@@ -1,6 +1,7 @@
 #include "ui/page/BrowserChrome.h"
 
 #include "base/Text.h"
+#include "base/Translation.h"
 #include "platform/WebView.h"
 #include "ui/commands/ObserveTab.h"
 #include "ui/commands/PageKeys.h"
@@ -9,7 +10,6 @@
 #include "web/WindowViewModel.h"
 #include "web/page/TabTitle.h"
 
-#include <algorithm>
 #include <utility>
 
 namespace ondrel::ui {
@@ -63,7 +63,10 @@ GtkWidget* hostLabel() {
 
 BrowserChrome::BrowserChrome(const ChromeServices& services)
     : services_(services), bar_(glib::share(adw_header_bar_new())), host_(hostLabel()), title_(titleLabel()),
-      lock_(services_.settings) {
+      lock_(services_.settings), widthWatch_(bar_.get(), [this](int width) {
+        width_ = width;
+        updateVisibility();
+      }) {
   gtk_widget_set_name(bar_.get(), "ondrel-browser");
   adw_header_bar_set_title_widget(ADW_HEADER_BAR(bar_.get()), boxOf({host_, title_}));
   packStart();
@@ -76,16 +79,19 @@ BrowserChrome::BrowserChrome(const ChromeServices& services)
 BrowserChrome::~BrowserChrome() = default;
 
 void BrowserChrome::packStart() {
-  back_ = tabButton("back", "go-previous-symbolic", "Back", "Back ⌥←", &WindowViewModel::goBack);
-  forward_ = tabButton("forward", "go-next-symbolic", "Forward", "Forward ⌥→", &WindowViewModel::goForward);
+  back_ = tabButton("back", "go-previous-symbolic", base::tr("Back"), readsRightToLeft() ? "⌥→" : "⌥←",
+                    &WindowViewModel::goBack);
+  forward_ = tabButton("forward", "go-next-symbolic", base::tr("Forward"), readsRightToLeft() ? "⌥←" : "⌥→",
+                       &WindowViewModel::goForward);
   reload_ =
-      tabButton("reload", "view-refresh-symbolic", "Reload", "Reload ⌘R", &WindowViewModel::reloadOrStop);
+      tabButton("reload", "view-refresh-symbolic", base::tr("Reload"), "⌘R", &WindowViewModel::reloadOrStop);
   for (auto* widget : {back_, forward_, reload_})
     adw_header_bar_pack_start(ADW_HEADER_BAR(bar_.get()), widget);
 }
 
 void BrowserChrome::packEnd() {
-  newTab_ = toolbarButton("new-tab", "tab-new-symbolic", "New Tab", "New Tab ⌘T");
+  newTab_ = toolbarButton("new-tab", "tab-new-symbolic", base::tr("New Tab"),
+                          base::tr("New Tab") + std::string(" ⌘T"));
   onClicked(newTab_, services_.openNewTab);
   zoom_ = zoomButtons();
   // Packed from the edge inwards.
@@ -94,10 +100,11 @@ void BrowserChrome::packEnd() {
 }
 
 GtkWidget* BrowserChrome::zoomButtons() {
-  zoomOut_ = tabButton("zoom-out", "zoom-out-symbolic", "Zoom Out", "Zoom Out ⌘-", &WindowViewModel::zoomOut);
-  zoomDefault_ = tabButton("zoom-default", "zoom-original-symbolic", "Actual Size", "Actual Size ⌘0",
+  zoomOut_ =
+      tabButton("zoom-out", "zoom-out-symbolic", base::tr("Zoom Out"), "⌘-", &WindowViewModel::zoomOut);
+  zoomDefault_ = tabButton("zoom-default", "zoom-original-symbolic", base::tr("Actual Size"), "⌘0",
                            &WindowViewModel::zoomToActualSize);
-  zoomIn_ = tabButton("zoom-in", "zoom-in-symbolic", "Zoom In", "Zoom In ⌘+", &WindowViewModel::zoomIn);
+  zoomIn_ = tabButton("zoom-in", "zoom-in-symbolic", base::tr("Zoom In"), "⌘+", &WindowViewModel::zoomIn);
   return boxOf({spacer("spacer-left"), zoomOut_, zoomDefault_, zoomIn_, spacer("spacer-right")});
 }
 
@@ -107,8 +114,8 @@ GtkWidget* BrowserChrome::menuButton() {
   gtk_menu_button_set_primary(GTK_MENU_BUTTON(button), TRUE);
   gtk_widget_set_focus_on_click(button, FALSE);
   gtk_widget_set_name(button, "menu");
-  setAccessibleLabel(button, "Main Menu");
-  setTooltip(button, "Main Menu F10");
+  setAccessibleLabel(button, base::tr("Main Menu"));
+  setTooltip(button, base::tr("Main Menu") + std::string(" F10"));
   auto* popover = gtk_popover_menu_new_from_model(services_.menu.model());
   gtk_popover_menu_add_child(GTK_POPOVER_MENU(popover), zoomRow_.widget(), ZoomRow::title);
   gtk_menu_button_set_popover(GTK_MENU_BUTTON(button), popover);
@@ -122,8 +129,8 @@ GtkWidget* BrowserChrome::menuButton() {
 }
 
 GtkWidget* BrowserChrome::tabButton(const char* identifier, const char* icon, const char* label,
-                                    const char* tooltip, TabWork work) {
-  auto* button = toolbarButton(identifier, icon, label, tooltip);
+                                    const char* keys, TabWork work) {
+  auto* button = toolbarButton(identifier, icon, label, std::string(label) + " " + keys);
   onClicked(button, [this, work] {
     // Held: the work may bring another tab to the front.
     if (const auto tab = tab_)
@@ -173,8 +180,9 @@ void BrowserChrome::updateLoading() {
   const bool isLoading = tab_ && *tab_->isLoading;
   gtk_button_set_icon_name(GTK_BUTTON(reload_),
                            isLoading ? "process-stop-symbolic" : "view-refresh-symbolic");
-  setAccessibleLabel(reload_, isLoading ? "Stop" : "Reload");
-  setTooltip(reload_, isLoading ? "Stop Esc" : "Reload ⌘R");
+  setAccessibleLabel(reload_, isLoading ? base::tr("Stop") : base::tr("Reload"));
+  setTooltip(reload_, isLoading ? base::tr("Stop") + (" " + std::string(base::trIn("key", "Esc")))
+                                : base::tr("Reload") + std::string(" ⌘R"));
 }
 
 // The menu is always there: it has the command that brings the others back.
@@ -188,22 +196,8 @@ void BrowserChrome::updateVisibility() {
 }
 
 void BrowserChrome::realized() {
-  auto* topLevel = GTK_WIDGET(gtk_widget_get_native(bar_.get()));
   if (!std::exchange(hasPageKeys_, true))
-    addPageKeys(topLevel, services_.commands);
-  followWidth(topLevel);
-}
-
-void BrowserChrome::followWidth(GtkWidget* topLevel) {
-  layout_ = glib::connect<void(GdkSurface*, int, int)>(
-      gtk_native_get_surface(GTK_NATIVE(topLevel)), "layout", [this](GdkSurface*, int surfaceWidth, int) {
-        // Some window managers make a window narrower than it can be; the bar then sticks out.
-        const int width = std::min(gtk_widget_get_width(bar_.get()), surfaceWidth);
-        if (width != width_) {
-          width_ = width;
-          updateVisibility();
-        }
-      });
+    addPageKeys(GTK_WIDGET(gtk_widget_get_native(bar_.get())), services_.commands);
 }
 
 } // namespace ondrel::ui

@@ -6,6 +6,7 @@
 #include "ui/commands/Command.h"
 #include "ui/page/LockButton.h"
 #include "ui/page/ZoomRow.h"
+#include "ui/widgets/WidthWatch.h"
 
 #include <adwaita.h>
 
@@ -48,7 +49,7 @@ class BrowserChrome final : public platform::GroupChrome {
  private:
   using TabWork = void (web::WindowViewModel::*)();
   // A button that works on the tab in front.
-  GtkWidget* tabButton(const char* identifier, const char* icon, const char* label, const char* tooltip,
+  GtkWidget* tabButton(const char* identifier, const char* icon, const char* label, const char* keys,
                        TabWork work);
   GtkWidget* zoomButtons();
   GtkWidget* menuButton();
@@ -57,7 +58,6 @@ class BrowserChrome final : public platform::GroupChrome {
   void onClicked(GtkWidget* button, std::function<void()> work);
   void focusPage();
   void realized();
-  void followWidth(GtkWidget* topLevel);
   void updateLoading();
   void update();
   void updateVisibility();
@@ -77,13 +77,12 @@ class BrowserChrome final : public platform::GroupChrome {
   bool hasPageKeys_ = false;
   GtkWidget* newTab_ = nullptr;
   const LockButton lock_;
-  // Begins small: a window can't become narrower than what it has once shown.
   int width_ = 0;
+  const WidthWatch widthWatch_;
 
   std::shared_ptr<web::WindowViewModel> tab_;
   std::vector<base::Subscription> tabSubscriptions_;
   std::vector<glib::Connection> connections_;
-  glib::Connection layout_; // of the top-level's surface
 };
 
 } // namespace ondrel::ui

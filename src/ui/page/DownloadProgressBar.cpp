@@ -1,5 +1,6 @@
 #include "ui/page/DownloadProgressBar.h"
 
+#include "base/Translation.h"
 #include "ui/widgets/Widgets.h"
 #include "web/page/DownloadItem.h"
 
@@ -21,7 +22,7 @@ DownloadProgressBar::DownloadProgressBar(platform::UriLauncher& launcher)
   gtk_widget_set_name(bar_.get(), "downloads");
   gtk_widget_add_css_class(bar_.get(), "downloads");
   gtk_widget_set_visible(bar_.get(), FALSE);
-  setAccessibleLabel(list_, "Downloads");
+  setAccessibleLabel(list_, base::tr("Downloads"));
   auto* scrolled = gtk_scrolled_window_new();
   gtk_scrolled_window_set_policy(GTK_SCROLLED_WINDOW(scrolled), GTK_POLICY_NEVER, GTK_POLICY_AUTOMATIC);
   gtk_scrolled_window_set_propagate_natural_height(GTK_SCROLLED_WINDOW(scrolled), TRUE);
@@ -37,6 +38,9 @@ DownloadProgressBar::DownloadProgressBar(platform::UriLauncher& launcher)
       glib::connect<void(GObject*, GParamSpec*)>(pointer_, "notify::contains-pointer", tell));
   connections_.push_back(
       glib::connect<void(GObject*, GParamSpec*)>(keyboard_, "notify::contains-focus", tell));
+  // As when its window is no longer the active one.
+  connections_.push_back(glib::connect<void(GtkWidget*, GtkStateFlags)>(
+      bar_.get(), "state-flags-changed", [this](GtkWidget*, GtkStateFlags) { tellWhetherHeld(); }));
 }
 
 DownloadProgressBar::~DownloadProgressBar() {
@@ -79,9 +83,18 @@ void DownloadProgressBar::leave() {
     gtk_widget_grab_focus(former.get());
 }
 
+// The toolkit isn't told that the pointer has gone when another window comes up under it.
+bool DownloadProgressBar::hasPointer() const {
+  auto* root = gtk_widget_get_root(bar_.get());
+  if (!root || !gtk_event_controller_motion_contains_pointer(pointer_))
+    return false;
+  auto* seat = gdk_display_get_default_seat(gtk_widget_get_display(bar_.get()));
+  return seat && gdk_device_get_surface_at_position(gdk_seat_get_pointer(seat), nullptr, nullptr) ==
+                     gtk_native_get_surface(GTK_NATIVE(root));
+}
+
 void DownloadProgressBar::tellWhetherHeld() {
-  const bool isHeld = gtk_event_controller_motion_contains_pointer(pointer_) ||
-                      gtk_event_controller_focus_contains_focus(keyboard_);
+  const bool isHeld = hasPointer() || gtk_event_controller_focus_contains_focus(keyboard_);
   for (const auto& row : rows_)
     row->item()->isHeld.set(isHeld);
 }

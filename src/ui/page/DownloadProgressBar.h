@@ -30,6 +30,7 @@ class DownloadProgressBar {
   GtkEventController* addKey();
   bool moveKeyboard();
   void leave(); // the keyboard goes back to where it was
+  bool hasPointer() const;
   void tellWhetherHeld();
 
   platform::UriLauncher& launcher_;

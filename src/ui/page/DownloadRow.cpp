@@ -1,7 +1,10 @@
 #include "ui/page/DownloadRow.h"
 
 #include "base/Text.h"
+#include "base/Translation.h"
 #include "platform/UriLauncher.h"
+#include "ui/widgets/ButtonRow.h"
+#include "ui/widgets/SideOrBelow.h"
 #include "ui/widgets/Widgets.h"
 #include "web/page/DownloadItem.h"
 
@@ -38,17 +41,19 @@ const char* iconName(Kind kind) {
 std::string downloadStatus(const web::DownloadItem& item) {
   switch (item.state->kind) {
   case Kind::waiting:
-    return "Waiting";
+    return base::trIn("download", "Waiting");
   case Kind::downloading:
     // Not every server tells how much there is.
-    return *item.totalBytes < 0 ? size(*item.bytesWritten)
-                                : size(*item.bytesWritten) + " / " + size(*item.totalBytes);
+    return *item.totalBytes < 0
+               ? size(*item.bytesWritten)
+               // TRANSLATORS: how much of a file has come, as 1.2 MB / 3.4 MB
+               : base::trFormat("{0} / {1}", size(*item.bytesWritten), size(*item.totalBytes));
   case Kind::finished:
-    return "Done";
+    return base::trIn("download", "Done");
   case Kind::failed:
-    return "Failed";
+    return base::trIn("download", "Failed");
   case Kind::cancelled:
-    return "Cancelled";
+    return base::trIn("download", "Cancelled");
   }
   return "";
 }
@@ -75,7 +80,7 @@ void DownloadRow::build() {
   gtk_label_set_xalign(GTK_LABEL(name), 0);
   gtk_widget_set_tooltip_text(name, shownName.c_str());
   progress_ = gtk_progress_bar_new();
-  setAccessibleLabel(progress_, "Progress of the download");
+  setAccessibleLabel(progress_, base::tr("Progress of the download"));
   note_ = wrappedLabel(nullptr);
   gtk_widget_add_css_class(note_, "caption");
   auto* middle = gtk_box_new(GTK_ORIENTATION_VERTICAL, 4);
@@ -83,15 +88,20 @@ void DownloadRow::build() {
   gtk_widget_set_valign(middle, GTK_ALIGN_CENTER);
   for (auto* widget : {name, progress_, note_})
     gtk_box_append(GTK_BOX(middle), widget);
-  status_ = gtk_label_new(nullptr);
+  status_ = wrappedLabel(nullptr);
   gtk_widget_add_css_class(status_, "dim-label");
   gtk_widget_add_css_class(status_, "numeric");
-  for (auto* widget : {icon_, middle, status_})
+  buttons_ = buttonRow();
+  auto* content = sideOrBelow(sideOrBelow(middle, status_), buttons_);
+  gtk_widget_set_hexpand(content, TRUE);
+  for (auto* widget : {icon_, content})
     gtk_box_append(GTK_BOX(row_.get()), widget);
-  open_ = addButton(gtk_button_new_with_label("Open"), "Open", [this] { scope_.spawn(open()); });
-  show_ = addButton(gtk_button_new_from_icon_name("folder-open-symbolic"), "Show in Folder",
+  // TRANSLATORS: a verb: to open a downloaded file
+  open_ = addButton(gtk_button_new_with_label(base::tr("Open")), base::tr("Open"),
+                    [this] { scope_.spawn(open()); });
+  show_ = addButton(gtk_button_new_from_icon_name("folder-open-symbolic"), base::tr("Show in Folder"),
                     [this] { scope_.spawn(showInFolder()); });
-  cancel_ = addButton(gtk_button_new_from_icon_name("process-stop-symbolic"), "Cancel Download",
+  cancel_ = addButton(gtk_button_new_from_icon_name("process-stop-symbolic"), base::tr("Cancel Download"),
                       [this] { item_->cancel(); });
 }
 
@@ -102,10 +112,11 @@ GtkWidget* DownloadRow::addButton(GtkWidget* button, const std::string& label, s
   gtk_widget_set_focus_on_click(button, FALSE);
   if (!gtk_button_get_label(GTK_BUTTON(button)))
     gtk_widget_set_tooltip_text(button, label.c_str());
-  setAccessibleLabel(button, label + ": " + base::shortDisplayLine(item_->filename));
+  // TRANSLATORS: read aloud, as "Cancel Download: Letter.pdf"
+  setAccessibleLabel(button, base::trFormat("{0}: {1}", label, base::shortDisplayLine(item_->filename)));
   clicked_.push_back(
       glib::connect<void(GtkButton*)>(button, "clicked", [act = std::move(act)](GtkButton*) { act(); }));
-  gtk_box_append(GTK_BOX(row_.get()), button);
+  gtk_box_append(GTK_BOX(buttons_), button);
   return button;
 }
 

@@ -53,6 +53,7 @@ class DownloadRow {
   GtkWidget* progress_ = nullptr;
   GtkWidget* note_ = nullptr; // what went wrong
   GtkWidget* status_ = nullptr;
+  GtkWidget* buttons_ = nullptr;
   GtkWidget* cancel_ = nullptr;
   GtkWidget* open_ = nullptr;
   GtkWidget* show_ = nullptr;

@@ -1,6 +1,8 @@
 #include "ui/page/FindBar.h"
 
+#include "base/Translation.h"
 #include "platform/PageFinder.h"
+#include "ui/widgets/SideOrBelow.h"
 #include "ui/widgets/Widgets.h"
 #include "web/page/PageSearch.h"
 
@@ -21,18 +23,19 @@ constexpr int entryCharacters = 30;
 // Which of them the selected one is, the engine doesn't tell.
 std::string countText(const PageSearch::State& state) {
   if (state.outcome == Outcome::notFound)
-    return "No matches";
+    return base::tr("No matches");
   if (state.outcome != Outcome::found)
     return "";
   if (state.matches > platform::PageFinder::mostCounted)
-    return "Over " + std::to_string(platform::PageFinder::mostCounted) + " matches";
-  return state.matches == 1 ? "1 match" : std::to_string(state.matches) + " matches";
+    return base::trFormat("Over {} matches", platform::PageFinder::mostCounted);
+  return base::trPlural("{} match", "{} matches", state.matches, state.matches);
 }
 
 // Read aloud when its text changes.
 GtkWidget* statusLabel() {
   auto* label = GTK_WIDGET(g_object_new(GTK_TYPE_LABEL, "accessible-role", GTK_ACCESSIBLE_ROLE_STATUS, "name",
                                         "find-count", nullptr));
+  gtk_label_set_wrap(GTK_LABEL(label), TRUE);
   gtk_widget_add_css_class(label, "dim-label");
   gtk_widget_add_css_class(label, "numeric");
   return label;
@@ -44,20 +47,20 @@ FindBar::FindBar(PageSearch& search, std::function<void()> closed)
     : search_(search), closed_(std::move(closed)), bar_(glib::share(gtk_search_bar_new())),
       entry_(gtk_search_entry_new()), count_(statusLabel()) {
   previous_ =
-      button("find-previous", "go-up-symbolic", "Find Previous", "Find Previous ⌘⇧G", &PageSearch::previous);
-  next_ = button("find-next", "go-down-symbolic", "Find Next", "Find Next ⌘G", &PageSearch::next);
+      button("find-previous", "go-up-symbolic", base::tr("Find Previous"), "⌘⇧G", &PageSearch::previous);
+  next_ = button("find-next", "go-down-symbolic", base::tr("Find Next"), "⌘G", &PageSearch::next);
   gtk_widget_set_name(bar_.get(), "find-bar");
   gtk_widget_set_name(entry_, "find-entry");
   gtk_widget_set_hexpand(entry_, TRUE);
   gtk_editable_set_width_chars(GTK_EDITABLE(entry_), 1);
   gtk_editable_set_max_width_chars(GTK_EDITABLE(entry_), entryCharacters);
-  g_object_set(entry_, "placeholder-text", "Find in page", nullptr);
-  setAccessibleLabel(entry_, "Find in page");
+  setPlaceholder(entry_, base::tr("Find in page"));
+  setAccessibleLabel(entry_, base::tr("Find in page"));
 
   auto* row = gtk_box_new(GTK_ORIENTATION_HORIZONTAL, 6);
-  for (auto* widget : {entry_, count_, previous_, next_})
+  for (auto* widget : {entry_, previous_, next_})
     gtk_box_append(GTK_BOX(row), widget);
-  gtk_search_bar_set_child(GTK_SEARCH_BAR(bar_.get()), row);
+  gtk_search_bar_set_child(GTK_SEARCH_BAR(bar_.get()), sideOrBelow(row, count_));
   gtk_search_bar_set_show_close_button(GTK_SEARCH_BAR(bar_.get()), TRUE);
   connectEntry();
   addKeys();
@@ -66,9 +69,9 @@ FindBar::FindBar(PageSearch& search, std::function<void()> closed)
   update();
 }
 
-GtkWidget* FindBar::button(const char* name, const char* icon, const char* label, const char* tooltip,
+GtkWidget* FindBar::button(const char* name, const char* icon, const char* label, const char* keys,
                            void (PageSearch::*step)()) {
-  auto* made = toolbarButton(name, icon, label, tooltip);
+  auto* made = toolbarButton(name, icon, label, std::string(label) + " " + keys);
   gtk_widget_add_css_class(made, "flat");
   on(made, "clicked", [this, step] { (search_.*step)(); });
   return made;

@@ -25,7 +25,7 @@ class FindBar {
   GtkWidget* widget() const { return bar_.get(); }
 
  private:
-  GtkWidget* button(const char* name, const char* icon, const char* label, const char* tooltip,
+  GtkWidget* button(const char* name, const char* icon, const char* label, const char* keys,
                     void (web::PageSearch::*step)());
   void connectEntry();
   void addKeys();

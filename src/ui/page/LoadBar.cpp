@@ -1,5 +1,6 @@
 #include "ui/page/LoadBar.h"
 
+#include "base/Translation.h"
 #include "ui/widgets/Widgets.h"
 
 #include <algorithm>
@@ -20,7 +21,8 @@ LoadBar::LoadBar() : bar_(glib::share(gtk_progress_bar_new())) {
   gtk_widget_set_valign(bar_.get(), GTK_ALIGN_START);
   gtk_widget_set_can_target(bar_.get(), FALSE);
   gtk_widget_set_visible(bar_.get(), FALSE);
-  setAccessibleLabel(bar_.get(), "Loading");
+  // TRANSLATORS: the progress of a page that is loading
+  setAccessibleLabel(bar_.get(), base::tr("Loading"));
 }
 
 void LoadBar::show(double progress) {

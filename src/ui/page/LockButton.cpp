@@ -1,5 +1,6 @@
 #include "ui/page/LockButton.h"
 
+#include "base/Translation.h"
 #include "platform/UserDefaults.h"
 #include "settings/AppSettings.h"
 #include "ui/widgets/Widgets.h"
@@ -27,8 +28,11 @@ void LockButton::update() {
   const bool hides = settings_.get(key);
   gtk_button_set_icon_name(GTK_BUTTON(button_.get()),
                            hides ? "changes-allow-symbolic" : "changes-prevent-symbolic");
-  setAccessibleLabel(button_.get(), hides ? "Unlocked" : "Locked");
-  setTooltip(button_.get(), hides ? "Hides when losing focus ⌘L" : "Does not hide when losing focus ⌘L");
+  // TRANSLATORS: whether the window stays where it is when it loses the focus (locked) or hides
+  setAccessibleLabel(button_.get(), hides ? base::tr("Unlocked") : base::tr("Locked"));
+  const auto* text =
+      hides ? base::tr("Hides when losing focus") : base::tr("Does not hide when losing focus");
+  setTooltip(button_.get(), std::string(text) + " ⌘L");
 }
 
 } // namespace ondrel::ui

@@ -87,6 +87,8 @@ MouseOverBar::MouseOverBar(GtkOverlay* overlay, std::function<void()> left)
   gtk_box_append(GTK_BOX(bar_), row_);
   gtk_overlay_add_overlay(overlay, bar_);
   followPointer();
+  connections_.push_back(glib::onNotify(overlay_, "root", [this] { followActivity(); }));
+  followActivity();
 }
 
 void MouseOverBar::followPointer() {
@@ -101,12 +103,26 @@ void MouseOverBar::followPointer() {
   connections_.push_back(
       glib::connect<Motion>(motion, "motion", [this](GtkEventControllerMotion*, double, double y) {
         pointerY_ = y;
-        if (hasAddress_)
+        if (pointerIsAway_)
+          pointerCameOrWent(true);
+        else if (hasAddress_)
           update();
       }));
   connections_.push_back(glib::connect<void(GtkEventControllerMotion*)>(
       motion, "leave", [this](GtkEventControllerMotion*) { pointerCameOrWent(false); }));
   gtk_widget_add_controller(overlay_, motion);
+}
+
+// The toolkit isn't always told that the pointer has gone when another window comes up under it. The state
+// flag of an inactive window depends on the window manager; this doesn't.
+void MouseOverBar::followActivity() {
+  activity_ = {};
+  auto* root = gtk_widget_get_root(overlay_);
+  if (GTK_IS_WINDOW(root))
+    activity_ = glib::onNotify(root, "is-active", [this, window = GTK_WINDOW(root)] {
+      if (!gtk_window_is_active(window))
+        pointerCameOrWent(false);
+    });
 }
 
 void MouseOverBar::pointerCameOrWent(bool isThere) {

@@ -14,7 +14,8 @@ namespace ondrel::ui {
 // the pointer is where it would be.
 class MouseOverBar {
  public:
-  // Goes into `overlay`. `left` is called when the pointer leaves that, or comes back.
+  // Goes into `overlay`. `left` is called when the pointer leaves that, or comes back;
+  // a window that is no longer the active one counts as left until the pointer moves in it.
   MouseOverBar(GtkOverlay* overlay, std::function<void()> left);
   MouseOverBar(const MouseOverBar&) = delete;
   MouseOverBar& operator=(const MouseOverBar&) = delete;
@@ -23,6 +24,7 @@ class MouseOverBar {
 
  private:
   void followPointer();
+  void followActivity();
   void pointerCameOrWent(bool isThere);
   void update();
 
@@ -37,6 +39,7 @@ class MouseOverBar {
   bool pointerIsAway_ = false; // it was here: what the page tells now is from before
   double pointerY_ = 0;
   std::vector<glib::Connection> connections_;
+  glib::Connection activity_; // of the window that it is in
 };
 
 } // namespace ondrel::ui

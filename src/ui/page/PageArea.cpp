@@ -1,6 +1,7 @@
 #include "ui/page/PageArea.h"
 
 #include "base/Text.h"
+#include "base/Translation.h"
 #include "ui/widgets/Widgets.h"
 #include "web/WindowViewModel.h"
 
@@ -82,14 +83,14 @@ std::function<void()> PageArea::dismissProblem() const {
 ProblemBar::Content PageArea::loadProblem() const {
   return {.name = "load-problem",
           .icon = "network-offline-symbolic",
-          .note = "Trying again…",
-          .buttons = {{"Try Now", tryAgain()}}};
+          .note = base::tr("Trying again…"),
+          .buttons = {{base::tr("Try Now"), tryAgain()}}};
 }
 
 ProblemBar::Content PageArea::navigationProblem() const {
   return {.name = "navigation-problem",
           .icon = "network-offline-symbolic",
-          .buttons = {{"Try Again", tryAgain()}},
+          .buttons = {{base::tr("Try Again"), tryAgain()}},
           .dismissed = dismissProblem()};
 }
 
@@ -104,11 +105,12 @@ ProblemBar::Content PageArea::notice() const {
 }
 
 ProblemBar::Content PageArea::hang() const {
-  return {
-      .name = "page-hangs",
-      .icon = "dialog-warning-symbolic",
-      .note = "Reload ends what it is doing. Text that was not saved yet may be lost.",
-      .buttons = {{"Wait", [viewModel = viewModel_] { viewModel->hangWatch.wait(); }}, {"Reload", reload()}}};
+  return {.name = "page-hangs",
+          .icon = "dialog-warning-symbolic",
+          .note = base::tr("Reload ends what it is doing. Text that was not saved yet may be lost."),
+          // TRANSLATORS: a verb: to go on waiting for a page that hangs
+          .buttons = {{base::tr("Wait"), [viewModel = viewModel_] { viewModel->hangWatch.wait(); }},
+                      {base::tr("Reload"), reload()}}};
 }
 
 void PageArea::updateBar(std::optional<ProblemBar>& bar, bool shown,
@@ -142,12 +144,12 @@ void PageArea::updateProblem() {
   const auto& problem = *viewModel_->pageProblem;
   const auto url = base::shortDisplayLine(problem.url);
   updateBar(loadProblem_, problem.kind == Kind::loadFailed, &PageArea::loadProblem,
-            "Can't reach the mail service", problem.description);
+            base::tr("Can't reach the mail service"), problem.description);
   updateBar(navigationProblem_, problem.kind == Kind::navigationFailed, &PageArea::navigationProblem,
-            "“" + url + "” could not be loaded", problem.description);
+            base::trFormat("“{}” could not be loaded", url), problem.description);
   updateBar(noApplication_, problem.kind == Kind::noApplication, &PageArea::noApplication,
-            "No application opens “" + url + "”", problem.description);
-  updateBar(hang_, problem.kind == Kind::unresponsive, &PageArea::hang, "This page doesn't answer",
+            base::trFormat("No application opens “{}”", url), problem.description);
+  updateBar(hang_, problem.kind == Kind::unresponsive, &PageArea::hang, base::tr("This page doesn't answer"),
             problem.description);
 
   const bool stopped = problem.kind == Kind::processTerminated;

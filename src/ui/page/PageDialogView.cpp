@@ -1,8 +1,12 @@
 #include "ui/page/PageDialogView.h"
 
 #include "base/Text.h"
+#include "base/Translation.h"
+#include "ui/widgets/ButtonRow.h"
 #include "ui/widgets/Widgets.h"
 #include "web/page/PageDialogs.h"
+
+#include <adwaita.h>
 
 namespace ondrel::ui {
 
@@ -27,7 +31,12 @@ PageDialogView::PageDialogView(std::shared_ptr<const web::PageDialog> dialog)
     : dialog_(std::move(dialog)), shade_(glib::share(gtk_box_new(GTK_ORIENTATION_VERTICAL, 0))) {
   gtk_widget_set_name(shade_.get(), "page-dialog");
   gtk_widget_add_css_class(shade_.get(), "page-dialog-shade");
-  gtk_box_append(GTK_BOX(shade_.get()), card());
+  auto* clamp = adw_clamp_new();
+  adw_clamp_set_maximum_size(ADW_CLAMP(clamp), cardWidth);
+  adw_clamp_set_tightening_threshold(ADW_CLAMP(clamp), cardWidth);
+  adw_clamp_set_child(ADW_CLAMP(clamp), card());
+  gtk_widget_set_vexpand(clamp, TRUE);
+  gtk_box_append(GTK_BOX(shade_.get()), clamp);
 
   auto* keys = gtk_event_controller_key_new();
   using Pressed = gboolean(GtkEventControllerKey*, guint, guint, GdkModifierType);
@@ -50,10 +59,7 @@ GtkWidget* PageDialogView::card() {
                                  GTK_ACCESSIBLE_PROPERTY_DESCRIPTION, dialog_->text.c_str(),
                                  GTK_ACCESSIBLE_PROPERTY_MODAL, TRUE, -1);
   gtk_widget_add_css_class(card, "page-dialog-card");
-  gtk_widget_set_size_request(card, cardWidth, -1);
-  gtk_widget_set_halign(card, GTK_ALIGN_CENTER);
   gtk_widget_set_valign(card, GTK_ALIGN_CENTER);
-  gtk_widget_set_vexpand(card, TRUE);
   auto* title = wrappedLabel(heading.c_str());
   gtk_widget_add_css_class(title, "heading");
   gtk_box_append(GTK_BOX(card), title);
@@ -67,7 +73,7 @@ GtkWidget* PageDialogView::card() {
     gtk_box_append(GTK_BOX(card), field_);
   }
   if (dialog_->offersSilence) {
-    silence_ = gtk_check_button_new_with_label("Don't let this page ask again");
+    silence_ = gtk_check_button_new_with_label(base::tr("Don't let this page ask again"));
     gtk_widget_set_name(silence_, "silence");
     gtk_box_append(GTK_BOX(card), silence_);
   }
@@ -77,8 +83,7 @@ GtkWidget* PageDialogView::card() {
 
 // In the desktop's order: the one that agrees stands at the end.
 GtkWidget* PageDialogView::buttons() {
-  auto* row = gtk_box_new(GTK_ORIENTATION_HORIZONTAL, spacing);
-  gtk_widget_set_halign(row, GTK_ALIGN_END);
+  auto* row = buttonRow();
   const auto add = [&](std::size_t i) {
     auto* button = gtk_button_new_with_label(dialog_->buttons[i].c_str());
     connections_.push_back(

@@ -1,6 +1,6 @@
 #include "ui/page/PageNotices.h"
 
-#include "base/Text.h"
+#include "ui/widgets/Toast.h"
 
 namespace ondrel::ui {
 
@@ -15,15 +15,14 @@ PageNotices::PageNotices(GtkWidget* child) : overlay_(glib::share(adw_toast_over
 
 void PageNotices::show(const web::PageNotice& notice) {
   clicked_ = {};
-  const glib::CString title(g_markup_escape_text(base::shortDisplayLine(notice.text).c_str(), -1));
   // One that says the same stays, so that a page can't make the line flicker. What has a time of its own has
   // all of it.
-  const bool isShown = toast_ && notice.time.count() == 0 &&
-                       std::string_view(adw_toast_get_title(toast_.get())) == title.get();
+  const bool isShown = toast_ && notice.time.count() == 0 && text_ == notice.text;
   if (!isShown) {
     if (const auto former = std::exchange(toast_, nullptr))
       adw_toast_dismiss(former.get());
-    toast_ = glib::adopt(adw_toast_new(title.get()));
+    toast_ = makeToast(notice.text);
+    text_ = notice.text;
     const auto usual = notice.button.empty() ? secondsToRead : secondsToAct;
     const auto time = static_cast<guint>(notice.time.count());
     adw_toast_set_timeout(toast_.get(), time > 0 ? time : usual);

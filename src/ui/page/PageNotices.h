@@ -21,6 +21,7 @@ class PageNotices {
  private:
   glib::Ref<GtkWidget> overlay_;
   glib::Ref<AdwToast> toast_; // that shows
+  std::string text_;          // of it
   glib::Connection clicked_;
   glib::Connection dismissed_;
 };

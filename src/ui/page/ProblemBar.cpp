@@ -1,6 +1,9 @@
 #include "ui/page/ProblemBar.h"
 
 #include "base/Text.h"
+#include "base/Translation.h"
+#include "ui/widgets/ButtonRow.h"
+#include "ui/widgets/SideOrBelow.h"
 #include "ui/widgets/Widgets.h"
 
 namespace ondrel::ui {
@@ -11,10 +14,12 @@ ProblemBar::ProblemBar(Content content)
   gtk_widget_set_name(revealer_.get(), content.name);
   auto* texts = gtk_box_new(GTK_ORIENTATION_VERTICAL, 2);
   gtk_widget_set_hexpand(texts, TRUE);
+  gtk_widget_set_valign(texts, GTK_ALIGN_CENTER);
   gtk_widget_add_css_class(title_, "heading");
   for (auto* label : {title_, description_}) {
     gtk_label_set_lines(GTK_LABEL(label), 3);
     gtk_label_set_ellipsize(GTK_LABEL(label), PANGO_ELLIPSIZE_END);
+    connections_.push_back(tipWhereCut(label));
     gtk_box_append(GTK_BOX(texts), label);
   }
   if (content.note) {
@@ -26,21 +31,27 @@ ProblemBar::ProblemBar(Content content)
   auto* row = gtk_box_new(GTK_ORIENTATION_HORIZONTAL, 12);
   gtk_widget_add_css_class(row, "page-problem");
   gtk_box_append(GTK_BOX(row), gtk_image_new_from_icon_name(content.icon));
-  gtk_box_append(GTK_BOX(row), texts);
-  const auto add = [&](GtkWidget* button, std::function<void()> clicked) {
+  const auto add = [&](GtkWidget* place, GtkWidget* button, std::function<void()> clicked) {
     gtk_widget_set_valign(button, GTK_ALIGN_CENTER);
-    clicked_.push_back(glib::connect<void(GtkButton*)>(
+    connections_.push_back(glib::connect<void(GtkButton*)>(
         button, "clicked", [clicked = std::move(clicked)](GtkButton*) { clicked(); }));
-    gtk_box_append(GTK_BOX(row), button);
+    gtk_box_append(GTK_BOX(place), button);
   };
-  for (auto& each : content.buttons)
-    add(gtk_button_new_with_label(each.label), std::move(each.clicked));
+  auto* body = texts;
+  if (!content.buttons.empty()) {
+    auto* buttons = buttonRow();
+    for (auto& each : content.buttons)
+      add(buttons, gtk_button_new_with_label(each.label), std::move(each.clicked));
+    body = sideOrBelow(texts, buttons);
+    gtk_widget_set_hexpand(body, TRUE);
+  }
+  gtk_box_append(GTK_BOX(row), body);
   if (content.dismissed) {
     auto* close = gtk_button_new_from_icon_name("window-close-symbolic");
     gtk_widget_add_css_class(close, "flat");
-    gtk_widget_set_tooltip_text(close, "Close");
-    setAccessibleLabel(close, "Close");
-    add(close, std::move(content.dismissed));
+    gtk_widget_set_tooltip_text(close, base::tr("Close"));
+    setAccessibleLabel(close, base::tr("Close"));
+    add(row, close, std::move(content.dismissed));
   }
   auto* bar = gtk_box_new(GTK_ORIENTATION_VERTICAL, 0);
   gtk_box_append(GTK_BOX(bar), row);

@@ -34,7 +34,7 @@ class ProblemBar {
   glib::Ref<GtkWidget> revealer_;
   GtkWidget* title_;
   GtkWidget* description_;
-  std::vector<glib::Connection> clicked_;
+  std::vector<glib::Connection> connections_;
 };
 
 } // namespace ondrel::ui

@@ -34,7 +34,7 @@ ZoomGestures::ZoomGestures(GtkWidget* widget, std::function<void(int steps)> zoo
   connections_.push_back(glib::connect<void(GtkGesture*, GdkEventSequence*)>(
       pinch, "begin", [this](GtkGesture*, GdkEventSequence*) { lastScale_ = 1; }));
   connections_.push_back(glib::connect<void(GtkGesture*, double)>(
-      pinch, "scale-changed", [this](GtkGesture* gesture, double scale) { spread(gesture, scale); }));
+      pinch, "scale-changed", [this](GtkGesture*, double scale) { spread(scale); }));
 }
 
 bool ZoomGestures::scrolled(GtkEventControllerScroll* controller, double distance) {
@@ -51,9 +51,8 @@ bool ZoomGestures::scrolled(GtkEventControllerScroll* controller, double distanc
   return true;
 }
 
-// Claimed, since the engine would magnify the page by itself too.
-void ZoomGestures::spread(GtkGesture* gesture, double scale) {
-  gtk_gesture_set_state(gesture, GTK_EVENT_SEQUENCE_CLAIMED);
+// Not claimed: the page, which saw the fingers come, would not see them leave.
+void ZoomGestures::spread(double scale) {
   if (!(scale > 0))
     return;
   const auto steps = std::trunc(std::log(scale / lastScale_) / std::log(spreadOfStep));

@@ -9,7 +9,8 @@
 
 namespace ondrel::ui {
 
-// The wheel with Ctrl and two fingers that spread or close, over a widget. They come before what is in it.
+// The wheel with Ctrl and two fingers that spread or close, over a widget. The wheel is kept from what is in
+// it; the fingers are not, and what magnifies by itself in there has to be told not to.
 class ZoomGestures {
  public:
   // `zoom` gets steps, positive ones for larger.
@@ -17,7 +18,7 @@ class ZoomGestures {
 
  private:
   bool scrolled(GtkEventControllerScroll* controller, double distance);
-  void spread(GtkGesture* gesture, double scale);
+  void spread(double scale);
 
   const std::function<void(int)> zoom_;
   double scrolled_ = 0;  // that has made no step yet, in steps

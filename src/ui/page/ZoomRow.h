@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/Translation.h"
 #include "platform/linux/glib/Ref.h"
 
 #include <gtk/gtk.h>
@@ -9,7 +10,7 @@ namespace ondrel::ui {
 // The row of the menu that shows the zoom of the tab in front and changes it.
 class ZoomRow {
  public:
-  static constexpr const char* title = "Zoom"; // of the group of commands that it stands for
+  static constexpr const char* title = base::trMark("Zoom"); // of the group of commands that it stands for
 
   ZoomRow();
 

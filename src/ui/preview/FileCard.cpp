@@ -56,6 +56,18 @@ FileCard::FileCard(const Options& options) {
   gtk_box_append(GTK_BOX(box), centred(typeAndSize(options), "dim-label"));
   if (!options.note.empty())
     gtk_box_append(GTK_BOX(box), centred(options.note, "body"));
+  if (options.controls)
+    gtk_box_append(GTK_BOX(box), options.controls);
+  if (options.action)
+    addButton(options);
+  auto* scroller = gtk_scrolled_window_new();
+  gtk_scrolled_window_set_policy(GTK_SCROLLED_WINDOW(scroller), GTK_POLICY_NEVER, GTK_POLICY_AUTOMATIC);
+  gtk_scrolled_window_set_child(GTK_SCROLLED_WINDOW(scroller), box);
+  gtk_widget_set_vexpand(scroller, TRUE);
+  widget_ = glib::share(scroller);
+}
+
+void FileCard::addButton(const Options& options) {
   auto* button = gtk_button_new_with_label(options.action);
   gtk_widget_set_name(button, "preview-act");
   gtk_widget_add_css_class(button, "pill");
@@ -63,12 +75,7 @@ FileCard::FileCard(const Options& options) {
   gtk_widget_set_halign(button, GTK_ALIGN_CENTER);
   gtk_widget_set_margin_top(button, spacing);
   clicked_ = glib::connect<void(GtkButton*)>(button, "clicked", [act = options.act](GtkButton*) { act(); });
-  gtk_box_append(GTK_BOX(box), button);
-  auto* scroller = gtk_scrolled_window_new();
-  gtk_scrolled_window_set_policy(GTK_SCROLLED_WINDOW(scroller), GTK_POLICY_NEVER, GTK_POLICY_AUTOMATIC);
-  gtk_scrolled_window_set_child(GTK_SCROLLED_WINDOW(scroller), box);
-  gtk_widget_set_vexpand(scroller, TRUE);
-  widget_ = glib::share(scroller);
+  gtk_box_append(GTK_BOX(card_), button);
 }
 
 } // namespace ondrel::ui

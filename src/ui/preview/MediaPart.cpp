@@ -3,6 +3,7 @@
 #include "base/Log.h"
 #include "ui/widgets/Widgets.h"
 
+#include <adwaita.h>
 #include <gst/gst.h>
 
 #include <string_view>
@@ -45,6 +46,11 @@ void removeSources() {
   gst_plugin_feature_list_free(factories);
 }
 
+glib::Ref<GtkMediaStream> streamOf(const std::string& path) {
+  removeSources();
+  return glib::adopt(gtk_media_file_new_for_filename(path.c_str()));
+}
+
 } // namespace
 
 bool canPlayMedia() {
@@ -55,13 +61,17 @@ bool canPlayMedia() {
   return can;
 }
 
-MediaPart::MediaPart(const std::string& path, const std::string& label, std::function<void()> failed) {
-  removeSources();
-  stream_ = glib::adopt(gtk_media_file_new_for_filename(path.c_str()));
-  video_ = glib::share(gtk_video_new_for_media_stream(stream_.get()));
-  gtk_widget_set_name(video_.get(), "preview-media");
-  gtk_widget_set_vexpand(video_.get(), TRUE);
-  setAccessibleLabel(video_.get(), label);
+MediaPart::MediaPart(const FileCard::Options& card, std::function<void()> failed)
+    : stream_(streamOf(card.path)), place_(glib::share(adw_bin_new())),
+      video_(gtk_video_new_for_media_stream(stream_.get())) {
+  gtk_widget_set_name(place_.get(), "preview-media");
+  gtk_widget_set_vexpand(place_.get(), TRUE);
+  setAccessibleLabel(video_, card.name);
+  adw_bin_set_child(ADW_BIN(place_.get()), video_);
+  prepared_ = glib::onNotify(stream_.get(), "prepared", [this, card] {
+    if (!card_ && gtk_media_stream_is_prepared(stream_.get()) && !gtk_media_stream_has_video(stream_.get()))
+      showSound(card);
+  });
   error_ = glib::onNotify(stream_.get(), "error", [this, failed = std::move(failed)] {
     if (const auto* error = gtk_media_stream_get_error(stream_.get())) {
       logger.error("A file can't be played: {}", base::Private{error->message});
@@ -72,9 +82,21 @@ MediaPart::MediaPart(const std::string& path, const std::string& label, std::fun
 }
 
 MediaPart::~MediaPart() {
+  prepared_.disconnect();
   error_.disconnect();
   gtk_media_stream_pause(stream_.get());
-  gtk_video_set_media_stream(GTK_VIDEO(video_.get()), nullptr);
+  if (!card_)
+    gtk_video_set_media_stream(GTK_VIDEO(video_), nullptr);
+}
+
+void MediaPart::showSound(FileCard::Options card) {
+  card.controls = gtk_media_controls_new(stream_.get());
+  setAccessibleLabel(card.controls, card.name);
+  card_.emplace(card);
+  const bool hadFocus = gtk_widget_get_focus_child(place_.get()) != nullptr;
+  adw_bin_set_child(ADW_BIN(place_.get()), card_->widget());
+  if (hadFocus)
+    giveFocus(card_->focus());
 }
 
 } // namespace ondrel::ui

@@ -1,6 +1,7 @@
 #include "ui/preview/PagesPart.h"
 
 #include "async/sleep.h"
+#include "base/Translation.h"
 #include "ui/preview/DrawnWidget.h"
 #include "ui/widgets/Texture.h"
 #include "ui/widgets/Widgets.h"
@@ -197,7 +198,8 @@ void PagesPart::tellPage() {
     text =
         fmt::format("{} × {}", std::lround(document_->pageWidth(0)), std::lround(document_->pageHeight(0)));
   else if (document_->pageCount() > 1)
-    text = fmt::format("Page {} of {}", std::min(first + 1, layout_.boxes().size()), document_->pageCount());
+    text = base::trFormat("Page {0} of {1}", std::min(first + 1, layout_.boxes().size()),
+                          document_->pageCount());
   if (text != told_)
     options_.tell(told_ = text);
 }

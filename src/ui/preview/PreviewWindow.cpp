@@ -3,6 +3,7 @@
 #include "async/sleep.h"
 #include "base/Log.h"
 #include "base/Text.h"
+#include "base/Translation.h"
 #include "platform/Application.h"
 #include "platform/UriLauncher.h"
 #include "platform/documents/DocumentDecoder.h"
@@ -34,26 +35,39 @@ GtkWidget* spinner() {
   gtk_widget_set_halign(widget, GTK_ALIGN_CENTER);
   gtk_widget_set_valign(widget, GTK_ALIGN_CENTER);
   gtk_spinner_start(GTK_SPINNER(widget));
-  setAccessibleLabel(widget, "Loading Preview");
+  setAccessibleLabel(widget, base::tr("Loading Preview"));
   return widget;
+}
+
+// The toolkit's title wants room for five characters, which large letters don't leave in a narrow window.
+void shorten(GtkWidget* title) {
+  if (GTK_IS_LABEL(title))
+    gtk_label_set_width_chars(GTK_LABEL(title), 1);
+  for (auto* child = gtk_widget_get_first_child(title); child; child = gtk_widget_get_next_sibling(child))
+    shorten(child);
 }
 
 const char* sentence(platform::DecodeError::Kind kind, PreviewKind shown) {
   using Kind = platform::DecodeError::Kind;
   switch (kind) {
   case Kind::damaged:
-    return shown == PreviewKind::pdf ? "It may be damaged, or protected by a password."
-                                     : "It may be damaged, or of a kind that is not known here.";
+    // TRANSLATORS: "it" is a file
+    return shown == PreviewKind::pdf ? base::tr("It may be damaged, or protected by a password.")
+                                     // TRANSLATORS: "it" is a file
+                                     : base::tr("It may be damaged, or of a kind that is not known here.");
   case Kind::tooLarge:
-    return "It is too large to be shown here.";
+    // TRANSLATORS: "it" is a file
+    return base::tr("It is too large to be shown here.");
   case Kind::timedOut:
-    return "It takes too long to be drawn.";
+    // TRANSLATORS: "it" is a file
+    return base::tr("It takes too long to be drawn.");
   case Kind::crashed:
-    return "It is damaged: reading it has failed.";
+    // TRANSLATORS: "it" is a file
+    return base::tr("It is damaged: reading it has failed.");
   case Kind::unavailable:
     break;
   }
-  return "The file can't be read. Close the preview and open it again.";
+  return base::tr("The file can't be read. Close the preview and open it again.");
 }
 
 } // namespace
@@ -131,8 +145,9 @@ void PreviewWindow::forget() {
   keepFrame();
   loading_.cancel();
   connections_.clear();
-  zoomButtons_.clear();
+  width_.reset();
   part_.reset();
+  zoom_.reset();
   problem_.reset();
   neighbour_ = nullptr;
   isAwaited_ = false;
@@ -148,7 +163,7 @@ glib::Ref<GtkWidget> PreviewWindow::makeContent() {
   errorPage_ = adw_status_page_new();
   gtk_widget_set_name(errorPage_, "preview-error");
   adw_status_page_set_icon_name(ADW_STATUS_PAGE(errorPage_), "dialog-warning-symbolic");
-  adw_status_page_set_title(ADW_STATUS_PAGE(errorPage_), "No Preview");
+  adw_status_page_set_title(ADW_STATUS_PAGE(errorPage_), base::tr("No Preview"));
   gtk_stack_add_named(GTK_STACK(stack_), errorPage_, "error");
   place_ = adw_bin_new();
   gtk_stack_add_named(GTK_STACK(stack_), place_, "part");
@@ -162,6 +177,8 @@ glib::Ref<GtkWidget> PreviewWindow::makeContent() {
                                        .dismissed = [this] { problem_->hide(); }});
   gtk_box_append(GTK_BOX(box), problem_->widget());
   gtk_box_append(GTK_BOX(box), stack_);
+  gtk_box_append(GTK_BOX(box), zoom_->below());
+  width_.emplace(box, [this](int width) { zoom_->setWidth(width); });
   addKeys(box);
   return glib::share(box);
 }
@@ -179,25 +196,25 @@ void PreviewWindow::addButton(GtkWidget* bar, bool atStart, GtkWidget* button,
 GtkWidget* PreviewWindow::makeHeaderBar() {
   auto* bar = adw_header_bar_new();
   titleWidget_ = adw_window_title_new("", "");
+  shorten(titleWidget_);
   adw_header_bar_set_title_widget(ADW_HEADER_BAR(bar), titleWidget_);
-  previousButton_ = toolbarButton("preview-previous", "go-previous-symbolic", "Previous", "Previous [←]");
+  // TRANSLATORS: the file before, of those in the list
+  previousButton_ = toolbarButton("preview-previous", "go-previous-symbolic", base::tr("Previous"),
+                                  base::tr("Previous") + std::string(readsRightToLeft() ? " [→]" : " [←]"));
   addButton(bar, true, previousButton_, [this] { step(-1); });
-  nextButton_ = toolbarButton("preview-next", "go-next-symbolic", "Next", "Next [→]");
+  // TRANSLATORS: the file after this one in the list
+  nextButton_ = toolbarButton("preview-next", "go-next-symbolic", base::tr("Next"),
+                              base::tr("Next") + std::string(readsRightToLeft() ? " [←]" : " [→]"));
   addButton(bar, true, nextButton_, [this] { step(1); });
   setNeighbours(false, false);
-  openButton_ = toolbarButton("preview-open", "document-open-symbolic", "Open With…", "Open With… (⌘O)");
+  openButton_ = toolbarButton("preview-open", "document-open-symbolic", base::tr("Open With…"),
+                              base::tr("Open With…") + std::string(" (⌘O)"));
   addButton(bar, false, openButton_, [this] { openWith(); });
-  const auto addZoom = [&](const char* name, const char* icon, const char* label, const char* tooltip,
-                           Zoom kind) {
-    zoomButtons_.push_back(toolbarButton(name, icon, label, tooltip));
-    addButton(bar, false, zoomButtons_.back(), [this, kind] {
-      if (part_)
-        part_->zoom(kind);
-    });
-  };
-  addZoom("preview-fit", "zoom-fit-best-symbolic", "Fit", "Fit in the Window [F]", Zoom::fit);
-  addZoom("preview-larger", "zoom-in-symbolic", "Zoom In", "Zoom In [+]", Zoom::in);
-  addZoom("preview-smaller", "zoom-out-symbolic", "Zoom Out", "Zoom Out [-]", Zoom::out);
+  zoom_.emplace([this](Zoom kind) {
+    if (part_)
+      part_->zoom(kind);
+  });
+  adw_header_bar_pack_end(ADW_HEADER_BAR(bar), zoom_->inHeader());
   return bar;
 }
 
@@ -253,10 +270,10 @@ bool PreviewWindow::handlePlainKey(guint key) {
     return true;
   }
   case GDK_KEY_Left:
-    step(-1);
+    step(readsRightToLeft() ? 1 : -1);
     return true;
   case GDK_KEY_Right:
-    step(1);
+    step(readsRightToLeft() ? -1 : 1);
     return true;
   case GDK_KEY_Up:
     return part_ && part_->scroll(-1);
@@ -311,6 +328,7 @@ void PreviewWindow::setTitle(const std::string& name) {
   title_ = base::shortDisplayLine(name);
   window_->setTitle(title_);
   adw_window_title_set_title(ADW_WINDOW_TITLE(titleWidget_), title_.c_str());
+  gtk_widget_set_tooltip_text(titleWidget_, title_.c_str());
   adw_window_title_set_subtitle(ADW_WINDOW_TITLE(titleWidget_), "");
 }
 
@@ -323,8 +341,7 @@ void PreviewWindow::leavePart() {
 void PreviewWindow::setPart(std::unique_ptr<PreviewPart> part) {
   const auto old = std::exchange(part_, std::move(part));
   adw_bin_set_child(ADW_BIN(place_), part_ ? part_->widget() : nullptr);
-  for (auto* button : zoomButtons_)
-    gtk_widget_set_visible(button, part_ && part_->canZoom());
+  zoom_->setUsed(part_ && part_->canZoom());
   if (!part_)
     return;
   gtk_stack_set_visible_child_name(GTK_STACK(stack_), "part");
@@ -335,24 +352,30 @@ void PreviewWindow::showCard(const std::string& note) {
   adw_window_title_set_subtitle(ADW_WINDOW_TITLE(titleWidget_), "");
   const bool isMedia = previewKind(services_.types, item_.mimeType) == PreviewKind::media;
   const bool canPlay = isMedia && note.empty() && canPlayMedia();
-  setPart(std::make_unique<FileCard>(FileCard::Options{
-      .path = item_.path,
-      .name = title_,
-      .mimeType = item_.mimeType,
-      .note =
-          isMedia && note.empty() && !canPlay ? "Sound and film can't be played here on this machine." : note,
-      .action = canPlay ? "Play" : "Open With…",
-      .act = [this, canPlay] {
-        if (canPlay)
-          play();
-        else
-          openWith();
-      }}));
+  setPart(std::make_unique<FileCard>(
+      FileCard::Options{.path = item_.path,
+                        .name = title_,
+                        .mimeType = item_.mimeType,
+                        .note = isMedia && note.empty() && !canPlay
+                                    ? base::tr("Sound and film can't be played here on this machine.")
+                                    : note,
+                        // TRANSLATORS: a verb: to play sound or film
+                        .action = canPlay ? base::tr("Play") : base::tr("Open With…"),
+                        .act = [this, canPlay] {
+                          if (canPlay)
+                            play();
+                          else
+                            openWith();
+                        }}));
 }
 
 void PreviewWindow::play() {
-  setPart(std::make_unique<MediaPart>(item_.path, title_,
-                                      [this] { showCard("It can't be played here. It may be damaged."); }));
+  const FileCard::Options card{.path = item_.path, .name = title_, .mimeType = item_.mimeType};
+  setPart(std::make_unique<MediaPart>(card, [this] {
+    // TRANSLATORS: "it" is a file
+    showCard(base::tr(
+        "It can't be played here. It may be damaged, or this machine has nothing that plays its format."));
+  }));
 }
 
 void PreviewWindow::openWith() {
@@ -363,7 +386,7 @@ void PreviewWindow::openWith() {
 async::Task<void> PreviewWindow::askWhatOpens(std::string path) {
   const auto opened = co_await services_.launcher.openFileWith(std::move(path), {content_.get()});
   if (!opened && window_)
-    problem_->show("The File Could Not Be Opened", opened.error());
+    problem_->show(base::tr("The File Could Not Be Opened"), opened.error());
 }
 
 void PreviewWindow::tellFailure(const platform::DecodeError& error) {
@@ -386,7 +409,8 @@ async::Task<void> PreviewWindow::load(Item item) {
     if (part)
       setPart(std::move(part));
     else
-      showCard("It can't be shown as text.");
+      // TRANSLATORS: "it" is a file
+      showCard(base::tr("It can't be shown as text."));
   } else {
     showCard("");
   }

@@ -6,6 +6,8 @@
 #include "ui/page/ProblemBar.h"
 #include "ui/preview/PreviewKind.h"
 #include "ui/preview/PreviewPart.h"
+#include "ui/preview/ZoomButtons.h"
+#include "ui/widgets/WidthWatch.h"
 
 #include <gtk/gtk.h>
 
@@ -97,7 +99,8 @@ class PreviewWindow final {
   GtkWidget* openButton_ = nullptr;
   GtkWidget* previousButton_ = nullptr;
   GtkWidget* nextButton_ = nullptr;
-  std::vector<GtkWidget*> zoomButtons_;
+  std::optional<ZoomButtons> zoom_;
+  std::optional<WidthWatch> width_;
   std::optional<ProblemBar> problem_;
   std::unique_ptr<PreviewPart> part_;
   std::vector<glib::Connection> connections_;

@@ -1,12 +1,13 @@
 #include "ui/preview/TextPart.h"
 
+#include "base/Translation.h"
 #include "platform/linux/glib/AsyncResult.h"
+#include "platform/linux/glib/ReadUpTo.h"
 #include "ui/preview/PreviewText.h"
 #include "ui/widgets/Widgets.h"
 
 #include <adwaita.h>
 
-#include <optional>
 #include <string_view>
 
 namespace ondrel::ui {
@@ -17,47 +18,25 @@ using glib::adopt;
 using glib::Ref;
 
 constexpr int margin = 12;
-constexpr gsize pieceSize = gsize{256} << 10;
 
-async::Task<std::optional<std::string>> readBeginning(std::string path, std::size_t limit) {
+async::Task<Ref<GInputStream>> streamOf(std::string path) {
   const auto file = adopt(g_file_new_for_path(path.c_str()));
-  glib::Error error;
   auto [opening, opened] = glib::startAsync();
   g_file_read_async(file.get(), G_PRIORITY_DEFAULT, opening.cancellable, glib::PendingCall::callback,
                     opening.userData);
-  const auto openResult = co_await std::move(opened);
-  if (!openResult)
-    co_return std::nullopt;
-  const auto stream = adopt(g_file_read_finish(file.get(), openResult->get(), error.out()));
-  if (!stream)
-    co_return std::nullopt;
-  std::string result;
-  while (result.size() < limit) {
-    auto [reading, read] = glib::startAsync();
-    g_input_stream_read_bytes_async(G_INPUT_STREAM(stream.get()), std::min(pieceSize, limit - result.size()),
-                                    G_PRIORITY_DEFAULT, reading.cancellable, glib::PendingCall::callback,
-                                    reading.userData);
-    const auto readResult = co_await std::move(read);
-    if (!readResult)
-      co_return std::nullopt;
-    const glib::Owned<GBytes> bytes(
-        g_input_stream_read_bytes_finish(G_INPUT_STREAM(stream.get()), readResult->get(), error.out()));
-    if (!bytes)
-      co_return std::nullopt;
-    gsize size = 0;
-    const auto* data = static_cast<const char*>(g_bytes_get_data(bytes.get(), &size));
-    if (size == 0)
-      break;
-    result.append(data, size);
-  }
-  co_return result;
+  const auto result = co_await std::move(opened);
+  glib::Error error;
+  co_return adopt(
+      G_INPUT_STREAM(result ? g_file_read_finish(file.get(), result->get(), error.out()) : nullptr));
 }
 
 } // namespace
 
 async::Task<std::unique_ptr<PreviewPart>> TextPart::open(std::string path, std::string label) {
-  // One more byte tells whether there is more.
-  auto bytes = co_await readBeginning(std::move(path), longestText + 1);
+  auto stream = co_await streamOf(std::move(path));
+  if (!stream)
+    co_return nullptr;
+  const auto bytes = co_await glib::readUpTo(longestText, std::move(stream));
   if (!bytes)
     co_return nullptr;
   const bool isCut = bytes->size() > longestText;
@@ -88,7 +67,8 @@ TextPart::TextPart(const std::string& text, bool isCut, const std::string& label
   vertical_ = gtk_scrolled_window_get_vadjustment(GTK_SCROLLED_WINDOW(scroller));
   auto* box = gtk_box_new(GTK_ORIENTATION_VERTICAL, 0);
   if (isCut) {
-    auto* notice = wrappedLabel("This is the beginning of the file. The rest is too long to be shown here.");
+    auto* notice =
+        wrappedLabel(base::tr("This is the beginning of the file. The rest is too long to be shown here."));
     gtk_widget_set_name(notice, "preview-cut");
     gtk_widget_add_css_class(notice, "page-problem");
     gtk_box_append(GTK_BOX(box), notice);

@@ -1,5 +1,6 @@
 #include "ui/settings/DefaultMailSettingsView.h"
 
+#include "base/Translation.h"
 #include "integrations/DefaultEmailClient.h"
 #include "ui/settings/SettingsRows.h"
 #include "ui/widgets/Widgets.h"
@@ -15,10 +16,10 @@ DefaultMailSettingsView::DefaultMailSettingsView(integrations::DefaultEmailClien
                                                  std::function<void(const std::string& url)> openURL)
     : client_(client), group_(glib::share(ADW_PREFERENCES_GROUP(adw_preferences_group_new()))),
       status_(ADW_ACTION_ROW(adw_action_row_new())), icon_(GTK_IMAGE(gtk_image_new())),
-      set_(gtk_button_new_with_mnemonic("_Set as Default")), progress_(gtk_spinner_new()),
+      set_(mnemonicButton(base::tr("_Set as Default"))), progress_(gtk_spinner_new()),
       check_(settings, settings::keys::defaultClientCheck,
-             {.title = "Check for being the default email app at startup",
-              .noteWhileOn = "Starts checking on next start"}) {
+             {.title = base::tr("Check for being the default email app at startup"),
+              .noteWhileOn = base::tr("Starts checking on next start")}) {
   gtk_widget_set_name(GTK_WIDGET(status_), "default-mail");
   adw_preferences_row_set_use_markup(ADW_PREFERENCES_ROW(status_), FALSE);
   adw_action_row_set_title_lines(status_, 0);
@@ -45,8 +46,9 @@ DefaultMailSettingsView::DefaultMailSettingsView(integrations::DefaultEmailClien
 void DefaultMailSettingsView::addButtons(std::string manualURL,
                                          std::function<void(const std::string& url)> openURL) {
   gtk_widget_set_name(set_, "set-default-mail");
+  wrapText(set_);
   gtk_spinner_set_spinning(GTK_SPINNER(progress_), TRUE);
-  setAccessibleLabel(progress_, "Asking the desktop");
+  setAccessibleLabel(progress_, base::tr("Asking the desktop"));
   connections_.push_back(
       glib::connect<void(GtkButton*)>(set_, "clicked", [this](GtkButton*) { client_.setAsDefault(); }));
   for (auto* widget : {progress_, set_}) {
@@ -55,7 +57,7 @@ void DefaultMailSettingsView::addButtons(std::string manualURL,
   }
   if (manualURL.empty())
     return;
-  manual_ = GTK_WIDGET(linkRow("Set it manually instead"));
+  manual_ = GTK_WIDGET(linkRow(base::tr("Set it manually instead")));
   connections_.push_back(glib::connect<void(AdwActionRow*)>(
       manual_, "activated",
       [openURL = std::move(openURL), url = std::move(manualURL)](AdwActionRow*) { openURL(url); }));
@@ -63,8 +65,9 @@ void DefaultMailSettingsView::addButtons(std::string manualURL,
 
 void DefaultMailSettingsView::update() {
   const bool isDefault = *client_.isDefault;
-  const auto title = client_.programInfo().displayName +
-                     (isDefault ? " is your default email app" : " is not your default email app");
+  const auto& name = client_.programInfo().displayName;
+  const auto title = isDefault ? base::trFormat("{} is your default email app", name)
+                               : base::trFormat("{} is not your default email app", name);
   adw_preferences_row_set_title(ADW_PREFERENCES_ROW(status_), title.c_str());
   gtk_image_set_from_icon_name(icon_, isDefault ? "emblem-ok-symbolic" : "dialog-warning-symbolic");
   setRowSubtitle(status_, client_.setDefaultError->value_or(""));

@@ -1,5 +1,7 @@
 #include "ui/settings/DonationSettingsView.h"
 
+#include "base/Text.h"
+#include "base/Translation.h"
 #include "ui/settings/SettingsRows.h"
 #include "ui/widgets/Widgets.h"
 
@@ -7,10 +9,12 @@ namespace ondrel::ui {
 
 namespace {
 
-constexpr const char* text = " offers all functionality for free.\nIf you’d like to support its development, "
-                             "you can buy me a coffee or "
-                             "make a small donation.\n\nNo pressure—just gratitude!";
-constexpr const char* withoutAddresses = "This copy of the program knows no address for donations.";
+std::string invitation(const std::string& displayName) {
+  return base::trFormat("{} offers all functionality for free.\nIf you’d like to support its development, "
+                        "you can buy me a coffee or "
+                        "make a small donation.\n\nNo pressure—just gratitude!",
+                        displayName);
+}
 
 } // namespace
 
@@ -18,13 +22,13 @@ DonationSettingsView::DonationSettingsView(const std::string& displayName, const
                                            const std::string& paypalURL,
                                            const std::function<void(const std::string& url)>& openURL)
     : group_(glib::share(ADW_PREFERENCES_GROUP(adw_preferences_group_new()))) {
-  auto* label = wrappedLabel((displayName + text).c_str());
-  gtk_widget_set_margin_bottom(label, 18);
-  adw_preferences_group_add(group_.get(), label);
-  add("Buy Me a Coffee", coffeeURL, openURL);
-  add("Donate via PayPal", paypalURL, openURL);
+  // What isn't a row would stand below the rows.
+  adw_preferences_group_set_description(group_.get(), base::escapedMarkup(invitation(displayName)).c_str());
+  add(base::tr("Buy Me a Coffee"), coffeeURL, openURL);
+  add(base::tr("Donate via PayPal"), paypalURL, openURL);
   if (coffeeURL.empty() && paypalURL.empty())
-    adw_preferences_group_set_description(group_.get(), withoutAddresses);
+    adw_preferences_group_add(
+        group_.get(), wrappedLabel(base::tr("This copy of the program knows no address for donations.")));
 }
 
 void DonationSettingsView::add(const char* title, const std::string& url,

@@ -1,7 +1,9 @@
 #include "ui/settings/EnvironmentSettingsView.h"
 
+#include "base/Translation.h"
 #include "platform/UserDefaults.h"
 #include "settings/AppSettings.h"
+#include "ui/settings/SettingsRows.h"
 #include "ui/widgets/Widgets.h"
 
 namespace ondrel::ui {
@@ -10,20 +12,23 @@ namespace {
 
 using settings::FastmailEnvironment;
 
-// In the order of FastmailEnvironment.
-constexpr const char* titles[] = {"Production", "Beta", nullptr};
-
 } // namespace
 
 EnvironmentSettingsView::EnvironmentSettingsView(settings::AppSettings& settings)
     : settings_(settings), group_(glib::share(ADW_PREFERENCES_GROUP(adw_preferences_group_new()))),
-      row_(ADW_COMBO_ROW(adw_combo_row_new())) {
+      row_(ADW_COMBO_ROW(adw_combo_row_new())), names_(nameChoices(row_)) {
   gtk_widget_set_name(GTK_WIDGET(row_), "environment");
   adw_preferences_row_set_use_underline(ADW_PREFERENCES_ROW(row_), TRUE);
-  adw_preferences_row_set_title(ADW_PREFERENCES_ROW(row_), "Fastmail _Version");
-  adw_action_row_set_subtitle(ADW_ACTION_ROW(row_), "All open tabs will refresh and display email content.");
+  adw_preferences_row_set_title(ADW_PREFERENCES_ROW(row_), base::tr("Fastmail _Version"));
+  adw_action_row_set_subtitle(ADW_ACTION_ROW(row_),
+                              base::tr("All open tabs will refresh and display email content."));
   adw_action_row_set_subtitle_lines(ADW_ACTION_ROW(row_), 0);
-  setAccessibleLabel(GTK_WIDGET(row_), "Fastmail Version");
+  setAccessibleLabel(GTK_WIDGET(row_), base::tr("Fastmail Version"));
+  // In the order of FastmailEnvironment.
+  // TRANSLATORS: the usual form of the service, which all people use
+  const char* const titles[] = {base::tr("Production"),
+                                // TRANSLATORS: the form of the service that tries what is new
+                                base::tr("Beta"), nullptr};
   const auto model = glib::adopt(gtk_string_list_new(titles));
   adw_combo_row_set_model(row_, G_LIST_MODEL(model.get()));
   adw_preferences_group_add(group_.get(), GTK_WIDGET(row_));
@@ -37,6 +42,7 @@ EnvironmentSettingsView::EnvironmentSettingsView(settings::AppSettings& settings
 }
 
 void EnvironmentSettingsView::choose() {
+  tellChoice(row_);
   const auto chosen = static_cast<FastmailEnvironment>(adw_combo_row_get_selected(row_));
   // What is stored may be anything that stands for production.
   if (!isUpdating_ && chosen != settings_.currentEnvironment())
@@ -46,6 +52,7 @@ void EnvironmentSettingsView::choose() {
 void EnvironmentSettingsView::update() {
   isUpdating_ = true;
   adw_combo_row_set_selected(row_, static_cast<guint>(settings_.currentEnvironment()));
+  tellChoice(row_);
   isUpdating_ = false;
 }
 

@@ -21,6 +21,7 @@ class EnvironmentSettingsView final : public SettingsSection {
   settings::AppSettings& settings_;
   const glib::Ref<AdwPreferencesGroup> group_;
   AdwComboRow* const row_;
+  const glib::Connection names_;
   bool isUpdating_ = false;
   glib::Connection selection_;
   base::Subscription settingChanges_;

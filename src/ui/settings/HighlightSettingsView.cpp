@@ -1,5 +1,6 @@
 #include "ui/settings/HighlightSettingsView.h"
 
+#include "base/Translation.h"
 #include "ui/settings/SettingsRows.h"
 
 #include <string>
@@ -16,7 +17,7 @@ HighlightSettingsView::HighlightSettingsView(settings::AppSettings& settings, jm
     : model_(settings, mail), group_(glib::share(ADW_PREFERENCES_GROUP(adw_preferences_group_new()))),
       enabled_(GTK_SWITCH(gtk_switch_new())), enabledRow_(switchRow("highlight-tag", enabled_)),
       name_(GTK_ENTRY(gtk_entry_new())), nameRow_(fieldRow("highlight-tag-name", name_, nameCharacters)) {
-  adw_preferences_group_set_title(group_.get(), "Highlights");
+  adw_preferences_group_set_title(group_.get(), base::tr("Highlights"));
   gtk_entry_set_placeholder_text(name_, std::string(model_.namePrompt()).c_str());
   for (auto* row : {enabledRow_, nameRow_})
     adw_preferences_group_add(group_.get(), GTK_WIDGET(row));

@@ -1,5 +1,6 @@
 #include "ui/settings/LoginItemSettingsView.h"
 
+#include "base/Translation.h"
 #include "integrations/LoginItemManager.h"
 #include "ui/settings/SettingsRows.h"
 
@@ -9,8 +10,8 @@ LoginItemSettingsView::LoginItemSettingsView(integrations::LoginItemManager& mod
     : model_(model), group_(glib::share(ADW_PREFERENCES_GROUP(adw_preferences_group_new()))),
       control_(GTK_SWITCH(gtk_switch_new())) {
   auto* row = switchRow("launch-at-login", control_);
-  setRowTitle(row, GTK_WIDGET(control_), "Launch at Login");
-  setRowSubtitle(row, "Watches for new mail, without a window until you open one");
+  setRowTitle(row, GTK_WIDGET(control_), base::tr("Launch at Login"));
+  setRowSubtitle(row, base::tr("Watches for new mail, without a window until you open one"));
   adw_preferences_group_add(group_.get(), GTK_WIDGET(row));
   update();
   subscriptions_.push_back(model_.isEnabled.observe([this] { update(); }));

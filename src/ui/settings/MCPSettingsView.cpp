@@ -1,6 +1,7 @@
 #include "ui/settings/MCPSettingsView.h"
 
 #include "base/Text.h"
+#include "base/Translation.h"
 #include "mcp/MCPSettingsModel.h"
 #include "ui/settings/SettingsRows.h"
 #include "ui/widgets/Widgets.h"
@@ -33,7 +34,7 @@ AdwActionRow* makeRegisteredRow() {
   auto* row = ADW_ACTION_ROW(adw_action_row_new());
   gtk_widget_set_name(GTK_WIDGET(row), "mcp-registered");
   adw_preferences_row_set_use_markup(ADW_PREFERENCES_ROW(row), FALSE);
-  adw_preferences_row_set_title(ADW_PREFERENCES_ROW(row), std::string(text::registered).c_str());
+  adw_preferences_row_set_title(ADW_PREFERENCES_ROW(row), base::tr(text::registered));
   adw_action_row_set_subtitle_lines(row, 0);
   adw_action_row_add_prefix(row, gtk_image_new_from_icon_name("emblem-ok-symbolic"));
   return row;
@@ -47,11 +48,11 @@ MCPSettingsView::MCPSettingsView(mcp::MCPSettingsModel& model,
       enabled_(GTK_SWITCH(gtk_switch_new())), enabledRow_(switchRow("mcp-server", enabled_)),
       problemRow_(makeProblemRow()), port_(GTK_ENTRY(gtk_entry_new())),
       portRow_(fieldRow("mcp-port", port_, portCharacters)), registeredRow_(makeRegisteredRow()),
-      command_(std::string(text::caption), std::string(text::copy), [this] { model_.copySetupCommand(); }),
+      command_(base::tr(text::caption), base::tr(text::copy), [this] { model_.copySetupCommand(); }),
       notFoundRow_(ADW_ACTION_ROW(adw_action_row_new())) {
-  adw_preferences_group_set_title(group_.get(), std::string(text::section).c_str());
-  setRowTitle(enabledRow_, GTK_WIDGET(enabled_), text::enable);
-  setRowSubtitle(enabledRow_, text::whatItOpens);
+  adw_preferences_group_set_title(group_.get(), base::tr(text::section));
+  setRowTitle(enabledRow_, GTK_WIDGET(enabled_), base::tr(text::enable));
+  setRowSubtitle(enabledRow_, base::tr(text::whatItOpens));
   makeNotFoundRow();
   addHelp(std::move(openURL));
   makePortField();
@@ -59,6 +60,7 @@ MCPSettingsView::MCPSettingsView(mcp::MCPSettingsModel& model,
                     GTK_WIDGET(portRow_), GTK_WIDGET(registeredRow_), command_.widget()})
     adw_preferences_group_add(group_.get(), row);
 
+  model_.lookForClaudeCode();
   update();
   changes_ = model_.changed.subscribe([this] { update(); });
   connections_.push_back(glib::onNotify(enabled_, "active", [this] {
@@ -68,15 +70,16 @@ MCPSettingsView::MCPSettingsView(mcp::MCPSettingsModel& model,
 }
 
 void MCPSettingsView::makeNotFoundRow() {
-  auto* button = gtk_button_new_with_mnemonic(mnemonic(text::showAnyway).c_str());
+  auto* button = mnemonicButton(mnemonic(base::tr(text::showAnyway)).c_str());
   gtk_widget_set_name(button, "mcp-show-anyway");
   gtk_widget_set_valign(button, GTK_ALIGN_CENTER);
+  wrapText(button);
   connections_.push_back(glib::connect<void(GtkButton*)>(button, "clicked", [this](GtkButton*) {
     model_.showAnyway();
     gtk_widget_grab_focus(GTK_WIDGET(enabled_)); // the button has gone
   }));
   gtk_widget_set_name(GTK_WIDGET(notFoundRow_), "mcp-not-found");
-  adw_preferences_row_set_title(ADW_PREFERENCES_ROW(notFoundRow_), std::string(text::notFound).c_str());
+  adw_preferences_row_set_title(ADW_PREFERENCES_ROW(notFoundRow_), base::tr(text::notFound));
   adw_action_row_set_title_lines(notFoundRow_, 0);
   adw_action_row_add_suffix(notFoundRow_, button);
 }
@@ -86,8 +89,8 @@ void MCPSettingsView::addHelp(std::function<void(const std::string&)> openURL) {
     return;
   help_ = gtk_button_new_from_icon_name("dialog-information-symbolic");
   gtk_widget_set_name(help_, "mcp-help");
-  setAccessibleLabel(help_, "Help");
-  setTooltip(help_, "Help");
+  setAccessibleLabel(help_, base::tr("Help"));
+  setTooltip(help_, base::tr("Help"));
   gtk_widget_set_valign(help_, GTK_ALIGN_CENTER);
   gtk_widget_add_css_class(help_, "flat");
   connections_.push_back(glib::connect<void(GtkButton*)>(
@@ -96,8 +99,8 @@ void MCPSettingsView::addHelp(std::function<void(const std::string&)> openURL) {
 }
 
 void MCPSettingsView::makePortField() {
-  setRowTitle(portRow_, GTK_WIDGET(port_), text::port);
-  gtk_entry_set_placeholder_text(port_, std::string(text::portPrompt).c_str());
+  setRowTitle(portRow_, GTK_WIDGET(port_), base::tr(text::port));
+  gtk_entry_set_placeholder_text(port_, text::portPrompt);
   gtk_entry_set_input_purpose(port_, GTK_INPUT_PURPOSE_DIGITS);
   gtk_widget_add_css_class(GTK_WIDGET(port_), "numeric");
   connections_.push_back(glib::connect<void(GtkEditable*)>(port_, "changed", [this](GtkEditable*) {

@@ -1,5 +1,6 @@
 #include "ui/settings/MissingServicesView.h"
 
+#include "base/Translation.h"
 #include "ui/settings/SettingsRows.h"
 
 #include <utility>
@@ -18,23 +19,27 @@ struct Words {
 Words wordsFor(DesktopService service) {
   switch (service) {
   case DesktopService::sessionBus:
-    return {"No Session Bus",
-            "Links of other programs and a second start can't reach this program, and none of "
-            "the services below can be used. Desktops start the bus when you sign in."};
+    return {base::tr("No Session Bus"),
+            base::tr("Links of other programs and a second start can't reach this program, and none of "
+                     "the services below can be used. Desktops start the bus when you sign in.")};
   case DesktopService::notifications:
-    return {"No Notifications",
-            "New mail is not announced: no notification server runs, \"dunst\" or \"xfce4-notifyd\" say."};
+    return {
+        base::tr("No Notifications"),
+        base::tr(
+            "New mail is not announced: no notification server runs, \"dunst\" or \"xfce4-notifyd\" say.")};
   case DesktopService::statusIcons:
-    return {"No Icon in the Panel", "No panel shows icons of programs. GNOME needs an extension for that."};
+    return {base::tr("No Icon in the Panel"),
+            base::tr("No panel shows icons of programs. GNOME needs an extension for that.")};
   case DesktopService::portal:
-    return {"No Desktop Portal",
-            "The dark style of the desktop isn't followed, and on Wayland there are no global "
-            "shortcuts. \"xdg-desktop-portal\" provides it."};
+    return {base::tr("No Desktop Portal"),
+            base::tr("The dark style of the desktop isn't followed, and on Wayland there are no global "
+                     "shortcuts. \"xdg-desktop-portal\" provides it.")};
   case DesktopService::accessibility:
-    return {"No Accessibility Bus", "Screen readers can't read the windows. \"at-spi2-core\" provides it."};
+    return {base::tr("No Accessibility Bus"),
+            base::tr("Screen readers can't read the windows. \"at-spi2-core\" provides it.")};
   case DesktopService::settings:
-    return {"No Store for the Toolkit's Settings",
-            "File choosers forget how you left them. \"dconf-gsettings-backend\" provides it."};
+    return {base::tr("No Store for the Toolkit's Settings"),
+            base::tr("File choosers forget how you left them. \"dconf-gsettings-backend\" provides it.")};
   }
   return {};
 }
@@ -43,7 +48,7 @@ Words wordsFor(DesktopService service) {
 
 MissingServicesView::MissingServicesView(platform::DesktopServices& services)
     : services_(services), group_(glib::share(ADW_PREFERENCES_GROUP(adw_preferences_group_new()))) {
-  adw_preferences_group_set_title(group_.get(), "Desktop");
+  adw_preferences_group_set_title(group_.get(), base::tr("Desktop"));
   // Who has started a service for it comes back to this window to see.
   rooted_ = glib::onNotify(group_.get(), "root", [this] {
     activated_ = {};
@@ -62,7 +67,7 @@ async::Task<void> MissingServicesView::look() {
     addRow(words.title, words.lost);
   }
   if (missing.empty())
-    addRow("Nothing Is Missing", "All that Ondrel uses of this desktop is there.");
+    addRow(base::tr("Nothing Is Missing"), base::tr("All that Ondrel uses of this desktop is there."));
 }
 
 void MissingServicesView::addRow(const char* title, const char* subtitle) {

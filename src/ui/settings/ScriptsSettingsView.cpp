@@ -1,9 +1,11 @@
 #include "ui/settings/ScriptsSettingsView.h"
 
+#include "base/Translation.h"
 #include "integrations/ScriptsManager.h"
 #include "platform/UserDefaults.h"
 #include "settings/AppSettings.h"
 #include "ui/settings/SettingsRows.h"
+#include "ui/widgets/Widgets.h"
 
 namespace ondrel::ui {
 
@@ -13,8 +15,9 @@ namespace keys = settings::keys;
 
 // One that is on can be turned off, whatever is there.
 void offer(SettingSwitch& setting, bool isOn, bool hasFiles, const char* kind) {
-  gtk_widget_set_sensitive(setting.row(), isOn || hasFiles);
-  setting.setNote(hasFiles ? "" : std::string("There are no ") + kind + " files in the Scripts folder");
+  setSensitive(setting.row(), isOn || hasFiles);
+  // TRANSLATORS: "There are no .js files in the Scripts folder"
+  setting.setNote(hasFiles ? "" : base::trFormat("There are no {} files in the Scripts folder", kind));
 }
 
 } // namespace
@@ -23,26 +26,28 @@ ScriptsSettingsView::ScriptsSettingsView(integrations::ScriptsManager& scripts,
                                          settings::AppSettings& settings)
     : scripts_(scripts), settings_(settings),
       group_(glib::share(ADW_PREFERENCES_GROUP(adw_preferences_group_new()))) {
-  adw_preferences_group_set_title(group_.get(), "Javascript and CSS injection");
+  adw_preferences_group_set_title(group_.get(), base::tr("Javascript and CSS injection"));
   if (scripts_.folder())
     addRows();
   else
     adw_preferences_group_set_description(
-        group_.get(), "Your home has no documents folder, in which scripts and style sheets would be kept.");
+        group_.get(),
+        base::tr("Your home has no documents folder, in which scripts and style sheets would be kept."));
 }
 
 void ScriptsSettingsView::addRows() {
-  runJS_.emplace(settings_, keys::runJS, SettingSwitch::Texts{.title = "Run JavaScript"});
-  injectCSS_.emplace(settings_, keys::injectCSS, SettingSwitch::Texts{.title = "Inject CSS"});
+  runJS_.emplace(settings_, keys::runJS, SettingSwitch::Texts{.title = base::tr("Run JavaScript")});
+  injectCSS_.emplace(settings_, keys::injectCSS, SettingSwitch::Texts{.title = base::tr("Inject CSS")});
   for (const auto* setting : {&*runJS_, &*injectCSS_})
     adw_preferences_group_add(group_.get(), setting->row());
-  addRow(linkRow("Open the Scripts folder"), "open-scripts", "js files in this folder run at startup",
+  addRow(linkRow(base::tr("Open the Scripts folder")), "open-scripts",
+         base::tr("js files in this folder run at startup"),
          [](ScriptsSettingsView& view) { view.scripts_.openScriptsFolder(); });
   auto* runNow = ADW_ACTION_ROW(adw_action_row_new());
-  adw_preferences_row_set_title(ADW_PREFERENCES_ROW(runNow), "Run now");
+  adw_preferences_row_set_title(ADW_PREFERENCES_ROW(runNow), base::tr("Run now"));
   adw_action_row_add_suffix(runNow, gtk_image_new_from_icon_name("media-playback-start-symbolic"));
   gtk_list_box_row_set_activatable(GTK_LIST_BOX_ROW(runNow), TRUE);
-  runNow_ = addRow(runNow, "run-scripts", "The js files, in the tab in front",
+  runNow_ = addRow(runNow, "run-scripts", base::tr("The js files, in the tab in front"),
                    [](ScriptsSettingsView& view) { view.scripts_.runScriptsInActiveWebView(); });
 
   update();
@@ -65,7 +70,7 @@ GtkWidget* ScriptsSettingsView::addRow(AdwActionRow* row, const char* identifier
 void ScriptsSettingsView::update() {
   offer(*runJS_, settings_.get(keys::runJS), *scripts_.hasScripts, ".js");
   offer(*injectCSS_, settings_.get(keys::injectCSS), *scripts_.hasCSS, ".css");
-  gtk_widget_set_sensitive(runNow_, *scripts_.hasScripts);
+  setSensitive(runNow_, *scripts_.hasScripts);
 }
 
 } // namespace ondrel::ui

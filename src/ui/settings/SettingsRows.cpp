@@ -50,6 +50,26 @@ void setRowTitle(AdwActionRow* row, GtkWidget* control, std::string_view title) 
 
 void setRowSubtitle(AdwActionRow* row, std::string_view subtitle) {
   adw_action_row_set_subtitle(row, std::string(subtitle).c_str());
+  setAccessibleDescription(GTK_WIDGET(row), std::string(subtitle));
+}
+
+void tellChoice(AdwComboRow* row) {
+  auto* chosen = static_cast<GtkStringObject*>(adw_combo_row_get_selected_item(row));
+  const char* note = adw_action_row_get_subtitle(ADW_ACTION_ROW(row));
+  std::string text = chosen ? gtk_string_object_get_string(chosen) : "";
+  if (note && *note)
+    text += std::string(". ") + note;
+  setAccessibleDescription(GTK_WIDGET(row), text);
+}
+
+glib::Connection nameChoices(AdwComboRow* row) {
+  auto* factory = GTK_SIGNAL_LIST_ITEM_FACTORY(adw_combo_row_get_factory(row));
+  return glib::connect<void(GtkSignalListItemFactory*, GtkListItem*)>(
+      factory, "bind", [](GtkSignalListItemFactory*, GtkListItem* item) {
+        if (auto* entry = gtk_widget_get_parent(gtk_list_item_get_child(item)))
+          setAccessibleLabel(entry,
+                             gtk_string_object_get_string(GTK_STRING_OBJECT(gtk_list_item_get_item(item))));
+      });
 }
 
 } // namespace ondrel::ui

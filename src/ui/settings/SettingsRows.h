@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/linux/glib/Connection.h"
+
 #include <adwaita.h>
 
 #include <string_view>
@@ -18,5 +20,11 @@ AdwActionRow* linkRow(const char* title);
 // mnemonic.
 void setRowTitle(AdwActionRow* row, GtkWidget* control, std::string_view title);
 void setRowSubtitle(AdwActionRow* row, std::string_view subtitle);
+
+// Says what is chosen to screen readers: the toolkit gives the row no value. After each choice.
+void tellChoice(AdwComboRow* row);
+// Names the entries of its list by their texts, which the toolkit doesn't, while the connection lives. Before
+// it has any.
+[[nodiscard]] glib::Connection nameChoices(AdwComboRow* row);
 
 } // namespace ondrel::ui

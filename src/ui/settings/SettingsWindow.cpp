@@ -1,5 +1,6 @@
 #include "ui/settings/SettingsWindow.h"
 
+#include "base/Translation.h"
 #include "integrations/DefaultEmailClient.h"
 #include "integrations/SupportMail.h"
 #include "platform/UserDefaults.h"
@@ -19,6 +20,7 @@
 #include "ui/settings/UISettingsView.h"
 #include "ui/settings/UpdateSettingsView.h"
 #include "ui/settings/UpdateStatusView.h"
+#include "ui/widgets/Widgets.h"
 
 namespace ondrel::ui {
 
@@ -112,23 +114,26 @@ struct Page {
 const std::vector<Page>& pages() {
   static const std::vector<Page> table = {
       {settings::SettingsTab::general,
-       "General",
+       base::tr("General"),
        "preferences-system-symbolic",
        {defaultMail, loginItem, spelling, bugReport, missingServices}},
-      {settings::SettingsTab::userinterface, "User Interface", "computer-symbolic", {userInterface}},
+      {settings::SettingsTab::userinterface,
+       base::tr("User Interface"),
+       "computer-symbolic",
+       {userInterface}},
       {settings::SettingsTab::shortcuts,
-       "Shortcuts",
+       base::tr("Shortcuts"),
        "preferences-desktop-keyboard-shortcuts-symbolic",
        {shortcutKeys}},
       {settings::SettingsTab::update,
-       "Update",
+       base::trIn("noun", "Update"),
        "software-update-available-symbolic",
        {updateStatus, updateSettings}},
       {settings::SettingsTab::advanced,
-       "Advanced",
+       base::tr("Advanced"),
        "applications-engineering-symbolic",
        {environment, userScripts, highlights, localServer}},
-      {settings::SettingsTab::donation, "Donation", "emblem-favorite-symbolic", {donation}},
+      {settings::SettingsTab::donation, base::tr("Donation"), "emblem-favorite-symbolic", {donation}},
   };
   return table;
 }
@@ -159,12 +164,13 @@ void SettingsWindow::show() {
 void SettingsWindow::open() {
   window_ = glib::share(GTK_WINDOW(adw_preferences_window_new()));
   gtk_widget_set_name(GTK_WIDGET(window_.get()), "settings");
-  gtk_window_set_title(window_.get(), "Settings");
+  gtk_window_set_title(window_.get(), base::tr("Settings"));
   gtk_window_set_default_size(window_.get(), width, height);
   gtk_window_set_application(window_.get(), application_);
   // The tabs behind it change with some settings: let them be seen, used and closed.
   gtk_window_set_modal(window_.get(), FALSE);
   gtk_window_set_destroy_with_parent(window_.get(), FALSE);
+  nameToolkitControls(GTK_WIDGET(window_.get()));
   addPages();
   followPage();
 

@@ -1,5 +1,6 @@
 #include "ui/settings/SetupCommandRow.h"
 
+#include "base/Translation.h"
 #include "ui/widgets/Widgets.h"
 
 #include <chrono>
@@ -56,6 +57,7 @@ SetupCommandRow::SetupCommandRow(const std::string& caption, const std::string& 
     copy();
     showCopied();
   });
+  wrapText(button_);
   showCopy();
 
   auto* box = gtk_box_new(GTK_ORIENTATION_VERTICAL, margin);
@@ -80,8 +82,9 @@ void SetupCommandRow::showCopied() {
   // It must not shrink under the pointer.
   gtk_widget_set_size_request(button_, gtk_widget_get_width(button_), -1);
   adw_button_content_set_icon_name(content_, "object-select-symbolic");
-  adw_button_content_set_label(content_, "Copied");
-  setAccessibleLabel(button_, "Copied");
+  // TRANSLATORS: on the button that has copied the command
+  adw_button_content_set_label(content_, base::tr("Copied"));
+  setAccessibleLabel(button_, base::tr("Copied"));
   copied_ = async::Timer(copiedTime, [this] { showCopy(); });
 }
 

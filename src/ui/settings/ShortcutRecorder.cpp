@@ -1,5 +1,6 @@
 #include "ui/settings/ShortcutRecorder.h"
 
+#include "base/Translation.h"
 #include "shortcuts/KeyCombinationText.h"
 #include "shortcuts/KeyboardShortcuts.h"
 #include "ui/settings/SettingsRows.h"
@@ -11,11 +12,13 @@ namespace ondrel::ui {
 
 namespace {
 
-constexpr const char* unavailable = "This desktop doesn't let programs reserve keys. In its own settings, "
-                                    "give keys to the command “ondrel --toggle”.";
-constexpr const char* recording = "Press the keys. Esc keeps what was there, Backspace takes it away.";
-constexpr const char* held = "Hold Ctrl, Alt or Super with it.";
-constexpr const char* explanation = "Works whichever application is in front.";
+constexpr const char* unavailable =
+    base::trMark("This desktop doesn't let programs reserve keys. In its own settings, "
+                 "give keys to the command “ondrel --toggle”.");
+constexpr const char* recording =
+    base::trMark("Press the keys. Esc keeps what was there, Backspace takes it away.");
+constexpr const char* held = base::trMark("Hold Ctrl, Alt or Super with it.");
+constexpr const char* explanation = base::trMark("Works whichever application is in front.");
 
 bool isHeldOnly(guint keyval) {
   return (keyval >= GDK_KEY_Shift_L && keyval <= GDK_KEY_Hyper_R) ||
@@ -71,8 +74,8 @@ ShortcutRecorder::ShortcutRecorder(shortcuts::KeyboardShortcuts& shortcuts, std:
   adw_action_row_set_subtitle_lines(row_.get(), 0);
   gtk_button_set_icon_name(clear_, "edit-clear-symbolic");
   gtk_widget_add_css_class(GTK_WIDGET(clear_), "flat");
-  gtk_widget_set_tooltip_text(GTK_WIDGET(clear_), "Remove Shortcut");
-  setAccessibleLabel(GTK_WIDGET(clear_), "Remove Shortcut");
+  gtk_widget_set_tooltip_text(GTK_WIDGET(clear_), base::tr("Remove Shortcut"));
+  setAccessibleLabel(GTK_WIDGET(clear_), base::tr("Remove Shortcut"));
   adw_action_row_add_suffix(row_.get(), GTK_WIDGET(record_));
   adw_action_row_add_suffix(row_.get(), GTK_WIDGET(clear_));
   adw_action_row_set_activatable_widget(row_.get(), GTK_WIDGET(record_));
@@ -99,7 +102,7 @@ void ShortcutRecorder::start() {
   if (!root)
     return;
   isRecording_ = true;
-  hint_ = recording;
+  hint_ = base::tr(recording);
   paused_ = shortcuts_.pause();
   gtk_widget_grab_focus(GTK_WIDGET(record_));
   // At the window, before its own keys and those of the application.
@@ -128,7 +131,7 @@ void ShortcutRecorder::press(const std::optional<platform::KeyCombination>& keys
     shortcuts_.set(name_, keys);
     stop();
   } else {
-    hint_ = held;
+    hint_ = base::tr(held);
     update();
   }
 }
@@ -150,14 +153,19 @@ void ShortcutRecorder::update() {
   const auto keys = !state.keys                  ? ""
                     : !state.desktopText.empty() ? state.desktopText
                                                  : shortcuts::displayText(*state.keys);
-  const auto shown = isRecording_ ? "Recording…" : keys.empty() ? "Record Shortcut" : keys;
+  // TRANSLATORS: on the button that waits for the keys of a shortcut, and that asks for them
+  const auto shown = isRecording_   ? base::tr("Recording…")
+                     : keys.empty() ? base::tr("Record Shortcut")
+                                    : keys;
   gtk_button_set_label(record_, shown.c_str());
-  setAccessibleLabel(GTK_WIDGET(record_), title_ + ": " + shown);
+  wrapText(GTK_WIDGET(record_));
+  // TRANSLATORS: read aloud, as "Toggle visibility: Ctrl+Alt+O"
+  setAccessibleLabel(GTK_WIDGET(record_), base::trFormat("{0}: {1}", title_, shown));
   gtk_widget_set_visible(GTK_WIDGET(record_), available);
   gtk_widget_set_visible(GTK_WIDGET(clear_), available && state.keys.has_value() && !isRecording_);
-  setRowSubtitle(row_.get(), !available              ? unavailable
+  setRowSubtitle(row_.get(), !available              ? base::tr(unavailable)
                              : isRecording_          ? hint_
-                             : state.problem.empty() ? explanation
+                             : state.problem.empty() ? base::tr(explanation)
                                                      : state.problem);
 }
 

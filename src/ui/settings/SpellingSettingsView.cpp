@@ -1,9 +1,11 @@
 #include "ui/settings/SpellingSettingsView.h"
 
+#include "base/Translation.h"
 #include "integrations/SpellingSettings.h"
 #include "platform/desktop/SpellChecker.h"
 #include "settings/AppSettings.h"
 #include "ui/settings/SettingsRows.h"
+#include "ui/widgets/Widgets.h"
 
 #include <algorithm>
 
@@ -13,8 +15,8 @@ SpellingSettingsView::SpellingSettingsView(integrations::SpellingSettings& model
                                            settings::AppSettings& settings)
     : model_(model), settings_(settings),
       group_(glib::share(ADW_PREFERENCES_GROUP(adw_preferences_group_new()))),
-      check_(settings, settings::keys::checkSpelling, {.title = "Check Spelling While Typing"}) {
-  adw_preferences_group_set_title(group_.get(), "Spelling");
+      check_(settings, settings::keys::checkSpelling, {.title = base::tr("Check Spelling While Typing")}) {
+  adw_preferences_group_set_title(group_.get(), base::tr("Spelling"));
   adw_preferences_group_add(group_.get(), check_.row());
   addLanguages();
   changes_ = model_.changed.subscribe([this] { update(); });
@@ -24,15 +26,19 @@ SpellingSettingsView::SpellingSettingsView(integrations::SpellingSettings& model
 void SpellingSettingsView::addLanguages() {
   const auto dictionaries = model_.dictionaries();
   if (dictionaries.empty()) {
-    check_.setNote("No dictionary is installed. Install one for each of your languages, as the package "
-                   "hunspell-en-us, and open this window again.");
-    gtk_widget_set_sensitive(check_.row(), FALSE);
+    check_.setNote(
+        base::tr("No dictionary is installed. Install one for each of your languages, as the package "
+                 "hunspell-en-us, and open this window again."));
+    setSensitive(check_.row(), false);
     return;
   }
   languages_ = adw_expander_row_new();
   gtk_widget_set_name(languages_, "spelling-languages");
   adw_preferences_row_set_use_markup(ADW_PREFERENCES_ROW(languages_), FALSE);
-  adw_preferences_row_set_title(ADW_PREFERENCES_ROW(languages_), "Languages");
+  adw_preferences_row_set_title(ADW_PREFERENCES_ROW(languages_), base::tr("Languages"));
+  setAccessibleLabel(languages_, base::tr("Languages"));
+  tellExpansion();
+  turned_.push_back(glib::onNotify(languages_, "expanded", [this] { tellExpansion(); }));
   for (const auto& [tag, name] : dictionaries) {
     auto* control = GTK_SWITCH(gtk_switch_new());
     auto* row = switchRow(("spelling-" + tag).c_str(), control);
@@ -47,6 +53,12 @@ void SpellingSettingsView::addLanguages() {
   adw_preferences_group_add(group_.get(), languages_);
 }
 
+// The toolkit doesn't say so to screen readers.
+void SpellingSettingsView::tellExpansion() {
+  gtk_accessible_update_state(GTK_ACCESSIBLE(languages_), GTK_ACCESSIBLE_STATE_EXPANDED,
+                              adw_expander_row_get_expanded(ADW_EXPANDER_ROW(languages_)), -1);
+}
+
 void SpellingSettingsView::update() {
   if (!languages_)
     return;
@@ -54,9 +66,10 @@ void SpellingSettingsView::update() {
   const auto checked = model_.languages();
   for (const auto& [tag, control] : controls_)
     gtk_switch_set_active(control, std::ranges::find(checked, tag) != checked.end());
-  gtk_widget_set_sensitive(languages_, settings_.get(settings::keys::checkSpelling));
+  setSensitive(languages_, settings_.get(settings::keys::checkSpelling));
   adw_expander_row_set_subtitle(ADW_EXPANDER_ROW(languages_),
-                                checked.empty() ? "None of them is checked" : "");
+                                // TRANSLATORS: "them": the languages, in which the spelling is checked
+                                checked.empty() ? base::tr("None of them is checked") : "");
   isUpdating_ = false;
 }
 

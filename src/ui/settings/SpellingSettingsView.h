@@ -28,6 +28,7 @@ class SpellingSettingsView final : public SettingsSection {
     GtkSwitch* control;
   };
   void addLanguages();
+  void tellExpansion();
   void update();
 
   integrations::SpellingSettings& model_;

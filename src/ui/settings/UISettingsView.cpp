@@ -1,7 +1,9 @@
 #include "ui/settings/UISettingsView.h"
 
+#include "base/Translation.h"
 #include "platform/UserDefaults.h"
 #include "settings/AppSettings.h"
+#include "ui/widgets/Widgets.h"
 
 namespace ondrel::ui {
 
@@ -12,19 +14,23 @@ UISettingsView::UISettingsView(settings::AppSettings& settings, const std::strin
     adw_preferences_group_add(group_.get(), rows_.emplace_back(settings, key, std::move(texts)).row());
   };
   add(keys::showMenuBarExtra,
-      {.title = displayName + " in the Menu Bar", .note = "Also shows the number of unread mails"});
-  add(keys::hideOnLoseFocus, {.title = "Hide when losing focus"});
-  add(keys::doHideWhenInComposeMode, {.title = "Even when in Compose"});
+      // TRANSLATORS: an icon in the panel of the desktop
+      {.title = base::trFormat("{} in the Menu Bar", displayName),
+       .note = base::tr("Also shows the number of unread mails")});
+  add(keys::hideOnLoseFocus, {.title = base::tr("Hide when losing focus")});
+  // TRANSLATORS: hides the window when it loses the focus, even while a message is being written
+  add(keys::doHideWhenInComposeMode, {.title = base::tr("Even when in Compose")});
   const auto followHiding = [row = rows_.back().row(), &settings] {
-    gtk_widget_set_sensitive(row, settings.get(keys::hideOnLoseFocus));
+    setSensitive(row, settings.get(keys::hideOnLoseFocus));
   };
   followHiding();
   hiding_ = settings.defaults().changed.subscribe([followHiding](const std::string&) { followHiding(); });
-  add(keys::composeInNewWindow,
-      {.title = "Compose email in separate window", .note = "Also by pressing the default shortcut 'c'"});
-  add(keys::hideInternalLinks, {.title = "Only show external links on mouseover"});
+  add(keys::composeInNewWindow, {.title = base::tr("Compose email in separate window"),
+                                 .note = base::tr("Also by pressing the default shortcut 'c'")});
+  add(keys::hideInternalLinks, {.title = base::tr("Only show external links on mouseover")});
   const auto tellAddress = [this, &settings] {
-    rows_.back().setNote("Do not show links that start with " + settings.baseURL());
+    // TRANSLATORS: an address
+    rows_.back().setNote(base::trFormat("Do not show links that start with {}", settings.baseURL()));
   };
   tellAddress();
   adw_preferences_group_add(group_.get(), zoom_.row());

@@ -1,9 +1,11 @@
 #include "ui/settings/UpdateSettingsView.h"
 
 #include "base/Text.h"
+#include "base/Translation.h"
 #include "integrations/UpdateManager.h"
 #include "platform/UserDefaults.h"
 #include "settings/AppSettings.h"
+#include "ui/settings/SettingsRows.h"
 #include "ui/widgets/Widgets.h"
 
 #include <algorithm>
@@ -22,7 +24,11 @@ struct Interval {
 };
 
 constexpr std::array<Interval, 4> intervals = {
-    {{"Hourly", 3600}, {"Daily", 86400}, {"Weekly", 604800}, {"Monthly", 2592000}}};
+    // TRANSLATORS: how often the program looks for a new version
+    {{base::trMark("Hourly"), 3600},
+     {base::trMark("Daily"), 86400},
+     {base::trMark("Weekly"), 604800},
+     {base::trMark("Monthly"), 2592000}}};
 
 // Any number may be in the file.
 guint nearestTo(double seconds) {
@@ -36,10 +42,12 @@ guint nearestTo(double seconds) {
 UpdateSettingsView::UpdateSettingsView(integrations::UpdateManager& manager, settings::AppSettings& settings)
     : manager_(manager), settings_(settings),
       group_(glib::share(ADW_PREFERENCES_GROUP(adw_preferences_group_new()))),
-      checks_(settings, keys::automaticallyChecksForUpdates, {.title = "Automatically check for updates"}),
+      checks_(settings, keys::automaticallyChecksForUpdates,
+              {.title = base::tr("Automatically check for updates")}),
       downloads_(settings, keys::automaticallyDownloadsUpdates,
-                 {.title = "Automatically download updates", .note = "They are installed when you say so"}),
-      interval_(ADW_COMBO_ROW(adw_combo_row_new())) {
+                 {.title = base::tr("Automatically download updates"),
+                  .note = base::tr("They are installed when you say so")}),
+      interval_(ADW_COMBO_ROW(adw_combo_row_new())), names_(nameChoices(interval_)) {
   makeInterval();
   adw_preferences_group_add(group_.get(), checks_.row());
   adw_preferences_group_add(group_.get(), downloads_.row());
@@ -56,16 +64,17 @@ UpdateSettingsView::UpdateSettingsView(integrations::UpdateManager& manager, set
 void UpdateSettingsView::makeInterval() {
   gtk_widget_set_name(GTK_WIDGET(interval_), std::string(keys::updateCheckInterval.name).c_str());
   adw_preferences_row_set_use_underline(ADW_PREFERENCES_ROW(interval_), TRUE);
-  adw_preferences_row_set_title(ADW_PREFERENCES_ROW(interval_), "Update check in_terval");
-  setAccessibleLabel(GTK_WIDGET(interval_), "Update check interval");
+  adw_preferences_row_set_title(ADW_PREFERENCES_ROW(interval_), base::tr("Update check in_terval"));
+  setAccessibleLabel(GTK_WIDGET(interval_), base::tr("Update check interval"));
   const auto model = glib::adopt(gtk_string_list_new(nullptr));
   for (const auto& each : intervals)
-    gtk_string_list_append(model.get(), each.label);
+    gtk_string_list_append(model.get(), base::tr(each.label));
   adw_combo_row_set_model(interval_, G_LIST_MODEL(model.get()));
   chosen_ = glib::onNotify(interval_, "selected", [this] { choose(); });
 }
 
 void UpdateSettingsView::choose() {
+  tellChoice(interval_);
   if (!isUpdating_)
     settings_.defaults().set(keys::updateCheckInterval.name,
                              intervals.at(adw_combo_row_get_selected(interval_)).seconds);
@@ -75,11 +84,13 @@ void UpdateSettingsView::update() {
   isUpdating_ = true;
   gtk_widget_set_visible(GTK_WIDGET(group_.get()),
                          *manager_.source == platform::UpdateSource::packageService);
-  adw_preferences_group_set_title(
-      group_.get(), // which takes it for markup
-      base::escapedMarkup("Update settings — last check: " + manager_.lastUpdateCheckText()).c_str());
+  // TRANSLATORS: a date and time, or a word as "Never"
+  const auto title = base::trFormat("Update settings — last check: {}", manager_.lastUpdateCheckText());
+  adw_preferences_group_set_title(group_.get(), // which takes it for markup
+                                  base::escapedMarkup(title).c_str());
   adw_combo_row_set_selected(interval_, nearestTo(settings_.get(keys::updateCheckInterval)));
-  gtk_widget_set_sensitive(GTK_WIDGET(interval_), settings_.get(keys::automaticallyChecksForUpdates));
+  tellChoice(interval_);
+  setSensitive(GTK_WIDGET(interval_), settings_.get(keys::automaticallyChecksForUpdates));
   isUpdating_ = false;
 }
 

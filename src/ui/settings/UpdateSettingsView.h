@@ -28,6 +28,7 @@ class UpdateSettingsView final : public SettingsSection {
   const SettingSwitch checks_;
   const SettingSwitch downloads_;
   AdwComboRow* const interval_;
+  const glib::Connection names_;
   bool isUpdating_ = false;
   glib::Connection chosen_;
   std::vector<base::Subscription> subscriptions_;

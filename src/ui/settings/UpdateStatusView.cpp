@@ -1,5 +1,6 @@
 #include "ui/settings/UpdateStatusView.h"
 
+#include "base/Translation.h"
 #include "integrations/UpdateManager.h"
 #include "integrations/UpdateTexts.h"
 #include "ui/settings/SettingsRows.h"
@@ -41,18 +42,19 @@ UpdateStatusView::UpdateStatusView(UpdateManager& manager)
   adw_action_row_add_suffix(row_, spinner_);
   gtk_widget_set_size_request(GTK_WIDGET(bar_), barWidth, -1);
   gtk_widget_set_valign(GTK_WIDGET(bar_), GTK_ALIGN_CENTER);
-  setAccessibleLabel(GTK_WIDGET(bar_), "Progress");
+  // TRANSLATORS: of the download or installation of a new version
+  setAccessibleLabel(GTK_WIDGET(bar_), base::tr("Progress"));
   adw_action_row_add_suffix(row_, GTK_WIDGET(bar_));
   addButton(
-      "update-check", "Check for Updates _Now", &UpdateManager::checkForUpdates,
+      "update-check", base::tr("Check for Updates _Now"), &UpdateManager::checkForUpdates,
       [](const UpdateState& state) { return !isUnderWay(state) && state.phase != Phase::needsRestart; });
-  addButton("update-download", "_Download", &UpdateManager::download,
+  addButton("update-download", base::tr("_Download"), &UpdateManager::download,
             [](const UpdateState& state) { return state.phase == Phase::available; });
-  addButton("update-install", "_Install", &UpdateManager::install,
+  addButton("update-install", base::tr("_Install"), &UpdateManager::install,
             [](const UpdateState& state) { return state.phase == Phase::ready; });
-  addButton("update-restart", "_Restart", &UpdateManager::restart,
+  addButton("update-restart", base::tr("_Restart"), &UpdateManager::restart,
             [](const UpdateState& state) { return state.phase == Phase::needsRestart; });
-  addButton("update-cancel", "_Cancel", &UpdateManager::cancel, [](const UpdateState& state) {
+  addButton("update-cancel", base::tr("_Cancel"), &UpdateManager::cancel, [](const UpdateState& state) {
     return state.phase == Phase::checking || state.phase == Phase::downloading;
   });
   adw_preferences_group_add(group_.get(), GTK_WIDGET(row_));
@@ -66,9 +68,10 @@ UpdateStatusView::UpdateStatusView(UpdateManager& manager)
 
 void UpdateStatusView::addButton(const char* identifier, const char* label, void (UpdateManager::*action)(),
                                  bool (*isOffered)(const UpdateState& state)) {
-  auto* button = gtk_button_new_with_mnemonic(label);
+  auto* button = mnemonicButton(label);
   gtk_widget_set_name(button, identifier);
   gtk_widget_set_valign(button, GTK_ALIGN_CENTER);
+  wrapText(button);
   adw_action_row_add_suffix(row_, button);
   connections_.push_back(glib::connect<void(GtkButton*)>(
       button, "clicked", [this, action](GtkButton*) { (manager_.*action)(); }));
@@ -78,7 +81,7 @@ void UpdateStatusView::addButton(const char* identifier, const char* label, void
 GtkWidget* UpdateStatusView::notesRow() {
   auto* label = GTK_WIDGET(notes_);
   gtk_label_set_selectable(notes_, TRUE);
-  setAccessibleLabel(label, "What is new");
+  setAccessibleLabel(label, base::tr("What is new"));
   gtk_widget_set_margin_start(label, notesMargin);
   gtk_widget_set_margin_end(label, notesMargin);
   gtk_widget_set_margin_top(label, notesMargin);
@@ -98,7 +101,7 @@ void UpdateStatusView::update() {
   }
   // Unknown yet, or not ours to do.
   const auto text = source ? integrations::whoUpdates(*source, manager_.programInfo().displayName)
-                           : std::string("Looking for the package service…");
+                           : std::string(base::tr("Looking for the package service…"));
   adw_preferences_row_set_title(ADW_PREFERENCES_ROW(row_), text.c_str());
   setAccessibleLabel(GTK_WIDGET(row_), text);
   setRowSubtitle(row_, "");
@@ -115,7 +118,9 @@ void UpdateStatusView::showState() {
   const auto headline = integrations::updateHeadline(state, manager_.programInfo());
   const auto remark = integrations::updateRemark(state);
   adw_preferences_row_set_title(ADW_PREFERENCES_ROW(row_), headline.c_str());
-  setAccessibleLabel(GTK_WIDGET(row_), remark.empty() ? headline : headline + ". " + remark);
+  // TRANSLATORS: two sentences, read aloud
+  setAccessibleLabel(GTK_WIDGET(row_),
+                     remark.empty() ? headline : base::trFormat("{0}. {1}", headline, remark));
   setRowSubtitle(row_, remark);
   setClass(GTK_WIDGET(row_), "invalid-setting", !state.problem.empty());
   const auto& percentage = state.progress.percentage;

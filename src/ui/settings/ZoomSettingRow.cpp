@@ -1,5 +1,6 @@
 #include "ui/settings/ZoomSettingRow.h"
 
+#include "base/Translation.h"
 #include "platform/UserDefaults.h"
 #include "settings/AppSettings.h"
 #include "ui/settings/SettingsRows.h"
@@ -35,14 +36,15 @@ glib::Ref<GtkStringList> choices() {
 } // namespace
 
 ZoomSettingRow::ZoomSettingRow(settings::AppSettings& settings)
-    : settings_(settings), row_(ADW_COMBO_ROW(adw_combo_row_new())) {
+    : settings_(settings), row_(ADW_COMBO_ROW(adw_combo_row_new())), names_(nameChoices(row_)) {
   gtk_widget_set_name(row(), std::string(keys::defaultPageZoom.name).c_str());
   adw_combo_row_set_model(row_, G_LIST_MODEL(choices().get()));
-  adw_preferences_row_set_title(ADW_PREFERENCES_ROW(row_), "Default zoom");
-  setRowSubtitle(ADW_ACTION_ROW(row_), "Of new tabs and windows");
-  setAccessibleLabel(row(), "Default zoom");
+  adw_preferences_row_set_title(ADW_PREFERENCES_ROW(row_), base::tr("Default zoom"));
+  setRowSubtitle(ADW_ACTION_ROW(row_), base::tr("Of new tabs and windows"));
+  setAccessibleLabel(row(), base::tr("Default zoom"));
   update();
   chosen_ = glib::onNotify(row_, "selected", [this] {
+    tellChoice(row_);
     const auto selected = static_cast<int>(adw_combo_row_get_selected(row_));
     if (!isUpdating_)
       settings_.set(keys::defaultPageZoom, (smallest() + selected * percentStep) / 100.0);
@@ -57,6 +59,7 @@ void ZoomSettingRow::update() {
   isUpdating_ = true;
   adw_combo_row_set_selected(
       row_, static_cast<guint>((percent(settings_.defaultPageZoom()) - smallest()) / percentStep));
+  tellChoice(row_);
   isUpdating_ = false;
 }
 

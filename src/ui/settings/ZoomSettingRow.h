@@ -24,6 +24,7 @@ class ZoomSettingRow {
 
   settings::AppSettings& settings_;
   AdwComboRow* const row_;
+  const glib::Connection names_;
   bool isUpdating_ = false;
   glib::Connection chosen_;
   base::Subscription changes_;

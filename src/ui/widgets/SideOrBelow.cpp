@@ -6,7 +6,7 @@ namespace ondrel::ui {
 
 namespace {
 
-constexpr int roomForBoth = 420;
+constexpr int charactersForText = 24;
 constexpr int gapBeside = 12;
 constexpr int gapBelow = 6;
 
@@ -21,20 +21,29 @@ Size measured(GtkWidget* widget, GtkOrientation orientation, int forSize) {
   return size;
 }
 
+// In the text's own letters.
+int roomForText(GtkWidget* widget) {
+  auto* context = gtk_widget_get_pango_context(widget);
+  auto* metrics = pango_context_get_metrics(context, nullptr, nullptr);
+  const int width = pango_font_metrics_get_approximate_char_width(metrics);
+  pango_font_metrics_unref(metrics);
+  return PANGO_PIXELS(charactersForText * width);
+}
+
 // How the two share a width.
 struct Parts {
   Parts(GtkWidget* widget, int width)
       : text(gtk_widget_get_first_child(widget)), control(gtk_widget_get_last_child(widget)),
-        isBeside(width >= roomForBoth),
-        controlWidth(measured(control, GTK_ORIENTATION_HORIZONTAL, -1).natural),
+        controlWidth(std::min(measured(control, GTK_ORIENTATION_HORIZONTAL, -1).natural, width)),
+        isBeside(width >= roomForText(widget) + gapBeside + controlWidth),
         textWidth(isBeside ? width - gapBeside - controlWidth : width),
         controlHeight(measured(control, GTK_ORIENTATION_VERTICAL, controlWidth).natural),
         textHeight(measured(text, GTK_ORIENTATION_VERTICAL, textWidth)) {}
 
   GtkWidget* text;
   GtkWidget* control;
-  bool isBeside;
   int controlWidth;
+  bool isBeside;
   int textWidth;
   int controlHeight;
   Size textHeight;
@@ -46,11 +55,12 @@ void measure(GtkWidget* widget, GtkOrientation orientation, int forSize, int* mi
   const auto control = measured(gtk_widget_get_last_child(widget), GTK_ORIENTATION_HORIZONTAL, -1);
   const int wide = text.natural + gapBeside + control.natural;
   if (orientation == GTK_ORIENTATION_HORIZONTAL) {
-    *minimum = std::max(text.minimum, control.natural);
+    *minimum = std::max(text.minimum, control.minimum);
     *natural = wide;
     return;
   }
-  const Parts parts(widget, forSize < 0 ? std::max(wide, roomForBoth) : forSize);
+  const Parts parts(widget, forSize < 0 ? std::max(wide, roomForText(widget) + gapBeside + control.natural)
+                                        : forSize);
   const auto together = [&parts](int height) {
     return parts.isBeside ? std::max(height, parts.controlHeight) : height + gapBelow + parts.controlHeight;
   };

@@ -15,13 +15,14 @@ constexpr const char* rules = R"(
 .zoom-hint { padding: 6px 12px; margin: 12px; border-radius: 9px; }
 .zoom-row { padding: 3px 12px; }
 .download { padding: 8px 12px; }
+.download progressbar > trough { min-width: 40px; }
 .page-problem { padding: 9px 12px; }
 .announcement { color: @headerbar_fg_color; padding: 6px 12px; border-bottom: 1px solid @borders; animation: announcement-in 250ms ease-out; }
 @keyframes announcement-in { from { opacity: 0; } to { opacity: 1; } }
 .announcement-info { background-color: mix(@headerbar_bg_color, @accent_bg_color, .15); }
 .announcement-info > image { color: @accent_color; }
-.announcement-warning { background-color: mix(@headerbar_bg_color, @orange_4, .15); }
-.announcement-warning > image { color: @orange_4; }
+.announcement-warning { background-color: mix(@headerbar_bg_color, @warning_bg_color, .2); }
+.announcement-warning > image { color: @warning_color; }
 .announcement-critical { background-color: mix(@headerbar_bg_color, @error_bg_color, .2); }
 .announcement-critical > image { color: @error_color; }
 .page-dialog-shade { background-color: alpha(black, .4); padding: 18px; }
@@ -41,6 +42,7 @@ constexpr const char* rules = R"(
 .attachment-kinds > button { font-weight: normal; padding: 4px 6px; }
 .filter-active > button { color: @accent_color; background-color: alpha(@accent_bg_color, .15); }
 stackswitcher.circular > button > label { margin: 0; padding: 0; } /* else a page's number is narrower than nothing */
+.shortcut-keys label { font-size: .8em; padding: 2px 4px; }
 .setup-command { background-color: alpha(currentColor, .06); border-radius: 6px; padding: 9px 12px; }
 )";
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/Translation.h"
+
 #include <cmath>
 #include <string>
 
@@ -7,7 +9,8 @@ namespace ondrel::ui {
 
 // "105%" for 1.05.
 inline std::string zoomText(double zoom) {
-  return std::to_string(std::lround(zoom * 100)) + "%";
+  // TRANSLATORS: a percentage, as 105%
+  return base::trFormat("{}%", std::lround(zoom * 100));
 }
 
 } // namespace ondrel::ui

@@ -1,6 +1,7 @@
 #include "web/page/ContextMenuRows.h"
 
 #include "base/Text.h"
+#include "base/Translation.h"
 #include "base/Url.h"
 #include "web/page/NavigationRules.h"
 
@@ -30,9 +31,9 @@ std::string emailAddress(std::string_view link) {
 Rows letterRows(const std::string& link, const MenuFacts& facts) {
   Rows rows;
   if (facts.hasApplication)
-    rows.push_back({MenuAction::openElsewhere, "New Message to This Address"});
+    rows.push_back({MenuAction::openElsewhere, base::tr("New Message to This Address")});
   if (auto address = emailAddress(link); !address.empty())
-    rows.push_back({MenuAction::copyText, "Copy Email Address", std::move(address)});
+    rows.push_back({MenuAction::copyText, base::tr("Copy Email Address"), std::move(address)});
   return rows;
 }
 
@@ -46,24 +47,24 @@ Rows linkRows(const std::string& link, const MenuFacts& facts) {
     return letterRows(link, facts);
   Rows rows;
   if (isForOthers && facts.hasApplication)
-    rows.push_back({MenuAction::openElsewhere, "Open Link"});
+    rows.push_back({MenuAction::openElsewhere, base::tr("Open Link")});
   if (isPage && facts.isFile)
-    rows.push_back({MenuAction::saveLink, "Save File As…"});
+    rows.push_back({MenuAction::saveLink, base::tr("Save File As…")});
   if (isPage && !facts.isFile) {
-    rows.push_back({MenuAction::openInTab, "Open Link in New Tab"});
-    rows.push_back({MenuAction::openInBackgroundTab, "Open Link in Background Tab"});
-    rows.push_back({MenuAction::openInWindow, "Open Link in New Window"});
+    rows.push_back({MenuAction::openInTab, base::tr("Open Link in New Tab")});
+    rows.push_back({MenuAction::openInBackgroundTab, base::tr("Open Link in Background Tab")});
+    rows.push_back({MenuAction::openInWindow, base::tr("Open Link in New Window")});
   }
   if (isPage)
-    rows.push_back({MenuAction::openInBrowser, "Open Link in Browser"});
-  rows.push_back({MenuAction::copyText, "Copy Link Address", link});
+    rows.push_back({MenuAction::openInBrowser, base::tr("Open Link in Browser")});
+  rows.push_back({MenuAction::copyText, base::tr("Copy Link Address"), link});
   return rows;
 }
 
 Rows selectionRows(const MenuFacts& facts) {
-  Rows rows = {{MenuAction::copy, "Copy"}};
+  Rows rows = {{MenuAction::copy, base::tr("Copy")}};
   if (facts.canHighlight)
-    rows.push_back({MenuAction::highlight, "Highlight Selection"});
+    rows.push_back({MenuAction::highlight, base::tr("Highlight Selection")});
   return rows;
 }
 
@@ -72,10 +73,10 @@ Rows pageRows(const MenuFacts& facts) {
   if (facts.isWritingLetter) // which they lead away from
     return rows;
   if (facts.canGoBack)
-    rows.push_back({MenuAction::goBack, "Back"});
+    rows.push_back({MenuAction::goBack, base::tr("Back")});
   if (facts.canGoForward)
-    rows.push_back({MenuAction::goForward, "Forward"});
-  rows.push_back({MenuAction::reload, "Reload"});
+    rows.push_back({MenuAction::goForward, base::tr("Forward")});
+  rows.push_back({MenuAction::reload, base::tr("Reload")});
   return rows;
 }
 
@@ -92,13 +93,15 @@ platform::ContextMenu contextMenuRows(const ContextHit& hit, const MenuFacts& fa
   if (!hit.linkURL.empty())
     add(linkRows(hit.linkURL, facts));
   if (!hit.imageURL.empty())
-    add({{MenuAction::saveImage, "Save Image As…"}, {MenuAction::copyImage, "Copy Image"}});
+    add({{MenuAction::saveImage, base::tr("Save Image As…")},
+         {MenuAction::copyImage, base::tr("Copy Image")}});
   if (hit.isEditable) {
-    add({{MenuAction::cut, "Cut"},
-         {MenuAction::copy, "Copy"},
-         {MenuAction::paste, "Paste"},
-         {MenuAction::pasteAsPlainText, "Paste as Plain Text"}});
-    add({{MenuAction::selectAll, "Select All"}, {MenuAction::insertEmoji, "Insert Emoji"}});
+    add({{MenuAction::cut, base::tr("Cut")},
+         {MenuAction::copy, base::tr("Copy")},
+         {MenuAction::paste, base::tr("Paste")},
+         {MenuAction::pasteAsPlainText, base::tr("Paste as Plain Text")}});
+    add({{MenuAction::selectAll, base::tr("Select All")},
+         {MenuAction::insertEmoji, base::tr("Insert Emoji")}});
   } else if (hit.isSelection) {
     add(selectionRows(facts));
   }

@@ -1,5 +1,7 @@
 #include "web/page/HangWatch.h"
 
+#include "platform/WebView.h"
+
 namespace ondrel::web {
 
 void HangWatch::setResponsive(bool responsive) {
@@ -9,7 +11,7 @@ void HangWatch::setResponsive(bool responsive) {
   if (responsive)
     forget();
   else
-    timer_ = async::Timer(patience, [this] { tellHang(); });
+    timer_ = async::Timer(patience - platform::WebView::silenceNoticed, [this] { tellHang(); });
 }
 
 void HangWatch::wait() {

@@ -11,6 +11,7 @@ namespace ondrel::web {
 // Notices that a tab's page hangs, and says so as its problem. Main thread only.
 class HangWatch {
  public:
+  // From what the user did in vain.
   static constexpr std::chrono::seconds patience{8};
 
   explicit HangWatch(base::Observable<PageProblem>& problem) : problem_(problem) {}

@@ -1,6 +1,7 @@
 #include "web/page/PageDialogs.h"
 
 #include "base/Text.h"
+#include "base/Translation.h"
 #include "base/Url.h"
 #include "web/page/LeaveQuestion.h"
 
@@ -26,14 +27,15 @@ std::string originOf(const std::string& address) {
 
 std::string headingFor(const std::string& address) {
   const auto origin = originOf(address);
-  return origin.empty() ? "This page says" : bounded(origin) + " says";
+  // TRANSLATORS: {} is the host of a page; what it says follows
+  return origin.empty() ? base::tr("This page says") : base::trFormat("{} says", bounded(origin));
 }
 
 } // namespace
 
 void PageDialogs::alert(const std::string& address, std::string text, base::Reply<bool> reply) {
   if (maySpeak(address))
-    show({.heading = headingFor(address), .text = bounded(std::move(text)), .buttons = {"OK"}},
+    show({.heading = headingFor(address), .text = bounded(std::move(text)), .buttons = {base::tr("OK")}},
          [reply = std::move(reply)](const PageDialogAnswer&) mutable { std::move(reply)(true); });
 }
 
@@ -41,7 +43,7 @@ void PageDialogs::confirm(const std::string& address, std::string text, base::Re
   if (maySpeak(address))
     show({.heading = headingFor(address),
           .text = bounded(std::move(text)),
-          .buttons = {"Yes", "No"},
+          .buttons = {base::tr("Yes"), base::tr("No")},
           .escapeButton = 1},
          [reply = std::move(reply)](const PageDialogAnswer& answer) mutable {
            std::move(reply)(answer.button == 0);
@@ -53,7 +55,7 @@ void PageDialogs::prompt(const std::string& address, std::string text, std::stri
   if (maySpeak(address))
     show({.heading = headingFor(address),
           .text = bounded(std::move(text)),
-          .buttons = {"OK", "Cancel"},
+          .buttons = {base::tr("OK"), base::tr("Cancel")},
           .escapeButton = 1,
           .field = bounded(std::move(field))},
          [reply = std::move(reply)](const PageDialogAnswer& answer) mutable {
@@ -63,9 +65,9 @@ void PageDialogs::prompt(const std::string& address, std::string text, std::stri
 
 void PageDialogs::leave(base::Reply<bool> reply) {
   if (mutes_ == 0)
-    show({.heading = std::string(leaveHeading),
-          .text = std::string(leaveText),
-          .buttons = {std::string(stayButton), std::string(leaveButton)}},
+    show({.heading = base::tr(leaveHeading),
+          .text = base::tr(leaveText),
+          .buttons = {base::tr(stayButton), base::tr(leaveButton)}},
          [reply = std::move(reply)](const PageDialogAnswer& answer) mutable {
            std::move(reply)(answer.button == 1);
          });
@@ -86,7 +88,7 @@ bool PageDialogs::maySpeak(const std::string& address) {
 void PageDialogs::show(PageDialog dialog, Answered answered) {
   if (*shown)
     return; // of a page that waits for one already
-  if (dialog.heading != leaveHeading)
+  if (dialog.heading != base::tr(leaveHeading))
     dialog.offersSilence = ++asked_ > 1;
   answered_ = std::move(answered);
   auto made = std::make_shared<PageDialog>(std::move(dialog));

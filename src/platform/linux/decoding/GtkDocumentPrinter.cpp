@@ -1,6 +1,7 @@
 #include "platform/linux/decoding/GtkDocumentPrinter.h"
 
 #include "base/Log.h"
+#include "base/Translation.h"
 #include "platform/linux/decoding/PrintJob.h"
 #include "platform/linux/windows/TabWindow.h"
 
@@ -16,11 +17,11 @@ printDocument(async::Task<DecodeResult<std::unique_ptr<DecodedDocument>>> openin
   auto document = co_await std::move(opening);
   if (!document) {
     logger.error("Can't print: {}", document.error().description);
-    co_return "The file can't be printed. It may be damaged.";
+    co_return base::tr("The file can't be printed. It may be damaged.");
   }
   auto* topLevel = windows::topLevelOf(parent);
   if (!topLevel && options.exportPath.empty())
-    co_return "There is no window to print from. Open one and try again.";
+    co_return base::tr("There is no window to print from. Open one and try again.");
   PrintJob job(std::move(*document), options);
   auto failure = co_await job.run(topLevel);
   co_return failure;

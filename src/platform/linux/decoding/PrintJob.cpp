@@ -1,6 +1,8 @@
 #include "platform/linux/decoding/PrintJob.h"
 
 #include "base/Log.h"
+#include "base/Text.h"
+#include "base/Translation.h"
 #include "platform/linux/text/SafeText.h"
 
 #include <algorithm>
@@ -18,7 +20,7 @@ constexpr double pointsPerPixel = 72.0 / 96.0; // of an image
 // Finer than this no eye sees a difference in, and each page has to be sent.
 constexpr double finestResolution = 300; // dots an inch
 constexpr double pointsPerInch = 72;
-constexpr const char* failureText = "The file could not be printed. It may be damaged.";
+constexpr const char* failureText = base::trMark("The file could not be printed. It may be damaged.");
 
 using Surface = std::unique_ptr<cairo_surface_t, decltype(&cairo_surface_destroy)>;
 
@@ -48,7 +50,13 @@ Surface surfaceOf(const Picture& picture) {
 PrintJob::PrintJob(std::unique_ptr<DecodedDocument> document, const Options& options)
     : document_(std::move(document)), options_(options), operation_(glib::adopt(gtk_print_operation_new())) {
   auto* operation = operation_.get();
-  gtk_print_operation_set_job_name(operation, text::boundedUtf8(options_.name, 200).c_str());
+  const auto name = text::boundedUtf8(options_.name, 200);
+  gtk_print_operation_set_job_name(operation, name.c_str());
+  // Of a file that it is printed to; the dialog adds the extension.
+  const auto settings = glib::adopt(gtk_print_settings_new());
+  gtk_print_settings_set(settings.get(), GTK_PRINT_SETTINGS_OUTPUT_BASENAME,
+                         base::safeFileName(name.substr(0, name.rfind('.')), "output").c_str());
+  gtk_print_operation_set_print_settings(operation, settings.get());
   gtk_print_operation_set_n_pages(operation, options_.kind == DocumentKind::pdf ? document_->pageCount() : 1);
   gtk_print_operation_set_unit(operation, GTK_UNIT_POINTS);
   gtk_print_operation_set_embed_page_setup(operation, TRUE);
@@ -117,7 +125,7 @@ void PrintJob::finish(GtkPrintOperationResult result) {
   if (result == GTK_PRINT_OPERATION_RESULT_ERROR && !failure_) {
     glib::Error error;
     gtk_print_operation_get_error(operation_.get(), error.out());
-    failure_ = "The file could not be printed: " + text::boundedUtf8(error.message(), 300);
+    failure_ = base::trFormat("The file could not be printed: {}", text::boundedUtf8(error.message(), 300));
   }
   if (failure_)
     logger.error("Printing failed: {}", *failure_);
@@ -162,7 +170,7 @@ async::Task<void> PrintJob::draw(glib::Ref<GtkPrintContext> context, int page) {
     cairo_fill(painter);
     cairo_restore(painter);
   } else {
-    failure_ = failureText;
+    failure_ = base::tr(failureText);
     gtk_print_operation_cancel(operation_.get());
   }
   gtk_print_operation_draw_page_finish(operation_.get());

@@ -1,5 +1,6 @@
 #include "platform/linux/desktop/DefaultMailService.h"
 
+#include "base/Translation.h"
 #include "platform/linux/text/SafeText.h"
 
 #include <chrono>
@@ -18,7 +19,7 @@ async::Task<std::expected<void, std::string>>
 DefaultMailService::setAsDefaultMailClient(std::string bundleIdentifier) {
   const auto connection = co_await bus_();
   if (!connection)
-    co_return std::unexpected("There is no session bus, by which the desktop could be asked.");
+    co_return std::unexpected(base::tr("There is no session bus, by which the desktop could be asked."));
   auto call = glib::adopt(
       g_dbus_message_new_method_call(name, objectPath(name).c_str(), name, "SetAsDefaultMailClient"));
   g_dbus_message_set_body(call.get(), g_variant_new("(s)", bundleIdentifier.c_str()));

@@ -2,6 +2,7 @@
 
 #include "base/Log.h"
 #include "base/Text.h"
+#include "base/Translation.h"
 #include "base/Url.h"
 #include "platform/linux/desktop/ApplicationChoice.h"
 #include "platform/linux/desktop/MessageBus.h"
@@ -88,7 +89,7 @@ async::Task<Result> launch(std::string uri) {
   glib::Error error;
   if (finished && !g_app_info_launch_default_for_uri_finish(finished->get(), error.out()))
     co_return std::unexpected(error.matches(G_IO_ERROR, G_IO_ERROR_NOT_SUPPORTED)
-                                  ? "There is no application for it on this computer."
+                                  ? base::tr("There is no application for it on this computer.")
                                   : text::validUtf8(error.message()));
   co_return {};
 }
@@ -104,7 +105,7 @@ async::Task<std::expected<glib::Ref<GFileInfo>, std::string>> lookAt(glib::Ref<G
   auto info = glib::adopt(g_file_query_info_finish(file.get(), finished->get(), error.out()));
   if (!info)
     co_return std::unexpected(error.matches(G_IO_ERROR, G_IO_ERROR_NOT_FOUND)
-                                  ? "The file is not there any more."
+                                  ? base::tr("The file is not there any more.")
                                   : text::validUtf8(error.message()));
   co_return std::move(info);
 }

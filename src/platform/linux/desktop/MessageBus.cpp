@@ -2,6 +2,7 @@
 
 #include "async/Future.h"
 #include "base/Text.h"
+#include "base/Translation.h"
 #include "platform/linux/glib/AsyncResult.h"
 #include "platform/linux/text/SafeText.h"
 
@@ -89,8 +90,15 @@ async::Task<BusAnswer> callBus(glib::Ref<GDBusConnection> connection, glib::Ref<
                                             new Call{std::move(resolver), std::move(seen)});
   auto result = co_await std::move(answer);
   if (!result)
-    co_return std::unexpected(std::string("The call was given up"));
+    co_return std::unexpected(std::string(base::tr("The call was given up")));
   co_return std::move(*result);
+}
+
+void tellBus(const glib::Ref<GDBusConnection>& connection, const glib::Ref<GDBusMessage>& call) {
+  g_dbus_message_set_flags(call.get(), static_cast<GDBusMessageFlags>(G_DBUS_MESSAGE_FLAGS_NO_REPLY_EXPECTED |
+                                                                      G_DBUS_MESSAGE_FLAGS_NO_AUTO_START));
+  g_dbus_connection_send_message(connection.get(), call.get(), G_DBUS_SEND_MESSAGE_FLAGS_NONE, nullptr,
+                                 nullptr);
 }
 
 bool isError(const glib::Ref<GDBusMessage>& reply) {

@@ -30,6 +30,9 @@ using BusAnswer = std::expected<glib::Ref<GDBusMessage>, std::string>;
 async::Task<BusAnswer> callBus(glib::Ref<GDBusConnection> connection, glib::Ref<GDBusMessage> call,
                                async::Duration limit, std::move_only_function<void(GDBusMessage*)> seen = {});
 
+// Makes a call whose answer nobody waits for, and which starts no service.
+void tellBus(const glib::Ref<GDBusConnection>& connection, const glib::Ref<GDBusMessage>& call);
+
 bool isError(const glib::Ref<GDBusMessage>& reply);
 // An error reply as one bounded line for the log.
 std::string errorText(const glib::Ref<GDBusMessage>& reply);

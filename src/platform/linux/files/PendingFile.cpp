@@ -1,6 +1,7 @@
 #include "platform/linux/files/PendingFile.h"
 
 #include "base/Text.h"
+#include "base/Translation.h"
 
 #include <fmt/format.h>
 
@@ -23,8 +24,12 @@ namespace {
 constexpr std::string_view folderName = ".ondrel-";
 constexpr std::string_view uniquePart = "XXXXXX";
 
-std::unexpected<std::string> failure(std::string_view what, const std::string& path, int error) {
-  return std::unexpected(fmt::format("{} {}: {}", what, path, std::strerror(error)));
+// With a place for the path and one for the system's reason.
+using Sentence = fmt::format_string<const std::string&, const std::string&>;
+
+std::unexpected<std::string> failure(Sentence text, const std::string& path, int error) {
+  const std::string reason = std::strerror(error);
+  return std::unexpected(base::trFormat(text, path, reason));
 }
 
 UniqueFd locked(const std::string& folder) {
@@ -71,21 +76,22 @@ int moveTo(const std::string& from, const std::string& to, bool replacing) {
 std::expected<PendingFile, std::string> PendingFile::make(const std::string& destination,
                                                           NewFiles::Existing existing) {
   if (!destination.starts_with('/') || destination.contains('\0') || !base::isValidUtf8(destination))
-    return std::unexpected("The chosen place has no name that can be used.");
+    return std::unexpected(base::tr("The chosen place has no name that can be used."));
   struct stat status{};
   const bool isThere = lstat(destination.c_str(), &status) == 0;
   if (!isThere && errno != ENOENT)
-    return failure("Can't use", destination, errno);
+    return failure(base::trMark("Can't use {0}: {1}"), destination, errno);
   const bool canBeReplaced =
       existing == NewFiles::Existing::isReplaced && (S_ISREG(status.st_mode) || S_ISLNK(status.st_mode));
   if (isThere && !canBeReplaced)
-    return failure("Can't replace", destination, S_ISDIR(status.st_mode) ? EISDIR : EEXIST);
+    return failure(base::trMark("Can't replace {0}: {1}"), destination,
+                   S_ISDIR(status.st_mode) ? EISDIR : EEXIST);
 
   const auto parent = destination.substr(0, destination.rfind('/') + 1);
   sweep(parent);
   auto folder = fmt::format("{}{}{}", parent, folderName, uniquePart);
   if (!mkdtemp(folder.data()))
-    return failure("Can't write into", parent, errno);
+    return failure(base::trMark("Can't write into {0}: {1}"), parent, errno);
   constexpr mode_t rights = S_IRUSR | S_IWUSR | S_IRGRP | S_IWGRP | S_IROTH | S_IWOTH;
   return PendingFile(destination, isThere ? std::optional(status.st_mode & rights) : std::nullopt,
                      std::move(folder));
@@ -106,12 +112,12 @@ PendingFile::~PendingFile() {
     removeFolder(folder_);
 }
 
-std::expected<void, std::string> PendingFile::moveIntoPlace() {
+std::expected<void, std::string> PendingFile::moveIntoPlace(bool isAgreed) {
   struct stat status{};
   if (replacedMode_ && lstat(destination_.c_str(), &status) == 0 && S_ISREG(status.st_mode))
     chmod(path().c_str(), *replacedMode_);
-  if (const int error = moveTo(path(), destination_, replacedMode_.has_value()))
-    return failure("Can't put the file into its place", destination_, error);
+  if (const int error = moveTo(path(), destination_, isAgreed || replaces()))
+    return failure(base::trMark("Can't put the file into its place {0}: {1}"), destination_, error);
   return {};
 }
 

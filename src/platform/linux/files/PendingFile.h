@@ -26,9 +26,11 @@ class PendingFile {
 
   // Isn't there yet. Its name is short, since the engine lengthens it while it writes.
   std::string path() const { return folder_ + "/file"; }
+  // Something is at the place that nobody wants to be without.
+  bool replaces() const { return replacedMode_.has_value(); }
   // Into its place. A link there is replaced and not followed; a file hands its permissions on. What has come
   // there since this object was made, and nobody has agreed to replace, stays, and this fails.
-  std::expected<void, std::string> moveIntoPlace();
+  std::expected<void, std::string> moveIntoPlace(bool isAgreed = false);
 
  private:
   PendingFile(std::string destination, std::optional<mode_t> replacedMode, std::string folder);

@@ -1,5 +1,6 @@
 #include "platform/linux/files/PosixFileStore.h"
 
+#include "base/Translation.h"
 #include "platform/linux/files/BackupFile.h"
 #include "platform/linux/files/TemporaryFile.h"
 #include "platform/linux/files/UniqueFd.h"
@@ -21,9 +22,12 @@ namespace ondrel::platform::files {
 
 namespace {
 
-std::unexpected<FileError> failure(const char* what, const std::string& path, int error) {
-  return std::unexpected(FileError{error == ENOENT || error == ENOTDIR,
-                                   fmt::format("{} {}: {}", what, path, std::strerror(error))});
+// With a place for the path and one for the system's reason.
+using Sentence = fmt::format_string<const std::string&, const std::string&>;
+
+std::unexpected<FileError> failure(Sentence text, const std::string& path, int error) {
+  const std::string reason = std::strerror(error);
+  return std::unexpected(FileError{error == ENOENT || error == ENOTDIR, base::trFormat(text, path, reason)});
 }
 
 struct SplitPath {
@@ -110,12 +114,12 @@ std::expected<std::string, FileError> PosixFileStore::read(const std::string& pa
   // Non-blocking, so that a pipe in the file's place can't hang the program.
   const UniqueFd file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK));
   if (!file)
-    return failure("can't open", path, errno);
+    return failure(base::trMark("can't open {0}: {1}"), path, errno);
   struct stat status{};
   if (fstat(file.get(), &status) != 0)
-    return failure("can't look at", path, errno);
+    return failure(base::trMark("can't look at {0}: {1}"), path, errno);
   if (!S_ISREG(status.st_mode))
-    return std::unexpected(FileError{false, fmt::format("{} is not a regular file", path)});
+    return std::unexpected(FileError{false, base::trFormat("{} is not a regular file", path)});
 
   std::string content;
   std::size_t filled = 0;
@@ -126,7 +130,7 @@ std::expected<std::string, FileError> PosixFileStore::read(const std::string& pa
     if (got < 0 && errno == EINTR)
       continue;
     if (got < 0)
-      return failure("can't read", path, errno);
+      return failure(base::trMark("can't read {0}: {1}"), path, errno);
     filled += static_cast<std::size_t>(got);
     if (got == 0)
       break;
@@ -144,14 +148,15 @@ std::expected<void, FileError> PosixFileStore::rewriteShared(const std::string& 
                                                              std::string_view content) {
   const auto target = followed(path);
   if (!target)
-    return failure("can't follow the links of", path, target.error());
+    return failure(base::trMark("can't follow the links of {0}: {1}"), path, target.error());
   struct stat status{};
   if (stat(target->c_str(), &status) != 0)
-    return errno == ENOENT ? writeAtomically(*target, content) : failure("can't look at", path, errno);
+    return errno == ENOENT ? writeAtomically(*target, content)
+                           : failure(base::trMark("can't look at {0}: {1}"), path, errno);
   if (!S_ISREG(status.st_mode))
-    return std::unexpected(FileError{false, fmt::format("{} is not a regular file", path)});
+    return std::unexpected(FileError{false, base::trFormat("{} is not a regular file", path)});
   if (!(status.st_mode & S_IWUSR))
-    return failure("can't write", path, EACCES);
+    return failure(base::trMark("can't write {0}: {1}"), path, EACCES);
   return replace(
       *target, content,
       [mode = status.st_mode & 0777](TemporaryFile& temporary, const std::string& name, int folder) {
@@ -165,12 +170,12 @@ PosixFileStore::replaceShared(const std::string& path, const MakeContent& make,
                               std::optional<FileVersion>& known) {
   const auto target = followed(path);
   if (!target)
-    return failure("can't follow the links of", path, target.error());
+    return failure(base::trMark("can't follow the links of {0}: {1}"), path, target.error());
   const auto folder = split(*target).folder;
   const bool isLink = *target != path;
   // Where it leads may be a disk that isn't there at the moment.
   if (isLink && !exists(folder))
-    return failure("can't open the folder", folder, ENOENT);
+    return failure(base::trMark("can't open the folder {0}: {1}"), folder, ENOENT);
 
   constexpr int mostAttempts = 20;
   for (int attempt = 0; attempt < mostAttempts; ++attempt) {
@@ -178,7 +183,7 @@ PosixFileStore::replaceShared(const std::string& path, const MakeContent& make,
     const FolderLock lock(folder);
     const auto there = fileVersion(*target);
     if (!there && there.error() != ENOENT)
-      return failure("can't look at", path, there.error());
+      return failure(base::trMark("can't look at {0}: {1}"), path, there.error());
     std::optional<std::expected<std::string, FileError>> other;
     if (there && *there != known)
       other = read(*target);
@@ -211,29 +216,29 @@ PosixFileStore::replaceShared(const std::string& path, const MakeContent& make,
     if (!isOvertaken)
       return kept;
   }
-  return std::unexpected(FileError{false, fmt::format("{} is being changed by other programs", path)});
+  return std::unexpected(FileError{false, base::trFormat("{} is being changed by other programs", path)});
 }
 
 std::expected<void, FileError> PosixFileStore::replace(const std::string& path, std::string_view content,
                                                        const Move& move) {
   const auto [folderPath, name] = split(path);
   if (const int error = makeFolders(folderPath))
-    return failure("can't make the folder", folderPath, error);
+    return failure(base::trMark("can't make the folder {0}: {1}"), folderPath, error);
   const UniqueFd folder(open(folderPath.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (!folder)
-    return failure("can't open the folder", folderPath, errno);
+    return failure(base::trMark("can't open the folder {0}: {1}"), folderPath, errno);
 
   if (swept_.insert(path).second)
     TemporaryFile::sweep(folder.get(), name);
   TemporaryFile temporary(folder.get(), name);
   if (const int error = temporary.create())
-    return failure("can't make a file beside", path, error);
+    return failure(base::trMark("can't make a file beside {0}: {1}"), path, error);
   if (const int error = temporary.writeAndFlush(content))
-    return failure("can't write", path, error);
+    return failure(base::trMark("can't write {0}: {1}"), path, error);
   if (const int error = move(temporary, name, folder.get()))
-    return failure("can't replace", path, error);
+    return failure(base::trMark("can't replace {0}: {1}"), path, error);
   if (const int error = flushFolder(folder.get()))
-    return failure("can't flush the folder of", path, error);
+    return failure(base::trMark("can't flush the folder of {0}: {1}"), path, error);
   return {};
 }
 
@@ -257,7 +262,7 @@ std::expected<void, FileError> PosixFileStore::removeRecursively(const std::stri
   std::error_code error;
   std::filesystem::remove_all(path, error);
   if (error)
-    return failure("can't remove", path, error.value());
+    return failure(base::trMark("can't remove {0}: {1}"), path, error.value());
   return {};
 }
 

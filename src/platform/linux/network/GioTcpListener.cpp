@@ -2,6 +2,7 @@
 
 #include "async/sleep.h"
 #include "base/Log.h"
+#include "base/Translation.h"
 #include "platform/linux/network/GioTcpConnection.h"
 #include "platform/linux/network/SocketPoller.h"
 
@@ -92,7 +93,7 @@ std::expected<void, std::string> GioTcpListener::listen(std::uint16_t port) {
   raiseDescriptorLimit();
   poller_ = SocketPoller::make();
   if (!poller_)
-    return std::unexpected("Too many open files");
+    return std::unexpected(base::tr("Too many open files"));
   glib::Error error;
   socket_ = listeningSocket(G_SOCKET_FAMILY_IPV6, port, error);
   if (!socket_ && !error.matches(G_IO_ERROR, G_IO_ERROR_ADDRESS_IN_USE))

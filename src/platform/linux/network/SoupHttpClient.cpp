@@ -1,5 +1,6 @@
 #include "platform/linux/network/SoupHttpClient.h"
 
+#include "base/Translation.h"
 #include "platform/linux/network/SoupHttpClientRules.h"
 #include "platform/linux/network/SoupHttpClientTransfer.h"
 
@@ -45,12 +46,12 @@ async::Task<Transfer::Started> follow(SoupHttpClient::Sessions sessions, HttpReq
     request = std::move(*next);
   }
   co_return std::unexpected(WebError{WebError::Domain::network, WebError::badServerResponse,
-                                     "The server redirects too many times."});
+                                     base::trMark("The server redirects too many times.")});
 }
 
 std::unexpected<WebError> tooLarge() {
-  return std::unexpected(
-      WebError{WebError::Domain::network, WebError::badServerResponse, "The response is too large."});
+  return std::unexpected(WebError{WebError::Domain::network, WebError::badServerResponse,
+                                  base::trMark("The response is too large.")});
 }
 
 async::Task<HttpResult<HttpResponse>> fetch(SoupHttpClient::Sessions sessions, HttpRequest request,

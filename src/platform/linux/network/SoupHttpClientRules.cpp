@@ -2,6 +2,7 @@
 
 #include "base/LoopbackHost.h"
 #include "base/Text.h"
+#include "base/Translation.h"
 
 #include <libsoup/soup.h>
 
@@ -76,17 +77,18 @@ bool isLoopback(GUri* address) {
 HttpResult<glib::Owned<GUri>> checkedAddress(const HttpRequest& request) {
   auto address = parsed(request.url);
   if (!address)
-    return refusal(WebError::badURL, "The address of the request is none of the web.");
+    return refusal(WebError::badURL, base::trMark("The address of the request is none of the web."));
   if (!isToken(request.method))
-    return refusal(WebError::badURL, "The method of the request is none.");
+    return refusal(WebError::badURL, base::trMark("The method of the request is none."));
   bool hasCredentials = false;
   for (const auto& [name, value] : request.headers) {
     if (!isToken(name) || std::ranges::any_of(value, isControl))
-      return refusal(WebError::badURL, "A header of the request is malformed.");
+      return refusal(WebError::badURL, base::trMark("A header of the request is malformed."));
     hasCredentials |= isCredential(name);
   }
   if (hasCredentials && !isHttps(address.get()) && !isLoopback(address.get()))
-    return refusal(WebError::secureConnectionFailed, "Credentials are not sent over a plain connection.");
+    return refusal(WebError::secureConnectionFailed,
+                   base::trMark("Credentials are not sent over a plain connection."));
   return address;
 }
 
@@ -97,15 +99,17 @@ bool isRedirect(int status) {
 HttpResult<HttpRequest> redirected(HttpRequest request, int status, const std::string& location) {
   const auto from = parsed(request.url);
   if (!from)
-    return refusal(WebError::badURL, "The address of the request is none of the web.");
+    return refusal(WebError::badURL, base::trMark("The address of the request is none of the web."));
   const glib::Owned<GUri> resolved(g_uri_parse_relative(from.get(), location.c_str(), uriFlags, nullptr));
   const auto to =
       resolved ? parsed(glib::CString(g_uri_to_string_partial(resolved.get(), G_URI_HIDE_FRAGMENT)).get())
                : nullptr;
   if (!to)
-    return refusal(WebError::badServerResponse, "The server redirects to what is no address of the web.");
+    return refusal(WebError::badServerResponse,
+                   base::trMark("The server redirects to what is no address of the web."));
   if (isHttps(from.get()) && !isHttps(to.get()) && !isLoopback(to.get()))
-    return refusal(WebError::secureConnectionFailed, "The server redirects to a plain connection.");
+    return refusal(WebError::secureConnectionFailed,
+                   base::trMark("The server redirects to a plain connection."));
 
   if (becomesGet(request.method, status)) {
     request.method = "GET";
@@ -116,9 +120,10 @@ HttpResult<HttpRequest> redirected(HttpRequest request, int status, const std::s
   }
   if (!sameOrigin(from.get(), to.get())) {
     if (request.staysAtOrigin)
-      return refusal(WebError::badServerResponse, "The server redirects to another origin.");
+      return refusal(WebError::badServerResponse, base::trMark("The server redirects to another origin."));
     if (!request.body.empty())
-      return refusal(WebError::badServerResponse, "The server redirects what was sent to another origin.");
+      return refusal(WebError::badServerResponse,
+                     base::trMark("The server redirects what was sent to another origin."));
     std::erase_if(request.headers, [](const auto& header) { return isCredential(header.first); });
   }
   request.url = glib::CString(g_uri_to_string(to.get())).get();

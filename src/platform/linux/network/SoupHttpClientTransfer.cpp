@@ -1,6 +1,7 @@
 #include "platform/linux/network/SoupHttpClientTransfer.h"
 
 #include "async/Timer.h"
+#include "base/Translation.h"
 #include "platform/linux/glib/AsyncResult.h"
 #include "platform/linux/glib/Connection.h"
 #include "platform/linux/network/WebErrors.h"
@@ -16,7 +17,7 @@ std::unexpected<WebError> failure(int code, const char* description) {
 }
 
 std::unexpected<WebError> cancelled() {
-  return failure(WebError::cancelled, "The request was cancelled.");
+  return failure(WebError::cancelled, base::trMark("The request was cancelled."));
 }
 
 // Calls an operation off when nothing has happened for too long; the operation's callback then says
@@ -39,7 +40,7 @@ class IdleLimit {
   }
   std::unexpected<WebError> failureFrom(const glib::Error& error) const {
     if (passed_)
-      return failure(WebError::timedOut, "The server did not answer in time.");
+      return failure(WebError::timedOut, base::trMark("The server did not answer in time."));
     return std::unexpected(webErrorFrom(*error.raw()));
   }
 
@@ -125,7 +126,8 @@ SoupHttpClientTransfer::read(std::shared_ptr<SoupHttpClientTransfer> self,
   self->received_ += static_cast<goffset>(size);
   // libsoup lets a body that is too short pass where the connection was to be closed behind it.
   if (size == 0 && self->received_ < self->announcedLength().value_or(0))
-    co_return failure(WebError::networkConnectionLost, "The connection ended in the middle of the response.");
+    co_return failure(WebError::networkConnectionLost,
+                      base::trMark("The connection ended in the middle of the response."));
   co_return std::string(data, size);
 }
 

@@ -1,6 +1,7 @@
 #include "platform/linux/packages/PackageKitUpdater.h"
 
 #include "base/Log.h"
+#include "base/Translation.h"
 #include "platform/linux/packages/UpdateNotes.h"
 
 #include <algorithm>
@@ -78,7 +79,7 @@ async::Task<SoftwareUpdater::Found> PackageKitUpdater::find(bool mayAsk) {
   if (!package)
     co_return std::unexpected(package.error());
   if (!*package)
-    co_return std::unexpected(UpdateFault{Kind::other, "the program is of no package"});
+    co_return std::unexpected(UpdateFault{Kind::other, base::tr("the program is of no package")});
   // Not by force: that would throw away what has been downloaded.
   TransactionCall refresh{.method = "RefreshCache",
                           .arguments = owned(g_variant_new("(b)", FALSE)),

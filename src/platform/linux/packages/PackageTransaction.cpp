@@ -1,6 +1,7 @@
 #include "platform/linux/packages/PackageTransaction.h"
 
 #include "async/Timer.h"
+#include "base/Translation.h"
 #include "platform/linux/packages/TransactionSignals.h"
 
 #include <chrono>
@@ -109,7 +110,7 @@ async::Task<TransactionOutcome> runTransaction(glib::Ref<GDBusConnection> connec
   });
   std::optional<async::Timer> timer;
   if (call.limit)
-    timer.emplace(*call.limit, [state] { state->fail({Kind::other, "it takes too long"}); });
+    timer.emplace(*call.limit, [state] { state->fail({Kind::other, base::tr("it takes too long")}); });
 
   Cancellation cancellation(connection, path);
   // An older service knows fewer hints and takes those that it knows.

@@ -1,8 +1,7 @@
 #include "platform/linux/packages/TransactionSignals.h"
 
 #include "base/Text.h"
-
-#include <fmt/format.h>
+#include "base/Translation.h"
 
 #include <algorithm>
 #include <array>
@@ -112,7 +111,8 @@ void forEach(GVariant* list, Visit visit) {
 } // namespace
 
 UpdateFault faultOf(std::uint32_t code, const std::string& text) {
-  return {kindOf(code, text), base::shortDisplayLine(fmt::format("error {}: {}", code, text))};
+  // TRANSLATORS: {0} is a number, {1} a text of the package service
+  return {kindOf(code, text), base::shortDisplayLine(base::trFormat("error {0}: {1}", code, text))};
 }
 
 void TransactionSignals::take(const std::string& member, GVariant* arguments) {
@@ -137,7 +137,7 @@ void TransactionSignals::take(const std::string& member, GVariant* arguments) {
   } else if (isTold("Finished", "(uu)")) {
     finish(g_variant_get_uint32(first().get()));
   } else if (member == "Destroy") {
-    fail({Kind::other, "the transaction has gone"});
+    fail({Kind::other, base::tr("the transaction has gone")});
   }
 }
 
@@ -161,7 +161,8 @@ void TransactionSignals::finish(std::uint32_t exit) {
   case Exit::needUntrusted:
     return fail({Kind::untrusted, "a key is missing"});
   default:
-    return fail({Kind::other, fmt::format("ended with {}", exit)});
+    // TRANSLATORS: the service's number for what happened
+    return fail({Kind::other, base::trFormat("ended with {}", exit)});
   }
 }
 

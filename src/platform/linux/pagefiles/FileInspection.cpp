@@ -3,8 +3,6 @@
 #include "platform/linux/glib/AsyncResult.h"
 #include "platform/linux/text/SafeText.h"
 
-#include <gdk/gdk.h>
-
 namespace ondrel::platform::pagefiles {
 
 namespace {
@@ -41,16 +39,6 @@ std::string mimeTypeOf(GFileInfo* info) {
 }
 
 } // namespace
-
-std::vector<Ref<GFile>> filesOf(const GValue* list) {
-  std::vector<Ref<GFile>> files;
-  auto* boxed = list ? static_cast<GdkFileList*>(g_value_get_boxed(list)) : nullptr;
-  auto* nodes = boxed ? gdk_file_list_get_files(boxed) : nullptr;
-  for (auto* node = nodes; node; node = node->next)
-    files.push_back(glib::share(G_FILE(node->data)));
-  g_slist_free(nodes);
-  return files;
-}
 
 async::Task<FileInspection> inspectFiles(std::vector<Ref<GFile>> files) {
   FileInspection result;

@@ -16,9 +16,6 @@ struct FileInspection {
   std::vector<RefusedFile> refused;
 };
 
-// What a value of GDK_TYPE_FILE_LIST holds; nothing for null.
-std::vector<glib::Ref<GFile>> filesOf(const GValue* list);
-
 // Looks at each file without opening a pipe or reading more than its type needs. Regular files of this
 // machine that may be read pass.
 async::Task<FileInspection> inspectFiles(std::vector<glib::Ref<GFile>> files);

@@ -1,10 +1,9 @@
 #include "platform/linux/pagefiles/WebKitFileDownload.h"
 
 #include "base/Log.h"
+#include "base/Translation.h"
 #include "base/Url.h"
 #include "platform/linux/text/SafeText.h"
-
-#include <fmt/format.h>
 
 #include <algorithm>
 #include <sys/statvfs.h>
@@ -58,7 +57,7 @@ void WebKitFileDownload::connectSignals() {
   connections_.push_back(glib::connect<void(WebKitDownload*)>(download, "finished", [this](WebKitDownload*) {
     const auto self = shared_from_this();
     if (!hasFailed_ && isCancelled_) {
-      fail("The download was cancelled.");
+      fail(base::tr("The download was cancelled."));
     } else if (!hasFailed_) {
       if (const auto moved = file_ ? file_->moveIntoPlace() : std::expected<void, std::string>(); !moved)
         fail(moved.error());
@@ -76,12 +75,12 @@ std::string WebKitFileDownload::reason(const GError* error) const {
   const auto now = progress();
   const auto wanted = static_cast<std::uint64_t>(std::max(now.totalBytes, now.bytesWritten));
   if (file_ && isFull(file_->path().substr(0, file_->path().rfind('/')), wanted))
-    return "There is no space left on the disk. Make some room and try again.";
+    return base::tr("There is no space left on the disk. Make some room and try again.");
   if (g_error_matches(error, WEBKIT_DOWNLOAD_ERROR, WEBKIT_DOWNLOAD_ERROR_CANCELLED_BY_USER))
-    return "The download was cancelled.";
+    return base::tr("The download was cancelled.");
   if (g_error_matches(error, WEBKIT_DOWNLOAD_ERROR, WEBKIT_DOWNLOAD_ERROR_DESTINATION))
-    return "The file could not be written.";
-  return "The connection to the server broke off. Try again.";
+    return base::tr("The file could not be written.");
+  return base::tr("The connection to the server broke off. Try again.");
 }
 
 void WebKitFileDownload::fail(const std::string& error) {
@@ -111,7 +110,7 @@ void WebKitFileDownload::askForDestination(const char* suggestedName) {
   if (auto* response = webkit_download_get_response(download_.get())) {
     // What comes then is a page about it, and not the file.
     if (const auto status = webkit_uri_response_get_status_code(response); status >= firstErrorStatus) {
-      problem_ = fmt::format("The server doesn't give the file (it answered {}).", status);
+      problem_ = base::trFormat("The server doesn't give the file (it answered {}).", status);
       cancel();
       return;
     }

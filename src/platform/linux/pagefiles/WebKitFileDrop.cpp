@@ -1,7 +1,6 @@
 #include "platform/linux/pagefiles/WebKitFileDrop.h"
 
-#include "platform/linux/glib/AsyncResult.h"
-#include "platform/linux/pagefiles/FileInspection.h"
+#include "platform/linux/pagefiles/FileList.h"
 
 #include <algorithm>
 
@@ -108,14 +107,7 @@ gboolean WebKitFileDrop::dropped(GdkDrop* drop, ViewPoint place) {
 }
 
 async::Task<void> WebKitFileDrop::take(glib::Ref<GdkDrop> drop, ViewPoint place) {
-  auto [pending, future] = glib::startAsync();
-  gdk_drop_read_value_async(drop.get(), GDK_TYPE_FILE_LIST, G_PRIORITY_DEFAULT, pending.cancellable,
-                            glib::PendingCall::callback, pending.userData);
-  const auto result = co_await std::move(future);
-  if (!result)
-    co_return;
-  glib::Error error;
-  auto files = filesOf(gdk_drop_read_value_finish(drop.get(), result->get(), error.out()));
+  auto files = co_await readFiles(drop);
   gdk_drop_finish(drop.get(), files.empty() ? GdkDragAction(0) : GDK_ACTION_COPY);
   handler_(std::move(files), place);
 }

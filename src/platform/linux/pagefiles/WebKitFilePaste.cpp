@@ -1,7 +1,9 @@
 #include "platform/linux/pagefiles/WebKitFilePaste.h"
 
+#include "base/Translation.h"
 #include "platform/linux/glib/AsyncResult.h"
-#include "platform/linux/pagefiles/FileInspection.h"
+#include "platform/linux/glib/ReadUpTo.h"
+#include "platform/linux/pagefiles/FileList.h"
 
 #include <array>
 #include <optional>
@@ -15,7 +17,6 @@ using glib::Ref;
 
 constexpr std::array pictureTypes = {"image/png", "image/jpeg", "image/webp",
                                      "image/gif", "image/tiff", "image/bmp"};
-constexpr gsize pieceSize = gsize{1} << 20;
 
 bool holdsFiles(GdkContentFormats* formats) {
   return gdk_content_formats_contain_gtype(formats, GDK_TYPE_FILE_LIST) != FALSE;
@@ -28,30 +29,6 @@ std::optional<std::string> pictureIn(GdkContentFormats* formats) {
       if (gdk_content_formats_contain_mime_type(formats, type))
         return type;
   return std::nullopt;
-}
-
-// Absent for a failure; longer than the limit when there is more.
-async::Task<std::optional<std::string>> readUpTo(std::size_t limit, Ref<GInputStream> stream) {
-  std::string content;
-  while (content.size() <= limit) {
-    auto [pending, future] = glib::startAsync();
-    g_input_stream_read_bytes_async(stream.get(), pieceSize, G_PRIORITY_DEFAULT, pending.cancellable,
-                                    glib::PendingCall::callback, pending.userData);
-    const auto result = co_await std::move(future);
-    if (!result)
-      co_return std::nullopt;
-    glib::Error error;
-    const glib::Owned<GBytes> bytes(
-        g_input_stream_read_bytes_finish(stream.get(), result->get(), error.out()));
-    if (!bytes)
-      co_return std::nullopt;
-    gsize size = 0;
-    const auto* data = static_cast<const char*>(g_bytes_get_data(bytes.get(), &size));
-    if (size == 0)
-      break;
-    content.append(data, size);
-  }
-  co_return std::move(content);
 }
 
 } // namespace
@@ -95,14 +72,7 @@ bool WebKitFilePaste::start() {
 
 async::Task<void> WebKitFilePaste::pasteFiles() {
   const auto clipboard = glib::share(gtk_widget_get_clipboard(container_.get()));
-  auto [pending, future] = glib::startAsync();
-  gdk_clipboard_read_value_async(clipboard.get(), GDK_TYPE_FILE_LIST, G_PRIORITY_DEFAULT, pending.cancellable,
-                                 glib::PendingCall::callback, pending.userData);
-  const auto result = co_await std::move(future);
-  if (!result)
-    co_return;
-  glib::Error error;
-  auto files = filesOf(gdk_clipboard_read_value_finish(clipboard.get(), result->get(), error.out()));
+  auto files = co_await readFiles(clipboard);
   // Those of other machines may be addresses of pages, or of where a copied picture comes from.
   std::erase_if(files, [](const auto& file) { return !g_file_peek_path(file.get()); });
   auto picture = pictureIn(gdk_clipboard_get_formats(clipboard.get()));
@@ -127,11 +97,11 @@ async::Task<void> WebKitFilePaste::pastePicture(std::string type) {
   auto stream = adopt(gdk_clipboard_read_finish(clipboard.get(), result->get(), nullptr, error.out()));
   std::optional<std::string> content;
   if (stream)
-    content = co_await readUpTo(largestPastedPicture, std::move(stream));
+    content = co_await glib::readUpTo(largestPastedPicture, std::move(stream));
   if (!content || content->empty())
-    handlers_.failed("The picture on the clipboard can't be read.");
+    handlers_.failed(base::tr("The picture on the clipboard can't be read."));
   else if (content->size() > largestPastedPicture)
-    handlers_.failed("The picture on the clipboard is too large. Save it as a file and add that.");
+    handlers_.failed(base::tr("The picture on the clipboard is too large. Save it as a file and add that."));
   else
     handlers_.picture({std::move(type), std::move(*content)});
 }
@@ -146,7 +116,8 @@ void WebKitFilePaste::takeMenuItem(WebKitContextMenu* menu) {
       continue;
     webkit_context_menu_remove(menu, item);
     webkit_context_menu_insert(
-        menu, webkit_context_menu_item_new_from_gaction(G_ACTION(menuAction_.get()), "_Paste", nullptr),
+        menu,
+        webkit_context_menu_item_new_from_gaction(G_ACTION(menuAction_.get()), base::tr("Paste"), nullptr),
         static_cast<int>(i));
     return;
   }

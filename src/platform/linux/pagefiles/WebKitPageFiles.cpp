@@ -1,9 +1,11 @@
 #include "platform/linux/pagefiles/WebKitPageFiles.h"
 
+#include "base/Translation.h"
+
 namespace ondrel::platform::pagefiles {
 
 namespace {
-constexpr const char* noAnswer = "This page doesn't respond. Nothing was added.";
+constexpr const char* noAnswer = base::trMark("This page doesn't respond. Nothing was added.");
 }
 
 WebKitPageFiles::WebKitPageFiles(WebKitWebView* view, GtkWidget* container,
@@ -54,7 +56,7 @@ async::Task<void> WebKitPageFiles::handPicture(PagePicture picture) {
 
 void WebKitPageFiles::report(FileInspection inspection, const Result& result) {
   if (!result) {
-    tell_(noAnswer);
+    tell_(base::tr(noAnswer));
     return;
   }
   for (const auto index : result->lost)

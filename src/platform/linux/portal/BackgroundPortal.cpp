@@ -1,6 +1,7 @@
 #include "platform/linux/portal/BackgroundPortal.h"
 
 #include "base/Log.h"
+#include "base/Translation.h"
 #include "platform/linux/portal/PortalRequest.h"
 
 #include <chrono>
@@ -44,7 +45,9 @@ async::Task<std::expected<void, std::string>> BackgroundPortal::setEnabled(bool 
         GVariantBuilder options;
         g_variant_builder_init(&options, G_VARIANT_TYPE_VARDICT);
         g_variant_builder_add(&options, "{sv}", "handle_token", g_variant_new_string(token.c_str()));
-        g_variant_builder_add(&options, "{sv}", "reason", g_variant_new_string("Watch for new mail"));
+        g_variant_builder_add(&options, "{sv}", "reason",
+                              // TRANSLATORS: why the program wants to run in the background
+                              g_variant_new_string(base::tr("Watch for new mail")));
         g_variant_builder_add(&options, "{sv}", "autostart", g_variant_new_boolean(enabled));
         g_variant_builder_add(&options, "{sv}", "commandline", commandLine(command_));
         return g_variant_new("(s@a{sv})", noParent, g_variant_builder_end(&options));

@@ -2,6 +2,7 @@
 
 #include "base/Log.h"
 #include "base/Text.h"
+#include "base/Translation.h"
 #include "platform/linux/portal/PortalRequest.h"
 #include "platform/linux/text/SafeText.h"
 
@@ -37,10 +38,11 @@ std::string triggerDescription(GVariant* results) {
 
 std::string sentence(const std::string& problem) {
   if (problem == "cancelled")
-    return "The desktop has not given these keys.";
+    return base::tr("The desktop has not given these keys.");
   logger.error("The portal gives no global shortcut: {}", problem);
-  return "The desktop doesn't give these keys. Its own keyboard settings can run \"ondrel --toggle\" "
-         "instead.";
+  return base::tr(
+      "The desktop doesn't give these keys. Its own keyboard settings can run \"ondrel --toggle\" "
+      "instead.");
 }
 
 } // namespace

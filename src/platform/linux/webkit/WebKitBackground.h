@@ -1,5 +1,6 @@
 #pragma once
 
+#include "async/Timer.h"
 #include "platform/linux/glib/Connection.h"
 
 #include <webkit/webkit.h>
@@ -7,8 +8,8 @@
 namespace ondrel::platform::webkit {
 
 // What a web view shows where its page draws nothing: before the first page, between pages, and behind pages
-// without a background of their own. Follows the desktop's style, so that nothing flashes white in the dark.
-// Main thread only.
+// without a background of their own. Follows the desktop's style, so that nothing flashes white in the dark,
+// also when the style has changed while the page was not on the screen. Main thread only.
 class WebKitBackground {
  public:
   // The view outlives it.
@@ -22,10 +23,15 @@ class WebKitBackground {
  private:
   void set(bool pageWantsWhite);
   void update() const;
+  void styleDidChange();
+  void viewDidMap();
 
   WebKitWebView* const view_;
   bool pageWantsWhite_ = false;
+  bool isCovered_ = false; // until the engine has drawn the page in the new style
+  async::Timer uncover_;
   glib::Connection styleChanged_;
+  glib::Connection mapped_;
 };
 
 } // namespace ondrel::platform::webkit

@@ -4,6 +4,7 @@
 #include "platform/WebError.h"
 
 #include <chrono>
+#include <optional>
 #include <string>
 
 namespace ondrel::platform::webkit {
@@ -23,13 +24,15 @@ class WebKitLoads {
     virtual void loadCommitted() = 0;
     virtual void loadFinished() = 0;
     virtual void loadFailed(const WebError& error, bool provisional) = 0;
+    // To ask the engine for an address.
+    virtual void beginLoad(const std::string& url) = 0;
     // To stop the engine, and to tell of the failure.
     virtual void loadTimedOut(const WebError& error) = 0;
   };
 
   explicit WebKitLoads(Listener& listener) : listener_(listener) {}
 
-  // What the program does.
+  // What the program does. A request begins at once, unless the one before it hasn't started yet.
   void requested(const std::string& url);
   void abandoned(); // stopped, or something other than a load by address took its place
 
@@ -48,6 +51,7 @@ class WebKitLoads {
   // A load waits for its commit from the request on, and is the engine's current one from its start on.
   enum class State { idle, running, committed, failed };
   bool awaitsStart() const { return awaitsCommit_ && !startedSinceRequest_; }
+  void begin();
   void stopWaiting();
   void timeOut();
 
@@ -57,6 +61,7 @@ class WebKitLoads {
   bool startedSinceRequest_ = false;
   std::string requestedUrl_;
   async::Timer watchdog_;
+  std::optional<async::Timer> hold_; // while the request waits for the start of the one before it
 };
 
 } // namespace ondrel::platform::webkit

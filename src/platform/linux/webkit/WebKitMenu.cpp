@@ -116,6 +116,25 @@ Item WebKitMenu::own(const MenuRow& row, const Choose& choose) {
       webkit_context_menu_item_new_from_gaction(G_ACTION(action.get()), row.title.c_str(), nullptr));
 }
 
+// The engine ignores and learns what is selected, and a click of the right button only puts the caret into
+// the word: there its rows could never be chosen.
+void WebKitMenu::takeWordAtCaret(const Items& items) {
+  for (const auto& item : items) {
+    const auto kind = webkit_context_menu_item_get_stock_action(item.get());
+    auto* action = webkit_context_menu_item_get_gaction(item.get());
+    if ((kind != WEBKIT_CONTEXT_MENU_ACTION_IGNORE_SPELLING &&
+         kind != WEBKIT_CONTEXT_MENU_ACTION_LEARN_SPELLING) ||
+        !G_IS_SIMPLE_ACTION(action) || g_action_get_enabled(action))
+      continue;
+    g_simple_action_set_enabled(G_SIMPLE_ACTION(action), TRUE);
+    // Ahead of the engine's own handler, and so the page selects the word before it is asked for it.
+    chosen_.push_back(
+        glib::connect<void(GSimpleAction*, GVariant*)>(action, "activate", [this](GSimpleAction*, GVariant*) {
+          webkit_web_view_execute_editing_command(view_, "SelectWord");
+        }));
+  }
+}
+
 bool WebKitMenu::fill(WebKitContextMenu* menu, const ContextMenu& rows, const Choose& choose) {
   chosen_.clear();
   const auto offered = takeItems(menu);
@@ -123,7 +142,7 @@ bool WebKitMenu::fill(WebKitContextMenu* menu, const ContextMenu& rows, const Ch
     Items items;
     for (const auto& row : group) {
       if (row.action == MenuAction::spelling)
-        items = spellingItems(offered);
+        takeWordAtCaret(items = spellingItems(offered));
       else if (const auto action = stockAction(row.action))
         items.push_back(titled(offered, *action, row.title));
       else

@@ -16,6 +16,9 @@ ContextHit contextHitFrom(WebKitHitTestResult* hit);
 // The rows of the program in a menu of the engine's, instead of the engine's own. Main thread only.
 class WebKitMenu {
  public:
+  // `view` outlives it.
+  explicit WebKitMenu(WebKitWebView* view) : view_(view) {}
+
   // `choose` gets the rows that the engine doesn't do by itself, until the next menu.
   using Choose = std::function<void(const MenuRow& row)>;
 
@@ -24,7 +27,9 @@ class WebKitMenu {
 
  private:
   glib::Ref<WebKitContextMenuItem> own(const MenuRow& row, const Choose& choose);
+  void takeWordAtCaret(const std::vector<glib::Ref<WebKitContextMenuItem>>& items);
 
+  WebKitWebView* view_;
   std::vector<glib::Connection> chosen_; // of the last menu
 };
 

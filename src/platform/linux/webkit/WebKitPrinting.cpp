@@ -62,6 +62,17 @@ std::optional<std::string> outputFile(GtkPrintSettings* job) {
   return path ? std::optional<std::string>(path.get()) : std::nullopt;
 }
 
+// The toolkit proposes the folder of documents for a file, also when that is not there and printing to it
+// fails; null when it is.
+const char* folderInsteadOfMissing() {
+  const auto isThere = [](const char* folder) { return folder && g_file_test(folder, G_FILE_TEST_IS_DIR); };
+  const auto* documents = g_get_user_special_dir(G_USER_DIRECTORY_DOCUMENTS);
+  const auto* downloads = g_get_user_special_dir(G_USER_DIRECTORY_DOWNLOAD);
+  if (!documents || isThere(documents))
+    return nullptr;
+  return isThere(downloads) ? downloads : g_get_home_dir();
+}
+
 struct Choice {
   Job job;
   Setup setup;
@@ -78,6 +89,8 @@ class PrintDialog {
     const auto proposal = glib::adopt(gtk_print_settings_new());
     if (!name.empty())
       gtk_print_settings_set(proposal.get(), GTK_PRINT_SETTINGS_OUTPUT_BASENAME, name.c_str());
+    if (const auto* folder = folderInsteadOfMissing())
+      gtk_print_settings_set(proposal.get(), GTK_PRINT_SETTINGS_OUTPUT_DIR, folder);
     gtk_print_unix_dialog_set_settings(dialog_.get(), proposal.get());
     gtk_window_set_modal(GTK_WINDOW(dialog_.get()), TRUE);
     gtk_window_set_destroy_with_parent(GTK_WINDOW(dialog_.get()), TRUE);

@@ -29,6 +29,18 @@ WebKitBackForwardListItem* currentItem(WebKitWebView* view) {
   return webkit_back_forward_list_get_current_item(webkit_web_view_get_back_forward_list(view));
 }
 
+// Two fingers change the program's zoom, which is shown and kept. The engine's own gesture would magnify the
+// page besides.
+void leavePinchToProgram(WebKitWebView* view) {
+  const auto controllers = glib::adopt(gtk_widget_observe_controllers(GTK_WIDGET(view)));
+  for (guint i = 0; i < g_list_model_get_n_items(controllers.get()); ++i) {
+    const auto controller =
+        glib::adopt(static_cast<GtkEventController*>(g_list_model_get_item(controllers.get(), i)));
+    if (GTK_IS_GESTURE_ZOOM(controller.get()))
+      gtk_event_controller_set_propagation_phase(controller.get(), GTK_PHASE_NONE);
+  }
+}
+
 // Ends the page at once, whoever else still holds the object: a call into a page that hangs holds it for as
 // long.
 void endPage(WebKitWebView* view) {
@@ -49,6 +61,7 @@ std::shared_ptr<WebKitView> WebKitView::make(std::shared_ptr<const WebKitEngine>
   auto result = connected(std::shared_ptr<WebKitView>(new WebKitView(std::move(engine), std::move(view))));
   result->engineScripts_ = std::make_shared<const Scripts>(std::move(scripts));
   result->takeFiles();
+  leavePinchToProgram(result->view_.get());
   return result;
 }
 
@@ -65,6 +78,7 @@ std::shared_ptr<WebKitView> WebKitView::makePopup(const Scripts& scripts) {
       connected(std::shared_ptr<WebKitView>(new WebKitView(engine_, engine_->makePopup(view_.get()))));
   result->engineScripts_ = engineScripts_;
   result->takeFiles();
+  leavePinchToProgram(result->view_.get());
   std::ranges::copy_if(scripts, std::back_inserter(result->extraScripts_), [this](const auto& script) {
     return std::ranges::find(*engineScripts_, script) == engineScripts_->end();
   });
@@ -118,6 +132,9 @@ void WebKitView::removeScriptMessageHandler(const std::string& name) {
 
 void WebKitView::load(const std::string& url) {
   loads_.requested(url);
+}
+
+void WebKitView::beginLoad(const std::string& url) {
   const auto address = text::validUtf8(url);
   if (wantedItem_ && nonEmpty(webkit_back_forward_list_item_get_uri(wantedItem_.get())) == address)
     webkit_web_view_go_to_back_forward_list_item(view_.get(), wantedItem_.get());

@@ -93,6 +93,7 @@ class WebKitView final : public WebView,
   void loadCommitted() override;
   void loadFinished() override;
   void loadFailed(const WebError& error, bool provisional) override;
+  void beginLoad(const std::string& url) override;
   void loadTimedOut(const WebError& error) override;
 
   std::shared_ptr<const WebKitEngine> engine_;
@@ -109,7 +110,7 @@ class WebKitView final : public WebView,
   // Of the history, asked for and not reached yet: a plain load of its address would add it a second time.
   glib::Ref<WebKitBackForwardListItem> wantedItem_;
   bool keepsHistory_ = true; // until its states are too large
-  WebKitMenu menu_;
+  WebKitMenu menu_{view_.get()};
   WebKitBackground background_{view_.get()};
   WebKitMessagePacing messagePacing_;
   windows::UserPresses presses_{container_.get()};

@@ -2,6 +2,7 @@
 
 #include "async/EventLoop.h"
 #include "base/Log.h"
+#include "base/Translation.h"
 
 #include <gdk/x11/gdkx.h>
 
@@ -52,8 +53,8 @@ std::vector<unsigned> lockVariants() {
   return {0, LockMask, numLock, LockMask | numLock};
 }
 
-constexpr const char* noSuchKey = "This keyboard has no such key. Choose other keys.";
-constexpr const char* taken = "Another program has these keys. Choose other keys.";
+constexpr const char* noSuchKey = base::trMark("This keyboard has no such key. Choose other keys.");
+constexpr const char* taken = base::trMark("Another program has these keys. Choose other keys.");
 
 } // namespace
 
@@ -79,16 +80,16 @@ async::Task<std::expected<std::string, std::string>> GrabbedShortcuts::reserve(s
 
 std::expected<void, std::string> GrabbedShortcuts::grab(const std::string& name, const KeyCombination& keys) {
   if (!*isAvailable_)
-    return std::unexpected("This desktop doesn't let programs reserve keys.");
+    return std::unexpected(base::tr("This desktop doesn't let programs reserve keys."));
   const auto symbol = XStringToKeysym(keys.key.c_str());
   const Grab wanted{symbol == NoSymbol ? 0U : XKeysymToKeycode(xDisplay(), symbol), modifiersOf(keys),
                     lockVariants()};
   if (wanted.keycode == 0)
-    return std::unexpected(noSuchKey);
+    return std::unexpected(base::tr(noSuchKey));
   const auto before = shortcuts_.find(name);
   if (before == shortcuts_.end() || before->second.grab != wanted) {
     if (!take(wanted))
-      return std::unexpected(taken);
+      return std::unexpected(base::tr(taken));
     release(name);
     take(wanted); // the two may overlap
   }

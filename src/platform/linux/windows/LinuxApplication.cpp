@@ -118,6 +118,10 @@ int LinuxApplication::run(std::vector<std::string> urls, std::function<void()> s
     logger.error("There is no display to show windows on");
     return 1;
   }
+  x11::outliveErrors();
+  x11::setProgramClass(options_.applicationId);
+  if (!options_.iconName.empty())
+    gtk_window_set_default_icon_name(options_.iconName.c_str());
   urls_.assign(urls.begin(), urls.end());
 
   auto* app = G_APPLICATION(application_.get());
@@ -175,7 +179,7 @@ void LinuxApplication::deliver() {
 void LinuxApplication::reopen() {
   if (std::exchange(isOwnActivation_, false) || terminating_)
     return;
-  if (isLaunching_ && !options_.startsInBackground)
+  if (isLaunching_ && !options_.startsInBackground && !options_.startedByBus)
     return; // the launch shows windows anyway
   windowSystem_->unhide();
   const bool visible = windowSystem_->anyVisible();

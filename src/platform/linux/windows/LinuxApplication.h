@@ -20,6 +20,7 @@ class LinuxApplication final : public Application {
   struct Options {
     std::string applicationId; // a D-Bus name; windows and desktop file go by it too
     std::string displayName;
+    std::string iconName = {};       // for panels that take a window's own
     bool startedByBus = false;       // as a D-Bus service: what it is for comes as a message
     bool startsInBackground = false; // no window is wanted yet, nor one of an earlier instance
   };

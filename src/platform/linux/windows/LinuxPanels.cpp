@@ -3,6 +3,7 @@
 #include "async/Future.h"
 #include "base/Log.h"
 #include "base/Text.h"
+#include "base/Translation.h"
 #include "platform/linux/glib/Connection.h"
 #include "platform/linux/text/SafeText.h"
 #include "platform/linux/windows/TabWindow.h"
@@ -61,10 +62,11 @@ class OpenChooser {
       gtk_file_filter_add_mime_type(preferred.get(), text::validUtf8(type).c_str());
     const glib::CString description(
         g_content_type_get_description(text::validUtf8(mimeTypes.front()).c_str()));
-    gtk_file_filter_set_name(preferred.get(), mimeTypes.size() == 1 ? description.get() : "Suitable Files");
+    gtk_file_filter_set_name(preferred.get(),
+                             mimeTypes.size() == 1 ? description.get() : base::tr("Suitable Files"));
     const auto all = glib::adopt(gtk_file_filter_new());
     gtk_file_filter_add_pattern(all.get(), "*");
-    gtk_file_filter_set_name(all.get(), "All Files");
+    gtk_file_filter_set_name(all.get(), base::tr("All Files"));
     for (const auto& filter : {preferred, all})
       gtk_file_chooser_add_filter(chooser(), filter.get());
     gtk_file_chooser_set_filter(chooser(), preferred.get());
@@ -97,7 +99,7 @@ std::string label(const std::string& text) {
 
 std::vector<std::string> labels(std::vector<std::string> buttons) {
   if (buttons.empty())
-    buttons.emplace_back("OK");
+    buttons.emplace_back(base::tr("OK"));
   return buttons;
 }
 
@@ -126,6 +128,14 @@ void addButtons(AdwMessageDialog* dialog, const std::vector<std::string>& button
   else if (style != AlertStyle::informational)
     for (std::size_t i = 1; i < buttons.size(); ++i)
       adw_message_dialog_set_response_appearance(dialog, std::to_string(i).c_str(), ADW_RESPONSE_DESTRUCTIVE);
+}
+
+// The toolkit tells each one's label twice, and a screen reader would read it so.
+void nameButtonsOnce(GtkWidget* widget) {
+  if (GTK_IS_BUTTON(widget))
+    gtk_accessible_reset_relation(GTK_ACCESSIBLE(widget), GTK_ACCESSIBLE_RELATION_LABELLED_BY);
+  for (auto* child = gtk_widget_get_first_child(widget); child; child = gtk_widget_get_next_sibling(child))
+    nameButtonsOnce(child);
 }
 
 // Whether the user accepted the choice.
@@ -159,6 +169,7 @@ async::Task<int> LinuxPanels::runAlert(Alert alert, std::shared_ptr<Window> pare
 
   const auto dismiss = dismissing(buttons, alert.escapeButton);
   addButtons(open.dialog(), buttons, dismiss, alert.style);
+  nameButtonsOnce(GTK_WIDGET(window));
 
   auto [resolver, future] = async::makeFuture<int>();
   const auto answer = std::make_shared<async::Resolver<int>>(std::move(resolver));
@@ -181,11 +192,12 @@ async::Task<int> LinuxPanels::runAlert(Alert alert, std::shared_ptr<Window> pare
 
 async::Task<std::optional<std::string>> LinuxPanels::runSavePanel(SavePanel panel,
                                                                   std::shared_ptr<Window> parent) {
-  OpenChooser open("Save File", topLevelOf(parent), GTK_FILE_CHOOSER_ACTION_SAVE);
+  OpenChooser open(base::tr("Save File"), topLevelOf(parent), GTK_FILE_CHOOSER_ACTION_SAVE);
   const auto active = keepActive_ ? keepActive_() : base::Subscription();
   open.prefer(panel.mimeTypes);
   open.startIn(folders_.start(saveFolderKey_));
-  gtk_file_chooser_set_current_name(open.chooser(), base::safeFileName(panel.proposedName, "file").c_str());
+  gtk_file_chooser_set_current_name(
+      open.chooser(), base::safeFileName(panel.proposedName, base::trIn("name of a file", "file")).c_str());
   const bool agreed = co_await accepted(open.dialog());
   if (!agreed)
     co_return std::nullopt;
@@ -199,7 +211,7 @@ async::Task<std::optional<std::string>> LinuxPanels::runSavePanel(SavePanel pane
 async::Task<std::optional<std::vector<std::string>>>
 LinuxPanels::runOpenPanel(OpenPanel panel, std::shared_ptr<Window> parent) {
   const bool foldersOnly = panel.canChooseDirectories && !panel.canChooseFiles;
-  OpenChooser open(foldersOnly ? "Open Folder" : "Open File", topLevelOf(parent),
+  OpenChooser open(foldersOnly ? base::tr("Open Folder") : base::tr("Open File"), topLevelOf(parent),
                    foldersOnly ? GTK_FILE_CHOOSER_ACTION_SELECT_FOLDER : GTK_FILE_CHOOSER_ACTION_OPEN);
   const auto active = keepActive_ ? keepActive_() : base::Subscription();
   if (!foldersOnly)

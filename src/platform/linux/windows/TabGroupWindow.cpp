@@ -2,6 +2,7 @@
 
 #include "platform/linux/windows/FrameLimits.h"
 #include "platform/linux/windows/KeyMapping.h"
+#include "platform/linux/windows/TabNames.h"
 #include "platform/linux/windows/TabWindow.h"
 #include "platform/linux/windows/WindowSystem.h"
 #include "platform/linux/windows/X11Windows.h"
@@ -18,14 +19,6 @@ constexpr std::chrono::milliseconds tabOpeningTime{300}; // and a little more
 // Without chrome (nothing set one) the top-level still needs its buttons.
 GtkWidget* topBarOf(GroupChrome* chrome) {
   return chrome ? static_cast<GtkWidget*>(chrome->topBar().handle) : adw_header_bar_new();
-}
-
-// libadwaita shows them as a picture alone.
-void nameCloseButtons(GtkWidget* widget) {
-  if (GTK_IS_BUTTON(widget) && gtk_widget_has_css_class(widget, "tab-close-button"))
-    gtk_accessible_update_property(GTK_ACCESSIBLE(widget), GTK_ACCESSIBLE_PROPERTY_LABEL, "Close Tab", -1);
-  for (auto* child = gtk_widget_get_first_child(widget); child; child = gtk_widget_get_next_sibling(child))
-    nameCloseButtons(child);
 }
 
 GtkWidget* verticalBox(GtkWidget* topBar, AdwTabBar* tabBar, AdwTabView* view) {
@@ -79,11 +72,12 @@ void TabGroupWindow::fill(Bars bars) {
 // The bar scrolls to each tab that comes. Those of a restored window are all there a turn after it was made;
 // once they have their sizes, the one in front is brought back into view.
 void TabGroupWindow::fillTabBar(AdwTabBar* tabBar) {
+  giveTabsTheirRoles();
   adw_tab_bar_set_view(tabBar, view_.get());
-  nameCloseButtons(GTK_WIDGET(tabBar));
+  nameTabs(tabBar);
   connections_.push_back(glib::connect<void(AdwTabView*, AdwTabPage*, int)>(
-      view_.get(), "page-attached",
-      [tabBar](AdwTabView*, AdwTabPage*, int) { nameCloseButtons(GTK_WIDGET(tabBar)); }));
+      view_.get(), "page-attached", [tabBar](AdwTabView*, AdwTabPage*, int) { nameTabs(tabBar); }));
+  connections_.push_back(glib::onNotify(view_.get(), "selected-page", [tabBar] { nameTabs(tabBar); }));
   fillTabBar_ =
       async::Timer(tabOpeningTime, [this] { g_object_notify(G_OBJECT(view_.get()), "selected-page"); });
 }

@@ -1,5 +1,7 @@
 #include "platform/linux/windows/TabMenu.h"
 
+#include "base/Translation.h"
+
 namespace ondrel::platform::windows {
 
 namespace {
@@ -13,10 +15,10 @@ void moveToNewWindow(AdwTabView* view, AdwTabPage* page) {
 
 glib::Ref<GMenu> makeMenu() {
   auto menu = glib::adopt(g_menu_new());
-  g_menu_append(menu.get(), "Move to _New Window", "tab.move-to-new-window");
+  g_menu_append(menu.get(), base::tr("Move to _New Window"), "tab.move-to-new-window");
   const auto closing = glib::adopt(g_menu_new());
-  g_menu_append(closing.get(), "Close _Other Tabs", "tab.close-others");
-  g_menu_append(closing.get(), "_Close Tab", "tab.close");
+  g_menu_append(closing.get(), base::tr("Close _Other Tabs"), "tab.close-others");
+  g_menu_append(closing.get(), base::tr("_Close Tab"), "tab.close");
   g_menu_append_section(menu.get(), nullptr, G_MENU_MODEL(closing.get()));
   return menu;
 }

@@ -16,6 +16,7 @@ class TopLevelWatch {
   explicit TopLevelWatch(std::function<void()> changed);
 
   GtkWindow* active() const; // null: another application has it
+  glib::Ref<GtkWindow> lastActivated() const { return lastActivated_.lock(); } // null when it has gone
 
  private:
   struct Followed {

@@ -3,6 +3,7 @@
 #include "async/EventLoop.h"
 #include "platform/linux/windows/TabGroupWindow.h"
 #include "platform/linux/windows/TabWindow.h"
+#include "platform/linux/windows/X11Windows.h"
 
 #include <algorithm>
 #include <utility>
@@ -80,12 +81,16 @@ bool WindowSystem::anyVisible() const {
 }
 
 void WindowSystem::bringToFront() {
+  const auto last = topLevels_->lastActivated();
   const auto front =
       std::ranges::find_if(groups_, [](const auto& group) { return isShown(group->gtkWindow()); });
   if (front != groups_.end())
     std::shared_ptr(*front)->presentInsisting();
   else if (auto* other = visibleTopLevel())
     gtk_window_present(other);
+  // It stands above its window, as the settings do: keys are not to go to that.
+  if (last && isShown(last.get()) && groupOf(gtk_window_get_transient_for(last.get())))
+    gtk_window_present_with_time(last.get(), x11::serverTime(last.get()));
 }
 
 void WindowSystem::hide() {

@@ -81,6 +81,16 @@ Window activeWindow(GdkDisplay* gdkDisplay) {
 
 } // namespace
 
+void outliveErrors() {
+  if (auto* display = x11Display())
+    gdk_x11_display_error_trap_push(display); // under all others, for good
+}
+
+void setProgramClass(const std::string& applicationId) {
+  if (auto* display = x11Display())
+    gdk_x11_display_set_program_class(display, applicationId.c_str());
+}
+
 std::optional<std::pair<int, int>> position(GtkWindow* window) {
   const auto x = target(window);
   if (!x)

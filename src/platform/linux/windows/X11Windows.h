@@ -12,6 +12,12 @@
 // does nothing.
 namespace ondrel::platform::x11 {
 
+// From now on requests that the server refuses do nothing. GTK ends the process for any such error, and makes
+// one by itself when the scale changes after a window has closed.
+void outliveErrors();
+// By what panels and docks find the desktop file of the windows that are made from now on: WM_CLASS, for
+// those that don't ask for the application's id. GTK would give the name of the executable.
+void setProgramClass(const std::string& applicationId);
 // Top left corner on the screen, in device pixels; absent while the window has no surface.
 std::optional<std::pair<int, int>> position(GtkWindow* window);
 // Asks the window manager, which hears it once the window is on screen.

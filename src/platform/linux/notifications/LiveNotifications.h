@@ -7,9 +7,10 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
-namespace ondrel::platform::desktop {
+namespace ondrel::platform::notifications {
 
 // The notifications that a server has taken and that the user can still act on, under the numbers which the
 // server gave them. Numbers mean something with that one server only: others are not listened to.
@@ -32,6 +33,8 @@ class LiveNotifications {
   void remove(const std::string& sender, std::uint32_t id);
   // Forgets the notification of that identifier and gives the server's number for it.
   std::optional<std::uint32_t> remove(const std::string& identifier);
+  // Hands them all out.
+  std::deque<Entry> takeAll() { return std::exchange(entries_, {}); }
   void setActivationToken(const std::string& sender, std::uint32_t id, std::string_view token);
   // Hands out the notification if that action was offered: it can be acted on once.
   std::optional<Entry> take(const std::string& sender, std::uint32_t id, std::string_view action);
@@ -43,4 +46,4 @@ class LiveNotifications {
   std::deque<Entry> entries_; // oldest first
 };
 
-} // namespace ondrel::platform::desktop
+} // namespace ondrel::platform::notifications

@@ -3,15 +3,16 @@
 #include "async/Future.h"
 #include "async/Scope.h"
 #include "platform/NotificationCenter.h"
-#include "platform/linux/desktop/LiveNotifications.h"
 #include "platform/linux/desktop/MessageBus.h"
+#include "platform/linux/notifications/LastingNotifications.h"
+#include "platform/linux/notifications/LiveNotifications.h"
 
 #include <chrono>
 #include <functional>
 #include <memory>
 #include <set>
 
-namespace ondrel::platform::desktop {
+namespace ondrel::platform::notifications {
 
 // Notifications through org.freedesktop.Notifications (freedesktop.org, version 1.2). Title and
 // lines are bounded in length; with responses they come back as they were shown. Works with
@@ -19,18 +20,21 @@ namespace ondrel::platform::desktop {
 class DesktopNotifications final : public NotificationCenter {
  public:
   struct Options {
-    std::string applicationId; // desktop file and icon go by it
+    std::string applicationId; // the desktop file goes by it
+    std::string iconName = applicationId;
     std::string applicationName;
     // Gets what lets a window come to the front, just before the delegate hears of the click.
     std::function<void(const std::string& token)> useActivationToken;
-    BusConnector bus = sessionBus;
+    // Absent where nothing outlives the program.
+    std::optional<LastingNotifications::Options> lasting = {};
+    desktop::BusConnector bus = desktop::sessionBus;
   };
   // How long add() waits. A notification that the server takes later is shown and can be clicked.
   static constexpr async::Duration answerLimit = std::chrono::seconds(5);
   static constexpr std::size_t longestTitle = 200; // characters
   static constexpr std::size_t longestBody = 1000; // characters
 
-  explicit DesktopNotifications(Options options) : options_(std::move(options)) {}
+  explicit DesktopNotifications(Options options);
 
   void setDelegate(NotificationCenterDelegate* delegate) override { delegate_ = delegate; }
   async::Task<std::expected<bool, std::string>> requestAuthorization() override;
@@ -38,6 +42,9 @@ class DesktopNotifications final : public NotificationCenter {
   void setCategories(std::vector<NotificationCategory> categories) override;
   async::Task<std::expected<void, std::string>> add(NotificationRequest request) override;
   void withdraw(const std::string& identifier) override;
+  // The program ends: what it shows goes to a server that starts it for an answer, where that is possible,
+  // and from the screen otherwise, as nobody would answer. Waits for nothing.
+  void handOver();
 
  private:
   using Result = std::expected<void, std::string>;
@@ -52,8 +59,9 @@ class DesktopNotifications final : public NotificationCenter {
   async::Task<std::expected<Server, std::string>> askServer(glib::Ref<GDBusConnection> connection);
   async::Task<void> deliver(NotificationRequest request, async::Resolver<Result> resolver);
   async::Task<Result> show(NotificationRequest request);
-  async::Task<BusAnswer> notify(glib::Ref<GDBusConnection> connection, Server server,
-                                NotificationRequest request);
+  async::Task<desktop::BusAnswer> notify(glib::Ref<GDBusConnection> connection, Server server,
+                                         NotificationRequest request);
+  const NotificationCategory* categoryOf(const NotificationContent& content) const;
   std::vector<NotificationAction> actionsOf(const NotificationContent& content) const;
   async::Task<void> close(std::string server, std::uint32_t id);
   void serverChanged(const std::string& owner);
@@ -69,9 +77,10 @@ class DesktopNotifications final : public NotificationCenter {
   std::set<std::string> unwantedThere_; // those among them that have been withdrawn
   // Shared with calls under way, whose answers may come after the end of this object.
   std::shared_ptr<LiveNotifications> live_ = std::make_shared<LiveNotifications>();
-  BusNameWatch nameWatch_;
-  BusSubscription signals_;
+  std::optional<LastingNotifications> lasting_;
+  desktop::BusNameWatch nameWatch_;
+  desktop::BusSubscription signals_;
   async::Scope scope_;
 };
 
-} // namespace ondrel::platform::desktop
+} // namespace ondrel::platform::notifications

@@ -1,9 +1,9 @@
-#include "platform/linux/desktop/LiveNotifications.h"
+#include "platform/linux/notifications/LiveNotifications.h"
 
 #include <algorithm>
 #include <utility>
 
-namespace ondrel::platform::desktop {
+namespace ondrel::platform::notifications {
 
 namespace {
 
@@ -68,4 +68,4 @@ std::optional<LiveNotifications::Entry> LiveNotifications::take(const std::strin
   return entry;
 }
 
-} // namespace ondrel::platform::desktop
+} // namespace ondrel::platform::notifications

@@ -1,18 +1,17 @@
-#include "platform/linux/desktop/DesktopNotifications.h"
+#include "platform/linux/notifications/DesktopNotifications.h"
 
 #include "async/Deadline.h"
 #include "base/Log.h"
 #include "base/Text.h"
+#include "base/Translation.h"
 #include "platform/linux/text/SafeText.h"
-
-#include <fmt/format.h>
 
 #include <algorithm>
 #include <cstring>
 #include <iterator>
 #include <utility>
 
-namespace ondrel::platform::desktop {
+namespace ondrel::platform::notifications {
 
 namespace {
 
@@ -61,7 +60,7 @@ bool holds(GVariant* texts, std::string_view wanted) {
 
 // The reply's one argument of type "as".
 bool holds(const glib::Ref<GDBusMessage>& reply, std::string_view wanted) {
-  auto* arguments = argumentsOf(reply.get(), "(as)");
+  auto* arguments = desktop::argumentsOf(reply.get(), "(as)");
   if (!arguments)
     return false;
   const glib::Owned<GVariant> texts(g_variant_get_child_value(arguments, 0));
@@ -79,7 +78,7 @@ bool isFromTheBus(const glib::Ref<GDBusMessage>& reply) {
 
 bool saysNobodyIsThere(const glib::Ref<GDBusMessage>& reply) {
   const char* name = g_dbus_message_get_error_name(reply.get());
-  return isError(reply) && isFromTheBus(reply) && name &&
+  return desktop::isError(reply) && isFromTheBus(reply) && name &&
          (std::strcmp(name, "org.freedesktop.DBus.Error.ServiceUnknown") == 0 ||
           std::strcmp(name, "org.freedesktop.DBus.Error.NameHasNoOwner") == 0);
 }
@@ -91,6 +90,14 @@ async::Task<std::optional<T>> whenReady(async::Future<T> future) {
 
 } // namespace
 
+DesktopNotifications::DesktopNotifications(Options options) : options_(std::move(options)) {
+  if (options_.lasting)
+    lasting_.emplace(options_.applicationId, *options_.lasting, [this](const NotificationResponse& response) {
+      if (delegate_)
+        delegate_->didReceive(response);
+    });
+}
+
 void DesktopNotifications::setCategories(std::vector<NotificationCategory> categories) {
   categories_ = std::move(categories);
 }
@@ -101,11 +108,11 @@ async::Task<glib::Ref<GDBusConnection>> DesktopNotifications::connected() {
   auto connection = co_await async::withDeadline(answerLimit, options_.bus());
   if (connection && *connection && !connection_) {
     connection_ = std::move(*connection);
-    nameWatch_ = BusNameWatch(connection_, notificationsName,
-                              [this](const std::string& owner) { serverChanged(owner); });
-    signals_ = BusSubscription(connection_, notificationsName, nullptr, notificationsPath,
-                               [this](const std::string& sender, const std::string& member,
-                                      GVariant* arguments) { received(sender, member, arguments); });
+    nameWatch_ = desktop::BusNameWatch(connection_, notificationsName,
+                                       [this](const std::string& owner) { serverChanged(owner); });
+    signals_ = desktop::BusSubscription(connection_, notificationsName, nullptr, notificationsPath,
+                                        [this](const std::string& sender, const std::string& member,
+                                               GVariant* arguments) { received(sender, member, arguments); });
   }
   co_return connection_;
 }
@@ -134,11 +141,11 @@ async::Task<std::expected<bool, std::string>> DesktopNotifications::isAvailable(
   if (!connection)
     co_return false;
   for (const char* method : {"ListNames", "ListActivatableNames"}) {
-    auto reply = co_await callBus(connection, callOfTheBusItself(method, nullptr), answerLimit);
+    auto reply = co_await desktop::callBus(connection, callOfTheBusItself(method, nullptr), answerLimit);
     if (!reply)
       co_return std::unexpected(std::move(reply.error()));
-    if (isError(*reply))
-      co_return std::unexpected(errorText(*reply));
+    if (desktop::isError(*reply))
+      co_return std::unexpected(desktop::errorText(*reply));
     if (holds(*reply, notificationsName))
       co_return true;
   }
@@ -173,11 +180,24 @@ void DesktopNotifications::withdraw(const std::string& identifier) {
     unwantedThere_.insert(identifier);
 }
 
+// The application's end sends what is still to be sent.
+void DesktopNotifications::handOver() {
+  for (const auto& entry : live_->takeAll()) {
+    const auto* category = categoryOf(entry.request.content);
+    if (lasting_ && category && category->outlivesProgram)
+      lasting_->show(connection_, entry.request, actionsOf(entry.request.content));
+    const auto call =
+        methodCall(live_->server().c_str(), "CloseNotification", g_variant_new("(u)", entry.id));
+    desktop::tellBus(connection_, call);
+  }
+}
+
 async::Task<void> DesktopNotifications::close(std::string server, std::uint32_t id) {
   auto call = methodCall(server.c_str(), "CloseNotification", g_variant_new("(u)", id));
-  const auto reply = co_await callBus(connection_, std::move(call), notifyLimit);
-  if (!reply || isError(*reply)) // it may have been closed meanwhile
-    logger.info("A notification could not be taken back: {}", reply ? errorText(*reply) : reply.error());
+  const auto reply = co_await desktop::callBus(connection_, std::move(call), notifyLimit);
+  if (!reply || desktop::isError(*reply)) // it may have been closed meanwhile
+    logger.info("A notification could not be taken back: {}",
+                reply ? desktop::errorText(*reply) : reply.error());
 }
 
 async::Task<DesktopNotifications::Result> DesktopNotifications::show(NotificationRequest request) {
@@ -203,9 +223,9 @@ async::Task<DesktopNotifications::Result> DesktopNotifications::show(Notificatio
       server_.reset();
       continue;
     }
-    if (isError(*reply))
-      co_return std::unexpected(errorText(*reply));
-    if (!argumentsOf(reply->get(), "(u)"))
+    if (desktop::isError(*reply))
+      co_return std::unexpected(desktop::errorText(*reply));
+    if (!desktop::argumentsOf(reply->get(), "(u)"))
       co_return std::unexpected("The notification server's answer is of a wrong type");
     co_return {};
   }
@@ -215,28 +235,35 @@ async::Task<std::expected<DesktopNotifications::Server, std::string>>
 DesktopNotifications::askServer(glib::Ref<GDBusConnection> connection) {
   if (server_)
     co_return *server_;
-  auto reply = co_await callBus(connection, methodCall(notificationsName, "GetCapabilities", nullptr),
-                                capabilitiesLimit);
+  auto reply = co_await desktop::callBus(
+      connection, methodCall(notificationsName, "GetCapabilities", nullptr), capabilitiesLimit);
   if (!reply)
     co_return std::unexpected(std::move(reply.error()));
   if (isFromTheBus(*reply))
-    co_return std::unexpected(errorText(*reply));
+    co_return std::unexpected(desktop::errorText(*reply));
   Server server{.name = g_dbus_message_get_sender(reply->get()),
                 .bodyMarkup =
                     std::ranges::any_of(markupCapabilities, [&](auto each) { return holds(*reply, each); }),
                 .actions = holds(*reply, actionsCapability)};
-  if (isError(*reply) || !argumentsOf(reply->get(), "(as)"))
+  if (desktop::isError(*reply) || !desktop::argumentsOf(reply->get(), "(as)"))
     logger.notice("The notification server doesn't tell what it can do");
   else if (server.name == live_->server())
     server_ = server;
   co_return server;
 }
 
-std::vector<NotificationAction> DesktopNotifications::actionsOf(const NotificationContent& content) const {
-  std::vector<NotificationAction> actions{{std::string(NotificationResponse::defaultAction), "Open", false}};
-  const auto category =
+const NotificationCategory* DesktopNotifications::categoryOf(const NotificationContent& content) const {
+  const auto found =
       std::ranges::find(categories_, content.categoryIdentifier, &NotificationCategory::identifier);
-  if (category == categories_.end())
+  return found == categories_.end() ? nullptr : &*found;
+}
+
+std::vector<NotificationAction> DesktopNotifications::actionsOf(const NotificationContent& content) const {
+  std::vector<NotificationAction> actions{
+      // TRANSLATORS: a button of a notification
+      {std::string(NotificationResponse::defaultAction), base::tr("Open"), false}};
+  const auto* category = categoryOf(content);
+  if (!category)
     return actions;
   for (const bool destructive : {false, true})
     std::ranges::copy_if(category->actions, std::back_inserter(actions),
@@ -244,8 +271,8 @@ std::vector<NotificationAction> DesktopNotifications::actionsOf(const Notificati
   return actions;
 }
 
-async::Task<BusAnswer> DesktopNotifications::notify(glib::Ref<GDBusConnection> connection, Server server,
-                                                    NotificationRequest request) {
+async::Task<desktop::BusAnswer> DesktopNotifications::notify(glib::Ref<GDBusConnection> connection,
+                                                             Server server, NotificationRequest request) {
   const auto& content = request.content;
   std::vector<std::string> offered;
   GVariantBuilder actions;
@@ -265,20 +292,18 @@ async::Task<BusAnswer> DesktopNotifications::notify(glib::Ref<GDBusConnection> c
   g_variant_builder_add(&hints, "{sv}", "sound-name", g_variant_new_string("message-new-email"));
   g_variant_builder_add(&hints, "{sv}", "urgency", g_variant_new_byte(urgencyNormal));
   constexpr guint32 replacesNone = 0;
-  auto body = content.body;
-  for (const auto& further : content.furtherLines)
-    body += "\n" + further;
+  auto body = content.wholeBody();
   if (server.bodyMarkup)
     body = base::escapedMarkup(body);
   auto* arguments = g_variant_new("(susssasa{sv}i)", options_.applicationName.c_str(), replacesNone,
-                                  options_.applicationId.c_str(), content.title.c_str(), body.c_str(),
-                                  &actions, &hints, expiresAsTheServerLikes);
+                                  options_.iconName.c_str(), content.title.c_str(), body.c_str(), &actions,
+                                  &hints, expiresAsTheServerLikes);
 
   // Right when the answer is here, since the click may be in the very next message.
   auto record = [live = std::weak_ptr(live_), request = std::move(request),
                  offered = std::move(offered)](GDBusMessage* reply) mutable {
     const auto notifications = live.lock();
-    auto* answer = argumentsOf(reply, "(u)");
+    auto* answer = desktop::argumentsOf(reply, "(u)");
     if (!notifications || !answer)
       return;
     guint32 id = 0;
@@ -287,8 +312,8 @@ async::Task<BusAnswer> DesktopNotifications::notify(glib::Ref<GDBusConnection> c
         g_dbus_message_get_sender(reply),
         {.id = id, .request = std::move(request), .actions = std::move(offered), .activationToken = ""});
   };
-  co_return co_await callBus(connection, methodCall(server.name.c_str(), "Notify", arguments), notifyLimit,
-                             std::move(record));
+  co_return co_await desktop::callBus(connection, methodCall(server.name.c_str(), "Notify", arguments),
+                                      notifyLimit, std::move(record));
 }
 
 void DesktopNotifications::received(const std::string& sender, const std::string& member,
@@ -320,4 +345,4 @@ void DesktopNotifications::invoked(const std::string& sender, std::uint32_t id, 
   delegate_->didReceive({.actionIdentifier = action, .request = std::move(notification->request)});
 }
 
-} // namespace ondrel::platform::desktop
+} // namespace ondrel::platform::notifications
