@@ -1,6 +1,6 @@
 /**
- * Single-key shortcuts: `actions` maps a key in lower case to a function. Keys typed into a field are left
- * alone.
+ * Single-key shortcuts: `actions` maps a key in lower case to a function, which answers false when there is
+ * nothing to do: then the key is left to the program. Keys typed into a field are left alone.
  */
 export function installShortcuts(actions) {
   document.addEventListener("keydown", (event) => {
@@ -9,9 +9,8 @@ export function installShortcuts(actions) {
       return;
     }
     const action = actions[event.key.toLowerCase()];
-    if (action) {
+    if (action && action() !== false) {
       event.preventDefault();
-      action();
     }
   });
 }

@@ -41,9 +41,9 @@ TEST(VisibilityTest, TogglesAndNeverLeavesTheUserWithoutAWindow) {
   shell.start();
   auto& application = shell.application;
   ProgramVisibility visibility(application, *shell.manager);
-  visibility.toggle(200ms);
+  visibility.toggleForeground(200ms);
   EXPECT_TRUE(application.hidden);
-  visibility.toggle(200ms);
+  visibility.toggleForeground(200ms);
   EXPECT_FALSE(application.hidden);
   shell.loop.advance(199ms);
   EXPECT_EQ(application.activations, 0);
@@ -51,7 +51,7 @@ TEST(VisibilityTest, TogglesAndNeverLeavesTheUserWithoutAWindow) {
   EXPECT_EQ(application.activations, 1);
 
   visibility.toggle();
-  visibility.toggle(200ms);
+  visibility.toggleForeground(200ms);
   visibility.toggle();
   shell.loop.advance(1s);
   EXPECT_TRUE(application.hidden) << "the user was faster than the pause";

@@ -215,6 +215,16 @@ TEST_F(WindowManagerTest, FollowsTheKeyWindowsPage) {
   EXPECT_EQ(webView->evaluations,
             (Calls{"globalThis.FastMail?.router?.appController?.isConversationVisible ?? false"}));
 
+  // The message comes from the server when the address has long been there: the fake used to have it at once.
+  bool isThere = false;
+  webView->answer = [&isThere](const std::string&) { return boost::json::value(isThere); };
+  model(0)->urlString.set("https://app.example.com/mail/Inbox/T.N");
+  shell.settle();
+  EXPECT_FALSE(*shell.manager->conversation().isConversationVisible);
+  isThere = true;
+  shell.loop.advance(std::chrono::seconds(2));
+  EXPECT_TRUE(*shell.manager->conversation().isConversationVisible);
+
   struct {
     platform::ScriptResult answer;
     bool loading;

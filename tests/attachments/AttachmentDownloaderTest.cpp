@@ -99,6 +99,12 @@ TEST_F(AttachmentDownloaderTest, TellsWhyAndGoesOn) {
   http.streamStatus = 200;
   EXPECT_EQ(endOf("a"), "timed out (60 s)") << "the server says nothing more";
   EXPECT_EQ(log.count("error network: AttachmentDownloader: failed to download a: timed out"), 1);
+  served = http.feeds.size();
+  auto longer = info("G1", "a");
+  longer.size = 5;
+  const auto torn = downloader.download(longer);
+  serve({"four"});
+  EXPECT_EQ(torn->state->error, "The connection broke off before the end of the file. Try again.");
   files.full = true;
   served = http.feeds.size();
   const auto item = downloader.download(info("G1", "a"));

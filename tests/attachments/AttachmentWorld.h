@@ -38,7 +38,7 @@ class AttachmentTest : public testing::Test, protected VirtualTime, protected su
   }
   static jmap::AttachmentInfo info(const std::string& blob, const std::string& name,
                                    const std::string& type = "image/png") {
-    return {"M1-" + blob, "M1", blob, name, type, 5, "S", "F", {}};
+    return {"M1-" + blob, "M1", blob, name, type, 0, "S", "F", {}};
   }
   std::shared_ptr<support::FakeWebView> page() { return webViews.made.back().lock(); }
   // What the next file consists of.

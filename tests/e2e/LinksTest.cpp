@@ -50,11 +50,11 @@ class LinksTest : public UserHandsTest {
                 profile / "output-gio");
     EXPECT_EQ(gio.wait(40s), 0) << gio.output();
   }
-  glib::Owned<GVariant> call(const char* interface, const char* method, const char* name,
-                             GVariant* arguments) {
-    return glib::Owned<GVariant>(
-        g_dbus_connection_call_sync(caller.get(), name, "/org/velmora/Ondrel", interface, method, arguments,
-                                    nullptr, G_DBUS_CALL_FLAGS_NO_AUTO_START, 20000, nullptr, nullptr));
+  glib::Owned<GVariant> call(const char* interface, const char* method, const char* name, GVariant* arguments,
+                             GDBusCallFlags flags = G_DBUS_CALL_FLAGS_NO_AUTO_START) {
+    return glib::Owned<GVariant>(g_dbus_connection_call_sync(caller.get(), name, "/org/velmora/Ondrel",
+                                                             interface, method, arguments, nullptr, flags,
+                                                             20000, nullptr, nullptr));
   }
   void open(const std::vector<const char*>& urls) {
     EXPECT_TRUE(
@@ -109,6 +109,15 @@ TEST_F(LinksTest, TheDesktopOpensALetterColdAndWarm) {
     EXPECT_TRUE(hasLetter("to=anna@example.org&subject=Cold&body=1%2B1"));
     EXPECT_EQ(session()->windows.at(0).tabs.size(), 2U);
   }
+}
+
+TEST_F(LinksTest, ACommandThatStartsTheProgramOpensOneWindow) {
+  install(true);
+  EXPECT_TRUE(call("org.freedesktop.Application", "ActivateAction", program,
+                   g_variant_new("(sava{sv})", "new-window", nullptr, nullptr), G_DBUS_CALL_FLAGS_NONE));
+  focus("Sign in.*");
+  ASSERT_TRUE(endProgram());
+  EXPECT_TRUE(session() && session()->windows.size() == 1);
 }
 
 TEST_F(LinksTest, NothingIsLostAndNothingOpenedTwice) {

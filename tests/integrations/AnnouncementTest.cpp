@@ -57,6 +57,12 @@ TEST_F(AnnouncementTest, ShowsWhatIsForThisVersionAndTime) {
     EXPECT_TRUE(isShown ? shell.uriLauncher.opened[0] == expected : expected == "none" || failures == 1)
         << fields.substr(0, 99);
     shell.uriLauncher.opened.clear();
+    for (const auto* dismissed : {"other", "a"}) {
+      EXPECT_EQ(service->visible->has_value(), isShown);
+      shell.defaults.set(settings::keys::dismissedAnnouncementID, std::string(dismissed));
+    }
+    EXPECT_FALSE(service->visible->has_value()) << "wherever it was dismissed";
+    shell.defaults.set(settings::keys::dismissedAnnouncementID, std::string());
   }
 }
 

@@ -52,6 +52,12 @@ TEST(StatusIconTest, FollowsTheSettingTheUnreadMailAndTheForeground) {
   EXPECT_FALSE(application.hidden);
   shell.loop.advance(200ms);
   EXPECT_EQ(application.activations, 1);
+  const auto window = std::exchange(application.key, nullptr);
+  item.rows[0].perform();
+  shell.loop.advance(200ms);
+  EXPECT_FALSE(application.hidden) << "visible behind another, it shows itself as its row says";
+  EXPECT_EQ(application.activations, 2);
+  application.setKey(window);
   item.activated.emit();
   EXPECT_TRUE(application.hidden);
   item.rows[1].perform();

@@ -3,6 +3,7 @@
 #include "async/Scope.h"
 #include "async/VirtualEventLoop.h"
 #include "settings/AppSettings.h"
+#include "settings/ServicePage.h"
 #include "support/FakeDesktop.h"
 #include "support/FakeWebView.h"
 #include "support/RunToEnd.h"
@@ -117,6 +118,28 @@ TEST_F(SignedInPageTest, WithoutATokenThePageIsLoadedOnceMoreButNotAgainAndAgain
   start(page->currentAccessToken(), token);
   loop.advance(10s);
   EXPECT_EQ(view->loads.size(), 3U) << "the user may sign in at any time";
+}
+
+TEST_F(SignedInPageTest, ASignInInAWindowGivesTheTokenAtOnce) {
+  bool asksToSignIn = false;
+  view->answer = [&](const std::string& script) {
+    return script == settings::page::asksToSignIn ? json::value(asksToSignIn) : json::value();
+  };
+  const auto visiblePageLoads = [&] {
+    scope.spawn(page->visiblePageDidLoad());
+    loop.runUntilIdle();
+    return view->loads.size();
+  };
+  engine().didFinish();
+  start(page->currentAccessToken(), token);
+  EXPECT_EQ(visiblePageLoads(), 1U) << "its program is only starting";
+  asksToSignIn = true;
+  EXPECT_EQ(visiblePageLoads(), 2U);
+  view->answer = [](const std::string&) { return json::value("token"); };
+  engine().didFinish();
+  loop.advance(500ms);
+  EXPECT_EQ(token, Result<std::string>("token"));
+  EXPECT_EQ(visiblePageLoads(), 2U);
 }
 
 TEST_F(SignedInPageTest, TellsSoonThatNobodyIsSignedIn) {

@@ -81,10 +81,13 @@ TEST_F(ApplicationTest, HidesAllAndComesBack) {
     const auto a = show("a");
     a->setFrame({200, 100, 700, 400});
     auto* dialog = gtk_window_new(); // a top-level that isn't ours counts too
+    gtk_window_set_transient_for(GTK_WINDOW(dialog), windows::topLevelOf(a));
     gtk_window_present(GTK_WINDOW(dialog));
     ASSERT_TRUE(
         until([&] { return a->frame() == Rect{200, 100, 700, 400} && x11::isMapped(GTK_WINDOW(dialog)); }));
-    turn();
+    settle();
+    giveKeyboard(GTK_WINDOW(dialog));
+    ASSERT_TRUE(until([&] { return gtk_window_is_active(GTK_WINDOW(dialog)) != FALSE; }));
 
     application.hide();
     application.hide();
@@ -99,6 +102,9 @@ TEST_F(ApplicationTest, HidesAllAndComesBack) {
     ASSERT_TRUE(until([&] { return a->isVisible() && x11::isMapped(windows::topLevelOf(a)); }));
     EXPECT_TRUE(gtk_widget_get_visible(dialog));
     EXPECT_TRUE(until([&] { return x11::position(windows::topLevelOf(a)) == std::pair(200, 100); }));
+    application.activate();
+    settle();
+    EXPECT_TRUE(gtk_window_is_active(GTK_WINDOW(dialog))) << "it had the keyboard";
 
     application.hide();
     const auto b = make("b");
@@ -152,6 +158,16 @@ TEST_F(ApplicationTest, PutsWindowsWhereTheyBelong) {
     const auto last = a->frame();
     a->close();
     EXPECT_EQ(a->frame(), last);
+  });
+}
+
+TEST_F(ApplicationTest, OutlivesWhatTheServerRefuses) {
+  run([] {
+    G_GNUC_BEGIN_IGNORE_DEPRECATIONS
+    auto* display = gdk_x11_display_get_xdisplay(gdk_display_get_default());
+    G_GNUC_END_IGNORE_DEPRECATIONS
+    XResizeWindow(display, 1, 10, 10); // no window
+    XSync(display, False);
   });
 }
 

@@ -29,6 +29,21 @@ async::Task<void> writeFile(std::string path, NewFiles::Existing existing, std::
   told = done ? "" : done.error();
 }
 
+// As one message that is saved twice.
+async::Task<void> writeTogether(std::string path, NewFiles::Existing existing, std::string& told) {
+  files::GioNewFiles files;
+  std::vector<std::unique_ptr<NewFile>> both;
+  for (const auto* content : {"first", "second"}) {
+    auto file = co_await files.create(path, existing);
+    co_await (*file)->write(content);
+    both.push_back(std::move(*file));
+  }
+  for (auto& file : both) {
+    const auto done = co_await file->finish();
+    told += done ? "written " : "refused ";
+  }
+}
+
 TEST(NewFilesTest, AreThereWholeOrNotAtAll) {
   glib::GlibEventLoop loop;
   support::TemporaryFolder folder;
@@ -48,6 +63,15 @@ TEST(NewFilesTest, AreThereWholeOrNotAtAll) {
   EXPECT_EQ(write("given up", stays, {large, large}, false), "");
   std::filesystem::create_symlink("nowhere", folder.file("link"));
   EXPECT_FALSE(write("link/file", stays, {"new"}).empty());
+  const auto writeBoth = [&](const char* name, auto existing) {
+    std::string told;
+    async::Scope scope;
+    scope.spawn(writeTogether(folder.file(name), existing, told));
+    support::runUntil([&] { return scope.active() == 0; });
+    return told + folder.content(name);
+  };
+  EXPECT_EQ(writeBoth("made/one", stays), "written refused first");
+  EXPECT_EQ(writeBoth("made/another", isReplaced), "written written second");
 
   rlimit old{};
   getrlimit(RLIMIT_FSIZE, &old);

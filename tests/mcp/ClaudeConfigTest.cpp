@@ -115,7 +115,7 @@ TEST_F(ClaudeConfigTest, LeavesAloneWhatItCouldNotKeep) {
 TEST_F(ClaudeConfigTest, RemovesItsOwnEntryOnly) {
   content = R"({"b":1,"mcpServers":{"zebra":{},"ondrel":{}},"a":2})";
   EXPECT_TRUE(config.unregister());
-  EXPECT_EQ(content, "{\n  \"a\": 2,\n  \"b\": 1,\n  \"mcpServers\": {\n    \"zebra\": {}\n  }\n}");
+  EXPECT_EQ(json::parse(content), json::parse(R"({"b":1,"mcpServers":{"zebra":{}},"a":2})"));
   for (const auto* nothing :
        {R"({"mcpServers":{}, "b":1,"a":1})", R"({"mcpServers":["ondrel"]})", "[]", "7"}) {
     content = nothing;

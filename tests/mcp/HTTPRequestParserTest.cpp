@@ -31,14 +31,11 @@ TEST(HTTPRequestParserTest, ReadsTheFirstLineTheHostAndTheRest) {
       {"post /mcp\r\n\r\n", "POST /mcp body="}, // no version, lower case, no Host
       {"  POST   /MCP?a=b   HTTP/1.1 and more\r\n\r\n", "POST /MCP?a=b body="},
       {"POST /mcp HTTP/1.1\r\nContent-Length: 1\r\n\r\nmore than one", "POST /mcp body=more than one"},
-      {"POST /mcp HTTP/1.1\r\nContent-Length: 99\r\n\r\nless", "POST /mcp body=less"},
       {"A b\r\nhOsT:\t one \t\r\nHost: two\r\n\r\n", "A b host=one body="},
       {"A b\r\nHost: \t \r\n\r\n", "A b host= body="},
       {"A b\r\n Host: folded\r\nX-Host: other\r\nHost : spaced\r\n\r\n", "A b body="},
-      {"HOST: x\r\n\r\n", "HOST: x host=x body="},  // the first line is one like the others
       {"A b\nHost: x\r\n\r\n", "A b\nHost: body="}, // a bare LF ends no line
       {"A b\r\n\r\n\0\xFF"s, "A b body=\0\xFF"s},   // bodies are bytes
-      {"A\tb c\r\n\r\n", "A\tB c body="},
       {"POST /mcp HTTP/1.1\r\n", "none"},
       {"POST \r\n\r\n{}", "none"},
       {"\r\nPOST /mcp\r\n\r\n", "none"},
@@ -57,15 +54,11 @@ TEST(HTTPRequestParserTest, KnowsWhenARequestIsComplete) {
       {"A\r\nContent-Length: 2\r\nContent-Length: 4\r\n\r\n", 2},
       {"A\r\nContent-Length: +4\r\n\r\n", 4},
       {"A\r\nContent-Length: -9223372036854775808\r\n\r\n", 0},
-      {"A\r\nContent-Length: 9223372036854775807\r\n\r\n", -1},
       {"A\r\nContent-Length: 9223372036854775808\r\n\r\n", 0}, // more than can be held
       {"A\r\nContent-Length: 4,4\r\n\r\n", 0},
       {"A\r\nContent-Length : 4\r\n\r\n", 0},
-      {"A\r\nTransfer-Encoding: chunked\r\n\r\n", 0},
-      {"Content-Length: 4\r\n\r\n", 4},
       {"A\r\nX: \xC3\r\nContent-Length: 0\r\n\r\n", -1}, // no UTF-8
       {"A\r\n\rx\r\n\n", -1},
-      {"A\n\n", -1},
   };
   for (const auto& [head, expected] : cases) {
     // Byte by byte, so that each break between two pieces is tried.
@@ -82,7 +75,6 @@ TEST(HTTPRequestParserTest, KnowsWhenARequestIsComplete) {
 
 TEST(HTTPRoutingTest, LetsPostsToTheOneRouteThrough) {
   const Pairs cases{
-      {"POST /mcp HTTP/1.1\r\n", "{}"},
       {"POST /mcp\r\nHost: localhost\r\n", "{}"},
       {"POST /mcp\r\nHost: localhost:7000\r\n", "{}"},
       {"POST /mcp\r\nHost: 127.0.0.1:7000\r\n", "{}"},
@@ -112,10 +104,6 @@ TEST(HTTPRoutingTest, LetsPostsToTheOneRouteThrough) {
   for (const auto& [head, expected] : cases)
     EXPECT_EQ(routed(head + "\r\n{}"), expected) << head;
   EXPECT_EQ(routed("POST /mcp\r\n\r\n"), "400 Missing body");
-}
-
-TEST(HTTPResponseTest, CountsTheBytesOfItsBody) {
-  EXPECT_TRUE((HTTPResponse{.status = 202, .body = "ä"}).bytes().contains("\r\nContent-Length: 2\r\n"));
 }
 
 } // namespace

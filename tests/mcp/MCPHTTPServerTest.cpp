@@ -72,13 +72,19 @@ class MCPHTTPServerTest : public testing::Test {
   async::Scope scope;
 };
 
-TEST_F(MCPHTTPServerTest, TurnsOtherMachinesAwayWithoutAByte) {
+TEST_F(MCPHTTPServerTest, TurnsOtherMachinesAndUsersAwayWithoutAByte) {
+  using Peer = platform::TcpConnection::Peer;
   const auto silent = connect(most);
-  for (const auto* host : {"192.0.2.7", "127.0.0.2", "::ffff:127.0.0.1", "fe80::1", "localhost", ""}) {
-    const auto peer = connect(1, request, host).front();
+  const std::pair<const char*, Peer> others[] = {
+      {"192.0.2.7", Peer::sameUser}, {"127.0.0.2", Peer::sameUser},  {"::ffff:127.0.0.1", Peer::sameUser},
+      {"", Peer::sameUser},          {"127.0.0.1", Peer::otherUser}, {"127.0.0.1", Peer::gone},
+      {"::1", Peer::unknown}};
+  for (const auto& [host, whose] : others) {
+    const auto peer = port.connect(host);
+    peer->peer = whose;
+    peer->send(request);
     loop.advance(1min);
-    EXPECT_TRUE(peer->closed) << host;
-    EXPECT_EQ(peer->answer, "") << host;
+    EXPECT_TRUE(peer->closed && peer->answer.empty()) << host;
   }
   EXPECT_EQ(served, 0U);
   EXPECT_EQ(countClosed(silent), 0) << "nobody lost a place to them";
@@ -87,19 +93,6 @@ TEST_F(MCPHTTPServerTest, TurnsOtherMachinesAwayWithoutAByte) {
     loop.advance(1min);
     EXPECT_TRUE(allAnswered(admitted)) << host;
   }
-}
-
-TEST_F(MCPHTTPServerTest, TurnsOtherUsersAwayWithoutAByte) {
-  using Peer = platform::TcpConnection::Peer;
-  for (const auto whose : {Peer::otherUser, Peer::gone, Peer::unknown}) {
-    const auto peer = port.connect();
-    peer->peer = whose;
-    peer->send(request);
-    loop.advance(1min);
-    EXPECT_TRUE(peer->closed);
-    EXPECT_EQ(peer->answer, "");
-  }
-  EXPECT_EQ(served, 0U);
 }
 
 TEST_F(MCPHTTPServerTest, GivesUpWorkThatNobodyWaitsFor) {
@@ -129,13 +122,6 @@ TEST_F(MCPHTTPServerTest, WaitsForAPeerWithoutALimitAndLingersForALimitedTime) {
   EXPECT_FALSE(peer->closed);
   loop.advance(1ms);
   EXPECT_TRUE(peer->closed);
-
-  const auto polite = connect(1, request).front();
-  loop.advance(10s);
-  EXPECT_FALSE(polite->closed);
-  polite->end();
-  loop.runUntilIdle();
-  EXPECT_TRUE(polite->closed);
 }
 
 TEST_F(MCPHTTPServerTest, GivesUpTheOldestSilentConnectionWhereThereAreTooMany) {
@@ -168,6 +154,11 @@ TEST_F(MCPHTTPServerTest, TakesNoMoreThanItCanWorkOn) {
   EXPECT_EQ(served, busy.size() + late.size());
   loop.advance(10s);
   EXPECT_TRUE(allAnswered(late));
+
+  const auto last = connect(2, request);
+  server.reset();
+  EXPECT_EQ(countClosed(last), 2) << "they go with it";
+  loop.advance(1min);
 }
 
 TEST_F(MCPHTTPServerTest, KeepsNoMoreUnreadAnswersThanFit) {
@@ -192,11 +183,8 @@ TEST_F(MCPHTTPServerTest, KeepsNoMoreUnreadAnswersThanFit) {
 TEST_F(MCPHTTPServerTest, AnswersThoughTheHandlerThrows) {
   for (const auto& peer : connect(3, post("throw"))) {
     loop.advance(10s);
-    EXPECT_EQ(peer->answer, "HTTP/1.1 500 Error\r\nContent-Type: text/plain\r\nContent-Length: 14\r\n"
-                            "Connection: close\r\n\r\nInternal error");
-    EXPECT_TRUE(peer->answerEnded);
+    EXPECT_TRUE(peer->answer.starts_with("HTTP/1.1 500 ") && peer->answerEnded) << peer->answer;
   }
-  EXPECT_EQ(log.count("error network: MCP: a request could not be answered: a fault"), 3);
 }
 
 TEST_F(MCPHTTPServerTest, ServesToTheEndAfterAStop) {
@@ -213,15 +201,6 @@ TEST_F(MCPHTTPServerTest, ServesToTheEndAfterAStop) {
   busy.front()->end();
   loop.runUntilIdle();
   EXPECT_TRUE(draining.done());
-}
-
-TEST_F(MCPHTTPServerTest, TakesItsConnectionsAlongWhenItGoes) {
-  const auto busy = connect(2, request);
-  const auto silent = connect(2);
-  server.reset();
-  EXPECT_EQ(countClosed(busy) + countClosed(silent), 4);
-  loop.advance(1min);
-  EXPECT_EQ(busy.front()->answer, "");
 }
 
 } // namespace

@@ -146,8 +146,7 @@ class OndrelAppTest : public testing::Test {
         shell.files,
         fileReader,
         userFolders,
-        newFiles,
-        shell.fileWriter,
+        shell.newFiles,
         shell.webViews,
         shell.panels,
         shell.uriLauncher,
@@ -199,7 +198,6 @@ class OndrelAppTest : public testing::Test {
                                    .didSave = [](bool) {}}};
   support::FakeFileReader fileReader{shell.files};
   support::FakeUserFolders userFolders{shell.files};
-  support::FakeNewFiles newFiles{shell.files};
   support::FakeCookieStore cookies;
   support::FakeHttpClient http;
   support::FakeLauncherBadge launcherBadge;

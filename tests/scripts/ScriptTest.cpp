@@ -32,6 +32,11 @@ std::shared_ptr<const UserScript> ScriptTest::pageScript(std::string_view name) 
   throw std::runtime_error("no page script " + std::string(name));
 }
 
+std::string ScriptTest::asked(std::string_view name) {
+  return scripts::pageScriptSource(platform::text::resourceText, scripts::ConsoleRelay::unwanted)(name)
+      .value();
+}
+
 void ScriptTest::runInPage(const std::string& call, const std::string& what) {
   delegate_.messages.clear();
   const auto started = evaluate(call + "; 0");

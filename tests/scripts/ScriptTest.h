@@ -10,6 +10,7 @@ class ScriptTest : public WebKitTest {
   static std::shared_ptr<const UserScript>
   injected(const std::string& file); // of this folder, before all else
   static std::shared_ptr<const UserScript> pageScript(std::string_view name);
+  static std::string asked(std::string_view name); // the text of a script that is evaluated for its value
 
   // Runs a JavaScript call that ends with run() of the prelude; what the page found wrong fails the test.
   void runInPage(const std::string& call, const std::string& what);

@@ -65,11 +65,9 @@
 
   test('A toast tells of a discarded draft', {scripts: ['discardWatcherScript']}, async () => {
     const toast = (text) => `<p class=v-Notification-message> ${text} </p>`;
-    const [draft, nothing] = [toast('Discarded draft'), 'Discarded draft'];
+    const draft = toast('Discarded draft');
     await tells(() => [show(draft), show(`<div>${draft}</div>`)], 'discardClicked', 'discardClicked');
-    for (const html of [toast('Discarded changes'), `<p>${nothing}</p>`]) {
-      await tells(() => show(html));
-    }
+    await tells(() => [show(toast('Discarded changes')), show('<p>Discarded draft</p>')]);
     await tells(() => show('<div class=v-Notification-action><b id=undo>Undo</b></div>'));
     $('#undo').onclick = (event) => event.stopPropagation();
     await tells(() => $('#undo').click(), 'discardUndone');
@@ -89,18 +87,12 @@
       withDraft(draft);
       await tells(() => ['#send', '#other'].map((id) => press($(id), 'click')), ...expected);
     }
-    await tells(() => press(document, 'click'));
-  });
-
-  test('Each send dialog tells', sending, async () => {
     const dialog = '<b class=v-Compose-sendDialog></b>';
-    for (const [to, html, ...expected] of [
-             [[1], dialog, 'sendClicked'], [[], `<div><p></p><i>${dialog}</i></div>`],
-             [[1], `<div><p></p><i>${dialog}</i></div>`, 'sendClicked']]) {
-      withDraft({subject: 'S', to});
-      await tells(() => document.body.append('text', element(html)), ...expected);
+    await tells(() => show(dialog));
+    withDraft({subject, to});
+    for (const html of [dialog, `<div><i>${dialog}</i></div>`]) {
+      await tells(() => show(html), 'sendClicked');
     }
-    await tells(() => [1, 2].forEach(() => $('.s-send').click()), 'sendClicked', 'sendClicked');
   });
 
   const editor = `<section id=compose><button id=close><svg class='v-Icon i-close'></svg></button>

@@ -129,7 +129,7 @@
     start();
     const line = shared('a.zip');
     for (const [before, after, removed] of [
-             ['', line, ''], ['> old', `${line}\n> old`, '> old'], ['\n> old', `${line}\n> old`, '> old'],
+             ['', line, ''], ['\n> old', `${line}\n> old`, '> old'],
              ['Hi\n\nW:\n> old\n-- \nR', `Hi\n\nW:\n\n${line}\n> old\n-- \nR`, 'Hi\n\nW:\n\n> old\n-- \nR'],
              ['no > quote\n', `no > quote\n\n\n${line}`, 'no > quote\n\n']]) {
       [inputs, nodes] = [0, []];
@@ -157,10 +157,8 @@
     same(place(), ['R', 'backward', 500]);
   });
 
-  const hostile = [
-    '<img src=x onerror=attacked()>.zip', '"quotes" \'and\' `ticks` ] } \\', 'line\nbreak\r\n> quoted',
-    'x'.repeat(10000), 'inv\u202efdp.exe', 'constructor', 'a. The total size is fine'
-  ];
+  const hostile =
+      ['<img src=x onerror=attacked()>"\'`.zip', 'line\nbreak\r\n> quoted', 'a. The total size is fine'];
   test('Hostile names are text', options, async () => {
     start();
     for (const [name, open] of hostile.flatMap((each) => [[each, rich], [each, plain]])) {
@@ -263,27 +261,20 @@
   }, 'a 2 true');
   taking(() => give('paste', ClipboardEvent, 'clipboardData'), 'a 4 true');
 
-  const judging = (isTaken, action) => test(`Only the refusal is rewritten: ${action}`, options, async () => {
+  test('Only the refusal is rewritten', options, async () => {
     start();
     attach('a');
-    document.querySelectorAll = () => same('the whole document was searched', '');
-    await action();
-    await settle();
-    same(Boolean(chip()), isTaken);
-  });
-  judging(true, async () => {
-    const shown = modal(textFor('a'));
+    const isTaken = async (shown) => {
+      await settle(shown);
+      return Boolean(chip());
+    };
+    same(await isTaken(modal(textFor('a'), 'Something else')), false);
+    same(await isTaken(modal(`${textFor('a')} Sorry.`)), false);
+    const shown = modal(textFor('a').replace('70', '2.5'));  // another limit
     const [, paragraph] = shown.children;
-    await settle(paragraph.remove());
-    shown.append(paragraph);  // complete now
+    same(await isTaken(paragraph.remove()), false);
+    same(await isTaken(shown.append(paragraph)), true, 'complete now');
   });
-  judging(false, async () => {
-    const [heading] = modal(textFor('a'), 'Something else').children;
-    await settle();
-    heading.textContent = 'File too large';  // it was judged
-  });
-  judging(false, () => modal(`${textFor('a')} Sorry.`));
-  judging(true, () => modal(textFor('a').replace('70', '2.5')));  // another limit
 
   test('Files are handled one after the other', options, async () => {
     start();
@@ -323,8 +314,7 @@
       });
   const noInternals = 'Error: FastMail internals not available';
   failing(noInternals, () => FastMail.router.loadApp = {});
-  const [noRoot, noNodes] = [timedOut('the "My Files" root folder to sync'), () => null];
-  failing(noRoot, () => FastMail.store.getAll = noNodes, 10000);
+  failing(timedOut('the "My Files" root folder to sync'), () => FastMail.store.getAll = () => null, 10000);
   failing(timedOut('the upload of "a" to finish'), () => {}, 600750);
   const finishWithoutLink = () => setTimeout(() => finish('a'), 900, makesLinks = false);
   failing(timedOut('a share link to be generated for "a"'), finishWithoutLink, 11750);
@@ -333,11 +323,6 @@
     start();
     plain('> q');
     $('.u-hideifempty').remove();
-    const {loadApp} = FastMail.router;
-    FastMail.router.loadApp = async (name) => {
-      await loadApp(name);
-      throw new Error('late');
-    };
     await share('a');
     same([told(), body()], [[reports('success', 'a')], `${shared('a')}\n> q`]);
     // Without an editor only the report goes out.

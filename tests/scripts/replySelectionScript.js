@@ -147,7 +147,6 @@
         same([editor().innerHTML, inputs], [html, inputsAtEnd]);
       });
   const whole = '<p>W:</p><blockquote>mine</blockquote>text<p>-- R</p>';
-  protecting('present', () => {}, whole, 1);
   // The application draws anew and loses the signature.
   protecting('lost', (last) => {
     editor().replaceChildren(...[...editor().childNodes].slice(0, 2));
@@ -226,9 +225,7 @@
     `<form><math><mtext></form><form><mglyph><style></math>${
         bad}</style></mglyph></form></mtext></math></form>`,
     `<math><mtext><table><mglyph><style><!--</style><img title="--&gt;${bad.replace('<', '&lt;')}">`,
-    `<svg><style><b title="</style>${bad}">`,
     `<svg></p><style><g title="</style>${bad}">`,
-    `<math><annotation-xml encoding=text/html><style><b title="</style>${bad}">`,
     `<form><math><mtext></form><form><mglyph><svg><mtext><textarea><path id="</textarea>${bad}">`,
     `<noscript><p title="</noscript>${bad}">`,
     `<template><p title="</template>${bad}"></template><template>${bad}</template>`,
@@ -241,7 +238,6 @@
     `<b onclick=ran()>x</b><p is=x-y onfocus=ran() tabindex=0 contenteditable=false>y</p>`,
     `<a href="java&#10;script:ran()">x</a><a href=" data:text/html,x">y</a><img src=javascript:ran()>`,
     `<svg><a xlink:href=javascript:ran()><text>x</text><animate attributeName=href to=javascript:ran() />`,
-    `<svg><use href="data:image/svg+xml,<svg id=x/>#x"/><set attributeName=onclick to=ran() /></svg>`,
     `<math href=javascript:ran()><mi xlink:href=javascript:ran()>x</mi></math>`,
     `<iframe srcdoc="<p onclick=parent.ran()>"></iframe><object data=/none></object><embed src=/none>`,
     `<form action=//x><button form=y formaction=javascript:ran()>x</button><input name=firstChild></form>`,
@@ -330,20 +326,16 @@
   });
 
   const framed = page(card('first', 'outer'), '<iframe src=/frame></iframe>');
-  for (const isWritten of [false, true]) {
-    test(`Each frame is on its own: ${isWritten}`, {...framed, frame: card('first', 'framed')}, async () => {
-      const {contentWindow: frame, contentDocument} = $('iframe');
-      if (isWritten) {
-        contentDocument.write(card('first', 'written'));  // which takes all listeners
-        contentDocument.close();
-        await settle();
-      }
-      frame.getSelection().selectAllChildren(contentDocument.querySelector('.v-Message-body'));
-      await painted(frame);
-      await frame.advance(150);
-      await tells(() => contentDocument.querySelector('.s-reply').click(), armed);
-      await tells(() => plain('> outer quote'));
-      same($('textarea').value, '> outer quote');
-    });
-  }
+  test('Each frame is on its own', {...framed, frame: card('first', 'framed')}, async () => {
+    const {contentWindow: frame, contentDocument} = $('iframe');
+    contentDocument.write(card('first', 'written'));  // which takes all listeners
+    contentDocument.close();
+    await settle();
+    frame.getSelection().selectAllChildren(contentDocument.querySelector('.v-Message-body'));
+    await painted(frame);
+    await frame.advance(150);
+    await tells(() => contentDocument.querySelector('.s-reply').click(), armed);
+    await tells(() => plain('> outer quote'));
+    same($('textarea').value, '> outer quote');
+  });
 }

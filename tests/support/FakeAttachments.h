@@ -9,6 +9,7 @@
 #include "support/FakeDocuments.h"
 #include "support/FakeHttpClient.h"
 #include "support/FakeJMAPClient.h"
+#include "support/FakeNewFiles.h"
 #include "support/FakeWebView.h"
 #include "support/TestSite.h"
 

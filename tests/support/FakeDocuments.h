@@ -1,7 +1,6 @@
 #pragma once
 
 #include "async/sleep.h"
-#include "platform/NewFile.h"
 #include "platform/documents/ContentTypes.h"
 #include "platform/documents/DocumentPrinter.h"
 #include "support/FakeDesktop.h"
@@ -32,45 +31,6 @@ class FakePrinter final : public platform::DocumentPrinter {
   }
 
   std::vector<std::string> jobs;
-};
-
-// Puts finished files into a file store, each call a turn later.
-class FakeNewFiles final : public platform::NewFiles {
- public:
-  explicit FakeNewFiles(FakeFiles& files) : files_(files) {}
-
-  async::Task<std::expected<std::unique_ptr<platform::NewFile>, std::string>>
-  create(std::string path, Existing existing) override {
-    co_await async::nextTurn();
-    if (existing == Existing::stays && files_.exists(path))
-      co_return std::unexpected("It exists.");
-    co_return std::make_unique<File>(files_, alive, std::move(path));
-  }
-
-  std::shared_ptr<int> alive = std::make_shared<int>(); // has an owner more for each file that isn't finished
-
- private:
-  struct File final : platform::NewFile {
-    File(FakeFiles& store, std::shared_ptr<int> alive, std::string place)
-        : files(store), isAlive(std::move(alive)), path(std::move(place)) {}
-    async::Task<std::expected<void, std::string>> write(std::string bytes) override {
-      co_await async::nextTurn();
-      content += bytes;
-      co_return files.full ? std::unexpected("The disk is full.") : std::expected<void, std::string>();
-    }
-    async::Task<std::expected<void, std::string>> finish() override {
-      co_await async::nextTurn();
-      files.files[path] = content;
-      co_return std::expected<void, std::string>();
-    }
-
-    FakeFiles& files;
-    std::shared_ptr<int> isAlive;
-    std::string path;
-    std::string content;
-  };
-
-  FakeFiles& files_;
 };
 
 } // namespace ondrel::support

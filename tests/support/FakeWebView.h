@@ -58,7 +58,9 @@ class FakeWebView final : public platform::WebView, public std::enable_shared_fr
   void load(const std::string& url) override {
     loads.push_back(url);
     goTo(url);
-    if (commitsByItself)
+    if (commitsAtOnce)
+      commit();
+    else if (commitsByItself)
       commit_ = async::Timer(std::chrono::milliseconds(1), [this] { commit(); });
   }
   void loadHTML(const std::string& html) override { documents.push_back(html); }
@@ -188,6 +190,7 @@ class FakeWebView final : public platform::WebView, public std::enable_shared_fr
   int terminations = 0;
   platform::PrintResult printResult = platform::PrintResult::done;
   bool commitsByItself = false; // a while after the load has begun
+  bool commitsAtOnce = false;   // before anybody looks, as no engine does: for measurements of something else
   bool acceptsState = true;
   bool back = false;
   bool forward = false;

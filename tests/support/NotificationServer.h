@@ -53,6 +53,18 @@ class NotificationServer {
     state_->nextId = id;
   }
 
+  // Takes org.gtk.Notifications as well, for the application whose desktop file is installed.
+  void takeLasting(const char* applicationId) {
+    TestBus::ownName(connection_, lastingName);
+    const std::lock_guard lock(state_->mutex);
+    state_->installed = applicationId;
+  }
+  // What that shows, as it came, by identifier.
+  std::map<std::string, std::shared_ptr<GVariant>> lasting() const {
+    const std::lock_guard lock(state_->mutex);
+    return state_->lasting;
+  }
+
   std::vector<Notification> notifications() const {
     const std::lock_guard lock(state_->mutex);
     return state_->notifications;
@@ -111,12 +123,14 @@ class NotificationServer {
 
   static constexpr const char* name = "org.freedesktop.Notifications";
   static constexpr const char* path = "/org/freedesktop/Notifications";
+  static constexpr const char* lastingName = "org.gtk.Notifications";
 
  private:
   struct State {
     // With the mutex held.
     void take(GDBusConnection* connection, GDBusMessage* message);
     void reply(GDBusConnection* connection, GDBusMessage* message, std::uint32_t id, Behaviour how);
+    void takeLasting(GDBusMessage* message);
 
     std::mutex mutex;
     std::vector<std::string> capabilities = {"actions", "body", "body-markup"};
@@ -125,6 +139,8 @@ class NotificationServer {
     std::vector<Notification> notifications;
     std::vector<std::uint32_t> closed;
     std::map<std::string, int> calls;
+    std::string installed;
+    std::map<std::string, std::shared_ptr<GVariant>> lasting;
     std::vector<std::pair<glib::Ref<GDBusMessage>, std::uint32_t>> heldBack;
   };
 
@@ -132,11 +148,14 @@ class NotificationServer {
                               gpointer data) {
     const char* interface = g_dbus_message_get_interface(message);
     if (!incoming || g_dbus_message_get_message_type(message) != G_DBUS_MESSAGE_TYPE_METHOD_CALL ||
-        !interface || std::string(interface) != name)
+        !interface || !std::string(interface).ends_with(".Notifications"))
       return message;
     const auto state = *static_cast<std::shared_ptr<State>*>(data);
     const std::lock_guard lock(state->mutex);
-    state->take(connection, message);
+    if (std::string(interface) == name)
+      state->take(connection, message);
+    else
+      state->takeLasting(message);
     g_object_unref(message);
     return nullptr;
   }
@@ -185,6 +204,18 @@ inline void NotificationServer::State::take(GDBusConnection* connection, GDBusMe
     heldBack.emplace_back(glib::share(message), id);
   else
     reply(connection, message, id, behaviour);
+}
+
+inline void NotificationServer::State::takeLasting(GDBusMessage* message) {
+  auto* arguments = g_dbus_message_get_body(message);
+  if (!arguments || !g_variant_is_of_type(arguments, G_VARIANT_TYPE("(ssa{sv})")))
+    return;
+  const char *application = nullptr, *identifier = nullptr;
+  GVariant* shown = nullptr;
+  g_variant_get(arguments, "(&s&s@a{sv})", &application, &identifier, &shown);
+  const std::shared_ptr<GVariant> entries = glib::Owned<GVariant>(shown);
+  if (application == installed)
+    lasting[identifier] = entries;
 }
 
 inline void NotificationServer::State::reply(GDBusConnection* connection, GDBusMessage* message,

@@ -9,8 +9,8 @@
 #include "settings/AppSettings.h"
 #include "support/FakeApplication.h"
 #include "support/FakeDesktop.h"
-#include "support/FakeFileWriter.h"
 #include "support/FakeHttpClient.h"
+#include "support/FakeNewFiles.h"
 #include "support/FakeNotificationCenter.h"
 #include "support/FakeWebView.h"
 #include "support/LogCapture.h"
@@ -86,8 +86,8 @@ class TestShell {
   FakeNotificationCenter notificationCenter;
   jmap::NotificationManager notifications{notificationCenter};
   FakeHttpClient http;
-  FakeFileWriter fileWriter{files};
-  web::MessageFiles messageFiles{http, fileWriter, files, notifications};
+  FakeNewFiles newFiles{files};
+  web::MessageFiles messageFiles{http, newFiles, files, notifications};
   web::RunningDownloads runningDownloads;
   web::DownloadNotices downloadNotices{notifications, application, uriLauncher};
   web::WebServices services{settings,    scripts,       application,  webViews,        panels,

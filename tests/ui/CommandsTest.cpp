@@ -3,6 +3,7 @@
 #include "highlights/file/HighlightStore.h"
 #include "platform/ProgramInfo.h"
 #include "start/CommandLine.h"
+#include "support/PseudoLocale.h"
 #include "ui/commands/ActionName.h"
 #include "ui/commands/BrowserCommands.h"
 #include "ui/commands/CommandActions.h"
@@ -156,6 +157,10 @@ TEST_F(CommandsTest, MoveTheTabAmongItsNeighbours) {
     activate(command);
     EXPECT_EQ(window(1)->tabGroup()->windows().at(place), window(1)) << command;
   }
+  gtk_widget_set_default_direction(GTK_TEXT_DIR_RTL); // the first one is to the right
+  activate("move-tab-right");
+  gtk_widget_set_default_direction(GTK_TEXT_DIR_LTR);
+  EXPECT_EQ(window(1)->tabGroup()->windows().at(0), window(1));
 }
 
 TEST_F(CommandsTest, FindProposesWhatIsMarkedButNeverOverWhatTheUserWrites) {
@@ -324,13 +329,37 @@ TEST_F(CommandsTest, TheMenuExplainsWhatCantBeUsed) {
   EXPECT_TRUE(enabled(copy.c_str()));
 }
 
-TEST_F(CommandsTest, TheShortcutsWindowFitsALowScreen) {
-  installStyle(); // else the toolkit complains of its own pages
+TEST_F(CommandsTest, SpeakTheUsersLanguageButKeepTheirNames) {
+  const PseudoLocale pseudo;
+  groups = commands->table();
+  const PrimaryMenu menu(groups);
+  std::function<void(GMenuModel*)> look = [&look](GMenuModel* model) {
+    for (int i = 0; i < g_menu_model_get_n_items(model); ++i) {
+      const glib::Owned<GVariant> label(
+          g_menu_model_get_item_attribute_value(model, i, G_MENU_ATTRIBUTE_LABEL, G_VARIANT_TYPE_STRING));
+      if (label)
+        EXPECT_TRUE(support::isTranslated(g_variant_get_string(label.get(), nullptr)));
+      for (const auto* link : {G_MENU_LINK_SECTION, G_MENU_LINK_SUBMENU})
+        if (const auto inner = glib::adopt(g_menu_model_get_item_link(model, i, link)))
+          look(inner.get());
+    }
+  };
+  look(menu.model());
+  installStyle();
   auto* window = GTK_WIDGET(presentShortcuts(groups, nullptr));
   topLevels.push_back(glib::share(GTK_WINDOW(window)));
-  int height = 0;
-  gtk_widget_measure(window, GTK_ORIENTATION_VERTICAL, -1, nullptr, &height, nullptr, nullptr);
-  EXPECT_LT(height, 700) << "of 768 pixels, with a panel and a title bar";
+  gtk_window_set_default_size(GTK_WINDOW(window), 360, 600);
+  // The toolkit's own.
+  expectTranslated(window, {"Ctrl", "Shift", "Alt", "Tab", "Escape", "Page_Up", "Page_Down"});
+  expectReadable(window);
+  const auto shown = visibleTexts(window).size();
+  const auto search = [&](const char* text) {
+    gtk_editable_set_text(GTK_EDITABLE(find(window, "shortcuts-search")), text);
+    return runUntil([&] { return visibleTexts(window).size() < shown; });
+  };
+  EXPECT_TRUE(search("priint"));
+  EXPECT_EQ(std::ranges::count(visibleTexts(window), "⟦Priint…⟧"), 1);
+  EXPECT_TRUE(search("nowhere") && std::ranges::count(visibleTexts(window), "⟦Noo Maatchees⟧") == 1);
 }
 
 } // namespace

@@ -214,6 +214,16 @@ TEST_F(HighlightsWindowTest, SaysThatTheServerCantBeReachedAndTriesAgain) {
   EXPECT_FALSE(saysSo() || gtk_widget_get_visible(find(root, "highlights-working")));
 }
 
+TEST_F(HighlightsWindowTest, IsReadableInANarrowWindowAndLargeLetters) {
+  const PseudoLocale pseudo;
+  client.session = std::unexpected(jmap::JMAPError{jmap::JMAPError::Kind::transport, "9"});
+  open();
+  shell.loop.advance(2s);
+  finishLoad();
+  gtk_toggle_button_set_active(GTK_TOGGLE_BUTTON(find(root, "search-highlights")), TRUE);
+  expectReadable(root);
+}
+
 TEST_F(HighlightsWindowTest, ClosedWhileItLoadsItIsGone) {
   open();
   last()->close();

@@ -130,6 +130,18 @@ TEST_F(PreviewWindowTest, ShowsTheLastFileWhicheverComesFirst) {
   EXPECT_EQ(pages.open, 1);
 }
 
+TEST_F(PreviewWindowTest, IsReadableInANarrowWindowAndLargeLetters) {
+  const PseudoLocale pseudo;
+  for (const auto& [part, type] : {std::pair("preview-pdf", "application/pdf"),
+                                   {"preview-card", "application/zip"},
+                                   {"preview-cut", "text/plain"}}) {
+    show("1", type, std::string(3 << 20, 'x'));
+    gtk_window_set_default_size(topLevels.back().get(), 360, 600);
+    EXPECT_TRUE(shows(part));
+    expectReadable(root);
+  }
+}
+
 TEST_F(PreviewWindowTest, GoesByTheKeys) {
   pages = {.kind = platform::DocumentKind::image, .width = 4000, .height = 300};
   show("wide.png", "image/png");
@@ -152,7 +164,10 @@ TEST_F(PreviewWindowTest, GoesByTheKeys) {
   EXPECT_TRUE(press(GDK_KEY_Right));
   EXPECT_TRUE(press(GDK_KEY_Left));
   click(find(root, "preview-next"));
-  EXPECT_THAT(steps, testing::ElementsAre(1, -1, 1));
+  gtk_widget_set_default_direction(GTK_TEXT_DIR_RTL); // the button of the next one is to the left
+  EXPECT_TRUE(press(GDK_KEY_Left));
+  gtk_widget_set_default_direction(GTK_TEXT_DIR_LTR);
+  EXPECT_THAT(steps, testing::ElementsAre(1, -1, 1, 1));
   const auto presented = std::ranges::count(window(0)->calls, "key");
   preview.showLoading("next.png");
   show("next.png", "image/png");

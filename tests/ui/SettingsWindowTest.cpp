@@ -244,8 +244,8 @@ TEST_F(SettingsWindowTest, TheServerIsHiddenUntilItIsOfUse) {
 
 TEST_F(SettingsWindowTest, APortIsTakenWhenItIsConfirmedAndRefusedInItsRow) {
   shell.settings.set(keys::mcpServerEnabled, true);
-  server.claudeCodeDetected.set(true);
   open();
+  server.claudeCodeDetected.set(true); // found out when they are opened
   type("mcp-port", "70000");
   EXPECT_EQ(subtitle("mcp-port"), "") << "not yet";
   pressEnter("mcp-port");
@@ -371,6 +371,21 @@ TEST_F(SettingsWindowTest, SwitchesShowWhatIsTrue) {
   EXPECT_TRUE(isOn("_hideOnLoseFocus")) << "whoever changes it";
   gtk_switch_set_active(GTK_SWITCH(controlOf("_hideOnLoseFocus")), FALSE);
   EXPECT_FALSE(shell.settings.get(keys::hideOnLoseFocus));
+}
+
+TEST_F(SettingsWindowTest, SpeaksTheUsersLanguageInANarrowWindowAndLargeLetters) {
+  const PseudoLocale pseudo;
+  open();
+  gtk_window_set_default_size(window->window(), 360, 600);
+  auto* pages = ADW_PREFERENCES_WINDOW(window->window());
+  for (const auto page : settings::settingsTabRawValues) {
+    adw_preferences_window_set_visible_page_name(pages, page.data());
+    int least = 0; // but for the toolkit's switch of the pages
+    gtk_widget_measure(GTK_WIDGET(adw_preferences_window_get_visible_page(pages)), GTK_ORIENTATION_HORIZONTAL,
+                       -1, &least, nullptr, nullptr, nullptr);
+    EXPECT_LE(least, 360) << page;
+    expectTranslated(root());
+  }
 }
 
 TEST_F(SettingsWindowTest, ShowsTheShortcutAndWhatIsWrongWithIt) {

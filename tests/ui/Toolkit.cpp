@@ -1,6 +1,13 @@
 #include "Toolkit.h"
 
+#include "base/Translation.h"
 #include "support/Complaints.h"
+#include "support/PseudoLocale.h"
+#include "support/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <clocale>
 
 namespace ondrel::ui {
 
@@ -75,6 +82,69 @@ GtkWidget* buttonWithLabel(GtkWidget* root, const std::string& label) {
 
 void click(GtkWidget* button) {
   g_signal_emit_by_name(button, "clicked");
+}
+
+PseudoLocale::PseudoLocale() {
+  static const support::TemporaryFolder folder;
+  static const bool isMade = support::makePseudoLocale(folder.path());
+  EXPECT_TRUE(isMade);
+  std::setlocale(LC_MESSAGES, "C.UTF-8");
+  g_setenv("LANGUAGE", "pseudo", TRUE);
+  base::useTranslations(folder.path());
+  auto* settings = gtk_settings_get_default();
+  g_object_get(settings, "gtk-xft-dpi", &dpi_, nullptr);
+  g_object_set(settings, "gtk-xft-dpi", 2 * 96 * 1024, nullptr);
+  gtk_widget_set_default_direction(GTK_TEXT_DIR_RTL);
+}
+
+PseudoLocale::~PseudoLocale() {
+  gtk_widget_set_default_direction(GTK_TEXT_DIR_LTR);
+  g_object_set(gtk_settings_get_default(), "gtk-xft-dpi", dpi_, nullptr);
+  g_unsetenv("LANGUAGE");
+  base::useTranslations("/nonexistent");
+}
+
+void expectTranslated(GtkWidget* root, const std::set<std::string>& others) {
+  for (const auto& text : visibleTexts(root))
+    EXPECT_TRUE(support::isTranslated(text) || others.contains(text)) << text;
+  expectUncut(root);
+}
+
+void expectUncut(GtkWidget* root) {
+  const auto width = static_cast<float>(gtk_widget_get_width(root));
+  findWhere(root, [&](GtkWidget* widget) {
+    if (!GTK_IS_LABEL(widget) || !gtk_widget_get_mapped(widget) || gtk_widget_get_width(widget) == 0)
+      return false;
+    const std::string text = gtk_label_get_text(GTK_LABEL(widget));
+    auto* parent = gtk_widget_get_parent(widget);
+    // The names of pages and windows may be, where there are many, and what the pointer brings up as a whole.
+    const bool mayBeCut =
+        gtk_widget_get_ancestor(widget, ADW_TYPE_HEADER_BAR) ||
+        gtk_widget_get_ancestor(widget, ADW_TYPE_VIEW_SWITCHER) ||
+        gtk_widget_get_has_tooltip(GTK_IS_TEXT(parent) ? gtk_widget_get_parent(parent) : widget);
+    const bool isCut = pango_layout_is_ellipsized(gtk_label_get_layout(GTK_LABEL(widget)));
+    EXPECT_FALSE(isCut && !mayBeCut && text.contains("⟦")) << text << " is cut";
+    graphene_rect_t bounds;
+    if (gtk_widget_compute_bounds(widget, root, &bounds))
+      EXPECT_TRUE(bounds.origin.x >= 0 && bounds.origin.x + bounds.size.width <= width)
+          << text << " is outside";
+    return false;
+  });
+}
+
+void expectReadable(GtkWidget* root) {
+  auto* clock = gtk_widget_get_frame_clock(root);
+  for (int frames = 0; frames < 3; ++frames) {
+    const auto before = gdk_frame_clock_get_frame_counter(clock);
+    gtk_widget_queue_draw(root);
+    EXPECT_TRUE(runUntil([&] { return gdk_frame_clock_get_frame_counter(clock) > before; }));
+  }
+  // A window's frame is outside.
+  auto* content = ADW_IS_WINDOW(root) ? adw_window_get_content(ADW_WINDOW(root)) : root;
+  int least = 0;
+  gtk_widget_measure(content, GTK_ORIENTATION_HORIZONTAL, -1, &least, nullptr, nullptr, nullptr);
+  EXPECT_LE(least, 360);
+  expectUncut(root);
 }
 
 bool hasAccessibleLabel(GtkWidget* widget, const std::string& label) {

@@ -28,25 +28,24 @@ TEST(ContextMenuRows, OffersWhatMakesSenseThere) {
   const MenuFacts plain{.pageURL = page};
   const MenuFacts able{page, false, true, true, true, true, false};
   const MenuFacts letter{.pageURL = page, .canGoBack = true, .isWritingLetter = true};
+  const auto link = [](const std::string& url) { return ContextHit{.linkURL = url}; };
   const struct {
     ContextHit hit;
     MenuFacts facts;
     std::string titles;
   } table[] = {
-      {{"https://x.example/", "", false, false}, plain, open + "Copy Link Address; "},
+      {link("https://x.example/"), plain, open + "Copy Link Address; "},
       {{page, "https://x.example/p.png", true, false},
        able,
        open + "Copy Link Address; | Save Image As…; Copy Image; | Copy; Highlight Selection; "},
-      {{"https://files.example/1", "", false, false},
+      {link("https://files.example/1"),
        {.pageURL = page, .isFile = true},
        "Save File As…; Open Link in Browser; Copy Link Address; "},
-      {{"mailto:a@b.example?subject=x", "", false, false},
-       able,
-       "New Message to This Address; Copy Email Address; "},
-      {{"mailto:a@b.example", "", false, false}, plain, "Copy Email Address; "},
-      {{"tel:+49 30", "", false, false}, able, "Open Link; Copy Link Address; "},
-      {{"javascript:alert(1)", "", false, false}, able, "Back; Forward; Reload; "},
-      {{std::string(page) + "#", "", false, false}, plain, "Reload; "},
+      {link("mailto:a@b.example?subject=x"), able, "New Message to This Address; Copy Email Address; "},
+      {link("mailto:a@b.example"), plain, "Copy Email Address; "},
+      {link("tel:+49 30"), able, "Open Link; Copy Link Address; "},
+      {link("javascript:alert(1)"), able, "Back; Forward; Reload; "},
+      {link(std::string(page) + "#"), plain, "Reload; "},
       {{"", "", true, true}, able, "(spelling); | " + edit},
       {{"https://x.example/", "", false, true},
        letter,
@@ -55,11 +54,10 @@ TEST(ContextMenuRows, OffersWhatMakesSenseThere) {
   };
   for (const auto& row : table)
     EXPECT_EQ(titles(contextMenuRows(row.hit, row.facts)), row.titles) << row.hit.linkURL;
-  EXPECT_EQ(contextMenuRows({"mailto:%22a%20b%22@c.example?cc=d", "", false, false}, able)[0][1].text,
-            "\"a b\"@c.example");
+  EXPECT_EQ(contextMenuRows(link("mailto:%22a%20b%22@c.example?cc=d"), able)[0][1].text, "\"a b\"@c.example");
 }
 
-class PageMenuTest : public CoordinatorTest {};
+using PageMenuTest = CoordinatorTest;
 
 TEST_F(PageMenuTest, LinksOpenAsByAClickAndOnlyWhereAClickGets) {
   const auto opened = [this](MenuAction action, const std::string& link, std::uint64_t gesture) {

@@ -34,15 +34,8 @@ class MessageFilesTest : public CoordinatorTest {
 TEST_F(MessageFilesTest, HaveTheTitleAsTheirNameAndStayInTheFolder) {
   shell.http.answer = [](const auto&) { return FakeHttpClient::ok("Subject: Plans\r\n\r\nWell.\r\n"); };
   const std::pair<std::string, std::string> cases[] = {
-      {"Plans", "Plans.eml"},
-      {"Re: 1/2", "Re: 1-2.eml"},
-      {"../../../etc/passwd", "-.-.-etc-passwd.eml"},
-      {"a..b...c", "a.b..c.eml"},
-      {"", "message.eml"},
-      {"..", "message.eml"},
-      {"invoice\xE2\x80\xAE"
-       "fdp",
-       "invoicefdp.eml"},
+      {"Plans", "Plans.eml"}, {"Re: 1/2", "Re: 1-2.eml"}, {"../../../etc/passwd", "-.-.-etc-passwd.eml"},
+      {"", "message.eml"},    {"..", "message.eml"},
   };
   for (const auto& [title, name] : cases) {
     shell.files.files.clear();
@@ -81,11 +74,11 @@ TEST_F(MessageFilesTest, AreNotWrittenWhenTheyCantBeFetched) {
   shell.http.answer = [](const auto&) { return FakeHttpClient::ok("new"); };
   ask("Plans");
   shell.settle();
-  EXPECT_TRUE(model->downloads->back()->state->error.contains("no space left on device"));
+  EXPECT_TRUE(model->downloads->back()->state->error.contains("disk is full"));
 }
 
 TEST_F(MessageFilesTest, CanBeCancelledUntilTheyAreBeingWritten) {
-  shell.fileWriter.delay = 1s;
+  shell.newFiles.delay = 1s;
   ask("Plans");
   const auto early = model->downloads->back();
   early->cancel();

@@ -47,8 +47,7 @@ TEST(TabTitle, IsThatOfThePageOrOfTheMailboxWithoutItsCount) {
                {"(1,234) Old mail", "/mail/Old%20mail?u=1", "Old mail"},
                {"Plans (old)", "/mail/Plans/", "Plans (old)"},
                {"Order (3)", "/mail/Inbox/T1.M1?u=1", "Order (3)"},
-               {"Letter (3)", "/mail/compose?to=a", "Letter (3)"},
-               {"Notes (3)", "/notes/", "Notes (3)"}};
+               {"Letter (3)", "/mail/compose?to=a", "Letter (3)"}};
   for (const auto& row : table)
     EXPECT_EQ(tabTitle(row.title, "https://x.example" + row.path), row.shown) << row.title;
 }

@@ -8,17 +8,14 @@ namespace {
 
 using namespace std::chrono_literals;
 
-class WindowViewModelTest : public CoordinatorTest {};
+using WindowViewModelTest = CoordinatorTest;
 
 TEST_F(WindowViewModelTest, LoadsWhatTheAddressMeans) {
   const std::pair<std::string, std::string> cases[] = {
       {" \n app.example.com\t", "https://app.example.com"},
-      {"\xC2\xA0"
-       "app.example.com\xE2\x80\xA8",
-       "https://app.example.com"},
+      {"\u00A0app.example.com\u2028", "https://app.example.com"},
       {"http://x/", "http://x/"},
       {"   ", ""},
-      {"", ""},
       {"a b", ""},
       {"javascript:alert(1)", ""}, // no scheme hides in an address without ://
   };
@@ -37,14 +34,9 @@ TEST_F(WindowViewModelTest, ZoomHasItsLimits) {
   EXPECT_FALSE(*model->canZoomIn) << "four sums of 0.05 come out above 1.2";
   model->zoomToActualSize();
   EXPECT_TRUE(*model->isZoomDefault);
-  for (int i = 0; i < 3; ++i)
-    model->zoomOut();
-  EXPECT_TRUE(*model->canZoomOut);
-  model->zoomOut();
+  model->zoomBy(-100);
+  EXPECT_DOUBLE_EQ(view->zoom, 0.8);
   EXPECT_FALSE(*model->canZoomOut || *model->isZoomDefault);
-  model->zoomBy(100);
-  EXPECT_DOUBLE_EQ(view->zoom, 1.2);
-
   for (const auto& [stored, used] : {std::pair(0.9, 0.9), {3.0, 1.0}, {std::nan(""), 1.0}}) {
     shell.settings.set(settings::keys::defaultPageZoom, stored);
     EXPECT_EQ(*WindowViewModel::make(shell.services)->initialPageZoom, used) << stored;
@@ -54,20 +46,13 @@ TEST_F(WindowViewModelTest, ZoomHasItsLimits) {
 TEST_F(WindowViewModelTest, WithoutAWebViewEverythingIsQuiet) {
   const auto lone = WindowViewModel::make(shell.services);
   async::Scope scope;
-  std::optional<platform::ScriptResult> result;
-  const auto evaluate = [](std::shared_ptr<WindowViewModel> tab,
-                           std::optional<platform::ScriptResult>* out) -> async::Task<void> {
-    *out = co_await tab->evaluate("1");
-  };
-  scope.spawn(evaluate(lone, &result));
+  scope.spawn(lone->setComposeInWindow(true));
   scope.spawn(lone->exportPDF());
   lone->loadURL();
   lone->goBack();
   lone->reload();
   lone->zoomIn();
   shell.settle();
-  ASSERT_TRUE(result && result->has_value());
-  EXPECT_TRUE((*result)->is_null());
   EXPECT_TRUE(shell.panels.savePanels.empty());
 }
 
@@ -82,11 +67,9 @@ TEST_F(WindowViewModelTest, ExportsAPDFWithItsMargins) {
   EXPECT_EQ(view->prints[0].marginLeft + view->prints[0].marginTop, 40);
   EXPECT_EQ(model->downloads->at(0)->destination, "/documents/offer.pdf") << "the end is told there";
 
-  model->title.set("...");
   shell.panels.savePath = std::nullopt;
   shell.manager->exportPDFActive();
   shell.settle();
-  EXPECT_EQ(shell.panels.savePanels.at(1).proposedName, "Document.pdf");
   EXPECT_EQ(view->prints.size(), 1U) << "nothing was chosen";
 
   shell.panels.savePath = "/full/x.pdf";

@@ -185,6 +185,7 @@ class LoadStatesTest : public testing::Test, protected platform::webkit::WebKitL
     events.push_back((provisional ? "provisional " : "fail ") + std::to_string(error.code));
     failingURL = error.failingURL;
   }
+  void beginLoad(const std::string& url) override { begun.push_back(url); }
   void loadTimedOut(const WebError& error) override {
     // What the engine says of being stopped.
     loads.failed(cancelled, true);
@@ -196,6 +197,7 @@ class LoadStatesTest : public testing::Test, protected platform::webkit::WebKitL
   async::VirtualEventLoop loop;
   platform::webkit::WebKitLoads loads{*this};
   Events events;
+  Events begun;
   std::string failingURL;
 };
 
@@ -215,6 +217,27 @@ TEST_F(LoadStatesTest, SilentServerTimesOutOnce) {
   loop.advance(1h);
   loads.finished();
   EXPECT_EQ(events, (Events{"provisional -1001", "commit", "finish"}));
+}
+
+TEST_F(LoadStatesTest, ALoadBeginsWhenTheOneBeforeHasStarted) {
+  const std::function<void()> ends[] = {[this] { loads.started(); },
+                                        [this] { loads.failed(cancelled, true); },
+                                        [this] { loads.refusedByPolicy(); }, [this] { loop.advance(3s); }};
+  for (const auto& end : ends) {
+    loads.abandoned();
+    loads.finished();
+    begun.clear();
+    for (const auto* url : {"a", "b", "c"})
+      loads.requested(url);
+    EXPECT_EQ(begun, Events{"a"});
+    end();
+    EXPECT_EQ(begun, (Events{"a", "c"}));
+    EXPECT_EQ(events, Events{}) << "what nobody wants any more isn't told";
+  }
+  loads.requested("d");
+  loads.abandoned();
+  loads.started();
+  EXPECT_EQ(begun, (Events{"a", "c"}));
 }
 
 TEST_F(LoadStatesTest, ReplacedLoadLeavesTheNewOneItsTime) {

@@ -3,6 +3,9 @@
 
 #include <adwaita.h>
 
+#include <fstream>
+#include <iterator>
+
 namespace ondrel::tests {
 namespace {
 
@@ -56,6 +59,27 @@ TEST_F(MenuTest, IsAskedForByPointerAndKeyboardAndGivesWhatIsChosenBack) {
     ASSERT_TRUE(useMouse("key Escape"));
     runFor(300ms);
   }
+  view().setDelegate(nullptr);
+}
+
+// The engine's rows can't be chosen as long as the word isn't selected.
+TEST_F(MenuTest, AWordIsLearntWhereTheRightButtonHasPutTheCaret) {
+  menu_.menu = {{{MenuAction::spelling}}};
+  loadHtml(
+      "<body style='margin:0'><textarea id=t style='width:100%;height:100px;font-size:40px'></textarea>");
+  factory_->spelling().check({"en_US"});
+  view().setDelegate(&menu_);
+  ASSERT_TRUE(useMouse("mousemove 50 30 click 1 sleep 0.3 type 'mispeled '"));
+  ASSERT_TRUE(waitFor([&] { return evaluateToText("t.value").contains("mispeled "); }));
+  runFor(1s);
+  ASSERT_TRUE(clickAt("50 30"));
+  ASSERT_TRUE(hasHit(1));
+  runFor(500ms);
+  ASSERT_TRUE(useMouse("key Up Return")); // the last of the rows
+  EXPECT_TRUE(waitFor([] {
+    std::ifstream words(std::string(g_get_user_config_dir()) + "/enchant/en_US.dic");
+    return std::string(std::istreambuf_iterator(words), {}) == "mispeled\n";
+  }));
   view().setDelegate(nullptr);
 }
 

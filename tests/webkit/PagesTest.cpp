@@ -139,6 +139,10 @@ TEST_F(PagesTest, ZoomAndContainer) {
   EXPECT_TRUE(waitFor([&] { return evaluate("innerWidth")->as_int64() * 2 == width->as_int64(); }));
   // The container outlives the web view.
   const auto container = glib::share(static_cast<GtkWidget*>(view().nativeView().handle));
+  const auto all = glib::adopt(gtk_widget_observe_controllers(gtk_widget_get_first_child(container.get())));
+  for (guint i = 0; auto* item = static_cast<GtkEventController*>(g_list_model_get_item(all.get(), i)); ++i)
+    if (GTK_IS_GESTURE_ZOOM(glib::adopt(item).get()))
+      EXPECT_EQ(gtk_event_controller_get_propagation_phase(item), GTK_PHASE_NONE) << "magnifies besides";
   view_->setDelegate(nullptr);
   view_.reset();
   EXPECT_EQ(gtk_widget_get_first_child(container.get()), nullptr);
