@@ -47,6 +47,9 @@ enum class PrintResult { done, cancelled, failed };
 // A page that wants its user asked before it goes, and waits meanwhile: true to leave it, false to stay.
 using LeaveReply = base::Reply<bool>;
 
+// Whether the page that the history stands at is loaded with it, or another one comes at once.
+enum class RestoredLoad { page, nothing };
+
 // One page of the web engine with its back-forward list. Main thread only. Shared: its view, the model that
 // shows it and running operations hold it; destroying the last reference ends its page.
 class WebView {
@@ -101,7 +104,7 @@ class WebView {
   // keep, or too much. Costs 170 times their size in memory for a moment.
   virtual std::optional<base::Bytes> interactionState() = 0;
   // False when the bytes are none of this engine's; the web view is then as it was.
-  virtual bool restoreInteractionState(const base::Bytes& state) = 0;
+  virtual bool restoreInteractionState(const base::Bytes& state, RestoredLoad load) = 0;
 
   virtual async::Task<PrintResult> print(PrintSettings settings) = 0;
 

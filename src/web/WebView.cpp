@@ -46,11 +46,14 @@ void WebView::makeWebView() {
   const auto wanted = *viewModel_->urlString;
   const auto* restored = std::get_if<RestoredPage>(&first);
   const bool hasState = restored && restored->state;
-  const bool isRestored = hasState && webView_->restoreInteractionState(*restored->state);
+  const bool isReplaced = restored && restored->isReplaced;
+  const bool isRestored = hasState && webView_->restoreInteractionState(
+                                          *restored->state, isReplaced ? platform::RestoredLoad::nothing
+                                                                       : platform::RestoredLoad::page);
   if (hasState && !isRestored)
     base::Logger("ui").error("The saved state of a tab could not be restored");
 
-  if (popup || (isRestored && !restored->isReplaced))
+  if (popup || (isRestored && !isReplaced))
     return;
   viewModel_->urlString.set(wanted);
   viewModel_->loadURL();

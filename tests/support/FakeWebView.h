@@ -123,12 +123,13 @@ class FakeWebView final : public platform::WebView, public std::enable_shared_fr
     co_return answer ? answer(source) : platform::ScriptResult(boost::json::value());
   }
   std::optional<base::Bytes> interactionState() override { return state; }
-  bool restoreInteractionState(const base::Bytes& bytes) override {
+  bool restoreInteractionState(const base::Bytes& bytes, platform::RestoredLoad load) override {
     restored.push_back(bytes);
     if (!acceptsState)
       return false;
     state = bytes;
-    goTo({bytes.begin(), bytes.end()});
+    if (load == platform::RestoredLoad::page)
+      goTo({bytes.begin(), bytes.end()});
     return true;
   }
   async::Task<platform::PrintResult> print(platform::PrintSettings settings) override {

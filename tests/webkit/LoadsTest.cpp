@@ -131,7 +131,8 @@ TEST_F(LoadsTest, SecondTryOfARestoredPageAddsNothingToItsHistory) {
   RecordingDelegate delegate;
   const auto restored = makeView(delegate);
   show(*restored);
-  ASSERT_TRUE(restored->restoreInteractionState(*state));
+  ASSERT_TRUE(restored->restoreInteractionState(*state, RestoredLoad::page));
+  EXPECT_EQ(restored->url(), server_.url("/two")) << "it tells the address at once";
   ASSERT_TRUE(waitFor([&] { return delegate.errors.size() == 1; }));
   restored->load(server_.url("/two"));
   ASSERT_TRUE(waitFor([&] { return delegate.errors.size() == 2; }));
@@ -147,6 +148,14 @@ TEST_F(LoadsTest, SecondTryOfARestoredPageAddsNothingToItsHistory) {
   restored->setDelegate(nullptr);
 }
 
+TEST_F(LoadsTest, ALoadAfterOneWithinTheDocumentNeedNotWaitLong) {
+  loadUrl(server_.url("/page"));
+  server_.serve("/two", "two");
+  view().load(server_.url("/page#place"));
+  view().load(server_.url("/two"));
+  EXPECT_TRUE(waitFor([&] { return server_.requests("/two") == 1; }, 5s));
+}
+
 TEST_F(LoadsTest, AWayBackThatFailedIsTriedAgainInItsPlace) {
   for (const auto* path : {"/one", "/two", "/three"})
     server_.serve(path, {path, "text/html", {{"Cache-Control", "no-store"}}});
@@ -157,9 +166,8 @@ TEST_F(LoadsTest, AWayBackThatFailedIsTriedAgainInItsPlace) {
   RecordingDelegate delegate;
   const auto other = makeView(delegate); // whose page before must be loaded
   show(*other);
-  ASSERT_TRUE(other->restoreInteractionState(*state));
-  EXPECT_EQ(other->url(), server_.url("/two")) << "it tells the address at once";
-  other->load(server_.url("/three")); // before the restored one is there
+  ASSERT_TRUE(other->restoreInteractionState(*state, RestoredLoad::nothing));
+  other->load(server_.url("/three"));
   ASSERT_TRUE(waitFor([&] { return delegate.count("finish") == 1; }));
   EXPECT_EQ(other->url(), server_.url("/three"));
 
@@ -222,7 +230,11 @@ TEST_F(LoadStatesTest, SilentServerTimesOutOnce) {
 TEST_F(LoadStatesTest, ALoadBeginsWhenTheOneBeforeHasStarted) {
   const std::function<void()> ends[] = {[this] { loads.started(); },
                                         [this] { loads.failed(cancelled, true); },
-                                        [this] { loads.refusedByPolicy(); }, [this] { loop.advance(3s); }};
+                                        [this] { loads.refusedByPolicy(); }, [this] { loop.advance(15s); },
+                                        [this] {
+                                          loads.loadingChanged(false); // it was within the document
+                                          loop.advance(1s);
+                                        }};
   for (const auto& end : ends) {
     loads.abandoned();
     loads.finished();
@@ -238,6 +250,23 @@ TEST_F(LoadStatesTest, ALoadBeginsWhenTheOneBeforeHasStarted) {
   loads.abandoned();
   loads.started();
   EXPECT_EQ(begun, (Events{"a", "c"}));
+}
+
+TEST_F(LoadStatesTest, ThePageBeforeSaysNothingOfTheNext) {
+  loads.restored();
+  loads.requested("b");
+  EXPECT_EQ(begun, Events{}) << "the history's page hasn't started";
+  loads.started();
+  EXPECT_EQ(begun, Events{"b"});
+  loads.committed("a"); // it was on its way
+  loads.requested("c");
+  loads.failed(cancelled, false); // what "a" was still fetching
+  EXPECT_EQ(begun, Events{"b"}) << "nor has this";
+  loads.started();
+  loads.started();
+  EXPECT_EQ(begun, (Events{"b", "c"}));
+  loop.advance(60s);
+  EXPECT_EQ(events, (Events{"commit", "fail -999", "provisional -1001"}));
 }
 
 TEST_F(LoadStatesTest, ReplacedLoadLeavesTheNewOneItsTime) {

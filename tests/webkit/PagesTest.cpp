@@ -23,7 +23,7 @@ TEST_F(PagesTest, InteractionStateBringsBackListAndScrollPosition) {
   view_->setDelegate(nullptr);
   view_.reset();
   delegate_.events.clear();
-  ASSERT_TRUE(view().restoreInteractionState(*state));
+  ASSERT_TRUE(view().restoreInteractionState(*state, RestoredLoad::page));
   ASSERT_TRUE(waitForEvent("finish"));
   EXPECT_EQ(view().url(), server_.url("/two"));
   EXPECT_TRUE(waitFor([&] { return evaluateToText("scrollY") == "1234"; })) << evaluateToText("scrollY");
@@ -40,7 +40,7 @@ TEST_F(PagesTest, DamagedInteractionStateIsRefused) {
   ASSERT_TRUE(good);
   std::mt19937 random(1);
   auto other = makeView(delegate_);
-  EXPECT_FALSE(other->restoreInteractionState({}));
+  EXPECT_FALSE(other->restoreInteractionState({}, RestoredLoad::page));
   for (int i = 0; i < 300; ++i) {
     auto bytes = *good;
     if (i % 3 == 0)
@@ -49,10 +49,10 @@ TEST_F(PagesTest, DamagedInteractionStateIsRefused) {
       bytes[random() % bytes.size()] ^= static_cast<std::uint8_t>(1 + random() % 255);
     else
       std::ranges::generate(bytes, random);
-    ASSERT_FALSE(other->restoreInteractionState(bytes)) << i;
+    ASSERT_FALSE(other->restoreInteractionState(bytes, RestoredLoad::page)) << i;
   }
   EXPECT_EQ(other->url(), std::nullopt);
-  EXPECT_TRUE(other->restoreInteractionState(*good));
+  EXPECT_TRUE(other->restoreInteractionState(*good, RestoredLoad::page));
   other->setDelegate(nullptr);
 }
 

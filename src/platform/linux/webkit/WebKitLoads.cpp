@@ -9,8 +9,11 @@ namespace {
 constexpr std::string_view blankPage = "about:blank";
 
 // The engine loses a load that is asked for while the web process is still being made for another one: it
-// neither commits nor fails (measured, 2.50). A load within the document is never told to have started.
-constexpr std::chrono::seconds longestHold{3};
+// neither commits nor fails (measured, 2.50). Making it takes seconds where the machine is busy.
+constexpr std::chrono::seconds longestHold{15};
+
+// A load within the document is never told to have started: the engine just loads nothing any more.
+constexpr std::chrono::seconds longestQuiet{1};
 
 WebError restrictedPort(const std::string& url) {
   return {WebError::Domain::policy, 103, base::trMark("Not allowed to use restricted network port"), url};
@@ -30,21 +33,42 @@ void WebKitLoads::requested(const std::string& url) {
   requestedUrl_ = url;
   if (hold_)
     return;
-  if (awaitsStart())
+  if (awaitsStart_)
     hold_.emplace(longestHold, [this] { begin(); });
   else
     begin();
 }
 
+void WebKitLoads::restored() {
+  abandoned();
+  awaitsStart_ = true;
+}
+
 void WebKitLoads::begin() {
   hold_.reset();
+  awaitsStart_ = true;
   awaitsCommit_ = true;
-  startedSinceRequest_ = false;
   watchdog_ = async::Timer(commitLimit, [this] { timeOut(); });
   listener_.beginLoad(requestedUrl_);
 }
 
+void WebKitLoads::loadingChanged(bool isLoading) {
+  quiet_.stop();
+  if (!isLoading && awaitsStart_)
+    quiet_ = async::Timer(longestQuiet, [this] { neverStarts(); });
+}
+
+void WebKitLoads::neverStarts() {
+  if (!awaitsStart_)
+    return;
+  if (hold_)
+    begin();
+  else
+    stopWaiting();
+}
+
 void WebKitLoads::stopWaiting() {
+  awaitsStart_ = false;
   awaitsCommit_ = false;
   watchdog_.stop();
 }
@@ -55,15 +79,17 @@ void WebKitLoads::abandoned() {
 }
 
 void WebKitLoads::started() {
-  startedSinceRequest_ = true;
+  awaitsStart_ = false;
   state_ = State::running;
   if (hold_)
     begin();
 }
 
 void WebKitLoads::committed(const std::string& url) {
-  const bool wasRequested = awaitsCommit_;
-  stopWaiting();
+  // What the engine has not started yet is the next one.
+  const bool wasRequested = awaitsCommit_ && !awaitsStart_;
+  if (!awaitsStart_)
+    stopWaiting();
   // The engine shows an empty page in place of one from a port that it never connects to.
   if (wasRequested && url == blankPage && !requestedUrl_.starts_with("about:")) {
     state_ = State::failed;
@@ -82,12 +108,14 @@ void WebKitLoads::finished() {
 }
 
 void WebKitLoads::failed(const WebError& error, bool provisional) {
-  if (hold_ && state_ != State::running) {
+  // The load that a new request replaces ends with a failure of its own before the new one starts.
+  const bool isOfTheOneBefore =
+      awaitsStart_ && (!provisional || state_ == State::running || state_ == State::failed);
+  if (!isOfTheOneBefore && hold_) {
     begin(); // what has failed is the load that nobody wants any more
     return;
   }
-  // The load that a new request replaces ends with a failure of its own before the new one starts.
-  if (!awaitsStart())
+  if (!isOfTheOneBefore)
     stopWaiting();
   if (state_ == State::failed)
     return;
@@ -96,14 +124,16 @@ void WebKitLoads::failed(const WebError& error, bool provisional) {
 }
 
 void WebKitLoads::refusedByPolicy() {
-  if (!awaitsStart())
+  if (!awaitsStart_)
     return;
   if (hold_) {
     begin();
     return;
   }
+  const bool wasRequested = awaitsCommit_;
   stopWaiting();
-  listener_.loadFailed(refused(), true);
+  if (wasRequested)
+    listener_.loadFailed(refused(), true);
 }
 
 void WebKitLoads::released(bool leave) {
@@ -114,8 +144,7 @@ void WebKitLoads::released(bool leave) {
 }
 
 void WebKitLoads::timeOut() {
-  hold_.reset();
-  awaitsCommit_ = false;
+  abandoned();
   state_ = State::failed; // what the engine says of the stop is no second failure
   listener_.loadTimedOut(timedOut(requestedUrl_));
 }

@@ -32,9 +32,11 @@ class WebKitLoads {
 
   explicit WebKitLoads(Listener& listener) : listener_(listener) {}
 
-  // What the program does. A request begins at once, unless the one before it hasn't started yet.
+  // What the program does. A request begins at once, unless what was asked for before hasn't started yet.
   void requested(const std::string& url);
+  void restored();  // the history has asked the engine for its page
   void abandoned(); // stopped, or something other than a load by address took its place
+  bool holdsRequest() const { return hold_.has_value(); }
 
   // What the engine tells.
   void started();
@@ -42,6 +44,7 @@ class WebKitLoads {
   void finished();
   void failed(const WebError& error, bool provisional);
   void refusedByPolicy();
+  void loadingChanged(bool isLoading);
   // The user is asked whether the present page may be left, and has answered: it takes none of the load's
   // time.
   void heldUp() { watchdog_.stop(); }
@@ -50,17 +53,18 @@ class WebKitLoads {
  private:
   // A load waits for its commit from the request on, and is the engine's current one from its start on.
   enum class State { idle, running, committed, failed };
-  bool awaitsStart() const { return awaitsCommit_ && !startedSinceRequest_; }
   void begin();
+  void neverStarts();
   void stopWaiting();
   void timeOut();
 
   Listener& listener_;
   State state_ = State::idle;
-  bool awaitsCommit_ = false;
-  bool startedSinceRequest_ = false;
+  bool awaitsStart_ = false;  // of what the engine was asked for last
+  bool awaitsCommit_ = false; // of a request
   std::string requestedUrl_;
   async::Timer watchdog_;
+  async::Timer quiet_; // while the engine loads nothing, and has not started what it was asked for
   std::optional<async::Timer> hold_; // while the request waits for the start of the one before it
 };
 

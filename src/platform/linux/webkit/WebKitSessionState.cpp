@@ -70,10 +70,7 @@ bool restoreSessionState(WebKitWebView* view, const base::Bytes& bytes) {
   if (!state)
     return false;
   webkit_web_view_restore_session_state(view, state.get());
-  auto* item = webkit_back_forward_list_get_current_item(webkit_web_view_get_back_forward_list(view));
-  if (item)
-    webkit_web_view_go_to_back_forward_list_item(view, item);
-  return item != nullptr;
+  return webkit_back_forward_list_get_current_item(webkit_web_view_get_back_forward_list(view)) != nullptr;
 }
 
 } // namespace ondrel::platform::webkit

@@ -13,7 +13,7 @@ namespace ondrel::platform::webkit {
 // between 0.2 and 0.4 s). Absent when the list is empty.
 std::optional<base::Bytes> sessionStateOf(WebKitWebView* view);
 
-// Puts the list into the view and loads its current page. False, with nothing done, when the bytes are
+// Puts the list into the view, and loads nothing. False, with nothing done, when the bytes are
 // damaged or of another version.
 bool restoreSessionState(WebKitWebView* view, const base::Bytes& bytes);
 

@@ -151,6 +151,8 @@ void WebKitView::loadHTML(const std::string& html) {
 }
 
 void WebKitView::reload() {
+  if (loads_.holdsRequest()) // the page that was asked for comes anyway
+    return;
   loads_.abandoned();
   webkit_web_view_reload(view_.get());
 }
@@ -237,9 +239,13 @@ std::optional<base::Bytes> WebKitView::interactionState() {
   return keepsHistory_ ? sessionStateOf(view_.get()) : std::nullopt;
 }
 
-bool WebKitView::restoreInteractionState(const base::Bytes& state) {
+bool WebKitView::restoreInteractionState(const base::Bytes& state, RestoredLoad load) {
   if (!restoreSessionState(view_.get(), state))
     return false;
+  if (load == RestoredLoad::nothing)
+    return true;
+  loads_.restored();
+  webkit_web_view_go_to_back_forward_list_item(view_.get(), currentItem(view_.get()));
   rememberWantedItem(url().value_or(std::string()));
   return true;
 }

@@ -58,7 +58,7 @@ class WebKitView final : public WebView,
   async::Task<ScriptResult> evaluate(std::string source, std::optional<FrameInfo> frame,
                                      async::Duration deadline) override;
   std::optional<base::Bytes> interactionState() override;
-  bool restoreInteractionState(const base::Bytes& state) override;
+  bool restoreInteractionState(const base::Bytes& state, RestoredLoad load) override;
   async::Task<PrintResult> print(PrintSettings settings) override;
   PageFinder& finder() override { return finder_; }
   NativeView nativeView() override;

@@ -184,6 +184,10 @@ void WebKitView::showDialog(WebKitScriptDialog* dialog) {
 void WebKitView::connectProperties() {
   connections_.push_back(glib::onNotify(
       view_.get(), "uri", [this] { tell([](WebViewDelegate& delegate) { delegate.urlDidChange(); }); }));
+  connections_.push_back(glib::onNotify(view_.get(), "is-loading", [this] {
+    const auto self = shared_from_this();
+    loads_.loadingChanged(webkit_web_view_is_loading(view_.get()) != FALSE);
+  }));
   for (const char* property : {"is-loading", "estimated-load-progress"})
     connections_.push_back(glib::onNotify(view_.get(), property, [this] {
       tell([](WebViewDelegate& delegate) { delegate.loadingDidChange(); });
@@ -236,7 +240,7 @@ bool WebKitView::fillMenu(WebKitContextMenu* menu, const ContextHit& hit) {
 void WebKitView::choose(const MenuRow& row, const ContextHit& hit) {
   const auto gesture = presses_.addChoice();
   if (row.action == MenuAction::copyText)
-    gdk_clipboard_set_text(gtk_widget_get_clipboard(container_.get()), row.text.c_str());
+    gdk_clipboard_set_text(gtk_widget_get_clipboard(container_.get()), text::validUtf8(row.text).c_str());
   else if (row.action == MenuAction::saveLink)
     // The engine tells of it as of each other download, and lets go of it with its end.
     g_object_unref(webkit_web_view_download_uri(view_.get(), hit.linkURL.c_str()));
