@@ -12,16 +12,13 @@ namespace ondrel::app {
 
 using ViewModelPtr = AddressOpener::ViewModel;
 
-namespace {
-
-ViewModelPtr showIn(const BrowserWindows::ActiveWindow& window, const std::string& url) {
+ViewModelPtr AddressOpener::showIn(const ActiveWindow& window, const std::string& url) {
   window.second->show(url);
   window.first->unminimize();
   window.first->present();
+  tabReplaced.emit();
   return window.second;
 }
-
-} // namespace
 
 ViewModelPtr AddressOpener::viewModelAt(const std::string& url) const {
   auto viewModel = tabs_.newViewModel();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/BrowserWindows.h"
+#include "base/Event.h"
 
 #include <functional>
 #include <memory>
@@ -37,9 +38,13 @@ class AddressOpener {
   // In a tab behind the active one, which is loaded when it is shown; none when there is no window.
   ViewModel openTabBehind(const std::string& url);
 
+  // A tab that was there shows another address now.
+  base::Event<> tabReplaced;
+
  private:
   using ActiveWindow = BrowserWindows::ActiveWindow;
 
+  ViewModel showIn(const ActiveWindow& window, const std::string& url);
   ViewModel openBesideLetters(const std::string& url);
   ViewModel viewModelAt(const std::string& url) const;
 

@@ -66,7 +66,9 @@ WindowManager::WindowManager(platform::Application& application, settings::AppSe
   subscriptions_.push_back(settings_.fastmailEnvironmentDidChange.subscribe(
       [this] { later(&WindowManager::environmentChanged); }));
   subscriptions_.push_back(application_.menuOpened.subscribe([this] { copiedLink_.refresh(); }));
-  subscriptions_.push_back(conversation_.pageChanged.subscribe([this] { session_.saveSoon(); }));
+  // A link may come while the keyboard is elsewhere.
+  for (auto* change : {&conversation_.pageChanged, &windows_.changed, &addresses_.tabReplaced})
+    subscriptions_.push_back(change->subscribe([this] { session_.saveSoon(); }));
 }
 
 WindowManager::~WindowManager() = default;
