@@ -336,6 +336,7 @@ class Program {
 struct End {
   int status = EXIT_SUCCESS;
   bool restarts = false;
+  std::vector<std::string> urls = {}; // for the one that is started then
 };
 
 End run(start::CommandLine commandLine, const start::ProgramFolders& folders,
@@ -393,9 +394,9 @@ End run(start::CommandLine commandLine, const start::ProgramFolders& folders,
         g_action_group_activate_action(G_ACTION_GROUP(application.native()), name.c_str(), nullptr);
       });
   });
-  const bool restarts = program && program->restarts();
+  const bool restarts = (program && program->restarts()) || !application.leftOver().empty();
   program.reset();
-  return {status, restarts};
+  return {status, restarts, application.leftOver()};
 }
 
 // The name on the bus would lead the new program to this one.
@@ -429,7 +430,8 @@ int main(int argc, char** argv) {
     break;
   }
   const auto programInfo = ownBundle(commandLine->demo);
-  const auto arguments = commandLine->restartArguments();
+  auto arguments = commandLine->restartArguments();
   const auto end = run(std::move(*commandLine), folders, programInfo);
+  arguments.insert(arguments.end(), end.urls.begin(), end.urls.end());
   return end.restarts ? startAgain(folders, programInfo, arguments) : end.status;
 }

@@ -70,11 +70,10 @@ std::shared_ptr<web::WindowViewModel> MailtoHandler::show(const std::string& add
 
 void MailtoHandler::tellOfCut(web::WindowViewModel& tab, std::string whole) {
   logger_.notice("mailto: the letter is too long for an address, and was cut");
-  tab.noticed.emit(
-      {.text = base::tr("The link is too long for a letter: some of it is missing here."),
-       .button = base::tr("Copy All"),
-       .act = [&clipboard = clipboard_, text = std::move(whole)] { clipboard.writeString(text); },
-       .time = timeToCopy});
+  tab.tell({.text = base::tr("The link is too long for a letter: some of it is missing here."),
+            .button = base::tr("Copy All"),
+            .act = [&clipboard = clipboard_, text = std::move(whole)] { clipboard.writeString(text); },
+            .time = timeToCopy});
 }
 
 } // namespace ondrel::integrations

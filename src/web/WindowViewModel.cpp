@@ -70,6 +70,13 @@ void WindowViewModel::setWebView(const std::shared_ptr<platform::WebView>& webVi
   webViewChanged.emit();
 }
 
+void WindowViewModel::tell(PageNotice told) {
+  if (noticed.hasSubscribers())
+    noticed.emit(told);
+  else
+    pendingNotice = std::move(told);
+}
+
 void WindowViewModel::loadURL() {
   auto text = std::string(base::trimmed(*urlString));
   if (text.empty())

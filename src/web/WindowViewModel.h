@@ -90,9 +90,14 @@ class WindowViewModel : public std::enable_shared_from_this<WindowViewModel> {
   PageDialogs dialogs;
   HangWatch hangWatch{pageProblem};
   base::Event<const PageNotice&> noticed;
+  // What nobody has shown yet; for who begins to follow `noticed`.
+  std::optional<PageNotice> pendingNotice;
   // A file of the user's has been made of its page.
   base::Event<const std::string&> fileMade;
   PageSearch search;
+
+  // Tells of it now, or when the tab is looked at for the first time.
+  void tell(PageNotice told);
 
   // Loads what urlString holds, with "https://" where there is no scheme.
   void loadURL();

@@ -120,5 +120,17 @@ TEST_F(MailtoHandlerTest, OffersWhatDidNotFit) {
   EXPECT_EQ(shell.clipboard.text, text);
 }
 
+TEST_F(MailtoHandlerTest, ALetterBehindKeepsItsOfferUntilItIsSeen) {
+  const auto watching = model(0)->noticed.subscribe([](const web::PageNotice& notice) { notice.act(); });
+  const std::string text(10'000, 'x');
+  handler.handle(*base::Url::parse("mailto:1@x"));
+  handler.handle(*base::Url::parse("mailto:2@x?body=" + text));
+  EXPECT_FALSE(model(0)->pendingNotice);
+  ASSERT_TRUE(model(1)->pendingNotice);
+  EXPECT_EQ(model(1)->pendingNotice->button, "Copy All");
+  model(1)->pendingNotice->act();
+  EXPECT_EQ(shell.clipboard.text, text);
+}
+
 } // namespace
 } // namespace ondrel::integrations

@@ -139,6 +139,18 @@ TEST_F(ApplicationTest, ComesToTheFrontWithTheTokenOfAClick) {
   });
 }
 
+TEST_F(ApplicationTest, KeepsALinkThatComesInTheTurnOfItsEnd) {
+  auto& loop = async::EventLoop::current();
+  const auto end = [&] {
+    application.quit();
+    const auto link = glib::adopt(g_file_new_for_uri("mailto:late@x"));
+    GFile* links[] = {link.get()};
+    g_application_open(G_APPLICATION(application.native()), links, 1, "");
+  };
+  EXPECT_EQ(application.run({}, [&] { loop.post([&] { loop.post(end); }); }), 0);
+  EXPECT_EQ(application.leftOver(), Strings{"mailto:late@x"});
+}
+
 TEST_F(ApplicationTest, PutsWindowsWhereTheyBelong) {
   run([&] {
     const auto a = make("a");

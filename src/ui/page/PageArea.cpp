@@ -5,6 +5,8 @@
 #include "ui/widgets/Widgets.h"
 #include "web/WindowViewModel.h"
 
+#include <utility>
+
 namespace ondrel::ui {
 
 using Kind = web::PageProblem::Kind;
@@ -44,6 +46,8 @@ void PageArea::follow() {
   subscriptions_.push_back(viewModel_->downloads.observe([this] { updateDownloads(); }));
   subscriptions_.push_back(
       viewModel_->noticed.subscribe([this](const web::PageNotice& notice) { notices_.show(notice); }));
+  if (const auto notice = std::exchange(viewModel_->pendingNotice, std::nullopt))
+    notices_.show(*notice);
   mouseOver_.setAddress(*viewModel_->mouseOverString);
   updateLoad();
   updateFind();

@@ -127,15 +127,21 @@ int LinuxApplication::run(std::vector<std::string> urls, std::function<void()> s
   auto* app = G_APPLICATION(application_.get());
   glib::Error error;
   if (!g_application_register(app, nullptr, error.out())) {
+    // One that was faster since we looked may be too busy with its own start for GLib's question.
     logger.error("The session bus refuses the program: {}", error.message());
-    return 1;
-  }
-  if (g_application_get_is_remote(app)) { // another one was faster since we looked
-    g_object_ref(app);                    // GLib warns of the end of one that was never run
     return leaveItToFirst(urls).value_or(EXIT_FAILURE);
+  }
+  if (g_application_get_is_remote(app)) { // another one was faster
+    g_object_ref(app);                    // GLib warns of the end of one that was never run
+    const auto status = leaveItToFirst(urls);
+    if (!status)
+      leftOver_ = std::move(urls);
+    return status.value_or(EXIT_FAILURE);
   }
   const int status = g_application_run(app, 0, nullptr);
   tellTermination();
+  if (!isLaunching_)
+    leftOver_.assign(urls_.begin(), urls_.end());
   return status;
 }
 

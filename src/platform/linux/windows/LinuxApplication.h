@@ -66,6 +66,10 @@ class LinuxApplication final : public Application {
   // The program's menu opens in the desktop's panel, which takes the keyboard for as long as a user chooses.
   void panelMenuOpens() { activity_.lendKeyboard(std::chrono::seconds(5)); }
 
+  // After run(): links for a program that is to be started now. They came while this one was ending, or the
+  // one that was running ended over them.
+  const std::vector<std::string>& leftOver() const { return leftOver_; }
+
   // For actions, accelerators and dialogs in ui/. Borrowed.
   GtkApplication* native() const { return GTK_APPLICATION(application_.get()); }
 
@@ -86,6 +90,7 @@ class LinuxApplication final : public Application {
   bool willTerminateTold_ = false;
   bool terminating_ = false;
   std::deque<std::string> urls_; // not delivered yet
+  std::vector<std::string> leftOver_;
   desktop::ActivationToken activationToken_;
   ActivityTracker activity_;
   std::unique_ptr<WindowSystem> windowSystem_; // from startup on
