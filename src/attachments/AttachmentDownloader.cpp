@@ -113,7 +113,7 @@ async::Task<Result<std::string>> AttachmentDownloader::address(jmap::AttachmentI
   auto href = co_await page_.resolveAttachmentHref(*emailURL, info.blobId);
   if (!href)
     co_return href;
-  logger_.debug("AttachmentDownloader: resolved attachment href {}", *href);
+  logger_.debug("AttachmentDownloader: resolved attachment href {}", base::Private{*href});
   if (!isUserContentAddress(*href, services_.settings))
     co_return failure(Kind::invalidResponse);
   co_return href;
@@ -155,27 +155,17 @@ async::Task<Result<std::string>> AttachmentDownloader::data(jmap::AttachmentInfo
   co_return std::move(response->body);
 }
 
-async::Task<Result<std::string>> AttachmentDownloader::fetchAttachmentData(jmap::AttachmentInfo info) {
-  return runData(queue_.take(), std::move(info));
-}
-
-async::Task<Result<std::string>> AttachmentDownloader::runData(JobQueue::Place place,
-                                                               jmap::AttachmentInfo info) {
-  const bool isTurn = co_await place.turn();
-  if (!isTurn)
-    co_return failure(Kind::cancelled);
-  co_return co_await data(std::move(info));
-}
-
-async::Task<Result<void>> AttachmentDownloader::fetchFile(jmap::AttachmentInfo info, std::string path) {
-  return runFile(queue_.take(), std::move(info), std::move(path));
+async::Task<Result<void>> AttachmentDownloader::fetchFile(jmap::AttachmentInfo info, std::string path,
+                                                          std::function<void()> begun) {
+  return runFile(queue_.take(), std::move(info), std::move(path), std::move(begun));
 }
 
 async::Task<Result<void>> AttachmentDownloader::runFile(JobQueue::Place place, jmap::AttachmentInfo info,
-                                                        std::string path) {
+                                                        std::string path, std::function<void()> begun) {
   const bool isTurn = co_await place.turn();
   if (!isTurn)
     co_return failure(Kind::cancelled);
+  begun();
   const auto size = info.size;
   auto url = co_await address(std::move(info));
   if (!url)

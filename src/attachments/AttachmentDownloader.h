@@ -57,11 +57,10 @@ class AttachmentDownloader {
 
   // Into the Downloads folder, under a name that isn't taken yet. The item tells how it goes.
   std::shared_ptr<web::DownloadItem> download(const jmap::AttachmentInfo& info);
-  // At most HttpClient::largestBody.
-  async::Task<Result<std::string>> fetchAttachmentData(jmap::AttachmentInfo info);
-  // To that path; what is there is replaced.
-  async::Task<Result<void>> fetchFile(jmap::AttachmentInfo info, std::string path);
-  // Of an image or a PDF. `begun` is called when the job waits no longer.
+  // To that path; what is there is replaced. `begun` is called when the job waits no longer.
+  async::Task<Result<void>> fetchFile(jmap::AttachmentInfo info, std::string path,
+                                      std::function<void()> begun);
+  // Of an image or a PDF of at most HttpClient::largestBody; `begun` as above.
   async::Task<Result<platform::PicturePointer>> thumbnail(jmap::AttachmentInfo info,
                                                           std::function<void()> begun);
 
@@ -75,8 +74,8 @@ class AttachmentDownloader {
   async::Task<void> runDownload(JobQueue::Place place, jmap::AttachmentInfo info,
                                 std::shared_ptr<web::DownloadItem> item);
   async::Task<Result<void>> downloadTo(jmap::AttachmentInfo info, std::shared_ptr<web::DownloadItem> item);
-  async::Task<Result<std::string>> runData(JobQueue::Place place, jmap::AttachmentInfo info);
-  async::Task<Result<void>> runFile(JobQueue::Place place, jmap::AttachmentInfo info, std::string path);
+  async::Task<Result<void>> runFile(JobQueue::Place place, jmap::AttachmentInfo info, std::string path,
+                                    std::function<void()> begun);
   async::Task<Result<platform::PicturePointer>> runThumbnail(JobQueue::Place place, jmap::AttachmentInfo info,
                                                              std::function<void()> begun);
 

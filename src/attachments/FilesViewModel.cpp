@@ -50,6 +50,7 @@ async::Task<void> FilesViewModel::loadNextPage() {
   if (*isLoading || *hasLoadedAll)
     co_return;
   isLoading.set(true);
+  hasPageFailed_ = false;
   errorMessage.set(std::nullopt);
   std::int64_t position = 0;
   jmap::Result<jmap::AttachmentPage> page;
@@ -65,6 +66,7 @@ async::Task<void> FilesViewModel::loadNextPage() {
     rows_.append(std::move(page->attachments));
   } else {
     logger_.error("FilesViewModel: failed to load attachments: {}", page.error().description());
+    hasPageFailed_ = true;
     errorMessage.set(page.error().inWords());
   }
   isLoading.set(false);

@@ -54,6 +54,8 @@ class FilesViewModel {
   // Null while there is none.
   platform::PicturePointer thumbnail(const std::string& blobId) const { return thumbnails_.find(blobId); }
   bool isFiltered() const { return rows_.isFiltered(); } // a search or filter is active
+  // The last page that was asked for; errorMessage may be of something else.
+  bool hasPageFailed() const { return hasPageFailed_; }
   // Of the last row, as long as there are more.
   std::optional<Date> oldestLoadedDate() const;
   const std::set<AttachmentCategory>& selectedCategories() const { return selectedCategories_; }
@@ -74,6 +76,9 @@ class FilesViewModel {
   void dropThumbnail(const std::string& blobId) { thumbnails_.drop(blobId); }
   void download(const jmap::AttachmentInfo& info) { actions_.download(info); }
   void preview(const jmap::AttachmentInfo& info) { actions_.preview(info); }
+  // Nobody wants to see the file of the last preview() any more. One whose turn has come is fetched all the
+  // same: it may be wanted again.
+  void dropPreview() { actions_.dropPreview(); }
   void print(const jmap::AttachmentInfo& info);
   void showEmail(const jmap::AttachmentInfo& info) { actions_.showEmail(info); }
   // Path of a copy of the file, fetched unless a preview or an earlier call has done so; absent when that
@@ -93,6 +98,7 @@ class FilesViewModel {
   std::string searchText_;
   std::set<AttachmentCategory> selectedCategories_;
   std::int64_t emailsLoaded_ = 0; // the next page's position
+  bool hasPageFailed_ = false;
 };
 
 } // namespace ondrel::attachments

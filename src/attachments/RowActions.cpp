@@ -1,5 +1,6 @@
 #include "attachments/RowActions.h"
 
+#include "async/sleep.h"
 #include "attachments/AttachmentDownloader.h"
 #include "attachments/FileName.h"
 #include "jmap/mail/MailQueries.h"
@@ -57,21 +58,28 @@ std::optional<std::string> RowActions::fetched(const std::string& blobId) const 
   return found->second;
 }
 
-async::Task<std::optional<std::string>> RowActions::fetchFile(jmap::AttachmentInfo info) {
+async::Task<std::optional<std::string>> RowActions::fetch(std::string_view action, jmap::AttachmentInfo info,
+                                                          std::function<void()> begun) {
   if (auto path = fetched(info.blobId))
     return at(*std::move(path));
   auto path = services_.directories.temporary() + "/" + previewName(info.blobId, info.name);
-  auto fetching = services_.downloader.fetchFile(info, path);
-  return keepFile(std::move(info), std::move(path), std::move(fetching));
+  auto fetching = services_.downloader.fetchFile(info, path, std::move(begun));
+  return keepFile(action, std::move(info), std::move(path), std::move(fetching));
 }
 
-async::Task<std::optional<std::string>> RowActions::keepFile(jmap::AttachmentInfo info, std::string path,
+async::Task<std::optional<std::string>> RowActions::fetchFile(jmap::AttachmentInfo info) {
+  return fetch("preview", std::move(info), [] {});
+}
+
+async::Task<std::optional<std::string>> RowActions::keepFile(std::string_view action,
+                                                             jmap::AttachmentInfo info, std::string path,
                                                              async::Task<Result<void>> fetching) {
   const auto done = co_await std::move(fetching);
-  if (!done) {
-    fail("preview", info, done.error().description());
+  const bool isTakenBack = co_await async::cancelled();
+  if (!done && !isTakenBack)
+    fail(action, info, done.error().description());
+  if (!done)
     co_return std::nullopt;
-  }
   files_.insert_or_assign(info.blobId, path);
   co_return path;
 }
@@ -84,40 +92,56 @@ void RowActions::showFile(const std::string& blobId, const std::string& path) {
 }
 
 void RowActions::preview(const jmap::AttachmentInfo& info) {
+  dropPreview();
   if (const auto path = fetched(info.blobId)) {
     showFile(info.blobId, *path);
     return;
   }
   markBusy(info.id, true);
-  scope_.spawn(showWhenFetched(info, fetchFile(info)));
+  preview_ = {.id = info.id, .task = {}, .isWaiting = true};
+  auto fetching = fetch("preview", info, [this, id = info.id] {
+    if (preview_.id == id)
+      preview_.isWaiting = false;
+  });
+  preview_.task = scope_.spawn(showWhenFetched(info, std::move(fetching)));
+}
+
+void RowActions::dropPreview() {
+  if (!preview_.isWaiting)
+    return;
+  auto dropped = std::exchange(preview_, Preview());
+  dropped.task.cancel();
+  markBusy(dropped.id, false);
 }
 
 async::Task<void> RowActions::showWhenFetched(jmap::AttachmentInfo info,
                                               async::Task<std::optional<std::string>> fetching) {
   const auto path = co_await std::move(fetching);
+  const bool isTakenBack = co_await async::cancelled();
+  if (isTakenBack)
+    co_return;
   if (path)
     showFile(info.blobId, *path);
   markBusy(info.id, false);
 }
 
 void RowActions::print(const jmap::AttachmentInfo& info, std::optional<platform::DocumentKind> kind) {
+  if (!kind) {
+    fail("print", info, AttachmentError{AttachmentError::Kind::invalidResponse}.description());
+    return;
+  }
   markBusy(info.id, true);
-  scope_.spawn(printWhenFetched(info, kind, services_.downloader.fetchAttachmentData(info)));
+  scope_.spawn(printWhenFetched(info, *kind, fetch("print", info, [] {})));
 }
 
-async::Task<void> RowActions::printWhenFetched(jmap::AttachmentInfo info,
-                                               std::optional<platform::DocumentKind> kind,
-                                               async::Task<Result<std::string>> fetching) {
-  auto data = co_await std::move(fetching);
+async::Task<void> RowActions::printWhenFetched(jmap::AttachmentInfo info, platform::DocumentKind kind,
+                                               async::Task<std::optional<std::string>> fetching) {
+  auto path = co_await std::move(fetching);
   markBusy(info.id, false);
-  if (data && !kind)
-    data = std::unexpected(AttachmentError{AttachmentError::Kind::invalidResponse});
-  if (!data) {
-    fail("print", info, data.error().description());
+  if (!path)
     co_return;
-  }
   const auto problem =
-      co_await services_.printer.print(std::move(*data), *kind, info.name, services_.frontWindow());
+      co_await services_.printer.print(*std::move(path), kind, info.name, services_.frontWindow());
   if (problem)
     fail("print", info, *problem);
 }

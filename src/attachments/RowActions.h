@@ -10,6 +10,7 @@
 #include "jmap/mail/AttachmentInfo.h"
 #include "platform/documents/DocumentDecoder.h"
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -33,7 +34,9 @@ class RowActions {
       : services_(services), errorMessage_(errorMessage) {}
 
   void download(const jmap::AttachmentInfo& info);
+  // Takes the place of the preview before it, if that still waits.
   void preview(const jmap::AttachmentInfo& info);
+  void dropPreview(); // see FilesViewModel
   // An image or a PDF; of other attachments it says that they can't be printed.
   void print(const jmap::AttachmentInfo& info, std::optional<platform::DocumentKind> kind);
   void showEmail(const jmap::AttachmentInfo& info);
@@ -48,17 +51,27 @@ class RowActions {
   base::Event<const std::string& /*id*/> busyChanged;
 
  private:
+  // The last one that was asked for.
+  struct Preview {
+    std::string id;
+    async::TaskHandle task;
+    bool isWaiting = false; // for jobs before it
+  };
+
   void markBusy(const std::string& id, bool isBusy);
   void fail(std::string_view action, const jmap::AttachmentInfo& info, const std::string& reason);
   // The path of a file that has been fetched and is still there.
   std::optional<std::string> fetched(const std::string& blobId) const;
   void showFile(const std::string& blobId, const std::string& path);
-  async::Task<std::optional<std::string>> keepFile(jmap::AttachmentInfo info, std::string path,
-                                                   async::Task<Result<void>> fetching);
+  // The action for the log. `begun` is called when it waits no longer.
+  async::Task<std::optional<std::string>> fetch(std::string_view action, jmap::AttachmentInfo info,
+                                                std::function<void()> begun);
+  async::Task<std::optional<std::string>> keepFile(std::string_view action, jmap::AttachmentInfo info,
+                                                   std::string path, async::Task<Result<void>> fetching);
   async::Task<void> showWhenFetched(jmap::AttachmentInfo info,
                                     async::Task<std::optional<std::string>> fetching);
-  async::Task<void> printWhenFetched(jmap::AttachmentInfo info, std::optional<platform::DocumentKind> kind,
-                                     async::Task<Result<std::string>> fetching);
+  async::Task<void> printWhenFetched(jmap::AttachmentInfo info, platform::DocumentKind kind,
+                                     async::Task<std::optional<std::string>> fetching);
   async::Task<void> findAndShowEmail(jmap::AttachmentInfo info);
   async::Task<void> retire(std::shared_ptr<web::DownloadItem> item);
 
@@ -67,6 +80,7 @@ class RowActions {
   const base::Logger logger_{"network"};
   std::map<std::string, std::string> files_; // paths by blob id
   std::multiset<std::string> busy_;          // one for each action
+  Preview preview_;
   async::Scope scope_;
 };
 

@@ -29,6 +29,7 @@ class FilePanel final : public PreviewPanel {
  private:
   PreviewWindow window_;
   const std::function<GtkWindow*()> parent_;
+  const base::Subscription closes_ = window_.closed.subscribe([this] { closed.emit(); });
 };
 
 } // namespace ondrel::ui

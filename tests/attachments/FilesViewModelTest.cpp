@@ -46,10 +46,10 @@ TEST_F(FilesViewModelTest, LoadsPagesUntilTheEnd) {
   client.answerOnly("Email/query", "{}");
   load();
   EXPECT_EQ(**model.errorMessage, "Unexpected JMAP response format.");
-  EXPECT_FALSE(*model.isLoading);
+  EXPECT_TRUE(!*model.isLoading && model.hasPageFailed());
   client.answerOnly("Email/query", reply({R"({"ids":[],"total":0})", R"({"list":[]})"}));
   load();
-  EXPECT_TRUE(*model.hasLoadedAll && !*model.errorMessage);
+  EXPECT_TRUE(*model.hasLoadedAll && !*model.errorMessage && !model.hasPageFailed());
   const auto requests = client.sent.size();
   load();
   EXPECT_EQ(client.sent.size(), requests);
@@ -90,8 +90,8 @@ TEST_F(FilesViewModelTest, DoesWhatItsRowsAreAskedFor) {
   EXPECT_EQ(shown, (std::vector<std::string>{"/tmp/preview-G1.PNG", "-", "/tmp/preview-G1.PNG"}));
   files.files.clear(); // by whoever cleans up there
   model.preview(info("../G5", "../.../none"));
-  model.preview(picture);
   serve({"5"});
+  model.preview(picture);
   serve({"PNG"});
   EXPECT_EQ(files.files.size(), 2U);
   EXPECT_TRUE(files.files.contains("/tmp/preview-..-G5"));
@@ -99,9 +99,9 @@ TEST_F(FilesViewModelTest, DoesWhatItsRowsAreAskedFor) {
   for (const auto& row : {picture, text, pdf})
     model.print(row);
   model.showEmail(pdf);
+  serve({"PDF"});
   loop.advance(1min);
-  EXPECT_EQ(printer.jobs, (std::vector<std::string>{"a.b.PNG: data of https://x.usercontent.example/it",
-                                                    "p: data of https://x.usercontent.example/it"}));
+  EXPECT_EQ(printer.jobs, (std::vector<std::string>{"a.b.PNG: /tmp/preview-G1.PNG", "p: /tmp/preview-G4"}));
   EXPECT_EQ(**model.errorMessage, "Download failed (unexpected response).");
   EXPECT_EQ(opened, (std::vector<std::string>{"https://app.example.com/mail/Inbox/T1.M1?u=123 M1"}));
 
@@ -131,6 +131,23 @@ TEST_F(FilesViewModelTest, DoesWhatItsRowsAreAskedFor) {
   EXPECT_EQ(watched, 1);
   loop.advance(2s);
   EXPECT_TRUE(model.downloads->empty());
+}
+
+TEST_F(FilesViewModelTest, FetchesOfManyPreviewsTheOneThatRunsAndTheLast) {
+  const auto row = [](int i) { return info(fmt::format("G{}", i), "a.png"); };
+  model.preview(row(0));
+  loop.runUntilIdle(); // it is its turn
+  for (int i = 1; i < 10; ++i)
+    model.preview(row(i));
+  EXPECT_TRUE(model.isBusy(row(0).id) && !model.isBusy(row(8).id) && model.isBusy(row(9).id));
+  serve({"0"});
+  serve({"9"});
+  model.preview(row(10));
+  model.dropPreview();
+  loop.advance(1min);
+  EXPECT_EQ(http.opened.size(), 2U);
+  EXPECT_EQ(**model.previewURL, "/tmp/preview-G9.png");
+  EXPECT_TRUE(!*model.errorMessage && !model.isBusy(row(0).id) && !model.isBusy(row(10).id));
 }
 
 TEST_F(FilesViewModelTest, ShowsAndTellsWhatTheFilterLetsThrough) {

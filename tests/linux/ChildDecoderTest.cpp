@@ -1,5 +1,6 @@
 #include "platform/linux/decoding/ChildDecoder.h"
 
+#include "async/sleep.h"
 #include "platform/linux/decoding/GtkDocumentPrinter.h"
 #include "platform/linux/glib/GlibEventLoop.h"
 #include "support/MainLoop.h"
@@ -204,7 +205,8 @@ TEST_F(ChildDecoderTest, PrintsPagesThatFitThePaper) {
   if (!support::PdfPage::canBeDrawn() || !gtk_init_check())
     GTEST_SKIP() << "needs a display and pdftoppm";
   GtkDocumentPrinter printer(decoder, folder.file("out.pdf"));
-  EXPECT_EQ(wait(printer.print(pdf({{2000, 900}}), DocumentKind::pdf, "wide", nullptr)), std::nullopt);
+  folder.write("wide.pdf", pdf({{2000, 900}}));
+  EXPECT_EQ(wait(printer.print(folder.file("wide.pdf"), DocumentKind::pdf, "wide", nullptr)), std::nullopt);
   auto page = support::PdfPage::draw(folder.file("out.pdf"));
   ASSERT_TRUE(page);
   // As wide as the turned paper less its margins, which are a quarter of an inch and 0.56, and in the middle
@@ -215,8 +217,35 @@ TEST_F(ChildDecoderTest, PrintsPagesThatFitThePaper) {
   EXPECT_NEAR(page->margins().top, page->margins().bottom, 4);
   EXPECT_GT(page->margins().top, 80 * dot);
 
-  const auto failure = wait(printer.print("text", DocumentKind::image, "none", nullptr));
+  folder.write("text", "text");
+  const auto failure = wait(printer.print(folder.file("text"), DocumentKind::image, "none", nullptr));
   EXPECT_TRUE(failure && failure->contains("damaged"));
+}
+
+async::Task<void> endWhenBegun(std::optional<GtkDocumentPrinter>& printer, std::string path) {
+  while (!std::filesystem::exists(path))
+    (void)co_await async::sleep(1ms);
+  printer.reset();
+}
+
+TEST_F(ChildDecoderTest, PrintsOnWithoutTheAskerAndStopsWithThePrinter) {
+  if (!gtk_init_check())
+    GTEST_SKIP() << "needs a display";
+  folder.write("long.pdf", pdf(std::vector<Page>(20, {600, 800})));
+  const auto path = folder.file("long.pdf");
+  std::optional<GtkDocumentPrinter> printer(std::in_place, decoder, folder.file("out.pdf"));
+  std::optional<std::optional<std::string>> unseen;
+  {
+    async::Scope window;
+    window.spawn(support::keepResult(printer->print(path, DocumentKind::pdf, "long", nullptr), &unseen));
+  }
+  EXPECT_TRUE(support::runUntil([&] { return folder.content("out.pdf").contains("%%EOF"); }));
+
+  // One that waited for its page would never let the toolkit's own loop end.
+  printer.emplace(decoder, folder.file("cut.pdf"));
+  scope.spawn(endWhenBegun(printer, folder.file("cut.pdf")));
+  EXPECT_EQ(wait(printer->print(path, DocumentKind::pdf, "cut", nullptr)), std::nullopt);
+  EXPECT_FALSE(printer);
 }
 
 } // namespace

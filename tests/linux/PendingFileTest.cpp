@@ -4,8 +4,10 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <optional>
 #include <sys/stat.h>
+#include <thread>
 
 namespace ondrel::platform {
 namespace {
@@ -70,6 +72,20 @@ TEST_F(PendingFileTest, RemovesWhatACrashHasLeftAndNothingElse) {
   EXPECT_TRUE(fs::exists(running->path()));
   EXPECT_EQ(folder.names().size(), 4U);
   EXPECT_FALSE(fs::exists(folder.file(".ondrel-a1B2c3")));
+}
+
+TEST_F(PendingFileTest, KeepsItsFolderWhileOthersSweep) {
+  std::atomic<int> lost = 0;
+  const auto work = [&](const std::string& name) {
+    for (int i = 0; i < 1000; ++i) {
+      const auto file = make(name);
+      lost += file && fs::exists(file->path()) ? 0 : 1;
+    }
+  };
+  {
+    const std::jthread one(work, "one"), two(work, "two");
+  }
+  EXPECT_EQ(lost, 0);
 }
 
 } // namespace

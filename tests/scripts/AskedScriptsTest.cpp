@@ -26,6 +26,30 @@ TEST_F(AskedScriptsTest, AnAttachmentsLinkIsFoundInTheUnfoldedConversation) {
             value(boost::json::object{{"_linkCount", 2}}));
 }
 
+TEST_F(AskedScriptsTest, ASenderHasNoSayInWhichLinkIsAnAttachments) {
+  const std::string text = "<div class=v-MessageCard><div class=v-Message-body>";
+  const std::string link = "<a href=https://x.usercontent.example/G1/own></a>";
+  const std::string traps[] = {text + link + "</div></div>",
+                               text + "<div class=v-MessageCard>" + link + "</div></div></div>",
+                               "<div class=v-RichText-input contenteditable=true>" + link + "</div>",
+                               "<a href=https://evil.example/?x.usercontent.example/G1></a>",
+                               "<a href=https://x.usercontent.example.evil.example/G1></a>",
+                               "<a href=https://evilusercontent.example/G1></a>",
+                               "<a href=ftp://x.usercontent.example/G1></a>",
+                               "<a href='https://x.usercontent.example/G2#G1'></a>",
+                               text + "<i class=v-MessageCard-showMore></i><div class='v-MessageCard "
+                                      "is-collapsed'><i class=v-MessageCard-header></i></div></div></div>"};
+  const auto call = asked("attachmentLink") + R"(("G1", "usercontent.example"))";
+  for (const auto& trap : traps) {
+    loadHtml("<!doctype html>" + trap +
+             "<div class=v-MessageView><div class=v-MessageCard>"
+             "<a href=https://x.usercontent.example:8443/b/G1></a></div></div>");
+    evaluate("clicks = 0; addEventListener('click', () => ++clicks); 0");
+    EXPECT_EQ(evaluate(call), value("https://x.usercontent.example:8443/b/G1")) << trap;
+    EXPECT_EQ(evaluate("clicks"), value(0)) << trap;
+  }
+}
+
 TEST_F(AskedScriptsTest, TheMessageIsOpenedAndItsThreadFocused) {
   const auto select = asked("selectRowScript") + R"(("M1", "T1"))";
   const std::string rows = "<li id=o class=is-focused><a href=/mail/Inbox/T2.M9></a></li>"

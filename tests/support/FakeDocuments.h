@@ -24,9 +24,9 @@ class FakeContentTypes final : public platform::ContentTypes {
 
 class FakePrinter final : public platform::DocumentPrinter {
  public:
-  async::Task<std::optional<std::string>> print(std::string data, platform::DocumentKind, std::string jobName,
+  async::Task<std::optional<std::string>> print(std::string path, platform::DocumentKind, std::string jobName,
                                                 std::shared_ptr<platform::Window>) override {
-    jobs.push_back(jobName + ": " + data);
+    jobs.push_back(jobName + ": " + path);
     co_return std::nullopt;
   }
 

@@ -3,6 +3,7 @@
 #include "ShellTest.h"
 #include "support/FakeAttachments.h"
 #include "support/FakeTextFormatting.h"
+#include "support/TemporaryFolder.h"
 #include "ui/attachments/AttachmentDrag.h"
 
 #include <adwaita.h>
@@ -28,7 +29,10 @@ struct FakePanel final : PreviewPanel {
   void showError(const std::string& text) override { calls.push_back("error " + text); }
   void setNeighbours(Neighbours neighbours) override { beside = neighbours; }
   bool isOpen() const override { return open; }
-  void close() override { open = false; }
+  void close() override {
+    open = false;
+    closed.emit();
+  }
 
   std::vector<std::string> calls;
   std::function<void(int)> neighbour;
@@ -214,6 +218,7 @@ TEST_F(FilesWindowTest, PreviewsWhatWasAskedForLast) {
   EXPECT_TRUE(panel.calls.empty()) << "none is selected";
   press(list(), GDK_KEY_Home);
   press(list(), GDK_KEY_space);
+  advance(1s);
   press(list(), GDK_KEY_Down);
   press(list(), GDK_KEY_space);
   advance(1s);
@@ -244,10 +249,103 @@ TEST_F(FilesWindowTest, PreviewsWhatWasAskedForLast) {
   EXPECT_TRUE(panel.calls.empty()) << "the selected row is filtered out";
 }
 
+TEST_F(FilesWindowTest, PreviewsNothingThatNobodyWaitsFor) {
+  addMail();
+  open();
+  advance(2s);
+  press(list(), GDK_KEY_Home);
+  press(list(), GDK_KEY_space);
+  serve();
+  panel.neighbour(1);
+  ASSERT_TRUE(shell.loop.runUntil([&] { return service.http.feeds.size() > served; }, 1min));
+  panel.close();
+  serve();
+  EXPECT_EQ(panel.calls.back(), "loading Plan.pdf") << "it was closed before the file came";
+}
+
+TEST_F(FilesWindowTest, KnowsAnOldErrorFromTheReasonOfThePreview) {
+  addMail();
+  open();
+  advance(2s);
+  service.http.openFailure = support::FakeHttpClient::failure("refused");
+  press(list(), GDK_KEY_Home);
+  press(list(), GDK_KEY_space);
+  advance(5s);
+  service.http.openFailure.reset();
+  service.client.delay = 1s;
+  press(list(), GDK_KEY_Return);
+  press(list(), GDK_KEY_space); // while the email is looked for
+  serve();
+  ASSERT_EQ(panel.calls.size(), 1U);
+  EXPECT_TRUE(panel.calls[0].starts_with("show a.png"));
+}
+
+TEST_F(FilesWindowTest, FollowsTheEndPastPagesWithoutARow) {
+  std::vector<std::vector<File>> few(30);
+  const std::vector<std::vector<File>> none(30);
+  few[0] = {{.name = "first.png"}};
+  service.addPage(0, few, 91);
+  service.addPage(30, none, 91);
+  service.addPage(60, none, 91);
+  service.addPage(90, {{{.name = "last.zip", .type = "application/zip"}}}, 91);
+  open();
+  advance(2s);
+  advance(2s);
+  EXPECT_EQ(names(), (std::vector<std::string>{"first.png", "last.zip"}));
+}
+
+TEST_F(FilesWindowTest, FollowsTheEndAfterAPreviewThatFailed) {
+  addMail();
+  open();
+  advance(2s);
+  service.http.openFailure = support::FakeHttpClient::failure("refused");
+  press(list(), GDK_KEY_Home);
+  press(list(), GDK_KEY_space);
+  advance(5s);
+  auto* scroll = gtk_scrollable_get_vadjustment(GTK_SCROLLABLE(list()));
+  gtk_adjustment_set_value(scroll, gtk_adjustment_get_upper(scroll));
+  advance(2s);
+  EXPECT_EQ(names().back(), "last.zip");
+}
+
+TEST_F(FilesWindowTest, GivesTheKeyboardBackAfterARefreshUnlessItIsElsewhere) {
+  addMail();
+  open();
+  advance(2s);
+  service.client.delay = 1s;
+  for (const bool isElsewhere : {false, true}) {
+    press(list(), GDK_KEY_Home);
+    addMail();
+    press(find(root, "files"), GDK_KEY_F5);
+    advance(0s);
+    advance(500ms);
+    EXPECT_TRUE(rows().empty());
+    if (isElsewhere)
+      gtk_widget_grab_focus(find(root, "attachments-search"));
+    advance(5s);
+    auto* focus = gtk_root_get_focus(gtk_widget_get_root(root));
+    EXPECT_EQ(focus && gtk_widget_get_parent(focus) == list(), !isElsewhere);
+  }
+}
+
+TEST(DraggedCopiesTest, HaveTheirNamesUntilTheyGo) {
+  const support::TemporaryFolder folder;
+  folder.write("preview-G1", "bytes");
+  {
+    DraggedCopies copies;
+    const auto path = copies.add(folder.file("preview-G1"), "a b.png");
+    EXPECT_TRUE(path.ends_with("/a b.png"));
+    EXPECT_EQ(folder.content(path.substr(folder.path().size() + 1)), "bytes");
+    EXPECT_EQ(copies.add(folder.file("none"), "b"), folder.file("none"));
+  }
+  EXPECT_EQ(folder.names(), std::set<std::string>{"preview-G1"});
+}
+
 TEST_F(FilesWindowTest, DropsWaitForTheFile) {
   const auto model = service.makeModel();
   auto view = glib::share(gtk_label_new(nullptr));
-  AttachmentDrag drag(view.get(), *model, [](double, double) { return nullptr; });
+  AttachmentDrag drag(view.get(), *model, std::make_shared<DraggedCopies>(),
+                      [](double, double) { return nullptr; });
   const jmap::AttachmentInfo info{"M1-G1", "M1", "G1", "a b.png", "image/png", 5, "S", "F", {}};
   const auto drop = [&](const char*& outcome) {
     const auto provider = drag.provider(info);

@@ -119,7 +119,10 @@ TEST_F(PreviewWindowTest, ShowsTheLastFileWhicheverComesFirst) {
 
   pages.opening = 2s;
   show("slow.png", "image/png");
+  int closed = 0;
+  const auto closing = preview.closed.subscribe([&] { ++closed; });
   preview.close();
+  EXPECT_EQ(closed, 1);
   shell.loop.advance(5s);
   EXPECT_FALSE(preview.isOpen());
   EXPECT_EQ(pages.open, 0);

@@ -1,6 +1,7 @@
 // The service's web application, as far as the scripts know it: its classes, its elements, its own objects.
 
-const CONTAINER_SELECTOR = '.v-Message-body, .v-MessageView, .v-MessageView-body';  // around a message's text
+const TEXT_SELECTOR = '.v-Message-body, .v-MessageView-body';   // of a message
+const CONTAINER_SELECTOR = `${TEXT_SELECTOR}, .v-MessageView`;  // around a message's text
 const CARD_SELECTOR = '.v-MessageCard';
 const SHOW_MORE_SELECTOR = '.v-MessageCard-showMore';
 const COLLAPSED_HEADER_SELECTOR = '.v-MessageCard.is-collapsed .v-MessageCard-header';

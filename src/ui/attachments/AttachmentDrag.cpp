@@ -1,12 +1,8 @@
 #include "ui/attachments/AttachmentDrag.h"
 
 #include "async/Future.h"
-#include "base/Text.h"
 #include "base/Translation.h"
 
-#include <glib/gstdio.h>
-
-#include <unistd.h>
 #include <utility>
 
 namespace ondrel::ui {
@@ -77,21 +73,11 @@ void ondrel_dragged_file_provider_class_init(ProviderClass* type) {
   };
 }
 
-// Under the name that it has in the mail, whatever the copy of it is called. The same bytes on the disk.
-std::string named(const std::string& path, const std::string& name) {
-  const glib::CString folder(g_path_get_dirname(path.c_str()));
-  auto own = std::string(folder.get()) + "/dragged-XXXXXX";
-  if (!g_mkdtemp(own.data()))
-    return path;
-  const auto link = own + "/" + base::safeFileName(name, "Attachment");
-  return ::link(path.c_str(), link.c_str()) == 0 ? link : path;
-}
-
-async::Task<void> fetch(attachments::FilesViewModel& files, jmap::AttachmentInfo attachment,
-                        std::shared_ptr<DraggedFile> file) {
+async::Task<void> fetch(attachments::FilesViewModel& files, DraggedCopies& copies,
+                        jmap::AttachmentInfo attachment, std::shared_ptr<DraggedFile> file) {
   const auto name = attachment.name;
   const auto path = co_await files.fetchFile(std::move(attachment));
-  file->end(path ? std::optional(named(*path, name)) : std::nullopt);
+  file->end(path ? std::optional(copies.add(*path, name)) : std::nullopt);
 }
 
 glib::Ref<GdkPaintable> iconFor(GtkWidget* widget, const std::string& mimeType) {
@@ -136,14 +122,15 @@ glib::Ref<GdkContentProvider> AttachmentDrag::provider(const jmap::AttachmentInf
   const auto file = std::make_shared<DraggedFile>();
   std::erase_if(files_, [](const auto& each) { return each.expired(); });
   files_.push_back(file);
-  scope_.spawn(fetch(viewModel_, attachment, file));
+  scope_.spawn(fetch(viewModel_, *copies_, attachment, file));
   auto* made = static_cast<Provider*>(g_object_new(ondrel_dragged_file_provider_get_type(), nullptr));
   made->file = new std::shared_ptr(file);
   return glib::adopt(GDK_CONTENT_PROVIDER(made));
 }
 
-AttachmentDrag::AttachmentDrag(GtkWidget* view, attachments::FilesViewModel& viewModel, RowAt rowAt)
-    : view_(view), viewModel_(viewModel) {
+AttachmentDrag::AttachmentDrag(GtkWidget* view, attachments::FilesViewModel& viewModel,
+                               std::shared_ptr<DraggedCopies> copies, RowAt rowAt)
+    : view_(view), viewModel_(viewModel), copies_(std::move(copies)) {
   auto* source = gtk_drag_source_new();
   gtk_drag_source_set_actions(source, GDK_ACTION_COPY);
   connections_.push_back(glib::connect<GdkContentProvider*(GtkDragSource*, double, double)>(

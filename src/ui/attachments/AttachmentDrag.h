@@ -4,6 +4,7 @@
 #include "attachments/FilesViewModel.h"
 #include "platform/linux/glib/Connection.h"
 #include "platform/linux/glib/Ref.h"
+#include "ui/attachments/DraggedCopies.h"
 
 #include <gtk/gtk.h>
 
@@ -23,7 +24,8 @@ class AttachmentDrag {
   using RowAt = std::function<const jmap::AttachmentInfo*(double x, double y)>;
 
   // The view and the model outlive it.
-  AttachmentDrag(GtkWidget* view, attachments::FilesViewModel& viewModel, RowAt rowAt);
+  AttachmentDrag(GtkWidget* view, attachments::FilesViewModel& viewModel,
+                 std::shared_ptr<DraggedCopies> copies, RowAt rowAt);
   ~AttachmentDrag();
   AttachmentDrag(const AttachmentDrag&) = delete;
   AttachmentDrag& operator=(const AttachmentDrag&) = delete;
@@ -36,6 +38,7 @@ class AttachmentDrag {
 
   GtkWidget* view_;
   attachments::FilesViewModel& viewModel_;
+  const std::shared_ptr<DraggedCopies> copies_;
   glib::Ref<GtkEventController> source_;
   std::vector<std::weak_ptr<DraggedFile>> files_; // that somebody may wait for
   std::vector<glib::Connection> connections_;

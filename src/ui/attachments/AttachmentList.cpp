@@ -19,6 +19,12 @@ constexpr std::chrono::milliseconds restTime{120};
 // Filled beyond the edges, so that a step of the wheel shows no empty row.
 constexpr std::size_t margin = 2;
 
+// Of the whole top-level.
+GtkWidget* focusOf(GtkWidget* widget) {
+  auto* root = gtk_widget_get_root(widget);
+  return root ? gtk_root_get_focus(root) : nullptr;
+}
+
 } // namespace
 
 // A widget with the row that it shows for the time being.
@@ -218,8 +224,8 @@ void AttachmentList::look() {
   if (hasNew)
     rest_ = async::Timer(restTime, [this] { rest(); });
   gtk_widget_queue_allocate(view_.get());
-  if (std::exchange(hasLostFocus_, false))
-    focusRow();
+  if (hasLostFocus_ && count > 0)
+    takeBackFocus();
   isFootInSight_ = hasFoot_ && count > 0 && page_ > 1 && value + page_ > static_cast<double>(count) * height_;
   if (isFootInSight_)
     events_.endReached();
@@ -249,7 +255,11 @@ void AttachmentList::fill(Slot& slot, std::size_t position) {
 }
 
 void AttachmentList::leave(Slot& slot) {
-  hasLostFocus_ = hasLostFocus_ || gtk_widget_get_focus_child(view_.get()) == slot.row.widget();
+  if (!hasLostFocus_ && gtk_widget_get_focus_child(view_.get()) == slot.row.widget()) {
+    hasLostFocus_ = true;
+    focusSince_.reset();
+    loss_ = async::Timer(restTime, [this] { focusSince_ = focusOf(view_.get()); });
+  }
   slot.position.reset();
   gtk_widget_set_child_visible(slot.row.widget(), FALSE);
   slot.row.setThumbnail(nullptr);
@@ -296,6 +306,14 @@ bool AttachmentList::focusRow() {
   if (!slot)
     slot = slotAt(top.value_or(0));
   return slot && gtk_widget_grab_focus(slot->row.widget());
+}
+
+// Unless the user has put it elsewhere while there were no rows.
+void AttachmentList::takeBackFocus() {
+  hasLostFocus_ = false;
+  loss_.stop();
+  if (!focusSince_ || *focusSince_ == focusOf(view_.get()))
+    focusRow();
 }
 
 // Tab goes to one row, to its button, to the foot and on: the arrow keys go from row to row.
@@ -358,7 +376,7 @@ bool AttachmentList::handleKey(guint key) {
   // Behind the last row comes the foot.
   if (at == count - 1 && to > at) {
     // Where the end loads more by itself, the button would go from under the keyboard.
-    if (files_.isFiltered() || *files_.errorMessage)
+    if (files_.isFiltered() || files_.hasPageFailed())
       focusFoot(GTK_DIR_TAB_FORWARD);
     else
       gtk_adjustment_set_value(scroll_, gtk_adjustment_get_upper(scroll_));
@@ -412,7 +430,10 @@ bool AttachmentList::goTo(const Place& place, bool isNearEnough) {
   // The foot may be lower in a moment.
   if (!isNearEnough && value > static_cast<double>(files_.rowCount()) * height_ - page_)
     return false;
+  const bool hasFocus = focusedPosition().has_value();
   gtk_adjustment_set_value(scroll_, value);
+  if (hasFocus)
+    focusRow(); // the selected one may not have been listed before
   return true;
 }
 

@@ -80,6 +80,7 @@ class AttachmentList {
   std::optional<std::size_t> focusedPosition() const;
   bool moveFocus(GtkDirectionType direction);
   bool focusRow();
+  void takeBackFocus();
   bool focusFoot(GtkDirectionType direction);
   bool handleKey(guint key);
   Slot* slotAt(std::size_t position) const;
@@ -101,9 +102,11 @@ class AttachmentList {
   bool hasFoot_ = false;
   bool isAllocating_ = false;
   bool isFootInSight_ = false;
-  bool hasLostFocus_ = false; // the row that had the keyboard has gone
-  guint tick_ = 0;            // 0 while no look is due
+  bool hasLostFocus_ = false;            // the row that had the keyboard has gone
+  std::optional<GtkWidget*> focusSince_; // what the toolkit has given it to then; perhaps gone
+  guint tick_ = 0;                       // 0 while no look is due
   async::Timer rest_;
+  async::Timer loss_;
   std::vector<base::Subscription> subscriptions_;
   std::vector<glib::Connection> connections_;
 };

@@ -33,6 +33,8 @@ class PreviewPanel {
   virtual void setNeighbours(Neighbours neighbours) = 0; // where it is open; there are none at first
   virtual bool isOpen() const = 0;
   virtual void close() = 0;
+
+  base::Event<> closed; // by the user or by close()
 };
 
 // Hands the files of rows to the panel: the one that was asked for last, whichever comes first.
@@ -56,12 +58,18 @@ class FilePreview {
  private:
   void tellNeighbours();
   void arrived();
+  void forget();
   void ended(const std::string& id);
+
+  struct Wanted {
+    jmap::AttachmentInfo attachment;
+    bool isStarted; // else its row is busy with something else
+  };
 
   attachments::FilesViewModel& files_;
   PreviewPanel& panel_;
   const Rows rows_;
-  std::optional<jmap::AttachmentInfo> wanted_;
+  std::optional<Wanted> wanted_;
   std::vector<base::Subscription> subscriptions_;
   async::Timer later_;
 };

@@ -60,7 +60,7 @@ FilesView::FilesView(std::unique_ptr<FilesViewModel> viewModel, Services service
                     .print = [this](const auto& row) { viewModel_->print(row); },
                     .preview = [this](const auto& row) { preview(row); },
                 });
-  drag_.emplace(list_->view(), *viewModel_, [this](double, double y) { return rowAt(y); });
+  drag_.emplace(list_->view(), *viewModel_, services_.dragged, [this](double, double y) { return rowAt(y); });
   addKeys();
   addPointer();
   follow();
@@ -283,13 +283,21 @@ async::Task<void> FilesView::settle() {
 }
 
 void FilesView::loadMore() {
-  scope_.spawn(viewModel_->loadNextPage());
+  scope_.spawn(loadPage());
+}
+
+async::Task<void> FilesView::loadPage() {
+  const auto rows = viewModel_->rowCount();
+  co_await viewModel_->loadNextPage();
+  // Rows move the foot, and the list tells when it is in sight then.
+  if (viewModel_->rowCount() == rows && list_->isFootInSight())
+    loadAtEnd();
 }
 
 // As long as that brings rows. Who searches sees the end at once, and is asked.
 void FilesView::loadAtEnd() {
   const auto& files = *viewModel_;
-  if (isReloading_ || *files.isLoading || *files.hasLoadedAll || *files.errorMessage || files.isFiltered())
+  if (isReloading_ || *files.isLoading || *files.hasLoadedAll || files.hasPageFailed() || files.isFiltered())
     return;
   if (files.rowCount() != rowsAtLoad_)
     emptyPages_ = 0;
@@ -310,7 +318,7 @@ async::Task<void> FilesView::reload(std::optional<AttachmentList::Place> place) 
   // As many pages as it takes to be there again, unless the user goes elsewhere meanwhile.
   while (place && !list_->place() && !viewModel_->isFiltered()) {
     co_await async::sleep(patience); // with a page that another one has asked for
-    const bool isLast = *viewModel_->hasLoadedAll || *viewModel_->errorMessage ||
+    const bool isLast = *viewModel_->hasLoadedAll || viewModel_->hasPageFailed() ||
                         viewModel_->rowCount() > place->position + farBehind;
     if (list_->goTo(*place, isLast) || isLast)
       break;

@@ -29,12 +29,13 @@ namespace ondrel::ui {
 // What the window of all attachments shows and does.
 class FilesView {
  public:
-  // All outlive it.
+  // All that are borrowed outlive it.
   struct Services {
     const platform::TextFormatting& formatting;
     PreviewPanel& preview;
     platform::UriLauncher& launcher;
     std::function<void()> close; // the window, as the user would
+    std::shared_ptr<DraggedCopies> dragged = std::make_shared<DraggedCopies>();
   };
 
   FilesView(std::unique_ptr<attachments::FilesViewModel> viewModel, Services services);
@@ -62,6 +63,7 @@ class FilesView {
   void update();
   void showError();
   void loadMore();
+  async::Task<void> loadPage();
   void loadAtEnd();
   void refresh();
   async::Task<void> reload(std::optional<AttachmentList::Place> place);

@@ -45,10 +45,12 @@ void FilesWindow::open() {
   view_.emplace(services_.makeViewModel(window_), FilesView::Services{.formatting = services_.formatting,
                                                                       .preview = services_.preview,
                                                                       .launcher = services_.launcher,
-                                                                      .close = [this] {
-                                                                        const auto window = window_;
-                                                                        window->requestClose();
-                                                                      }});
+                                                                      .close =
+                                                                          [this] {
+                                                                            const auto window = window_;
+                                                                            window->requestClose();
+                                                                          },
+                                                                      .dragged = dragged_});
   window_->setContent({view_->widget()});
 }
 

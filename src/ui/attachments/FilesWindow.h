@@ -46,6 +46,7 @@ class FilesWindow {
   void keepFrame();
 
   const Services services_;
+  const std::shared_ptr<DraggedCopies> dragged_ = std::make_shared<DraggedCopies>();
   // Of the open window; empty while there is none.
   std::shared_ptr<platform::Window> window_;
   std::optional<FilesView> view_;

@@ -153,6 +153,7 @@ void PreviewWindow::forget() {
   isAwaited_ = false;
   content_ = nullptr;
   window_.reset();
+  closed.emit();
 }
 
 glib::Ref<GtkWidget> PreviewWindow::makeContent() {

@@ -60,6 +60,8 @@ class PreviewWindow final {
   bool isOpen() const { return window_ != nullptr; }
   void close();
 
+  base::Event<> closed; // by whomever
+
  private:
   void open(GtkWindow* parent);
   void forget();

@@ -108,8 +108,4 @@ async::Task<Opened> ChildDecoder::open(std::string path, DocumentKind kind) {
   return openPath(options_, std::move(path), kind);
 }
 
-async::Task<Opened> ChildDecoder::openData(std::string data, DocumentKind kind) {
-  return openMemory(options_, std::move(data), kind);
-}
-
 } // namespace ondrel::platform::decoding

@@ -18,7 +18,6 @@ class ChildDecoder final : public DocumentDecoder {
   // Links are followed. What is no regular file, or is longer than `longestFile`, is an error.
   async::Task<DecodeResult<std::unique_ptr<DecodedDocument>>> open(std::string path,
                                                                    DocumentKind kind) override;
-  async::Task<DecodeResult<std::unique_ptr<DecodedDocument>>> openData(std::string data, DocumentKind kind);
 
   static constexpr std::int64_t longestFile = std::int64_t{512} << 20; // bytes
 

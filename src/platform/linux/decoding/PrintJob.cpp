@@ -71,19 +71,34 @@ void PrintJob::connect(GtkWindow* parent) {
   connections_.push_back(glib::connect<void(GtkPrintOperation*, GtkPrintContext*, int)>(
       operation, "draw-page", [this](GtkPrintOperation* self, GtkPrintContext* context, int page) {
         gtk_print_operation_set_defer_drawing(self);
+        isDrawing_ = true;
         scope_.spawn(draw(glib::share(context), page));
       }));
   connections_.push_back(glib::connect<void(GtkPrintOperation*, GtkPrintOperationResult)>(
-      operation, "done", [this](GtkPrintOperation*, GtkPrintOperationResult result) { finish(result); }));
-  // The dialog goes with it, and then says nothing any more.
-  if (parent)
-    connections_.push_back(glib::connect<void(GtkWidget*)>(
-        parent, "unrealize", [this](GtkWidget*) { finish(GTK_PRINT_OPERATION_RESULT_CANCEL); }));
+      operation, "done", [this](GtkPrintOperation*, GtkPrintOperationResult result) {
+        isDone_ = true;
+        finish(result);
+      }));
+  if (!parent)
+    return;
+  // The dialog goes with it, and then says nothing any more. Once the dialog has been answered, the window
+  // isn't needed.
+  parentGone_ = glib::connect<void(GtkWidget*)>(
+      parent, "unrealize", [this](GtkWidget*) { finish(GTK_PRINT_OPERATION_RESULT_CANCEL); });
+  connections_.push_back(glib::connect<void(GtkPrintOperation*, GtkPrintContext*)>(
+      operation, "begin-print", [this](GtkPrintOperation*, GtkPrintContext*) { parentGone_.disconnect(); }));
 }
 
 PrintJob::~PrintJob() {
   if (start_ != 0)
     g_source_remove(start_);
+  connections_.clear();
+  parentGone_.disconnect();
+  // It goes on by itself otherwise, and would wait for the page for ever.
+  if (!isDone_)
+    gtk_print_operation_cancel(operation_.get());
+  if (isDrawing_)
+    gtk_print_operation_draw_page_finish(operation_.get());
 }
 
 async::Task<std::optional<std::string>> PrintJob::run(GtkWindow* parent) {
@@ -173,6 +188,7 @@ async::Task<void> PrintJob::draw(glib::Ref<GtkPrintContext> context, int page) {
     failure_ = base::tr(failureText);
     gtk_print_operation_cancel(operation_.get());
   }
+  isDrawing_ = false;
   gtk_print_operation_draw_page_finish(operation_.get());
 }
 

@@ -15,7 +15,7 @@
 namespace ondrel::platform::decoding {
 
 // One document on its way to paper. Pages are drawn by the decoder in the resolution of the printer, while
-// the main loop goes on.
+// the main loop goes on. What is not finished when this object goes is cancelled.
 class PrintJob {
  public:
   struct Options {
@@ -29,8 +29,8 @@ class PrintJob {
   PrintJob(const PrintJob&) = delete;
   PrintJob& operator=(const PrintJob&) = delete;
 
-  // A text for the user when it has failed. Ends without one when the user cancels or the parent goes; null
-  // for no parent. Call it once.
+  // A text for the user when it has failed. Ends without one when the user cancels, or the parent goes before
+  // the dialog is answered; null for no parent. Call it once.
   async::Task<std::optional<std::string>> run(GtkWindow* parent);
 
  private:
@@ -49,8 +49,11 @@ class PrintJob {
   std::optional<std::string> failure_;
   glib::WeakRef<GtkWindow> parent_;
   guint start_ = 0;
+  bool isDone_ = false;
+  bool isDrawing_ = false; // a page whose end the operation awaits
   const std::shared_ptr<int> alive_ = std::make_shared<int>();
   std::vector<glib::Connection> connections_;
+  glib::Connection parentGone_;
   async::Scope scope_;
 };
 

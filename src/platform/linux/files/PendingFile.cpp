@@ -32,6 +32,7 @@ std::unexpected<std::string> failure(Sentence text, const std::string& path, int
   return std::unexpected(base::trFormat(text, path, reason));
 }
 
+// Without one errno tells why.
 UniqueFd locked(const std::string& folder) {
   UniqueFd lock(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
   if (lock && flock(lock.get(), LOCK_EX | LOCK_NB) != 0)
@@ -55,6 +56,11 @@ void sweep(const std::string& parent) {
     if (const auto lock = locked(entry->path()))
       removeFolder(entry->path());
   }
+}
+
+// Between making a folder and locking it, another one's sweep may take it for a left-over.
+bool isSwept(const std::string& folder, const UniqueFd& lock) {
+  return lock ? access(folder.c_str(), F_OK) != 0 : errno == ENOENT || errno == EWOULDBLOCK;
 }
 
 int moveTo(const std::string& from, const std::string& to, bool replacing) {
@@ -89,17 +95,23 @@ std::expected<PendingFile, std::string> PendingFile::make(const std::string& des
 
   const auto parent = destination.substr(0, destination.rfind('/') + 1);
   sweep(parent);
-  auto folder = fmt::format("{}{}{}", parent, folderName, uniquePart);
-  if (!mkdtemp(folder.data()))
-    return failure(base::trMark("Can't write into {0}: {1}"), parent, errno);
+  std::string folder;
+  UniqueFd lock;
+  do {
+    folder = fmt::format("{}{}{}", parent, folderName, uniquePart);
+    if (!mkdtemp(folder.data()))
+      return failure(base::trMark("Can't write into {0}: {1}"), parent, errno);
+    lock = locked(folder);
+  } while (isSwept(folder, lock));
   constexpr mode_t rights = S_IRUSR | S_IWUSR | S_IRGRP | S_IWGRP | S_IROTH | S_IWOTH;
   return PendingFile(destination, isThere ? std::optional(status.st_mode & rights) : std::nullopt,
-                     std::move(folder));
+                     std::move(folder), std::move(lock));
 }
 
-PendingFile::PendingFile(std::string destination, std::optional<mode_t> replacedMode, std::string folder)
+PendingFile::PendingFile(std::string destination, std::optional<mode_t> replacedMode, std::string folder,
+                         UniqueFd lock)
     : destination_(std::move(destination)), replacedMode_(replacedMode), folder_(std::move(folder)),
-      lock_(locked(folder_)) {
+      lock_(std::move(lock)) {
 }
 
 PendingFile::PendingFile(PendingFile&& other) noexcept

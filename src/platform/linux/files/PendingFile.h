@@ -33,7 +33,7 @@ class PendingFile {
   std::expected<void, std::string> moveIntoPlace(bool isAgreed = false);
 
  private:
-  PendingFile(std::string destination, std::optional<mode_t> replacedMode, std::string folder);
+  PendingFile(std::string destination, std::optional<mode_t> replacedMode, std::string folder, UniqueFd lock);
 
   std::string destination_;
   std::optional<mode_t> replacedMode_; // absent: nothing was there
