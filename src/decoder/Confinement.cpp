@@ -69,6 +69,10 @@ scmp_arg_cmp bitsAre(unsigned argument, scmp_datum_t mask, scmp_datum_t bits) {
   return {argument, SCMP_CMP_MASKED_EQ, mask, bits};
 }
 
+scmp_arg_cmp equals(unsigned argument, scmp_datum_t value) {
+  return {argument, SCMP_CMP_EQ, value, 0};
+}
+
 class Filter {
  public:
   // Refused calls fail as if not permitted: libraries try what they can do without.
@@ -81,7 +85,10 @@ class Filter {
     for (const int call : calls)
       add(SCMP_ACT_ALLOW, call, {});
   }
-  void allowIf(int call, scmp_arg_cmp condition) { add(SCMP_ACT_ALLOW, call, {condition}); }
+  // If all of them hold.
+  void allowIf(int call, std::initializer_list<scmp_arg_cmp> conditions) {
+    add(SCMP_ACT_ALLOW, call, conditions);
+  }
   void fail(int call, int error) { add(SCMP_ACT_ERRNO(static_cast<std::uint32_t>(error)), call, {}); }
   bool load() { return works_ && seccomp_load(context_) == 0; }
 
@@ -102,16 +109,23 @@ bool filterCalls(bool mayOpen) {
   // Reading and answering with what is open.
   filter.allow({SCMP_SYS(read), SCMP_SYS(readv), SCMP_SYS(pread64), SCMP_SYS(write), SCMP_SYS(writev),
                 SCMP_SYS(close), SCMP_SYS(lseek), SCMP_SYS(_llseek), SCMP_SYS(fstat), SCMP_SYS(fstat64),
-                SCMP_SYS(fstatfs), SCMP_SYS(fcntl), SCMP_SYS(fcntl64), SCMP_SYS(poll), SCMP_SYS(ppoll),
-                SCMP_SYS(getdents64), SCMP_SYS(fadvise64)});
+                SCMP_SYS(fstatfs), SCMP_SYS(poll), SCMP_SYS(ppoll), SCMP_SYS(getdents64),
+                SCMP_SYS(fadvise64)});
+  // Nothing that has the kernel send signals when there is something to read, for they go to any process of
+  // the user's.
+  for (const int call : {SCMP_SYS(fcntl), SCMP_SYS(fcntl64)}) {
+    for (const scmp_datum_t command : {F_GETFD, F_SETFD, F_GETFL, F_DUPFD, F_DUPFD_CLOEXEC})
+      filter.allowIf(call, {equals(1, command)});
+    filter.allowIf(call, {equals(1, F_SETFL), bitsAre(2, O_ASYNC, 0)});
+  }
   // Memory, that of code excepted.
   filter.allow({SCMP_SYS(brk), SCMP_SYS(munmap), SCMP_SYS(mremap), SCMP_SYS(madvise)});
   const auto isNoCode = bitsAre(2, PROT_EXEC, 0);
   for (const int call : {SCMP_SYS(mmap), SCMP_SYS(mmap2), SCMP_SYS(mprotect)})
-    filter.allowIf(call, isNoCode);
+    filter.allowIf(call, {isNoCode});
   // Threads, and nothing that is a process of its own. The newer call has its flags out of the filter's
   // sight.
-  filter.allowIf(SCMP_SYS(clone), bitsAre(0, CLONE_THREAD, CLONE_THREAD));
+  filter.allowIf(SCMP_SYS(clone), {bitsAre(0, CLONE_THREAD, CLONE_THREAD)});
   filter.fail(SCMP_SYS(clone3), ENOSYS);
   filter.allow({SCMP_SYS(futex), SCMP_SYS(set_robust_list), SCMP_SYS(rseq), SCMP_SYS(sched_yield),
                 SCMP_SYS(sched_getaffinity), SCMP_SYS(gettid), SCMP_SYS(getpid), SCMP_SYS(exit),
@@ -128,8 +142,8 @@ bool filterCalls(bool mayOpen) {
                 SCMP_SYS(readlinkat)});
   if (mayOpen) {
     constexpr scmp_datum_t writing = O_ACCMODE | O_CREAT | O_TRUNC;
-    filter.allowIf(SCMP_SYS(openat), bitsAre(2, writing, O_RDONLY));
-    filter.allowIf(SCMP_SYS(open), bitsAre(1, writing, O_RDONLY));
+    filter.allowIf(SCMP_SYS(openat), {bitsAre(2, writing, O_RDONLY)});
+    filter.allowIf(SCMP_SYS(open), {bitsAre(1, writing, O_RDONLY)});
   }
   return filter.load();
 }

@@ -21,6 +21,7 @@ namespace {
 
 // A type of this name says nothing about the file.
 constexpr std::string_view anyType = "application/octet-stream";
+constexpr std::size_t mostWaiting = 10;
 
 std::string proposedFileName(const std::string& suggested) {
   const auto seconds =
@@ -57,16 +58,38 @@ void TabDownloads::take(std::shared_ptr<platform::Download> download) {
     const auto found = beginning_.find(key);
     if (found == beginning_.end())
       return;
-    found->second.isAsking = true;
-    scope_.spawn(chooseDestination(found->second.download, std::move(request.suggestedFileName),
-                                   std::move(request.mimeType), std::move(reply)));
+    if (waiting_.size() >= mostWaiting) {
+      beginning_.erase(found);
+      return;
+    }
+    waiting_.push_back({found->second.download, std::move(request), std::move(reply)});
+    askNext();
   });
 }
 
-async::Task<void> TabDownloads::chooseDestination(std::shared_ptr<platform::Download> download,
-                                                  std::string suggestedName,
-                                                  std::optional<std::string> mimeType, Destination reply) {
-  platform::SavePanel panel{proposedFileName(suggestedName), {}};
+void TabDownloads::askNext() {
+  while (!isAsking_ && !waiting_.empty()) {
+    auto question = std::move(waiting_.front());
+    waiting_.pop_front();
+    const auto found = beginning_.find(question.download.get());
+    if (found == beginning_.end())
+      continue; // it has failed meanwhile
+    found->second.isAsking = true;
+    isAsking_ = true;
+    scope_.spawn(ask(std::move(question)));
+  }
+}
+
+async::Task<void> TabDownloads::ask(Question question) {
+  co_await chooseDestination(std::move(question));
+  isAsking_ = false;
+  askNext();
+}
+
+async::Task<void> TabDownloads::chooseDestination(Question question) {
+  auto& [download, request, reply] = question;
+  auto& mimeType = request.mimeType;
+  platform::SavePanel panel{proposedFileName(request.suggestedFileName), {}};
   if (mimeType && mimeType->contains('/') && *mimeType != anyType)
     panel.mimeTypes.push_back(std::move(*mimeType));
   const auto tab = viewModel_.lock();

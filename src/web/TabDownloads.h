@@ -3,16 +3,13 @@
 #include "async/Scope.h"
 #include "async/Task.h"
 #include "base/Event.h"
-#include "base/Reply.h"
+#include "platform/Download.h"
 
+#include <deque>
 #include <map>
 #include <memory>
 #include <optional>
 #include <string>
-
-namespace ondrel::platform {
-class Download;
-} // namespace ondrel::platform
 
 namespace ondrel::web {
 
@@ -20,20 +17,20 @@ class DownloadItem;
 struct WebServices;
 class WindowViewModel;
 
-// The downloads that began in one tab: asks where to, and keeps the tab's list of them. A download goes on
-// without its tab. Main thread only.
+// The downloads that began in one tab: asks where to, one after the other, and keeps the tab's list of them.
+// A download goes on without its tab. Main thread only.
 class TabDownloads {
  public:
   // The services outlive it.
   TabDownloads(std::weak_ptr<WindowViewModel> viewModel, const WebServices& services);
   ~TabDownloads();
 
+  // Cancelled where more wait for their question than a user begins: a page may begin any number.
   void take(std::shared_ptr<platform::Download> download);
   // In the tab's list, until some seconds after its end.
   void show(const std::shared_ptr<DownloadItem>& item);
 
  private:
-  using Destination = base::Reply<std::optional<std::string>>;
   // One that has no place yet.
   struct Beginning {
     std::shared_ptr<platform::Download> download;
@@ -42,8 +39,16 @@ class TabDownloads {
     std::optional<std::string> error; // it has failed meanwhile
   };
 
-  async::Task<void> chooseDestination(std::shared_ptr<platform::Download> download, std::string suggestedName,
-                                      std::optional<std::string> mimeType, Destination reply);
+  // Where shall it go?
+  struct Question {
+    std::shared_ptr<platform::Download> download;
+    platform::Download::DestinationRequest request;
+    platform::Download::DestinationReply reply;
+  };
+
+  void askNext();
+  async::Task<void> ask(Question question);
+  async::Task<void> chooseDestination(Question question);
   void didFailEarly(platform::Download* download, const std::string& error);
   void showFailed(std::string filename, std::string destination, std::string error);
   void listMade(const std::string& path);
@@ -53,6 +58,8 @@ class TabDownloads {
   const std::weak_ptr<WindowViewModel> viewModel_;
   const WebServices& services_;
   std::map<platform::Download*, Beginning> beginning_;
+  std::deque<Question> waiting_;
+  bool isAsking_ = false;
   base::Subscription fileMade_;
   async::Scope scope_;
 };

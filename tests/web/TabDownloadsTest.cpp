@@ -101,6 +101,24 @@ TEST_F(TabDownloadsTest, EndAsTheUserOrTheServerWants) {
   EXPECT_EQ(model->downloads->size(), 3U);
 }
 
+TEST_F(TabDownloadsTest, AskInTurnAndNotWithoutEnd) {
+  shell.panels.savePath = "/downloads/report.pdf";
+  std::vector<Download> downloads;
+  for (int i = 0; i < 20; ++i)
+    ask(downloads.emplace_back(take()), std::to_string(i));
+  EXPECT_EQ(destinations, std::vector<std::optional<std::string>>(9)) << "one is asked for, and ten wait";
+  downloads[1]->failed.emit("while it waited");
+  EXPECT_EQ(last().state->error, "while it waited") << "at once";
+  shell.loop.runUntil([&] { return destinations.size() > 9; }, 1s);
+  EXPECT_EQ(shell.panels.savePanels.size(), 1U) << "the next comes after the answer";
+  shell.settle();
+  EXPECT_EQ(shell.panels.savePanels.size(), 10U);
+  EXPECT_EQ(shell.panels.savePanels.back().proposedName, "10");
+  ask(take(), "later");
+  shell.settle();
+  EXPECT_EQ(shell.panels.savePanels.back().proposedName, "later");
+}
+
 TEST_F(TabDownloadsTest, AreToldByNotificationsWhereNobodyLooks) {
   const auto finished = begin("/downloads/a\nb.pdf");
   const auto failed = begin();

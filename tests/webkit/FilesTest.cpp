@@ -1,5 +1,6 @@
 // Files that the user drops on a page or pastes into it. The engine gives pages none; what is tried here
 // begins where the toolkit has handed them over.
+#include "platform/linux/pagefiles/FileList.h"
 #include "support/WebKitTest.h"
 
 #include <boost/json/parse.hpp>
@@ -108,6 +109,32 @@ TEST_F(FilesTest, APasteGoesToTheFocus) {
   files().paste(PagePicture{"image/png", std::string("\x89PNG\0\r\n\x1A\n", 9)});
   EXPECT_TRUE(
       said(1).at(0).starts_with(R"(paste at undefined,undefined Files [["image.png",9,"image/png",")"));
+}
+
+TEST_F(FilesTest, AListThatAPageHasChosenIsNone) {
+  struct Case {
+    std::vector<const char*> types;
+    bool areFiles;
+  };
+  const char* const list = "text/uri-list";
+  const char* const html = "text/html";
+  const Case cases[] = {{{list}, true},
+                        {{list, "text/plain"}, true},
+                        {{"text/plain"}, false},
+                        {{list, html}, false},
+                        {{list, "text/x-moz-url"}, false},
+                        {{list, "org.webkitgtk.WebKit.custom-pasteboard-data"}, false},
+                        {{list, html, "x-special/gnome-copied-files"}, true},
+                        {{list, html, "application/vnd.portal.filetransfer"}, true},
+                        {{list, html, "application/x-kde4-urilist"}, true}};
+  for (const auto& each : cases) {
+    auto types = each.types;
+    // As the toolkit tells what another program offers.
+    auto* formats = gdk_content_formats_union_deserialize_gtypes(
+        gdk_content_formats_new(types.data(), static_cast<guint>(types.size())));
+    EXPECT_EQ(platform::pagefiles::offersFiles(formats), each.areFiles) << types.back();
+    gdk_content_formats_unref(formats);
+  }
 }
 
 TEST_F(FilesTest, WhatIsNoFileIsToldAndTheRestArrives) {

@@ -1,6 +1,7 @@
 #include "decoder/Confinement.h"
 
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <fcntl.h>
 #include <initializer_list>
@@ -33,6 +34,10 @@ int main(int, char** argv) {
   tell("memory",
        mmap(nullptr, std::size_t{4} << 30, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0) != MAP_FAILED);
   tell("code", mmap(nullptr, 4096, PROT_READ | PROT_EXEC, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0) != MAP_FAILED);
+  tell("signals", fcntl(own, F_SETOWN, getpid()) == 0);
+  tell("which signal", fcntl(own, F_SETSIG, SIGKILL) == 0);
+  tell("asynchronous", fcntl(own, F_SETFL, O_ASYNC) == 0);
+  tell("no flags", fcntl(own, F_SETFD, FD_CLOEXEC) != 0 || fcntl(own, F_SETFL, O_NONBLOCK) != 0);
   char byte = 0;
   tell("the file", read(own, &byte, 1) == 1);
   std::fflush(stdout);

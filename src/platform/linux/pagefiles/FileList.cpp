@@ -3,6 +3,8 @@
 #include "platform/linux/glib/AsyncResult.h"
 #include "platform/linux/glib/ReadUpTo.h"
 
+#include <algorithm>
+#include <span>
 #include <unistd.h>
 
 namespace ondrel::platform::pagefiles {
@@ -14,6 +16,13 @@ using glib::Ref;
 using Files = std::vector<Ref<GFile>>;
 
 constexpr const char* plainList = "text/uri-list"; // RFC 2483
+// What a page of this engine has put there itself.
+constexpr const char* typesOfPages[] = {"org.webkitgtk.WebKit.custom-pasteboard-data"};
+// Of links and parts of pages.
+constexpr const char* typesOfLinks[] = {"text/html", "text/x-moz-url", "_NETSCAPE_URL"};
+// File managers offer one of these, and text of any kind beside. Pages can't.
+constexpr const char* typesOfFileManagers[] = {
+    "x-special/gnome-copied-files", "application/vnd.portal.filetransfer", "application/x-kde4-urilist"};
 constexpr std::size_t longestList = std::size_t{1} << 24;
 
 // The toolkit's calls for a drop and for the clipboard, which have the same shape.
@@ -31,6 +40,11 @@ struct OfClipboard {
   static constexpr auto readValue = gdk_clipboard_read_value_async;
   static constexpr auto readValueEnd = gdk_clipboard_read_value_finish;
 };
+
+bool containAny(GdkContentFormats* formats, std::span<const char* const> types) {
+  return std::ranges::any_of(
+      types, [&](const char* type) { return gdk_content_formats_contain_mime_type(formats, type); });
+}
 
 bool isSandboxed() {
   return access("/.flatpak-info", F_OK) == 0;
@@ -93,6 +107,12 @@ async::Task<Files> readAny(Ref<Source> source) {
 }
 
 } // namespace
+
+bool offersFiles(GdkContentFormats* formats) {
+  return gdk_content_formats_contain_gtype(formats, GDK_TYPE_FILE_LIST) &&
+         !containAny(formats, typesOfPages) &&
+         (containAny(formats, typesOfFileManagers) || !containAny(formats, typesOfLinks));
+}
 
 async::Task<Files> readFiles(Ref<GdkDrop> drop) {
   return readAny<OfDrop>(std::move(drop));

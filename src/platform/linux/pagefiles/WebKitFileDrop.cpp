@@ -2,24 +2,7 @@
 
 #include "platform/linux/pagefiles/FileList.h"
 
-#include <algorithm>
-
 namespace ondrel::platform::pagefiles {
-
-namespace {
-
-// Programs that drag a link or a part of a page offer one of these as well.
-constexpr const char* typesOfLinks[] = {"text/html", "text/x-moz-url", "_NETSCAPE_URL"};
-
-bool offersFiles(GdkDrop* drop) {
-  auto* formats = gdk_drop_get_formats(drop);
-  return gdk_content_formats_contain_gtype(formats, GDK_TYPE_FILE_LIST) &&
-         std::ranges::none_of(typesOfLinks, [&](const char* type) {
-           return gdk_content_formats_contain_mime_type(formats, type);
-         });
-}
-
-} // namespace
 
 WebKitFileDrop::WebKitFileDrop(GtkWidget* view, GtkWidget* container, WebKitFileHandover& handover,
                                Handler dropped)
@@ -55,7 +38,7 @@ WebKitFileDrop::~WebKitFileDrop() {
 
 // Comes before the engine's widget hears of the drag.
 gboolean WebKitFileDrop::entered(GdkDrop* drop) {
-  if (!offersFiles(drop))
+  if (!offersFiles(gdk_drop_get_formats(drop)))
     return FALSE;
   over_ = drop;
   pageAccepts_ = true;

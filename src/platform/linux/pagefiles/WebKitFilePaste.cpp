@@ -18,10 +18,6 @@ using glib::Ref;
 constexpr std::array pictureTypes = {"image/png", "image/jpeg", "image/webp",
                                      "image/gif", "image/tiff", "image/bmp"};
 
-bool holdsFiles(GdkContentFormats* formats) {
-  return gdk_content_formats_contain_gtype(formats, GDK_TYPE_FILE_LIST) != FALSE;
-}
-
 // The type of a picture that stands for itself: cells of a table, say, come as text and as their picture.
 std::optional<std::string> pictureIn(GdkContentFormats* formats) {
   if (!gdk_content_formats_contain_gtype(formats, G_TYPE_STRING))
@@ -61,7 +57,7 @@ WebKitFilePaste::~WebKitFilePaste() {
 bool WebKitFilePaste::start() {
   auto* formats = gdk_clipboard_get_formats(gtk_widget_get_clipboard(container_.get()));
   auto picture = pictureIn(formats);
-  if (holdsFiles(formats))
+  if (offersFiles(formats))
     scope_.spawn(pasteFiles());
   else if (picture)
     scope_.spawn(pastePicture(std::move(*picture)));
@@ -108,7 +104,7 @@ async::Task<void> WebKitFilePaste::pastePicture(std::string type) {
 
 void WebKitFilePaste::takeMenuItem(WebKitContextMenu* menu) {
   auto* formats = gdk_clipboard_get_formats(gtk_widget_get_clipboard(container_.get()));
-  if (!holdsFiles(formats) && !pictureIn(formats))
+  if (!offersFiles(formats) && !pictureIn(formats))
     return;
   for (guint i = 0; i < webkit_context_menu_get_n_items(menu); ++i) {
     auto* item = webkit_context_menu_get_item_at_position(menu, i);
