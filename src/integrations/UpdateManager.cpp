@@ -82,6 +82,11 @@ void UpdateManager::checkByItself() {
 async::Task<void> UpdateManager::check(UpdateState before) {
   state.set({.phase = Phase::checking, .update = before.update});
   const auto who = co_await services_.updater.source();
+  bool isCalledOff = co_await async::cancelled();
+  if (isCalledOff) { // before anybody could answer
+    didCallOff(std::move(before));
+    co_return;
+  }
   source.set(who);
   if (who != UpdateSource::packageService) {
     state.set({});
@@ -89,10 +94,9 @@ async::Task<void> UpdateManager::check(UpdateState before) {
     co_return;
   }
   auto found = co_await find();
-  const bool isCalledOff = co_await async::cancelled();
+  isCalledOff = co_await async::cancelled();
   if (isCalledOff) {
-    state.set(std::move(before));
-    schedule_.postpone(retryDelay);
+    didCallOff(std::move(before));
     co_return;
   }
   if (!found) {
@@ -117,6 +121,11 @@ async::Task<platform::SoftwareUpdater::Found> UpdateManager::find() {
     if (found || isCalledOff || mayAsk == userWaits_)
       co_return found;
   }
+}
+
+void UpdateManager::didCallOff(UpdateState before) {
+  state.set(std::move(before));
+  schedule_.postpone(retryDelay);
 }
 
 void UpdateManager::didFail(const platform::UpdateFault& fault, UpdateState before) {

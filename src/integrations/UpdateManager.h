@@ -71,6 +71,7 @@ class UpdateManager {
   async::Task<void> findSource();
   async::Task<void> check(UpdateState before);
   async::Task<platform::SoftwareUpdater::Found> find();
+  void didCallOff(UpdateState before);
   void didFail(const platform::UpdateFault& fault, UpdateState before);
   async::Task<void> didFind(platform::SoftwareUpdate update, bool wasReady);
   async::Task<void> load(platform::SoftwareUpdate update);

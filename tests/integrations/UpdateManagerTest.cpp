@@ -52,6 +52,11 @@ TEST_F(UpdateTest, GoesStepByStepAndOnlyWhenTold) {
   EXPECT_EQ(after(2s), Phase::idle);
   checkForUpdates();
   EXPECT_EQ(after(3s), Phase::available);
+  checkForUpdates();
+  EXPECT_EQ(after(500ms), Phase::checking);
+  manager->cancel(); // before it is known who updates
+  EXPECT_EQ(after(2s), Phase::available);
+  EXPECT_EQ(*manager->source, platform::UpdateSource::packageService);
   manager->install(); // not downloaded
   EXPECT_EQ(after(1h), Phase::available);
   manager->download();

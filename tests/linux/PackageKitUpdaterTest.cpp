@@ -2,6 +2,7 @@
 #include "BusTest.h"
 #include "PackageServiceStandIn.h"
 #include "support/LogCapture.h"
+#include "support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
 
@@ -70,6 +71,23 @@ TEST_F(PackageKitTest, SaysWhatWentWrongAndNeverUpToDateThen) {
   }
 }
 
+TEST_F(PackageKitTest, TakesOnlyAMissingServiceForNone) {
+  support::PackageServiceStandIn service(bus);
+  using Answer = support::PackageServiceStandIn::Answer;
+  const std::pair<Answer, UpdateSource> cases[] = {
+      {{.refusal = "org.freedesktop.DBus.Error.NoReply"}, UpdateSource::packageService},
+      {{.refusal = "org.freedesktop.DBus.Error.TimedOut"}, UpdateSource::packageService},
+      {{.error = 26, .text = "Could not get lock"}, UpdateSource::packageService},
+      {{.refusal = "org.freedesktop.DBus.Error.Spawn.ChildExited"}, UpdateSource::none},
+      {{.refusal = "org.freedesktop.systemd1.UnitMasked"}, UpdateSource::none},
+  };
+  for (const auto& [answer, source] : cases) {
+    service.answers["SearchFiles"] = answer;
+    EXPECT_EQ(result(updater.source()), source) << (answer.refusal ? answer.refusal : answer.text);
+    EXPECT_FALSE(find().has_value());
+  }
+}
+
 TEST_F(PackageKitTest, InstallsWithProgressAndCanBeCalledOff) {
   auto service = std::make_unique<support::PackageServiceStandIn>(bus);
   std::vector<UpdateProgress> told;
@@ -98,6 +116,20 @@ TEST_F(PackageKitTest, InstallsWithProgressAndCanBeCalledOff) {
     }
     EXPECT_TRUE(until([&] { return done.has_value(); }));
     EXPECT_EQ(done->error().kind, isCancelled ? Kind::cancelled : Kind::noService);
+  }
+}
+
+TEST(ReplacedExecutableTest, IsOneInWhosePlaceIsAnother) {
+  const support::TemporaryFolder folder;
+  folder.write("program", "");
+  std::filesystem::permissions(folder.file("program"), std::filesystem::perms::owner_all);
+  folder.write("text", "");
+  const std::pair<const char*, bool> cases[] = {
+      {"program", false}, {"program (deleted)", true}, {"text (deleted)", false}, {"gone (deleted)", false}};
+  for (const auto& [target, isReplaced] : cases) {
+    std::filesystem::create_symlink(folder.file(target), folder.file("exe"));
+    EXPECT_EQ(isExecutableReplaced(folder.file("exe")), isReplaced) << target;
+    std::filesystem::remove(folder.file("exe"));
   }
 }
 

@@ -36,6 +36,7 @@ class PackageServiceStandIn {
     unsigned error = 0;
     const char* text = "";
     bool ends = true;
+    const char* refusal = nullptr; // the name of the error that the call itself gets
   };
   // By "method", or by "method flags" for what has some.
   std::map<std::string, Answer> answers = {
@@ -80,6 +81,10 @@ class PackageServiceStandIn {
     if (method == "CreateTransaction") {
       serve(path(++transactions_), node_->interfaces[1]);
       g_dbus_method_invocation_return_value(invocation, g_variant_new("(o)", path(transactions_).c_str()));
+      return;
+    }
+    if (const char* refusal = answers[method].refusal) {
+      g_dbus_method_invocation_return_dbus_error(invocation, refusal, "");
       return;
     }
     g_dbus_method_invocation_return_value(invocation, nullptr);

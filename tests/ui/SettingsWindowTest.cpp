@@ -178,6 +178,15 @@ TEST_F(SettingsWindowTest, StaysWhenTheWindowInFrontOfWhichItWasOpenedGoes) {
   EXPECT_EQ(gtk_window_get_transient_for(window->window()), nullptr);
 }
 
+TEST_F(SettingsWindowTest, BelongsToNoWindowThatBelongsToIt) {
+  open();
+  parent = GTK_WINDOW(gtk_window_new()); // a question about a setting
+  topLevels.push_back(glib::share(parent));
+  gtk_window_set_transient_for(parent, window->window());
+  open();
+  EXPECT_EQ(gtk_window_get_transient_for(window->window()), nullptr);
+}
+
 TEST_F(SettingsWindowTest, LabellingIsTurnedOnByItsRowAndNamed) {
   open();
   EXPECT_FALSE(visible("highlight-tag-name"));
@@ -310,6 +319,9 @@ TEST_F(SettingsWindowTest, BecomesTheDefaultMailApplicationOrTellsWhyNot) {
   EXPECT_EQ(title(), "Mail is your default email app");
   EXPECT_FALSE(visible("set-default-mail"));
   EXPECT_EQ(helper.asked, (std::vector<std::string>(2, "org.example.Mail")));
+  shell.uriLauncher.mailApplication = "org.example.Other"; // in the desktop's own settings
+  g_signal_emit_by_name(glib::adopt(g_app_info_monitor_get()).get(), "changed");
+  EXPECT_EQ(title(), "Mail is not your default email app");
 }
 
 TEST_F(SettingsWindowTest, OpensAtThePageThatWasOpenLast) {
@@ -331,6 +343,10 @@ TEST_F(SettingsWindowTest, OpensAtThePageThatWasOpenLast) {
 
 TEST_F(SettingsWindowTest, LeadsThroughAnUpdate) {
   open();
+  shell.loop.advance(2s);
+  EXPECT_TRUE(updater.calls.empty()) << "nobody has turned to that page";
+  shell.settings.setSelectedSettingsTab(settings::SettingsTab::update);
+  ASSERT_TRUE(runUntil([this] { return gtk_widget_get_mapped(row("update-status")) != FALSE; }));
   shell.loop.advance(2s);
   EXPECT_TRUE(says("This is Mail 1.0"));
   EXPECT_TRUE(says("Update settings — last check: Never"));

@@ -19,7 +19,8 @@ DefaultMailSettingsView::DefaultMailSettingsView(integrations::DefaultEmailClien
       set_(mnemonicButton(base::tr("_Set as Default"))), progress_(gtk_spinner_new()),
       check_(settings, settings::keys::defaultClientCheck,
              {.title = base::tr("Check for being the default email app at startup"),
-              .noteWhileOn = base::tr("Starts checking on next start")}) {
+              .noteWhileOn = base::tr("Starts checking on next start")}),
+      monitor_(glib::adopt(g_app_info_monitor_get())) {
   gtk_widget_set_name(GTK_WIDGET(status_), "default-mail");
   adw_preferences_row_set_use_markup(ADW_PREFERENCES_ROW(status_), FALSE);
   adw_action_row_set_title_lines(status_, 0);
@@ -38,9 +39,8 @@ DefaultMailSettingsView::DefaultMailSettingsView(integrations::DefaultEmailClien
   subscriptions_.push_back(client_.isSettingDefault.observe(follow));
   subscriptions_.push_back(client_.setDefaultError.observe(follow));
   // The desktop's own settings, say, have chosen another one.
-  connections_.push_back(
-      glib::connect<void(GAppInfoMonitor*)>(glib::adopt(g_app_info_monitor_get()).get(), "changed",
-                                            [this](GAppInfoMonitor*) { client_.update(); }));
+  connections_.push_back(glib::connect<void(GAppInfoMonitor*)>(
+      monitor_.get(), "changed", [this](GAppInfoMonitor*) { client_.update(); }));
 }
 
 void DefaultMailSettingsView::addButtons(std::string manualURL,

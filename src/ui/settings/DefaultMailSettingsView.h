@@ -30,6 +30,7 @@ class DefaultMailSettingsView final : public SettingsSection {
   GtkWidget* const progress_;
   GtkWidget* manual_ = nullptr;
   SettingSwitch check_;
+  const glib::Ref<GAppInfoMonitor> monitor_; // tells nothing once nobody holds it
   std::vector<glib::Connection> connections_;
   std::vector<base::Subscription> subscriptions_;
 };

@@ -138,6 +138,12 @@ const std::vector<Page>& pages() {
   return table;
 }
 
+bool isInFrontOf(GtkWindow* window, const GtkWindow* other) {
+  while (window && window != other)
+    window = gtk_window_get_transient_for(window);
+  return window != nullptr;
+}
+
 } // namespace
 
 SettingsWindow::SettingsWindow(SettingsServices services, GtkApplication* application,
@@ -156,7 +162,8 @@ void SettingsWindow::show() {
   auto* parent = parent_(); // a new window would be the application's front one itself
   if (!window_)
     open();
-  if (parent != window_.get())
+  // Belonging to itself, by way of a question of its own too, would be a circle.
+  if (!isInFrontOf(parent, window_.get()))
     gtk_window_set_transient_for(window_.get(), parent);
   gtk_window_present(window_.get());
 }

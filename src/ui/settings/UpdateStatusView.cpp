@@ -60,7 +60,11 @@ UpdateStatusView::UpdateStatusView(UpdateManager& manager)
   adw_preferences_group_add(group_.get(), GTK_WIDGET(row_));
   adw_preferences_group_add(group_.get(), notesRow_);
 
-  manager_.lookAround();
+  // Not for another page of the same window: asking starts the machine's package service.
+  firstShown_ = glib::connect<void(GtkWidget*)>(group_.get(), "map", [this](GtkWidget*) {
+    firstShown_.disconnect();
+    manager_.lookAround();
+  });
   update();
   subscriptions_.push_back(manager_.state.observe([this] { update(); }));
   subscriptions_.push_back(manager_.source.observe([this] { update(); }));

@@ -37,6 +37,7 @@ class UpdateStatusView final : public SettingsSection {
   GtkLabel* const notes_;
   GtkWidget* const notesRow_;
   std::vector<Button> buttons_;
+  glib::Connection firstShown_;
   std::vector<glib::Connection> connections_;
   std::vector<base::Subscription> subscriptions_;
 };

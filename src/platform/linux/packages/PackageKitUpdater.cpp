@@ -4,9 +4,12 @@
 #include "base/Translation.h"
 #include "platform/linux/packages/UpdateNotes.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <chrono>
 #include <filesystem>
+#include <string_view>
 #include <system_error>
 #include <utility>
 
@@ -69,7 +72,8 @@ async::Task<UpdateSource> PackageKitUpdater::source() {
   const auto package = co_await installed();
   if (!package) {
     logger.info("The package service can't be asked: {}", package.error().details);
-    co_return UpdateSource::none;
+    // Any other fault passes, and is told when updates are looked for.
+    co_return package.error().kind == Kind::noService ? UpdateSource::none : UpdateSource::packageService;
   }
   co_return *package ? UpdateSource::packageService : UpdateSource::elsewhere;
 }
@@ -174,9 +178,18 @@ async::Task<SoftwareUpdater::Done> PackageKitUpdater::install(SoftwareUpdate upd
 }
 
 bool isOwnExecutableReplaced() {
+  return isExecutableReplaced("/proc/self/exe");
+}
+
+bool isExecutableReplaced(const std::string& link) {
+  constexpr std::string_view mark = " (deleted)";
   std::error_code error;
-  const auto path = std::filesystem::read_symlink("/proc/self/exe", error);
-  return !error && path.native().ends_with(" (deleted)");
+  auto path = std::filesystem::read_symlink(link, error).native();
+  if (error || !path.ends_with(mark))
+    return false;
+  path.resize(path.size() - mark.size());
+  // A package that was removed leaves nothing to restart as.
+  return access(path.c_str(), X_OK) == 0;
 }
 
 } // namespace ondrel::platform::packages

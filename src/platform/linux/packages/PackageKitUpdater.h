@@ -43,7 +43,9 @@ class PackageKitUpdater final : public SoftwareUpdater {
   const desktop::BusConnector bus_;
 };
 
-// Whether the file that this process runs has been replaced or removed.
+// Whether another executable is in the place of the one that this process runs.
 bool isOwnExecutableReplaced();
+// The same of the process whose "/proc/<id>/exe" it is.
+bool isExecutableReplaced(const std::string& link);
 
 } // namespace ondrel::platform::packages

@@ -31,15 +31,24 @@ glib::Ref<GDBusMessage> callOf(const char* path, const char* interface, const ch
   return call;
 }
 
+// There is no service, which is more than that it was too slow or ended meanwhile. The last ones tell of a
+// unit that is masked or can't be loaded.
+bool isOfMissingService(const std::string& error) {
+  return error == "org.freedesktop.DBus.Error.ServiceUnknown" ||
+         error == "org.freedesktop.DBus.Error.NameHasNoOwner" ||
+         error.starts_with("org.freedesktop.DBus.Error.Spawn.") ||
+         error.starts_with("org.freedesktop.systemd1.");
+}
+
 UpdateFault faultOf(const desktop::BusAnswer& answer) {
   if (!answer)
-    return {Kind::noService, answer.error()};
+    return {Kind::other, answer.error()};
   const char* name = g_dbus_message_get_error_name(answer->get());
   const auto error = std::string(name ? name : "");
   const bool isRefused = error.ends_with(".RefusedByPolicy") || error.ends_with(".NotAuthorized") ||
                          error.ends_with(".AccessDenied");
-  const bool isMissing = error.starts_with("org.freedesktop.DBus.Error.") && !isRefused;
-  return {isRefused ? Kind::refused : isMissing ? Kind::noService : Kind::other, desktop::errorText(*answer)};
+  const auto kind = isRefused ? Kind::refused : isOfMissingService(error) ? Kind::noService : Kind::other;
+  return {kind, desktop::errorText(*answer)};
 }
 
 // The texts of errors are in English, which is how their reason can be told. What may be asked is told too.
