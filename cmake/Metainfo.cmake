@@ -5,6 +5,9 @@ set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS data/site.json)
 string(JSON project_site GET "${site}" ProjectSiteURL)
 string(JSON faq GET "${site}" ProjectFAQURL)
 string(JSON donation GET "${site}" DonationURL 0)
+foreach(address project_site faq donation)
+  string(REPLACE "&" "&amp;" ${address} "${${address}}") # as XML writes it
+endforeach()
 
 set(ONDREL_METAINFO_ADDRESSES "")
 function(add_address type address)

@@ -195,6 +195,18 @@ TEST_F(NewMailCheckTest, NotificationsGoWithTheirMail) {
   EXPECT_EQ(center.shown.size(), 1u) << "5 has been read, 7 has gone";
 }
 
+TEST_F(NewMailCheckTest, ABadAnswerAboutOldMailHoldsUpNoNewOne) {
+  answerNext({changes("s2", 1, 1)});
+  checked();
+  takeTitles();
+  answerNext({R"({"newState":"s3","created":["M2"],"updated":["M1"]})"});
+  client.failNext(JMAPError::badResponse());
+  answerNext({mails(2, 2)});
+  EXPECT_EQ(checked(), done);
+  EXPECT_EQ(takeTitles(), Lines{"N2"});
+  EXPECT_EQ(check.lastEmailState(), "s3");
+}
+
 TEST_F(NewMailCheckTest, ASeedingThatIsCancelledChangesNothing) {
   check.clear();
   client.delay = 1s;

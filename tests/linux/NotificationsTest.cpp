@@ -181,9 +181,20 @@ TEST_F(NotificationsTest, HandsOverWhatAnotherRunCanAnswer) {
   ASSERT_EQ(add(request("1")), "");
   center->setCategories({{"LASTING", {{"DELETE", "Delete", true}}, true}});
   ASSERT_EQ(add(request("2", "Ada", "Hello", "LASTING")), "");
+  server->setBehaviour(Behaviour::silent);
+  std::optional<Result> third, fourth;
+  start(center->add(request("3", "Bob", "Late\n", "LASTING")), third);
+  start(center->add(request("4", "Bob", "Read meanwhile", "LASTING")), fourth);
+  ASSERT_TRUE(until([&] { return server->notifications().size() == 4; }));
+  center->withdraw("4");
+  server->setBehaviour(Behaviour::answer);
   center->handOver();
   ASSERT_TRUE(until([&] { return server->closed().size() == 2; }));
-  ASSERT_EQ(server->lasting().size(), 1U);
+  ASSERT_EQ(server->lasting().size(), 2U);
+  EXPECT_THAT(glib::CString(g_variant_print(server->lasting().at("3").get(), FALSE)).get(),
+              HasSubstr("'body': <'Late '>"));
+  server->answerHeldBack();
+  ASSERT_TRUE(until([&] { return server->closed().size() == 4; })) << "nothing is shown twice";
   const std::string shown = glib::CString(g_variant_print(server->lasting().at("2").get(), FALSE)).get();
   EXPECT_THAT(shown,
               HasSubstr("'title': <'Ada'>, 'body': <'Hello'>, 'priority': <'low'>, 'default-action':"));

@@ -67,6 +67,24 @@ TEST_F(PortalTest, KeysAreTheDesktopsToGive) {
   }
 }
 
+TEST_F(PortalTest, AnotherPortalIsAskedAnew) {
+  std::optional<support::PortalStandIn> portal(std::in_place, bus);
+  const auto keys = shortcuts();
+  ASSERT_TRUE(until([&] { return *keys->isAvailable(); }));
+  EXPECT_TRUE(reserve(*keys));
+  const auto session = portal->session;
+  portal.reset();
+  EXPECT_TRUE(until([&] { return !*keys->isAvailable(); }));
+  portal.emplace(bus);
+  EXPECT_TRUE(until([&] { return *keys->isAvailable(); })) << "so that the keys are reserved again";
+  portal->activate(session, "toggle");
+  hear();
+  EXPECT_TRUE(told.empty());
+  EXPECT_TRUE(reserve(*keys));
+  portal->activate(portal->session, "toggle");
+  EXPECT_TRUE(until([&] { return told.size() == 2; }));
+}
+
 TEST_F(PortalTest, TheStartAtLoginIsAsTheDesktopSays) {
   support::FakeDefaults defaults;
   BackgroundPortal background(defaults, {"ondrel", "--background"}, connector());

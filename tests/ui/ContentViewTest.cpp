@@ -68,8 +68,10 @@ TEST_F(ContentViewTest, TellsTheWindowTitleAndLoadAndZoomsANewPage) {
 
 TEST_F(ContentViewTest, ANoticeShowsOverThePageWithWhatCanBeDone) {
   start();
-  auto* root = show(0);
   int done = 0;
+  model(0)->tell({.text = "One", .button = "Copy", .act = [&] { ++done; }});
+  auto* root = show(0);
+  EXPECT_TRUE(runUntil([&] { return buttonWithLabel(root, "Copy") != nullptr; })) << "told of before";
   model(0)->noticed.emit({.text = "Two", .button = "Open", .act = [&] { ++done; }});
   EXPECT_TRUE(runUntil([&] { return buttonWithLabel(root, "Open") != nullptr; }));
   click(buttonWithLabel(root, "Open"));
@@ -113,6 +115,16 @@ TEST_F(ContentViewTest, TheBarOfTheHoveredLinkNeverCutsWhereItLeads) {
     leave();
     EXPECT_FALSE(gtk_widget_get_visible(bar));
   }
+  const auto controllers = glib::adopt(gtk_widget_observe_controllers(gtk_widget_get_parent(bar)));
+  const auto moveTo = [&](double x) {
+    for (guint i = 0; i < g_list_model_get_n_items(controllers.get()); ++i)
+      if (const auto each = glib::adopt(g_list_model_get_item(controllers.get(), i));
+          GTK_IS_EVENT_CONTROLLER_MOTION(each.get()))
+        g_signal_emit_by_name(each.get(), "motion", x, 0.0);
+    return gtk_widget_get_visible(bar) != FALSE;
+  };
+  EXPECT_FALSE(moveTo(0)) << "the pointer rests where it was";
+  EXPECT_TRUE(moveTo(1)) << "the page, which saw nothing of it, will not name the link again";
 }
 
 TEST_F(ContentViewTest, TheFindBarSaysWhatWasFoundAndGivesTheKeyboardBack) {

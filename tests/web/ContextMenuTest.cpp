@@ -54,7 +54,14 @@ TEST(ContextMenuRows, OffersWhatMakesSenseThere) {
   };
   for (const auto& row : table)
     EXPECT_EQ(titles(contextMenuRows(row.hit, row.facts)), row.titles) << row.hit.linkURL;
-  EXPECT_EQ(contextMenuRows(link("mailto:%22a%20b%22@c.example?cc=d"), able)[0][1].text, "\"a b\"@c.example");
+  const auto copied = [&](const std::string& address) {
+    return contextMenuRows(link("mailto:" + address), able)[0][1].text;
+  };
+  EXPECT_EQ(copied("%22a%20b%22@c.example?cc=d"), "\"a b\"@c.example");
+  EXPECT_EQ(copied("%C3%A4@b.example"), "ä@b.example");
+  for (const auto* hostile :
+       {"a@b.example%0Acurl%20x|sh%0A", "a%E2%80%AE@b.example", "a%00", "%FF@b.example"})
+    EXPECT_EQ(copied(hostile), hostile);
 }
 
 using PageMenuTest = CoordinatorTest;

@@ -50,5 +50,13 @@ TEST_F(PageSearchTest, FollowsTheTextAndThePage) {
   EXPECT_FALSE(now().isOpen);
 }
 
+TEST_F(PageSearchTest, LeavesNoMarksInADocumentWhoseAddressHasChanged) {
+  model->search.ask();
+  model->search.setText("fo");
+  view->goTo("https://app.example.com/mail/x");
+  model->search.close();
+  EXPECT_EQ(calls(), (Calls{"find fo", "finish"}));
+}
+
 } // namespace
 } // namespace ondrel::web

@@ -151,8 +151,12 @@ async::Task<WorkOutcome> NewMailCheck::seedAnew(JMAPError error) {
 
 async::Task<Result<NewMail>> NewMailCheck::lookAtCreated() {
   auto looked = co_await notifier_.takeBackWhatChanged();
-  if (!looked)
-    co_return std::unexpected(std::move(looked.error()));
+  if (!looked) {
+    if (looked.error().isPassing() || looked.error().kind == JMAPError::Kind::cancelled)
+      co_return std::unexpected(std::move(looked.error()));
+    // Of old mail alone: new mail doesn't wait for it.
+    logger_.error("takeBackWhatChanged: {}", looked.error().description());
+  }
   if (created_.empty())
     co_return NewMail();
   auto mail = co_await notifier_.newMailAmong(created_);

@@ -96,37 +96,48 @@ void MouseOverBar::followPointer() {
   gtk_event_controller_set_propagation_phase(motion, GTK_PHASE_CAPTURE);
   using Motion = void(GtkEventControllerMotion*, double, double);
   connections_.push_back(
-      glib::connect<Motion>(motion, "enter", [this](GtkEventControllerMotion*, double, double y) {
+      glib::connect<Motion>(motion, "enter", [this](GtkEventControllerMotion*, double x, double y) {
+        pointerX_ = x;
         pointerY_ = y;
         pointerCameOrWent(true);
       }));
-  connections_.push_back(
-      glib::connect<Motion>(motion, "motion", [this](GtkEventControllerMotion*, double, double y) {
-        pointerY_ = y;
-        if (pointerIsAway_)
-          pointerCameOrWent(true);
-        else if (hasAddress_)
-          update();
-      }));
+  connections_.push_back(glib::connect<Motion>(
+      motion, "motion", [this](GtkEventControllerMotion*, double x, double y) { pointerMoved(x, y); }));
   connections_.push_back(glib::connect<void(GtkEventControllerMotion*)>(
       motion, "leave", [this](GtkEventControllerMotion*) { pointerCameOrWent(false); }));
   gtk_widget_add_controller(overlay_, motion);
 }
 
 // The toolkit isn't always told that the pointer has gone when another window comes up under it. The state
-// flag of an inactive window depends on the window manager; this doesn't.
+// flag of an inactive window depends on the window manager; this doesn't. The page has not been told either,
+// and would not name the same link again: it is kept for the pointer's next motion.
 void MouseOverBar::followActivity() {
   activity_ = {};
   auto* root = gtk_widget_get_root(overlay_);
   if (GTK_IS_WINDOW(root))
     activity_ = glib::onNotify(root, "is-active", [this, window = GTK_WINDOW(root)] {
-      if (!gtk_window_is_active(window))
-        pointerCameOrWent(false);
+      if (gtk_window_is_active(window))
+        return;
+      isUnattended_ = true;
+      update();
     });
+}
+
+void MouseOverBar::pointerMoved(double x, double y) {
+  // The toolkit may also tell of a pointer that rests, after a new layout.
+  if (x != pointerX_ || y != pointerY_)
+    isUnattended_ = false;
+  pointerX_ = x;
+  pointerY_ = y;
+  if (pointerIsAway_)
+    pointerCameOrWent(true);
+  else if (hasAddress_)
+    update();
 }
 
 void MouseOverBar::pointerCameOrWent(bool isThere) {
   pointerIsAway_ = !isThere;
+  isUnattended_ = false;
   left_();
   update();
 }
@@ -140,7 +151,7 @@ void MouseOverBar::setAddress(const std::string& address) {
 }
 
 void MouseOverBar::update() {
-  const bool isShown = hasAddress_ && !pointerIsAway_;
+  const bool isShown = hasAddress_ && !pointerIsAway_ && !isUnattended_;
   gtk_widget_set_visible(bar_, isShown);
   if (!isShown)
     return;

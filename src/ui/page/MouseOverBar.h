@@ -14,8 +14,8 @@ namespace ondrel::ui {
 // the pointer is where it would be.
 class MouseOverBar {
  public:
-  // Goes into `overlay`. `left` is called when the pointer leaves that, or comes back;
-  // a window that is no longer the active one counts as left until the pointer moves in it.
+  // Goes into `overlay`. `left` is called when the pointer leaves that, or comes back. In a window that is no
+  // longer the active one the bar stays away until the pointer moves there.
   MouseOverBar(GtkOverlay* overlay, std::function<void()> left);
   MouseOverBar(const MouseOverBar&) = delete;
   MouseOverBar& operator=(const MouseOverBar&) = delete;
@@ -25,6 +25,7 @@ class MouseOverBar {
  private:
   void followPointer();
   void followActivity();
+  void pointerMoved(double x, double y);
   void pointerCameOrWent(bool isThere);
   void update();
 
@@ -37,6 +38,8 @@ class MouseOverBar {
   GtkWidget* row_; // of the two
   bool hasAddress_ = false;
   bool pointerIsAway_ = false; // it was here: what the page tells now is from before
+  bool isUnattended_ = false;  // the pointer has rested since the window was no longer the active one
+  double pointerX_ = 0;
   double pointerY_ = 0;
   std::vector<glib::Connection> connections_;
   glib::Connection activity_; // of the window that it is in

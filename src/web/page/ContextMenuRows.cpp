@@ -22,10 +22,13 @@ bool isPlaceInPage(const std::string& link, const std::string& page) {
   return mark != link.npos && link.substr(0, mark) == page.substr(0, page.find('#'));
 }
 
-// What stands in "mailto:" before the "?", as people write it.
+// What stands in "mailto:" before the "?", as people write it. It stays escaped where more would be pasted
+// than can be seen: another line, say, which a terminal takes for a command.
 std::string emailAddress(std::string_view link) {
   const auto start = link.find(':') + 1;
-  return base::percentDecoded(link.substr(start, link.find('?') - start));
+  const auto escaped = link.substr(start, link.find('?') - start);
+  auto address = base::percentDecoded(escaped);
+  return base::displayLine(address) == address ? address : std::string(escaped);
 }
 
 Rows letterRows(const std::string& link, const MenuFacts& facts) {

@@ -20,6 +20,7 @@ void PageSearch::change(Edit edit) {
 void PageSearch::setPage(std::weak_ptr<platform::WebView> page) {
   page_ = std::move(page);
   answers_.reset();
+  hasMarks_ = false;
   pageDidChange();
   if (const auto live = page_.lock())
     answers_ = live->finder().found.subscribe([this](unsigned matches) { found(matches); });
@@ -71,7 +72,7 @@ void PageSearch::look() {
   const auto page = page_.lock();
   if (!page)
     return;
-  isMarked_ = true;
+  isMarked_ = hasMarks_ = true;
   change([](State& now) { now.outcome = Outcome::searching; });
   page->finder().find(state->text);
 }
@@ -84,8 +85,9 @@ void PageSearch::close() {
 }
 
 void PageSearch::unmark() {
-  if (const auto page = page_.lock(); page && isMarked_)
+  if (const auto page = page_.lock(); page && hasMarks_)
     page->finder().finish();
+  hasMarks_ = false;
   pageDidChange();
 }
 

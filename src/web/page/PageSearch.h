@@ -51,6 +51,7 @@ class PageSearch {
 
   std::weak_ptr<platform::WebView> page_;
   bool isMarked_ = false; // the page's matches are those of the text
+  bool hasMarks_ = false; // maybe of before: they stay in a document that changes its address alone
   base::Subscription answers_;
 };
 

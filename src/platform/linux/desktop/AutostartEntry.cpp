@@ -1,5 +1,7 @@
 #include "platform/linux/desktop/AutostartEntry.h"
 
+#include "base/Translation.h"
+
 #include <gio/gdesktopappinfo.h>
 
 #include <algorithm>
@@ -98,7 +100,7 @@ std::string AutostartEntry::content() const {
   };
   set(G_KEY_FILE_DESKTOP_KEY_TYPE, G_KEY_FILE_DESKTOP_TYPE_APPLICATION);
   set(G_KEY_FILE_DESKTOP_KEY_NAME, options_.applicationName);
-  set(G_KEY_FILE_DESKTOP_KEY_COMMENT, "Watch for new mail");
+  set(G_KEY_FILE_DESKTOP_KEY_COMMENT, base::tr("Watch for new mail"));
   set(G_KEY_FILE_DESKTOP_KEY_EXEC, execLine(options_.command));
   // The package may be removed, which leaves this file behind.
   set(G_KEY_FILE_DESKTOP_KEY_TRY_EXEC, options_.command.front());

@@ -71,6 +71,14 @@ std::string line(std::string_view text, std::size_t longest) {
   return text::boundedUtf8(base::displayLine(text.substr(0, longestLookedAt)), longest);
 }
 
+NotificationContent bounded(NotificationContent content) {
+  content.title = line(content.title, DesktopNotifications::longestTitle);
+  content.body = line(content.body, DesktopNotifications::longestBody);
+  for (auto& further : content.furtherLines)
+    further = line(further, DesktopNotifications::longestBody);
+  return content;
+}
+
 bool isFromTheBus(const glib::Ref<GDBusMessage>& reply) {
   const char* sender = g_dbus_message_get_sender(reply.get());
   return !sender || std::strcmp(sender, busName) == 0;
@@ -164,8 +172,9 @@ async::Task<std::expected<void, std::string>> DesktopNotifications::add(Notifica
 
 async::Task<void> DesktopNotifications::deliver(NotificationRequest request,
                                                 async::Resolver<Result> resolver) {
+  request.content = bounded(std::move(request.content));
   const auto identifier = request.identifier;
-  onTheirWay_.insert(identifier);
+  onTheirWay_.insert_or_assign(identifier, request);
   auto result = co_await show(std::move(request));
   onTheirWay_.erase(identifier);
   resolver.resolve(std::move(result));
@@ -182,14 +191,24 @@ void DesktopNotifications::withdraw(const std::string& identifier) {
 
 // The application's end sends what is still to be sent.
 void DesktopNotifications::handOver() {
+  if (!connection_)
+    return;
+  for (const auto& [identifier, request] : onTheirWay_)
+    // Where the answer comes before the end after all, it is closed like the others.
+    if (unwantedThere_.insert(identifier).second)
+      showLasting(request);
   for (const auto& entry : live_->takeAll()) {
-    const auto* category = categoryOf(entry.request.content);
-    if (lasting_ && category && category->outlivesProgram)
-      lasting_->show(connection_, entry.request, actionsOf(entry.request.content));
+    showLasting(entry.request);
     const auto call =
         methodCall(live_->server().c_str(), "CloseNotification", g_variant_new("(u)", entry.id));
     desktop::tellBus(connection_, call);
   }
+}
+
+void DesktopNotifications::showLasting(const NotificationRequest& request) const {
+  const auto* category = categoryOf(request.content);
+  if (lasting_ && category && category->outlivesProgram)
+    lasting_->show(connection_, request, actionsOf(request.content));
 }
 
 async::Task<void> DesktopNotifications::close(std::string server, std::uint32_t id) {
@@ -201,10 +220,6 @@ async::Task<void> DesktopNotifications::close(std::string server, std::uint32_t 
 }
 
 async::Task<DesktopNotifications::Result> DesktopNotifications::show(NotificationRequest request) {
-  request.content.title = line(request.content.title, longestTitle);
-  request.content.body = line(request.content.body, longestBody);
-  for (auto& further : request.content.furtherLines)
-    further = line(further, longestBody);
   const auto connection = co_await connected();
   if (!connection)
     co_return std::unexpected("There is no session bus");

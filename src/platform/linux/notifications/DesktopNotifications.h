@@ -9,6 +9,7 @@
 
 #include <chrono>
 #include <functional>
+#include <map>
 #include <memory>
 #include <set>
 
@@ -42,8 +43,9 @@ class DesktopNotifications final : public NotificationCenter {
   void setCategories(std::vector<NotificationCategory> categories) override;
   async::Task<std::expected<void, std::string>> add(NotificationRequest request) override;
   void withdraw(const std::string& identifier) override;
-  // The program ends: what it shows goes to a server that starts it for an answer, where that is possible,
-  // and from the screen otherwise, as nobody would answer. Waits for nothing.
+  // The program ends: what it shows, or its server hasn't answered for yet, goes to a server that starts it
+  // for an answer, where that is possible, and from the screen otherwise, as nobody would answer. Waits for
+  // nothing.
   void handOver();
 
  private:
@@ -64,6 +66,7 @@ class DesktopNotifications final : public NotificationCenter {
   const NotificationCategory* categoryOf(const NotificationContent& content) const;
   std::vector<NotificationAction> actionsOf(const NotificationContent& content) const;
   async::Task<void> close(std::string server, std::uint32_t id);
+  void showLasting(const NotificationRequest& request) const;
   void serverChanged(const std::string& owner);
   void received(const std::string& sender, const std::string& member, GVariant* arguments);
   void invoked(const std::string& sender, std::uint32_t id, const std::string& action);
@@ -72,9 +75,10 @@ class DesktopNotifications final : public NotificationCenter {
   NotificationCenterDelegate* delegate_ = nullptr;
   std::vector<NotificationCategory> categories_;
   glib::Ref<GDBusConnection> connection_;
-  std::optional<Server> server_;        // asked since it came
-  std::set<std::string> onTheirWay_;    // identifiers of those that no server has answered for yet
-  std::set<std::string> unwantedThere_; // those among them that have been withdrawn
+  std::optional<Server> server_; // asked since it came
+  // By identifier: those that no server has answered for yet, bounded.
+  std::map<std::string, NotificationRequest> onTheirWay_;
+  std::set<std::string> unwantedThere_; // those among them that have been withdrawn or handed over
   // Shared with calls under way, whose answers may come after the end of this object.
   std::shared_ptr<LiveNotifications> live_ = std::make_shared<LiveNotifications>();
   std::optional<LastingNotifications> lasting_;

@@ -68,7 +68,7 @@ void LastingNotifications::show(const glib::Ref<GDBusConnection>& connection,
   g_variant_builder_init(&buttons, G_VARIANT_TYPE("aa{sv}"));
   addText(&notification, "title", request.content.title);
   addText(&notification, "body", request.content.wholeBody());
-  addText(&notification, "priority", "low"); // the user has been told of it
+  addText(&notification, "priority", "low"); // most likely the user has been told of it
   for (const auto& action : actions) {
     auto* target = targetOf({action.identifier, request});
     if (action.identifier == NotificationResponse::defaultAction) {

@@ -60,13 +60,29 @@ async::Task<void> PortalShortcuts::connect(desktop::BusConnector bus) {
   connection_ = co_await bus();
   if (!connection_)
     co_return;
-  nameWatch_ =
-      desktop::BusNameWatch(connection_, portalName, [this](const std::string& owner) { portal_ = owner; });
+  nameWatch_ = desktop::BusNameWatch(connection_, portalName,
+                                     [this](const std::string& owner) { portalChanged(owner); });
   activations_ = desktop::BusSubscription(connection_, interface, "Activated", portalPath,
                                           [this](const std::string& sender, const std::string&,
                                                  GVariant* arguments) { activated(sender, arguments); });
+  co_await askVersion(""); // which starts a portal that the bus knows
+}
+
+// A new portal knows nothing of the sessions of the one before.
+void PortalShortcuts::portalChanged(const std::string& owner) {
+  if (owner == portal_)
+    return;
+  portal_ = owner;
+  sessions_.clear();
+  isAvailable_.set(false);
+  if (!owner.empty())
+    scope_.spawn(askVersion(owner));
+}
+
+async::Task<void> PortalShortcuts::askVersion(std::string owner) {
   const auto version = co_await portalVersion(connection_, interface);
-  isAvailable_.set(version > 0);
+  if (owner == portal_)
+    isAvailable_.set(version > 0);
 }
 
 async::Task<std::expected<std::string, std::string>> PortalShortcuts::reserve(std::string name,

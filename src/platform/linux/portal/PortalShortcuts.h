@@ -33,6 +33,9 @@ class PortalShortcuts final : public GlobalShortcuts {
   async::Task<void> connect(desktop::BusConnector bus);
   async::Task<std::expected<std::string, std::string>> bind(std::string session, std::string name,
                                                             KeyCombination keys);
+  void portalChanged(const std::string& owner);
+  // Nothing comes of it when that isn't the portal any more.
+  async::Task<void> askVersion(std::string owner);
   void activated(const std::string& sender, GVariant* arguments);
   void close(const std::string& session) const;
 
