@@ -7,6 +7,7 @@
 
 #include <csignal>
 #include <fstream>
+#include <iostream>
 #include <sstream>
 
 namespace ondrel::e2e {
@@ -40,6 +41,17 @@ bool isComplaint(const std::string& line) {
   return isOfALibrary || line.contains("CRITICAL") || line.contains("WARNING") ||
          line.contains("AddressSanitizer") || line.contains("LeakSanitizer") ||
          line.contains("runtime error");
+}
+
+// For whoever has only the output of the tests to find out what went wrong.
+void printEnd(const std::string& log) {
+  constexpr std::size_t lines = 60;
+  auto at = log.size();
+  for (std::size_t i = 0; i <= lines && at != log.npos && at != 0; ++i)
+    at = log.rfind('\n', at - 1);
+  std::istringstream rest(at == log.npos || at == 0 ? log : log.substr(at + 1));
+  for (std::string line; std::getline(rest, line);)
+    std::cout << "said: " << line.substr(0, 300) << '\n';
 }
 
 int portOf(const std::string& url) {
@@ -82,8 +94,14 @@ void ProgramTest::TearDown() {
     }
   }
   service_.reset();
-  if (!HasFailure())
+  if (!HasFailure()) {
     fs::remove_all(profile);
+    return;
+  }
+  for (const auto& output : outputs) {
+    std::cout << "said: (" << fs::path(output).filename().string() << ")\n";
+    printEnd(read(output));
+  }
 }
 
 std::unique_ptr<Process> ProgramTest::start(std::vector<std::string> arguments, Environment more) {
