@@ -104,6 +104,16 @@ class FilesWindowTest : public ShellTest {
     }
     return false;
   }
+  // Of the first row, whose server refuses.
+  void openAndFailAPreview() {
+    addMail();
+    open();
+    advance(2s);
+    service.http.openFailure = support::FakeHttpClient::failure("refused");
+    press(list(), GDK_KEY_Home);
+    press(list(), GDK_KEY_space);
+    advance(5s);
+  }
   // Hands out the next file.
   void serve() {
     service.http.streamLength = 5;
@@ -264,13 +274,7 @@ TEST_F(FilesWindowTest, PreviewsNothingThatNobodyWaitsFor) {
 }
 
 TEST_F(FilesWindowTest, KnowsAnOldErrorFromTheReasonOfThePreview) {
-  addMail();
-  open();
-  advance(2s);
-  service.http.openFailure = support::FakeHttpClient::failure("refused");
-  press(list(), GDK_KEY_Home);
-  press(list(), GDK_KEY_space);
-  advance(5s);
+  openAndFailAPreview();
   service.http.openFailure.reset();
   service.client.delay = 1s;
   press(list(), GDK_KEY_Return);
@@ -295,13 +299,7 @@ TEST_F(FilesWindowTest, FollowsTheEndPastPagesWithoutARow) {
 }
 
 TEST_F(FilesWindowTest, FollowsTheEndAfterAPreviewThatFailed) {
-  addMail();
-  open();
-  advance(2s);
-  service.http.openFailure = support::FakeHttpClient::failure("refused");
-  press(list(), GDK_KEY_Home);
-  press(list(), GDK_KEY_space);
-  advance(5s);
+  openAndFailAPreview();
   auto* scroll = gtk_scrollable_get_vadjustment(GTK_SCROLLABLE(list()));
   gtk_adjustment_set_value(scroll, gtk_adjustment_get_upper(scroll));
   advance(2s);
